@@ -1,0 +1,84 @@
+# SPDX-License-Identifier: Apache-2.0
+#
+# One shared library from the sources below some folders, and the CMake package that carries it.
+include(CMakePackageConfigHelpers)
+
+# add_project_library(<name> PACKAGE <package> FOLDERS <folder>... HEADERS_TO <folder>
+#                     [DEPENDS <target>...])
+#
+# Builds lib<name> from all sources below FOLDERS, makes it known as <package>::<name>, and installs
+# it and the headers (below include/HEADERS_TO) as part of the package.
+function(add_project_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "PACKAGE;HEADERS_TO" "FOLDERS;DEPENDS")
+  list(TRANSFORM arg_FOLDERS APPEND "/*.cpp" OUTPUT_VARIABLE patterns)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${patterns})
+  if(NOT sources)
+    message(STATUS "${name}: no source file yet, not built")
+    return()
+  endif()
+
+  add_library(${name} SHARED ${sources})
+  add_library(${arg_PACKAGE}::${name} ALIAS ${name})
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION}
+                                           SOVERSION ${PROJECT_VERSION_MAJOR})
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  target_include_directories(
+    ${name} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>"
+                   "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/${arg_HEADERS_TO}>")
+  foreach(dependency IN LISTS arg_DEPENDS)
+    if(TARGET ${dependency})
+      target_link_libraries(${name} PUBLIC ${dependency})
+    endif()
+  endforeach()
+
+  install(
+    TARGETS ${name}
+    EXPORT ${arg_PACKAGE}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${arg_PACKAGE}
+            NAMELINK_COMPONENT ${arg_PACKAGE})
+  foreach(folder IN LISTS arg_FOLDERS)
+    install(
+      DIRECTORY ${folder}
+      DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${arg_HEADERS_TO}"
+      COMPONENT ${arg_PACKAGE}
+      FILES_MATCHING
+      PATTERN "*.h")
+  endforeach()
+endfunction()
+
+# install_project_package(<package> LIBRARIES <name>... [DEPENDS <package>...])
+#
+# Installs what find_package(<package>) reads; DEPENDS are the packages that it finds first.
+function(install_project_package package)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LIBRARIES;DEPENDS")
+  foreach(library IN LISTS arg_LIBRARIES)
+    if(NOT TARGET ${library})
+      message(STATUS "${package}: ${library} is missing, no package to install")
+      return()
+    endif()
+  endforeach()
+
+  set(PACKAGE_DEPENDENCIES "")
+  foreach(dependency IN LISTS arg_DEPENDS)
+    string(APPEND PACKAGE_DEPENDENCIES "find_dependency(${dependency} CONFIG)\n")
+  endforeach()
+  set(destination "${CMAKE_INSTALL_LIBDIR}/cmake/${package}")
+  configure_package_config_file(
+    "${PROJECT_SOURCE_DIR}/cmake/PackageConfig.cmake.in"
+    "${CMAKE_CURRENT_BINARY_DIR}/${package}Config.cmake"
+    INSTALL_DESTINATION "${destination}"
+    NO_SET_AND_CHECK_MACRO)
+  write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/${package}ConfigVersion.cmake"
+                                   COMPATIBILITY SameMinorVersion)
+  install(
+    EXPORT ${package}
+    FILE ${package}Targets.cmake
+    NAMESPACE ${package}::
+    DESTINATION "${destination}"
+    COMPONENT ${package})
+  install(
+    FILES "${CMAKE_CURRENT_BINARY_DIR}/${package}Config.cmake"
+          "${CMAKE_CURRENT_BINARY_DIR}/${package}ConfigVersion.cmake"
+    DESTINATION "${destination}"
+    COMPONENT ${package})
+endfunction()
