@@ -1,0 +1,350 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// HashMap: an intrusive keyed collection of counted members.
+//
+// Order: a member stands in one of 2^k buckets, chosen by the top k bits of bitReverse(hash); the
+// chain of a bucket is ordered by that reversed hash, ties by key `<`. So the whole map is walked
+// in ascending reversed hash whatever k is, and growing, which splits chains, disturbs no walk.
+// Keys are equal by `==`. A member's hash is computed once, when it is linked.
+//
+// A member type M derives from HashMapLink<M>, is counted (newRef, deleteRef) and answers fwkKey().
+// A member stands in one map at a time: linking a linked one is the assertion "t->fwkHmNext() ==
+// 0".
+//
+// Cursors: a cursor counts the member under it and stays correct whatever happens to the map
+// meanwhile: the member under it, its neighbours or all may be removed, the map may grow, and when
+// the map dies the cursor is at its end.
+
+#include "Kor/Assert.h"
+#include "Kor/Hash.h"
+#include "Kor/Ptr.h"
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace Kor {
+
+template <class Member>
+class HashMap;
+
+// What a map keeps in a member.
+template <class Member>
+class HashMapLink {
+ public:
+  HashMapLink(HashMapLink const&) = delete;
+  HashMapLink& operator=(HashMapLink const&) = delete;
+
+  // Null when not linked. The last of a chain is its own next.
+  [[nodiscard]] Member* fwkHmNext() const { return next_; }
+
+ protected:
+  HashMapLink() = default;
+  ~HashMapLink() = default;
+
+ private:
+  friend class HashMap<Member>;
+
+  Member* next_ = nullptr;
+  std::uint32_t reversedHash_ = 0;
+};
+
+template <class Member>
+class HashMap {
+ public:
+  class Cursor;
+
+  HashMap() = default;
+  HashMap(HashMap const&) = delete;
+  HashMap& operator=(HashMap const&) = delete;
+  ~HashMap() {
+    for (Cursor* cursor = cursors_; cursor != nullptr;) {
+      cursor = cursor->mapGone();
+    }
+    clear();
+    if (buckets_ != &single_) {
+      delete[] buckets_;
+    }
+  }
+
+  [[nodiscard]] std::uint32_t members() const { return members_; }
+
+  template <class Key>
+  [[nodiscard]] Member* find(Key const& key) const {
+    if (members_ == 0) {
+      return nullptr;
+    }
+    std::uint32_t const reversed = bitReverse(hashOf(key));
+    for (Member* member = buckets_[bucketOf(reversed)]; member != nullptr; member = after(member)) {
+      if (link(member).reversedHash_ >= reversed) {
+        if (link(member).reversedHash_ != reversed) {
+          return nullptr;
+        }
+        if (member->fwkKey() == key) {
+          return member;
+        }
+      }
+    }
+    return nullptr;
+  }
+
+  // Links a member. One that stands under an equal key leaves and is answered; the new one takes
+  // its place.
+  Kor::Ptr<Member> insert(Kor::Ptr<Member> const& linked) {
+    Member* const t = linked.get();
+    KOR_ASSERT_AS("Kor/HashMap", "t->fwkHmNext() == 0", link(t).next_ == nullptr);
+    auto const& key = t->fwkKey();
+    std::uint32_t const reversed = bitReverse(hashOf(key));
+    if (members_ >= bucketCount() && members_ != 0) {
+      grow();
+    }
+    Member* before = nullptr;
+    Member* member = buckets_[bucketOf(reversed)];
+    while (member != nullptr && precedes(member, reversed, key)) {
+      before = member;
+      member = after(member);
+    }
+    link(t).reversedHash_ = reversed;
+    Kor::Ptr<Member> replaced;
+    if (member != nullptr && link(member).reversedHash_ == reversed && member->fwkKey() == key) {
+      replaced = share(member);
+      unlink(bucketOf(reversed), before, member);
+      member = before == nullptr ? buckets_[bucketOf(reversed)] : after(before);
+    }
+    t->newRef();
+    link(t).next_ = member == nullptr ? t : member;
+    (before == nullptr ? buckets_[bucketOf(reversed)] : link(before).next_) = t;
+    ++members_;
+    return replaced;
+  }
+
+  // Unlinks the member under `key`; null when there is none. `key` may lie in that member.
+  template <class Key>
+  Kor::Ptr<Member> remove(Key const& key) {
+    Member* const member = find(key);
+    return member == nullptr ? nullptr : remove(member);
+  }
+
+  // Unlinks a member of this map.
+  Kor::Ptr<Member> remove(Member* member) {
+    std::uint32_t const bucket = bucketOf(link(member).reversedHash_);
+    Member* before = nullptr;
+    for (Member* m = buckets_[bucket]; m != member; m = after(m)) {
+      before = m;
+    }
+    Kor::Ptr<Member> removed = share(member);
+    unlink(bucket, before, member);
+    return removed;
+  }
+
+  // Unlinks all.
+  void clear() {
+    if (members_ == 0) {
+      return;
+    }
+    for (std::uint32_t bucket = 0; bucket < bucketCount(); ++bucket) {
+      while (Member* const head = buckets_[bucket]) {
+        Kor::Ptr<Member> const removed = share(head);
+        unlink(bucket, nullptr, head);
+      }
+    }
+  }
+
+  // The first member, null when empty; the one behind a linked member, null behind the last.
+  [[nodiscard]] Member* first() const { return members_ == 0 ? nullptr : firstFrom(0); }
+  [[nodiscard]] Member* next(Member const* member) const {
+    Member* const successor = after(member);
+    return successor != nullptr ? successor : firstFrom(bucketOf(link(member).reversedHash_) + 1);
+  }
+  // The first member behind the place of `key`, whether or not a member stands there.
+  template <class Key>
+  [[nodiscard]] Member* upperBound(Key const& key) const {
+    return upperBound(bitReverse(hashOf(key)), key);
+  }
+
+ private:
+  static HashMapLink<Member>& link(Member* member) { return *member; }
+  static HashMapLink<Member> const& link(Member const* member) { return *member; }
+
+  // The next of the chain, null at its end.
+  static Member* after(Member const* member) {
+    Member* const next = link(member).next_;
+    return next == member ? nullptr : next;
+  }
+  template <class Key>
+  static bool precedes(Member const* member, std::uint32_t reversed, Key const& key) {
+    std::uint32_t const own = link(member).reversedHash_;
+    return own < reversed || (own == reversed && member->fwkKey() < key);
+  }
+
+  [[nodiscard]] std::uint32_t bucketCount() const { return 1U << bits_; }
+  [[nodiscard]] std::uint32_t bucketOf(std::uint32_t reversed) const {
+    // A shift by the full width is undefined, so one bucket is a case of its own.
+    return bits_ == 0 ? 0 : reversed >> (32U - bits_);
+  }
+
+  [[nodiscard]] Member* firstFrom(std::uint32_t bucket) const {
+    constexpr std::uint32_t ahead = 16;
+    for (std::uint32_t const count = bucketCount(); bucket < count; ++bucket) {
+      if (bucket + ahead < count) {
+        __builtin_prefetch(buckets_[bucket + ahead]);
+      }
+      if (buckets_[bucket] != nullptr) {
+        return buckets_[bucket];
+      }
+    }
+    return nullptr;
+  }
+
+  template <class Key>
+  [[nodiscard]] Member* upperBound(std::uint32_t reversed, Key const& key) const {
+    if (members_ == 0) {
+      return nullptr;
+    }
+    std::uint32_t const bucket = bucketOf(reversed);
+    for (Member* member = buckets_[bucket]; member != nullptr; member = after(member)) {
+      if (!precedes(member, reversed, key) &&
+          !(link(member).reversedHash_ == reversed && member->fwkKey() == key)) {
+        return member;
+      }
+    }
+    return firstFrom(bucket + 1);
+  }
+
+  void unlink(std::uint32_t bucket, Member* before, Member* member) {
+    Member* const successor = after(member);
+    if (before == nullptr) {
+      buckets_[bucket] = successor;
+    } else {
+      link(before).next_ = successor == nullptr ? before : successor;
+    }
+    link(member).next_ = nullptr;
+    --members_;
+    ++removals_;
+    member->deleteRef();
+  }
+
+  // Twice the buckets. A chain is in reversed-hash order, so it is cut at the first member whose
+  // next bit is set; nothing is hashed again.
+  void grow() {
+    std::uint32_t const oldCount = bucketCount();
+    auto* const wider = new Member*[std::size_t{2} * oldCount];
+    std::uint32_t const bit = 0x80000000U >> bits_;
+    for (std::uint32_t bucket = 0; bucket < oldCount; ++bucket) {
+      Member* const head = buckets_[bucket];
+      Member* last = nullptr;
+      Member* member = head;
+      while (member != nullptr && (link(member).reversedHash_ & bit) == 0) {
+        last = member;
+        member = after(member);
+      }
+      if (last != nullptr) {
+        link(last).next_ = last;
+      }
+      wider[2 * bucket] = last == nullptr ? nullptr : head;
+      wider[2 * bucket + 1] = member;
+    }
+    if (buckets_ != &single_) {
+      delete[] buckets_;
+    }
+    buckets_ = wider;
+    ++bits_;
+  }
+
+  Member** buckets_ = &single_;  // a map of few members needs no memory of its own
+  Member* single_ = nullptr;
+  Cursor* cursors_ = nullptr;  // open on this map
+  std::uint32_t members_ = 0;
+  std::uint32_t removals_ = 0;  // tells a cursor that its neighbourhood may have changed
+  std::uint32_t bits_ = 0;
+};
+
+// A place in a map, or its end.
+template <class Member>
+class HashMap<Member>::Cursor {
+ public:
+  Cursor() = default;
+  // At the first member.
+  explicit Cursor(HashMap& map) : member_(share(map.first())), removals_(map.removals_) {
+    attach(&map);
+  }
+  Cursor(Cursor const& other) : member_(other.member_), removals_(other.removals_) {
+    attach(other.map_);
+  }
+  Cursor& operator=(Cursor const& other) {
+    if (this != &other) {
+      detach();
+      member_ = other.member_;
+      removals_ = other.removals_;
+      attach(other.map_);
+    }
+    return *this;
+  }
+  ~Cursor() { detach(); }
+
+  // The member under the cursor, also when it has left the map; null at the end.
+  [[nodiscard]] Kor::Ptr<Member> const& member() const { return member_; }
+
+  void advance() {
+    if (map_ == nullptr || !member_) {
+      member_ = nullptr;
+    } else if (removals_ == map_->removals_) {
+      member_ = share(map_->next(member_.get()));
+    } else {
+      removals_ = map_->removals_;
+      member_ = share(map_->upperBound(member_->fwkKey()));
+    }
+  }
+
+  // Removes the member under the cursor, which stays readable there; null when it is gone already.
+  Kor::Ptr<Member> remove() {
+    if (map_ == nullptr || !member_ || map_->find(member_->fwkKey()) != member_.get()) {
+      return nullptr;
+    }
+    return map_->remove(member_.get());
+  }
+
+ private:
+  friend class HashMap;
+
+  void attach(HashMap* map) {
+    map_ = map;
+    if (map_ != nullptr) {
+      older_ = map_->cursors_;
+      if (older_ != nullptr) {
+        older_->newer_ = this;
+      }
+      map_->cursors_ = this;
+    }
+  }
+  void detach() {
+    if (map_ != nullptr) {
+      (newer_ == nullptr ? map_->cursors_ : newer_->older_) = older_;
+      if (older_ != nullptr) {
+        older_->newer_ = newer_;
+      }
+      newer_ = older_ = nullptr;
+      map_ = nullptr;
+    }
+  }
+  // At the end for good; answers the cursor that was opened before.
+  Cursor* mapGone() {
+    Cursor* const older = older_;
+    map_ = nullptr;
+    newer_ = older_ = nullptr;
+    member_ = nullptr;
+    return older;
+  }
+
+  HashMap* map_ = nullptr;
+  Kor::Ptr<Member> member_;
+  std::uint32_t removals_ = 0;
+  Cursor* newer_ = nullptr;
+  Cursor* older_ = nullptr;
+};
+
+}  // namespace Kor

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Kor/Notifiee.h"
+
+#include "Kor/MemoryPool.h"
+
+#include <algorithm>
+#include <new>
+
+namespace Kor {
+
+// One registration. It outlives its notifiee's registration while a walk's snapshot holds it.
+struct NotifieeBase::Entry {
+  std::uint32_t references;
+  NotifieeBase* notifiee;  // counted; null once unregistered
+
+  void deleteRef() {
+    if (--references == 0) {
+      MemoryPool::release(this, sizeof(Entry));
+    }
+  }
+};
+
+// The entries themselves follow this header in the same allocation.
+struct alignas(void*) NotifieeList::Entries {
+  std::uint32_t references;
+  std::uint32_t count;
+  std::uint32_t capacity;
+
+  NotifieeBase::Entry** begin() { return reinterpret_cast<NotifieeBase::Entry**>(this + 1); }
+  NotifieeBase::Entry** end() { return begin() + count; }
+
+  static std::size_t sizeFor(std::uint32_t capacity) {
+    return sizeof(Entries) + capacity * sizeof(NotifieeBase::Entry*);
+  }
+  static Entries* make(std::uint32_t capacity) {
+    return new (MemoryPool::allocate(sizeFor(capacity))) Entries{1, 0, capacity};
+  }
+  // A list of its own for the caller, with room for `capacity`; gives up the caller's share of this
+  // one.
+  Entries* owned(std::uint32_t wanted) {
+    if (references == 1 && wanted <= capacity) {
+      return this;
+    }
+    Entries* const copy = make(std::max(wanted, capacity));
+    for (NotifieeBase::Entry* const entry : *this) {
+      ++entry->references;
+      copy->begin()[copy->count++] = entry;
+    }
+    deleteRef();
+    return copy;
+  }
+  void deleteRef() {
+    if (--references == 0) {
+      for (NotifieeBase::Entry* const entry : *this) {
+        entry->deleteRef();
+      }
+      MemoryPool::release(this, sizeFor(capacity));
+    }
+  }
+};
+NotifieeBase::~NotifieeBase() {
+  listIs(nullptr);
+}
+
+void NotifieeBase::onNotificationException(AttributeId /*id*/) {}
+
+void NotifieeBase::listIs(NotifieeList* list) {
+  if (list == list_) {
+    return;
+  }
+  if (list_ != nullptr) {
+    // The registration may be the last to hold this notifiee; it must last until the move is done.
+    Kor::Ptr<NotifieeBase> const pinned = share(this);
+    list_->remove(this);
+    if (list != nullptr) {
+      list->add(this);
+    }
+  } else {
+    list->add(this);
+  }
+}
+
+NotifieeList::~NotifieeList() {
+  if (entries_ == nullptr) {
+    return;
+  }
+  Entries* const entries = std::exchange(entries_, nullptr);
+  for (NotifieeBase::Entry* const entry : *entries) {
+    NotifieeBase* const notifiee = std::exchange(entry->notifiee, nullptr);
+    notifiee->list_ = nullptr;
+    notifiee->entry_ = nullptr;
+    notifiee->deleteRef();
+  }
+  entries->deleteRef();
+}
+
+std::uint32_t NotifieeList::notifiees() const {
+  return entries_ == nullptr ? 0 : entries_->count;
+}
+
+void NotifieeList::add(NotifieeBase* notifiee) {
+  KOR_ASSERT_OWNING_THREAD();
+  if (entries_ == nullptr) {
+    entries_ = Entries::make(2);
+  } else if (entries_->count == entries_->capacity) {
+    entries_ = entries_->owned(2 * entries_->capacity);
+  } else {
+    entries_ = entries_->owned(entries_->capacity);
+  }
+  auto* const entry =
+      new (MemoryPool::allocate(sizeof(NotifieeBase::Entry))) NotifieeBase::Entry{1, notifiee};
+  entries_->begin()[entries_->count++] = entry;
+  notifiee->newRef();
+  notifiee->list_ = this;
+  notifiee->entry_ = entry;
+}
+
+void NotifieeList::remove(NotifieeBase* notifiee) {
+  NotifieeBase::Entry* const entry = std::exchange(notifiee->entry_, nullptr);
+  notifiee->list_ = nullptr;
+  entry->notifiee = nullptr;
+  if (entries_->count == 1) {
+    std::exchange(entries_, nullptr)->deleteRef();
+  } else {
+    entries_ = entries_->owned(entries_->capacity);
+    NotifieeBase::Entry** const place = std::find(entries_->begin(), entries_->end(), entry);
+    std::copy(place + 1, entries_->end(), place);
+    --entries_->count;
+    entry->deleteRef();
+  }
+  notifiee->deleteRef();
+}
+
+void NotifieeList::deliverException(NotifieeBase& notifiee, AttributeId id) noexcept {
+  try {
+    notifiee.onNotificationException(id);
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the write must complete
+  }
+}
+
+NotifieeList::Walk::Walk(Entries* entries) : entries_(entries) {
+  ++entries_->references;
+}
+
+NotifieeList::Walk::~Walk() {
+  entries_->deleteRef();
+}
+
+NotifieeBase* NotifieeList::Walk::next(KorType const* kind) {
+  while (position_ < entries_->count) {
+    NotifieeBase* const notifiee = entries_->begin()[position_++]->notifiee;
+    if (notifiee != nullptr && notifiee->kind_->isA(kind)) {
+      current_ = share(notifiee);
+      return notifiee;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace Kor

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Kor/PtrInterface.h"
+
+namespace Kor {
+namespace {
+
+// So far from zero that no pointer taken and dropped during destruction reaches it.
+constexpr std::uint32_t pinned = 0x80000000U;
+
+}  // namespace
+
+PtrInterface::~PtrInterface() = default;
+
+void PtrInterface::hasNotificationActiveIs(bool active) {
+  notificationActive_ = active;
+}
+
+std::uint32_t PtrInterface::korAuditErrors() const {
+  return 0;
+}
+
+std::uint32_t PtrInterface::auditErrors() const {
+  return korAuditErrors();
+}
+
+void PtrInterface::isNondestructingIs(bool nondestructing) {
+  nondestructing_ = nondestructing;
+}
+
+void PtrInterface::zeroReferencesIs() {
+  isNondestructingIs(false);
+  delete this;
+}
+
+KorType const* PtrInterface::fwkType() const {
+  return _fwkType();
+}
+
+KorType const* PtrInterface::_fwkType() {
+  static KorType const type("Kor::PtrInterface", nullptr);
+  return &type;
+}
+
+void PtrInterface::lastReferenceGone() const noexcept {
+  references_ = pinned;
+  const_cast<PtrInterface*>(this)->zeroReferencesIs();
+}
+
+}  // namespace Kor

@@ -1,0 +1,460 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Kor/Strep.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace Kor {
+namespace {
+
+bool isSpace(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+[[noreturn]] void fail(std::string const& what, std::size_t column) {
+  throw RangeException(what + " at column " + std::to_string(column));
+}
+
+bool atEnd(TextIterator const& it, TextIterator const& end) {
+  return it.position() >= end.position();
+}
+
+char peek(TextIterator const& it, TextIterator const& end) {
+  return atEnd(it, end) ? '\0' : *it;
+}
+
+std::string_view rest(TextIterator const& it, TextIterator const& end) {
+  return it.text().view().substr(it.position(), end.position() - it.position());
+}
+
+void advance(TextIterator& it, std::size_t bytes) {
+  it.positionIs(it.position() + bytes);
+}
+
+int hexValue(char c) {
+  if (isDigit(c)) {
+    return c - '0';
+  }
+  char const lower = static_cast<char>(c | 0x20);
+  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+void appendUtf8(std::string& text, std::uint32_t code) {
+  auto const put = [&](std::uint32_t byte) { text.push_back(static_cast<char>(byte)); };
+  if (code < 0x80) {
+    put(code);
+  } else if (code < 0x800) {
+    put(0xc0 | (code >> 6));
+    put(0x80 | (code & 0x3f));
+  } else if (code < 0x10000) {
+    put(0xe0 | (code >> 12));
+    put(0x80 | ((code >> 6) & 0x3f));
+    put(0x80 | (code & 0x3f));
+  } else {
+    put(0xf0 | (code >> 18));
+    put(0x80 | ((code >> 12) & 0x3f));
+    put(0x80 | ((code >> 6) & 0x3f));
+    put(0x80 | (code & 0x3f));
+  }
+}
+
+// Length of the UTF-8 sequence that starts `bytes`, 0 when it is none.
+std::size_t utf8Length(std::string_view bytes) {
+  auto const byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
+  std::size_t length = 0;
+  std::uint32_t code = 0;
+  if (byte(0) >= 0xf0 && byte(0) < 0xf5) {
+    length = 4;
+    code = byte(0) & 0x07U;
+  } else if (byte(0) >= 0xe0 && byte(0) < 0xf0) {
+    length = 3;
+    code = byte(0) & 0x0fU;
+  } else if (byte(0) >= 0xc2 && byte(0) < 0xe0) {
+    length = 2;
+    code = byte(0) & 0x1fU;
+  }
+  if (length == 0 || bytes.size() < length) {
+    return 0;
+  }
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byte(i) & 0xc0U) != 0x80) {
+      return 0;
+    }
+    code = (code << 6) | (byte(i) & 0x3fU);
+  }
+  bool const overlong = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
+  bool const surrogate = code >= 0xd800 && code < 0xe000;
+  return overlong || surrogate || code > 0x10ffff ? 0 : length;
+}
+
+void appendHexEscape(std::string& text, char c) {
+  constexpr std::string_view digits = "0123456789abcdef";
+  auto const byte = static_cast<unsigned char>(c);
+  text.append("\\x").push_back(digits[byte >> 4]);
+  text.push_back(digits[byte & 0x0f]);
+}
+
+// Reads the literal behind its opening quote.
+class StringLiteralReader {
+ public:
+  StringLiteralReader(TextIterator& it, TextIterator const& end) : it_(it), end_(end) {}
+
+  std::string read() {
+    opening_ = it_.position();
+    readPrefix();
+    readOpeningQuote();
+    while (!takeString(it_, end_, quote_)) {
+      if (atEnd(it_, end_) || (quote_.size() == 1 && *it_ == '\n')) {
+        fail("unterminated string", opening_);
+      }
+      if (*it_ == '\\') {
+        readEscape();
+      } else {
+        text_.push_back(*it_);
+        ++it_;
+      }
+    }
+    return std::move(text_);
+  }
+
+ private:
+  void readPrefix() {
+    for (char lower = letter(); lower == 'r' || lower == 'b' || lower == 'u'; lower = letter()) {
+      raw_ = raw_ || lower == 'r';
+      ++it_;
+    }
+  }
+  [[nodiscard]] char letter() const { return static_cast<char>(peek(it_, end_) | 0x20); }
+
+  void readOpeningQuote() {
+    for (std::string_view const quote : {"'''", "\"\"\"", "'", "\""}) {
+      // Two quotes that no third follows are an empty text.
+      if (takeString(it_, end_, quote)) {
+        quote_ = quote;
+        return;
+      }
+    }
+    fail("expected a string", opening_);
+  }
+
+  void readEscape() {
+    std::string_view const ahead = rest(it_, end_);
+    if (ahead.size() < 2) {
+      fail("unterminated string", opening_);
+    }
+    char const c = ahead[1];
+    if (raw_) {
+      text_.append(ahead.substr(0, 2));
+      advance(it_, 2);
+      return;
+    }
+    constexpr std::string_view letters = "\\'\"abfnrtv";
+    constexpr std::string_view meanings = "\\'\"\a\b\f\n\r\t\v";
+    if (auto const known = letters.find(c); known != std::string_view::npos) {
+      text_.push_back(meanings[known]);
+      advance(it_, 2);
+    } else if (c == '\n') {
+      advance(it_, 2);
+    } else if (c == 'x') {
+      text_.push_back(static_cast<char>(readHex(2)));
+    } else if (c == 'u') {
+      appendUtf8(text_, readHex(4));
+    } else if (c == 'U') {
+      appendUtf8(text_, readHex(8));
+    } else if (c >= '0' && c <= '7') {
+      readOctal();
+    } else {
+      text_.append(ahead.substr(0, 2));  // as Python does: an unknown escape stands for itself
+      advance(it_, 2);
+    }
+  }
+  std::uint32_t readHex(std::size_t digits) {
+    std::size_t const column = it_.position();
+    advance(it_, 2);
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < digits; ++i, ++it_) {
+      int const digit = hexValue(peek(it_, end_));
+      if (digit < 0) {
+        fail("bad escape", column);
+      }
+      value = value * 16 + static_cast<std::uint32_t>(digit);
+    }
+    if (value > 0x10ffff) {
+      fail("bad escape", column);
+    }
+    return value;
+  }
+  void readOctal() {
+    ++it_;
+    unsigned value = 0;
+    for (int i = 0; i < 3 && peek(it_, end_) >= '0' && peek(it_, end_) <= '7'; ++i, ++it_) {
+      value = value * 8 + static_cast<unsigned>(*it_ - '0');
+    }
+    text_.push_back(static_cast<char>(value));
+  }
+
+  TextIterator& it_;
+  TextIterator const& end_;
+  std::size_t opening_ = 0;
+  bool raw_ = false;
+  std::string_view quote_;
+  std::string text_;
+};
+
+// The characters of a decimal number that start `text`.
+std::string_view integerToken(std::string_view text) {
+  std::size_t length = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
+  std::size_t const sign = length;
+  while (length < text.size() && isDigit(text[length])) {
+    ++length;
+  }
+  return length == sign ? std::string_view() : text.substr(0, length);
+}
+
+template <class Number>
+Number readInteger(TextIterator& it, TextIterator const& end, Number lowest, Number highest) {
+  skipSpace(it, end);
+  std::string_view const token = integerToken(rest(it, end));
+  if (token.empty()) {
+    fail("expected an integer", it.position());
+  }
+  std::string_view const digits = token[0] == '+' ? token.substr(1) : token;
+  Number number{};
+  auto const [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  if (error != std::errc() || stop != digits.data() + digits.size() || number < lowest ||
+      number > highest) {
+    fail(std::string(token) + " out of range", it.position());
+  }
+  advance(it, token.size());
+  return number;
+}
+
+}  // namespace
+
+String8 valueToStrep(String8 const& text) {
+  std::string literal("'");
+  std::string_view const bytes = text.view();
+  for (std::size_t i = 0; i < bytes.size();) {
+    char const c = bytes[i];
+    if (c == '\\' || c == '\'') {
+      literal.push_back('\\');
+      literal.push_back(c);
+    } else if (c == '\n') {
+      literal.append("\\n");
+    } else if (c == '\r') {
+      literal.append("\\r");
+    } else if (c == '\t') {
+      literal.append("\\t");
+    } else if (c >= ' ' && c < '\x7f') {
+      literal.push_back(c);
+    } else if (std::size_t const length = utf8Length(bytes.substr(i)); length != 0) {
+      literal.append(bytes.substr(i, length));
+      i += length - 1;
+    } else {
+      appendHexEscape(literal, c);
+    }
+    ++i;
+  }
+  literal.push_back('\'');
+  return literal;
+}
+
+String8 valueToStrep(double number) {
+  if (std::isnan(number)) {
+    return "float('nan')";
+  }
+  if (std::isinf(number)) {
+    return number < 0 ? "float('-inf')" : "float('inf')";
+  }
+  std::array<char, 32> buffer{};
+  auto const result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
+  std::string text(buffer.data(), result.ptr);
+  if (text.find_first_of(".e") == std::string::npos) {
+    text.append(".0");
+  }
+  return text;
+}
+
+String8 signedToStrep(std::int64_t number) {
+  return std::to_string(number);
+}
+String8 unsignedToStrep(std::uint64_t number) {
+  return std::to_string(number);
+}
+
+void skipSpace(TextIterator& it, TextIterator const& end) {
+  while (!atEnd(it, end) && isSpace(*it)) {
+    ++it;
+  }
+}
+
+bool takeString(TextIterator& it, TextIterator const& end, std::string_view token) {
+  if (!rest(it, end).starts_with(token)) {
+    return false;
+  }
+  advance(it, token.size());
+  return true;
+}
+
+void needString(TextIterator& it, TextIterator const& end, std::string_view pattern) {
+  while (!pattern.empty()) {
+    if (pattern.front() == ' ') {
+      skipSpace(it, end);
+      pattern.remove_prefix(1);
+      continue;
+    }
+    std::string_view const token = pattern.substr(0, pattern.find(' '));
+    if (!takeString(it, end, token)) {
+      fail("expected " + std::string(token), it.position());
+    }
+    pattern.remove_prefix(token.size());
+  }
+}
+
+void sequenceToValue(TextIterator& it, TextIterator const& end, String8& text) {
+  skipSpace(it, end);
+  text = String8(StringLiteralReader(it, end).read());
+}
+
+void sequenceToValue(TextIterator& it, TextIterator const& end, Name& text) {
+  sequenceToValue(it, end, static_cast<String8&>(text));
+}
+
+void sequenceToValue(TextIterator& it, TextIterator const& end, bool& value) {
+  skipSpace(it, end);
+  if (takeString(it, end, "True")) {
+    value = true;
+  } else if (takeString(it, end, "False")) {
+    value = false;
+  } else {
+    fail("expected True or False", it.position());
+  }
+}
+
+void sequenceToValue(TextIterator& it, TextIterator const& end, double& value) {
+  skipSpace(it, end);
+  constexpr std::array<std::pair<std::string_view, double>, 3> special{
+      {{"float('nan')", std::numeric_limits<double>::quiet_NaN()},
+       {"float('-inf')", -std::numeric_limits<double>::infinity()},
+       {"float('inf')", std::numeric_limits<double>::infinity()}}};
+  for (auto const& [text, meaning] : special) {
+    if (takeString(it, end, text)) {
+      value = meaning;
+      return;
+    }
+  }
+  std::string_view const text = rest(it, end);
+  std::size_t const sign = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
+  bool const starts = sign < text.size() && (isDigit(text[sign]) || text[sign] == '.');
+  char const* const first = text.data() + (sign == 1 && text[0] == '+' ? 1 : 0);
+  double number = 0;
+  std::from_chars_result result{first, std::errc::invalid_argument};
+  if (starts) {
+    result = std::from_chars(first, text.data() + text.size(), number);
+  }
+  if (result.ec == std::errc::result_out_of_range) {
+    fail(std::string(text.data(), result.ptr) + " out of range", it.position());
+  }
+  if (result.ec != std::errc()) {
+    fail("expected a number", it.position());
+  }
+  advance(it, static_cast<std::size_t>(result.ptr - text.data()));
+  value = number;
+}
+
+std::int64_t sequenceToInteger(TextIterator& it, TextIterator const& end, std::int64_t lowest,
+                               std::int64_t highest) {
+  return readInteger<std::int64_t>(it, end, lowest, highest);
+}
+
+std::uint64_t sequenceToUnsigned(TextIterator& it, TextIterator const& end, std::uint64_t highest) {
+  return readInteger<std::uint64_t>(it, end, 0, highest);
+}
+
+void rethrowFromDeserializeAttr(RangeException const& error, String8 const& name) {
+  throw RangeException("attribute '" + name.stdString() + "': " + error.text());
+}
+
+void needEnd(TextIterator const& it) {
+  if (it.position() != it.text().length()) {
+    throw RangeException("junk at column " + std::to_string(it.position()) + " deserializing " +
+                         it.text().stdString());
+  }
+}
+
+String8 enumToText(EnumNames const& names, std::int32_t value) {
+  if (value >= 0 && static_cast<std::size_t>(value) < names.count) {
+    return names.names[value];
+  }
+  return signedToStrep(value);
+}
+
+String8 enumToStrep(EnumNames const& names, std::int32_t value) {
+  String8 const text = enumToText(names, value);
+  bool const named = value >= 0 && static_cast<std::size_t>(value) < names.count;
+  return named ? "'" + text + "'" : text;
+}
+
+std::int32_t sequenceToEnum(TextIterator& it, TextIterator const& end, EnumNames const& names) {
+  skipSpace(it, end);
+  char const c = peek(it, end);
+  if (c == '\'' || c == '"') {
+    String8 text;
+    sequenceToValue(it, end, text);
+    for (std::size_t i = 0; i < names.count; ++i) {
+      if (text.view() == names.names[i]) {
+        return static_cast<std::int32_t>(i);
+      }
+    }
+    throw RangeException(std::string(names.type) + " has no such value: " + text.stdString());
+  }
+  if (integerToken(rest(it, end)).empty()) {
+    fail("expected " + std::string(names.type), it.position());
+  }
+  std::int32_t value = 0;
+  sequenceToValue(it, end, value);
+  return value;
+}
+
+void ValueReader::open(TextIterator& it, TextIterator const& end) const {
+  needString(it, end, " Value");
+  needString(it, end, " (");
+  needString(it, end, " '" + std::string(typeName_) + "'");
+  needString(it, end, " ,");
+  needString(it, end, " **");
+  needString(it, end, " {");
+}
+
+bool ValueReader::more(TextIterator& it, TextIterator const& end) const {
+  needString(it, end, " ");
+  if (atEnd(it, end)) {
+    throw RangeException("premature end of value type " + std::string(shortTypeName(typeName_)));
+  }
+  if (*it != '}') {
+    return true;
+  }
+  needString(it, end, "} ");
+  needString(it, end, ") ");
+  return false;
+}
+
+String8 ValueReader::attributeName(TextIterator& it, TextIterator const& end, bool first) {
+  if (!first) {
+    needString(it, end, ", ");
+  }
+  String8 name;
+  sequenceToValue(it, end, name);
+  needString(it, end, " : ");
+  return name;
+}
+
+void ValueReader::unknownAttribute(String8 const& name) const {
+  throw RangeException(std::string(shortTypeName(typeName_)) +
+                       " has no such attribute: " + name.stdString());
+}
+
+}  // namespace Kor

@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Text forms ("string representations") of values, and their parsers.
+//
+// Every form is a Python expression. A value with attributes prints as
+//   Value('Ns::Type', ** {'first': ..., 'second': ...})
+// texts as Python string literals, numbers, True and False, None for a null pointer. What prints
+// parses back to an equal value; texts may be written with any Python string literal, and white
+// space is free between tokens. White space is blank, \t, \n, \v, \f, \r in every locale.
+//
+// All parsers raise RangeException; its text names the 0-based column in the whole text and, inside
+// a value, the attribute. Where the iterator stands after an error is unspecified.
+//
+// A value type takes part by listing its fields once:
+//
+//   struct Point {
+//     static constexpr std::string_view korTypeName = "Ns::Point";
+//     static constexpr auto korFields() {
+//       return std::tuple(Kor::field("x", &Point::x, &Point::xIs), ...);
+//     }
+//   };
+//
+// which gives valueToStrep(Point), sequenceToValue(it, end, point) and strepToValue<Point>(text).
+
+#include "Kor/Exception.h"
+#include "Kor/Export.h"
+#include "Kor/KorType.h"
+#include "Kor/String.h"
+
+#include <concepts>
+#include <cstdint>
+#include <limits>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+
+namespace Kor {
+
+using TextIterator = String8::IteratorConst;
+
+// printing
+// -----------------------------------------------------------------------------------------
+
+KOR_API String8 valueToStrep(String8 const& text);  // a single-quoted literal
+inline String8 valueToStrep(Name const& text) {
+  return valueToStrep(String8(text));
+}
+KOR_API String8 valueToStrep(double number);  // the shortest text that reads back
+KOR_API String8 signedToStrep(std::int64_t number);
+KOR_API String8 unsignedToStrep(std::uint64_t number);
+
+template <std::integral Number>
+String8 valueToStrep(Number number) {
+  if constexpr (std::same_as<Number, bool>) {
+    return number ? "True" : "False";
+  } else if constexpr (std::is_signed_v<Number>) {
+    return signedToStrep(number);
+  } else {
+    return unsignedToStrep(number);
+  }
+}
+
+// tokens
+// -------------------------------------------------------------------------------------------
+
+// Consumes `pattern`; a blank in it stands for optional white space. Raises "expected TOKEN at
+// column N", the token without its blanks and N behind the white space that was skipped.
+KOR_API void needString(TextIterator& it, TextIterator const& end, std::string_view pattern);
+// Skips white space.
+KOR_API void skipSpace(TextIterator& it, TextIterator const& end);
+// Consumes `token` if it stands here.
+KOR_API bool takeString(TextIterator& it, TextIterator const& end, std::string_view token);
+
+// parsing
+// ------------------------------------------------------------------------------------------
+
+KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, String8& text);
+KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, Name& text);
+KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, bool& value);
+KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, double& value);
+// A decimal number in [lowest, highest]; raises "NUMBER out of range at column N".
+KOR_API std::int64_t sequenceToInteger(TextIterator& it, TextIterator const& end,
+                                       std::int64_t lowest, std::int64_t highest);
+KOR_API std::uint64_t sequenceToUnsigned(TextIterator& it, TextIterator const& end,
+                                         std::uint64_t highest);
+
+template <std::integral Number>
+requires(!std::same_as<Number, bool>) void sequenceToValue(TextIterator& it,
+                                                           TextIterator const& end, Number& value) {
+  using Limits = std::numeric_limits<Number>;
+  if constexpr (std::is_signed_v<Number>) {
+    value = static_cast<Number>(sequenceToInteger(it, end, Limits::min(), Limits::max()));
+  } else {
+    value = static_cast<Number>(sequenceToUnsigned(it, end, Limits::max()));
+  }
+}
+
+// Throws `error` again with "attribute 'NAME': " in front.
+[[noreturn]] KOR_API void rethrowFromDeserializeAttr(RangeException const& error,
+                                                     String8 const& name);
+
+// A type whose text form is read by its constructor from an iterator pair.
+template <class T>
+concept ReadByConstructor = std::constructible_from<T, TextIterator&, TextIterator const&>;
+
+template <class T>
+T sequenceTo(TextIterator& it, TextIterator const& end) {
+  if constexpr (ReadByConstructor<T>) {
+    return T(it, end);
+  } else {
+    T value{};
+    sequenceToValue(it, end, value);
+    return value;
+  }
+}
+
+// Reads the value of the attribute `name`; a RangeException is rethrown with that name.
+template <class T>
+T deserializeAttr(TextIterator& it, TextIterator const& end, String8 const& name) {
+  try {
+    return sequenceTo<T>(it, end);
+  } catch (RangeException const& error) {
+    rethrowFromDeserializeAttr(error, name);
+  }
+}
+
+KOR_API void needEnd(TextIterator const& it);
+
+// Parses a whole text. Raises "junk at column N deserializing TEXT" when something follows the
+// value. The second argument only picks the type.
+template <class T>
+T strepToValue(String8 const& text, T* /*type*/) {
+  TextIterator it = text.begin();
+  T value = sequenceTo<T>(it, text.end());
+  needEnd(it);
+  return value;
+}
+template <class T>
+T strepToValue(String8 const& text) {
+  return strepToValue<T>(text, static_cast<T*>(nullptr));
+}
+
+// enumerations
+// -------------------------------------------------------------------------------------
+
+// The names of an enumeration's values 0, 1, 2, …; other values are printed and read as numbers.
+struct EnumNames {
+  std::string_view type;  // short type name
+  std::string_view const* names;
+  std::size_t count;
+};
+KOR_API String8 enumToText(EnumNames const& names, std::int32_t value);   // bare name or number
+KOR_API String8 enumToStrep(EnumNames const& names, std::int32_t value);  // 'name' or number
+KOR_API std::int32_t sequenceToEnum(TextIterator& it, TextIterator const& end,
+                                    EnumNames const& names);
+
+// values with attributes
+// -----------------------------------------------------------------------------
+
+// One attribute of a value type: how it is read and, unless it cannot, written.
+template <class Getter, class Setter>
+struct Field {
+  std::string_view name;
+  Getter get;
+  Setter set;
+};
+template <class Getter, class Setter>
+constexpr Field<Getter, Setter> field(std::string_view name, Getter get, Setter set) {
+  return {name, get, set};
+}
+
+template <class T>
+concept ValueWithFields = requires {
+  { T::korTypeName } -> std::convertible_to<std::string_view>;
+  T::korFields();
+};
+
+constexpr std::string_view shortTypeName(std::string_view qualified) {
+  auto const colons = qualified.rfind("::");
+  return colons == std::string_view::npos ? qualified : qualified.substr(colons + 2);
+}
+
+// Reads the frame of a value text and calls readField(it, end, name) for each attribute, which
+// answers whether there is such an attribute.
+class KOR_API ValueReader {
+ public:
+  explicit ValueReader(std::string_view typeName) : typeName_(typeName) {}
+
+  template <class ReadField>
+  void read(TextIterator& it, TextIterator const& end, ReadField&& readField) const {
+    open(it, end);
+    for (bool first = true; more(it, end); first = false) {
+      String8 const name = attributeName(it, end, first);
+      if (!readField(it, end, name)) {
+        unknownAttribute(name);
+      }
+    }
+  }
+
+ private:
+  void open(TextIterator& it, TextIterator const& end) const;
+  // False when the closing brace and parenthesis have been read.
+  bool more(TextIterator& it, TextIterator const& end) const;
+  static String8 attributeName(TextIterator& it, TextIterator const& end, bool first);
+  [[noreturn]] void unknownAttribute(String8 const& name) const;
+
+  std::string_view typeName_;
+};
+
+template <ValueWithFields T>
+String8 valueToStrep(T const& value) {
+  std::string text("Value('");
+  text.append(T::korTypeName).append("', ** {");
+  std::string_view separator;
+  auto const print = [&](auto const& field) {
+    text.append(separator).append("'").append(field.name).append("': ");
+    text.append(valueToStrep((value.*field.get)()).view());
+    separator = ", ";
+  };
+  std::apply([&](auto const&... fields) { (print(fields), ...); }, T::korFields());
+  text.append("})");
+  return text;
+}
+
+// Reads into `value`: attributes in any order; the last of a repeated one counts; a missing one
+// keeps what stands in `value`.
+template <ValueWithFields T>
+void readValueFields(TextIterator& it, TextIterator const& end, T& value) {
+  auto const readField = [&](TextIterator& at, TextIterator const& last, String8 const& name) {
+    auto const take = [&](auto const& field) {
+      if (name.view() != field.name) {
+        return false;
+      }
+      try {
+        using Type = std::remove_cvref_t<decltype((value.*field.get)())>;
+        (value.*field.set)(sequenceTo<Type>(at, last));
+      } catch (RangeException const& error) {
+        rethrowFromDeserializeAttr(error, name);
+      }
+      return true;
+    };
+    return std::apply([&](auto const&... fields) { return (take(fields) || ...); }, T::korFields());
+  };
+  ValueReader(T::korTypeName).read(it, end, readField);
+}
+
+template <ValueWithFields T>
+void sequenceToValue(TextIterator& it, TextIterator const& end, T& value) {
+  T read{};
+  readValueFields(it, end, read);
+  value = read;
+}
+
+}  // namespace Kor

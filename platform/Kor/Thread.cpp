@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Kor/Thread.h"
+
+#include <thread>
+
+namespace Kor {
+namespace {
+
+std::thread::id const owningThread = std::this_thread::get_id();
+
+}  // namespace
+
+bool onOwningThread() {
+  // Before our own static objects stand, another library's are being built: still the loading
+  // thread.
+  return owningThread == std::thread::id() || std::this_thread::get_id() == owningThread;
+}
+
+}  // namespace Kor
