@@ -3,6 +3,15 @@
 # One shared library from the sources below some folders, and the CMake package that carries it.
 include(CMakePackageConfigHelpers)
 
+# link_if_there(<target> <kind> <library>...): links those of the libraries that are built.
+function(link_if_there target kind)
+  foreach(library IN LISTS ARGN)
+    if(TARGET ${library})
+      target_link_libraries(${target} ${kind} ${library})
+    endif()
+  endforeach()
+endfunction()
+
 # add_project_library(<name> PACKAGE <package> FOLDERS <folder>... HEADERS_TO <folder>
 #                     [DEPENDS <target>...])
 #
@@ -25,11 +34,7 @@ function(add_project_library name)
   target_include_directories(
     ${name} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>"
                    "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/${arg_HEADERS_TO}>")
-  foreach(dependency IN LISTS arg_DEPENDS)
-    if(TARGET ${dependency})
-      target_link_libraries(${name} PUBLIC ${dependency})
-    endif()
-  endforeach()
+  link_if_there(${name} PUBLIC ${arg_DEPENDS})
 
   install(
     TARGETS ${name}
