@@ -12,6 +12,10 @@ namespace {
 constexpr std::size_t nameLimit = 255;
 constexpr std::string_view blanks = " \t";
 
+bool isBlank(char character) noexcept {
+  return character == ' ' || character == '\t';
+}
+
 char toLower(char character) noexcept {
   return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
                                               : character;
@@ -62,9 +66,11 @@ Lexer::Lexer(std::string_view line) noexcept
     : line_(line.substr(0, line.find_last_not_of(blanks) + 1)), current_(wordFrom(0)) {}
 
 Token Lexer::wordFrom(std::size_t offset) const noexcept {
-  std::size_t const begin = std::min(line_.find_first_not_of(blanks, offset), line_.size());
-  std::size_t const end = std::min(line_.find_first_of(blanks, begin), line_.size());
-  return {line_.substr(begin, end - begin), static_cast<std::uint32_t>(begin) + 1};
+  auto const from = line_.begin() + static_cast<std::ptrdiff_t>(offset);
+  auto const begin = std::find_if_not(from, line_.end(), isBlank);
+  auto const size = static_cast<std::size_t>(std::find_if(begin, line_.end(), isBlank) - begin);
+  auto const index = static_cast<std::size_t>(begin - line_.begin());
+  return {line_.substr(index, size), static_cast<std::uint32_t>(index) + 1};
 }
 
 Token Lexer::wordAfter(Token const& token) const noexcept {
