@@ -117,6 +117,44 @@ class ValueCollection : public Collection<Member> {
   }
 };
 
+// An owned member that wants to know its owner has korOwnerIs(Owner*), called with the owner when
+// it joins a collection and with null when it leaves, also when the owner dies first.
+template <class Member, class Owner>
+void memberJoined(Member& member, Owner* owner) {
+  if constexpr (requires { member.korOwnerIs(owner); }) {
+    member.korOwnerIs(owner);
+  }
+}
+template <class Member>
+void memberLeft(Member& member) {
+  if constexpr (requires { member.korOwnerIs(nullptr); }) {
+    member.korOwnerIs(nullptr);
+  }
+}
+
+template <class Member>
+class OwnedCollection : public Collection<Member> {
+ public:
+  OwnedCollection() = default;
+  OwnedCollection(OwnedCollection const&) = delete;
+  OwnedCollection& operator=(OwnedCollection const&) = delete;
+  ~OwnedCollection() {
+    for (Member* member = this->map().first(); member != nullptr;
+         member = this->map().next(member)) {
+      memberLeft(*member);
+    }
+  }
+
+  template <class Owner>
+  Kor::Ptr<Member> join(Kor::Ptr<Member> member, Owner* owner) {
+    if (Kor::Ptr<Member> const replaced = this->map().insert(member)) {
+      memberLeft(*replaced);
+    }
+    memberJoined(*member, owner);
+    return member;
+  }
+};
+
 // What every iterator of a collection offers. True while on a member; `*` gives the iterator
 // itself, so that `for (auto const& book : shelf->bookIterator())` reads book.key() and
 // book.value().
@@ -150,134 +188,136 @@ class CollectionIterator {
 }  // namespace Kor
 
 // Iterators shared by both forms; VALUE is the expression that value() answers for the member.
-#define KOR_COLLECTION_ITERATOR_(Owner, Iterator, Member, OwnerPtr, VALUE_NAME, VALUE, DELETE)     \
-  class Iterator : public ::Kor::CollectionIterator<Iterator, Member> {                            \
-   public:                                                                                         \
-    Iterator() = default;                                                                          \
-    explicit Iterator(OwnerPtr owner, ::Kor::HashMap<Member>& map)                                 \
-        : CollectionIterator(::Kor::HashMap<Member>::Cursor(map)), owner_(owner) {}                \
-    [[nodiscard]] auto VALUE_NAME() const { return VALUE; }                                        \
-    DELETE                                                                                         \
-   private:                                                                                        \
-    OwnerPtr owner_ = nullptr;                                                                     \
+#define KOR_COLLECTION_ITERATOR_(Owner, Iterator, Member, OwnerPtr, VALUE_NAME, VALUE, DELETE) \
+  class Iterator : public ::Kor::CollectionIterator<Iterator, Member> {                        \
+   public:                                                                                     \
+    Iterator() = default;                                                                      \
+    explicit Iterator(OwnerPtr owner, ::Kor::HashMap<Member>& map)                             \
+        : CollectionIterator(::Kor::HashMap<Member>::Cursor(map)), owner_(owner) {}            \
+    [[nodiscard]] auto VALUE_NAME() const { return VALUE; }                                    \
+    DELETE                                                                                     \
+   private:                                                                                    \
+    OwnerPtr owner_ = nullptr;                                                                 \
   };
 
-#define KOR_COLLECTION_DELETE_(x, Member)                                                          \
-  /* Removes the member under the iterator; it is announced like any removal. */                   \
-  void del() {                                                                                     \
-    if (auto const removed = this->removeMember()) {                                               \
-      deleteNotify(removed);                                                                       \
-    }                                                                                              \
-  }                                                                                                \
-  void deleteNotify(::Kor::Ptr<Member> const& removed) {                                           \
-    owner_->x##Notify(removed->fwkKey(), removed);                                                 \
+#define KOR_COLLECTION_DELETE_(x, Member)                                        \
+  /* Removes the member under the iterator; it is announced like any removal. */ \
+  void del() {                                                                   \
+    if (auto const removed = this->removeMember()) {                             \
+      ::Kor::memberLeft(*removed);                                               \
+      deleteNotify(removed);                                                     \
+    }                                                                            \
+  }                                                                              \
+  void deleteNotify(::Kor::Ptr<Member> const& removed) {                         \
+    owner_->x##Notify(removed->fwkKey(), removed);                               \
   }
 
-#define KOR_VALUE_COLLECTION(Owner, x, X, K, V, VIRTUAL, ...)                                      \
- public:                                                                                           \
-  class Kor##X final : public ::Kor::CollectionEntry<Kor##X, K, V> {                               \
-   public:                                                                                         \
-    using CollectionEntry::CollectionEntry;                                                        \
-    [[nodiscard]] V x() const { return value(); }                                                  \
-  };                                                                                               \
-  KOR_COLLECTION_ITERATOR_(Owner, X##IteratorConst, Kor##X, Owner const*, value,                   \
-                           this->member()->value(), )                                              \
-  KOR_COLLECTION_ITERATOR_(Owner, X##Iterator, Kor##X, Owner*, value, this->member()->value(),     \
-                           KOR_COLLECTION_DELETE_(x, Kor##X))                                      \
-  KOR_COLLECTION_ITERATOR_(Owner, Kor##X##Iterator, Kor##X, Owner*, entry, this->member(),         \
-                           KOR_COLLECTION_DELETE_(x, Kor##X))                                      \
-  [[nodiscard]] std::uint32_t x##s() const {                                                       \
-    return x##Collection_.members();                                                               \
-  }                                                                                                \
-  [[nodiscard]] V x(K const& key) const {                                                          \
-    return x##Collection_.value(key);                                                              \
-  }                                                                                                \
-  [[nodiscard]] ::Kor::Ptr<Kor##X> kor##X(K const& key) const {                                    \
-    return x##Collection_.find(key);                                                               \
-  }                                                                                                \
-  ::Kor::Ptr<Kor##X> new##X(K const& key, V const& value) {                                        \
-    return x##Collection_.insert(::Kor::Ptr<Kor##X>(new Kor##X(key, value)));                      \
-  }                                                                                                \
-  VIRTUAL V x##Del(K const& key) {                                                                 \
-    ::Kor::Ptr<Kor##X> const removed = x##Collection_.remove(key);                                 \
-    if (!removed) {                                                                                \
-      return V();                                                                                  \
-    }                                                                                              \
-    x##Notify(removed->key(), removed);                                                            \
-    return removed->value();                                                                       \
-  }                                                                                                \
-  VIRTUAL void x##Notify([[maybe_unused]] K const& key,                                            \
-                         [[maybe_unused]] ::Kor::Ptr<Kor##X> const& entry)                         \
-      __VA_ARGS__ VIRTUAL void x##Is(K const& key, V const& value) {                               \
-    auto const create = [this](K const& k, V const& v) { return new##X(k, v); };                   \
-    if (::Kor::Ptr<Kor##X> const changed = x##Collection_.set(key, value, create)) {               \
-      x##Notify(changed->key(), changed);                                                          \
-    }                                                                                              \
-  }                                                                                                \
-  void x##DelAll() {                                                                               \
-    x##Collection_.removeAll(                                                                      \
-        [this](::Kor::Ptr<Kor##X> const& removed) { x##Notify(removed->key(), removed); });        \
-  }                                                                                                \
-  [[nodiscard]] X##Iterator x##Iterator() {                                                        \
-    return X##Iterator(this, x##Collection_.map());                                                \
-  }                                                                                                \
-  [[nodiscard]] X##IteratorConst x##IteratorConst() const {                                        \
-    return X##IteratorConst(this, x##Collection_.map());                                           \
-  }                                                                                                \
-  [[nodiscard]] Kor##X##Iterator kor##X##Iterator() {                                              \
-    return Kor##X##Iterator(this, x##Collection_.map());                                           \
-  }                                                                                                \
-                                                                                                   \
- private:                                                                                          \
+#define KOR_VALUE_COLLECTION(Owner, x, X, K, V, VIRTUAL, ...)                                  \
+ public:                                                                                       \
+  class Kor##X final : public ::Kor::CollectionEntry<Kor##X, K, V> {                           \
+   public:                                                                                     \
+    using CollectionEntry::CollectionEntry;                                                    \
+    [[nodiscard]] V x() const { return value(); }                                              \
+  };                                                                                           \
+  KOR_COLLECTION_ITERATOR_(Owner, X##IteratorConst, Kor##X, Owner const*, value,               \
+                           this->member()->value(), )                                          \
+  KOR_COLLECTION_ITERATOR_(Owner, X##Iterator, Kor##X, Owner*, value, this->member()->value(), \
+                           KOR_COLLECTION_DELETE_(x, Kor##X))                                  \
+  KOR_COLLECTION_ITERATOR_(Owner, Kor##X##Iterator, Kor##X, Owner*, entry, this->member(),     \
+                           KOR_COLLECTION_DELETE_(x, Kor##X))                                  \
+  [[nodiscard]] std::uint32_t x##s() const {                                                   \
+    return x##Collection_.members();                                                           \
+  }                                                                                            \
+  [[nodiscard]] V x(K const& key) const {                                                      \
+    return x##Collection_.value(key);                                                          \
+  }                                                                                            \
+  [[nodiscard]] ::Kor::Ptr<Kor##X> kor##X(K const& key) const {                                \
+    return x##Collection_.find(key);                                                           \
+  }                                                                                            \
+  ::Kor::Ptr<Kor##X> new##X(K const& key, V const& value) {                                    \
+    return x##Collection_.insert(::Kor::Ptr<Kor##X>(new Kor##X(key, value)));                  \
+  }                                                                                            \
+  VIRTUAL V x##Del(K const& key) {                                                             \
+    ::Kor::Ptr<Kor##X> const removed = x##Collection_.remove(key);                             \
+    if (!removed) {                                                                            \
+      return V();                                                                              \
+    }                                                                                          \
+    x##Notify(removed->key(), removed);                                                        \
+    return removed->value();                                                                   \
+  }                                                                                            \
+  VIRTUAL void x##Notify([[maybe_unused]] K const& key,                                        \
+                         [[maybe_unused]] ::Kor::Ptr<Kor##X> const& entry)                     \
+      __VA_ARGS__ VIRTUAL void x##Is(K const& key, V const& value) {                           \
+    auto const create = [this](K const& k, V const& v) { return new##X(k, v); };               \
+    if (::Kor::Ptr<Kor##X> const changed = x##Collection_.set(key, value, create)) {           \
+      x##Notify(changed->key(), changed);                                                      \
+    }                                                                                          \
+  }                                                                                            \
+  void x##DelAll() {                                                                           \
+    x##Collection_.removeAll(                                                                  \
+        [this](::Kor::Ptr<Kor##X> const& removed) { x##Notify(removed->key(), removed); });    \
+  }                                                                                            \
+  [[nodiscard]] X##Iterator x##Iterator() {                                                    \
+    return X##Iterator(this, x##Collection_.map());                                            \
+  }                                                                                            \
+  [[nodiscard]] X##IteratorConst x##IteratorConst() const {                                    \
+    return X##IteratorConst(this, x##Collection_.map());                                       \
+  }                                                                                            \
+  [[nodiscard]] Kor##X##Iterator kor##X##Iterator() {                                          \
+    return Kor##X##Iterator(this, x##Collection_.map());                                       \
+  }                                                                                            \
+                                                                                               \
+ private:                                                                                      \
   ::Kor::ValueCollection<Kor##X> x##Collection_;
 
-#define KOR_OWNED_COLLECTION(Owner, x, X, K, Member, VIRTUAL, ...)                                 \
- public:                                                                                           \
-  KOR_COLLECTION_ITERATOR_(Owner, X##IteratorConst, Member, Owner const*, value,                   \
-                           ::Kor::Ptr<Member const>(this->member()), )                             \
-  KOR_COLLECTION_ITERATOR_(Owner, X##Iterator, Member, Owner*, value, this->member(),              \
-                           KOR_COLLECTION_DELETE_(x, Member))                                      \
-  using Kor##X##Iterator = X##Iterator;                                                            \
-  [[nodiscard]] std::uint32_t x##s() const {                                                       \
-    return x##Collection_.members();                                                               \
-  }                                                                                                \
-  [[nodiscard]] ::Kor::Ptr<Member> x(K const& key) {                                               \
-    return x##Collection_.find(key);                                                               \
-  }                                                                                                \
-  [[nodiscard]] ::Kor::Ptr<Member const> x(K const& key) const {                                   \
-    return x##Collection_.find(key);                                                               \
-  }                                                                                                \
-  ::Kor::Ptr<Member> new##X(K const& key) {                                                        \
-    return x##Collection_.insert(::Kor::Ptr<Member>(new Member(key)));                             \
-  }                                                                                                \
-  VIRTUAL ::Kor::Ptr<Member> x##Del(K const& key) {                                                \
-    ::Kor::Ptr<Member> removed = x##Collection_.remove(key);                                       \
-    if (removed) {                                                                                 \
-      x##Notify(removed->fwkKey(), removed);                                                       \
-    }                                                                                              \
-    return removed;                                                                                \
-  }                                                                                                \
-  VIRTUAL void x##Notify([[maybe_unused]] K const& key,                                            \
-                         [[maybe_unused]] ::Kor::Ptr<Member> const& member)                        \
-      __VA_ARGS__ VIRTUAL ::Kor::Ptr<Member>                                                       \
-          x##Is(K const& key) {                                                                    \
-    if (::Kor::Ptr<Member> existing = x##Collection_.find(key)) {                                  \
-      return existing;                                                                             \
-    }                                                                                              \
-    ::Kor::Ptr<Member> created = ::Kor::validPtr(new##X(key));                                     \
-    x##Notify(created->fwkKey(), created);                                                         \
-    return created;                                                                                \
-  }                                                                                                \
-  void x##DelAll() {                                                                               \
-    x##Collection_.removeAll(                                                                      \
-        [this](::Kor::Ptr<Member> const& removed) { x##Notify(removed->fwkKey(), removed); });     \
-  }                                                                                                \
-  [[nodiscard]] X##Iterator x##Iterator() {                                                        \
-    return X##Iterator(this, x##Collection_.map());                                                \
-  }                                                                                                \
-  [[nodiscard]] X##IteratorConst x##IteratorConst() const {                                        \
-    return X##IteratorConst(this, x##Collection_.map());                                           \
-  }                                                                                                \
-                                                                                                   \
- private:                                                                                          \
-  ::Kor::Collection<Member> x##Collection_;
+#define KOR_OWNED_COLLECTION(Owner, x, X, K, Member, VIRTUAL, ...)                             \
+ public:                                                                                       \
+  KOR_COLLECTION_ITERATOR_(Owner, X##IteratorConst, Member, Owner const*, value,               \
+                           ::Kor::Ptr<Member const>(this->member()), )                         \
+  KOR_COLLECTION_ITERATOR_(Owner, X##Iterator, Member, Owner*, value, this->member(),          \
+                           KOR_COLLECTION_DELETE_(x, Member))                                  \
+  using Kor##X##Iterator = X##Iterator;                                                        \
+  [[nodiscard]] std::uint32_t x##s() const {                                                   \
+    return x##Collection_.members();                                                           \
+  }                                                                                            \
+  [[nodiscard]] ::Kor::Ptr<Member> x(K const& key) {                                           \
+    return x##Collection_.find(key);                                                           \
+  }                                                                                            \
+  [[nodiscard]] ::Kor::Ptr<Member const> x(K const& key) const {                               \
+    return x##Collection_.find(key);                                                           \
+  }                                                                                            \
+  ::Kor::Ptr<Member> new##X(K const& key) {                                                    \
+    return x##Collection_.join(::Kor::Ptr<Member>(new Member(key)), this);                     \
+  }                                                                                            \
+  VIRTUAL ::Kor::Ptr<Member> x##Del(K const& key) {                                            \
+    ::Kor::Ptr<Member> removed = x##Collection_.remove(key);                                   \
+    if (removed) {                                                                             \
+      ::Kor::memberLeft(*removed);                                                             \
+      x##Notify(removed->fwkKey(), removed);                                                   \
+    }                                                                                          \
+    return removed;                                                                            \
+  }                                                                                            \
+  VIRTUAL void x##Notify([[maybe_unused]] K const& key,                                        \
+                         [[maybe_unused]] ::Kor::Ptr<Member> const& member)                    \
+      __VA_ARGS__ VIRTUAL ::Kor::Ptr<Member>                                                   \
+          x##Is(K const& key) {                                                                \
+    if (::Kor::Ptr<Member> existing = x##Collection_.find(key)) {                              \
+      return existing;                                                                         \
+    }                                                                                          \
+    ::Kor::Ptr<Member> created = ::Kor::validPtr(new##X(key));                                 \
+    x##Notify(created->fwkKey(), created);                                                     \
+    return created;                                                                            \
+  }                                                                                            \
+  void x##DelAll() {                                                                           \
+    x##Collection_.removeAll(                                                                  \
+        [this](::Kor::Ptr<Member> const& removed) { x##Notify(removed->fwkKey(), removed); }); \
+  }                                                                                            \
+  [[nodiscard]] X##Iterator x##Iterator() {                                                    \
+    return X##Iterator(this, x##Collection_.map());                                            \
+  }                                                                                            \
+  [[nodiscard]] X##IteratorConst x##IteratorConst() const {                                    \
+    return X##IteratorConst(this, x##Collection_.map());                                       \
+  }                                                                                            \
+                                                                                               \
+ private:                                                                                      \
+  ::Kor::OwnedCollection<Member> x##Collection_;
