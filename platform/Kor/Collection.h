@@ -153,6 +153,13 @@ class OwnedCollection : public Collection<Member> {
     memberJoined(*member, owner);
     return member;
   }
+  template <class Announce>
+  void removeAll(Announce&& announce) {
+    Collection<Member>::removeAll([&](Kor::Ptr<Member> const& removed) {
+      memberLeft(*removed);
+      announce(removed);
+    });
+  }
 };
 
 // What every iterator of a collection offers. True while on a member; `*` gives the iterator
