@@ -42,6 +42,9 @@ function(add_project_library name)
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${arg_PACKAGE}
             NAMELINK_COMPONENT ${arg_PACKAGE})
   foreach(folder IN LISTS arg_FOLDERS)
+    if(NOT IS_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/${folder}")
+      continue()
+    endif()
     install(
       DIRECTORY ${folder}
       DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${arg_HEADERS_TO}"
