@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <compare>
+#include <ostream>
+#include <tuple>
+
+#include "Kor/Strep.h"
+#include "PolicyMap/ClassMapMatchOption.h"
+#include "PolicyMap/Export.h"
+
+namespace PolicyMap {
+
+// Names one programmed rule: the class, the access list, the rule's sequence number in it, and the match
+// option. A rule written in the class-map itself has the empty list name and its place as number.
+class POLICYMAP_API AclRuleKey {
+ public:
+  static constexpr std::string_view korTypeName = "PolicyMap::AclRuleKey";
+
+  AclRuleKey() : AclRuleKey({}, {}, 0, ClassMapMatchOption::ipv4) {}
+  AclRuleKey(Kor::Name className, Kor::Name aclName, std::uint32_t seqno,
+             ClassMapMatchOption matchOption);
+  // Reads one text form and leaves `it` behind it. Raises Kor::RangeException.
+  AclRuleKey(Kor::TextIterator& it, Kor::TextIterator const& end);
+
+  [[nodiscard]] Kor::Name const& className() const { return className_; }
+  [[nodiscard]] Kor::Name const& aclName() const { return aclName_; }
+  [[nodiscard]] std::uint32_t seqno() const { return seqno_; }
+  [[nodiscard]] ClassMapMatchOption matchOption() const { return matchOption_; }
+  void classNameIs(Kor::Name const& name);
+  void aclNameIs(Kor::Name const& name);
+  void seqnoIs(std::uint32_t seqno);
+  void matchOptionIs(ClassMapMatchOption option);
+
+  // Computed when the key is built.
+  [[nodiscard]] std::uint32_t hash() const { return hash_; }
+
+  friend bool operator==(AclRuleKey const& a, AclRuleKey const& b) {
+    return a.hash_ == b.hash_ && a.seqno_ == b.seqno_ && a.matchOption_ == b.matchOption_ &&
+           a.aclName_ == b.aclName_ && a.className_ == b.className_;
+  }
+  // By class, list, number, option.
+  friend std::strong_ordering operator<=>(AclRuleKey const& a, AclRuleKey const& b) {
+    return std::tie(a.className_, a.aclName_, a.seqno_, a.matchOption_) <=>
+           std::tie(b.className_, b.aclName_, b.seqno_, b.matchOption_);
+  }
+  [[nodiscard]] bool operator!() const { return *this == AclRuleKey(); }
+
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
+
+  static constexpr auto korFields() {
+    return std::tuple(Kor::field("className", &AclRuleKey::className, &AclRuleKey::classNameIs),
+                      Kor::field("aclName", &AclRuleKey::aclName, &AclRuleKey::aclNameIs),
+                      Kor::field("seqno", &AclRuleKey::seqno, &AclRuleKey::seqnoIs),
+                      Kor::field("matchOption", &AclRuleKey::matchOption,
+                                 &AclRuleKey::matchOptionIs));
+  }
+
+ private:
+  Kor::Name className_;
+  Kor::Name aclName_;
+  std::uint32_t seqno_;
+  ClassMapMatchOption matchOption_;
+  std::uint32_t hash_;
+};
+
+POLICYMAP_API Kor::String8 valueToStrep(AclRuleKey const& key);
+POLICYMAP_API std::ostream& operator<<(std::ostream& out, AclRuleKey const& key);
+
+}  // namespace PolicyMap

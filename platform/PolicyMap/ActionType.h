@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <ostream>
+
+#include "Kor/Strep.h"
+#include "PolicyMap/Export.h"
+
+namespace PolicyMap {
+
+// The kind of an action. Kinds are open: who adds an action class picks a number.
+enum class ActionType : std::int32_t {};
+
+// Always a decimal number.
+POLICYMAP_API Kor::String8 valueToStrep(ActionType type);
+POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
+                                   ActionType& type);
+POLICYMAP_API std::ostream& operator<<(std::ostream& out, ActionType type);
+
+}  // namespace PolicyMap

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <ostream>
+#include <tuple>
+
+#include "Kor/Strep.h"
+#include "PolicyMap/Export.h"
+
+namespace PolicyMap {
+
+// How an asynchronous helper operation ended: "" or the failure's message, and when, in seconds.
+class POLICYMAP_API AsyncOperationResult {
+ public:
+  static constexpr std::string_view korTypeName = "PolicyMap::AsyncOperationResult";
+
+  AsyncOperationResult() = default;
+  AsyncOperationResult(Kor::String8 error, double time) : error_(std::move(error)), time_(time) {}
+  // Reads one text form and leaves `it` behind it. Raises Kor::RangeException.
+  AsyncOperationResult(Kor::TextIterator& it, Kor::TextIterator const& end);
+
+  [[nodiscard]] Kor::String8 const& error() const { return error_; }
+  [[nodiscard]] double time() const { return time_; }
+  void errorIs(Kor::String8 const& error) { error_ = error; }
+  void timeIs(double time) { time_ = time; }
+
+  bool operator==(AsyncOperationResult const&) const = default;
+  [[nodiscard]] bool operator!() const { return *this == AsyncOperationResult(); }
+
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
+
+  static constexpr auto korFields() {
+    using R = AsyncOperationResult;
+    return std::tuple(Kor::field("error", &R::error, &R::errorIs),
+                      Kor::field("time", &R::time, &R::timeIs));
+  }
+
+ private:
+  Kor::String8 error_;
+  double time_ = 0;
+};
+
+POLICYMAP_API Kor::String8 valueToStrep(AsyncOperationResult const& result);
+POLICYMAP_API std::ostream& operator<<(std::ostream& out, AsyncOperationResult const& result);
+
+}  // namespace PolicyMap

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <ostream>
+
+#include "Kor/Strep.h"
+#include "PolicyMap/Export.h"
+
+namespace PolicyMap {
+
+// What a class-map matches on, and so which hardware table its rules go to. Every signed 32-bit value is
+// accepted; four are in use.
+enum class ClassMapMatchOption : std::int32_t { ipv4 = 0, ipv6 = 1, mac = 2, mpls = 3 };
+
+inline constexpr std::array<ClassMapMatchOption, 4> allMatchOptions{
+    ClassMapMatchOption::ipv4, ClassMapMatchOption::ipv6, ClassMapMatchOption::mac,
+    ClassMapMatchOption::mpls};
+
+// 'ipv4', 'ipv6', 'mac', 'mpls'; any other value as a decimal number.
+POLICYMAP_API Kor::String8 valueToStrep(ClassMapMatchOption option);
+POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
+                                   ClassMapMatchOption& option);
+// The bare name or the number.
+POLICYMAP_API std::ostream& operator<<(std::ostream& out, ClassMapMatchOption option);
+
+}  // namespace PolicyMap

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <compare>
+#include <ostream>
+#include <tuple>
+
+#include "Kor/Hash.h"
+#include "Kor/Strep.h"
+#include "PolicyMap/Export.h"
+
+namespace PolicyMap {
+
+// Names one policy-map machine: policy-map name and direction ("input" or "output").
+class POLICYMAP_API PolicyMapSmKey {
+ public:
+  static constexpr std::string_view korTypeName = "PolicyMap::PolicyMapSmKey";
+
+  PolicyMapSmKey() = default;
+  PolicyMapSmKey(Kor::String8 first, Kor::String8 second)
+      : first_(std::move(first)), second_(std::move(second)) {}
+  // Reads one text form and leaves `it` behind it. Raises Kor::RangeException.
+  PolicyMapSmKey(Kor::TextIterator& it, Kor::TextIterator const& end);
+
+  [[nodiscard]] Kor::String8 const& first() const { return first_; }
+  [[nodiscard]] Kor::String8 const& second() const { return second_; }
+  void firstIs(Kor::String8 const& first) { first_ = first; }
+  void secondIs(Kor::String8 const& second) { second_ = second; }
+
+  [[nodiscard]] std::uint32_t hash() const {
+    return Kor::hashCombine(first_.hash(), second_.hash());
+  }
+  // By first, then second.
+  bool operator==(PolicyMapSmKey const&) const = default;
+  auto operator<=>(PolicyMapSmKey const&) const = default;
+  // True for the default value.
+  [[nodiscard]] bool operator!() const { return *this == PolicyMapSmKey(); }
+
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
+
+  static constexpr auto korFields() {
+    return std::tuple(
+        Kor::field("first", &PolicyMapSmKey::first, &PolicyMapSmKey::firstIs),
+        Kor::field("second", &PolicyMapSmKey::second, &PolicyMapSmKey::secondIs));
+  }
+
+ private:
+  Kor::String8 first_;
+  Kor::String8 second_;
+};
+
+POLICYMAP_API Kor::String8 valueToStrep(PolicyMapSmKey const& key);
+POLICYMAP_API std::ostream& operator<<(std::ostream& out, PolicyMapSmKey const& key);
+
+}  // namespace PolicyMap

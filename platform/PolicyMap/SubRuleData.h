@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <compare>
+#include <ostream>
+#include <tuple>
+
+#include "Kor/Hash.h"
+#include "Kor/Strep.h"
+#include "PolicyMap/Export.h"
+
+namespace PolicyMap {
+
+// One hardware entry of a rule, in four words: bounds of the source ports, bounds of the destination
+// ports (both inclusive), what else tells sub-rules of one rule apart, and two flags: whether the source
+// or the destination ports need a range checker, since value and mask cannot express the bounds.
+// Default-built it takes every port.
+class POLICYMAP_API SubRuleData {
+ public:
+  static constexpr std::string_view korTypeName = "PolicyMap::SubRuleData";
+  static constexpr std::uint16_t highestPort = 65535;
+
+  SubRuleData() = default;
+  // Reads one text form and leaves `it` behind it. Raises Kor::RangeException.
+  SubRuleData(Kor::TextIterator& it, Kor::TextIterator const& end);
+
+  [[nodiscard]] std::uint16_t srcPortLow() const { return low(srcPorts_); }
+  [[nodiscard]] std::uint16_t srcPortHigh() const { return high(srcPorts_); }
+  [[nodiscard]] std::uint16_t dstPortLow() const { return low(dstPorts_); }
+  [[nodiscard]] std::uint16_t dstPortHigh() const { return high(dstPorts_); }
+  [[nodiscard]] std::uint32_t distinction() const { return distinction_; }
+  [[nodiscard]] bool srcPortRange() const { return (flags_ & srcFlag) != 0; }
+  [[nodiscard]] bool dstPortRange() const { return (flags_ & dstFlag) != 0; }
+  [[nodiscard]] bool needsRangeChecker() const { return flags_ != 0; }
+
+  void srcPortLowIs(std::uint16_t port) { srcPorts_ = pack(port, srcPortHigh()); }
+  void srcPortHighIs(std::uint16_t port) { srcPorts_ = pack(srcPortLow(), port); }
+  void dstPortLowIs(std::uint16_t port) { dstPorts_ = pack(port, dstPortHigh()); }
+  void dstPortHighIs(std::uint16_t port) { dstPorts_ = pack(dstPortLow(), port); }
+  void distinctionIs(std::uint32_t distinction) { distinction_ = distinction; }
+  void srcPortRangeIs(bool range) { flagIs(srcFlag, range); }
+  void dstPortRangeIs(bool range) { flagIs(dstFlag, range); }
+
+  [[nodiscard]] std::uint32_t hash() const {
+    return Kor::hashCombine(
+        Kor::hashCombine(Kor::hashCombine(Kor::hashNumber(srcPorts_), dstPorts_), distinction_),
+        flags_);
+  }
+  // All four words, in order.
+  bool operator==(SubRuleData const&) const = default;
+  auto operator<=>(SubRuleData const&) const = default;
+  [[nodiscard]] bool operator!() const { return *this == SubRuleData(); }
+
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
+
+  static constexpr auto korFields() {
+    using S = SubRuleData;
+    return std::tuple(Kor::field("srcPortLow", &S::srcPortLow, &S::srcPortLowIs),
+                      Kor::field("srcPortHigh", &S::srcPortHigh, &S::srcPortHighIs),
+                      Kor::field("dstPortLow", &S::dstPortLow, &S::dstPortLowIs),
+                      Kor::field("dstPortHigh", &S::dstPortHigh, &S::dstPortHighIs),
+                      Kor::field("distinction", &S::distinction, &S::distinctionIs),
+                      Kor::field("srcPortRange", &S::srcPortRange, &S::srcPortRangeIs),
+                      Kor::field("dstPortRange", &S::dstPortRange, &S::dstPortRangeIs));
+  }
+
+ private:
+  static constexpr std::uint32_t srcFlag = 1;
+  static constexpr std::uint32_t dstFlag = 2;
+
+  // The low bound is the more significant half, so that words order as their bounds do.
+  static constexpr std::uint32_t pack(std::uint32_t low, std::uint32_t high) {
+    return low << 16 | high;
+  }
+  static constexpr std::uint16_t low(std::uint32_t ports) {
+    return static_cast<std::uint16_t>(ports >> 16);
+  }
+  static constexpr std::uint16_t high(std::uint32_t ports) {
+    return static_cast<std::uint16_t>(ports & 0xffffU);
+  }
+  void flagIs(std::uint32_t flag, bool set) { flags_ = set ? flags_ | flag : flags_ & ~flag; }
+
+  std::uint32_t srcPorts_ = pack(0, highestPort);
+  std::uint32_t dstPorts_ = pack(0, highestPort);
+  std::uint32_t distinction_ = 0;
+  std::uint32_t flags_ = 0;
+};
+
+POLICYMAP_API Kor::String8 valueToStrep(SubRuleData const& subRule);
+POLICYMAP_API std::ostream& operator<<(std::ostream& out, SubRuleData const& subRule);
+
+}  // namespace PolicyMap
