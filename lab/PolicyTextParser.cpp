@@ -19,10 +19,10 @@ constexpr std::uint64_t highestWord = std::numeric_limits<std::uint32_t>::max();
 constexpr std::array<std::string_view, 3> knownTypes = {"inspect", "qos", "traffic"};
 
 // Commands we do not know that open blocks of their own, so that no line behind them belongs to the
-// mode before, however it is indented.
-constexpr std::array<std::string_view, 10> foreignBlocks = {
+// mode before. Only commands that are nothing else inside of an interface or a list may stand here.
+constexpr std::array<std::string_view, 9> foreignBlocks = {
     "banner", "control-plane", "line", "object-group", "route-map",
-    "router", "template",      "vrf",  "zone",         "zone-pair"};
+    "router", "template",      "zone", "zone-pair"};
 
 constexpr std::array<std::string_view, 5> bannerKinds = {"motd", "login", "exec", "incoming",
                                                          "prompt-timeout"};
@@ -312,8 +312,8 @@ void Parser::skip(Token const& first, SyntaxFailure const& failure) {
   skippedKind_ = skippedKind(reader_.line(), failure);
   skippedColumn_ = first.column;
   result_.skipped.add(skippedKind_);
-  bool const beside = bodyIsIndented_ && first.column <= modeColumn_;
-  if (mode_ != Mode::top && (beside || contains(foreignBlocks, first))) {
+  bool const beside = first.column <= modeColumn_;
+  if (beside && (bodyIsIndented_ || contains(foreignBlocks, first))) {
     mode_ = Mode::top;
   }
   if (first.is("banner")) {
@@ -434,11 +434,11 @@ bool Parser::accessListEntry(Lexer& lexer, bool remove) {
     return false;
   }
   lexer.next();
-  Rule rule = parseRule(lexer, ruleKind_, permit ? Verdict::permit : Verdict::deny);
+  Rule const rule = parseRule(lexer, ruleKind_, permit ? Verdict::permit : Verdict::deny);
   if (remove) {
-    emit(RuleRemove{list_, std::move(rule)});
+    emit(RuleRemove{list_, rule});
   } else {
-    emit(RuleAdd{list_, sequence, std::move(rule)});
+    emit(RuleAdd{list_, sequence, rule});
   }
   return true;
 }
@@ -518,8 +518,8 @@ void Parser::matchFamily(Lexer& lexer, Family family, bool remove) {
   if (!deny) {
     lexer.accept("permit");
   }
-  Rule rule = parseRule(lexer, extendedRule(family), deny ? Verdict::deny : Verdict::permit);
-  emit(ClassMatchRule{outer_, std::move(rule), remove});
+  Rule const rule = parseRule(lexer, extendedRule(family), deny ? Verdict::deny : Verdict::permit);
+  emit(ClassMatchRule{outer_, rule, remove});
 }
 
 void Parser::matchList(Lexer& lexer, Family family, bool remove) {

@@ -31,9 +31,9 @@ struct PolicyText {
 /// end (lenient).
 ///
 /// A lenient reading passes over a line that it does not understand to its end, the lines indented
-/// deeper below it, and the text of banners. A line like that ends the mode it stands in when it is
-/// indented no deeper than the command that opened the mode while the mode's other lines are, and
-/// when it starts a block of its own (router, line, object-group, ...).
+/// deeper below it, and the text of banners. When such a line is indented no deeper than the
+/// command that opened the mode, it ends the mode if the mode's other lines are indented deeper or
+/// if it starts a block of its own (router, line, object-group, ...).
 PolicyText parsePolicyText(SourceText const& source, Reading reading);
 
 }  // namespace lab
