@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// IpAclConfig, Ip6AclConfig, MacAclConfig: access lists, rules by sequence number.
+//
+// A list stands in a Config and tells it of every announced change of a rule, for as long as it
+// stands there. Rules put in by newRule() are announced to nobody, as in every collection; the next
+// rulesBySeq() has them all the same. Do not write through korRule(seq)->valueIs(): an entry does
+// not know its list.
+
+#include "Acl/AclRules.h"
+#include "Acl/Ip6RuleConfig.h"
+#include "Acl/IpRuleConfig.h"
+#include "Acl/MacRuleConfig.h"
+#include "Kor/Collection.h"
+#include "Kor/Entity.h"
+#include "Kor/HashMap.h"
+#include "Kor/KorType.h"
+#include "Kor/Notifiee.h"
+#include "Kor/Ptr.h"
+#include "Kor/String.h"
+#include "PolicyMap/Export.h"
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace Acl {
+
+class Config;
+
+/// What a list is apart from the type of its rules.
+class POLICYMAP_API AclBase : public Kor::Entity {
+ public:
+  ~AclBase() override;
+
+  static constexpr Kor::AttributeId ruleId = 258;
+
+  /// The key under which the list stands in its Config.
+  [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
+  [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
+
+ protected:
+  using Entity::Entity;
+
+  /// A rule was stored or removed: announces it.
+  virtual void ruleChanged(std::uint32_t seq) = 0;
+};
+
+// The collection of rules of each kind of list.
+
+class POLICYMAP_API IpAclRules : public AclBase {
+ public:
+  using Rule = IpRuleConfig;
+
+  KOR_VALUE_COLLECTION(IpAclRules, rule, Rule, std::uint32_t, IpRuleConfig, , { ruleChanged(key); })
+
+ protected:
+  using AclBase::AclBase;
+};
+
+class POLICYMAP_API Ip6AclRules : public AclBase {
+ public:
+  using Rule = Ip6RuleConfig;
+
+  KOR_VALUE_COLLECTION(Ip6AclRules, rule, Rule, std::uint32_t, Ip6RuleConfig, ,
+                       { ruleChanged(key); })
+
+ protected:
+  using AclBase::AclBase;
+};
+
+class POLICYMAP_API MacAclRules : public AclBase {
+ public:
+  using Rule = MacRuleConfig;
+
+  KOR_VALUE_COLLECTION(MacAclRules, rule, Rule, std::uint32_t, MacRuleConfig, ,
+                       { ruleChanged(key); })
+
+ protected:
+  using AclBase::AclBase;
+};
+
+/// Hears of an access list of type `List`.
+template <class List>
+class AclNotifieeConst : public Kor::NotifieeOf<List, Kor::Entity::NotifieeConst> {
+ public:
+  using Kor::NotifieeOf<List, Kor::Entity::NotifieeConst>::NotifieeOf;
+  /// The rule of that number was stored, replaced or removed.
+  virtual void onRule([[maybe_unused]] std::uint32_t seq) {}
+};
+template <class List>
+class AclNotifiee : public AclNotifieeConst<List> {
+ public:
+  using AclNotifieeConst<List>::AclNotifieeConst;
+};
+
+/// What the three kinds of lists share; `Rules` is the collection that `Self` builds on.
+template <class Self, class Rules>
+class POLICYMAP_API AclConfigBase : public Rules, public Kor::HashMapLink<Self> {
+ public:
+  using NotifieeConst = AclNotifieeConst<Self>;
+  using Notifiee = AclNotifiee<Self>;
+  using Rule = typename Rules::Rule;
+  using RulesPtr = Kor::Ptr<AclRules<Rule> const>;
+
+  explicit AclConfigBase(Kor::Name name) : Rules(std::move(name)) {}
+
+  Kor::Ptr<typename Rules::KorRule> newRule(std::uint32_t const& seq, Rule const& rule) {
+    snapshot_ = nullptr;
+    return Rules::newRule(seq, rule);
+  }
+
+  /// The rules as they stand, by ascending sequence number; never null. Made on demand and kept
+  /// until the next edit, so between edits every call answers the same object.
+  [[nodiscard]] RulesPtr rulesBySeq() const;
+
+ protected:
+  void ruleChanged(std::uint32_t seq) override;
+
+ private:
+  friend class Config;
+
+  mutable RulesPtr snapshot_;  // null after an edit
+  Config* owner_ = nullptr;    // to be followed only while this list is linked there
+};
+
+/// An access list of IPv4 rules.
+class POLICYMAP_API IpAclConfig final : public AclConfigBase<IpAclConfig, IpAclRules> {
+ public:
+  using Ptr = Kor::Ptr<IpAclConfig>;
+  using PtrConst = Kor::Ptr<IpAclConfig const>;
+
+  using AclConfigBase::AclConfigBase;
+  ~IpAclConfig() override;
+
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+};
+
+/// An access list of IPv6 rules.
+class POLICYMAP_API Ip6AclConfig final : public AclConfigBase<Ip6AclConfig, Ip6AclRules> {
+ public:
+  using Ptr = Kor::Ptr<Ip6AclConfig>;
+  using PtrConst = Kor::Ptr<Ip6AclConfig const>;
+
+  using AclConfigBase::AclConfigBase;
+  ~Ip6AclConfig() override;
+
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+};
+
+/// An access list of MAC rules.
+class POLICYMAP_API MacAclConfig final : public AclConfigBase<MacAclConfig, MacAclRules> {
+ public:
+  using Ptr = Kor::Ptr<MacAclConfig>;
+  using PtrConst = Kor::Ptr<MacAclConfig const>;
+
+  using AclConfigBase::AclConfigBase;
+  ~MacAclConfig() override;
+
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+};
+
+extern template class AclConfigBase<IpAclConfig, IpAclRules>;
+extern template class AclConfigBase<Ip6AclConfig, Ip6AclRules>;
+extern template class AclConfigBase<MacAclConfig, MacAclRules>;
+
+}  // namespace Acl

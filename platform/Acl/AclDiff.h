@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// AclDiff: what changed between two versions of an access list.
+
+#include "Acl/AclRules.h"
+#include "Kor/KorType.h"
+#include "Kor/Ptr.h"
+#include "Kor/PtrInterface.h"
+#include "PolicyMap/Export.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace Acl {
+
+/// Sequence numbers, ascending.
+struct AclChange {
+  std::vector<std::uint32_t> added;
+  std::vector<std::uint32_t> removed;
+  std::vector<std::uint32_t> changed;  ///< in both versions, with different rules
+
+  [[nodiscard]] bool operator!() const {
+    return added.empty() && removed.empty() && changed.empty();
+  }
+  friend bool operator==(AclChange const&, AclChange const&) = default;
+};
+
+/// Without state. A null version is an empty list. Both operations take time linear in the rules.
+class POLICYMAP_API AclDiff : public Kor::PtrInterface {
+ public:
+  using Ptr = Kor::Ptr<AclDiff>;
+  using PtrConst = Kor::Ptr<AclDiff const>;
+
+  ~AclDiff() override;
+
+  template <class Rule>
+  [[nodiscard]] AclChange changes(Kor::Ptr<AclRules<Rule> const> const& oldRules,
+                                  Kor::Ptr<AclRules<Rule> const> const& newRules) const {
+    AclChange change;
+    walk(oldRules, newRules, change);
+    return change;
+  }
+
+  /// Whether both hold equal rules under equal numbers.
+  template <class Rule>
+  [[nodiscard]] bool same(Kor::Ptr<AclRules<Rule> const> const& oldRules,
+                          Kor::Ptr<AclRules<Rule> const> const& newRules) const {
+    return oldRules == newRules || rulesOf(oldRules) == rulesOf(newRules);
+  }
+
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+
+ private:
+  template <class Rule>
+  using Entries = std::vector<typename AclRules<Rule>::Entry>;
+
+  template <class Rule>
+  static Entries<Rule> const& rulesOf(Kor::Ptr<AclRules<Rule> const> const& rules) {
+    static Entries<Rule> const none;
+    return rules ? rules->rules() : none;
+  }
+
+  template <class Rule>
+  static void walk(Kor::Ptr<AclRules<Rule> const> const& oldRules,
+                   Kor::Ptr<AclRules<Rule> const> const& newRules, AclChange& change) {
+    auto const& before = rulesOf(oldRules);
+    auto const& after = rulesOf(newRules);
+    auto was = before.begin();
+    auto is = after.begin();
+    while (was != before.end() || is != after.end()) {
+      if (is == after.end() || (was != before.end() && was->first < is->first)) {
+        change.removed.push_back((was++)->first);
+      } else if (was == before.end() || is->first < was->first) {
+        change.added.push_back((is++)->first);
+      } else {
+        if (was->second != is->second) {
+          change.changed.push_back(is->first);
+        }
+        ++was;
+        ++is;
+      }
+    }
+  }
+};
+
+}  // namespace Acl

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Kor/Ptr.h"
+#include "Kor/PtrInterface.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace Acl {
+
+/// The rules of an access list at one time, by ascending sequence number. Never changes, so two of
+/// them are two versions of the list.
+template <class Rule>
+class AclRules final : public Kor::PtrInterface {
+ public:
+  using Ptr = Kor::Ptr<AclRules>;
+  using PtrConst = Kor::Ptr<AclRules const>;
+  using Entry = std::pair<std::uint32_t, Rule>;
+
+  /// `rules` are in any order; no number stands twice.
+  explicit AclRules(std::vector<Entry> rules) : rules_(std::move(rules)) {
+    std::sort(rules_.begin(), rules_.end(),
+              [](Entry const& a, Entry const& b) { return a.first < b.first; });
+  }
+
+  [[nodiscard]] std::vector<Entry> const& rules() const { return rules_; }
+  [[nodiscard]] std::size_t size() const { return rules_.size(); }
+  [[nodiscard]] bool empty() const { return rules_.empty(); }
+  [[nodiscard]] auto begin() const { return rules_.begin(); }
+  [[nodiscard]] auto end() const { return rules_.end(); }
+
+  /// The rule of that number, null when there is none.
+  [[nodiscard]] Rule const* rule(std::uint32_t seq) const {
+    auto const at =
+        std::lower_bound(rules_.begin(), rules_.end(), seq,
+                         [](Entry const& entry, std::uint32_t s) { return entry.first < s; });
+    return at == rules_.end() || at->first != seq ? nullptr : &at->second;
+  }
+
+ private:
+  std::vector<Entry> rules_;
+};
+
+}  // namespace Acl

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// What every value of this library gets from its table of fields (see Kor/Strep.h).
+
+#include "Kor/Hash.h"
+#include "Kor/Strep.h"
+
+#include <cstdint>
+#include <ostream>
+#include <tuple>
+
+namespace Acl {
+
+/// The hash over all fields, in their order.
+template <Kor::ValueWithFields T>
+[[nodiscard]] std::uint32_t hashOfFields(T const& value) {
+  std::uint32_t hash = 0;
+  auto const take = [&](auto const& field) {
+    hash = Kor::hashCombine(hash, Kor::hashOf((value.*field.get)()));
+  };
+  std::apply([&](auto const&... fields) { (take(fields), ...); }, T::korFields());
+  return hash;
+}
+
+/// Writes the text form.
+template <Kor::ValueWithFields T>
+std::ostream& operator<<(std::ostream& out, T const& value) {
+  return out << Kor::valueToStrep(value);
+}
+
+}  // namespace Acl

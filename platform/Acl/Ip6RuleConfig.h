@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Acl/AddressMatch.h"
+#include "Acl/IpFilterBase.h"
+#include "Acl/RuleConfig.h"
+#include "Kor/KorType.h"
+#include "PolicyMap/Export.h"
+
+#include <string_view>
+
+namespace Acl {
+
+/// One rule of an IPv6 access list. A value, without memory of its own.
+class POLICYMAP_API Ip6RuleConfig
+    : public RuleConfig<Ip6RuleConfig, IpFilterBase, Ip6AddressMatch> {
+ public:
+  static constexpr std::string_view korTypeName = "Acl::Ip6RuleConfig";
+  /// What stands for the protocol in describe() when the rule takes any.
+  static constexpr std::string_view anyProtocol = "ipv6";
+
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+};
+
+}  // namespace Acl

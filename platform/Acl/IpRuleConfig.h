@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Acl/AddressMatch.h"
+#include "Acl/IpFilterBase.h"
+#include "Acl/RuleConfig.h"
+#include "Kor/KorType.h"
+#include "PolicyMap/Export.h"
+
+#include <string_view>
+
+namespace Acl {
+
+/// One rule of an IPv4 access list. A value, without memory of its own.
+class POLICYMAP_API IpRuleConfig : public RuleConfig<IpRuleConfig, IpFilterBase, IpAddressMatch> {
+ public:
+  static constexpr std::string_view korTypeName = "Acl::IpRuleConfig";
+  /// What stands for the protocol in describe() when the rule takes any.
+  static constexpr std::string_view anyProtocol = "ip";
+
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+};
+
+}  // namespace Acl

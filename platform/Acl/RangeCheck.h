@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "PolicyMap/Export.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace Acl {
+
+/// Answers `value`; raises RangeException "ATTRIBUTE < LOWEST or > HIGHEST not allowed" when it is
+/// outside.
+POLICYMAP_API std::int64_t inRange(std::string_view attribute, std::int64_t value,
+                                   std::int64_t lowest, std::int64_t highest);
+
+}  // namespace Acl

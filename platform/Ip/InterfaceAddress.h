@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// What the addresses of interfaces and their statuses share between IPv4 and IPv6.
+
+#include "Kor/Entity.h"
+#include "Kor/KorType.h"
+#include "Kor/Notifiee.h"
+#include "Kor/Strep.h"
+#include "PolicyMap/Export.h"
+#include "Vorel/IntfId.h"
+
+#include <array>
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <ostream>
+#include <string_view>
+
+namespace Ip {
+
+/// The address of an interface and the length of its network's prefix. Prints as a Python string,
+/// '10.1.2.3/24'; no address as ''.
+template <class Traits>
+class POLICYMAP_API InterfaceAddress {
+ public:
+  static constexpr std::size_t size = Traits::size;
+  static constexpr std::string_view korTypeName = Traits::typeName;
+  /// In network order.
+  using Bytes = std::array<std::uint8_t, size>;
+
+  /// No address.
+  InterfaceAddress() = default;
+  /// Raises RangeException "Ip::Address::length < 0 or > 32 not allowed".
+  InterfaceAddress(Bytes const& bytes, std::int64_t length);
+  /// Reads "10.1.2.3/24"; without a length it is that of one address. Raises RangeException
+  /// "Ip::Address: 'TEXT' is not an address".
+  explicit InterfaceAddress(std::string_view text);
+
+  [[nodiscard]] Bytes const& bytes() const { return bytes_; }
+  [[nodiscard]] std::uint8_t length() const { return length_; }
+
+  /// No address: 0.0.0.0/0 is none.
+  [[nodiscard]] bool operator!() const { return *this == InterfaceAddress(); }
+  friend auto operator<=>(InterfaceAddress const&, InterfaceAddress const&) = default;
+  [[nodiscard]] std::uint32_t hash() const;
+
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
+
+  /// As it prints, without quotes.
+  [[nodiscard]] Kor::String8 text() const;
+  friend Kor::String8 valueToStrep(InterfaceAddress const& address) {
+    return Kor::valueToStrep(address.text());
+  }
+  friend void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
+                              InterfaceAddress& address) {
+    Kor::String8 text;
+    Kor::sequenceToValue(it, end, text);
+    address = text.empty() ? InterfaceAddress() : InterfaceAddress(text.view());
+  }
+  /// Writes the text form.
+  friend std::ostream& operator<<(std::ostream& out, InterfaceAddress const& address) {
+    return out << valueToStrep(address);
+  }
+
+ private:
+  Bytes bytes_{};
+  std::uint8_t length_ = 0;
+};
+
+/// Hears of a status of type `Status` that keeps addresses by interface.
+template <class Status>
+class AddressNotifieeConst : public Kor::NotifieeOf<Status, Kor::Entity::NotifieeConst> {
+ public:
+  using Kor::NotifieeOf<Status, Kor::Entity::NotifieeConst>::NotifieeOf;
+  /// That interface got, changed or lost its address.
+  virtual void onIntfAddress([[maybe_unused]] Vorel::IntfId intf) {}
+};
+template <class Status>
+class AddressNotifiee : public AddressNotifieeConst<Status> {
+ public:
+  using AddressNotifieeConst<Status>::AddressNotifieeConst;
+};
+
+/// The status of type `Self`, apart from its collection.
+template <class Self>
+class AddressStatus : public Kor::Entity {
+ public:
+  using NotifieeConst = AddressNotifieeConst<Self>;
+  using Notifiee = AddressNotifiee<Self>;
+
+  static constexpr Kor::AttributeId intfAddressId = 258;
+
+  [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override {
+    return id == intfAddressId ? "intfAddress" : Entity::attributeString(id);
+  }
+
+ protected:
+  using Entity::Entity;
+
+  void addressChanged(Vorel::IntfId intf) const {
+    this->template attributeChanged<Self>(
+        intfAddressId, [&](NotifieeConst& notifiee) { notifiee.onIntfAddress(intf); });
+  }
+};
+
+}  // namespace Ip

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Ip/InterfaceAddress.h"
+#include "Kor/Collection.h"
+#include "Kor/KorType.h"
+#include "Kor/Ptr.h"
+#include "Kor/String.h"
+#include "PolicyMap/Export.h"
+#include "Vorel/IntfId.h"
+
+#include <cstddef>
+#include <string_view>
+
+namespace Ip {
+
+struct POLICYMAP_API AddressTraits {
+  static constexpr std::size_t size = 4;
+  static constexpr std::string_view typeName = "Ip::Address";
+};
+using Address = InterfaceAddress<AddressTraits>;
+
+/// The IPv4 addresses of interfaces. Hooks of its notifiees: onIntfAddress(IntfId).
+class POLICYMAP_API Status : public AddressStatus<Status> {
+ public:
+  using Ptr = Kor::Ptr<Status>;
+  using PtrConst = Kor::Ptr<Status const>;
+
+  explicit Status(Kor::Name name = "ip");
+  ~Status() override;
+
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+
+  KOR_VALUE_COLLECTION(Status, intfAddress, IntfAddress, Vorel::IntfId, Address, ,
+                       { addressChanged(key); })
+};
+
+}  // namespace Ip
+
+extern template class Ip::InterfaceAddress<Ip::AddressTraits>;

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Lag::Input::Config: which interfaces are members of which port-channel.
+
+#include "Kor/Collection.h"
+#include "Kor/Entity.h"
+#include "Kor/KorType.h"
+#include "Kor/Notifiee.h"
+#include "Kor/Ptr.h"
+#include "Kor/String.h"
+#include "PolicyMap/Export.h"
+#include "Vorel/IntfId.h"
+
+#include <map>
+#include <vector>
+
+namespace Lag::Input {
+
+// The collection of Config; not to be used for itself.
+class POLICYMAP_API ConfigMembers : public Kor::Entity {
+  KOR_VALUE_COLLECTION(ConfigMembers, memberOf, MemberOf, Vorel::IntfId, Vorel::IntfId, , ;)
+
+ protected:
+  using Entity::Entity;
+};
+
+/// `memberOf` maps a member to its port-channel. Do not write through
+/// korMemberOf(member)->valueIs(): the index does not see it.
+class POLICYMAP_API Config : public ConfigMembers {
+ public:
+  using Ptr = Kor::Ptr<Config>;
+  using PtrConst = Kor::Ptr<Config const>;
+  class NotifieeConst;
+  class Notifiee;
+
+  explicit Config(Kor::Name name = "lag");
+  ~Config() override;
+
+  static constexpr Kor::AttributeId memberOfId = 258;
+
+  Kor::Ptr<KorMemberOf> newMemberOf(Vorel::IntfId const& member, Vorel::IntfId const& portChannel);
+
+  /// The members of a port-channel in ascending order. The reference is good until the next edit.
+  [[nodiscard]] std::vector<Vorel::IntfId> const& members(Vorel::IntfId portChannel) const;
+
+  [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+
+ private:
+  friend class ConfigMembers;
+
+  // Brings the index up to date with what `member` is a member of now.
+  void reindex(Vorel::IntfId member);
+
+  std::map<Vorel::IntfId, std::vector<Vorel::IntfId>> members_;  // by port-channel; none is empty
+  std::map<Vorel::IntfId, Vorel::IntfId> indexedUnder_;          // by member
+};
+
+class POLICYMAP_API Config::NotifieeConst
+    : public Kor::NotifieeOf<Config, Kor::Entity::NotifieeConst> {
+ public:
+  using NotifieeOf::NotifieeOf;
+  ~NotifieeConst() override;
+
+  /// That interface joined, left or changed its port-channel; members() says so already.
+  virtual void onMember(Vorel::IntfId member);
+};
+
+class POLICYMAP_API Config::Notifiee : public Config::NotifieeConst {
+ public:
+  using NotifieeConst::NotifieeConst;
+  ~Notifiee() override;
+};
+
+}  // namespace Lag::Input

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// What the routing information of IPv4 and IPv6 shares.
+
+#include "Kor/Collection.h"
+#include "Kor/Entity.h"
+#include "Kor/Notifiee.h"
+#include "Kor/String.h"
+#include "PolicyMap/Export.h"
+#include "Vorel/IntfId.h"
+
+namespace Routing {
+
+/// Whether routing is on, and on which interfaces.
+class POLICYMAP_API RoutingStatus : public Kor::Entity {
+ public:
+  ~RoutingStatus() override;
+
+  static constexpr Kor::AttributeId routingId = 258;
+  static constexpr Kor::AttributeId routedIntfId = 259;
+
+  /// The switch for the whole system; off at first.
+  [[nodiscard]] bool routing() const { return routing_; }
+  void routingIs(bool routing) {
+    if (routing != routing_) {
+      routing_ = routing;
+      routingChanged();
+    }
+  }
+
+  [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
+
+  KOR_VALUE_COLLECTION(RoutingStatus, routedIntf, RoutedIntf, Vorel::IntfId, bool, ,
+                       { routedIntfChanged(key); })
+
+ protected:
+  using Entity::Entity;
+
+  virtual void routingChanged() const = 0;
+  virtual void routedIntfChanged(Vorel::IntfId intf) const = 0;
+
+ private:
+  bool routing_ = false;
+};
+
+/// Hears of routing information of type `Info`.
+template <class Info>
+class RoutingNotifieeConst : public Kor::NotifieeOf<Info, Kor::Entity::NotifieeConst> {
+ public:
+  using Kor::NotifieeOf<Info, Kor::Entity::NotifieeConst>::NotifieeOf;
+  virtual void onRouting() {}
+  virtual void onRoutedIntf([[maybe_unused]] Vorel::IntfId intf) {}
+};
+template <class Info>
+class RoutingNotifiee : public RoutingNotifieeConst<Info> {
+ public:
+  using RoutingNotifieeConst<Info>::RoutingNotifieeConst;
+};
+
+/// Announces what changes in routing information of type `Self`.
+template <class Self>
+class RoutingInfoBase : public RoutingStatus {
+ public:
+  using NotifieeConst = RoutingNotifieeConst<Self>;
+  using Notifiee = RoutingNotifiee<Self>;
+
+ protected:
+  using RoutingStatus::RoutingStatus;
+
+  void routingChanged() const override {
+    this->template attributeChanged<Self>(routingId,
+                                          [](NotifieeConst& notifiee) { notifiee.onRouting(); });
+  }
+  void routedIntfChanged(Vorel::IntfId intf) const override {
+    this->template attributeChanged<Self>(
+        routedIntfId, [&](NotifieeConst& notifiee) { notifiee.onRoutedIntf(intf); });
+  }
+};
+
+}  // namespace Routing

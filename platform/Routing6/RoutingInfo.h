@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Kor/KorType.h"
+#include "Kor/Ptr.h"
+#include "Kor/String.h"
+#include "PolicyMap/Export.h"
+#include "Routing/RoutingStatus.h"
+
+namespace Routing6 {
+
+/// IPv6 routing. Hooks of its notifiees: onRouting(), onRoutedIntf(IntfId).
+class POLICYMAP_API RoutingInfo : public Routing::RoutingInfoBase<RoutingInfo> {
+ public:
+  using Ptr = Kor::Ptr<RoutingInfo>;
+  using PtrConst = Kor::Ptr<RoutingInfo const>;
+
+  explicit RoutingInfo(Kor::Name name = "routing6");
+  ~RoutingInfo() override;
+
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+};
+
+}  // namespace Routing6

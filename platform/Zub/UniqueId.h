@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// UniqueId: a text that identifies something.
+
+#include "Kor/KorType.h"
+#include "Kor/Strep.h"
+#include "Kor/String.h"
+#include "PolicyMap/Export.h"
+
+#include <compare>
+#include <cstdint>
+#include <ostream>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+namespace Zub {
+
+class POLICYMAP_API UniqueId {
+ public:
+  static constexpr std::string_view korTypeName = "Zub::UniqueId";
+  static constexpr auto korFields() {
+    return std::tuple(Kor::field("value", &UniqueId::value, &UniqueId::valueIs));
+  }
+
+  /// Identifies nothing.
+  UniqueId() = default;
+  explicit UniqueId(Kor::String8 value) : value_(std::move(value)) {}
+  /// An identifier that no earlier call answered: "id-1", "id-2", … in every process.
+  [[nodiscard]] static UniqueId next();
+
+  [[nodiscard]] Kor::String8 value() const { return value_; }
+
+  [[nodiscard]] bool operator!() const { return value_.empty(); }
+  friend bool operator==(UniqueId const&, UniqueId const&) = default;
+  friend std::strong_ordering operator<=>(UniqueId const&, UniqueId const&) = default;
+  [[nodiscard]] std::uint32_t hash() const { return value_.hash(); }
+
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
+
+  /// Writes the text form.
+  friend std::ostream& operator<<(std::ostream& out, UniqueId const& id) {
+    return out << Kor::valueToStrep(id);
+  }
+
+ private:
+  void valueIs(Kor::String8 const& value) { value_ = value; }
+
+  Kor::String8 value_;
+};
+
+}  // namespace Zub
