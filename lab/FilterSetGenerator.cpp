@@ -37,14 +37,17 @@ void append(std::string& text, char const* format, Values... values) {
   text.append(buffer.data(), static_cast<std::size_t>(size));
 }
 
+// Each number is drawn in a statement of its own: the order in which a call's arguments are made
+// differs between compilers.
 void appendPrefix(std::string& text, Numbers& numbers, Family family) {
+  unsigned const high = numbers.below(65536);
+  unsigned const low = numbers.below(65536);
+  unsigned const shorter = numbers.below(17);
   if (family == Family::ip6) {
-    append(text, "2001:db8:%x:%x::/%u", numbers.below(65536), numbers.below(65536),
-           48 + 8 * numbers.below(3));
-    return;
+    append(text, "2001:db8:%x:%x::/%u", high, low, 64 - shorter);
+  } else {
+    append(text, "%u.%u.%u.%u/%u", 1 + high % 223, high / 256, low % 256, low / 256, 32 - shorter);
   }
-  append(text, "%u.%u.%u.%u/%u", 1 + numbers.below(223), numbers.below(256), numbers.below(256),
-         numbers.below(256), 16 + numbers.below(17));
 }
 
 void appendPorts(std::string& text, Numbers& numbers, unsigned kind) {

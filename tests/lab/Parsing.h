@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the tests of the readers share: text in, statements or the text of an error out.
+#pragma once
+
+#include "lab/FilterSet.h"
+#include "lab/PolicyTextParser.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace lab::test {
+
+inline PolicyText readText(std::string text, Reading reading = Reading::strict) {
+  return parsePolicyText(SourceText("t", std::move(text)), reading);
+}
+
+inline std::vector<Statement> statements(std::string text) {
+  return readText(std::move(text)).statements;
+}
+
+/// The body of the last statement of a text.
+template <typename Body>
+Body last(std::string text) {
+  auto const all = statements(std::move(text));
+  return std::get<Body>(all.at(all.size() - 1).body);
+}
+
+/// what() of the InputError that `read` raises; "no error" when it raises none.
+template <typename Read>
+std::string errorFrom(Read read) {
+  try {
+    static_cast<void>(read());
+  } catch (InputError const& error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+inline std::string errorOf(std::string text, Reading reading = Reading::strict) {
+  return errorFrom([&] { return readText(std::move(text), reading); });
+}
+
+/// The folder of real inputs; empty when the environment does not name one.
+inline std::string corpusFolder() {
+  char const* const folder = std::getenv("POLICYMAPTEST_CORPUS");
+  return folder == nullptr ? std::string() : std::string(folder);
+}
+
+/// An address of a rule as it is kept.
+inline Address addressOf(Family family, std::string_view value, std::string_view mask) {
+  Address address;
+  EXPECT_TRUE(parseAddress(family, value, address.value)) << value;
+  EXPECT_TRUE(parseAddress(family, mask, address.mask)) << mask;
+  return address;
+}
+
+}  // namespace lab::test
