@@ -3,10 +3,14 @@
 
 // What the addresses of interfaces and their statuses share between IPv4 and IPv6.
 
+#include "Ip/AddressText.h"
 #include "Kor/Entity.h"
+#include "Kor/Exception.h"
+#include "Kor/Hash.h"
 #include "Kor/KorType.h"
 #include "Kor/Notifiee.h"
 #include "Kor/Strep.h"
+#include "Kor/String.h"
 #include "PolicyMap/Export.h"
 #include "Vorel/IntfId.h"
 
@@ -15,6 +19,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <ostream>
+#include <string>
 #include <string_view>
 
 namespace Ip {
@@ -25,6 +30,7 @@ template <class Traits>
 class POLICYMAP_API InterfaceAddress {
  public:
   static constexpr std::size_t size = Traits::size;
+  static constexpr std::size_t bits = size * 8;
   static constexpr std::string_view korTypeName = Traits::typeName;
   /// In network order.
   using Bytes = std::array<std::uint8_t, size>;
@@ -68,6 +74,42 @@ class POLICYMAP_API InterfaceAddress {
   Bytes bytes_{};
   std::uint8_t length_ = 0;
 };
+
+template <class Traits>
+InterfaceAddress<Traits>::InterfaceAddress(Bytes const& bytes, std::int64_t length)
+    : bytes_(bytes), length_(static_cast<std::uint8_t>(length)) {
+  if (length < 0 || length > static_cast<std::int64_t>(bits)) {
+    throw Kor::RangeException(std::string(korTypeName) + "::length < 0 or > " +
+                              std::to_string(bits) + " not allowed");
+  }
+}
+
+template <class Traits>
+InterfaceAddress<Traits>::InterfaceAddress(std::string_view text) {
+  auto const slash = text.find('/');
+  std::size_t length = bits;
+  bool const lengthIsGood =
+      slash == std::string_view::npos || readPrefixLength(text.substr(slash + 1), bits, length);
+  if (!lengthIsGood || !readAddress(text.substr(0, slash), bytes_)) {
+    throw Kor::RangeException(std::string(korTypeName) + ": '" + std::string(text) +
+                              "' is not an address");
+  }
+  length_ = static_cast<std::uint8_t>(length);
+}
+
+template <class Traits>
+std::uint32_t InterfaceAddress<Traits>::hash() const {
+  std::uint32_t hash = length_;
+  for (std::uint8_t const byte : bytes_) {
+    hash = Kor::hashCombine(hash, byte);
+  }
+  return hash;
+}
+
+template <class Traits>
+Kor::String8 InterfaceAddress<Traits>::text() const {
+  return !*this ? "" : addressText(bytes_) + "/" + std::to_string(length_);
+}
 
 /// Hears of a status of type `Status` that keeps addresses by interface.
 template <class Status>

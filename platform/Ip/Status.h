@@ -20,6 +20,13 @@ struct POLICYMAP_API AddressTraits {
 };
 using Address = InterfaceAddress<AddressTraits>;
 
+}  // namespace Ip
+
+template <>
+POLICYMAP_API Kor::KorType const* Ip::InterfaceAddress<Ip::AddressTraits>::_fwkType();
+
+namespace Ip {
+
 /// The IPv4 addresses of interfaces. Hooks of its notifiees: onIntfAddress(IntfId).
 class POLICYMAP_API Status : public AddressStatus<Status> {
  public:
@@ -37,5 +44,3 @@ class POLICYMAP_API Status : public AddressStatus<Status> {
 };
 
 }  // namespace Ip
-
-extern template class Ip::InterfaceAddress<Ip::AddressTraits>;

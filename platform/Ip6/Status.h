@@ -20,6 +20,13 @@ struct POLICYMAP_API AddressTraits {
 };
 using Address = Ip::InterfaceAddress<AddressTraits>;
 
+}  // namespace Ip6
+
+template <>
+POLICYMAP_API Kor::KorType const* Ip::InterfaceAddress<Ip6::AddressTraits>::_fwkType();
+
+namespace Ip6 {
+
 /// The IPv6 addresses of interfaces. Hooks of its notifiees: onIntfAddress(IntfId).
 class POLICYMAP_API Status : public Ip::AddressStatus<Status> {
  public:
@@ -37,5 +44,3 @@ class POLICYMAP_API Status : public Ip::AddressStatus<Status> {
 };
 
 }  // namespace Ip6
-
-extern template class Ip::InterfaceAddress<Ip6::AddressTraits>;

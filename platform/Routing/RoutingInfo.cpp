@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Routing/RoutingInfo.h"
+
+#include <utility>
+
+namespace Routing {
+
+RoutingInfo::RoutingInfo(Kor::Name name) : RoutingInfoBase(std::move(name)) {}
+
+RoutingInfo::~RoutingInfo() = default;
+
+Kor::KorType const* RoutingInfo::fwkType() const {
+  return _fwkType();
+}
+
+Kor::KorType const* RoutingInfo::_fwkType() {
+  static Kor::KorType const type("Routing::RoutingInfo", Kor::Entity::_fwkType());
+  return &type;
+}
+
+}  // namespace Routing

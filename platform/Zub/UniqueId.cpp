@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Zub/UniqueId.h"
+
+#include <string>
+
+namespace Zub {
+
+UniqueId UniqueId::next() {
+  static std::uint64_t lastNumber = 0;
+  return UniqueId(Kor::String8("id-" + std::to_string(++lastNumber)));
+}
+
+Kor::KorType const* UniqueId::_fwkType() {
+  static Kor::KorType const type(korTypeName, nullptr);
+  return &type;
+}
+
+}  // namespace Zub
