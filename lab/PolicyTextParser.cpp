@@ -74,10 +74,11 @@ class Parser {
 
   void parseLine();
   bool skippedBefore(Token const& first);
-  void parseCommand(Lexer& lexer);
-  [[noreturn]] static void failUnknown(Lexer& lexer, ModeCommands const& commands, bool remove);
+  void parseCommand(Lexer& lexer, Token const& first);
+  static SyntaxFailure unknownCommand(Lexer& lexer, ModeCommands const& commands, bool remove);
   static Command const* find(ModeCommands const& commands, Lexer const& lexer, bool remove);
   void run(Command const& command, Lexer& lexer, bool remove);
+  void refuse(Token const& first, SyntaxFailure const& failure);
   void skip(Token const& first, SyntaxFailure const& failure);
   void openBanner(Token const& first);
   bool endsBanner(std::string_view line) const;
@@ -219,14 +220,17 @@ void Parser::parseLine() {
   position_ = reader_.position(first.column);
   bodyIsIndented_ = bodyIsIndented_ || first.column > modeColumn_;
   try {
-    parseCommand(lexer);
+    parseCommand(lexer, first);
   } catch (SyntaxFailure const& failure) {
-    if (!lenient_) {
-      throw InputError(reader_.position(failure.found.column), failure.expected,
-                       failure.found.text);
-    }
-    skip(first, failure);
+    refuse(first, failure);
   }
+}
+
+void Parser::refuse(Token const& first, SyntaxFailure const& failure) {
+  if (!lenient_) {
+    throw InputError(reader_.position(failure.found.column), failure.expected, failure.found.text);
+  }
+  skip(first, failure);
 }
 
 /// Does the line belong to something that was skipped before it? Counts it then.
@@ -266,7 +270,7 @@ void Parser::run(Command const& command, Lexer& lexer, bool remove) {
   (this->*command.handler)(lexer, remove);
 }
 
-void Parser::parseCommand(Lexer& lexer) {
+void Parser::parseCommand(Lexer& lexer, Token const& first) {
   bool const remove = lexer.accept("no");
   ModeCommands const inMode = commandsOf(mode_);
   if (Command const* const command = find(commandsOf(Mode::top), lexer, remove)) {
@@ -286,12 +290,13 @@ void Parser::parseCommand(Lexer& lexer) {
   } else if (Command const* const inner = find(inMode, lexer, remove)) {
     run(*inner, lexer, remove);
   } else {
-    failUnknown(lexer, inMode, remove);
+    // Not thrown: a lenient reading may meet millions of them.
+    refuse(first, unknownCommand(lexer, inMode, remove));
   }
 }
 
 /// Points at the second word when the first one begins a command.
-void Parser::failUnknown(Lexer& lexer, ModeCommands const& commands, bool remove) {
+SyntaxFailure Parser::unknownCommand(Lexer& lexer, ModeCommands const& commands, bool remove) {
   std::string seconds;
   for (ModeCommands const& list : {commandsOf(Mode::top), commands}) {
     std::for_each(list.begin, list.end, [&](Command const& command) {
@@ -302,10 +307,10 @@ void Parser::failUnknown(Lexer& lexer, ModeCommands const& commands, bool remove
     });
   }
   if (seconds.empty()) {
-    lexer.fail(std::string(commands.expected));
+    return {std::string(commands.expected), lexer.peek()};
   }
   lexer.next();
-  lexer.fail(seconds);
+  return {seconds, lexer.peek()};
 }
 
 void Parser::skip(Token const& first, SyntaxFailure const& failure) {
