@@ -86,10 +86,12 @@ NotifieeList::~NotifieeList() {
   }
   Entries* const entries = std::exchange(entries_, nullptr);
   for (NotifieeBase::Entry* const entry : *entries) {
-    NotifieeBase* const notifiee = std::exchange(entry->notifiee, nullptr);
-    notifiee->list_ = nullptr;
-    notifiee->entry_ = nullptr;
-    notifiee->deleteRef();
+    entry->notifiee->list_ = nullptr;
+    entry->notifiee->entry_ = nullptr;
+  }
+  // Only now: a notifiee that ends may take others out, and they must know that they are out.
+  for (NotifieeBase::Entry* const entry : *entries) {
+    std::exchange(entry->notifiee, nullptr)->deleteRef();
   }
   entries->deleteRef();
 }
@@ -147,6 +149,8 @@ NotifieeList::Walk::~Walk() {
 }
 
 NotifieeBase* NotifieeList::Walk::next(KorType const* kind) {
+  // Before looking for the next one: the end of this one may take that one out.
+  current_ = nullptr;
   while (position_ < entries_->count) {
     NotifieeBase* const notifiee = entries_->begin()[position_++]->notifiee;
     if (notifiee != nullptr && notifiee->kind_->isA(kind)) {
