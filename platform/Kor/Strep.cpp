@@ -104,9 +104,7 @@ class StringLiteralReader {
   StringLiteralReader(TextIterator& it, TextIterator const& end) : it_(it), end_(end) {}
 
   std::string read() {
-    opening_ = it_.position();
-    readPrefix();
-    readOpeningQuote();
+    readOpening();
     while (!takeString(it_, end_, quote_)) {
       if (atEnd(it_, end_) || (quote_.size() == 1 && *it_ == '\n')) {
         fail("unterminated string", opening_);
@@ -125,12 +123,16 @@ class StringLiteralReader {
   void readPrefix() {
     for (char lower = letter(); lower == 'r' || lower == 'b' || lower == 'u'; lower = letter()) {
       raw_ = raw_ || lower == 'r';
+      bytes_ = bytes_ || lower == 'b';
       ++it_;
     }
   }
   [[nodiscard]] char letter() const { return static_cast<char>(peek(it_, end_) | 0x20); }
 
-  void readOpeningQuote() {
+  void readOpening() {
+    std::size_t const start = it_.position();
+    readPrefix();
+    opening_ = it_.position();
     for (std::string_view const quote : {"'''", "\"\"\"", "'", "\""}) {
       // Two quotes that no third follows are an empty text.
       if (takeString(it_, end_, quote)) {
@@ -138,7 +140,7 @@ class StringLiteralReader {
         return;
       }
     }
-    fail("expected a string", opening_);
+    fail("expected a string", start);
   }
 
   void readEscape() {
@@ -161,9 +163,9 @@ class StringLiteralReader {
       advance(it_, 2);
     } else if (c == 'x') {
       text_.push_back(static_cast<char>(readHex(2)));
-    } else if (c == 'u') {
+    } else if (c == 'u' && !bytes_) {
       appendUtf8(text_, readHex(4));
-    } else if (c == 'U') {
+    } else if (c == 'U' && !bytes_) {
       appendUtf8(text_, readHex(8));
     } else if (c >= '0' && c <= '7') {
       readOctal();
@@ -199,8 +201,9 @@ class StringLiteralReader {
 
   TextIterator& it_;
   TextIterator const& end_;
-  std::size_t opening_ = 0;
+  std::size_t opening_ = 0;  // column of the opening quote
   bool raw_ = false;
+  bool bytes_ = false;
   std::string_view quote_;
   std::string text_;
 };
@@ -222,7 +225,10 @@ Number readInteger(TextIterator& it, TextIterator const& end, Number lowest, Num
   if (token.empty()) {
     fail("expected an integer", it.position());
   }
-  std::string_view const digits = token[0] == '+' ? token.substr(1) : token;
+  // Minus zero is zero, which an unsigned number can be as well.
+  bool const zero = token.find_first_not_of("+-0") == std::string_view::npos;
+  std::string_view const digits =
+      zero || token[0] == '+' ? token.substr(token.find_last_of("+-") + 1) : token;
   Number number{};
   auto const [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
   if (error != std::errc() || stop != digits.data() + digits.size() || number < lowest ||
@@ -380,8 +386,10 @@ void rethrowFromDeserializeAttr(RangeException const& error, String8 const& name
 }
 
 void needEnd(TextIterator const& it) {
-  if (it.position() != it.text().length()) {
-    throw RangeException("junk at column " + std::to_string(it.position()) + " deserializing " +
+  TextIterator rest = it;
+  skipSpace(rest, it.text().end());
+  if (rest.position() != it.text().length()) {
+    throw RangeException("junk at column " + std::to_string(rest.position()) + " deserializing " +
                          it.text().stdString());
   }
 }
