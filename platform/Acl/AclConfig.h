@@ -85,6 +85,8 @@ class POLICYMAP_API MacAclRules : public AclBase {
 template <class List>
 class AclNotifieeConst : public Kor::NotifieeOf<List, Kor::Entity::NotifieeConst> {
  public:
+  using NotifieeConst = AclNotifieeConst;
+
   using Kor::NotifieeOf<List, Kor::Entity::NotifieeConst>::NotifieeOf;
   /// The rule of that number was stored, replaced or removed.
   virtual void onRule([[maybe_unused]] std::uint32_t seq) {}
@@ -92,6 +94,8 @@ class AclNotifieeConst : public Kor::NotifieeOf<List, Kor::Entity::NotifieeConst
 template <class List>
 class AclNotifiee : public AclNotifieeConst<List> {
  public:
+  using Notifiee = AclNotifiee;
+
   using AclNotifieeConst<List>::AclNotifieeConst;
 };
 

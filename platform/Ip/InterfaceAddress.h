@@ -115,6 +115,8 @@ Kor::String8 InterfaceAddress<Traits>::text() const {
 template <class Status>
 class AddressNotifieeConst : public Kor::NotifieeOf<Status, Kor::Entity::NotifieeConst> {
  public:
+  using NotifieeConst = AddressNotifieeConst;
+
   using Kor::NotifieeOf<Status, Kor::Entity::NotifieeConst>::NotifieeOf;
   /// That interface got, changed or lost its address.
   virtual void onIntfAddress([[maybe_unused]] Vorel::IntfId intf) {}
@@ -122,6 +124,8 @@ class AddressNotifieeConst : public Kor::NotifieeOf<Status, Kor::Entity::Notifie
 template <class Status>
 class AddressNotifiee : public AddressNotifieeConst<Status> {
  public:
+  using Notifiee = AddressNotifiee;
+
   using AddressNotifieeConst<Status>::AddressNotifieeConst;
 };
 

@@ -48,6 +48,8 @@ class POLICYMAP_API RoutingStatus : public Kor::Entity {
 template <class Info>
 class RoutingNotifieeConst : public Kor::NotifieeOf<Info, Kor::Entity::NotifieeConst> {
  public:
+  using NotifieeConst = RoutingNotifieeConst;
+
   using Kor::NotifieeOf<Info, Kor::Entity::NotifieeConst>::NotifieeOf;
   virtual void onRouting() {}
   virtual void onRoutedIntf([[maybe_unused]] Vorel::IntfId intf) {}
@@ -55,6 +57,8 @@ class RoutingNotifieeConst : public Kor::NotifieeOf<Info, Kor::Entity::NotifieeC
 template <class Info>
 class RoutingNotifiee : public RoutingNotifieeConst<Info> {
  public:
+  using Notifiee = RoutingNotifiee;
+
   using RoutingNotifieeConst<Info>::RoutingNotifieeConst;
 };
 
