@@ -45,11 +45,11 @@ constexpr std::string_view sourceNameOf(std::string_view path) {
 }  // namespace Kor
 
 // Asserts `condition` under a source name and a text of its own, both string literals.
-#define KOR_ASSERT_AS(source, text, condition)                                                     \
-  do {                                                                                             \
-    if (!(condition)) [[unlikely]] {                                                               \
-      ::Kor::assertionFailed({(source), (text), __FILE__, __LINE__});                              \
-    }                                                                                              \
+#define KOR_ASSERT_AS(source, text, condition)                        \
+  do {                                                                \
+    if (!(condition)) [[unlikely]] {                                  \
+      ::Kor::assertionFailed({(source), (text), __FILE__, __LINE__}); \
+    }                                                                 \
   } while (false)
 
 // Asserts `condition` with its own spelling as the text and the file as the source name.

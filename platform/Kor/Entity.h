@@ -46,6 +46,9 @@ class KOR_API Entity : public PtrInterface, public NotifieeList {
   // notifiees of X. Whoever writes calls it right after the store.
   template <class X, class Hook>
   void attributeChanged(AttributeId id, Hook&& hook) const {
+    if (notifiees() == 0 && log_.notifiees() == 0) [[likely]] {
+      return;
+    }
     X const* const changed = static_cast<X const*>(this);
     // A reader may drop the last reference; the notifiees are called all the same.
     Kor::Ptr<X const> const pinned = log_.notifiees() == 0 ? nullptr : share(changed);

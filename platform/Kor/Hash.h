@@ -14,8 +14,7 @@ constexpr std::uint32_t bitReverse(std::uint32_t bits) {
   bits = ((bits >> 1) & 0x55555555U) | ((bits & 0x55555555U) << 1);
   bits = ((bits >> 2) & 0x33333333U) | ((bits & 0x33333333U) << 2);
   bits = ((bits >> 4) & 0x0f0f0f0fU) | ((bits & 0x0f0f0f0fU) << 4);
-  bits = ((bits >> 8) & 0x00ff00ffU) | ((bits & 0x00ff00ffU) << 8);
-  return (bits >> 16) | (bits << 16);
+  return __builtin_bswap32(bits);
 }
 
 // The hash of a text, byte by byte.

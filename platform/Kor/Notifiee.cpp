@@ -8,56 +8,40 @@
 
 namespace Kor {
 
-// One registration. It outlives its notifiee's registration while a walk's snapshot holds it.
-struct NotifieeBase::Entry {
-  std::uint32_t references;
-  NotifieeBase* notifiee;  // counted; null once unregistered
+std::size_t NotifieeList::Entries::sizeFor(std::uint32_t capacity) {
+  return sizeof(Entries) + capacity * sizeof(NotifieeBase::Entry*);
+}
 
-  void deleteRef() {
-    if (--references == 0) {
-      MemoryPool::release(this, sizeof(Entry));
-    }
-  }
-};
+NotifieeList::Entries* NotifieeList::Entries::make(std::uint32_t capacity) {
+  return new (MemoryPool::allocate(sizeFor(capacity))) Entries{1, 0, capacity};
+}
 
-// The entries themselves follow this header in the same allocation.
-struct alignas(void*) NotifieeList::Entries {
-  std::uint32_t references;
-  std::uint32_t count;
-  std::uint32_t capacity;
+NotifieeList::Entries* NotifieeList::Entries::owned(std::uint32_t wanted) {
+  if (references == 1 && wanted <= capacity) {
+    return this;
+  }
+  Entries* const copy = make(std::max(wanted, capacity));
+  for (NotifieeBase::Entry* const entry : *this) {
+    ++entry->references;
+    copy->begin()[copy->count++] = entry;
+  }
+  deleteRef();
+  return copy;
+}
 
-  NotifieeBase::Entry** begin() { return reinterpret_cast<NotifieeBase::Entry**>(this + 1); }
-  NotifieeBase::Entry** end() { return begin() + count; }
+void NotifieeList::Entries::release() {
+  for (NotifieeBase::Entry* const entry : *this) {
+    entry->deleteRef();
+  }
+  MemoryPool::release(this, sizeFor(capacity));
+}
 
-  static std::size_t sizeFor(std::uint32_t capacity) {
-    return sizeof(Entries) + capacity * sizeof(NotifieeBase::Entry*);
+void NotifieeBase::Entry::deleteRef() {
+  if (--references == 0) {
+    MemoryPool::release(this, sizeof(Entry));
   }
-  static Entries* make(std::uint32_t capacity) {
-    return new (MemoryPool::allocate(sizeFor(capacity))) Entries{1, 0, capacity};
-  }
-  // A list of its own for the caller, with room for `capacity`; gives up the caller's share of this
-  // one.
-  Entries* owned(std::uint32_t wanted) {
-    if (references == 1 && wanted <= capacity) {
-      return this;
-    }
-    Entries* const copy = make(std::max(wanted, capacity));
-    for (NotifieeBase::Entry* const entry : *this) {
-      ++entry->references;
-      copy->begin()[copy->count++] = entry;
-    }
-    deleteRef();
-    return copy;
-  }
-  void deleteRef() {
-    if (--references == 0) {
-      for (NotifieeBase::Entry* const entry : *this) {
-        entry->deleteRef();
-      }
-      MemoryPool::release(this, sizeFor(capacity));
-    }
-  }
-};
+}
+
 NotifieeBase::~NotifieeBase() {
   listIs(nullptr);
 }
@@ -94,10 +78,6 @@ NotifieeList::~NotifieeList() {
     std::exchange(entry->notifiee, nullptr)->deleteRef();
   }
   entries->deleteRef();
-}
-
-std::uint32_t NotifieeList::notifiees() const {
-  return entries_ == nullptr ? 0 : entries_->count;
 }
 
 void NotifieeList::add(NotifieeBase* notifiee) {
@@ -138,27 +118,6 @@ void NotifieeList::deliverException(NotifieeBase& notifiee, AttributeId id) noex
     notifiee.onNotificationException(id);
   } catch (...) {  // NOLINT(bugprone-empty-catch): the write must complete
   }
-}
-
-NotifieeList::Walk::Walk(Entries* entries) : entries_(entries) {
-  ++entries_->references;
-}
-
-NotifieeList::Walk::~Walk() {
-  entries_->deleteRef();
-}
-
-NotifieeBase* NotifieeList::Walk::next(KorType const* kind) {
-  // Before looking for the next one: the end of this one may take that one out.
-  current_ = nullptr;
-  while (position_ < entries_->count) {
-    NotifieeBase* const notifiee = entries_->begin()[position_++]->notifiee;
-    if (notifiee != nullptr && notifiee->kind_->isA(kind)) {
-      current_ = share(notifiee);
-      return notifiee;
-    }
-  }
-  return nullptr;
 }
 
 }  // namespace Kor

@@ -67,7 +67,14 @@ class KOR_API NotifieeBase {
 
  private:
   friend class NotifieeList;
-  struct Entry;
+
+  // One registration. It outlives its notifiee's registration while a walk's snapshot holds it.
+  struct Entry {
+    std::uint32_t references;
+    NotifieeBase* notifiee;  // counted; null once unregistered
+
+    void deleteRef();
+  };
 
   mutable std::uint32_t references_ = 1;
   NotifieeList* list_ = nullptr;
@@ -83,7 +90,9 @@ class KOR_API NotifieeList {
   NotifieeList& operator=(NotifieeList const&) = delete;
   ~NotifieeList();
 
-  [[nodiscard]] std::uint32_t notifiees() const;
+  [[nodiscard]] std::uint32_t notifiees() const {
+    return entries_ == nullptr ? 0 : entries_->count;
+  }
 
  protected:
   // Calls `hook(notifiee)` on every notifiee that is a Notifiee of type `kind`. `subject` stays
@@ -107,19 +116,51 @@ class KOR_API NotifieeList {
 
  private:
   friend class NotifieeBase;
-  struct Entries;
+
+  // The entries themselves follow this header in the same allocation.
+  struct alignas(void*) Entries {
+    std::uint32_t references;
+    std::uint32_t count;
+    std::uint32_t capacity;
+
+    NotifieeBase::Entry** begin() { return reinterpret_cast<NotifieeBase::Entry**>(this + 1); }
+    NotifieeBase::Entry** end() { return begin() + count; }
+
+    static std::size_t sizeFor(std::uint32_t capacity);
+    static Entries* make(std::uint32_t capacity);
+    // A list of its own for the caller, with room for `wanted`; gives up the caller's share of this
+    // one.
+    Entries* owned(std::uint32_t wanted);
+    void deleteRef() {
+      if (--references == 0) {
+        release();
+      }
+    }
+    void release();
+  };
 
   // One walk over a snapshot. The list is copied on write while a walk holds it, so taking the
   // snapshot is one count, however long the list is.
-  class KOR_API Walk {
+  class Walk {
    public:
-    explicit Walk(Entries* entries);
+    explicit Walk(Entries* entries) : entries_(entries) { ++entries_->references; }
     Walk(Walk const&) = delete;
     Walk& operator=(Walk const&) = delete;
-    ~Walk();
+    ~Walk() { entries_->deleteRef(); }
     // The next registered notifiee of that kind, kept alive until the call after this one; null at
     // the end.
-    NotifieeBase* next(KorType const* kind);
+    NotifieeBase* next(KorType const* kind) {
+      // Before looking for the next one: the end of this one may take that one out.
+      current_ = nullptr;
+      while (position_ < entries_->count) {
+        NotifieeBase* const notifiee = entries_->begin()[position_++]->notifiee;
+        if (notifiee != nullptr && (notifiee->kind_ == kind || notifiee->kind_->isA(kind))) {
+          current_ = share(notifiee);
+          return notifiee;
+        }
+      }
+      return nullptr;
+    }
 
    private:
     Entries* entries_;

@@ -49,11 +49,11 @@ KOR_API TraceSink traceSinkIs(TraceSink sink);
 }  // namespace Kor
 
 // Writes one line: KOR_TRACE_LINE(handle, 8, "key=" << key << ", count=" << n).
-#define KOR_TRACE_LINE(handle, level, streamed)                                                    \
-  do {                                                                                             \
-    if ((handle).on(level)) [[unlikely]] {                                                         \
-      std::ostringstream korTraceText;                                                             \
-      korTraceText << streamed; /* NOLINT(bugprone-macro-parentheses): a chain of << */            \
-      (handle).write(level, korTraceText.view());                                                  \
-    }                                                                                              \
+#define KOR_TRACE_LINE(handle, level, streamed)                                         \
+  do {                                                                                  \
+    if ((handle).on(level)) [[unlikely]] {                                              \
+      std::ostringstream korTraceText;                                                  \
+      korTraceText << streamed; /* NOLINT(bugprone-macro-parentheses): a chain of << */ \
+      (handle).write(level, korTraceText.view());                                       \
+    }                                                                                   \
   } while (false)

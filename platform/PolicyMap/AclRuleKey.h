@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <compare>
-#include <ostream>
-#include <tuple>
-
 #include "Kor/Strep.h"
 #include "PolicyMap/ClassMapMatchOption.h"
 #include "PolicyMap/Export.h"
 
+#include <compare>
+#include <ostream>
+#include <tuple>
+
 namespace PolicyMap {
 
-// Names one programmed rule: the class, the access list, the rule's sequence number in it, and the match
-// option. A rule written in the class-map itself has the empty list name and its place as number.
+// Names one programmed rule: the class, the access list, the rule's sequence number in it, and the
+// match option. A rule written in the class-map itself has the empty list name and its place as
+// number.
 class POLICYMAP_API AclRuleKey {
  public:
   static constexpr std::string_view korTypeName = "PolicyMap::AclRuleKey";
@@ -50,11 +51,11 @@ class POLICYMAP_API AclRuleKey {
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   static constexpr auto korFields() {
-    return std::tuple(Kor::field("className", &AclRuleKey::className, &AclRuleKey::classNameIs),
-                      Kor::field("aclName", &AclRuleKey::aclName, &AclRuleKey::aclNameIs),
-                      Kor::field("seqno", &AclRuleKey::seqno, &AclRuleKey::seqnoIs),
-                      Kor::field("matchOption", &AclRuleKey::matchOption,
-                                 &AclRuleKey::matchOptionIs));
+    return std::tuple(
+        Kor::field("className", &AclRuleKey::className, &AclRuleKey::classNameIs),
+        Kor::field("aclName", &AclRuleKey::aclName, &AclRuleKey::aclNameIs),
+        Kor::field("seqno", &AclRuleKey::seqno, &AclRuleKey::seqnoIs),
+        Kor::field("matchOption", &AclRuleKey::matchOption, &AclRuleKey::matchOptionIs));
   }
 
  private:

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstdint>
-#include <ostream>
-
 #include "Kor/Strep.h"
 #include "PolicyMap/Export.h"
+
+#include <cstdint>
+#include <ostream>
 
 namespace PolicyMap {
 

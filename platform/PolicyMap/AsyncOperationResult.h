@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <ostream>
-#include <tuple>
-
 #include "Kor/Strep.h"
 #include "PolicyMap/Export.h"
+
+#include <ostream>
+#include <tuple>
 
 namespace PolicyMap {
 

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Kor/Strep.h"
+#include "PolicyMap/Export.h"
+
 #include <array>
 #include <cstdint>
 #include <ostream>
 
-#include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
-
 namespace PolicyMap {
 
-// What a class-map matches on, and so which hardware table its rules go to. Every signed 32-bit value is
-// accepted; four are in use.
+// What a class-map matches on, and so which hardware table its rules go to. Every signed 32-bit
+// value is accepted; four are in use.
 enum class ClassMapMatchOption : std::int32_t { ipv4 = 0, ipv6 = 1, mac = 2, mpls = 3 };
 
 inline constexpr std::array<ClassMapMatchOption, 4> allMatchOptions{

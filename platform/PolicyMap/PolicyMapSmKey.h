@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <compare>
-#include <ostream>
-#include <tuple>
-
 #include "Kor/Hash.h"
 #include "Kor/Strep.h"
 #include "PolicyMap/Export.h"
+
+#include <compare>
+#include <ostream>
+#include <tuple>
 
 namespace PolicyMap {
 
@@ -40,9 +40,8 @@ class POLICYMAP_API PolicyMapSmKey {
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   static constexpr auto korFields() {
-    return std::tuple(
-        Kor::field("first", &PolicyMapSmKey::first, &PolicyMapSmKey::firstIs),
-        Kor::field("second", &PolicyMapSmKey::second, &PolicyMapSmKey::secondIs));
+    return std::tuple(Kor::field("first", &PolicyMapSmKey::first, &PolicyMapSmKey::firstIs),
+                      Kor::field("second", &PolicyMapSmKey::second, &PolicyMapSmKey::secondIs));
   }
 
  private:

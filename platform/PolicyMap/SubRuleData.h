@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <compare>
-#include <ostream>
-#include <tuple>
-
 #include "Kor/Hash.h"
 #include "Kor/Strep.h"
 #include "PolicyMap/Export.h"
 
+#include <compare>
+#include <ostream>
+#include <tuple>
+
 namespace PolicyMap {
 
-// One hardware entry of a rule, in four words: bounds of the source ports, bounds of the destination
-// ports (both inclusive), what else tells sub-rules of one rule apart, and two flags: whether the source
-// or the destination ports need a range checker, since value and mask cannot express the bounds.
-// Default-built it takes every port.
+// One hardware entry of a rule, in four words: bounds of the source ports, bounds of the
+// destination ports (both inclusive), what else tells sub-rules of one rule apart, and two flags:
+// whether the source or the destination ports need a range checker, since value and mask cannot
+// express the bounds. Default-built it takes every port.
 class POLICYMAP_API SubRuleData {
  public:
   static constexpr std::string_view korTypeName = "PolicyMap::SubRuleData";

@@ -13,8 +13,8 @@ Kor::KorType const* typeOf() {
   return &type;
 }
 
-std::uint32_t hashOfParts(Kor::Name const& className, Kor::Name const& aclName,
-                          std::uint32_t seqno, ClassMapMatchOption option) {
+std::uint32_t hashOfParts(Kor::Name const& className, Kor::Name const& aclName, std::uint32_t seqno,
+                          ClassMapMatchOption option) {
   std::uint32_t const names = Kor::hashCombine(className.hash(), aclName.hash());
   return Kor::hashCombine(names ^ static_cast<std::uint32_t>(option), seqno);
 }
@@ -29,14 +29,23 @@ std::ostream& write(std::ostream& out, T const& value) {
 PolicyMapSmKey::PolicyMapSmKey(Kor::TextIterator& it, Kor::TextIterator const& end) {
   Kor::readValueFields(it, end, *this);
 }
-Kor::KorType const* PolicyMapSmKey::_fwkType() { return typeOf<PolicyMapSmKey>(); }
-Kor::String8 valueToStrep(PolicyMapSmKey const& key) { return Kor::valueToStrep(key); }
-std::ostream& operator<<(std::ostream& out, PolicyMapSmKey const& key) { return write(out, key); }
+Kor::KorType const* PolicyMapSmKey::_fwkType() {
+  return typeOf<PolicyMapSmKey>();
+}
+Kor::String8 valueToStrep(PolicyMapSmKey const& key) {
+  return Kor::valueToStrep(key);
+}
+std::ostream& operator<<(std::ostream& out, PolicyMapSmKey const& key) {
+  return write(out, key);
+}
 
 AclRuleKey::AclRuleKey(Kor::Name className, Kor::Name aclName, std::uint32_t seqno,
                        ClassMapMatchOption matchOption)
-    : className_(std::move(className)), aclName_(std::move(aclName)), seqno_(seqno),
-      matchOption_(matchOption), hash_(hashOfParts(className_, aclName_, seqno_, matchOption_)) {}
+    : className_(std::move(className)),
+      aclName_(std::move(aclName)),
+      seqno_(seqno),
+      matchOption_(matchOption),
+      hash_(hashOfParts(className_, aclName_, seqno_, matchOption_)) {}
 AclRuleKey::AclRuleKey(Kor::TextIterator& it, Kor::TextIterator const& end) : AclRuleKey() {
   Kor::readValueFields(it, end, *this);
 }
@@ -52,15 +61,25 @@ void AclRuleKey::seqnoIs(std::uint32_t seqno) {
 void AclRuleKey::matchOptionIs(ClassMapMatchOption option) {
   *this = AclRuleKey(className_, aclName_, seqno_, option);
 }
-Kor::KorType const* AclRuleKey::_fwkType() { return typeOf<AclRuleKey>(); }
-Kor::String8 valueToStrep(AclRuleKey const& key) { return Kor::valueToStrep(key); }
-std::ostream& operator<<(std::ostream& out, AclRuleKey const& key) { return write(out, key); }
+Kor::KorType const* AclRuleKey::_fwkType() {
+  return typeOf<AclRuleKey>();
+}
+Kor::String8 valueToStrep(AclRuleKey const& key) {
+  return Kor::valueToStrep(key);
+}
+std::ostream& operator<<(std::ostream& out, AclRuleKey const& key) {
+  return write(out, key);
+}
 
 SubRuleData::SubRuleData(Kor::TextIterator& it, Kor::TextIterator const& end) {
   Kor::readValueFields(it, end, *this);
 }
-Kor::KorType const* SubRuleData::_fwkType() { return typeOf<SubRuleData>(); }
-Kor::String8 valueToStrep(SubRuleData const& subRule) { return Kor::valueToStrep(subRule); }
+Kor::KorType const* SubRuleData::_fwkType() {
+  return typeOf<SubRuleData>();
+}
+Kor::String8 valueToStrep(SubRuleData const& subRule) {
+  return Kor::valueToStrep(subRule);
+}
 std::ostream& operator<<(std::ostream& out, SubRuleData const& subRule) {
   return write(out, subRule);
 }
@@ -68,8 +87,12 @@ std::ostream& operator<<(std::ostream& out, SubRuleData const& subRule) {
 AsyncOperationResult::AsyncOperationResult(Kor::TextIterator& it, Kor::TextIterator const& end) {
   Kor::readValueFields(it, end, *this);
 }
-Kor::KorType const* AsyncOperationResult::_fwkType() { return typeOf<AsyncOperationResult>(); }
-Kor::String8 valueToStrep(AsyncOperationResult const& result) { return Kor::valueToStrep(result); }
+Kor::KorType const* AsyncOperationResult::_fwkType() {
+  return typeOf<AsyncOperationResult>();
+}
+Kor::String8 valueToStrep(AsyncOperationResult const& result) {
+  return Kor::valueToStrep(result);
+}
 std::ostream& operator<<(std::ostream& out, AsyncOperationResult const& result) {
   return write(out, result);
 }

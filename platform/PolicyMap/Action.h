@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Kor/Entity.h"
+#include "PolicyMap/ActionType.h"
+#include "PolicyMap/Export.h"
+#include "Zub/UniqueId.h"
+
+namespace PolicyMap {
+
+// What a class of a policy-map does with the traffic it matches. Subclass it for a kind of your
+// own: pick a number, add attributes, override equalTo and attributeString.
+class POLICYMAP_API Action : public Kor::Entity {
+ public:
+  using Ptr = Kor::Ptr<Action>;
+  using PtrConst = Kor::Ptr<Action const>;
+  class NotifieeConst;
+  class Notifiee;
+
+  // The entity's name is the class name.
+  Action(Kor::Name className, ActionType actionType, Zub::UniqueId id);
+  ~Action() override;
+
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+
+  [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
+
+  // Whether programming `other` instead would make no difference. Here: the same object.
+  [[nodiscard]] virtual bool equalTo(Kor::Ptr<Action const> const& other) const;
+
+  [[nodiscard]] Kor::Name const& className() const { return name(); }
+  [[nodiscard]] ActionType actionType() const { return actionType_; }
+  [[nodiscard]] Zub::UniqueId const& id() const { return id_; }
+
+  static constexpr Kor::AttributeId classNameId = 258;
+  static constexpr Kor::AttributeId actionTypeId = 259;
+  static constexpr Kor::AttributeId idId = 260;
+  static constexpr Kor::AttributeId equalToId = 261;
+
+ private:
+  ActionType actionType_;
+  Zub::UniqueId id_;
+};
+
+class POLICYMAP_API Action::NotifieeConst
+    : public Kor::NotifieeOf<Action, Kor::Entity::NotifieeConst> {
+ public:
+  using NotifieeOf::NotifieeOf;
+  ~NotifieeConst() override;
+};
+
+class POLICYMAP_API Action::Notifiee : public Action::NotifieeConst {
+ public:
+  using NotifieeConst::NotifieeConst;
+  ~Notifiee() override;
+};
+
+}  // namespace PolicyMap

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Kor/Reactor.h"
+#include "PolicyMap/Action.h"
+#include "PolicyMap/ClassMapSmCommonData.h"
+#include "PolicyMap/Export.h"
+#include "PolicyMap/PolicyMapGlobalData.h"
+#include "PolicyMap/PolicyMapSmCommonData.h"
+
+namespace PolicyMap {
+
+// The machine of one configured action of one class. It watches the action through its attribute
+// log and calls handleAction() on every stored change while its notifications are active.
+class POLICYMAP_API ActionSm : public Kor::PtrInterface {
+ public:
+  using Ptr = Kor::Ptr<ActionSm>;
+  using PtrConst = Kor::Ptr<ActionSm const>;
+
+  ~ActionSm() override;
+
+  void hasNotificationActiveIs(bool active) override;
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+
+  // The class machine lets this machine go: undo what handleAction() did. Called once, while the
+  // common data live.
+  virtual void cleanup();
+  // The action is there, has changed, or was replaced.
+  virtual void handleAction();
+  virtual void handleInitialized();
+  virtual void actionDel();
+  virtual void actionIs(Kor::Ptr<Action const> const& action);
+  virtual void initializedIs(bool initialized);
+  virtual void korDoZombieReactors(bool zombie);
+
+  [[nodiscard]] Kor::Ptr<PolicyMapGlobalData> const& globalCommonData() const {
+    return globalCommonData_;
+  }
+  [[nodiscard]] Kor::Ptr<PolicyMapSmCommonData> const& policyCommonData() const {
+    return policyCommonData_;
+  }
+  [[nodiscard]] Kor::Ptr<ClassMapSmCommonData> const& classCommonData() const {
+    return classCommonData_;
+  }
+  // Null when no action is watched.
+  [[nodiscard]] Kor::Ptr<Action const> const& action() const { return action_.object(); }
+  [[nodiscard]] bool initialized() const { return initialized_; }
+
+ protected:
+  // Any pointer may be null.
+  ActionSm(Kor::Ptr<PolicyMapGlobalData> globalCommonData,
+           Kor::Ptr<PolicyMapSmCommonData> policyCommonData,
+           Kor::Ptr<ClassMapSmCommonData> classCommonData, Kor::Ptr<Action const> const& action);
+
+  void newAction(Kor::Ptr<Action const> const& action);
+
+ private:
+  void actionChanged(Kor::AttributeId id);
+
+  Kor::Ptr<PolicyMapGlobalData> globalCommonData_;
+  Kor::Ptr<PolicyMapSmCommonData> policyCommonData_;
+  Kor::Ptr<ClassMapSmCommonData> classCommonData_;
+  Kor::Reactor<Action const, Kor::LogWatch<ActionSm>> action_;
+  bool initialized_ = false;
+};
+
+}  // namespace PolicyMap

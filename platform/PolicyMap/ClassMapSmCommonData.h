@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Acl/Config.h"
+#include "Kor/Collection.h"
+#include "Kor/Notifiee.h"
+#include "PolicyMap/AclRuleKey.h"
+#include "PolicyMap/Action.h"
+#include "PolicyMap/ClassMapTypeConfig.h"
+#include "PolicyMap/ClassRules.h"
+#include "PolicyMap/Export.h"
+#include "PolicyMap/PolicyMapTypeStatus.h"
+
+#include <array>
+
+namespace PolicyMap {
+
+// What the helper and the action machines share about one class of one policy.
+class POLICYMAP_API ClassMapSmCommonData : public Kor::PtrInterface, public Kor::NotifieeList {
+ public:
+  using Ptr = Kor::Ptr<ClassMapSmCommonData>;
+  using PtrConst = Kor::Ptr<ClassMapSmCommonData const>;
+  class NotifieeConst;
+  class Notifiee;
+
+  // Any pointer may be null.
+  ClassMapSmCommonData(Kor::Name name, Kor::Ptr<ClassMapSubConfig const> classMap,
+                       Kor::Ptr<Acl::Config const> aclConfig);
+  ~ClassMapSmCommonData() override;
+
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+
+  virtual void classMapIs(Kor::Ptr<ClassMapSubConfig const> const& classMap);
+  virtual void classMapStatusIs(Kor::Ptr<ClassMapStatus> const& status);
+
+  // The configured actions of the class.
+  KOR_VALUE_COLLECTION(ClassMapSmCommonData, action, Action, ActionType,
+                       Kor::Ptr<PolicyMap::Action const>, virtual, { announceAction(key); })
+
+ public:
+  // Counts the requests to program the actions of the class's rules once more. Adds and wraps,
+  // notifies, and answers the new value; 0 does nothing.
+  virtual std::uint32_t updateAclActionsInc(std::uint32_t count);
+  virtual void updateAclActionsIs(std::uint32_t count);
+
+  [[nodiscard]] Kor::Name const& name() const { return name_; }
+  [[nodiscard]] Kor::Ptr<ClassMapSubConfig const> const& classMap() const { return classMap_; }
+  [[nodiscard]] Kor::Ptr<Acl::Config const> const& aclConfig() const { return aclConfig_; }
+  [[nodiscard]] Kor::Ptr<ClassMapStatus> const& classMapStatus() const { return classMapStatus_; }
+  [[nodiscard]] std::uint32_t updateAclActions() const { return updateAclActions_; }
+
+  // The match of a rule of this class; a default-built configuration for an unknown key. Rules that
+  // are being programmed are answered as they were when the programming was decided on, all others
+  // as they are configured now.
+  [[nodiscard]] Acl::IpRuleConfig getIpRule(AclRuleKey const& key) const;
+  [[nodiscard]] Acl::Ip6RuleConfig getIp6Rule(AclRuleKey const& key) const;
+  [[nodiscard]] Acl::MacRuleConfig getMacRule(AclRuleKey const& key) const;
+
+  // The rules that the core is about to program, or has programmed, for an option (one of the
+  // four).
+  void rulesIs(ClassMapMatchOption option, Kor::Ptr<ClassRules const> rules);
+
+  static constexpr Kor::AttributeId classMapId = 131;
+  static constexpr Kor::AttributeId classMapStatusId = 133;
+  static constexpr Kor::AttributeId actionId = 134;
+  static constexpr Kor::AttributeId updateAclActionsId = 135;
+
+ private:
+  template <class Rule>
+  Rule ruleOf(AclRuleKey const& key) const;
+  void announceAction(ActionType type);
+
+  Kor::Name name_;
+  Kor::Ptr<ClassMapSubConfig const> classMap_;
+  Kor::Ptr<Acl::Config const> aclConfig_;
+  Kor::Ptr<ClassMapStatus> classMapStatus_;
+  std::array<Kor::Ptr<ClassRules const>, 4> rules_;
+  std::uint32_t updateAclActions_ = 0;
+};
+
+class POLICYMAP_API ClassMapSmCommonData::NotifieeConst
+    : public Kor::NotifieeOf<ClassMapSmCommonData> {
+ public:
+  using NotifieeOf::NotifieeOf;
+  ~NotifieeConst() override;
+  virtual void onClassMap() {}
+  virtual void onClassMapStatus() {}
+  virtual void onAction(ActionType /*type*/) {}
+  virtual void onUpdateAclActions() {}
+};
+
+class POLICYMAP_API ClassMapSmCommonData::Notifiee : public ClassMapSmCommonData::NotifieeConst {
+ public:
+  using NotifieeConst::NotifieeConst;
+  ~Notifiee() override;
+};
+
+}  // namespace PolicyMap

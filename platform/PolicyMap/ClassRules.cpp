@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PolicyMap/ClassRules.h"
+
+#include <algorithm>
+
+namespace PolicyMap {
+
+ClassRules::~ClassRules() = default;
+
+ClassRules::Sources ClassRules::emptySources(ClassMapMatchOption option) {
+  switch (option) {
+  case ClassMapMatchOption::ipv4: return RuleSources<Acl::IpRuleConfig>();
+  case ClassMapMatchOption::ipv6: return RuleSources<Acl::Ip6RuleConfig>();
+  default: return RuleSources<Acl::MacRuleConfig>();
+  }
+}
+
+bool ClassRules::empty() const {
+  return std::visit(
+      [](auto const& sources) {
+        return std::all_of(sources.begin(), sources.end(),
+                           [](auto const& source) { return source.rules->empty(); });
+      },
+      sources_);
+}
+
+namespace {
+
+template <class Rule>
+bool sameSources(RuleSources<Rule> const& a, RuleSources<Rule> const& b,
+                 Acl::AclDiff const& aclDiff) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](RuleSource<Rule> const& x, RuleSource<Rule> const& y) {
+                      return x.aclName == y.aclName && aclDiff.same(x.rules, y.rules);
+                    });
+}
+
+}  // namespace
+
+bool ClassRules::same(ClassRules const& other, Acl::AclDiff const* aclDiff) const {
+  if (this == &other) {
+    return true;
+  }
+  if (aclDiff == nullptr || sources_.index() != other.sources_.index()) {
+    return false;
+  }
+  return std::visit(
+      [&](auto const& sources) {
+        using Same = std::remove_cvref_t<decltype(sources)>;
+        return sameSources(sources, std::get<Same>(other.sources_), *aclDiff);
+      },
+      sources_);
+}
+
+}  // namespace PolicyMap

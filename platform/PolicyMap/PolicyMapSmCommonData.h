@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Kor/Collection.h"
+#include "PolicyMap/ClassMapMatchOption.h"
+#include "PolicyMap/Export.h"
+#include "PolicyMap/PolicyMapSmKey.h"
+#include "Vorel/IntfId.h"
+
+#include <vector>
+
+namespace PolicyMap {
+
+// What the helper is told about one policy: its key, and per option the interfaces to which it is
+// applied in the hardware already. In these four collections membership alone counts, the value
+// says nothing.
+class POLICYMAP_API PolicyMapSmCommonData : public Kor::PtrInterface {
+ public:
+  using Ptr = Kor::Ptr<PolicyMapSmCommonData>;
+  using PtrConst = Kor::Ptr<PolicyMapSmCommonData const>;
+
+  explicit PolicyMapSmCommonData(PolicyMapSmKey policyKey) : policyKey_(std::move(policyKey)) {}
+  ~PolicyMapSmCommonData() override;
+
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+
+  [[nodiscard]] PolicyMapSmKey const& policyKey() const { return policyKey_; }
+
+  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intf4, Intf4, Vorel::IntfId, bool, , {})
+  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intf6, Intf6, Vorel::IntfId, bool, , {})
+  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intfMac, IntfMac, Vorel::IntfId, bool, , {})
+  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intfMpls, IntfMpls, Vorel::IntfId, bool, , {})
+
+ public:
+  // The members of an option's set in its own order. Options other than ipv4, ipv6 and mac share
+  // that of mpls.
+  [[nodiscard]] std::vector<Vorel::IntfId> intfs(ClassMapMatchOption option) const;
+  [[nodiscard]] bool hasIntf(ClassMapMatchOption option, Vorel::IntfId intf) const;
+  void intfAdd(ClassMapMatchOption option, Vorel::IntfId intf);
+  void intfRemove(ClassMapMatchOption option, Vorel::IntfId intf);
+  void intfRemoveAll(ClassMapMatchOption option);
+
+ private:
+  PolicyMapSmKey policyKey_;
+};
+
+}  // namespace PolicyMap

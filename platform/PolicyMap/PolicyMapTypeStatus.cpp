@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PolicyMap/PolicyMapTypeStatus.h"
+
+namespace PolicyMap {
+
+ClassMapStatus::~ClassMapStatus() = default;
+ClassMapStatus::NotifieeConst::~NotifieeConst() = default;
+ClassMapStatus::Notifiee::~Notifiee() = default;
+PolicyMapStatus::~PolicyMapStatus() = default;
+PolicyMapStatus::NotifieeConst::~NotifieeConst() = default;
+PolicyMapStatus::Notifiee::~Notifiee() = default;
+PolicyMapTypeStatus::~PolicyMapTypeStatus() = default;
+PolicyMapTypeStatus::NotifieeConst::~NotifieeConst() = default;
+PolicyMapTypeStatus::Notifiee::~Notifiee() = default;
+PolicyMapStatusRequestDir::~PolicyMapStatusRequestDir() = default;
+
+Kor::KorType const* ClassMapStatus::fwkType() const {
+  return _fwkType();
+}
+Kor::KorType const* ClassMapStatus::_fwkType() {
+  static Kor::KorType const type("PolicyMap::ClassMapStatus", Entity::_fwkType());
+  return &type;
+}
+
+void ClassMapStatus::errorIs(Kor::String const& error) {
+  if (error == error_) {
+    return;
+  }
+  error_ = error;
+  attributeChanged<ClassMapStatus>(errorId, [](NotifieeConst& n) { n.onError(); });
+}
+
+Kor::KorType const* PolicyMapStatus::fwkType() const {
+  return _fwkType();
+}
+Kor::KorType const* PolicyMapStatus::_fwkType() {
+  static Kor::KorType const type("PolicyMap::PolicyMapStatus", Entity::_fwkType());
+  return &type;
+}
+
+void PolicyMapStatus::errorIs(Kor::String const& error) {
+  if (error == error_) {
+    return;
+  }
+  error_ = error;
+  attributeChanged<PolicyMapStatus>(errorId, [](NotifieeConst& n) { n.onError(); });
+}
+
+void PolicyMapStatus::announceProgrammed(ClassMapMatchOption option) {
+  attributeChanged<PolicyMapStatus>(programmedId,
+                                    [option](NotifieeConst& n) { n.onProgrammed(option); });
+}
+
+void PolicyMapStatus::announceClassMapStatus(Kor::Name const& className) {
+  attributeChanged<PolicyMapStatus>(classMapStatusId,
+                                    [&](NotifieeConst& n) { n.onClassMapStatus(className); });
+}
+
+Kor::KorType const* PolicyMapTypeStatus::fwkType() const {
+  return _fwkType();
+}
+Kor::KorType const* PolicyMapTypeStatus::_fwkType() {
+  static Kor::KorType const type("PolicyMap::PolicyMapTypeStatus", Entity::_fwkType());
+  return &type;
+}
+
+void PolicyMapTypeStatus::announcePolicyMapStatus(PolicyMapSmKey const& key) {
+  attributeChanged<PolicyMapTypeStatus>(policyMapStatusId,
+                                        [&](NotifieeConst& n) { n.onPolicyMapStatus(key); });
+}
+
+Kor::KorType const* PolicyMapStatusRequestDir::fwkType() const {
+  return _fwkType();
+}
+Kor::KorType const* PolicyMapStatusRequestDir::_fwkType() {
+  static Kor::KorType const type("PolicyMap::PolicyMapStatusRequestDir", Entity::_fwkType());
+  return &type;
+}
+
+}  // namespace PolicyMap

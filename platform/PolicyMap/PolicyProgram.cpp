@@ -1,0 +1,546 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PolicyMap/PolicyProgram.h"
+
+#include "PolicyMap/PolicyMapSm.h"
+#include "PolicyMap/ServicePolicySm.h"
+#include "PolicyMap/Trace.h"
+
+#include <algorithm>
+#include <set>
+
+namespace PolicyMap {
+
+PolicyProgram::PolicyProgram(PolicyMapSm& policy) : policy_(policy) {}
+
+PolicyProgram::~PolicyProgram() {
+  serviceIs(nullptr);
+}
+
+void PolicyProgram::serviceIs(ServicePolicySm* service) {
+  service_ = service;
+  if (service_ == nullptr) {
+    cancel();
+    pass_.reset();
+    if (helper_) {
+      programmer().withdraw(*this);
+      helper_ = nullptr;
+    }
+  }
+}
+
+// marks
+// --------------------------------------------------------------------------------------------
+
+void PolicyProgram::mark() {
+  if (service_ != nullptr) {
+    schedule();
+  }
+}
+
+void PolicyProgram::rulesChanged(ClassMapMatchOption option) {
+  at(option).changed = true;
+  mark();
+}
+
+void PolicyProgram::rulesChanged() {
+  for (Option& option : options_) {
+    option.changed = true;
+  }
+  mark();
+}
+
+void PolicyProgram::actionsChanged() {
+  actionsChanged_ = true;
+  mark();
+}
+
+void PolicyProgram::intfsChanged() {
+  rulesChanged();
+}
+
+void PolicyProgram::everythingChanged() {
+  actionsChanged_ = true;
+  rulesChanged();
+}
+
+void PolicyProgram::reprogram() {
+  for (Option& option : options_) {
+    option.recreate = true;
+  }
+  rulesChanged();
+}
+
+void PolicyProgram::wantedIs(bool wanted) {
+  if (wanted == wanted_) {
+    return;
+  }
+  wanted_ = wanted;
+  rulesChanged();
+}
+
+void PolicyProgram::restart() {
+  restart_ = true;
+  rulesChanged();
+}
+
+// turns
+// --------------------------------------------------------------------------------------------
+
+void PolicyProgram::run() {
+  if (pass_ || service_ == nullptr) {
+    return;  // the running pass takes the changes up when it ends
+  }
+  if (!service_->aclHelper()) {
+    if (!wanted_ || restart_) {
+      service_->policyGone(policy_.key());
+    }
+    return;
+  }
+  if (!helper_) {
+    helper_ = service_->aclHelper();
+  }
+  programmer().request(*this);
+}
+
+void PolicyProgram::programmerGranted() {
+  // The last step may give up the machine that owns this program.
+  Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
+  Kor::Ptr<PolicyMapSm> const policy = Kor::share(&policy_);
+  pass_ = nextPass();
+  if (pass_) {
+    runPass();
+  } else {
+    passEnded();
+  }
+}
+
+void PolicyProgram::operationEnded(Kor::String const& error) {
+  Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
+  Kor::Ptr<PolicyMapSm> const policy = Kor::share(&policy_);
+  Step const step = pass_->steps[pass_->next - 1];
+  bool goesOn = true;
+  if (error.empty()) {
+    succeeded(step);
+  } else {
+    goesOn = failed(step, error);
+  }
+  if (!goesOn) {
+    pass_->next = pass_->steps.size();
+  }
+  runPass();
+}
+
+void PolicyProgram::runPass() {
+  while (pass_ && pass_->next < pass_->steps.size()) {
+    Step const step = pass_->steps[pass_->next++];
+    std::optional<Kor::String> const result = perform(step);
+    if (!pass_) {
+      return;  // the service machine went away inside the call
+    }
+    if (!result) {
+      return;  // outstanding
+    }
+    if (result->empty()) {
+      succeeded(step);
+    } else if (!failed(step, *result)) {
+      break;
+    }
+  }
+  if (pass_) {
+    passEnded();
+  }
+}
+
+void PolicyProgram::passEnded() {
+  if (pass_ && pass_->kind != Kind::updateActions) {
+    publish(pass_->option);
+  }
+  bool const planned = pass_.has_value();
+  pass_.reset();
+  programmer().release(*this);
+  helper_ = nullptr;
+  if (planned && anythingToDo()) {
+    schedule();
+  } else if (!planned && (!wanted_ || restart_) && service_ != nullptr) {
+    service_->policyGone(policy_.key());
+  }
+}
+
+// planning
+// -----------------------------------------------------------------------------------------
+
+bool PolicyProgram::anythingToDo() const {
+  return actionsChanged_ || !wanted_ || restart_ ||
+         std::any_of(options_.begin(), options_.end(),
+                     [](Option const& option) { return option.changed; });
+}
+
+std::optional<PolicyProgram::Pass> PolicyProgram::nextPass() {
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    if (std::exchange(at(option).changed, false)) {
+      if (std::optional<Pass> pass = planOption(option)) {
+        return pass;
+      }
+    }
+  }
+  if (std::exchange(actionsChanged_, false)) {
+    return planActionUpdate();
+  }
+  return std::nullopt;
+}
+
+std::optional<PolicyProgram::Pass> PolicyProgram::planOption(ClassMapMatchOption option) {
+  Option& state = at(option);
+  Kor::String error;
+  Classes wanted;
+  std::vector<Vorel::IntfId> intfs;
+  if (wanted_ && !restart_ && service_->allowsOption(option)) {
+    wanted = wantedClasses(option, error);
+    intfs = service_->effectiveIntfs(policy_.key(), option);
+  }
+  state.error = error;
+  bool const standing = created(option);
+  if (wanted.empty() || intfs.empty() || !error.empty()) {
+    return standing ? planTeardown(option) : (publish(option), std::nullopt);
+  }
+
+  std::set<Vorel::IntfId> const wantedIntfs(intfs.begin(), intfs.end());
+  std::vector<Step> leave;
+  std::vector<Step> join;
+  std::vector<Vorel::IntfId> bound = policyData()->intfs(option);
+  std::sort(bound.begin(), bound.end());
+  for (Vorel::IntfId const intf : bound) {
+    if (wantedIntfs.count(intf) == 0) {
+      leave.push_back({Operation::removeIntf, option, intf});
+    }
+  }
+  for (Vorel::IntfId const intf : intfs) {
+    if (!policyData()->hasIntf(option, intf)) {
+      join.push_back({Operation::addIntf, option, intf});
+    }
+  }
+
+  bool const intfsDiffer = !leave.empty() || !join.empty();
+  // A policy that stands without having been programmed from here is another machine's.
+  bool const mine = standing && !state.classes.empty();
+  bool recreate = !mine || state.recreate || !sameRules(state.classes, wanted) ||
+                  (intfsDiffer && helper_->reprogramPolicyOnIntfChange());
+  if (mine) {
+    adoptData(state.classes, wanted);
+    recreate = recreate || (actionsMoved(state.classes) && !helper_->updateActionSupported());
+  }
+  if (!recreate && !intfsDiffer) {
+    return std::nullopt;
+  }
+
+  Pass pass{Kind::program, option, std::move(leave)};
+  if (recreate) {
+    pass.steps.push_back(
+        {standing ? Operation::recreatePolicy : Operation::createPolicy, option, {}});
+    pass.steps.push_back({Operation::addRules, option, {}});
+    pass.classes = std::move(wanted);
+    pass.expansion =
+        helper_->subRulesForL4Ports() ? PortExpansion::alignedBlocks : PortExpansion::rangeChecker;
+  }
+  pass.steps.insert(pass.steps.end(), join.begin(), join.end());
+  pass.steps.push_back({Operation::commitPolicy, option, {}});
+  return pass;
+}
+
+std::optional<PolicyProgram::Pass> PolicyProgram::planTeardown(ClassMapMatchOption option) {
+  Pass pass{Kind::teardown, option, {}};
+  std::vector<Vorel::IntfId> bound = policyData()->intfs(option);
+  std::sort(bound.begin(), bound.end());
+  for (Vorel::IntfId const intf : bound) {
+    pass.steps.push_back({Operation::removeIntf, option, intf});
+  }
+  pass.steps.push_back({Operation::deletePolicy, option, {}});
+  return pass;
+}
+
+std::optional<PolicyProgram::Pass> PolicyProgram::planActionUpdate() {
+  if (!wanted_ || restart_) {
+    return std::nullopt;
+  }
+  Pass pass{Kind::updateActions, ClassMapMatchOption::ipv4, {}};
+  std::vector<ClassMapMatchOption> concerned;
+  std::vector<Kor::Ptr<ClassMapSmCommonData>> moved;
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    if (!created(option) || !actionsMoved(at(option).classes)) {
+      continue;
+    }
+    concerned.push_back(option);
+    if (!helper_->updateActionSupported()) {
+      at(option).recreate = true;
+      at(option).changed = true;
+    }
+  }
+  if (concerned.empty()) {
+    return std::nullopt;
+  }
+  if (!helper_->updateActionSupported()) {
+    return nextPass();
+  }
+  for (Kor::Ptr<PolicyMap::ClassMapSm> const& machine : policy_.classesInOrder()) {
+    if (machine->classCommonData() && actionsMovedFor(*machine->classCommonData())) {
+      pass.steps.push_back(
+          {Operation::updateActions, ClassMapMatchOption::ipv4, {}, machine->classCommonData()});
+    }
+  }
+  for (ClassMapMatchOption const option : concerned) {
+    pass.steps.push_back({Operation::commitPolicy, option, {}});
+  }
+  return pass;
+}
+
+PolicyProgram::Classes PolicyProgram::wantedClasses(ClassMapMatchOption option,
+                                                    Kor::String& error) {
+  Classes classes;
+  for (Kor::Ptr<PolicyMap::ClassMapSm> const& machine : policy_.classesInOrder()) {
+    if (error.empty()) {
+      error = machine->ruleError();
+    }
+    Kor::Ptr<ClassRules const> const rules = machine->rules(option);
+    if (!rules->empty() && machine->classCommonData()) {
+      classes.push_back({machine->classCommonData(), rules});
+    }
+  }
+  return classes;
+}
+
+bool PolicyProgram::sameRules(Classes const& programmed, Classes const& wanted) const {
+  return std::equal(programmed.begin(), programmed.end(), wanted.begin(), wanted.end(),
+                    [&](ProgrammedClass const& a, ProgrammedClass const& b) {
+                      return a.data->name() == b.data->name() &&
+                             a.rules->same(*b.rules, service_->aclDiff().get());
+                    });
+}
+
+// The rules are the same, but a class machine may have been built anew and has other common data:
+// its actions are programmed once more from these.
+void PolicyProgram::adoptData(Classes& programmed, Classes const& wanted) {
+  if (!sameRules(programmed, wanted)) {
+    return;
+  }
+  for (std::size_t i = 0; i < wanted.size(); ++i) {
+    programmed[i].rules = wanted[i].rules;
+    if (programmed[i].data != wanted[i].data) {
+      programmed[i].data = wanted[i].data;
+      programmed[i].actionUpdates = wanted[i].data->updateAclActions() - 1;
+      actionsChanged_ = true;
+    }
+  }
+}
+
+bool PolicyProgram::actionsMoved(Classes const& classes) const {
+  return std::any_of(classes.begin(), classes.end(), [](ProgrammedClass const& programmed) {
+    return programmed.actionUpdates != programmed.data->updateAclActions();
+  });
+}
+
+bool PolicyProgram::actionsMovedFor(ClassMapSmCommonData const& data) const {
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    for (ProgrammedClass const& programmed : at(option).classes) {
+      if (created(option) && programmed.data == &data &&
+          programmed.actionUpdates != data.updateAclActions()) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+// performing
+// ---------------------------------------------------------------------------------------
+
+PolicyMapSmCommonData::PtrConst PolicyProgram::policyData() const {
+  return policy_.policyCommonData();
+}
+
+std::optional<Kor::String> PolicyProgram::perform(Step const& step) {
+  PolicyMapAclHelper& helper = *helper_;
+  PolicyMapSmCommonData::PtrConst const data = policyData();
+  PolicyMapSmKey const& key = policy_.key();
+  switch (step.operation) {
+  case Operation::createPolicy:
+    programmer().createdIs(key, step.option, true);
+    return helper.createPolicy(data, step.option);
+  case Operation::recreatePolicy: return helper.recreatePolicy(data, step.option);
+  case Operation::addRules: return addRules(step.option);
+  case Operation::addIntf:
+    return programmer().operate(
+        [&] { return helper.addIntfToPolicy(data, step.intf, step.option); });
+  case Operation::removeIntf:
+    return programmer().operate(
+        [&] { return helper.removeIntfFromPolicy(data, step.intf, step.option); });
+  case Operation::commitPolicy:
+    return programmer().operate([&] { return helper.commitPolicy(data, step.option); });
+  case Operation::deletePolicy: {
+    Kor::String const answer = helper.deletePolicy(data, step.option);
+    forget(step.option);
+    return answer;
+  }
+  case Operation::updateActions: return updateActions(step.updatedClass);
+  }
+  return Kor::String();
+}
+
+Kor::String PolicyProgram::addRules(ClassMapMatchOption option) {
+  Kor::String error;
+  for (ProgrammedClass& programmed : pass_->classes) {
+    // Noted first: an update that comes while the rules are added must still be programmed.
+    programmed.actionUpdates = programmed.data->updateAclActions();
+    programmed.data->rulesIs(option, programmed.rules);
+    programmed.rules->forEach([&](Kor::Name const& aclName, std::uint32_t seqno, auto const& rule) {
+      AclRuleKey const key(programmed.data->name(), aclName, seqno, option);
+      forEachSubRule(rule, pass_->expansion, [&](SubRuleData const& subRule) {
+        error = helper_->addRule(key, subRule, policyData(), programmed.data);
+        return error.empty();
+      });
+      return error.empty();
+    });
+    if (!error.empty()) {
+      break;
+    }
+  }
+  return error;
+}
+
+Kor::String PolicyProgram::updateActions(Kor::Ptr<ClassMapSmCommonData> const& data) {
+  Kor::String error = helper_->beginUpdateActions(policyData(), data);
+  std::uint32_t const updates = data->updateAclActions();
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    for (ProgrammedClass& programmed : at(option).classes) {
+      if (error.empty() && created(option) && programmed.data == data) {
+        programmed.actionUpdates = updates;
+        error = updateActionsOf(programmed, option);
+      }
+    }
+  }
+  // The bracket is closed whatever happened inside.
+  Kor::String const endError = helper_->endUpdateActions(policyData(), data);
+  return error.empty() ? endError : error;
+}
+
+Kor::String PolicyProgram::updateActionsOf(ProgrammedClass& programmed,
+                                           ClassMapMatchOption option) {
+  Kor::String error;
+  PortExpansion const expansion = at(option).expansion;
+  programmed.rules->forEach([&](Kor::Name const& aclName, std::uint32_t seqno, auto const& rule) {
+    AclRuleKey const key(programmed.data->name(), aclName, seqno, option);
+    forEachSubRule(rule, expansion, [&](SubRuleData const& subRule) {
+      error = helper_->updateAction(key, subRule, policyData(), programmed.data);
+      return error.empty();
+    });
+    return error.empty();
+  });
+  if (!error.empty()) {
+    // Some rules may have the new actions and some the old: programmed anew.
+    at(option).recreate = true;
+    at(option).changed = true;
+  }
+  return error;
+}
+
+void PolicyProgram::succeeded(Step const& step) {
+  Option& state = at(step.option);
+  PolicyMapSmCommonData& data = *policy_.policyCommonData();
+  switch (step.operation) {
+  case Operation::addIntf: data.intfAdd(step.option, step.intf); break;
+  case Operation::removeIntf: data.intfRemove(step.option, step.intf); break;
+  case Operation::addRules:
+    state.classes = pass_->classes;
+    state.expansion = pass_->expansion;
+    state.recreate = false;
+    break;
+  case Operation::commitPolicy:
+    state.error = Kor::String();
+    policy_.timeProgrammedIs(step.option, Kor::now());
+    break;
+  default: break;
+  }
+}
+
+bool PolicyProgram::failed(Step const& step, Kor::String const& error) {
+  if (pass_->firstError.empty()) {
+    pass_->firstError = error;
+  } else {
+    KOR_TRACE_LINE(traceHandle(), 1, "second failure of a pass: " << error);
+  }
+  if (pass_->kind == Kind::teardown || step.operation == Operation::updateActions) {
+    return true;
+  }
+  rollBack(step.option);
+  at(step.option).error = pass_->firstError;
+  return pass_->kind == Kind::updateActions;
+}
+
+void PolicyProgram::rollBack(ClassMapMatchOption option) {
+  if (created(option)) {
+    Kor::String const error = helper_->deletePolicy(policyData(), option);
+    if (!error.empty()) {
+      KOR_TRACE_LINE(traceHandle(), 1, "second failure of a pass: " << error);
+    }
+  }
+  forget(option);
+}
+
+void PolicyProgram::forget(ClassMapMatchOption option) {
+  programmer().createdIs(policy_.key(), option, false);
+  policy_.policyCommonData()->intfRemoveAll(option);
+  policy_.timeProgrammedDel(option);
+  Option& state = at(option);
+  state.classes.clear();
+  state.recreate = false;
+}
+
+void PolicyProgram::leaveHelper() {
+  pass_.reset();
+  Kor::Ptr<PolicyMapAclHelper> const helper = service_ == nullptr ? nullptr : service_->aclHelper();
+  if (!helper) {
+    return;
+  }
+  if (helper_) {
+    programmer().withdraw(*this);
+  }
+  helper_ = helper;
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    rollBack(option);
+    publish(option);
+  }
+  helper_ = nullptr;
+}
+
+// state
+// --------------------------------------------------------------------------------------------
+
+bool PolicyProgram::created(ClassMapMatchOption option) const {
+  Kor::Ptr<PolicyMapAclHelper> const helper =
+      helper_ || service_ == nullptr ? helper_ : service_->aclHelper();
+  return helper && helper->programmer().created(policy_.key(), option);
+}
+
+Kor::String const& PolicyProgram::error(ClassMapMatchOption option) const {
+  return at(option).error;
+}
+
+void PolicyProgram::publish(ClassMapMatchOption option) {
+  Kor::Ptr<PolicyMapStatus> const& status = policy_.status();
+  if (!status) {
+    return;
+  }
+  if (created(option)) {
+    status->programmedIs(option, true);
+  } else {
+    status->programmedDel(option);
+  }
+  Kor::String first;
+  for (Option const& state : options_) {
+    if (first.empty()) {
+      first = state.error;
+    }
+  }
+  status->errorIs(first);
+}
+
+}  // namespace PolicyMap

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// PolicyProgram: brings the helper to what one policy-map machine wants, one pass at a time.
+//
+// Whoever changes something calls ...Changed(), which only marks and puts the program on the event
+// loop, so any number of changes before the loop turns cost one pass. In its turn the program asks
+// the helper's programmer for a pass, makes a plan, and runs its steps; a step whose result is
+// outstanding suspends the pass until the programmer tells the result. Changes that come meanwhile
+// are taken up by the next pass.
+//
+// There are two kinds of passes: one brings one match option to what is wanted (create, re-create,
+// interfaces, teardown), one updates the actions of programmed classes in place, over all options.
+
+#include "Kor/EventLoop.h"
+#include "PolicyMap/ClassRules.h"
+#include "PolicyMap/Export.h"
+#include "PolicyMap/PolicyMapAclHelper.h"
+#include "PolicyMap/Programmer.h"
+#include "PolicyMap/SubRules.h"
+
+#include <array>
+#include <optional>
+#include <vector>
+
+namespace PolicyMap {
+
+class PolicyMapSm;
+class ServicePolicySm;
+
+class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Programmer::User {
+ public:
+  explicit PolicyProgram(PolicyMapSm& policy);
+  PolicyProgram(PolicyProgram const&) = delete;
+  PolicyProgram& operator=(PolicyProgram const&) = delete;
+  ~PolicyProgram() override;
+
+  // The machine that gives interfaces and helper; without one nothing is programmed.
+  void serviceIs(ServicePolicySm* service);
+
+  void rulesChanged(ClassMapMatchOption option);
+  void rulesChanged();  // of all options
+  void actionsChanged();
+  void intfsChanged();
+  void everythingChanged();
+  // Programs again even without a difference.
+  void reprogram();
+  // Not wanted: everything is taken down, then the service machine is told that the policy is gone.
+  void wantedIs(bool wanted);
+  // Takes everything down and lets the service machine build the policy anew.
+  void restart();
+  // The helper is about to be replaced: deletes there, at once, what stands.
+  void leaveHelper();
+
+  // Whether the policy stands on the helper for an option.
+  [[nodiscard]] bool created(ClassMapMatchOption option) const;
+  // The failure that keeps an option from being programmed; empty: none.
+  [[nodiscard]] Kor::String const& error(ClassMapMatchOption option) const;
+
+ private:
+  static constexpr std::size_t optionCount = 4;
+
+  // A class whose rules stand in the helper, or are about to.
+  struct ProgrammedClass {
+    Kor::Ptr<ClassMapSmCommonData> data;
+    Kor::Ptr<ClassRules const> rules;
+    std::uint32_t actionUpdates = 0;  // of the data, as its actions were programmed
+  };
+  using Classes = std::vector<ProgrammedClass>;
+
+  struct Option {
+    bool changed = false;   // something happened since the last plan
+    bool recreate = false;  // what stands is not trusted, or is to be programmed again
+    Classes classes = {};   // as programmed
+    PortExpansion expansion = PortExpansion::rangeChecker;  // as programmed
+    Kor::String error;  // why nothing stands, until the next change
+  };
+
+  enum class Operation : std::uint8_t {
+    createPolicy,
+    recreatePolicy,
+    addRules,
+    addIntf,
+    removeIntf,
+    commitPolicy,
+    deletePolicy,
+    updateActions,
+  };
+  struct Step {
+    Operation operation;
+    ClassMapMatchOption option;
+    Vorel::IntfId intf;                                // of an interface operation
+    Kor::Ptr<ClassMapSmCommonData> updatedClass = {};  // of an action update
+  };
+  enum class Kind : std::uint8_t { program, teardown, updateActions };
+  struct Pass {
+    Kind kind;
+    ClassMapMatchOption option;  // of no meaning for an action update
+    std::vector<Step> steps;
+    std::size_t next = 0;
+    Classes classes = {};  // to be programmed
+    PortExpansion expansion = PortExpansion::rangeChecker;
+    Kor::String firstError = {};
+  };
+
+  void run() override;
+  void programmerGranted() override;
+  void operationEnded(Kor::String const& error) override;
+
+  void mark();
+  Option& at(ClassMapMatchOption option) { return options_[static_cast<std::size_t>(option)]; }
+  [[nodiscard]] Option const& at(ClassMapMatchOption option) const {
+    return options_[static_cast<std::size_t>(option)];
+  }
+  [[nodiscard]] Programmer& programmer() const { return helper_->programmer(); }
+  [[nodiscard]] PolicyMapSmCommonData::PtrConst policyData() const;
+
+  // Planning.
+  [[nodiscard]] bool anythingToDo() const;
+  std::optional<Pass> nextPass();
+  std::optional<Pass> planOption(ClassMapMatchOption option);
+  std::optional<Pass> planTeardown(ClassMapMatchOption option);
+  std::optional<Pass> planActionUpdate();
+  [[nodiscard]] Classes wantedClasses(ClassMapMatchOption option, Kor::String& error);
+  [[nodiscard]] bool sameRules(Classes const& programmed, Classes const& wanted) const;
+  void adoptData(Classes& programmed, Classes const& wanted);
+  [[nodiscard]] bool actionsMoved(Classes const& classes) const;
+  [[nodiscard]] bool actionsMovedFor(ClassMapSmCommonData const& data) const;
+
+  // Performing.
+  void runPass();
+  std::optional<Kor::String> perform(Step const& step);
+  Kor::String addRules(ClassMapMatchOption option);
+  Kor::String updateActions(Kor::Ptr<ClassMapSmCommonData> const& data);
+  Kor::String updateActionsOf(ProgrammedClass& programmed, ClassMapMatchOption option);
+  void succeeded(Step const& step);
+  // Answers whether the pass goes on.
+  bool failed(Step const& step, Kor::String const& error);
+  void rollBack(ClassMapMatchOption option);
+  void forget(ClassMapMatchOption option);
+  void passEnded();
+  void publish(ClassMapMatchOption option);
+
+  PolicyMapSm& policy_;
+  ServicePolicySm* service_ = nullptr;
+  Kor::Ptr<PolicyMapAclHelper> helper_;  // of the pass that runs or is asked for; null otherwise
+  std::array<Option, optionCount> options_;
+  bool actionsChanged_ = false;
+  bool wanted_ = true;
+  bool restart_ = false;
+  std::optional<Pass> pass_;
+};
+
+}  // namespace PolicyMap

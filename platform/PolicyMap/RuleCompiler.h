@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// From a class-map to its rules: follows access lists and nested class-maps.
+
+#include "Acl/Config.h"
+#include "PolicyMap/ClassMapTypeConfig.h"
+#include "PolicyMap/ClassRules.h"
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace PolicyMap {
+
+// What a class-map stands for.
+struct CompiledClass {
+  std::array<ClassRules::PtrConst, 4> rules;  // by match option, never null
+  std::string error;                 // why nothing of the class may be programmed; empty: it may
+  std::vector<std::string> missing;  // access lists and class-maps that are referred to and absent
+  // What the result depends on; a class-map that depends on itself is listed too.
+  std::vector<Kor::Name> ipAcls;
+  std::vector<Kor::Name> ip6Acls;
+  std::vector<Kor::Name> macAcls;
+  std::vector<Kor::Name> classMaps;
+};
+
+// Any pointer may be null.
+CompiledClass compileClass(Kor::Ptr<ClassMapSubConfig const> const& classMap,
+                           Kor::Ptr<ClassMapTypeConfig const> const& classMaps,
+                           Kor::Ptr<Acl::Config const> const& acls);
+
+}  // namespace PolicyMap

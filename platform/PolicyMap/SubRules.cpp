@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PolicyMap/SubRules.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace PolicyMap {
+
+std::vector<PortBlock> alignedBlocks(std::uint16_t low, std::uint16_t high) {
+  std::vector<PortBlock> blocks;
+  std::uint32_t const end = std::uint32_t{high} + 1;
+  for (std::uint32_t start = low; start < end;) {
+    // The largest block that may start here and does not pass the end.
+    std::uint32_t const aligned = start == 0 ? 0x10000U : start & (~start + 1);
+    std::uint32_t const size = std::min(aligned, std::bit_floor(end - start));
+    blocks.push_back(
+        {static_cast<std::uint16_t>(start), static_cast<std::uint16_t>(start + size - 1), false});
+    start += size;
+  }
+  return blocks;
+}
+
+std::vector<PortBlock> portBlocks(Acl::PortMatch const& match, PortExpansion expansion) {
+  if (match.isAny()) {
+    return {PortBlock()};
+  }
+  std::vector<PortBlock> blocks;
+  for (auto const& range : match.ranges()) {
+    if (expansion == PortExpansion::alignedBlocks) {
+      std::vector<PortBlock> const parts = alignedBlocks(range.low, range.high);
+      blocks.insert(blocks.end(), parts.begin(), parts.end());
+    } else {
+      bool const one = range.low == range.high;
+      bool const all = range.low == 0 && range.high == SubRuleData::highestPort;
+      blocks.push_back({range.low, range.high, !one && !all});
+    }
+  }
+  return blocks;
+}
+
+}  // namespace PolicyMap

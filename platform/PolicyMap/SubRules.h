@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// From one rule to its sub-rules, the entries that the hardware takes.
+
+#include "Acl/IpFilterBase.h"
+#include "Acl/MacRuleConfig.h"
+#include "PolicyMap/Export.h"
+#include "PolicyMap/SubRuleData.h"
+
+#include <utility>
+#include <vector>
+
+namespace PolicyMap {
+
+// Inclusive bounds of ports.
+struct PortBlock {
+  std::uint16_t low = 0;
+  std::uint16_t high = SubRuleData::highestPort;
+  bool needsRangeChecker = false;
+
+  bool operator==(PortBlock const&) const = default;
+};
+
+// How port ranges reach the hardware.
+enum class PortExpansion : std::uint8_t {
+  rangeChecker,   // one sub-rule per range, marked as needing a range checker
+  alignedBlocks,  // the fewest blocks that value and mask express
+};
+
+// The fewest aligned blocks that make up [low, high], ascending.
+POLICYMAP_API std::vector<PortBlock> alignedBlocks(std::uint16_t low, std::uint16_t high);
+
+// The blocks of one port match, ascending, without overlap. Empty for a match that takes no port.
+POLICYMAP_API std::vector<PortBlock> portBlocks(Acl::PortMatch const& match,
+                                                PortExpansion expansion);
+
+// Calls visit(SubRuleData) for every sub-rule, source blocks outside, destination blocks inside,
+// until it answers false. No sub-rule comes twice.
+template <class Visit>
+void forEachSubRule(Acl::IpFilterBase const& rule, PortExpansion expansion, Visit&& visit) {
+  if (rule.srcPort().isAny() && rule.dstPort().isAny()) {
+    visit(SubRuleData());
+    return;
+  }
+  std::vector<PortBlock> const sources = portBlocks(rule.srcPort(), expansion);
+  std::vector<PortBlock> const destinations = portBlocks(rule.dstPort(), expansion);
+  SubRuleData subRule;
+  for (PortBlock const& source : sources) {
+    subRule.srcPortLowIs(source.low);
+    subRule.srcPortHighIs(source.high);
+    subRule.srcPortRangeIs(source.needsRangeChecker);
+    for (PortBlock const& destination : destinations) {
+      subRule.dstPortLowIs(destination.low);
+      subRule.dstPortHighIs(destination.high);
+      subRule.dstPortRangeIs(destination.needsRangeChecker);
+      if (!visit(std::as_const(subRule))) {
+        return;
+      }
+    }
+  }
+}
+template <class Visit>
+void forEachSubRule(Acl::MacFilter const& /*rule*/, PortExpansion /*expansion*/, Visit&& visit) {
+  visit(SubRuleData());
+}
+
+}  // namespace PolicyMap
