@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/Allocations.h"
+
+#include <Kor/MemoryPool.h>
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+#include <rapidcheck/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using Kor::MemoryPool;
+
+#ifdef KOR_POOL_PASSES_THROUGH
+constexpr bool pooled = false;
+#else
+constexpr bool pooled = true;
+#endif
+
+#define SKIP_WHEN_PASSING_THROUGH()                                            \
+  if (!pooled) {                                                               \
+    GTEST_SKIP() << "in this build the pool passes every request to the heap"; \
+  }                                                                            \
+  static_assert(true)
+
+TEST(MemoryPool, MemoryThatWasReleasedIsHandedOutAgain) {
+  SKIP_WHEN_PASSING_THROUGH();
+  void* const first = MemoryPool::allocate(40);
+  MemoryPool::release(first, 40);
+  void* const second = MemoryPool::allocate(48);
+  EXPECT_EQ(first, second) << "40 and 48 bytes are of one size class";
+  void* const third = MemoryPool::allocate(48);
+  EXPECT_NE(second, third);
+  MemoryPool::release(second, 48);
+  MemoryPool::release(third, 48);
+}
+
+TEST(MemoryPool, SizeClassesDoNotShare) {
+  SKIP_WHEN_PASSING_THROUGH();
+  void* const small = MemoryPool::allocate(48);
+  MemoryPool::release(small, 48);
+  void* const large = MemoryPool::allocate(49);
+  EXPECT_NE(small, large);
+  MemoryPool::release(large, 49);
+}
+
+TEST(MemoryPool, ReusingMemoryTakesNothingFromTheHeap) {
+  SKIP_WHEN_PASSING_THROUGH();
+  std::vector<void*> blocks;
+  blocks.reserve(100);
+  for (int i = 0; i < 100; ++i) {
+    blocks.push_back(MemoryPool::allocate(64));
+  }
+  for (void* const block : blocks) {
+    MemoryPool::release(block, 64);
+  }
+  auto const before = TestSupport::heapAllocations();
+  for (void*& block : blocks) {
+    block = MemoryPool::allocate(64);
+  }
+  EXPECT_EQ(TestSupport::heapAllocations(), before);
+  for (void* const block : blocks) {
+    MemoryPool::release(block, 64);
+  }
+}
+
+TEST(MemoryPool, ASlabServesManyRequests) {
+  SKIP_WHEN_PASSING_THROUGH();
+  constexpr std::size_t size = 496;
+  auto const before = TestSupport::heapAllocations();
+  std::vector<void*> blocks;
+  blocks.reserve(1000);
+  for (int i = 0; i < 1000; ++i) {
+    blocks.push_back(MemoryPool::allocate(size));
+  }
+  auto const slabs = TestSupport::heapAllocations() - before - 1;  // but for the vector
+  // 64 KiB hold 132 blocks of 496 bytes; one slab may be there already.
+  EXPECT_GE(slabs, 7U);
+  EXPECT_LE(slabs, 8U);
+  EXPECT_EQ(std::set<void*>(blocks.begin(), blocks.end()).size(), blocks.size());
+  for (void* const block : blocks) {
+    MemoryPool::release(block, size);
+  }
+}
+
+TEST(MemoryPool, LargeRequestsGoToTheHeap) {
+  auto const before = TestSupport::heapAllocations();
+  void* const memory = MemoryPool::allocate(MemoryPool::largest + 1);
+  EXPECT_EQ(TestSupport::heapAllocations(), before + 1);
+  std::memset(memory, 0, MemoryPool::largest + 1);
+  MemoryPool::release(memory, MemoryPool::largest + 1);
+}
+
+TEST(MemoryPool, ServesRequestsForNothing) {
+  void* const a = MemoryPool::allocate(0);
+  void* const b = MemoryPool::allocate(0);
+  EXPECT_NE(a, nullptr);
+  EXPECT_NE(a, b);
+  MemoryPool::release(a, 0);
+  MemoryPool::release(b, 0);
+}
+
+RC_GTEST_PROP(MemoryPool, BlocksAreAlignedAndDoNotOverlap, ()) {
+  auto const sizes =
+      *rc::gen::container<std::vector<std::size_t>>(rc::gen::inRange<std::size_t>(0, 600));
+  std::vector<std::pair<unsigned char*, std::size_t>> blocks;
+  for (std::size_t const size : sizes) {
+    auto* const memory = static_cast<unsigned char*>(MemoryPool::allocate(size));
+    RC_ASSERT(reinterpret_cast<std::uintptr_t>(memory) % alignof(std::max_align_t) == 0U);
+    std::memset(memory, static_cast<int>(blocks.size() & 0xffU), size);
+    blocks.emplace_back(memory, size);
+  }
+  for (std::size_t i = 0; i < blocks.size(); ++i) {
+    auto const [memory, size] = blocks[i];
+    for (std::size_t byte = 0; byte < size; ++byte) {
+      RC_ASSERT(memory[byte] == (i & 0xffU));
+    }
+    MemoryPool::release(memory, size);
+  }
+}
+
+}  // namespace
