@@ -204,7 +204,7 @@ class CollectionIterator {
     [[nodiscard]] auto VALUE_NAME() const { return VALUE; }                                    \
     DELETE                                                                                     \
    private:                                                                                    \
-    OwnerPtr owner_ = nullptr;                                                                 \
+    [[maybe_unused]] OwnerPtr owner_ = nullptr;                                                \
   };
 
 #define KOR_COLLECTION_DELETE_(x, Member)                                        \

@@ -53,7 +53,7 @@ class MemoryPool {
       return;
     }
 #endif
-    ::operator delete(memory, size);
+    ::operator delete(memory);
   }
 
  private:
