@@ -81,7 +81,7 @@ std::string AddressMatch<Traits>::text() const {
   if (isAny()) {
     return "any";
   }
-  std::string const address = Ip::addressText(value_);
+  std::string address = Ip::addressText(value_);
   if (isHost()) {
     return address;
   }

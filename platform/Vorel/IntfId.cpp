@@ -273,14 +273,14 @@ std::strong_ordering IntfId::compare(IntfId a, IntfId b) {
   }
   Shape const& left = rowOf(a.index_).shape;
   Shape const& right = rowOf(b.index_).shape;
-  if (auto const order = left.kind <=> right.kind; order != 0) {
+  if (auto const order = left.kind <=> right.kind; std::is_neq(order)) {
     return order;
   }
   // Ethernet3 before Ethernet3/0: a name before those that it begins.
   auto const numbers = std::lexicographical_compare_three_way(
       left.numbers.begin(), left.numbers.begin() + left.count, right.numbers.begin(),
       right.numbers.begin() + right.count);
-  return numbers != 0 ? numbers : left.subIntf <=> right.subIntf;
+  return std::is_neq(numbers) ? numbers : left.subIntf <=> right.subIntf;
 }
 
 Kor::KorType const* IntfId::_fwkType() {
