@@ -122,7 +122,7 @@ void PolicyMapSm::classIs(Kor::Name const& name) {
   if (!policyMap() || !policyMap()->korClassPrio(name)) {
     classWatches_.erase(name);
     prioIs(name);
-    dropClassMachine(name);
+    classLeft(name);
     return;
   }
   if (globalCommonData_ && classWatches_.find(name) == classWatches_.end()) {
@@ -137,8 +137,11 @@ void PolicyMapSm::classIs(Kor::Name const& name) {
   Kor::Ptr<ClassMapSubConfig const> const rawMap = policyMap()->rawClassMap(name);
   Kor::Ptr<ClassAction const> const action = policyMap()->classAction(name);
   if (!map && !rawMap) {
-    dropClassMachine(name);
-  } else if (Kor::Ptr<PolicyMap::ClassMapSm> const machine = classMapSm(name)) {
+    classLeft(name);
+    return;
+  }
+  leftClasses_.erase(name);
+  if (Kor::Ptr<PolicyMap::ClassMapSm> const machine = classMapSm(name)) {
     machine->classMapConfigIs(map);
     machine->rawClassMapSubConfigIs(rawMap);
     machine->classActionIs(action);
@@ -160,6 +163,23 @@ void PolicyMapSm::makeClassMachine(Kor::Name const& name, Kor::Ptr<ClassMapConfi
   }
   classMapSmIs(name, machine);
   program_->rulesChanged();
+}
+
+// Below a service-policy machine the class machine stays until the event loop turns: a class that
+// is back by then has not left.
+void PolicyMapSm::classLeft(Kor::Name const& name) {
+  if (!program_->attached()) {
+    dropClassMachine(name);
+  } else if (korClassMapSm(name)) {
+    leftClasses_.insert(name);
+    program_->rulesChanged();
+  }
+}
+
+void PolicyMapSm::dropLeftClasses() {
+  for (Kor::Name const& name : std::exchange(leftClasses_, {})) {
+    dropClassMachine(name);
+  }
 }
 
 void PolicyMapSm::dropClassMachine(Kor::Name const& name) {

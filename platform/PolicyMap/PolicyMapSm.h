@@ -11,6 +11,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace PolicyMap {
@@ -92,6 +93,8 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
   // The class machines in the order in which their rules are programmed.
   [[nodiscard]] std::vector<Kor::Ptr<ClassMapSm>> classesInOrder() const;
 
+  // Drops the machines of classes that have left the configuration and not come back.
+  void dropLeftClasses();
   // Told by the class machines.
   void classRulesChanged(ClassMapMatchOption option);
   void classActionsChanged();
@@ -117,6 +120,7 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
                         Kor::Ptr<ClassMapSubConfig const> const& rawMap,
                         Kor::Ptr<ClassAction const> const& action);
   void dropClassMachine(Kor::Name const& name);
+  void classLeft(Kor::Name const& name);
   void prioIs(Kor::Name const& name);
 
   Kor::Ptr<PolicyMapGlobalData> globalCommonData_;
@@ -128,6 +132,7 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
   Kor::Ptr<PolicyMapSmCommonData> policyCommonData_;
   bool actionsActive_ = false;
   bool initialized_ = false;
+  std::set<Kor::Name> leftClasses_;  // out of the configuration, their machines still here
   // On the class-map of each configured class, whether or not it exists.
   std::map<Kor::Name, DependencyIndex::Dependent> classWatches_;
   std::unique_ptr<PolicyProgram> program_;

@@ -87,6 +87,7 @@ void PolicyProgram::restart() {
 // --------------------------------------------------------------------------------------------
 
 void PolicyProgram::run() {
+  policy_.dropLeftClasses();
   if (pass_ || service_ == nullptr) {
     return;  // the running pass takes the changes up when it ends
   }
@@ -176,6 +177,7 @@ bool PolicyProgram::anythingToDo() const {
 }
 
 std::optional<PolicyProgram::Pass> PolicyProgram::nextPass() {
+  policy_.dropLeftClasses();
   for (ClassMapMatchOption const option : allMatchOptions) {
     if (std::exchange(at(option).changed, false)) {
       if (std::optional<Pass> pass = planOption(option)) {
@@ -201,7 +203,11 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planOption(ClassMapMatchOption
   state.error = error;
   bool const standing = created(option);
   if (wanted.empty() || intfs.empty() || !error.empty()) {
-    return standing ? planTeardown(option) : (publish(option), std::nullopt);
+    if (standing) {
+      return planTeardown(option);
+    }
+    publish(option);
+    return std::nullopt;
   }
 
   std::set<Vorel::IntfId> const wantedIntfs(intfs.begin(), intfs.end());
@@ -247,7 +253,7 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planOption(ClassMapMatchOption
   return pass;
 }
 
-std::optional<PolicyProgram::Pass> PolicyProgram::planTeardown(ClassMapMatchOption option) {
+PolicyProgram::Pass PolicyProgram::planTeardown(ClassMapMatchOption option) const {
   Pass pass{Kind::teardown, option, {}};
   std::vector<Vorel::IntfId> bound = policyData()->intfs(option);
   std::sort(bound.begin(), bound.end());
@@ -286,6 +292,9 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planActionUpdate() {
       pass.steps.push_back(
           {Operation::updateActions, ClassMapMatchOption::ipv4, {}, machine->classCommonData()});
     }
+  }
+  if (pass.steps.empty()) {
+    return std::nullopt;
   }
   for (ClassMapMatchOption const option : concerned) {
     pass.steps.push_back({Operation::commitPolicy, option, {}});

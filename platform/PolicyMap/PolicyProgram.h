@@ -37,6 +37,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
 
   // The machine that gives interfaces and helper; without one nothing is programmed.
   void serviceIs(ServicePolicySm* service);
+  [[nodiscard]] bool attached() const { return service_ != nullptr; }
 
   void rulesChanged(ClassMapMatchOption option);
   void rulesChanged();  // of all options
@@ -119,7 +120,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   [[nodiscard]] bool anythingToDo() const;
   std::optional<Pass> nextPass();
   std::optional<Pass> planOption(ClassMapMatchOption option);
-  std::optional<Pass> planTeardown(ClassMapMatchOption option);
+  [[nodiscard]] Pass planTeardown(ClassMapMatchOption option) const;
   std::optional<Pass> planActionUpdate();
   [[nodiscard]] Classes wantedClasses(ClassMapMatchOption option, Kor::String& error);
   [[nodiscard]] bool sameRules(Classes const& programmed, Classes const& wanted) const;

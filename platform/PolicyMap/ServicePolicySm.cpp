@@ -179,6 +179,7 @@ void ServicePolicySm::korDoZombieReactors(bool zombie) {
 }
 
 void ServicePolicySm::initialize() {
+  cleanedUp_ = false;
   if (!commonData_) {
     commonDataIs(createCommonData());
   }
@@ -196,6 +197,7 @@ Kor::Ptr<PolicyMapGlobalData> ServicePolicySm::createCommonData() {
 void ServicePolicySm::handleInitialized() {}
 
 void ServicePolicySm::cleanup() {
+  cleanedUp_ = true;
   for (auto const& entry : policyMapSmIteratorConst()) {
     entry.value()->program().wantedIs(false);
   }
@@ -276,7 +278,7 @@ void ServicePolicySm::handlePolicyMap(Kor::Name const& policyMapName) {
 }
 
 void ServicePolicySm::policyIs(PolicyMapSmKey const& key) {
-  bool const attached = attachments_.find(key) != attachments_.end();
+  bool const attached = !cleanedUp_ && attachments_.find(key) != attachments_.end();
   Kor::Ptr<PolicyMapConfig const> const config =
       policyConfig() ? policyConfig()->policyMapConfig(Kor::Name(key.first())) : nullptr;
   Kor::Ptr<PolicyMap::PolicyMapSm> const machine = policyMapSm(key);

@@ -53,7 +53,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   // Re-evaluates an interface at once and marks what depends on it. `force` re-programs even
   // without a difference. Legal at any time; does nothing without active notifications.
   virtual void handleIntf(Vorel::IntfId intf, bool force);
-  // Lets all policies go.
+  // Lets all policies go, for good: until notifications are switched on again none is made.
   virtual void cleanup();
   virtual void handleInitialized();
 
@@ -210,6 +210,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   double retryMax_ = 60;
   double asyncTimeout_ = 30;
   bool initialized_ = false;
+  bool cleanedUp_ = false;
 
   // Attachments as last heard of: by place, by policy, by interface.
   std::map<ServicePolicyKey, Kor::Name> attachedAt_;
