@@ -194,6 +194,7 @@ class CollectionIterator {
 
 }  // namespace Kor
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are types and names
 // Iterators shared by both forms; VALUE is the expression that value() answers for the member.
 #define KOR_COLLECTION_ITERATOR_(Owner, Iterator, Member, OwnerPtr, VALUE_NAME, VALUE, DELETE) \
   class Iterator : public ::Kor::CollectionIterator<Iterator, Member> {                        \
@@ -328,3 +329,4 @@ class CollectionIterator {
                                                                                                \
  private:                                                                                      \
   ::Kor::OwnedCollection<Member> x##Collection_;
+// NOLINTEND(bugprone-macro-parentheses)

@@ -56,6 +56,7 @@ class KOR_API PtrInterface {
   }
   [[nodiscard]] std::uint32_t references() const { return references_; }
 
+  // NOLINTNEXTLINE(misc-new-delete-overloads): its delete is the one that is told the size
   static void* operator new(std::size_t size) { return MemoryPool::allocate(size); }
   static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void operator delete(void* memory, std::size_t size) noexcept {

@@ -375,7 +375,7 @@ TEST(OwnedCollection, ARemovedMemberThatNobodyHoldsLivesUntilTheHookHasRun) {
   static_cast<void>(shelf->newDrawer("top"));
   int aliveInHook = 0;
   shelf->hook = [&](String8 const& /*key*/) { aliveInHook = Drawer::alive(); };
-  static_cast<void>(shelf->drawerDel(shelf->drawer("top").get()->fwkKey()));
+  static_cast<void>(shelf->drawerDel(shelf->drawer("top")->fwkKey()));
   EXPECT_EQ(aliveInHook, 1);
   EXPECT_EQ(Drawer::alive(), 0);
 }
