@@ -254,10 +254,10 @@ TYPED_TEST(AclOf, ListsAreEntities) {
   EXPECT_EQ(list->name(), "a");
   EXPECT_EQ(list->fwkType()->level(), 2U);
   EXPECT_EQ(list->ruleId, 258U);
-  std::string const X = std::is_same_v<TypeParam, Ip>    ? "Ip"
-                        : std::is_same_v<TypeParam, Ip6> ? "Ip6"
-                                                         : "Mac";
-  EXPECT_EQ(list->fwkType()->name(), "Acl::" + X + "AclConfig");
+  std::string const kind = std::is_same_v<TypeParam, Ip>    ? "Ip"
+                           : std::is_same_v<TypeParam, Ip6> ? "Ip6"
+                                                            : "Mac";
+  EXPECT_EQ(list->fwkType()->name(), "Acl::" + kind + "AclConfig");
 }
 
 TEST(AclConfig, KindsAreSeparateNamespaces) {

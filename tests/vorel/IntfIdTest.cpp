@@ -172,13 +172,14 @@ TEST(IntfId, WritesTheBareNameWhateverTheStreamsFormat) {
 
 TEST(IntfId, SortsByKindAndNumbersNotByTheOrderOfReading) {
   // Read in descending order, so that the order of reading gives the opposite result.
-  std::vector<std::string> const names{
-      "Ethernet1",        "Ethernet1.1",    "Ethernet1.2", "Ethernet1/0", "Ethernet1/2",
-      "Ethernet1/10",     "Ethernet1/10/1", "Ethernet2",   "Ethernet10",  "FastEthernet0",
-      "GigabitEthernet0", "PortChannel5",   "Vlan9",       "Management0", "Loopback3"};
+  std::vector<std::string> names{"Ethernet1",   "Ethernet1.1",   "Ethernet1.2",      "Ethernet1/0",
+                                 "Ethernet1/2", "Ethernet1/10",  "Ethernet1/10/1",   "Ethernet2",
+                                 "Ethernet10",  "FastEthernet0", "GigabitEthernet0", "PortChannel5",
+                                 "Vlan9",       "Management0",   "Loopback3"};
+  std::reverse(names.begin(), names.end());
   std::vector<IntfId> intfs;
-  for (auto name = names.rbegin(); name != names.rend(); ++name) {
-    intfs.emplace_back(*name);
+  for (std::string const& name : names) {
+    intfs.emplace_back(name);
   }
   intfs.emplace_back();
   std::reverse(intfs.begin(), intfs.end());
