@@ -15,6 +15,8 @@ Activity::~Activity() {
   cancel();
 }
 
+Timer::~Timer() = default;
+
 void Activity::schedule() {
   double const now = loop_->now();
   if (scheduled_ && due_ <= now) {

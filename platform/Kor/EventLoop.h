@@ -10,6 +10,7 @@
 #include "Kor/Export.h"
 
 #include <cstdint>
+#include <functional>
 #include <set>
 #include <utility>
 
@@ -89,6 +90,19 @@ class KOR_API EventLoop {
   std::uint64_t scheduled_ = 0;  // number of schedulings so far
   bool virtual_ = false;
   double virtualNow_ = 0;
+};
+
+// An activity that calls a function.
+class KOR_API Timer final : public Activity {
+ public:
+  explicit Timer(std::function<void()> call) : call_(std::move(call)) {}
+  ~Timer() override;
+
+ protected:
+  void run() override { call_(); }
+
+ private:
+  std::function<void()> call_;
 };
 
 // The time of the process's loop in seconds.

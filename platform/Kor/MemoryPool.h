@@ -43,7 +43,7 @@ class MemoryPool {
   }
 
   // `size` is that of the allocation.
-  static void release(void* memory, std::size_t size) noexcept {
+  static void release(void* memory, [[maybe_unused]] std::size_t size) noexcept {
 #ifndef KOR_POOL_PASSES_THROUGH
     if (size <= largest) {
       Block*& head = freeLists[classOf(size)];

@@ -285,13 +285,12 @@ void ClassMapSm::compile() {
     }
   }
   ruleError_ = compiled.error;
-  if (classMapStatus_) {
-    std::string text = compiled.error;
-    for (std::string const& missing : compiled.missing) {
-      text += (text.empty() ? "missing " : ", missing ") + missing;
-    }
-    classMapStatus_->errorIs(text);
+  std::string missing;
+  for (std::string const& name : compiled.missing) {
+    missing += (missing.empty() ? "missing " : ", missing ") + name;
   }
+  missing_ = missing;
+  publishError();
   DependencyIndex::Dependent::Names names;
   auto const add = [&names](DependencyKind kind, std::vector<Kor::Name> const& some) {
     for (Kor::Name const& name : some) {
@@ -303,6 +302,23 @@ void ClassMapSm::compile() {
   add(DependencyKind::macAcl, compiled.macAcls);
   add(DependencyKind::classMap, compiled.classMaps);
   dependencies_.namesAre(std::move(names));
+}
+
+void ClassMapSm::programStateIs(bool programmed, Kor::String const& error) {
+  programError_ = error;
+  publishError();
+  if (classMapStatus_) {
+    classMapStatus_->programmedIs(programmed);
+  }
+}
+
+void ClassMapSm::publishError() {
+  if (!classMapStatus_) {
+    return;
+  }
+  Kor::String const& first = programError_.empty() ? ruleError_ : programError_;
+  classMapStatus_->errorIs(first.empty() || missing_.empty() ? first + missing_
+                                                             : first + ", " + missing_);
 }
 
 Kor::Ptr<ClassRules const> ClassMapSm::rules(ClassMapMatchOption option) {

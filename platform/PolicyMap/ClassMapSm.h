@@ -126,6 +126,8 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::Ptr<ClassRules const> rules(ClassMapMatchOption option);
   // Why the class may not be programmed; empty: it may.
   [[nodiscard]] Kor::String ruleError();
+  // How the class stands in the helper, for its status.
+  void programStateIs(bool programmed, Kor::String const& error);
   // The policy machine to tell of changes; null: none.
   void policyIs(PolicyMapSm* policy) { policy_ = policy; }
 
@@ -154,6 +156,7 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::Ptr<ClassMapSubConfig const> configuredClassMap() const;
   void letGo(Kor::Ptr<ActionSm> const& machine);
   void compile();
+  void publishError();
   void commonDataActionIs(ActionType actionType, Kor::Ptr<Action> const& action);
 
   Kor::Ptr<PolicyMapGlobalData> globalCommonData_;
@@ -169,6 +172,8 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   bool initialized_ = false;
   bool rulesStale_ = true;
   Kor::String ruleError_;
+  Kor::String missing_;                                   // what the class refers to and is absent
+  Kor::String programError_;                              // of the last pass
   std::map<ActionType, Kor::Ptr<Action const>> refused_;  // actions for which no machine was given
   DependencyIndex::Dependent dependencies_;  // leaves the index before the global data go
   PolicyMapSm* policy_ = nullptr;

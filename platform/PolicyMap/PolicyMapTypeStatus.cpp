@@ -14,6 +14,11 @@ PolicyMapTypeStatus::NotifieeConst::~NotifieeConst() = default;
 PolicyMapTypeStatus::Notifiee::~Notifiee() = default;
 PolicyMapStatusRequestDir::~PolicyMapStatusRequestDir() = default;
 
+Kor::KorType const* PolicyFailure::_fwkType() {
+  static Kor::KorType const type(korTypeName, nullptr);
+  return &type;
+}
+
 Kor::KorType const* ClassMapStatus::fwkType() const {
   return _fwkType();
 }
@@ -28,6 +33,14 @@ void ClassMapStatus::errorIs(Kor::String const& error) {
   }
   error_ = error;
   attributeChanged<ClassMapStatus>(errorId, [](NotifieeConst& n) { n.onError(); });
+}
+
+void ClassMapStatus::programmedIs(bool programmed) {
+  if (programmed == programmed_) {
+    return;
+  }
+  programmed_ = programmed;
+  attributeChanged<ClassMapStatus>(programmedId, [](NotifieeConst& n) { n.onProgrammed(); });
 }
 
 Kor::KorType const* PolicyMapStatus::fwkType() const {
@@ -49,6 +62,10 @@ void PolicyMapStatus::errorIs(Kor::String const& error) {
 void PolicyMapStatus::announceProgrammed(ClassMapMatchOption option) {
   attributeChanged<PolicyMapStatus>(programmedId,
                                     [option](NotifieeConst& n) { n.onProgrammed(option); });
+}
+
+void PolicyMapStatus::announceFailure(ClassMapMatchOption option) {
+  attributeChanged<PolicyMapStatus>(failureId, [option](NotifieeConst& n) { n.onFailure(option); });
 }
 
 void PolicyMapStatus::announceClassMapStatus(Kor::Name const& className) {

@@ -6,11 +6,57 @@
 
 #include "Kor/Collection.h"
 #include "Kor/Entity.h"
+#include "PolicyMap/AclRuleKey.h"
 #include "PolicyMap/ClassMapMatchOption.h"
 #include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapSmKey.h"
 
 namespace PolicyMap {
+
+// Why a policy does not stand as it should for one option. The default value: it does.
+class POLICYMAP_API PolicyFailure {
+ public:
+  static constexpr std::string_view korTypeName = "PolicyMap::PolicyFailure";
+
+  PolicyFailure() = default;
+  PolicyFailure(Kor::String error, Kor::String operation, Kor::Name className, AclRuleKey rule)
+      : error_(std::move(error)),
+        operation_(std::move(operation)),
+        className_(std::move(className)),
+        rule_(std::move(rule)) {}
+
+  // The text of the helper, byte for byte, or of the core.
+  [[nodiscard]] Kor::String const& error() const { return error_; }
+  // The helper operation that failed; empty when the core refused.
+  [[nodiscard]] Kor::String const& operation() const { return operation_; }
+  // The class and the rule concerned; empty where the failure is of the whole policy.
+  [[nodiscard]] Kor::Name const& className() const { return className_; }
+  [[nodiscard]] AclRuleKey const& rule() const { return rule_; }
+  void errorIs(Kor::String const& error) { error_ = error; }
+  void operationIs(Kor::String const& operation) { operation_ = operation; }
+  void classNameIs(Kor::Name const& className) { className_ = className; }
+  void ruleIs(AclRuleKey const& rule) { rule_ = rule; }
+
+  bool operator==(PolicyFailure const&) const = default;
+  [[nodiscard]] bool operator!() const { return *this == PolicyFailure(); }
+
+  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
+
+  static constexpr auto korFields() {
+    using F = PolicyFailure;
+    return std::tuple(Kor::field("error", &F::error, &F::errorIs),
+                      Kor::field("operation", &F::operation, &F::operationIs),
+                      Kor::field("className", &F::className, &F::classNameIs),
+                      Kor::field("rule", &F::rule, &F::ruleIs));
+  }
+
+ private:
+  Kor::String error_;
+  Kor::String operation_;
+  Kor::Name className_;
+  AclRuleKey rule_;
+};
 
 // How one class of one policy stands.
 class POLICYMAP_API ClassMapStatus : public Kor::Entity, public Kor::HashMapLink<ClassMapStatus> {
@@ -31,11 +77,16 @@ class POLICYMAP_API ClassMapStatus : public Kor::Entity, public Kor::HashMapLink
   // well.
   [[nodiscard]] Kor::String const& error() const { return error_; }
   void errorIs(Kor::String const& error);
+  // Whether rules of the class stand in the hardware.
+  [[nodiscard]] bool programmed() const { return programmed_; }
+  void programmedIs(bool programmed);
 
   static constexpr Kor::AttributeId errorId = 258;
+  static constexpr Kor::AttributeId programmedId = 259;
 
  private:
   Kor::String error_;
+  bool programmed_ = false;
 };
 
 class POLICYMAP_API ClassMapStatus::NotifieeConst
@@ -44,6 +95,7 @@ class POLICYMAP_API ClassMapStatus::NotifieeConst
   using NotifieeOf::NotifieeOf;
   ~NotifieeConst() override;
   virtual void onError() {}
+  virtual void onProgrammed() {}
 };
 
 class POLICYMAP_API ClassMapStatus::Notifiee : public ClassMapStatus::NotifieeConst {
@@ -76,6 +128,9 @@ class POLICYMAP_API PolicyMapStatus : public Kor::Entity, public Kor::HashMapLin
   // The options for which the policy stands in the hardware; absent: it does not.
   KOR_VALUE_COLLECTION(PolicyMapStatus, programmed, Programmed, ClassMapMatchOption, bool, ,
                        { announceProgrammed(key); })
+  // What went wrong, by option; absent: nothing.
+  KOR_VALUE_COLLECTION(PolicyMapStatus, failure, Failure, ClassMapMatchOption, PolicyFailure, ,
+                       { announceFailure(key); })
   KOR_OWNED_COLLECTION(PolicyMapStatus, classMapStatus, ClassMapStatus, Kor::Name,
                        PolicyMap::ClassMapStatus, , { announceClassMapStatus(key); })
 
@@ -83,10 +138,12 @@ class POLICYMAP_API PolicyMapStatus : public Kor::Entity, public Kor::HashMapLin
   static constexpr Kor::AttributeId keyId = 258;
   static constexpr Kor::AttributeId errorId = 259;
   static constexpr Kor::AttributeId programmedId = 260;
-  static constexpr Kor::AttributeId classMapStatusId = 261;
+  static constexpr Kor::AttributeId failureId = 261;
+  static constexpr Kor::AttributeId classMapStatusId = 262;
 
  private:
   void announceProgrammed(ClassMapMatchOption option);
+  void announceFailure(ClassMapMatchOption option);
   void announceClassMapStatus(Kor::Name const& className);
 
   PolicyMapSmKey key_;
@@ -100,6 +157,7 @@ class POLICYMAP_API PolicyMapStatus::NotifieeConst
   ~NotifieeConst() override;
   virtual void onError() {}
   virtual void onProgrammed(ClassMapMatchOption /*option*/) {}
+  virtual void onFailure(ClassMapMatchOption /*option*/) {}
   virtual void onClassMapStatus(Kor::Name const& /*className*/) {}
 };
 

@@ -1,16 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/PolicyProgram.h"
 
+#include "PolicyMap/Capabilities.h"
 #include "PolicyMap/PolicyMapSm.h"
 #include "PolicyMap/ServicePolicySm.h"
 #include "PolicyMap/Trace.h"
 
 #include <algorithm>
+#include <array>
 #include <set>
+#include <sstream>
 
 namespace PolicyMap {
 
-PolicyProgram::PolicyProgram(PolicyMapSm& policy) : policy_(policy) {}
+namespace {
+
+// As the operations are called in statuses.
+Kor::String nameOf(std::uint8_t operation) {
+  constexpr std::array<std::string_view, 8> names{
+      "createPolicy",         "recreatePolicy", "addRule",      "addIntfToPolicy",
+      "removeIntfFromPolicy", "commitPolicy",   "deletePolicy", "updateAction"};
+  return names.at(operation);
+}
+
+}  // namespace
+
+PolicyProgram::PolicyProgram(PolicyMapSm& policy)
+    : policy_(policy), retryTimer_([this] { retry(); }), resultTimer_([this] { timedOut(); }) {}
 
 PolicyProgram::~PolicyProgram() {
   serviceIs(nullptr);
@@ -20,6 +36,8 @@ void PolicyProgram::serviceIs(ServicePolicySm* service) {
   service_ = service;
   if (service_ == nullptr) {
     cancel();
+    retryTimer_.cancel();
+    resultTimer_.cancel();
     pass_.reset();
     if (helper_) {
       programmer().withdraw(*this);
@@ -37,21 +55,47 @@ void PolicyProgram::mark() {
   }
 }
 
+// What failed is tried again at once, and should it fail again the waits start over.
+void PolicyProgram::relevantChange() {
+  retryDelay_ = 0;
+  retryTimer_.cancel();
+  for (Option& option : options_) {
+    option.changed = option.changed || option.retry;
+  }
+  mark();
+}
+
+void PolicyProgram::retry() {
+  for (Option& option : options_) {
+    option.changed = option.changed || option.retry;
+  }
+  mark();
+}
+
+void PolicyProgram::scheduleRetry() {
+  if (service_ == nullptr || retryTimer_.scheduled()) {
+    return;
+  }
+  retryDelay_ =
+      retryDelay_ == 0 ? service_->retryMin() : std::min(2 * retryDelay_, service_->retryMax());
+  retryTimer_.scheduleIn(retryDelay_);
+}
+
 void PolicyProgram::rulesChanged(ClassMapMatchOption option) {
   at(option).changed = true;
-  mark();
+  relevantChange();
 }
 
 void PolicyProgram::rulesChanged() {
   for (Option& option : options_) {
     option.changed = true;
   }
-  mark();
+  relevantChange();
 }
 
 void PolicyProgram::actionsChanged() {
   actionsChanged_ = true;
-  mark();
+  relevantChange();
 }
 
 void PolicyProgram::intfsChanged() {
@@ -118,6 +162,7 @@ void PolicyProgram::programmerGranted() {
 void PolicyProgram::operationEnded(Kor::String const& error) {
   Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
   Kor::Ptr<PolicyMapSm> const policy = Kor::share(&policy_);
+  resultTimer_.cancel();
   Step const step = pass_->steps[pass_->next - 1];
   bool goesOn = true;
   if (error.empty()) {
@@ -139,7 +184,8 @@ void PolicyProgram::runPass() {
       return;  // the service machine went away inside the call
     }
     if (!result) {
-      return;  // outstanding
+      resultTimer_.scheduleIn(service_->asyncTimeout());
+      return;
     }
     if (result->empty()) {
       succeeded(step);
@@ -152,9 +198,22 @@ void PolicyProgram::runPass() {
   }
 }
 
+void PolicyProgram::timedOut() {
+  programmer().abandon();
+  std::ostringstream text;
+  text << "no result within " << service_->asyncTimeout() << " seconds";
+  operationEnded(Kor::String(text.str()));
+}
+
 void PolicyProgram::passEnded() {
-  if (pass_ && pass_->kind != Kind::updateActions) {
-    publish(pass_->option);
+  if (pass_ && pass_->kind == Kind::teardown) {
+    at(pass_->option).failure = pass_->failure;
+  }
+  if (pass_) {
+    for (ClassMapMatchOption const option : allMatchOptions) {
+      publish(option);
+    }
+    publishClasses();
   }
   bool const planned = pass_.has_value();
   pass_.reset();
@@ -193,20 +252,28 @@ std::optional<PolicyProgram::Pass> PolicyProgram::nextPass() {
 
 std::optional<PolicyProgram::Pass> PolicyProgram::planOption(ClassMapMatchOption option) {
   Option& state = at(option);
-  Kor::String error;
+  PolicyFailure refused;
   Classes wanted;
   std::vector<Vorel::IntfId> intfs;
   if (wanted_ && !restart_ && service_->allowsOption(option)) {
-    wanted = wantedClasses(option, error);
+    wanted = wantedClasses(option, refused);
     intfs = service_->effectiveIntfs(policy_.key(), option);
   }
-  state.error = error;
   bool const standing = created(option);
-  if (wanted.empty() || intfs.empty() || !error.empty()) {
-    if (standing) {
+  // A policy that stands without having been programmed from here is another machine's.
+  bool const mine = standing && !state.classes.empty();
+  bool recreate = !mine || state.recreate || !sameRules(state.classes, wanted);
+  if (!refused && recreate) {
+    refused = unsupported(wanted, option);
+  }
+  if (wanted.empty() || intfs.empty() || !refused.error().empty()) {
+    state.retry = false;
+    state.failure = refused;
+    if (mine) {
       return planTeardown(option);
     }
     publish(option);
+    publishClasses();
     return std::nullopt;
   }
 
@@ -227,10 +294,7 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planOption(ClassMapMatchOption
   }
 
   bool const intfsDiffer = !leave.empty() || !join.empty();
-  // A policy that stands without having been programmed from here is another machine's.
-  bool const mine = standing && !state.classes.empty();
-  bool recreate = !mine || state.recreate || !sameRules(state.classes, wanted) ||
-                  (intfsDiffer && helper_->reprogramPolicyOnIntfChange());
+  recreate = recreate || (intfsDiffer && helper_->reprogramPolicyOnIntfChange());
   if (mine) {
     adoptData(state.classes, wanted);
     recreate = recreate || (actionsMoved(state.classes) && !helper_->updateActionSupported());
@@ -303,11 +367,12 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planActionUpdate() {
 }
 
 PolicyProgram::Classes PolicyProgram::wantedClasses(ClassMapMatchOption option,
-                                                    Kor::String& error) {
+                                                    PolicyFailure& failure) {
   Classes classes;
   for (Kor::Ptr<PolicyMap::ClassMapSm> const& machine : policy_.classesInOrder()) {
-    if (error.empty()) {
-      error = machine->ruleError();
+    Kor::String const error = machine->ruleError();
+    if (!failure && !error.empty()) {
+      failure = PolicyFailure(error, {}, machine->name(), {});
     }
     Kor::Ptr<ClassRules const> const rules = machine->rules(option);
     if (!rules->empty() && machine->classCommonData()) {
@@ -383,6 +448,9 @@ std::optional<Kor::String> PolicyProgram::perform(Step const& step) {
     return programmer().operate(
         [&] { return helper.removeIntfFromPolicy(data, step.intf, step.option); });
   case Operation::commitPolicy:
+    if (pass_->kind == Kind::updateActions && (at(step.option).recreate || !created(step.option))) {
+      return Kor::String();  // the re-creation that follows commits
+    }
     return programmer().operate([&] { return helper.commitPolicy(data, step.option); });
   case Operation::deletePolicy: {
     Kor::String const answer = helper.deletePolicy(data, step.option);
@@ -406,6 +474,9 @@ Kor::String PolicyProgram::addRules(ClassMapMatchOption option) {
         error = helper_->addRule(key, subRule, policyData(), programmed.data);
         return error.empty();
       });
+      if (!error.empty()) {
+        pass_->failedRule = key;
+      }
       return error.empty();
     });
     if (!error.empty()) {
@@ -420,9 +491,11 @@ Kor::String PolicyProgram::updateActions(Kor::Ptr<ClassMapSmCommonData> const& d
   std::uint32_t const updates = data->updateAclActions();
   for (ClassMapMatchOption const option : allMatchOptions) {
     for (ProgrammedClass& programmed : at(option).classes) {
-      if (error.empty() && created(option) && programmed.data == data) {
+      // An option that failed is programmed anew; the others go on.
+      if (created(option) && !at(option).recreate && programmed.data == data) {
         programmed.actionUpdates = updates;
-        error = updateActionsOf(programmed, option);
+        Kor::String const failed = updateActionsOf(programmed, option);
+        error = error.empty() ? failed : error;
       }
     }
   }
@@ -441,12 +514,18 @@ Kor::String PolicyProgram::updateActionsOf(ProgrammedClass& programmed,
       error = helper_->updateAction(key, subRule, policyData(), programmed.data);
       return error.empty();
     });
+    if (!error.empty()) {
+      pass_->failedRule = key;
+    }
     return error.empty();
   });
   if (!error.empty()) {
     // Some rules may have the new actions and some the old: programmed anew.
     at(option).recreate = true;
     at(option).changed = true;
+    at(option).failure =
+        PolicyFailure(error, nameOf(static_cast<std::uint8_t>(Operation::updateActions)),
+                      programmed.data->name(), *pass_->failedRule);
   }
   return error;
 }
@@ -463,16 +542,22 @@ void PolicyProgram::succeeded(Step const& step) {
     state.recreate = false;
     break;
   case Operation::commitPolicy:
-    state.error = Kor::String();
-    policy_.timeProgrammedIs(step.option, Kor::now());
+    if (!state.recreate) {
+      state.failure = PolicyFailure();
+      state.retry = false;
+      policy_.timeProgrammedIs(step.option, Kor::now());
+    }
     break;
   default: break;
   }
 }
 
 bool PolicyProgram::failed(Step const& step, Kor::String const& error) {
-  if (pass_->firstError.empty()) {
-    pass_->firstError = error;
+  AclRuleKey const rule = std::exchange(pass_->failedRule, std::nullopt).value_or(AclRuleKey());
+  PolicyFailure const failure(error, nameOf(static_cast<std::uint8_t>(step.operation)),
+                              rule.className(), rule);
+  if (!pass_->failure) {
+    pass_->failure = failure;
   } else {
     KOR_TRACE_LINE(traceHandle(), 1, "second failure of a pass: " << error);
   }
@@ -480,7 +565,9 @@ bool PolicyProgram::failed(Step const& step, Kor::String const& error) {
     return true;
   }
   rollBack(step.option);
-  at(step.option).error = pass_->firstError;
+  at(step.option).failure = failure;
+  at(step.option).retry = true;
+  scheduleRetry();
   return pass_->kind == Kind::updateActions;
 }
 
@@ -501,6 +588,29 @@ void PolicyProgram::forget(ClassMapMatchOption option) {
   Option& state = at(option);
   state.classes.clear();
   state.recreate = false;
+}
+
+PolicyFailure PolicyProgram::unsupported(Classes const& classes, ClassMapMatchOption option) const {
+  Capabilities const capabilities(*helper_);
+  PolicyFailure failure;
+  if (capabilities.all()) {
+    return failure;
+  }
+  for (ProgrammedClass const& wanted : classes) {
+    wanted.rules->forEach([&](Kor::Name const& aclName, std::uint32_t seqno, auto const& rule) {
+      std::string_view const reason = capabilities.reasonAgainst(rule);
+      if (reason.empty()) {
+        return true;
+      }
+      AclRuleKey const key(wanted.data->name(), aclName, seqno, option);
+      failure = PolicyFailure(refusal(key, reason), {}, key.className(), key);
+      return false;
+    });
+    if (!failure.error().empty()) {
+      break;
+    }
+  }
+  return failure;
 }
 
 void PolicyProgram::leaveHelper() {
@@ -529,8 +639,8 @@ bool PolicyProgram::created(ClassMapMatchOption option) const {
   return helper && helper->programmer().created(policy_.key(), option);
 }
 
-Kor::String const& PolicyProgram::error(ClassMapMatchOption option) const {
-  return at(option).error;
+PolicyFailure const& PolicyProgram::failure(ClassMapMatchOption option) const {
+  return at(option).failure;
 }
 
 void PolicyProgram::publish(ClassMapMatchOption option) {
@@ -543,13 +653,36 @@ void PolicyProgram::publish(ClassMapMatchOption option) {
   } else {
     status->programmedDel(option);
   }
+  PolicyFailure const& failure = at(option).failure;
+  if (!failure) {
+    status->failureDel(option);
+  } else {
+    status->failureIs(option, failure);
+  }
   Kor::String first;
   for (Option const& state : options_) {
     if (first.empty()) {
-      first = state.error;
+      first = state.failure.error();
     }
   }
   status->errorIs(first);
+}
+
+void PolicyProgram::publishClasses() {
+  for (Kor::Ptr<PolicyMap::ClassMapSm> const& machine : policy_.classesInOrder()) {
+    Kor::String error;
+    bool programmed = false;
+    for (Option const& state : options_) {
+      if (error.empty() && state.failure.className() == machine->name()) {
+        error = state.failure.error();
+      }
+      programmed = programmed || std::any_of(state.classes.begin(), state.classes.end(),
+                                             [&](ProgrammedClass const& c) {
+                                               return c.data == machine->classCommonData();
+                                             });
+    }
+    machine->programStateIs(programmed, error);
+  }
 }
 
 }  // namespace PolicyMap

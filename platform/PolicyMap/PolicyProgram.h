@@ -11,11 +11,16 @@
 //
 // There are two kinds of passes: one brings one match option to what is wanted (create, re-create,
 // interfaces, teardown), one updates the actions of programmed classes in place, over all options.
+//
+// A step that fails ends its pass and rolls the option back to nothing programmed; it is tried
+// again when something relevant changes, and by itself after a wait that doubles from retryMin to
+// retryMax. A failed update in place is first followed by a re-creation.
 
 #include "Kor/EventLoop.h"
 #include "PolicyMap/ClassRules.h"
 #include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapAclHelper.h"
+#include "PolicyMap/PolicyMapTypeStatus.h"
 #include "PolicyMap/Programmer.h"
 #include "PolicyMap/SubRules.h"
 
@@ -55,8 +60,8 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
 
   // Whether the policy stands on the helper for an option.
   [[nodiscard]] bool created(ClassMapMatchOption option) const;
-  // The failure that keeps an option from being programmed; empty: none.
-  [[nodiscard]] Kor::String const& error(ClassMapMatchOption option) const;
+  // What keeps an option from standing as it should.
+  [[nodiscard]] PolicyFailure const& failure(ClassMapMatchOption option) const;
 
  private:
   static constexpr std::size_t optionCount = 4;
@@ -74,7 +79,8 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
     bool recreate = false;  // what stands is not trusted, or is to be programmed again
     Classes classes = {};   // as programmed
     PortExpansion expansion = PortExpansion::rangeChecker;  // as programmed
-    Kor::String error;  // why nothing stands, until the next change
+    PolicyFailure failure;
+    bool retry = false;  // the failure is tried again by itself
   };
 
   enum class Operation : std::uint8_t {
@@ -101,7 +107,8 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
     std::size_t next = 0;
     Classes classes = {};  // to be programmed
     PortExpansion expansion = PortExpansion::rangeChecker;
-    Kor::String firstError = {};
+    PolicyFailure failure = {};                 // the first
+    std::optional<AclRuleKey> failedRule = {};  // of the step that failed
   };
 
   void run() override;
@@ -109,6 +116,10 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   void operationEnded(Kor::String const& error) override;
 
   void mark();
+  void relevantChange();
+  void retry();
+  void scheduleRetry();
+  void timedOut();
   Option& at(ClassMapMatchOption option) { return options_[static_cast<std::size_t>(option)]; }
   [[nodiscard]] Option const& at(ClassMapMatchOption option) const {
     return options_[static_cast<std::size_t>(option)];
@@ -122,7 +133,9 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   std::optional<Pass> planOption(ClassMapMatchOption option);
   [[nodiscard]] Pass planTeardown(ClassMapMatchOption option) const;
   std::optional<Pass> planActionUpdate();
-  [[nodiscard]] Classes wantedClasses(ClassMapMatchOption option, Kor::String& error);
+  [[nodiscard]] Classes wantedClasses(ClassMapMatchOption option, PolicyFailure& failure);
+  // What the helper cannot do; the default value: it can do all of it.
+  [[nodiscard]] PolicyFailure unsupported(Classes const& classes, ClassMapMatchOption option) const;
   [[nodiscard]] bool sameRules(Classes const& programmed, Classes const& wanted) const;
   void adoptData(Classes& programmed, Classes const& wanted);
   [[nodiscard]] bool actionsMoved(Classes const& classes) const;
@@ -141,6 +154,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   void forget(ClassMapMatchOption option);
   void passEnded();
   void publish(ClassMapMatchOption option);
+  void publishClasses();
 
   PolicyMapSm& policy_;
   ServicePolicySm* service_ = nullptr;
@@ -150,6 +164,9 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   bool wanted_ = true;
   bool restart_ = false;
   std::optional<Pass> pass_;
+  Kor::Timer retryTimer_;
+  double retryDelay_ = 0;  // seconds; 0: nothing has failed of late
+  Kor::Timer resultTimer_;
 };
 
 }  // namespace PolicyMap

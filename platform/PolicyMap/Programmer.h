@@ -66,6 +66,8 @@ class POLICYMAP_API Programmer {
     return answered(answer);
   }
   void resultIs(AsyncOperationResult const& result);
+  // The outstanding result is no longer waited for; one that comes late is nobody's.
+  void abandon() { outstanding_ = false; }
 
  private:
   std::optional<Kor::String> answered(Kor::String const& answer);

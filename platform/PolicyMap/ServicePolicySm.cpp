@@ -55,7 +55,7 @@ class ServicePolicySm::AclWatch : public Acl::Config::NotifieeConst {
 class ServicePolicySm::LagWatch : public Lag::Input::Config::NotifieeConst {
  public:
   explicit LagWatch(ServicePolicySm* machine) : machine_(machine) {}
-  void onMember(Vorel::IntfId member) override { machine_->handleIntf(member, false); }
+  void onMember(Vorel::IntfId member) override { machine_->memberChanged(member); }
 
  private:
   ServicePolicySm* machine_;
@@ -187,6 +187,7 @@ void ServicePolicySm::initialize() {
     aclHelper_->programmer().start();
   }
   attachmentsAre();
+  membersAre();
   initializedIs(true);
 }
 
@@ -379,7 +380,45 @@ bool ServicePolicySm::allowedIntfForType(Vorel::IntfId intf, ClassMapMatchOption
 }
 
 std::vector<Vorel::IntfId> ServicePolicySm::memberIntfs(Vorel::IntfId intf) const {
-  return {intf};
+  if (!intf.isPortChannel() || !aclHelper_ || !aclHelper_->expandPortChannels()) {
+    return {intf};
+  }
+  std::vector<Vorel::IntfId> members;
+  if (lagConfig()) {
+    for (Vorel::IntfId const member : lagConfig()->members(intf)) {
+      if (intfExists(member)) {
+        members.push_back(member);
+      }
+    }
+  }
+  return members;
+}
+
+// The channels that a member leaves and joins are applied elsewhere from now on.
+void ServicePolicySm::memberChanged(Vorel::IntfId member) {
+  Vorel::IntfId const channel = lagConfig() ? lagConfig()->memberOf(member) : Vorel::IntfId();
+  Vorel::IntfId const left = std::exchange(channelOf_[member], channel);
+  if (!channel) {
+    channelOf_.erase(member);
+  }
+  for (Vorel::IntfId const intf : {left, channel, member}) {
+    handleIntf(intf, false);
+  }
+}
+
+void ServicePolicySm::membersAre() {
+  std::set<Vorel::IntfId> members;
+  for (auto const& [member, channel] : channelOf_) {
+    members.insert(member);
+  }
+  if (lagConfig()) {
+    for (auto const& entry : lagConfig()->memberOfIteratorConst()) {
+      members.insert(entry.key());
+    }
+  }
+  for (Vorel::IntfId const member : members) {
+    memberChanged(member);
+  }
 }
 
 std::vector<Vorel::IntfId> ServicePolicySm::effectiveIntfs(PolicyMapSmKey const& key,
@@ -399,6 +438,10 @@ std::vector<Vorel::IntfId> ServicePolicySm::effectiveIntfs(PolicyMapSmKey const&
 void ServicePolicySm::handleIntf(Vorel::IntfId intf, bool force) {
   if (!reacting()) {
     return;
+  }
+  // A member stands for its channel where channels are expanded.
+  if (auto const member = channelOf_.find(intf); member != channelOf_.end()) {
+    handleIntf(member->second, force);
   }
   auto const found = policiesAt_.find(intf);
   if (found == policiesAt_.end()) {
@@ -537,7 +580,7 @@ void ServicePolicySm::aclConfigDel() {
 
 void ServicePolicySm::lagConfigIs(Kor::Ptr<Lag::Input::Config const> const& config) {
   lagConfig_.objectIs(config);
-  allIntfsChanged();
+  membersAre();
 }
 void ServicePolicySm::lagConfigDel() {
   lagConfigIs(nullptr);

@@ -133,7 +133,8 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   [[nodiscard]] double asyncTimeout() const { return asyncTimeout_; }
   [[nodiscard]] bool initialized() const { return initialized_; }
 
-  // What stands for an interface in the hardware: itself.
+  // What stands for an interface in the hardware: itself, or, for a port-channel and a helper that
+  // wants it so, the members that exist.
   [[nodiscard]] std::vector<Vorel::IntfId> memberIntfs(Vorel::IntfId intf) const;
   // Where a policy is to be applied for an option, ascending, each once.
   [[nodiscard]] std::vector<Vorel::IntfId> effectiveIntfs(PolicyMapSmKey const& key,
@@ -180,6 +181,8 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   void makePolicyMachine(PolicyMapSmKey const& key, Kor::Ptr<PolicyMapConfig const> const& config);
   void intfIs(PolicyMapSmKey const& key, Vorel::IntfId intf);
   void allIntfsChanged();
+  void memberChanged(Vorel::IntfId member);
+  void membersAre();
   void optionsChanged();
   void rebuild();
   [[nodiscard]] bool hasIp(Vorel::IntfId intf) const;
@@ -216,6 +219,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   std::map<ServicePolicyKey, Kor::Name> attachedAt_;
   std::map<PolicyMapSmKey, std::set<Vorel::IntfId>> attachments_;
   std::map<Vorel::IntfId, std::set<PolicyMapSmKey>> policiesAt_;
+  std::map<Vorel::IntfId, Vorel::IntfId> channelOf_;  // port-channel of each member
 };
 
 }  // namespace PolicyMap
