@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+// Entries in the order of their numbers, found by number and by value.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <optional>
+#include <set>
+#include <utility>
+
+namespace lab {
+
+/// `Value` is compared by ==; `Hash` is a function object that answers 32 bits of it.
+template <typename Value, typename Hash>
+class NumberedEntries {
+ public:
+  using ByNumber = std::map<std::uint32_t, Value>;
+
+  /// How far behind the last entry one without a number goes.
+  static constexpr std::uint32_t step = 10;
+
+  ByNumber const& byNumber() const noexcept { return byNumber_; }
+  std::size_t size() const noexcept { return byNumber_.size(); }
+  Value const* find(std::uint32_t number) const {
+    auto const found = byNumber_.find(number);
+    return found == byNumber_.end() ? nullptr : &found->second;
+  }
+
+  /// The lowest number under which an equal value stands.
+  std::optional<std::uint32_t> numberOf(Value const& value) {
+    index();
+    std::uint32_t const hash = Hash()(value);
+    for (auto at = byHash_.lower_bound({hash, 0}); at != byHash_.end() && at->first == hash; ++at) {
+      if (byNumber_.at(at->second) == value) {
+        return at->second;
+      }
+    }
+    return std::nullopt;
+  }
+
+  /// The number of an entry that comes without one; none when there is no room behind the last.
+  std::optional<std::uint32_t> nextNumber() const {
+    std::uint32_t const last = byNumber_.empty() ? 0 : byNumber_.rbegin()->first;
+    if (last > std::numeric_limits<std::uint32_t>::max() - step) {
+      return std::nullopt;
+    }
+    return last + step;
+  }
+
+  /// Stores a value, in place of the one of that number if there is one.
+  void put(std::uint32_t number, Value value) {
+    erase(number);
+    if (indexed_) {
+      byHash_.emplace(Hash()(value), number);
+    }
+    byNumber_.emplace_hint(byNumber_.end(), number, std::move(value));
+  }
+
+  /// False when no entry has that number.
+  bool erase(std::uint32_t number) {
+    auto const found = byNumber_.find(number);
+    if (found == byNumber_.end()) {
+      return false;
+    }
+    if (indexed_) {
+      byHash_.erase({Hash()(found->second), number});
+    }
+    byNumber_.erase(found);
+    return true;
+  }
+
+  template <typename Predicate>
+  void eraseIf(Predicate predicate) {
+    indexed_ = false;
+    byHash_.clear();
+    std::erase_if(byNumber_, [&](auto const& entry) { return predicate(entry.second); });
+  }
+
+ private:
+  // Who never asks by value does not pay for it.
+  void index() {
+    if (!indexed_) {
+      for (auto const& [number, value] : byNumber_) {
+        byHash_.emplace(Hash()(value), number);
+      }
+      indexed_ = true;
+    }
+  }
+
+  ByNumber byNumber_;
+  std::set<std::pair<std::uint32_t, std::uint32_t>> byHash_;
+  bool indexed_ = false;
+};
+
+}  // namespace lab

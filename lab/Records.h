@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+// The helper's records as values in an order that a person expects, and the same in every run.
+#pragma once
+
+#include "lab/RuleConversion.h"
+#include "lab/Session.h"
+
+#include <PolicyMap/AclRuleKey.h>
+#include <PolicyMap/SubRuleData.h>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace lab {
+
+struct RuleRecord {
+  PolicyMap::AclRuleKey key;
+  ConfiguredRule match;
+  std::array<std::uint32_t, actionKinds> actions{};
+  /// In the order of their ports.
+  std::vector<PolicyMap::SubRuleData> subRules;
+
+  bool operator==(RuleRecord const&) const = default;
+};
+
+/// One policy for one match option.
+struct PolicyRecord {
+  std::string policy;
+  std::string direction;
+  PolicyMap::ClassMapMatchOption option{};
+  bool created = false;
+  bool dirty = false;
+  std::uint32_t createCount = 0;
+  std::uint32_t commitCount = 0;
+  std::uint32_t beginUpdateActionCount = 0;
+  std::uint32_t endUpdateActionCount = 0;
+  /// Ascending.
+  std::vector<Vorel::IntfId> interfaces;
+  std::uint64_t ruleCount = 0;
+  std::uint64_t subRuleCount = 0;
+  /// In the order in which they were programmed, unless left out.
+  std::vector<RuleRecord> rules;
+
+  bool operator==(PolicyRecord const&) const = default;
+};
+
+enum class WithRules : std::uint8_t { no, yes };
+
+/// Calls `visit` for one record after the other, by policy-map, direction and option, so that no
+/// more than one is held.
+void forEachRecord(Session const& session, WithRules withRules,
+                   std::function<void(PolicyRecord const&)> const& visit);
+
+/// All of them at once.
+std::vector<PolicyRecord> readRecords(Session const& session, WithRules withRules = WithRules::yes);
+
+/// The ports of a sub-rule: "src 1024-2047, dst 80"; "any ports" for all. A range that needs a
+/// range checker has "(range checker)" behind it.
+std::string describe(PolicyMap::SubRuleData const& subRule);
+
+/// "ipv4", "ipv6", "mac" or "mpls".
+std::string toText(PolicyMap::ClassMapMatchOption option);
+
+}  // namespace lab

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/Report.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace lab {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct Totals {
+  std::uint64_t policies = 0;
+  std::uint64_t rules = 0;
+  std::uint64_t subRules = 0;
+
+  void add(PolicyRecord const& record) {
+    ++policies;
+    rules += record.ruleCount;
+    subRules += record.subRuleCount;
+  }
+};
+
+// For a person
+
+/// Ports that the match does not tell by itself.
+std::vector<std::string> portLines(RuleRecord const& rule) {
+  bool const plain = rule.subRules.size() == 1 && !rule.subRules.front().needsRangeChecker();
+  if (plain || rule.subRules.empty()) {
+    return {};
+  }
+  std::string line;
+  for (PolicyMap::SubRuleData const& subRule : rule.subRules) {
+    line += (line.empty() ? "" : " | ") + describe(subRule);
+  }
+  return {line};
+}
+
+void printRules(std::ostream& out, TextStyle const& style, PolicyRecord const& record) {
+  using Align = Table::Align;
+  Table table({{"class"},
+               {"list"},
+               {"seq", Align::right},
+               {"action1", Align::right},
+               {"action2", Align::right},
+               {"action3", Align::right},
+               {"sub-rules", Align::right},
+               {"match"}},
+              2);
+  for (RuleRecord const& rule : record.rules) {
+    table.add({rule.key.className().stdString(), rule.key.aclName().stdString(),
+               std::to_string(rule.key.seqno()), std::to_string(rule.actions[0]),
+               std::to_string(rule.actions[1]), std::to_string(rule.actions[2]),
+               std::to_string(rule.subRules.size()), describe(rule.match)},
+              portLines(rule));
+  }
+  table.print(out, style);
+}
+
+std::string namesOf(std::vector<Vorel::IntfId> const& intfs) {
+  std::string text;
+  for (Vorel::IntfId const intf : intfs) {
+    text += (text.empty() ? "" : ", ") + intf.name().stdString();
+  }
+  return text.empty() ? "none" : text;
+}
+
+void printRecord(std::ostream& out, TextStyle const& style, PolicyRecord const& record) {
+  out << tinted(style, Tint::heading, titleOf(record)) << ": "
+      << (record.created ? tinted(style, Tint::good, "created")
+                         : tinted(style, Tint::bad, "not created"))
+      << (record.dirty ? tinted(style, Tint::changed, ", not committed") : "") << "\n";
+  out << "  counts      created " << record.createCount << ", committed " << record.commitCount
+      << ", action updates begun " << record.beginUpdateActionCount << " and ended "
+      << record.endUpdateActionCount << "\n";
+  printWrapped(out, style, "  interfaces  ", namesOf(record.interfaces));
+  out << "  rules       " << record.ruleCount << " with "
+      << counted(record.subRuleCount, "sub-rule") << "\n";
+  if (!record.rules.empty()) {
+    printRules(out, style, record);
+  }
+  out << "\n";
+}
+
+void printProblems(std::ostream& out, TextStyle const& style,
+                   std::vector<Problem> const& problems) {
+  if (problems.empty()) {
+    return;
+  }
+  out << "\n" << tinted(style, Tint::heading, "problems") << "\n";
+  for (Problem const& problem : problems) {
+    bool const failed = problem.kind == Problem::Kind::failed;
+    for (std::string const& line : wrapped(toText(problem), style.width - 2)) {
+      out << "  " << tinted(style, failed ? Tint::bad : Tint::changed, line) << "\n";
+    }
+  }
+}
+
+void printSkipped(std::ostream& out, TextStyle const& style, SkippedLines const& skipped) {
+  if (skipped.total() == 0) {
+    return;
+  }
+  out << "\n"
+      << tinted(style, Tint::heading, "skipped") << " " << counted(skipped.total(), "line") << "\n";
+  Table table({{"lines", Table::Align::right}, {"kind"}}, 2);
+  for (auto const& [kind, lines] : skipped.byKind()) {
+    table.add({std::to_string(lines), kind});
+  }
+  table.print(out, style);
+}
+
+// As JSON
+
+Json jsonOf(RuleRecord const& rule) {
+  Json subRules = Json::array();
+  for (PolicyMap::SubRuleData const& subRule : rule.subRules) {
+    subRules.push_back(describe(subRule));
+  }
+  return {{"class", rule.key.className().view()},
+          {"acl", rule.key.aclName().view()},
+          {"seq", rule.key.seqno()},
+          {"match", describe(rule.match)},
+          {"action1", rule.actions[0]},
+          {"action2", rule.actions[1]},
+          {"action3", rule.actions[2]},
+          {"subRules", std::move(subRules)}};
+}
+
+Json jsonOf(PolicyRecord const& record) {
+  Json interfaces = Json::array();
+  for (Vorel::IntfId const intf : record.interfaces) {
+    interfaces.push_back(intf.name().view());
+  }
+  return {{"policy", record.policy},
+          {"direction", record.direction},
+          {"option", toText(record.option)},
+          {"created", record.created},
+          {"dirty", record.dirty},
+          {"createCount", record.createCount},
+          {"commitCount", record.commitCount},
+          {"beginUpdateActionCount", record.beginUpdateActionCount},
+          {"endUpdateActionCount", record.endUpdateActionCount},
+          {"interfaces", std::move(interfaces)},
+          {"ruleCount", record.ruleCount},
+          {"subRuleCount", record.subRuleCount}};
+}
+
+std::string dumped(Json const& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+/// Prints the rules one by one, so that there is never a tree of all of them.
+void printRecordJson(std::ostream& out, PolicyRecord const& record, WithRules withRules) {
+  std::string text = dumped(jsonOf(record));
+  if (withRules == WithRules::no) {
+    out << text;
+    return;
+  }
+  text.pop_back();
+  out << text << ",\"rules\":[";
+  char const* separator = "\n";
+  for (RuleRecord const& rule : record.rules) {
+    out << separator << dumped(jsonOf(rule));
+    separator = ",\n";
+  }
+  out << "]}";
+}
+
+}  // namespace
+
+std::string titleOf(PolicyRecord const& record) {
+  return "policy-map " + record.policy + ", " + record.direction + ", " + toText(record.option);
+}
+
+void printReport(std::ostream& out, TextStyle const& style, Session const& session,
+                 std::vector<Problem> const& problems, WithRules withRules) {
+  Totals totals;
+  forEachRecord(session, withRules, [&](PolicyRecord const& record) {
+    printRecord(out, style, record);
+    totals.add(record);
+  });
+  out << tinted(style, Tint::heading, "total") << " " << totals.policies
+      << (totals.policies == 1 ? " policy, " : " policies, ") << counted(totals.rules, "rule")
+      << ", " << counted(totals.subRules, "sub-rule") << "\n";
+  printProblems(out, style, problems);
+  printSkipped(out, style, session.skipped());
+}
+
+void printJson(std::ostream& out, Session const& session, WithRules withRules) {
+  Totals totals;
+  out << "{\"policies\":[";
+  char const* separator = "\n";
+  forEachRecord(session, withRules, [&](PolicyRecord const& record) {
+    out << separator;
+    separator = ",\n";
+    printRecordJson(out, record, withRules);
+    totals.add(record);
+  });
+  Json skipped = Json::object();
+  for (auto const& [kind, lines] : session.skipped().byKind()) {
+    skipped[kind] = lines;
+  }
+  out << "],\n\"totals\":"
+      << dumped({{"policies", totals.policies},
+                 {"rules", totals.rules},
+                 {"subRules", totals.subRules}})
+      << ",\n\"skipped\":" << dumped(skipped) << "}\n";
+}
+
+}  // namespace lab

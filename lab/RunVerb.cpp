@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/RunVerb.h"
+
+#include "lab/Changes.h"
+#include "lab/Report.h"
+
+#include <algorithm>
+
+namespace lab {
+
+namespace {
+
+constexpr std::size_t mostClasses = 1000000;
+constexpr std::size_t mostInterfaces = 65535;
+
+/// What keeps the run from being a success.
+bool counts(Problem const& problem, bool lenient) {
+  return problem.kind == Problem::Kind::failed || !lenient;
+}
+
+}  // namespace
+
+RunVerb::RunVerb(CLI::App& program)
+    : command_(program.add_subcommand("run",
+                                      "Load policy text, each file as an edit of those before it, "
+                                      "or a filter set, and show what is programmed")) {
+  addInputOptions();
+  addOutputOptions();
+  addHelperOptions();
+  addMachineOptions();
+}
+
+void RunVerb::addInputOptions() {
+  char const* const group = "Input";
+  CLI::Option* const files =
+      command_->add_option("files", files_, "Policy text")->type_name("FILE")->group(group);
+  CLI::Option* const lenient =
+      command_
+          ->add_flag("--lenient", lenient_,
+                     "Pass over what is not understood, count it, and do not mind what is missing")
+          ->group(group);
+  CLI::Option* const rules = command_
+                                 ->add_option("--rules", rulesFile_,
+                                              "A filter set in the ClassBench line format, instead "
+                                              "of policy text")
+                                 ->type_name("FILE")
+                                 ->group(group)
+                                 ->excludes(files)
+                                 ->excludes(lenient);
+  command_->add_option("--classes", layout_.classes, "Cut the filter set into so many classes")
+      ->type_name("K")
+      ->check(CLI::Range(std::size_t{1}, mostClasses))
+      ->capture_default_str()
+      ->group(group)
+      ->needs(rules);
+  command_
+      ->add_option("--interfaces", layout_.interfaces,
+                   "Attach the filter set to so many interfaces")
+      ->type_name("N")
+      ->check(CLI::Range(std::size_t{1}, mostInterfaces))
+      ->capture_default_str()
+      ->group(group)
+      ->needs(rules);
+  command_
+      ->add_flag("--ports-on-any-protocol", portsOnAnyProtocol_,
+                 "Take port ranges of the filter set on protocols without ports too")
+      ->group(group)
+      ->needs(rules);
+}
+
+void RunVerb::addOutputOptions() {
+  char const* const group = "Output";
+  command_->add_flag("--json", json_, "Print one JSON object")->group(group);
+  command_->add_flag("--summary", summary_, "Leave out the rules")->group(group);
+}
+
+void RunVerb::addSwitch(std::string const& name, bool& value, std::string const& text) {
+  bool const usual = value;
+  command_->add_flag_callback(
+      name, [&value, usual] { value = !usual; }, text);
+}
+
+void RunVerb::addHelperOptions() {
+  command_->option_defaults()->group("What the hardware can do");
+  addSwitch("--update-action", session_.updateAction,
+            "Change actions of programmed rules in place");
+  addSwitch("--expand-port-channels", session_.expandPortChannels,
+            "Program the members of port-channels");
+  addSwitch("--sub-rules-for-ports", session_.subRulesForPorts,
+            "Cut port ranges into sub-rules, instead of using range checkers");
+  addSwitch("--reprogram-on-intf-change", session_.reprogramOnIntfChange,
+            "Program a policy anew when its interfaces change");
+  addSwitch("--no-deny-rules", session_.denyRules, "No deny rules");
+  addSwitch("--no-ttl", session_.ttl, "No match on TTL");
+  addSwitch("--only-ttl-eq", session_.onlyTtlEq, "A match on TTL must be for one value");
+  addSwitch("--no-ack-or-rst", session_.ackOrRst, "No match on ACK or RST");
+  addSwitch("--no-established", session_.established, "No match on established");
+}
+
+void RunVerb::addMachineOptions() {
+  command_->option_defaults()->group("What is served");
+  addSwitch("--no-l2", session_.layer2, "No policies on layer-2 interfaces");
+  addSwitch("--no-l3", session_.layer3, "No policies on layer-3 interfaces");
+  addSwitch("--no-mgmt", session_.management, "No policies on management interfaces");
+  addSwitch("--no-ip-acl", session_.ipLists, "No IPv4 rules");
+  addSwitch("--no-ip6-acl", session_.ip6Lists, "No IPv6 rules");
+  addSwitch("--no-mac-acl", session_.macLists, "No MAC rules");
+}
+
+void RunVerb::loadRules(Session& session) const {
+  FilterSet const set =
+      readFilterSet(SourceText::fromFile(rulesFile_),
+                    portsOnAnyProtocol_ ? PortRanges::onAnyProtocol : PortRanges::onPortProtocols);
+  if (layout_.classes > std::max<std::size_t>(set.rules.size(), 1)) {
+    throw UsageError("--classes: " + std::to_string(layout_.classes) + " is more than the " +
+                     counted(set.rules.size(), "rule") + " of " + rulesFile_);
+  }
+  session.load(set, layout_);
+}
+
+void RunVerb::loadFiles(Session& session, Console const& console) const {
+  Reading const reading = lenient_ ? Reading::lenient : Reading::strict;
+  std::vector<PolicyRecord> before;
+  for (std::size_t i = 0; i != files_.size(); ++i) {
+    session.load(SourceText::fromFile(files_[i]), reading);
+    if (!tells() || files_.size() == 1) {
+      continue;
+    }
+    std::vector<PolicyRecord> after = readRecords(session);
+    if (i != 0) {
+      console.out << tinted(console.style, Tint::heading, "== what " + files_[i] + " changed")
+                  << "\n\n";
+      printChanges(console.out, console.style, before, after);
+    }
+    before = std::move(after);
+  }
+  if (tells() && files_.size() > 1) {
+    console.out << tinted(console.style, Tint::heading, "== what is programmed now") << "\n\n";
+  }
+}
+
+ExitStatus RunVerb::run(Console const& console) {
+  if (files_.empty() && rulesFile_.empty()) {
+    throw UsageError("a FILE or --rules FILE is required");
+  }
+  Progress progress(console.progress ? &console.err : nullptr);
+  Session session(session_, &progress);
+  if (rulesFile_.empty()) {
+    loadFiles(session, console);
+  } else {
+    loadRules(session);
+  }
+
+  std::vector<Problem> const problems = findProblems(session);
+  WithRules const withRules = summary_ ? WithRules::no : WithRules::yes;
+  if (json_) {
+    printJson(console.out, session, withRules);
+    for (Problem const& problem : problems) {
+      console.err << "policymap-lab: " << toText(problem) << "\n";
+    }
+  } else {
+    printReport(console.out, console.style, session, problems, withRules);
+  }
+  bool const failed = std::any_of(problems.begin(), problems.end(), [this](Problem const& problem) {
+    return counts(problem, lenient_);
+  });
+  return failed ? ExitStatus::notProgrammed : ExitStatus::success;
+}
+
+}  // namespace lab

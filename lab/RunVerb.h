@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// `policymap-lab run`: loads policy text or a filter set and shows what was programmed.
+#pragma once
+
+#include "lab/Session.h"
+#include "lab/Verb.h"
+
+#include <string>
+#include <vector>
+
+namespace lab {
+
+class RunVerb : public Verb {
+ public:
+  explicit RunVerb(CLI::App& program);
+
+  CLI::App const& command() const override { return *command_; }
+  ExitStatus run(Console const& console) override;
+
+ private:
+  void addInputOptions();
+  void addOutputOptions();
+  void addHelperOptions();
+  void addMachineOptions();
+  /// A switch of the session that the option turns away from its default.
+  void addSwitch(std::string const& name, bool& value, std::string const& text);
+
+  void loadFiles(Session& session, Console const& console) const;
+  void loadRules(Session& session) const;
+  bool tells() const { return !json_; }
+
+  CLI::App* command_;
+  std::vector<std::string> files_;
+  std::string rulesFile_;
+  FilterLayout layout_;
+  bool portsOnAnyProtocol_ = false;
+  bool lenient_ = false;
+  bool json_ = false;
+  bool summary_ = false;
+  SessionOptions session_;
+};
+
+}  // namespace lab

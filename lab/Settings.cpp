@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/Settings.h"
+
+#include <Kor/Hash.h>
+
+namespace lab {
+
+std::uint32_t ListEntryHash::operator()(ListEntry const& entry) const {
+  if (auto const* const remark = std::get_if<Remark>(&entry)) {
+    return Kor::hashBytes(remark->text);
+  }
+  return hashOf(std::get<ConfiguredRule>(entry));
+}
+
+std::uint32_t MatchHash::operator()(PolicyMap::ClassMapMatch const& match) const {
+  return Kor::hashCombine(Kor::hashCombine(Kor::hashOf(match.kind()), match.name().hash()),
+                          hashOf(match.rule()));
+}
+
+char const* toText(Direction direction) {
+  return direction == Direction::input ? "input" : "output";
+}
+
+}  // namespace lab

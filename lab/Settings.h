@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+// Settings: what the input has said so far, as plain values. A copy is cheap, since what is not
+// edited is shared, so a file is tried on a copy and kept only when all of it could be carried out.
+#pragma once
+
+#include "lab/NumberedEntries.h"
+#include "lab/RuleConversion.h"
+#include "lab/Statement.h"
+
+#include <PolicyMap/ClassMapMatch.h>
+#include <Vorel/IntfId.h>
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace lab {
+
+/// A value shared by copies of the settings until one of them edits it.
+template <typename Value>
+class Shared {
+ public:
+  Shared() : value_(std::make_shared<Value>()) {}
+
+  Value const& operator*() const { return *value_; }
+  Value const* operator->() const { return value_.get(); }
+  /// For writing: from here on this copy's own.
+  Value& edit() {
+    if (value_.use_count() != 1) {
+      value_ = std::make_shared<Value>(*value_);
+    }
+    return *value_;
+  }
+  /// Is it the same object, and so equal for certain?
+  bool sameAs(Shared const& other) const { return value_ == other.value_; }
+
+ private:
+  std::shared_ptr<Value> value_;
+};
+
+struct Remark {
+  std::string text;
+
+  bool operator==(Remark const&) const = default;
+};
+
+/// A line of an access list.
+using ListEntry = std::variant<ConfiguredRule, Remark>;
+
+struct ListEntryHash {
+  std::uint32_t operator()(ListEntry const& entry) const;
+};
+
+struct AccessList {
+  /// Looks at source addresses alone.
+  bool standard = false;
+  NumberedEntries<ListEntry, ListEntryHash> entries;
+};
+
+struct MatchHash {
+  std::uint32_t operator()(PolicyMap::ClassMapMatch const& match) const;
+};
+
+struct ClassMap {
+  ClassMatch match = ClassMatch::all;
+  /// By place.
+  NumberedEntries<PolicyMap::ClassMapMatch, MatchHash> matches;
+};
+
+constexpr std::size_t actionKinds = 3;
+
+/// The values of the actions of one class, none for an action that it has not.
+using ClassActions = std::array<std::optional<std::uint32_t>, actionKinds>;
+
+struct PolicyMapSettings {
+  /// The classes in the order in which they take traffic.
+  std::vector<std::string> order;
+  std::unordered_map<std::string, ClassActions> actions;
+};
+
+struct InterfaceSettings {
+  /// In the order in which they were given, but the primary one first. An address of IPv6 is never
+  /// secondary.
+  struct Entry {
+    InterfacePrefix prefix;
+    bool secondary = false;
+
+    bool operator==(Entry const&) const = default;
+  };
+
+  std::vector<Entry> ip4;
+  std::vector<Entry> ip6;
+  /// None unless written.
+  std::optional<bool> switchport;
+  bool shutdown = false;
+  std::optional<std::uint32_t> channelGroup;
+  /// By Direction; empty for none.
+  std::array<std::string, 2> policyMaps;
+
+  bool operator==(InterfaceSettings const&) const = default;
+};
+
+struct Settings {
+  using Lists = std::map<std::string, Shared<AccessList>>;
+
+  Lists& listsOf(Family family) { return lists[static_cast<std::size_t>(family)]; }
+  Lists const& listsOf(Family family) const { return lists[static_cast<std::size_t>(family)]; }
+
+  /// By Family.
+  std::array<Lists, 3> lists;
+  std::map<std::string, Shared<ClassMap>> classMaps;
+  std::map<std::string, Shared<PolicyMapSettings>> policyMaps;
+  std::map<Vorel::IntfId, InterfaceSettings> interfaces;
+  bool ipRouting = false;
+  bool ip6Routing = false;
+};
+
+/// "input" or "output".
+char const* toText(Direction direction);
+
+}  // namespace lab

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+// Text that a person reads: colour, wrapping and columns.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lab {
+
+/// What is printed to, and how.
+struct TextStyle {
+  /// Terminal colours; only where a person looks.
+  bool color = false;
+  /// Lines are wrapped before this column where a blank allows it.
+  std::size_t width = 100;
+};
+
+enum class Tint : std::uint8_t { none, heading, good, bad, changed, faint };
+
+/// The text in a colour, if there is colour.
+std::string tinted(TextStyle const& style, Tint tint, std::string_view text);
+
+/// The text cut at blanks into lines of `width` columns at most; a longer word is a line of its
+/// own.
+std::vector<std::string> wrapped(std::string_view text, std::size_t width);
+
+/// Prints `head` and behind it `text`, wrapped, with lines after the first indented by the length
+/// of `head`.
+void printWrapped(std::ostream& out, TextStyle const& style, std::string_view head,
+                  std::string_view text);
+
+/// A table whose last column is wrapped.
+class Table {
+ public:
+  enum class Align : std::uint8_t { left, right };
+  struct Column {
+    std::string title;
+    Align align = Align::left;
+  };
+
+  Table(std::vector<Column> columns, std::size_t indentation);
+
+  /// As many cells as there are columns. Lines of `below` stand under the last cell.
+  void add(std::vector<std::string> cells, std::vector<std::string> below = {});
+  void print(std::ostream& out, TextStyle const& style) const;
+
+ private:
+  struct Row {
+    std::vector<std::string> cells;
+    std::vector<std::string> below;
+  };
+
+  std::string lead(std::vector<std::string> const& cells) const;
+  std::size_t leadWidth() const;
+
+  std::vector<Column> columns_;
+  std::vector<std::size_t> widths_;
+  std::size_t indentation_;
+  std::vector<Row> rows_;
+};
+
+/// "1 rule", "2 rules".
+std::string counted(std::uint64_t count, std::string_view noun);
+
+}  // namespace lab
