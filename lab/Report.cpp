@@ -25,17 +25,22 @@ struct Totals {
 
 // For a person
 
-/// Ports that the match does not tell by itself.
-std::vector<std::string> portLines(RuleRecord const& rule) {
+/// The sub-rules, where there is more to them than the match says.
+std::vector<std::string> portLines(RuleRecord const& rule, TextStyle const& style) {
   bool const plain = rule.subRules.size() == 1 && !rule.subRules.front().needsRangeChecker();
-  if (plain || rule.subRules.empty()) {
+  if (plain) {
     return {};
   }
-  std::string line;
+  std::vector<std::string> blocks;
   for (PolicyMap::SubRuleData const& subRule : rule.subRules) {
-    line += (line.empty() ? "" : " | ") + describe(subRule);
+    blocks.push_back(describe(subRule));
   }
-  return {line};
+  std::string const indentation(6, ' ');
+  std::vector<std::string> lines = wrappedItems(blocks, " | ", style.width - indentation.size());
+  for (std::string& line : lines) {
+    line.insert(0, indentation);
+  }
+  return lines;
 }
 
 void printRules(std::ostream& out, TextStyle const& style, PolicyRecord const& record) {
@@ -54,7 +59,7 @@ void printRules(std::ostream& out, TextStyle const& style, PolicyRecord const& r
                std::to_string(rule.key.seqno()), std::to_string(rule.actions[0]),
                std::to_string(rule.actions[1]), std::to_string(rule.actions[2]),
                std::to_string(rule.subRules.size()), describe(rule.match)},
-              portLines(rule));
+              portLines(rule, style));
   }
   table.print(out, style);
 }

@@ -22,7 +22,7 @@ bool counts(Problem const& problem, bool lenient) {
 
 RunVerb::RunVerb(CLI::App& program)
     : command_(program.add_subcommand("run",
-                                      "Load policy text, each file as an edit of those before it, "
+                                      "Load policy text, each file as an edit of those before it,\n"
                                       "or a filter set, and show what is programmed")) {
   addInputOptions();
   addOutputOptions();
@@ -35,18 +35,14 @@ void RunVerb::addInputOptions() {
   CLI::Option* const files =
       command_->add_option("files", files_, "Policy text")->type_name("FILE")->group(group);
   CLI::Option* const lenient =
-      command_
-          ->add_flag("--lenient", lenient_,
-                     "Pass over what is not understood, count it, and do not mind what is missing")
+      command_->add_flag("--lenient", lenient_, "Pass over what is not understood, and count it")
           ->group(group);
-  CLI::Option* const rules = command_
-                                 ->add_option("--rules", rulesFile_,
-                                              "A filter set in the ClassBench line format, instead "
-                                              "of policy text")
-                                 ->type_name("FILE")
-                                 ->group(group)
-                                 ->excludes(files)
-                                 ->excludes(lenient);
+  CLI::Option* const rules =
+      command_->add_option("--rules", rulesFile_, "A filter set in the ClassBench line format")
+          ->type_name("FILE")
+          ->group(group)
+          ->excludes(files)
+          ->excludes(lenient);
   command_->add_option("--classes", layout_.classes, "Cut the filter set into so many classes")
       ->type_name("K")
       ->check(CLI::Range(std::size_t{1}, mostClasses))
@@ -63,7 +59,7 @@ void RunVerb::addInputOptions() {
       ->needs(rules);
   command_
       ->add_flag("--ports-on-any-protocol", portsOnAnyProtocol_,
-                 "Take port ranges of the filter set on protocols without ports too")
+                 "Take port ranges on protocols without ports too")
       ->group(group)
       ->needs(rules);
 }
@@ -87,7 +83,7 @@ void RunVerb::addHelperOptions() {
   addSwitch("--expand-port-channels", session_.expandPortChannels,
             "Program the members of port-channels");
   addSwitch("--sub-rules-for-ports", session_.subRulesForPorts,
-            "Cut port ranges into sub-rules, instead of using range checkers");
+            "Cut port ranges into sub-rules, without range checkers");
   addSwitch("--reprogram-on-intf-change", session_.reprogramOnIntfChange,
             "Program a policy anew when its interfaces change");
   addSwitch("--no-deny-rules", session_.denyRules, "No deny rules");

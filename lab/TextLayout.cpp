@@ -53,6 +53,19 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t width) {
   return lines;
 }
 
+std::vector<std::string> wrappedItems(std::vector<std::string> const& items,
+                                      std::string_view separator, std::size_t width) {
+  std::vector<std::string> lines;
+  for (std::string const& item : items) {
+    if (lines.empty() || lines.back().size() + separator.size() + item.size() > width) {
+      lines.push_back(item);
+    } else {
+      lines.back().append(separator).append(item);
+    }
+  }
+  return lines;
+}
+
 void printWrapped(std::ostream& out, TextStyle const& style, std::string_view head,
                   std::string_view text) {
   std::string lead(head);
@@ -87,28 +100,16 @@ std::string Table::lead(std::vector<std::string> const& cells) const {
   return line;
 }
 
-std::size_t Table::leadWidth() const {
-  std::size_t width = indentation_;
-  for (std::size_t i = 0; i + 1 != widths_.size(); ++i) {
-    width += widths_[i] + 2;
-  }
-  return width;
-}
-
 void Table::print(std::ostream& out, TextStyle const& style) const {
   std::vector<std::string> titles;
   for (Column const& column : columns_) {
     titles.push_back(column.title);
   }
   out << tinted(style, Tint::faint, lead(titles) + titles.back()) << "\n";
-  std::size_t const width = leadWidth();
-  std::string const blank(width, ' ');
   for (Row const& row : rows_) {
     printWrapped(out, style, lead(row.cells), row.cells.back());
     for (std::string const& line : row.below) {
-      for (std::string const& part : wrapped(line, roomBehind(style.width, width))) {
-        out << blank << tinted(style, Tint::faint, part) << "\n";
-      }
+      out << tinted(style, Tint::faint, line) << "\n";
     }
   }
 }

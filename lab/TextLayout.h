@@ -28,6 +28,11 @@ std::string tinted(TextStyle const& style, Tint tint, std::string_view text);
 /// own.
 std::vector<std::string> wrapped(std::string_view text, std::size_t width);
 
+/// As many items on a line as fit into `width` columns, with `separator` between two; no item is
+/// cut.
+std::vector<std::string> wrappedItems(std::vector<std::string> const& items,
+                                      std::string_view separator, std::size_t width);
+
 /// Prints `head` and behind it `text`, wrapped, with lines after the first indented by the length
 /// of `head`.
 void printWrapped(std::ostream& out, TextStyle const& style, std::string_view head,
@@ -44,7 +49,7 @@ class Table {
 
   Table(std::vector<Column> columns, std::size_t indentation);
 
-  /// As many cells as there are columns. Lines of `below` stand under the last cell.
+  /// As many cells as there are columns. The lines of `below` stand under the row as they are.
   void add(std::vector<std::string> cells, std::vector<std::string> below = {});
   void print(std::ostream& out, TextStyle const& style) const;
 
@@ -55,7 +60,6 @@ class Table {
   };
 
   std::string lead(std::vector<std::string> const& cells) const;
-  std::size_t leadWidth() const;
 
   std::vector<Column> columns_;
   std::vector<std::size_t> widths_;
