@@ -19,7 +19,7 @@ bool ClassRules::empty() const {
   return std::visit(
       [](auto const& sources) {
         return std::all_of(sources.begin(), sources.end(),
-                           [](auto const& source) { return source.rules->empty(); });
+                           [](auto const& source) { return source.empty(); });
       },
       sources_);
 }
@@ -27,11 +27,18 @@ bool ClassRules::empty() const {
 namespace {
 
 template <class Rule>
+bool sameComposed(Kor::Ptr<ComposedRules<Rule> const> const& a,
+                  Kor::Ptr<ComposedRules<Rule> const> const& b) {
+  return a == b || (a && b && a->rules() == b->rules());
+}
+
+template <class Rule>
 bool sameSources(RuleSources<Rule> const& a, RuleSources<Rule> const& b,
                  Acl::AclDiff const& aclDiff) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [&](RuleSource<Rule> const& x, RuleSource<Rule> const& y) {
-                      return x.aclName == y.aclName && aclDiff.same(x.rules, y.rules);
+                      return x.aclName == y.aclName && aclDiff.same(x.rules, y.rules) &&
+                             sameComposed(x.composed, y.composed);
                     });
 }
 

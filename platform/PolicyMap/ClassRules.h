@@ -14,24 +14,77 @@
 #include "PolicyMap/AclRuleKey.h"
 #include "PolicyMap/ClassMapMatchOption.h"
 #include "PolicyMap/Export.h"
+#include "PolicyMap/RuleIntersection.h"
 
-#include <string>
+#include <map>
+#include <utility>
 #include <variant>
 #include <vector>
 
 namespace PolicyMap {
 
-// Rules of one origin: an access list, or the class-map itself, whose list name is empty. A
-// class-map that matches on rules and lists in turn has several sources of its own, with different
-// sequence numbers.
+// One rule as it is programmed: the part of its key that names it in its class, and what it takes.
+template <class Rule>
+struct NamedRule {
+  Kor::Name aclName;
+  std::uint32_t seqno = 0;
+  ExactRule<Rule> exact;
+
+  bool operator==(NamedRule const&) const = default;
+};
+
+// Rules made by intersecting others, in order. Never changes.
+template <class Rule>
+class ComposedRules final : public Kor::PtrInterface {
+ public:
+  // No name stands twice.
+  explicit ComposedRules(std::vector<NamedRule<Rule>> rules) : rules_(std::move(rules)) {
+    for (std::size_t i = 0; i < rules_.size(); ++i) {
+      places_.emplace(std::pair(rules_[i].seqno, rules_[i].aclName), i);
+    }
+  }
+
+  [[nodiscard]] std::vector<NamedRule<Rule>> const& rules() const { return rules_; }
+  [[nodiscard]] Rule const* rule(Kor::Name const& aclName, std::uint32_t seqno) const {
+    auto const place = places_.find({seqno, aclName});
+    return place == places_.end() ? nullptr : &rules_[place->second].exact.rule;
+  }
+
+ private:
+  std::vector<NamedRule<Rule>> rules_;
+  std::map<std::pair<std::uint32_t, Kor::Name>, std::size_t> places_;
+};
+
+// Rules of one origin: an access list, the class-map itself, whose list name is empty, or an
+// intersection. A class-map that matches on rules and lists in turn has several sources of its own,
+// with different sequence numbers.
 template <class Rule>
 struct RuleSource {
   Kor::Name aclName;
-  Kor::Ptr<Acl::AclRules<Rule> const> rules;
+  Kor::Ptr<Acl::AclRules<Rule> const> rules;          // null for an intersection
+  Kor::Ptr<ComposedRules<Rule> const> composed = {};  // null otherwise
+
+  [[nodiscard]] bool empty() const { return composed ? composed->rules().empty() : rules->empty(); }
+  [[nodiscard]] Rule const* find(AclRuleKey const& key) const {
+    if (composed) {
+      return composed->rule(key.aclName(), key.seqno());
+    }
+    return aclName == key.aclName() ? rules->rule(key.seqno()) : nullptr;
+  }
 };
 
 template <class Rule>
 using RuleSources = std::vector<RuleSource<Rule>>;
+
+// A rule of a class while it is visited.
+template <class Rule>
+struct RuleRef {
+  Kor::Name const& aclName;
+  std::uint32_t seqno;
+  Rule const& rule;
+  PortRanges const& srcPorts;  // empty: as the rule says
+  PortRanges const& dstPorts;
+};
 
 class POLICYMAP_API ClassRules : public Kor::PtrInterface {
  public:
@@ -56,25 +109,21 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
       return nullptr;
     }
     for (RuleSource<Rule> const& source : *sources) {
-      if (source.aclName == key.aclName()) {
-        if (Rule const* const rule = source.rules->rule(key.seqno())) {
-          return rule;
-        }
+      if (Rule const* const rule = source.find(key)) {
+        return rule;
       }
     }
     return nullptr;
   }
 
-  // Calls visit(aclName, seqno, rule) for every rule in order, until it answers false.
+  // Calls visit(RuleRef) for every rule in order, until it answers false.
   template <class Visit>
   void forEach(Visit&& visit) const {
     std::visit(
         [&](auto const& sources) {
           for (auto const& source : sources) {
-            for (auto const& [seqno, rule] : *source.rules) {
-              if (!visit(source.aclName, seqno, rule)) {
-                return;
-              }
+            if (!forEachOf(source, visit)) {
+              return;
             }
           }
         },
@@ -85,7 +134,29 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
   // every other object is taken for a difference.
   [[nodiscard]] bool same(ClassRules const& other, Acl::AclDiff const* aclDiff) const;
 
+  [[nodiscard]] Sources const& sources() const { return sources_; }
+
  private:
+  template <class Rule, class Visit>
+  static bool forEachOf(RuleSource<Rule> const& source, Visit&& visit) {
+    if (source.composed) {
+      for (NamedRule<Rule> const& named : source.composed->rules()) {
+        if (!visit(RuleRef<Rule>{named.aclName, named.seqno, named.exact.rule, named.exact.srcPorts,
+                                 named.exact.dstPorts})) {
+          return false;
+        }
+      }
+      return true;
+    }
+    PortRanges const asTheRuleSays;
+    for (auto const& [seqno, rule] : *source.rules) {
+      if (!visit(RuleRef<Rule>{source.aclName, seqno, rule, asTheRuleSays, asTheRuleSays})) {
+        return false;
+      }
+    }
+    return true;
+  }
+
   Sources sources_;
 };
 

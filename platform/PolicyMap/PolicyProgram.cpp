@@ -468,8 +468,8 @@ Kor::String PolicyProgram::addRules(ClassMapMatchOption option) {
     // Noted first: an update that comes while the rules are added must still be programmed.
     programmed.actionUpdates = programmed.data->updateAclActions();
     programmed.data->rulesIs(option, programmed.rules);
-    programmed.rules->forEach([&](Kor::Name const& aclName, std::uint32_t seqno, auto const& rule) {
-      AclRuleKey const key(programmed.data->name(), aclName, seqno, option);
+    programmed.rules->forEach([&](auto const& rule) {
+      AclRuleKey const key(programmed.data->name(), rule.aclName, rule.seqno, option);
       forEachSubRule(rule, pass_->expansion, [&](SubRuleData const& subRule) {
         error = helper_->addRule(key, subRule, policyData(), programmed.data);
         return error.empty();
@@ -508,8 +508,8 @@ Kor::String PolicyProgram::updateActionsOf(ProgrammedClass& programmed,
                                            ClassMapMatchOption option) {
   Kor::String error;
   PortExpansion const expansion = at(option).expansion;
-  programmed.rules->forEach([&](Kor::Name const& aclName, std::uint32_t seqno, auto const& rule) {
-    AclRuleKey const key(programmed.data->name(), aclName, seqno, option);
+  programmed.rules->forEach([&](auto const& rule) {
+    AclRuleKey const key(programmed.data->name(), rule.aclName, rule.seqno, option);
     forEachSubRule(rule, expansion, [&](SubRuleData const& subRule) {
       error = helper_->updateAction(key, subRule, policyData(), programmed.data);
       return error.empty();
@@ -597,12 +597,12 @@ PolicyFailure PolicyProgram::unsupported(Classes const& classes, ClassMapMatchOp
     return failure;
   }
   for (ProgrammedClass const& wanted : classes) {
-    wanted.rules->forEach([&](Kor::Name const& aclName, std::uint32_t seqno, auto const& rule) {
-      std::string_view const reason = capabilities.reasonAgainst(rule);
+    wanted.rules->forEach([&](auto const& rule) {
+      std::string_view const reason = capabilities.reasonAgainst(rule.rule);
       if (reason.empty()) {
         return true;
       }
-      AclRuleKey const key(wanted.data->name(), aclName, seqno, option);
+      AclRuleKey const key(wanted.data->name(), rule.aclName, rule.seqno, option);
       failure = PolicyFailure(refusal(key, reason), {}, key.className(), key);
       return false;
     });

@@ -27,13 +27,13 @@ void note(std::vector<Kor::Name>& names, Kor::Name const& name) {
   }
 }
 
-// Gathers the sources of one option while class-maps are walked.
+// Gathers the rules of one option while class-maps are walked.
 template <class Rule>
 class Gatherer {
  public:
   void addList(Kor::Name const& name, Kor::Ptr<Acl::AclRules<Rule> const> rules) {
     // A list that is matched twice matches nothing more the second time.
-    if (seen_.insert(name).second) {
+    if (lists_.insert(name).second) {
       finishOwn();
       sources_.push_back({name, std::move(rules)});
     }
@@ -45,9 +45,18 @@ class Gatherer {
     nextNumber_ = number + 1;
     own_.emplace_back(number, rule);
   }
-  [[nodiscard]] ClassRules::PtrConst finish() {
+  void addComposed(std::vector<NamedRule<Rule>> rules) {
+    std::erase_if(rules, [&](NamedRule<Rule> const& rule) {
+      return !composed_.emplace(rule.seqno, rule.aclName).second;
+    });
+    if (!rules.empty()) {
+      finishOwn();
+      sources_.push_back({Kor::Name(), nullptr, Kor::make<ComposedRules<Rule>>(std::move(rules))});
+    }
+  }
+  [[nodiscard]] RuleSources<Rule> finish() {
     finishOwn();
-    return Kor::make<ClassRules>(std::move(sources_));
+    return std::move(sources_);
   }
 
  private:
@@ -58,11 +67,50 @@ class Gatherer {
     }
   }
 
-  std::set<Kor::Name> seen_;
+  std::set<Kor::Name> lists_;
+  std::set<std::pair<std::uint32_t, Kor::Name>> composed_;
   std::vector<typename Acl::AclRules<Rule>::Entry> own_;
   std::uint32_t nextNumber_ = 0;
   RuleSources<Rule> sources_;
 };
+
+// What one class-map, or one operand of a match-all, stands for.
+struct Gathered {
+  Gatherer<Acl::IpRuleConfig> ipv4;
+  Gatherer<Acl::Ip6RuleConfig> ipv6;
+  Gatherer<Acl::MacRuleConfig> mac;
+  Gatherer<Acl::MacRuleConfig> mpls;
+  std::set<Kor::Name> walked;  // class-maps that are in it
+};
+
+// All rules of an operand, one after the other.
+template <class Rule>
+std::vector<NamedRule<Rule>> listed(RuleSources<Rule> const& sources) {
+  std::vector<NamedRule<Rule>> rules;
+  ClassRules(ClassRules::Sources(sources)).forEach([&](auto const& ref) {
+    if constexpr (std::is_same_v<std::remove_cvref_t<decltype(ref.rule)>, Rule>) {
+      rules.push_back({ref.aclName, ref.seqno, {ref.rule, ref.srcPorts, ref.dstPorts}});
+    }
+    return true;
+  });
+  return rules;
+}
+
+// The name of a rule that two rules make together: the first's number, and the other added to its
+// list name.
+template <class Rule>
+NamedRule<Rule> together(NamedRule<Rule> const& first, NamedRule<Rule> const& second,
+                         ExactRule<Rule> exact) {
+  std::string name = first.aclName.stdString() + " & " + second.aclName.stdString();
+  // An intersection has its first number in no name yet.
+  auto const joint = second.aclName.view().find(" & ");
+  if (joint == std::string_view::npos) {
+    name += ":" + std::to_string(second.seqno);
+  } else {
+    name.insert(first.aclName.length() + 3 + joint, ":" + std::to_string(second.seqno));
+  }
+  return {Kor::Name(Kor::String8(name)), first.seqno, std::move(exact)};
+}
 
 class Compiler {
  public:
@@ -72,37 +120,135 @@ class Compiler {
 
   CompiledClass compile(ClassMapSubConfig const& classMap) {
     path_.push_back(classMap.name());
-    walk(classMap);
-    result_.rules = {ipv4_.finish(), ipv6_.finish(), mac_.finish(), mpls_.finish()};
+    Gathered all;
+    walk(classMap, all);
+    result_.rules = {
+        Kor::make<ClassRules>(all.ipv4.finish()), Kor::make<ClassRules>(all.ipv6.finish()),
+        Kor::make<ClassRules>(all.mac.finish()), Kor::make<ClassRules>(all.mpls.finish())};
     return std::move(result_);
   }
 
  private:
-  void walk(ClassMapSubConfig const& classMap) {
+  static constexpr std::size_t mostComposed = 1000000;  // rules of one match-all
+  static constexpr std::size_t mostWalks = 100000;      // through class-maps, for one class
+
+  void walk(ClassMapSubConfig const& classMap, Gathered& into) {
+    // Operands of match-alls may nest the same class-maps over and over.
+    if (++walks_ > mostWalks) {
+      fail("class-map " + path_.front().stdString() + ": nested class-maps branch too often");
+    }
+    if (!result_.error.empty()) {
+      return;
+    }
     std::map<std::uint32_t, ClassMapMatch> inOrder;
     for (auto const& entry : classMap.matchIteratorConst()) {
       inOrder.emplace(entry.key(), entry.value());
     }
     if (classMap.matchType() == ClassMapMatchType::matchAll && inOrder.size() > 1) {
-      fail("class-map " + classMap.name().stdString() +
-           ": match-all over several matches is not supported");
+      matchAll(classMap, inOrder, into);
       return;
     }
     for (auto const& [place, match] : inOrder) {
-      switch (match.kind()) {
-      case ClassMapMatch::Kind::acl: addList(match.option(), match.name()); break;
-      case ClassMapMatch::Kind::rule: addOwn(place, match); break;
-      case ClassMapMatch::Kind::classMap: descend(match.name()); break;
-      }
+      add(place, match, into);
     }
   }
 
-  void addList(ClassMapMatchOption option, Kor::Name const& name) {
+  void add(std::uint32_t place, ClassMapMatch const& match, Gathered& into) {
+    switch (match.kind()) {
+    case ClassMapMatch::Kind::acl: addList(match.option(), match.name(), into); break;
+    case ClassMapMatch::Kind::rule: addOwn(place, match, into); break;
+    case ClassMapMatch::Kind::classMap: descend(match.name(), into); break;
+    }
+  }
+
+  // match-all ------------------------------------------------------------------------------------
+
+  void matchAll(ClassMapSubConfig const& classMap,
+                std::map<std::uint32_t, ClassMapMatch> const& matches, Gathered& into) {
+    std::vector<ClassMapMatch> seen;
+    std::vector<Gathered> operands;
+    for (auto const& [place, match] : matches) {
+      // The same match once more takes nothing away.
+      if (std::find(seen.begin(), seen.end(), match) == seen.end()) {
+        seen.push_back(match);
+        add(place, match, operands.emplace_back());
+      }
+    }
+    operand_ = classMap.name();
+    std::vector<RuleSources<Acl::IpRuleConfig>> ipv4;
+    std::vector<RuleSources<Acl::Ip6RuleConfig>> ipv6;
+    std::vector<RuleSources<Acl::MacRuleConfig>> mac;
+    std::vector<RuleSources<Acl::MacRuleConfig>> mpls;
+    for (Gathered& operand : operands) {
+      ipv4.push_back(operand.ipv4.finish());
+      ipv6.push_back(operand.ipv6.finish());
+      mac.push_back(operand.mac.finish());
+      mpls.push_back(operand.mpls.finish());
+    }
+    auto const some = [](auto const& all) {
+      return std::any_of(all.begin(), all.end(), [](auto const& one) { return !one.empty(); });
+    };
+    if ((some(ipv4) || some(ipv6)) && (some(mac) || some(mpls))) {
+      fail("class-map " + classMap.name().stdString() +
+           ": match-all over IP and MAC matches cannot be programmed");
+      return;
+    }
+    into.ipv4.addComposed(product(ipv4));
+    into.ipv6.addComposed(product(ipv6));
+    into.mac.addComposed(product(mac));
+    into.mpls.addComposed(product(mpls));
+  }
+
+  // Of the first rules that each operand matches a packet with, the combination decides: so all
+  // combinations, the first operand's rules outermost.
+  template <class Rule>
+  std::vector<NamedRule<Rule>> product(std::vector<RuleSources<Rule>> const& operands) {
+    std::vector<NamedRule<Rule>> left = listed(operands.front());
+    for (std::size_t i = 1; i < operands.size() && !left.empty(); ++i) {
+      left = product(left, listed(operands[i]));
+    }
+    return left;
+  }
+
+  template <class Rule>
+  std::vector<NamedRule<Rule>> product(std::vector<NamedRule<Rule>> const& left,
+                                       std::vector<NamedRule<Rule>> const& right) {
+    std::vector<NamedRule<Rule>> both;
+    for (NamedRule<Rule> const& a : left) {
+      for (NamedRule<Rule> const& b : right) {
+        Intersection<Rule> met = intersect(a.exact, b.exact);
+        if (auto* const exact = std::get_if<ExactRule<Rule>>(&met)) {
+          both.push_back(together(a, b, std::move(*exact)));
+        } else if (auto const* const inexpressible = std::get_if<Inexpressible>(&met)) {
+          fail("class-map " + operand_.stdString() + ": the " + inexpressible->field +
+               " matches of rules " + nameOf(a) + " and " + nameOf(b) + " cannot be combined");
+          return {};
+        }
+        if (both.size() > mostComposed) {
+          fail("class-map " + operand_.stdString() + ": match-all makes more than " +
+               std::to_string(mostComposed) + " rules");
+          return {};
+        }
+      }
+    }
+    return both;
+  }
+
+  template <class Rule>
+  static std::string nameOf(NamedRule<Rule> const& rule) {
+    return std::to_string(rule.seqno) +
+           (rule.aclName.empty() ? std::string() : " of " + rule.aclName.stdString());
+  }
+
+  // leaves
+  // -----------------------------------------------------------------------------------------
+
+  void addList(ClassMapMatchOption option, Kor::Name const& name, Gathered& into) {
     switch (option) {
-    case ClassMapMatchOption::ipv4: addList(ipv4_, name); break;
-    case ClassMapMatchOption::ipv6: addList(ipv6_, name); break;
-    case ClassMapMatchOption::mac: addList(mac_, name); break;
-    case ClassMapMatchOption::mpls: addList(mpls_, name); break;
+    case ClassMapMatchOption::ipv4: addList(into.ipv4, name); break;
+    case ClassMapMatchOption::ipv6: addList(into.ipv6, name); break;
+    case ClassMapMatchOption::mac: addList(into.mac, name); break;
+    case ClassMapMatchOption::mpls: addList(into.mpls, name); break;
     }
   }
   template <class Rule>
@@ -116,18 +262,18 @@ class Compiler {
     }
   }
 
-  void addOwn(std::uint32_t place, ClassMapMatch const& match) {
+  static void addOwn(std::uint32_t place, ClassMapMatch const& match, Gathered& into) {
     if (auto const* const ip = std::get_if<Acl::IpRuleConfig>(&match.rule())) {
-      ipv4_.addOwn(place, *ip);
+      into.ipv4.addOwn(place, *ip);
     } else if (auto const* const ip6 = std::get_if<Acl::Ip6RuleConfig>(&match.rule())) {
-      ipv6_.addOwn(place, *ip6);
+      into.ipv6.addOwn(place, *ip6);
     } else {
-      auto& gatherer = match.option() == ClassMapMatchOption::mpls ? mpls_ : mac_;
+      auto& gatherer = match.option() == ClassMapMatchOption::mpls ? into.mpls : into.mac;
       gatherer.addOwn(place, std::get<Acl::MacRuleConfig>(match.rule()));
     }
   }
 
-  void descend(Kor::Name const& name) {
+  void descend(Kor::Name const& name, Gathered& into) {
     note(result_.classMaps, name);
     if (std::find(path_.begin(), path_.end(), name) != path_.end()) {
       fail("class-map " + name.stdString() + " matches itself: " + pathTo(name));
@@ -140,11 +286,11 @@ class Compiler {
     }
     // A class-map that is nested twice matches nothing more the second time; walking it again could
     // take exponential time.
-    if (!walked_.insert(name).second) {
+    if (!into.walked.insert(name).second) {
       return;
     }
     path_.push_back(name);
-    walk(*config->currentSubConfig());
+    walk(*config->currentSubConfig(), into);
     path_.pop_back();
   }
 
@@ -173,11 +319,8 @@ class Compiler {
   Kor::Ptr<ClassMapTypeConfig const> const& classMaps_;
   Kor::Ptr<Acl::Config const> const& acls_;
   std::vector<Kor::Name> path_;  // from the outermost class-map to the one being walked
-  std::set<Kor::Name> walked_;
-  Gatherer<Acl::IpRuleConfig> ipv4_;
-  Gatherer<Acl::Ip6RuleConfig> ipv6_;
-  Gatherer<Acl::MacRuleConfig> mac_;
-  Gatherer<Acl::MacRuleConfig> mpls_;
+  Kor::Name operand_;            // the match-all class-map being put together, for messages
+  std::size_t walks_ = 0;
   CompiledClass result_;
 };
 

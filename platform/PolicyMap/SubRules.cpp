@@ -20,20 +20,36 @@ std::vector<PortBlock> alignedBlocks(std::uint16_t low, std::uint16_t high) {
   return blocks;
 }
 
-std::vector<PortBlock> portBlocks(Acl::PortMatch const& match, PortExpansion expansion) {
+namespace {
+
+void addBlocks(std::vector<PortBlock>& blocks, Acl::PortMatch::Range const& range,
+               PortExpansion expansion) {
+  if (expansion == PortExpansion::alignedBlocks) {
+    std::vector<PortBlock> const parts = alignedBlocks(range.low, range.high);
+    blocks.insert(blocks.end(), parts.begin(), parts.end());
+    return;
+  }
+  bool const one = range.low == range.high;
+  bool const all = range.low == 0 && range.high == SubRuleData::highestPort;
+  blocks.push_back({range.low, range.high, !one && !all});
+}
+
+}  // namespace
+
+std::vector<PortBlock> portBlocks(Acl::PortMatch const& match, PortExpansion expansion,
+                                  PortRanges const& exact) {
   if (match.isAny()) {
     return {PortBlock()};
   }
   std::vector<PortBlock> blocks;
-  for (auto const& range : match.ranges()) {
-    if (expansion == PortExpansion::alignedBlocks) {
-      std::vector<PortBlock> const parts = alignedBlocks(range.low, range.high);
-      blocks.insert(blocks.end(), parts.begin(), parts.end());
-    } else {
-      bool const one = range.low == range.high;
-      bool const all = range.low == 0 && range.high == SubRuleData::highestPort;
-      blocks.push_back({range.low, range.high, !one && !all});
+  if (!exact.empty()) {
+    for (auto const& range : exact) {
+      addBlocks(blocks, range, expansion);
     }
+    return blocks;
+  }
+  for (auto const& range : match.ranges()) {
+    addBlocks(blocks, range, expansion);
   }
   return blocks;
 }

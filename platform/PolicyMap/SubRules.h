@@ -4,10 +4,11 @@
 // From one rule to its sub-rules, the entries that the hardware takes.
 
 #include "Acl/IpFilterBase.h"
-#include "Acl/MacRuleConfig.h"
+#include "PolicyMap/ClassRules.h"
 #include "PolicyMap/Export.h"
 #include "PolicyMap/SubRuleData.h"
 
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -31,38 +32,41 @@ enum class PortExpansion : std::uint8_t {
 // The fewest aligned blocks that make up [low, high], ascending.
 POLICYMAP_API std::vector<PortBlock> alignedBlocks(std::uint16_t low, std::uint16_t high);
 
-// The blocks of one port match, ascending, without overlap. Empty for a match that takes no port.
+// The blocks of one port match, or of exact ranges where there are any, ascending, without overlap.
+// Empty for a match that takes no port.
 POLICYMAP_API std::vector<PortBlock> portBlocks(Acl::PortMatch const& match,
-                                                PortExpansion expansion);
+                                                PortExpansion expansion,
+                                                PortRanges const& exact = {});
 
 // Calls visit(SubRuleData) for every sub-rule, source blocks outside, destination blocks inside,
 // until it answers false. No sub-rule comes twice.
-template <class Visit>
-void forEachSubRule(Acl::IpFilterBase const& rule, PortExpansion expansion, Visit&& visit) {
-  if (rule.srcPort().isAny() && rule.dstPort().isAny()) {
-    visit(SubRuleData());
-    return;
-  }
-  std::vector<PortBlock> const sources = portBlocks(rule.srcPort(), expansion);
-  std::vector<PortBlock> const destinations = portBlocks(rule.dstPort(), expansion);
-  SubRuleData subRule;
-  for (PortBlock const& source : sources) {
-    subRule.srcPortLowIs(source.low);
-    subRule.srcPortHighIs(source.high);
-    subRule.srcPortRangeIs(source.needsRangeChecker);
-    for (PortBlock const& destination : destinations) {
-      subRule.dstPortLowIs(destination.low);
-      subRule.dstPortHighIs(destination.high);
-      subRule.dstPortRangeIs(destination.needsRangeChecker);
-      if (!visit(std::as_const(subRule))) {
-        return;
+template <class Rule, class Visit>
+void forEachSubRule(RuleRef<Rule> const& ref, PortExpansion expansion, Visit&& visit) {
+  if constexpr (std::is_base_of_v<Acl::IpFilterBase, Rule>) {
+    Rule const& rule = ref.rule;
+    if (rule.srcPort().isAny() && rule.dstPort().isAny()) {
+      visit(SubRuleData());
+      return;
+    }
+    std::vector<PortBlock> const sources = portBlocks(rule.srcPort(), expansion, ref.srcPorts);
+    std::vector<PortBlock> const destinations = portBlocks(rule.dstPort(), expansion, ref.dstPorts);
+    SubRuleData subRule;
+    for (PortBlock const& source : sources) {
+      subRule.srcPortLowIs(source.low);
+      subRule.srcPortHighIs(source.high);
+      subRule.srcPortRangeIs(source.needsRangeChecker);
+      for (PortBlock const& destination : destinations) {
+        subRule.dstPortLowIs(destination.low);
+        subRule.dstPortHighIs(destination.high);
+        subRule.dstPortRangeIs(destination.needsRangeChecker);
+        if (!visit(std::as_const(subRule))) {
+          return;
+        }
       }
     }
+  } else {
+    visit(SubRuleData());
   }
-}
-template <class Visit>
-void forEachSubRule(Acl::MacFilter const& /*rule*/, PortExpansion /*expansion*/, Visit&& visit) {
-  visit(SubRuleData());
 }
 
 }  // namespace PolicyMap
