@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// assertionOf(statement): which assertion a statement runs into, as "SOURCE: TEXT", or "none". The
+// statement is left by an exception there, so that a test can see how far it came.
+
+#include <Kor/Assert.h>
+
+#include <string>
+#include <utility>
+
+namespace TestSupport {
+
+template <class Statement>
+std::string assertionOf(Statement&& statement) {
+  struct Caught {
+    std::string text;
+  };
+  Kor::AssertionHandler const previous =
+      Kor::assertionHandlerIs([](Kor::AssertionFailure const& failure) {
+        throw Caught{std::string(failure.source).append(": ").append(failure.text)};
+      });
+  std::string text = "none";
+  try {
+    std::forward<Statement>(statement)();
+  } catch (Caught const& caught) {
+    text = caught.text;
+  }
+  Kor::assertionHandlerIs(previous);
+  return text;
+}
+
+}  // namespace TestSupport
