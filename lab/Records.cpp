@@ -68,14 +68,13 @@ std::vector<AclRuleKey> keysInOrder(Session const& session, AclPolicyData const&
   ClassMapMatchOption const option = data.key().option();
   if (auto const policy = session.machine()->policyMapSm(data.key().policyKey())) {
     for (auto const& classMap : policy->classesInOrder()) {
-      classMap->rules(option)->forEach(
-          [&](Kor::Name const& aclName, std::uint32_t seqno, auto const& /*rule*/) {
-            AclRuleKey const key(classMap->name(), aclName, seqno, option);
-            if (left.erase(key) != 0) {
-              ordered.push_back(key);
-            }
-            return true;
-          });
+      classMap->rules(option)->forEach([&](auto const& rule) {
+        AclRuleKey const key(classMap->name(), rule.aclName, rule.seqno, option);
+        if (left.erase(key) != 0) {
+          ordered.push_back(key);
+        }
+        return true;
+      });
     }
   }
   std::size_t const known = ordered.size();

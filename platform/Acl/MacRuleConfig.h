@@ -16,7 +16,7 @@ class POLICYMAP_API MacRuleConfig : public RuleConfig<MacRuleConfig, MacFilter, 
  public:
   static constexpr std::string_view korTypeName = "Acl::MacRuleConfig";
   /// What stands for the protocol in describe() when the rule takes any.
-  static constexpr std::string_view anyProtocol = "";
+  static constexpr std::string_view anyProtocol{};
 
   [[nodiscard]] static Kor::KorType const* _fwkType();
 };

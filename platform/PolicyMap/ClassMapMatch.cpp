@@ -17,11 +17,11 @@ ClassMapMatch ClassMapMatch::classMap(Kor::Name name) {
   return match;
 }
 
-ClassMapMatch ClassMapMatch::own(ClassMapMatchOption option, Rule rule) {
+ClassMapMatch ClassMapMatch::own(ClassMapMatchOption option, Rule const& rule) {
   ClassMapMatch match;
   match.kind_ = Kind::rule;
   match.option_ = option;
-  match.rule_ = std::move(rule);
+  match.rule_ = rule;
   return match;
 }
 

@@ -39,7 +39,7 @@ class POLICYMAP_API ClassMapMatch {
   [[nodiscard]] bool operator!() const { return *this == ClassMapMatch(); }
 
  private:
-  static ClassMapMatch own(ClassMapMatchOption option, Rule rule);
+  static ClassMapMatch own(ClassMapMatchOption option, Rule const& rule);
 
   Kind kind_ = Kind::acl;
   ClassMapMatchOption option_ = ClassMapMatchOption::ipv4;

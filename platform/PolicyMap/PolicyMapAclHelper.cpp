@@ -76,7 +76,8 @@ void PolicyMapAclHelper::asyncOperationsIs(bool async) {
 void PolicyMapAclHelper::asyncOperationResultIs(AsyncOperationResult const& result) {
   // Whoever waits may give this helper up when the result arrives.
   Ptr const pinned = Kor::share(this);
-  AsyncOperationResult const delivered = result;
+  // A copy: what follows may overwrite or end what `result` refers to.
+  AsyncOperationResult const delivered(result.error(), result.time());
   asyncOperationResult_ = delivered;
   announce(asyncOperationResultId, &NotifieeConst::onAsyncOperationResult);
   programmer_->resultIs(delivered);

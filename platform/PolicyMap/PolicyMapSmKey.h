@@ -32,7 +32,7 @@ class POLICYMAP_API PolicyMapSmKey {
   }
   // By first, then second.
   bool operator==(PolicyMapSmKey const&) const = default;
-  auto operator<=>(PolicyMapSmKey const&) const = default;
+  std::strong_ordering operator<=>(PolicyMapSmKey const&) const = default;
   // True for the default value.
   [[nodiscard]] bool operator!() const { return *this == PolicyMapSmKey(); }
 

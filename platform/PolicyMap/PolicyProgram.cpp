@@ -38,6 +38,7 @@ void PolicyProgram::serviceIs(ServicePolicySm* service) {
     cancel();
     retryTimer_.cancel();
     resultTimer_.cancel();
+    leaving_ = false;
     pass_.reset();
     if (helper_) {
       programmer().withdraw(*this);
@@ -151,8 +152,8 @@ void PolicyProgram::programmerGranted() {
   // The last step may give up the machine that owns this program.
   Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
   Kor::Ptr<PolicyMapSm> const policy = Kor::share(&policy_);
-  pass_ = nextPass();
-  if (pass_) {
+  if (std::optional<Pass> planned = nextPass()) {
+    pass_ = std::make_shared<Pass>(std::move(*planned));
     runPass();
   } else {
     passEnded();
@@ -170,7 +171,7 @@ void PolicyProgram::operationEnded(Kor::String const& error) {
   } else {
     goesOn = failed(step, error);
   }
-  if (!goesOn) {
+  if (pass_ && !goesOn) {
     pass_->next = pass_->steps.size();
   }
   runPass();
@@ -179,9 +180,9 @@ void PolicyProgram::operationEnded(Kor::String const& error) {
 void PolicyProgram::runPass() {
   while (pass_ && pass_->next < pass_->steps.size()) {
     Step const step = pass_->steps[pass_->next++];
-    std::optional<Kor::String> const result = perform(step);
+    std::optional<Kor::String> const result = performStep(step);
     if (!pass_) {
-      return;  // the service machine went away inside the call
+      return;  // service machine or helper went away inside the call
     }
     if (!result) {
       resultTimer_.scheduleIn(service_->asyncTimeout());
@@ -196,6 +197,18 @@ void PolicyProgram::runPass() {
   if (pass_) {
     passEnded();
   }
+}
+
+std::optional<Kor::String> PolicyProgram::performStep(Step const& step) {
+  std::shared_ptr<Pass> const pass = pass_;
+  performing_ = true;
+  std::optional<Kor::String> result = perform(step);
+  performing_ = false;
+  if (std::exchange(leaving_, false) && service_ != nullptr) {
+    leave(helper_);
+    mark();
+  }
+  return result;
 }
 
 void PolicyProgram::timedOut() {
@@ -215,8 +228,11 @@ void PolicyProgram::passEnded() {
     }
     publishClasses();
   }
-  bool const planned = pass_.has_value();
+  bool const planned = pass_ != nullptr;
   pass_.reset();
+  if (!helper_) {
+    return;  // service machine or helper went away inside a hook of the statuses
+  }
   programmer().release(*this);
   helper_ = nullptr;
   if (planned && anythingToDo()) {
@@ -452,34 +468,34 @@ std::optional<Kor::String> PolicyProgram::perform(Step const& step) {
       return Kor::String();  // the re-creation that follows commits
     }
     return programmer().operate([&] { return helper.commitPolicy(data, step.option); });
-  case Operation::deletePolicy: {
-    Kor::String const answer = helper.deletePolicy(data, step.option);
-    forget(step.option);
-    return answer;
-  }
+  case Operation::deletePolicy: return rollBack(step.option);
   case Operation::updateActions: return updateActions(step.updatedClass);
   }
   return Kor::String();
 }
 
 Kor::String PolicyProgram::addRules(ClassMapMatchOption option) {
+  // Any call may end the service machine, and the pass with it.
+  std::shared_ptr<Pass> const pass = pass_;
+  PolicyMapAclHelper& helper = *helper_;
+  PolicyMapSmCommonData::PtrConst const data = policyData();
   Kor::String error;
-  for (ProgrammedClass& programmed : pass_->classes) {
+  for (ProgrammedClass& programmed : pass->classes) {
     // Noted first: an update that comes while the rules are added must still be programmed.
     programmed.actionUpdates = programmed.data->updateAclActions();
     programmed.data->rulesIs(option, programmed.rules);
     programmed.rules->forEach([&](auto const& rule) {
       AclRuleKey const key(programmed.data->name(), rule.aclName, rule.seqno, option);
       forEachSubRule(rule, pass_->expansion, [&](SubRuleData const& subRule) {
-        error = helper_->addRule(key, subRule, policyData(), programmed.data);
-        return error.empty();
+        error = helper.addRule(key, subRule, data, programmed.data);
+        return pass_ && error.empty();
       });
       if (!error.empty()) {
-        pass_->failedRule = key;
+        pass->failedRule = key;
       }
-      return error.empty();
+      return pass_ && error.empty();
     });
-    if (!error.empty()) {
+    if (!pass_ || !error.empty()) {
       break;
     }
   }
@@ -487,12 +503,13 @@ Kor::String PolicyProgram::addRules(ClassMapMatchOption option) {
 }
 
 Kor::String PolicyProgram::updateActions(Kor::Ptr<ClassMapSmCommonData> const& data) {
-  Kor::String error = helper_->beginUpdateActions(policyData(), data);
+  PolicyMapAclHelper& helper = *helper_;
+  Kor::String error = helper.beginUpdateActions(policyData(), data);
   std::uint32_t const updates = data->updateAclActions();
   for (ClassMapMatchOption const option : allMatchOptions) {
     for (ProgrammedClass& programmed : at(option).classes) {
       // An option that failed is programmed anew; the others go on.
-      if (created(option) && !at(option).recreate && programmed.data == data) {
+      if (pass_ && created(option) && !at(option).recreate && programmed.data == data) {
         programmed.actionUpdates = updates;
         Kor::String const failed = updateActionsOf(programmed, option);
         error = error.empty() ? failed : error;
@@ -500,24 +517,26 @@ Kor::String PolicyProgram::updateActions(Kor::Ptr<ClassMapSmCommonData> const& d
     }
   }
   // The bracket is closed whatever happened inside.
-  Kor::String const endError = helper_->endUpdateActions(policyData(), data);
+  Kor::String const endError = helper.endUpdateActions(policyData(), data);
   return error.empty() ? endError : error;
 }
 
 Kor::String PolicyProgram::updateActionsOf(ProgrammedClass& programmed,
                                            ClassMapMatchOption option) {
+  std::shared_ptr<Pass> const pass = pass_;
+  PolicyMapAclHelper& helper = *helper_;
   Kor::String error;
   PortExpansion const expansion = at(option).expansion;
   programmed.rules->forEach([&](auto const& rule) {
     AclRuleKey const key(programmed.data->name(), rule.aclName, rule.seqno, option);
     forEachSubRule(rule, expansion, [&](SubRuleData const& subRule) {
-      error = helper_->updateAction(key, subRule, policyData(), programmed.data);
-      return error.empty();
+      error = helper.updateAction(key, subRule, policyData(), programmed.data);
+      return pass_ && error.empty();
     });
     if (!error.empty()) {
-      pass_->failedRule = key;
+      pass->failedRule = key;
     }
-    return error.empty();
+    return pass_ && error.empty();
   });
   if (!error.empty()) {
     // Some rules may have the new actions and some the old: programmed anew.
@@ -525,7 +544,7 @@ Kor::String PolicyProgram::updateActionsOf(ProgrammedClass& programmed,
     at(option).changed = true;
     at(option).failure =
         PolicyFailure(error, nameOf(static_cast<std::uint8_t>(Operation::updateActions)),
-                      programmed.data->name(), *pass_->failedRule);
+                      programmed.data->name(), *pass->failedRule);
   }
   return error;
 }
@@ -564,30 +583,32 @@ bool PolicyProgram::failed(Step const& step, Kor::String const& error) {
   if (pass_->kind == Kind::teardown || step.operation == Operation::updateActions) {
     return true;
   }
-  rollBack(step.option);
+  Kor::String const second = rollBack(step.option);
+  if (!second.empty()) {
+    KOR_TRACE_LINE(traceHandle(), 1, "second failure of a pass: " << second);
+  }
+  if (!pass_) {
+    return false;
+  }
   at(step.option).failure = failure;
   at(step.option).retry = true;
   scheduleRetry();
   return pass_->kind == Kind::updateActions;
 }
 
-void PolicyProgram::rollBack(ClassMapMatchOption option) {
-  if (created(option)) {
-    Kor::String const error = helper_->deletePolicy(policyData(), option);
-    if (!error.empty()) {
-      KOR_TRACE_LINE(traceHandle(), 1, "second failure of a pass: " << error);
-    }
+Kor::String PolicyProgram::rollBack(ClassMapMatchOption option) {
+  Programmer& created = programmer();
+  Kor::String error;
+  if (created.created(policy_.key(), option)) {
+    error = helper_->deletePolicy(policyData(), option);
   }
-  forget(option);
-}
-
-void PolicyProgram::forget(ClassMapMatchOption option) {
-  programmer().createdIs(policy_.key(), option, false);
+  created.createdIs(policy_.key(), option, false);
   policy_.policyCommonData()->intfRemoveAll(option);
   policy_.timeProgrammedDel(option);
   Option& state = at(option);
   state.classes.clear();
   state.recreate = false;
+  return error;
 }
 
 PolicyFailure PolicyProgram::unsupported(Classes const& classes, ClassMapMatchOption option) const {
@@ -614,20 +635,33 @@ PolicyFailure PolicyProgram::unsupported(Classes const& classes, ClassMapMatchOp
 }
 
 void PolicyProgram::leaveHelper() {
+  if (performing_) {
+    leaving_ = true;
+  } else if (service_ != nullptr && service_->aclHelper()) {
+    leave(service_->aclHelper());
+  }
+}
+
+void PolicyProgram::leave(Kor::Ptr<PolicyMapAclHelper> const& helper) {
+  Kor::Ptr<PolicyMapAclHelper> const left = helper;
   pass_.reset();
-  Kor::Ptr<PolicyMapAclHelper> const helper = service_ == nullptr ? nullptr : service_->aclHelper();
-  if (!helper) {
-    return;
-  }
-  if (helper_) {
-    programmer().withdraw(*this);
-  }
-  helper_ = helper;
+  resultTimer_.cancel();
+  left->programmer().withdraw(*this);
+  helper_ = left;
   for (ClassMapMatchOption const option : allMatchOptions) {
-    rollBack(option);
-    publish(option);
+    Kor::String const error = rollBack(option);
+    at(option).retry = false;
+    at(option).failure =
+        error.empty()
+            ? PolicyFailure()
+            : PolicyFailure(error, nameOf(static_cast<std::uint8_t>(Operation::deletePolicy)), {},
+                            {});
   }
   helper_ = nullptr;
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    publish(option);
+  }
+  publishClasses();
 }
 
 // state

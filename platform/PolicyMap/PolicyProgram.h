@@ -25,6 +25,7 @@
 #include "PolicyMap/SubRules.h"
 
 #include <array>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -55,7 +56,8 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   void wantedIs(bool wanted);
   // Takes everything down and lets the service machine build the policy anew.
   void restart();
-  // The helper is about to be replaced: deletes there, at once, what stands.
+  // The helper is about to be replaced: deletes there, at once, what stands. Called from inside an
+  // operation of the helper, this waits for the end of that operation.
   void leaveHelper();
 
   // Whether the policy stands on the helper for an option.
@@ -143,6 +145,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
 
   // Performing.
   void runPass();
+  [[nodiscard]] std::optional<Kor::String> performStep(Step const& step);
   std::optional<Kor::String> perform(Step const& step);
   Kor::String addRules(ClassMapMatchOption option);
   Kor::String updateActions(Kor::Ptr<ClassMapSmCommonData> const& data);
@@ -150,8 +153,9 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   void succeeded(Step const& step);
   // Answers whether the pass goes on.
   bool failed(Step const& step, Kor::String const& error);
-  void rollBack(ClassMapMatchOption option);
-  void forget(ClassMapMatchOption option);
+  // Answers the text of a failing deletion.
+  Kor::String rollBack(ClassMapMatchOption option);
+  void leave(Kor::Ptr<PolicyMapAclHelper> const& helper);
   void passEnded();
   void publish(ClassMapMatchOption option);
   void publishClasses();
@@ -163,7 +167,10 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   bool actionsChanged_ = false;
   bool wanted_ = true;
   bool restart_ = false;
-  std::optional<Pass> pass_;
+  // Shared with the calls that run it, which a machine's end may interrupt.
+  std::shared_ptr<Pass> pass_;
+  bool performing_ = false;  // a step of the pass is on the stack
+  bool leaving_ = false;     // the helper was replaced meanwhile
   Kor::Timer retryTimer_;
   double retryDelay_ = 0;  // seconds; 0: nothing has failed of late
   Kor::Timer resultTimer_;

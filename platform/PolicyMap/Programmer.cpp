@@ -33,7 +33,8 @@ void Programmer::withdraw(User& user) {
   std::erase(queue_, &user);
   if (holder_ == &user) {
     outstanding_ = false;
-    release(user);
+    holder_ = nullptr;
+    grantTimer_.schedule();
   }
 }
 
@@ -61,6 +62,9 @@ void Programmer::createdIs(PolicyMapSmKey const& key, ClassMapMatchOption option
 }
 
 std::optional<Kor::String> Programmer::answered(Kor::String const& answer) {
+  if (holder_ == nullptr) {
+    return answer;  // given up inside the call: nobody waits for a result
+  }
   if (!answer.empty()) {
     return answer;
   }

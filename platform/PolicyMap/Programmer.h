@@ -5,6 +5,7 @@
 // it and who comes next, and the one operation whose result may still be outstanding. Several
 // machines may share a helper; the programmer outlives each of them.
 
+#include "Kor/EventLoop.h"
 #include "Kor/String.h"
 #include "PolicyMap/AsyncOperationResult.h"
 #include "PolicyMap/ClassMapMatchOption.h"
@@ -34,7 +35,8 @@ class POLICYMAP_API Programmer {
     ~User() = default;
   };
 
-  explicit Programmer(PolicyMapAclHelper& helper) : helper_(helper) {}
+  explicit Programmer(PolicyMapAclHelper& helper)
+      : helper_(helper), grantTimer_([this] { grantNext(); }) {}
   Programmer(Programmer const&) = delete;
   Programmer& operator=(Programmer const&) = delete;
 
@@ -44,7 +46,9 @@ class POLICYMAP_API Programmer {
   // Grants at once when free, else in order of request. A user asks once at a time.
   void request(User& user);
   void release(User& user);
-  // A user that dies: out of the queue, and the next one's turn when it held the programmer.
+  // A user that gives up: out of the queue. When it held the programmer the outstanding result is
+  // nobody's, and the next user's turn comes with the event loop's: whoever gives up may do so
+  // inside an operation, or with others that are about to give up too.
   void withdraw(User& user);
   [[nodiscard]] bool heldBy(User const& user) const { return holder_ == &user; }
 
@@ -79,6 +83,7 @@ class POLICYMAP_API Programmer {
   User* holder_ = nullptr;
   std::deque<User*> queue_;
   bool granting_ = false;
+  Kor::Timer grantTimer_;
   bool calling_ = false;              // an operation is on the stack
   std::optional<Kor::String> early_;  // its result, come inside the call
   bool outstanding_ = false;          // an operation's result is awaited

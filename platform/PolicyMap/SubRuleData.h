@@ -48,7 +48,7 @@ class POLICYMAP_API SubRuleData {
   }
   // All four words, in order.
   bool operator==(SubRuleData const&) const = default;
-  auto operator<=>(SubRuleData const&) const = default;
+  std::strong_ordering operator<=>(SubRuleData const&) const = default;
   [[nodiscard]] bool operator!() const { return *this == SubRuleData(); }
 
   [[nodiscard]] static Kor::KorType const* _fwkType();
