@@ -41,8 +41,7 @@ namespace Kor {
 
 using TextIterator = String8::IteratorConst;
 
-// printing
-// -----------------------------------------------------------------------------------------
+// printing ------------------------------------------------------------------------------
 
 KOR_API String8 valueToStrep(String8 const& text);  // a single-quoted literal
 inline String8 valueToStrep(Name const& text) {
@@ -63,8 +62,7 @@ String8 valueToStrep(Number number) {
   }
 }
 
-// tokens
-// -------------------------------------------------------------------------------------------
+// tokens --------------------------------------------------------------------------------
 
 // Consumes `pattern`; a blank in it stands for optional white space. Raises "expected TOKEN at
 // column N", the token without its blanks and N behind the white space that was skipped.
@@ -74,8 +72,7 @@ KOR_API void skipSpace(TextIterator& it, TextIterator const& end);
 // Consumes `token` if it stands here.
 KOR_API bool takeString(TextIterator& it, TextIterator const& end, std::string_view token);
 
-// parsing
-// ------------------------------------------------------------------------------------------
+// parsing -------------------------------------------------------------------------------
 
 KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, String8& text);
 KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, Name& text);
@@ -143,8 +140,7 @@ T strepToValue(String8 const& text) {
   return strepToValue<T>(text, static_cast<T*>(nullptr));
 }
 
-// enumerations
-// -------------------------------------------------------------------------------------
+// enumerations --------------------------------------------------------------------------
 
 // The names of an enumeration's values 0, 1, 2, …; other values are printed and read as numbers.
 struct EnumNames {
@@ -157,8 +153,7 @@ KOR_API String8 enumToStrep(EnumNames const& names, std::int32_t value);  // 'na
 KOR_API std::int32_t sequenceToEnum(TextIterator& it, TextIterator const& end,
                                     EnumNames const& names);
 
-// values with attributes
-// -----------------------------------------------------------------------------
+// values with attributes ----------------------------------------------------------------
 
 // One attribute of a value type: how it is read and, unless it cannot, written.
 template <class Getter, class Setter>

@@ -81,8 +81,7 @@ Kor::Name ClassMapSm::name() const {
   return rawClassMapSubConfig() ? rawClassMapSubConfig()->name() : Kor::Name();
 }
 
-// life
-// ---------------------------------------------------------------------------------------------
+// life ----------------------------------------------------------------------------------
 
 void ClassMapSm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
@@ -156,8 +155,7 @@ Kor::Ptr<ClassMapStatus> ClassMapSm::createClassMapStatus() {
   return Kor::make<ClassMapStatus>(name());
 }
 
-// actions
-// --------------------------------------------------------------------------------------------
+// actions -------------------------------------------------------------------------------
 
 void ClassMapSm::handleAction() {
   std::set<ActionType> kinds;
@@ -221,8 +219,7 @@ void ClassMapSm::classActionChanged(Kor::AttributeId /*id*/) {
   handleAction();
 }
 
-// matches
-// --------------------------------------------------------------------------------------------
+// matches -------------------------------------------------------------------------------
 
 Kor::Ptr<ClassMapSubConfig const> ClassMapSm::configuredClassMap() const {
   return classMapConfig() ? Kor::Ptr<ClassMapSubConfig const>(classMapConfig()->currentSubConfig())
@@ -339,8 +336,7 @@ Kor::String ClassMapSm::ruleError() {
   return ruleError_;
 }
 
-// attributes
-// -----------------------------------------------------------------------------------------
+// attributes ----------------------------------------------------------------------------
 
 void ClassMapSm::newClassMapConfig(Kor::Ptr<ClassMapConfig const> const& config) {
   classMapConfig_.objectIs(config);

@@ -47,8 +47,7 @@ Kor::KorType const* PolicyMapSm::_fwkType() {
   return &type;
 }
 
-// life
-// ---------------------------------------------------------------------------------------------
+// life ----------------------------------------------------------------------------------
 
 void PolicyMapSm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
@@ -88,8 +87,7 @@ void PolicyMapSm::cleanup() {
   }
 }
 
-// classes
-// --------------------------------------------------------------------------------------------
+// classes -------------------------------------------------------------------------------
 
 void PolicyMapSm::configChanged(Kor::AttributeId /*id*/) {
   policyMapIs(policyMapConfig() ? policyMapConfig()->currentSubConfig() : nullptr);
@@ -239,8 +237,7 @@ void PolicyMapSm::handleActiveIntf(Vorel::IntfId /*intf*/) {
   program_->intfsChanged();
 }
 
-// attributes
-// -----------------------------------------------------------------------------------------
+// attributes ----------------------------------------------------------------------------
 
 void PolicyMapSm::policyCommonDataIs(Kor::Ptr<PolicyMapSmCommonData> const& commonData) {
   policyCommonData_ = commonData;

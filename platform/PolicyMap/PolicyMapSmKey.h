@@ -31,8 +31,10 @@ class POLICYMAP_API PolicyMapSmKey {
     return Kor::hashCombine(first_.hash(), second_.hash());
   }
   // By first, then second.
-  bool operator==(PolicyMapSmKey const&) const = default;
-  std::strong_ordering operator<=>(PolicyMapSmKey const&) const = default;
+  friend bool operator==(PolicyMapSmKey const&, PolicyMapSmKey const&) = default;
+  friend std::strong_ordering operator<=>(PolicyMapSmKey const& a, PolicyMapSmKey const& b) {
+    return std::tie(a.first_, a.second_) <=> std::tie(b.first_, b.second_);
+  }
   // True for the default value.
   [[nodiscard]] bool operator!() const { return *this == PolicyMapSmKey(); }
 

@@ -240,8 +240,7 @@ class Compiler {
            (rule.aclName.empty() ? std::string() : " of " + rule.aclName.stdString());
   }
 
-  // leaves
-  // -----------------------------------------------------------------------------------------
+  // leaves ------------------------------------------------------------------------------
 
   void addList(ClassMapMatchOption option, Kor::Name const& name, Gathered& into) {
     switch (option) {

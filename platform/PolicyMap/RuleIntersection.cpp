@@ -41,8 +41,7 @@ bool meetIds(std::uint32_t a, std::uint32_t b, std::uint32_t& result) {
   return a == 0 || b == 0 || a == b;
 }
 
-// ports
-// ----------------------------------------------------------------------------------------------
+// ports ---------------------------------------------------------------------------------
 
 PortRanges rangesOf(Acl::PortMatch const& match, PortRanges const& exact) {
   if (!exact.empty()) {
@@ -94,8 +93,7 @@ std::optional<Ports> meetPorts(Acl::PortMatch const& a, PortRanges const& aExact
   return Ports{match, rangesOf(match, {}) == both ? PortRanges() : both};
 }
 
-// TTL
-// ------------------------------------------------------------------------------------------------
+// TTL -----------------------------------------------------------------------------------
 
 constexpr std::size_t ttlCount = 256;
 using TtlSet = std::bitset<ttlCount>;
@@ -135,8 +133,7 @@ std::optional<Acl::TtlMatch> matchOf(TtlSet const& set) {
   return std::nullopt;
 }
 
-// rules
-// ----------------------------------------------------------------------------------------------
+// rules ---------------------------------------------------------------------------------
 
 // Source, destination and action, which all kinds of rules have.
 template <class Rule>

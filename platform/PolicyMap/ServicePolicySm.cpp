@@ -151,8 +151,7 @@ Kor::KorType const* ServicePolicySm::_fwkType() {
   return &type;
 }
 
-// life
-// ---------------------------------------------------------------------------------------------
+// life ----------------------------------------------------------------------------------
 
 template <class Call>
 void ServicePolicySm::forEachReactor(Call&& call) {
@@ -204,8 +203,7 @@ void ServicePolicySm::cleanup() {
   }
 }
 
-// policies
-// -------------------------------------------------------------------------------------------
+// policies ------------------------------------------------------------------------------
 
 void ServicePolicySm::servicePolicyChanged(ServicePolicyKey const& key) {
   attachmentIs(key, policyConfig() ? policyConfig()->servicePolicy(key) : Kor::Name());
@@ -338,8 +336,7 @@ void ServicePolicySm::rebuild() {
   attachmentsAre();
 }
 
-// interfaces
-// -----------------------------------------------------------------------------------------
+// interfaces ----------------------------------------------------------------------------
 
 bool ServicePolicySm::hasIp(Vorel::IntfId intf) const {
   return ipStatus() && ipStatus()->korIntfAddress(intf);
@@ -482,8 +479,7 @@ void ServicePolicySm::allIntfsChanged() {
   }
 }
 
-// attributes
-// -----------------------------------------------------------------------------------------
+// attributes ----------------------------------------------------------------------------
 
 bool ServicePolicySm::allowsOption(ClassMapMatchOption option) const {
   switch (option) {
