@@ -13,6 +13,8 @@ PolicyMapTypeStatus::~PolicyMapTypeStatus() = default;
 PolicyMapTypeStatus::NotifieeConst::~NotifieeConst() = default;
 PolicyMapTypeStatus::Notifiee::~Notifiee() = default;
 PolicyMapStatusRequestDir::~PolicyMapStatusRequestDir() = default;
+PolicyMapStatusRequestDir::NotifieeConst::~NotifieeConst() = default;
+PolicyMapStatusRequestDir::Notifiee::~Notifiee() = default;
 
 Kor::KorType const* PolicyFailure::_fwkType() {
   static Kor::KorType const type(korTypeName, nullptr);
@@ -33,6 +35,10 @@ void ClassMapStatus::errorIs(Kor::String const& error) {
   }
   error_ = error;
   attributeChanged<ClassMapStatus>(errorId, [](NotifieeConst& n) { n.onError(); });
+}
+
+void ClassMapStatus::announceHitCount(AclRuleKey const& key) {
+  attributeChanged<ClassMapStatus>(hitCountId, [&](NotifieeConst& n) { n.onHitCount(key); });
 }
 
 void ClassMapStatus::programmedIs(bool programmed) {
@@ -92,6 +98,11 @@ Kor::KorType const* PolicyMapStatusRequestDir::fwkType() const {
 Kor::KorType const* PolicyMapStatusRequestDir::_fwkType() {
   static Kor::KorType const type("PolicyMap::PolicyMapStatusRequestDir", Entity::_fwkType());
   return &type;
+}
+
+void PolicyMapStatusRequestDir::announceCountRequest(PolicyMapSmKey const& key) {
+  attributeChanged<PolicyMapStatusRequestDir>(countRequestId,
+                                              [&](NotifieeConst& n) { n.onCountRequest(key); });
 }
 
 }  // namespace PolicyMap

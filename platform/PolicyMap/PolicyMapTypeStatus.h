@@ -81,10 +81,18 @@ class POLICYMAP_API ClassMapStatus : public Kor::Entity, public Kor::HashMapLink
   [[nodiscard]] bool programmed() const { return programmed_; }
   void programmedIs(bool programmed);
 
+  // Packets that each rule had matched when counts were last asked for.
+  KOR_VALUE_COLLECTION(ClassMapStatus, hitCount, HitCount, AclRuleKey, std::uint64_t, ,
+                       { announceHitCount(key); })
+
+ public:
   static constexpr Kor::AttributeId errorId = 258;
   static constexpr Kor::AttributeId programmedId = 259;
+  static constexpr Kor::AttributeId hitCountId = 260;
 
  private:
+  void announceHitCount(AclRuleKey const& key);
+
   Kor::String error_;
   bool programmed_ = false;
 };
@@ -96,6 +104,7 @@ class POLICYMAP_API ClassMapStatus::NotifieeConst
   ~NotifieeConst() override;
   virtual void onError() {}
   virtual void onProgrammed() {}
+  virtual void onHitCount(AclRuleKey const& /*key*/) {}
 };
 
 class POLICYMAP_API ClassMapStatus::Notifiee : public ClassMapStatus::NotifieeConst {
@@ -205,17 +214,45 @@ class POLICYMAP_API PolicyMapTypeStatus::Notifiee : public PolicyMapTypeStatus::
   ~Notifiee() override;
 };
 
-// Who wants statuses brought up to date, such as hit counts read from the hardware.
+// Requests for what is not kept up to date by itself: hit counts, which are read from the hardware.
 class POLICYMAP_API PolicyMapStatusRequestDir : public Kor::Entity {
  public:
   using Ptr = Kor::Ptr<PolicyMapStatusRequestDir>;
   using PtrConst = Kor::Ptr<PolicyMapStatusRequestDir const>;
+  class NotifieeConst;
+  class Notifiee;
 
   explicit PolicyMapStatusRequestDir(Kor::Name name = {}) : Entity(std::move(name)) {}
   ~PolicyMapStatusRequestDir() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType const* _fwkType();
+
+  // A new number asks for the counts of that policy once more; they stand in its class statuses
+  // when the event loop has turned.
+  KOR_VALUE_COLLECTION(PolicyMapStatusRequestDir, countRequest, CountRequest, PolicyMapSmKey,
+                       std::uint32_t, , { announceCountRequest(key); })
+
+ public:
+  static constexpr Kor::AttributeId countRequestId = 258;
+
+ private:
+  void announceCountRequest(PolicyMapSmKey const& key);
+};
+
+class POLICYMAP_API PolicyMapStatusRequestDir::NotifieeConst
+    : public Kor::NotifieeOf<PolicyMapStatusRequestDir, Kor::Entity::NotifieeConst> {
+ public:
+  using NotifieeOf::NotifieeOf;
+  ~NotifieeConst() override;
+  virtual void onCountRequest(PolicyMapSmKey const& /*key*/) {}
+};
+
+class POLICYMAP_API PolicyMapStatusRequestDir::Notifiee
+    : public PolicyMapStatusRequestDir::NotifieeConst {
+ public:
+  using NotifieeConst::NotifieeConst;
+  ~Notifiee() override;
 };
 
 }  // namespace PolicyMap

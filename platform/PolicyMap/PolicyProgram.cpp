@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -47,8 +48,7 @@ void PolicyProgram::serviceIs(ServicePolicySm* service) {
   }
 }
 
-// marks
-// --------------------------------------------------------------------------------------------
+// marks ---------------------------------------------------------------------------------
 
 void PolicyProgram::mark() {
   if (service_ != nullptr) {
@@ -108,6 +108,11 @@ void PolicyProgram::everythingChanged() {
   rulesChanged();
 }
 
+void PolicyProgram::countsRequested() {
+  countsRequested_ = true;
+  mark();
+}
+
 void PolicyProgram::reprogram() {
   for (Option& option : options_) {
     option.recreate = true;
@@ -128,8 +133,7 @@ void PolicyProgram::restart() {
   rulesChanged();
 }
 
-// turns
-// --------------------------------------------------------------------------------------------
+// turns ---------------------------------------------------------------------------------
 
 void PolicyProgram::run() {
   policy_.dropLeftClasses();
@@ -156,6 +160,7 @@ void PolicyProgram::programmerGranted() {
     pass_ = std::make_shared<Pass>(std::move(*planned));
     runPass();
   } else {
+    readCounts();
     passEnded();
   }
 }
@@ -233,20 +238,18 @@ void PolicyProgram::passEnded() {
   if (!helper_) {
     return;  // service machine or helper went away inside a hook of the statuses
   }
-  programmer().release(*this);
-  helper_ = nullptr;
+  std::exchange(helper_, nullptr)->programmer().release(*this);
   if (planned && anythingToDo()) {
-    schedule();
+    mark();
   } else if (!planned && (!wanted_ || restart_) && service_ != nullptr) {
     service_->policyGone(policy_.key());
   }
 }
 
-// planning
-// -----------------------------------------------------------------------------------------
+// planning ------------------------------------------------------------------------------
 
 bool PolicyProgram::anythingToDo() const {
-  return actionsChanged_ || !wanted_ || restart_ ||
+  return actionsChanged_ || countsRequested_ || !wanted_ || restart_ ||
          std::any_of(options_.begin(), options_.end(),
                      [](Option const& option) { return option.changed; });
 }
@@ -440,8 +443,7 @@ bool PolicyProgram::actionsMovedFor(ClassMapSmCommonData const& data) const {
   return false;
 }
 
-// performing
-// ---------------------------------------------------------------------------------------
+// performing ----------------------------------------------------------------------------
 
 PolicyMapSmCommonData::PtrConst PolicyProgram::policyData() const {
   return policy_.policyCommonData();
@@ -611,6 +613,42 @@ Kor::String PolicyProgram::rollBack(ClassMapMatchOption option) {
   return error;
 }
 
+void PolicyProgram::readCounts() {
+  if (!std::exchange(countsRequested_, false)) {
+    return;
+  }
+  for (Kor::Ptr<PolicyMap::ClassMapSm> const& machine : policy_.classesInOrder()) {
+    if (machine->classMapStatus()) {
+      readCountsOf(*machine);
+    }
+  }
+}
+
+void PolicyProgram::readCountsOf(ClassMapSm const& machine) {
+  std::map<AclRuleKey, std::uint64_t> counts;
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    for (ProgrammedClass const& programmed : at(option).classes) {
+      if (programmed.data != machine.classCommonData()) {
+        continue;
+      }
+      programmed.rules->forEach([&](auto const& rule) {
+        AclRuleKey const key(programmed.data->name(), rule.aclName, rule.seqno, option);
+        counts.emplace(key, helper_->getCountForRule(key, policyData(), programmed.data));
+        return true;
+      });
+    }
+  }
+  Kor::Ptr<ClassMapStatus> const status = machine.classMapStatus();
+  for (auto iterator = status->hitCountIterator(); iterator; ++iterator) {
+    if (counts.count(iterator.key()) == 0) {
+      iterator.del();
+    }
+  }
+  for (auto const& [key, count] : counts) {
+    status->hitCountIs(key, count);
+  }
+}
+
 PolicyFailure PolicyProgram::unsupported(Classes const& classes, ClassMapMatchOption option) const {
   Capabilities const capabilities(*helper_);
   PolicyFailure failure;
@@ -664,8 +702,7 @@ void PolicyProgram::leave(Kor::Ptr<PolicyMapAclHelper> const& helper) {
   publishClasses();
 }
 
-// state
-// --------------------------------------------------------------------------------------------
+// state ---------------------------------------------------------------------------------
 
 bool PolicyProgram::created(ClassMapMatchOption option) const {
   Kor::Ptr<PolicyMapAclHelper> const helper =

@@ -31,6 +31,7 @@
 
 namespace PolicyMap {
 
+class ClassMapSm;
 class PolicyMapSm;
 class ServicePolicySm;
 
@@ -50,6 +51,8 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   void actionsChanged();
   void intfsChanged();
   void everythingChanged();
+  // Reads the hit counts of all rules that stand into the class statuses.
+  void countsRequested();
   // Programs again even without a difference.
   void reprogram();
   // Not wanted: everything is taken down, then the service machine is told that the policy is gone.
@@ -143,6 +146,9 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   [[nodiscard]] bool actionsMoved(Classes const& classes) const;
   [[nodiscard]] bool actionsMovedFor(ClassMapSmCommonData const& data) const;
 
+  void readCounts();
+  void readCountsOf(ClassMapSm const& machine);
+
   // Performing.
   void runPass();
   [[nodiscard]] std::optional<Kor::String> performStep(Step const& step);
@@ -165,6 +171,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   Kor::Ptr<PolicyMapAclHelper> helper_;  // of the pass that runs or is asked for; null otherwise
   std::array<Option, optionCount> options_;
   bool actionsChanged_ = false;
+  bool countsRequested_ = false;
   bool wanted_ = true;
   bool restart_ = false;
   // Shared with the calls that run it, which a machine's end may interrupt.

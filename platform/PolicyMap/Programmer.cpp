@@ -44,6 +44,8 @@ void Programmer::grantNext() {
   if (granting_) {
     return;
   }
+  // The last user may have been the last to hold the helper, which owns this.
+  Kor::Ptr<PolicyMapAclHelper> const pinned = Kor::share(&helper_);
   granting_ = true;
   while (holder_ == nullptr && !queue_.empty()) {
     holder_ = queue_.front();

@@ -61,6 +61,19 @@ class ServicePolicySm::LagWatch : public Lag::Input::Config::NotifieeConst {
   ServicePolicySm* machine_;
 };
 
+class ServicePolicySm::RequestWatch : public PolicyMapStatusRequestDir::NotifieeConst {
+ public:
+  explicit RequestWatch(ServicePolicySm* machine) : machine_(machine) {}
+  void onCountRequest(PolicyMapSmKey const& key) override {
+    if (Kor::Ptr<PolicyMap::PolicyMapSm> const policy = machine_->policyMapSm(key)) {
+      policy->program().countsRequested();
+    }
+  }
+
+ private:
+  ServicePolicySm* machine_;
+};
+
 class ServicePolicySm::IpWatch : public Ip::Status::NotifieeConst {
  public:
   explicit IpWatch(ServicePolicySm* machine) : machine_(machine) {}
@@ -114,7 +127,7 @@ ServicePolicySm::ServicePolicySm(Kor::Ptr<PolicyMapTypeConfig const> const& poli
                                  bool allowL3Intf, bool allowMgmtIntf)
     : policyConfig_(Kor::make<PolicyWatch>(this)),
       classTypeConfig_(Kor::make<ClassMapWatch>(this)),
-      statusRequestDir_(statusRequestDir),
+      statusRequestDir_(Kor::make<RequestWatch>(this)),
       status_(status),
       aclConfig_(Kor::make<AclWatch>(this)),
       lagConfig_(Kor::make<LagWatch>(this)),
@@ -128,6 +141,7 @@ ServicePolicySm::ServicePolicySm(Kor::Ptr<PolicyMapTypeConfig const> const& poli
       allowL3Intf_(allowL3Intf),
       allowMgmtIntf_(allowMgmtIntf) {
   policyConfig_.objectIs(policyConfig);
+  statusRequestDir_.objectIs(statusRequestDir);
   classTypeConfig_.objectIs(classTypeConfig);
   aclConfig_.objectIs(aclConfig);
   lagConfig_.objectIs(lagConfig);
@@ -157,6 +171,7 @@ template <class Call>
 void ServicePolicySm::forEachReactor(Call&& call) {
   call(policyConfig_);
   call(classTypeConfig_);
+  call(statusRequestDir_);
   call(aclConfig_);
   call(lagConfig_);
   call(ipStatus_);
@@ -558,7 +573,7 @@ void ServicePolicySm::classTypeConfigDel() {
 
 void ServicePolicySm::statusRequestDirIs(
     Kor::Ptr<PolicyMapStatusRequestDir const> const& requests) {
-  statusRequestDir_ = requests;
+  statusRequestDir_.objectIs(requests);
 }
 void ServicePolicySm::statusRequestDirDel() {
   statusRequestDirIs(nullptr);

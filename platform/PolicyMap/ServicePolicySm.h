@@ -103,7 +103,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
     return classTypeConfig_.object();
   }
   [[nodiscard]] Kor::Ptr<PolicyMapStatusRequestDir const> const& statusRequestDir() const {
-    return statusRequestDir_;
+    return statusRequestDir_.object();
   }
   [[nodiscard]] Kor::Ptr<PolicyMapTypeStatus> const& status() const { return status_; }
   [[nodiscard]] Kor::Ptr<Acl::Config const> const& aclConfig() const { return aclConfig_.object(); }
@@ -169,6 +169,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   class RoutingWatch;
   class Routing6Watch;
   class LagWatch;
+  class RequestWatch;
 
   template <class Call>
   void forEachReactor(Call&& call);
@@ -192,7 +193,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
 
   Kor::Reactor<PolicyMapTypeConfig const, PolicyWatch> policyConfig_;
   Kor::Reactor<ClassMapTypeConfig const, ClassMapWatch> classTypeConfig_;
-  Kor::Ptr<PolicyMapStatusRequestDir const> statusRequestDir_;
+  Kor::Reactor<PolicyMapStatusRequestDir const, RequestWatch> statusRequestDir_;
   Kor::Ptr<PolicyMapTypeStatus> status_;
   Kor::Reactor<Acl::Config const, AclWatch> aclConfig_;
   Kor::Reactor<Lag::Input::Config const, LagWatch> lagConfig_;

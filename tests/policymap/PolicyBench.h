@@ -38,6 +38,9 @@ class CallLog : public PolicyMap::PolicyMapAclHelper {
   std::vector<std::string> calls;
   std::map<std::string, std::string> answers;  // by the first word of the line
 
+  std::map<PolicyMap::AclRuleKey, std::uint64_t> counts;
+  std::uint32_t countCalls = 0;
+
   // The lines since the last look.
   std::vector<std::string> taken() { return std::exchange(calls, {}); }
 
@@ -81,9 +84,11 @@ class CallLog : public PolicyMap::PolicyMapAclHelper {
   Kor::String endUpdateActions(PolicyData const& data, ClassData const& classData) override {
     return say("end " + policy(data) + " " + text(classData->name()));
   }
-  std::uint64_t getCountForRule(PolicyMap::AclRuleKey const& /*key*/, PolicyData const& /*data*/,
+  std::uint64_t getCountForRule(PolicyMap::AclRuleKey const& key, PolicyData const& /*data*/,
                                 ClassData const& /*classData*/) override {
-    return 0;
+    ++countCalls;
+    auto const count = counts.find(key);
+    return count == counts.end() ? 0 : count->second;
   }
 
  private:
@@ -217,6 +222,8 @@ class PolicyBench {
   Kor::Ptr<PolicyMap::PolicyMapTypeConfig> policies = Kor::make<PolicyMap::PolicyMapTypeConfig>();
   Kor::Ptr<PolicyMap::ClassMapTypeConfig> classes = Kor::make<PolicyMap::ClassMapTypeConfig>();
   Kor::Ptr<PolicyMap::PolicyMapTypeStatus> status = Kor::make<PolicyMap::PolicyMapTypeStatus>();
+  Kor::Ptr<PolicyMap::PolicyMapStatusRequestDir> requests =
+      Kor::make<PolicyMap::PolicyMapStatusRequestDir>();
   Kor::Ptr<Acl::Config> acls = Kor::make<Acl::Config>();
   Kor::Ptr<Lag::Input::Config> lag = Kor::make<Lag::Input::Config>();
   Kor::Ptr<Ip::Status> ip = Kor::make<Ip::Status>();
@@ -231,7 +238,7 @@ class PolicyBench {
     machine = Kor::make<ServiceSm>(
         Kor::Ptr<PolicyMap::PolicyMapTypeConfig const>(policies),
         Kor::Ptr<PolicyMap::ClassMapTypeConfig const>(classes),
-        Kor::Ptr<PolicyMap::PolicyMapStatusRequestDir const>(), status,
+        Kor::Ptr<PolicyMap::PolicyMapStatusRequestDir const>(requests), status,
         Kor::Ptr<Acl::Config const>(acls), Kor::Ptr<Lag::Input::Config const>(lag),
         Kor::Ptr<Ip::Status const>(ip), Kor::Ptr<Ip6::Status const>(ip6),
         Kor::Ptr<Routing::RoutingInfo const>(routing),

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "policymap/PolicyBench.h"
+
+#include <gmock/gmock.h>
+
+namespace policymap {
+namespace {
+
+class HitCount : public testing::Test {
+ protected:
+  PolicyBench bench;
+
+  void SetUp() override {
+    bench.simplePolicy();
+    bench.rule("acl", 20, Acl::PortMatch::range(1, 1000));
+    bench.helper->subRulesForL4PortsIs(true);
+    bench.start();
+    bench.settle();
+  }
+  [[nodiscard]] Kor::Ptr<PolicyMap::ClassMapStatus> status() const {
+    auto const policy = bench.status->policyMapStatus({"pm", "input"});
+    return policy ? policy->classMapStatus("c") : nullptr;
+  }
+  static PolicyMap::AclRuleKey key(std::uint32_t seqno) {
+    return {"c", "acl", seqno, ClassMapMatchOption::ipv4};
+  }
+  void request(std::uint32_t number) const {
+    bench.requests->countRequestIs({"pm", "input"}, number);
+  }
+};
+
+TEST_F(HitCount, IsReadOnRequestOncePerRuleWhenTheLoopTurns) {
+  bench.helper->counts = {{key(10), 5}, {key(20), 7}};
+  request(1);
+  EXPECT_EQ(bench.helper->countCalls, 0U);
+  bench.settle();
+  EXPECT_EQ(bench.helper->countCalls, 2U);
+  EXPECT_EQ(status()->hitCount(key(10)), 5U);
+  EXPECT_EQ(status()->hitCount(key(20)), 7U);
+}
+
+TEST_F(HitCount, StaysUntilTheNextRequest) {
+  request(1);
+  bench.settle();
+  bench.helper->counts = {{key(10), 9}};
+  bench.settle();
+  EXPECT_EQ(status()->hitCount(key(10)), 0U);
+  request(2);
+  bench.settle();
+  EXPECT_EQ(status()->hitCount(key(10)), 9U);
+}
+
+TEST_F(HitCount, OfARemovedRuleGoesWithTheNextRequest) {
+  request(1);
+  bench.settle();
+  EXPECT_EQ(status()->hitCounts(), 2U);
+  bench.acls->ipAcl("acl")->ruleDel(20);
+  request(2);
+  bench.settle();
+  EXPECT_EQ(status()->hitCounts(), 1U);
+}
+
+TEST_F(HitCount, OfAPolicyThatDoesNotStandIsNotAskedFor) {
+  bench.helper->answers["commit"] = "full";
+  bench.rule("acl", 10, Acl::PortMatch::eq(5));
+  bench.settle();
+  request(1);
+  bench.settle();
+  EXPECT_EQ(bench.helper->countCalls, 0U);
+}
+
+TEST_F(HitCount, OfAnUnknownPolicyIsNotAskedFor) {
+  bench.requests->countRequestIs({"other", "input"}, 1);
+  bench.settle();
+  EXPECT_EQ(bench.helper->countCalls, 0U);
+}
+
+TEST_F(HitCount, GoesWithThePolicy) {
+  request(1);
+  bench.settle();
+  bench.detach("Ethernet1");
+  bench.settle();
+  EXPECT_FALSE(status());
+}
+
+}  // namespace
+}  // namespace policymap
