@@ -64,6 +64,7 @@ void ClassMapConfig::currentSubConfigIs(Kor::Ptr<ClassMapSubConfig> const& subCo
   if (subConfig == current_) {
     return;
   }
+  Ptr const pinned = Kor::share(this);
   current_ = subConfig;
   if (!content_) {
     content_ = Kor::make<ContentWatch>(this);

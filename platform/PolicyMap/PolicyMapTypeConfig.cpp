@@ -58,6 +58,7 @@ std::vector<Kor::Name> PolicyMapSubConfig::classesInOrder() const {
 }
 
 void PolicyMapSubConfig::announceClassPrio(Kor::Name const& name) {
+  Ptr const pinned = Kor::share(this);
   if (auto const old = prioTaken_.find(name); old != prioTaken_.end()) {
     std::uint32_t const prio = old->second;
     prioTaken_.erase(old);
