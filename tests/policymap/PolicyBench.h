@@ -143,25 +143,47 @@ class NumberAction : public PolicyMap::Action {
   int number_ = 0;
 };
 
-class NumberActionSm : public PolicyMap::ActionSm {
+// What every machine built on the base machines does with their toggles: passes on what changes
+// something, marks itself when the reactors are done, and quiets them before it ends.
+template <class Machine>
+class Toggled : public Machine {
+ public:
+  template <class... Args>
+  explicit Toggled(Args&&... args) : Machine(std::forward<Args>(args)...) {}
+  ~Toggled() override { Toggled::korDoZombieReactors(true); }
+
+  void hasNotificationActiveIs(bool active) override {
+    if (active != this->hasNotificationActive()) {
+      Machine::hasNotificationActiveIs(active);
+    }
+  }
+  void korDoZombieReactors(bool zombie) override {
+    if (zombie != this->korMarkedForDeletion()) {
+      Machine::korDoZombieReactors(zombie);
+      this->korMarkedForDeletionIs(zombie);
+    }
+  }
+};
+
+class NumberActionSm : public Toggled<PolicyMap::ActionSm> {
  public:
   NumberActionSm(Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& global,
                  Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policy,
                  Kor::Ptr<PolicyMap::ClassMapSmCommonData> const& classData,
                  Kor::Ptr<PolicyMap::Action const> const& watched)
-      : ActionSm(global, policy, classData, watched) {}
+      : Toggled(global, policy, classData, watched) {}
   void handleAction() override { classCommonData()->updateAclActionsInc(1); }
   void cleanup() override { classCommonData()->updateAclActionsInc(1); }
 };
 
-class ClassSm : public PolicyMap::ClassMapSm {
+class ClassSm : public Toggled<PolicyMap::ClassMapSm> {
  public:
   ClassSm(Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& global,
           Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policy,
           Kor::Ptr<PolicyMap::ClassMapConfig const> const& map,
           Kor::Ptr<PolicyMap::ClassMapSubConfig const> const& rawMap,
           Kor::Ptr<PolicyMap::ClassAction const> const& action)
-      : ClassMapSm(global, policy, map, rawMap, action) {}
+      : Toggled(global, policy, map, rawMap, action) {}
   Kor::Ptr<PolicyMap::ActionSm> createActionSm(PolicyMap::ActionType type) override {
     auto machine = Kor::make<NumberActionSm>(globalCommonData(), policyCommonData(),
                                              classCommonData(), classAction()->action(type));
@@ -171,14 +193,14 @@ class ClassSm : public PolicyMap::ClassMapSm {
   }
 };
 
-class PolicySm : public PolicyMap::PolicyMapSm {
+class PolicySm : public Toggled<PolicyMap::PolicyMapSm> {
  public:
   PolicySm(Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& global,
            PolicyMap::PolicyMapSmKey const& key,
            Kor::Ptr<PolicyMap::PolicyMapConfig const> const& config,
            Kor::Ptr<PolicyMap::ClassMapTypeConfig const> const& classes,
            Kor::Ptr<PolicyMap::PolicyMapStatus> const& status)
-      : PolicyMapSm(global, key, config, classes, status) {}
+      : Toggled(global, key, config, classes, status) {}
   Kor::Ptr<PolicyMap::ClassMapSm> createClassMapSm(
       Kor::Ptr<PolicyMap::ClassMapConfig const> const& map,
       Kor::Ptr<PolicyMap::ClassMapSubConfig const> const& rawMap,
@@ -189,10 +211,10 @@ class PolicySm : public PolicyMap::PolicyMapSm {
   }
 };
 
-class ServiceSm : public PolicyMap::ServicePolicySm {
+class ServiceSm : public Toggled<PolicyMap::ServicePolicySm> {
  public:
   template <class... Args>
-  explicit ServiceSm(Args const&... args) : ServicePolicySm(args...) {}
+  explicit ServiceSm(Args const&... args) : Toggled(args...) {}
   std::set<Vorel::IntfId> nonexistent;
 
   [[nodiscard]] bool intfExists(Vorel::IntfId asked) const override {
