@@ -82,7 +82,82 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"policyRemoved", true,
              [](Scenario& scenario) { scenario.policies->policyMapConfigDel("pm"); },
              "create 1, commit 1, update 0/0, not created, clean"}),
-    [](auto const& info) { return std::string(info.param.name); });
+    [](auto const& one) { return std::string(one.param.name); });
+
+// The second rule has a port range, so that a range checker can fail it where the first succeeds.
+void failSecondRule(Scenario& scenario) {
+  scenario.rule("acl", 20, TestSupport::tcp(Acl::PortMatch::range(5004, 5008)));
+  scenario.helper->rangeCheckerErrorIs("no range checker left");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Failed, SettledPass,
+    testing::Values(Case{"deletion", true,
+                         [](Scenario& scenario) {
+                           scenario.helper->deleteErrorIs("stuck");
+                           scenario.policies->policyMapConfigDel("pm");
+                         },
+                         "create 1, commit 1, update 0/0, not created, clean"},
+                    Case{"creation", false,
+                         [](Scenario& scenario) { scenario.helper->createErrorIs("full"); },
+                         "create 1, commit 0, update 0/0, not created, clean"},
+                    Case{"firstRule", false,
+                         [](Scenario& scenario) { scenario.helper->addRuleErrorIs("full"); },
+                         "create 1, commit 0, update 0/0, not created, clean"},
+                    Case{"laterRule", false, failSecondRule,
+                         "create 1, commit 0, update 0/0, not created, dirty"},
+                    Case{"laterRuleOfAReCreation", true, failSecondRule,
+                         "create 2, commit 1, update 0/0, not created, dirty"},
+                    Case{"interfaceOfFirstProgramming", false,
+                         [](Scenario& scenario) { scenario.helper->addIntfErrorIs("full"); },
+                         "create 1, commit 0, update 0/0, not created, dirty"},
+                    Case{"commitOfFirstProgramming", false,
+                         [](Scenario& scenario) { scenario.helper->commitErrorIs("full"); },
+                         "create 1, commit 1, update 0/0, not created, clean"},
+                    Case{"addedInterface", true,
+                         [](Scenario& scenario) {
+                           scenario.helper->addIntfErrorIs("full");
+                           scenario.attach("pm", "Ethernet3");
+                         },
+                         "create 1, commit 1, update 0/0, not created, clean"},
+                    Case{"removedInterface", true,
+                         [](Scenario& scenario) {
+                           scenario.helper->removeIntfErrorIs("stuck");
+                           scenario.detach("Ethernet2");
+                         },
+                         "create 1, commit 1, update 0/0, not created, clean"},
+                    Case{"commitOfAnInterface", true,
+                         [](Scenario& scenario) {
+                           scenario.helper->commitErrorIs("full");
+                           scenario.attach("pm", "Ethernet3");
+                         },
+                         "create 1, commit 2, update 0/0, not created, clean"},
+                    Case{"updateReCreated",
+                         true,
+                         [](Scenario& scenario) {
+                           scenario.helper->updateActionErrorIs("refused");
+                           changeAction(scenario);
+                         },
+                         "create 2, commit 2, update 1/1, created, clean",
+                         {.updateActions = true}},
+                    Case{"updateAndItsReCreation",
+                         true,
+                         [](Scenario& scenario) {
+                           scenario.helper->updateActionErrorIs("refused");
+                           scenario.helper->addRuleErrorIs("full");
+                           changeAction(scenario);
+                         },
+                         "create 2, commit 1, update 1/1, not created, clean",
+                         {.updateActions = true}},
+                    Case{"commitOfAnUpdate",
+                         true,
+                         [](Scenario& scenario) {
+                           scenario.helper->commitErrorIs("full");
+                           changeAction(scenario);
+                         },
+                         "create 1, commit 2, update 1/1, not created, clean",
+                         {.updateActions = true}}),
+    [](auto const& one) { return std::string(one.param.name); });
 
 }  // namespace
 }  // namespace endtoend
