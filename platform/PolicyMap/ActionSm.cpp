@@ -29,7 +29,7 @@ Kor::KorType const* ActionSm::_fwkType() {
 void ActionSm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
   action_.hasNotificationActiveIs(active);
-  if (active && !initialized_) {
+  if (active && !korMarkedForDeletion()) {
     initializedIs(true);
   }
 }
@@ -51,7 +51,9 @@ void ActionSm::initializedIs(bool initialized) {
     return;
   }
   initialized_ = initialized;
-  handleInitialized();
+  if (initialized) {
+    handleInitialized();
+  }
 }
 
 void ActionSm::korDoZombieReactors(bool zombie) {

@@ -248,6 +248,10 @@ void ClassMapSm::contentChanged(Kor::AttributeId /*id*/) {
 }
 
 void ClassMapSm::dependencyChanged(DependencyKind kind) {
+  rulesStale_ = true;
+  if (!reacting()) {
+    return;
+  }
   switch (kind) {
   case DependencyKind::ipAcl: handleMatch(ClassMapMatchOption::ipv4); break;
   case DependencyKind::ip6Acl: handleMatch(ClassMapMatchOption::ipv6); break;

@@ -68,6 +68,9 @@ void PolicyMapSm::initialize() {
     policyCommonDataIs(createCommonData());
   }
   configChanged(PolicyMapConfig::currentSubConfigId);
+  if (initialized_) {
+    classesAre();  // what changed while nobody listened
+  }
   initializedIs(true);
 }
 
@@ -116,6 +119,14 @@ void PolicyMapSm::classesAre() {
   }
 }
 
+void PolicyMapSm::catchUp() {
+  classesAre();
+  for (auto const& entry : classMapSmIteratorConst()) {
+    entry.value()->handleMatch();
+  }
+  program_->everythingChanged();
+}
+
 void PolicyMapSm::classIs(Kor::Name const& name) {
   if (!policyMap() || !policyMap()->korClassPrio(name)) {
     classWatches_.erase(name);
@@ -124,7 +135,11 @@ void PolicyMapSm::classIs(Kor::Name const& name) {
     return;
   }
   if (globalCommonData_ && classWatches_.find(name) == classWatches_.end()) {
-    auto const react = [this](DependencyKind, Kor::Name const& changed) { classIs(changed); };
+    auto const react = [this](DependencyKind, Kor::Name const& changed) {
+      if (reacting()) {
+        classIs(changed);
+      }
+    };
     auto& watch = classWatches_.try_emplace(name, react).first->second;
     watch.indexIs(&globalCommonData_->dependencies());
     watch.namesAre({{DependencyKind::classMap, name}});

@@ -93,6 +93,8 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
   // The class machines in the order in which their rules are programmed.
   [[nodiscard]] std::vector<Kor::Ptr<ClassMapSm>> classesInOrder() const;
 
+  // Takes up whatever may have changed while nobody listened.
+  void catchUp();
   // Drops the machines of classes that have left the configuration and not come back.
   void dropLeftClasses();
   // Told by the class machines.

@@ -194,14 +194,19 @@ void ServicePolicySm::korDoZombieReactors(bool zombie) {
 
 void ServicePolicySm::initialize() {
   cleanedUp_ = false;
-  if (!commonData_) {
-    commonDataIs(createCommonData());
+  if (std::exchange(rebuildDue_, false) || !commonData_) {
+    renewCommonData();
   }
   if (aclHelper_) {
     aclHelper_->programmer().start();
   }
   attachmentsAre();
   membersAre();
+  if (initialized_) {
+    for (auto const& entry : policyMapSmIteratorConst()) {
+      entry.value()->catchUp();
+    }
+  }
   initializedIs(true);
 }
 
@@ -342,13 +347,19 @@ void ServicePolicySm::policyGone(PolicyMapSmKey const& key) {
 
 void ServicePolicySm::rebuild() {
   if (!reacting()) {
+    rebuildDue_ = true;
     return;
   }
+  renewCommonData();
+  attachmentsAre();
+}
+
+// The machines below were built with the old data: they are built anew.
+void ServicePolicySm::renewCommonData() {
   commonDataIs(createCommonData());
   for (auto const& entry : policyMapSmIteratorConst()) {
     entry.value()->program().restart();
   }
-  attachmentsAre();
 }
 
 // interfaces ----------------------------------------------------------------------------

@@ -186,6 +186,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   void membersAre();
   void optionsChanged();
   void rebuild();
+  void renewCommonData();
   [[nodiscard]] bool hasIp(Vorel::IntfId intf) const;
   [[nodiscard]] bool hasIp6(Vorel::IntfId intf) const;
   [[nodiscard]] bool isLayer3(Vorel::IntfId intf) const;
@@ -215,6 +216,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   double asyncTimeout_ = 30;
   bool initialized_ = false;
   bool cleanedUp_ = false;
+  bool rebuildDue_ = false;  // when notifications are on again
 
   // Attachments as last heard of: by place, by policy, by interface.
   std::map<ServicePolicyKey, Kor::Name> attachedAt_;
