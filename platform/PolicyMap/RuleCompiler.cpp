@@ -243,6 +243,9 @@ class Compiler {
   // leaves ------------------------------------------------------------------------------
 
   void addList(ClassMapMatchOption option, Kor::Name const& name, Gathered& into) {
+    if (name.empty()) {
+      return;  // the empty match; in rule keys the empty name stands for the class-map itself
+    }
     switch (option) {
     case ClassMapMatchOption::ipv4: addList(into.ipv4, name); break;
     case ClassMapMatchOption::ipv6: addList(into.ipv6, name); break;
