@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+// The program as a process of its own, and the demonstration.
+#include "lab/Sessions.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+
+namespace lab::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+struct Process {
+  int status = -1;
+  std::string out;
+};
+
+/// Runs a command of the shell; what it prints to stderr is not looked at.
+Process shell(std::string const& command) {
+  Process process;
+  std::FILE* const pipe = ::popen((command + " 2>/dev/null").c_str(), "r");
+  std::array<char, 4096> buffer{};
+  for (std::size_t count = 0; (count = std::fread(buffer.data(), 1, buffer.size(), pipe)) != 0;) {
+    process.out.append(buffer.data(), count);
+  }
+  int const status = ::pclose(pipe);
+  process.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return process;
+}
+
+std::string const binary = std::string(POLICYMAPTEST_BUILD_DIR) + "/bin/policymap-lab";
+
+class PolicymapLab : public InputFiles {
+ protected:
+  void SetUp() override {
+    if (!std::filesystem::exists(binary)) {
+      GTEST_SKIP() << binary << " is not built: the process was not run";
+    }
+  }
+};
+
+TEST_F(PolicymapLab, EndsWithTheStatusOfTheRun) {
+  std::string const good = file("good.cfg", simplePolicy);
+  std::string const missing = file("missing.cfg", "interface Et1\n service-policy input P\n");
+  std::string const bad = file("bad.cfg", "frobnicate\n");
+  EXPECT_EQ(shell(binary + " run " + good).status, 0);
+  EXPECT_EQ(shell(binary + " run " + missing).status, 1);
+  EXPECT_EQ(shell(binary + " run " + bad).status, 2);
+  EXPECT_EQ(shell(binary + " run").status, 2);
+  EXPECT_EQ(shell(binary + " --help").status, 0);
+}
+
+TEST_F(PolicymapLab, PrintsNoControlSequencesWhereNoTerminalIs) {
+  std::string const good = file("good.cfg", simplePolicy);
+  Process const process = shell("TERM=xterm " + binary + " run " + good);
+  EXPECT_THAT(process.out, HasSubstr("policy-map P, input, ipv4: created"));
+  EXPECT_THAT(process.out, Not(HasSubstr("\033")));
+}
+
+TEST_F(PolicymapLab, ColorIsForTerminalsAndCanBeRefused) {
+  if (shell("script --version").status != 0) {
+    GTEST_SKIP() << "script is not installed: the program was not run on a terminal";
+  }
+  std::string const run = binary + " run " + file("good.cfg", simplePolicy);
+  auto const onTerminal = [&](std::string const& environment) {
+    return shell("env -u NO_COLOR " + environment + " script -qec '" + run + "' /dev/null").out;
+  };
+  EXPECT_THAT(onTerminal("TERM=xterm"), HasSubstr("\033[1mpolicy-map P"));
+  EXPECT_THAT(onTerminal("TERM=xterm NO_COLOR=1"), Not(HasSubstr("\033")));
+  EXPECT_THAT(onTerminal("TERM=dumb"), Not(HasSubstr("\033")));
+}
+
+TEST_F(PolicymapLab, DemonstrationShowsRecordsAndWhatAnEditChangesInAHundredColumns) {
+  std::string const source = POLICYMAPTEST_SOURCE_DIR;
+  Process const demo = shell("BUILD_DIR=" + std::string(POLICYMAPTEST_BUILD_DIR) +
+                             " SOURCE_DIR=" + source + " bash " + source + "/examples/demo.sh");
+  EXPECT_EQ(demo.status, 0);
+  EXPECT_THAT(demo.out, HasSubstr("class realtime: action2 200 -> 300"));
+  EXPECT_THAT(demo.out, HasSubstr("- mail mail 10: permit tcp any host 10.1.0.25 eq 25\n"));
+  EXPECT_THAT(demo.out, HasSubstr("+ mail mail 30: permit tcp any host 10.1.0.25 eq 587\n"));
+  EXPECT_THAT(demo.out, HasSubstr("interfaces  - Ethernet3\n"));
+  EXPECT_THAT(demo.out, HasSubstr("interfaces  + Ethernet50\n"));
+  EXPECT_THAT(demo.out, Not(HasSubstr("problems")));
+  std::istringstream lines(demo.out);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(line.size(), 100U) << line;
+  }
+}
+
+}  // namespace
+}  // namespace lab::test
