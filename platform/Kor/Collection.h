@@ -79,11 +79,7 @@ class Collection {
   // One walk in map order that removes and then announces each member.
   template <class Announce>
   void removeAll(Announce&& announce) {
-    for (typename Map::Cursor cursor(map_); cursor.member(); cursor.advance()) {
-      if (Kor::Ptr<Member> const removed = cursor.remove()) {
-        announce(removed);
-      }
-    }
+    map_.removeAll(announce);
   }
   // Iterators of a const owner walk without changing; the map only notes that they are open.
   [[nodiscard]] Map& map() const { return map_; }

@@ -155,6 +155,23 @@ class HashMap {
     }
   }
 
+  // One walk in order that unlinks each member and then calls announce(Ptr<Member>), which may do
+  // anything to the map: a member that it links ahead of the walk goes too, one behind it stays.
+  template <class Announce>
+  void removeAll(Announce&& announce) {
+    Cursor cursor(*this);
+    while (Kor::Ptr<Member> const removed = cursor.member_) {
+      remove(removed.get());
+      announce(removed);
+      if (cursor.map_ == nullptr) {
+        return;  // the map died
+      }
+      // The place of a member that has left is still in its link.
+      cursor.member_ = share(upperBound(link(removed.get()).reversedHash_, removed->fwkKey()));
+      cursor.removals_ = removals_;
+    }
+  }
+
   // The first member, null when empty; the one behind a linked member, null behind the last.
   [[nodiscard]] Member* first() const { return members_ == 0 ? nullptr : firstFrom(0); }
   [[nodiscard]] Member* next(Member const* member) const {
