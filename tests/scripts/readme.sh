@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+#
+# What the README shows is what there is: its listing is the example that the tests run, its folders and
+# links exist, its commands are commands of ./dev, and its calls of policymap-lab on our examples work.
+set -euo pipefail
+cd "$SOURCE_DIR"
+faults=0
+fault() {
+  printf 'README.md: %s\n' "$*"
+  faults=$((faults + 1))
+}
+
+# The first C++ listing.
+if ! diff <(awk '/^```cpp$/ {on = 1; next} /^```$/ {on = 0} on' README.md) examples/first_test.cpp; then
+  fault 'the listing is not examples/first_test.cpp'
+fi
+
+# Links and the folders of the table.
+while IFS= read -r path; do
+  if [[ ! -e $path ]]; then fault "there is no $path"; fi
+done < <({ grep -oE '\]\([^):]+\)' README.md | tr -d '])('; grep -oE '^\| `[a-z]+/`' README.md | tr -d '|` '; } | sort -u)
+
+# ./dev commands.
+commands=$(./dev help)
+while IFS= read -r command; do
+  if ! grep -qE "(^|[[:space:]])$command([[:space:]]|$)" <<<"$commands"; then
+    fault "./dev has no command $command"
+  fi
+done < <(grep -oE '\./dev [a-z]+' README.md | awk '{print $2}' | sort -u)
+
+# Calls of the lab whose files are ours; the others need files of the reader's own.
+lab="$BUILD_DIR/bin/policymap-lab"
+if [[ -x $lab ]]; then
+  ran=0
+  while IFS= read -r line; do
+    read -ra words <<<"${line%%#*}"
+    if ! "$lab" "${words[@]:1}" >/dev/null; then fault "fails: $line"; fi
+    ran=$((ran + 1))
+  done < <(grep -E '^policymap-lab .*examples/' README.md)
+  if ((ran == 0)); then fault 'shows no call of policymap-lab on our examples'; fi
+else
+  printf 'skipped: policymap-lab is not built, so its calls were not run\n'
+fi
+
+if ((faults > 0)); then exit 1; fi
+printf 'README.md is true\n'
