@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// FaultyHelper: a recording helper that fails one particular call. It counts the calls that each of
+// the eight injected errors can fail; one call, by its number, or all from there on, is given an
+// error of its own. The helper's attributes are used for it, so answers and records are its own.
+
+#include "helper/AclHelper.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace TestSupport {
+
+enum class Fault : std::uint8_t {
+  create,
+  remove,
+  commit,
+  addIntf,
+  removeIntf,
+  addRule,
+  updateAction,
+  rangeChecker,
+};
+inline constexpr std::array allFaults{Fault::create,       Fault::remove,      Fault::commit,
+                                      Fault::addIntf,      Fault::removeIntf,  Fault::addRule,
+                                      Fault::updateAction, Fault::rangeChecker};
+std::ostream& operator<<(std::ostream& out, Fault fault);
+
+// One failed call.
+struct FiredFault {
+  std::string error;  // unlike that of every other call
+  std::string operation;
+  PolicyMap::PolicyMapSmKey policy;
+  PolicyMap::ClassMapMatchOption option;
+  std::optional<PolicyMap::AclRuleKey> rule;  // of an operation on a rule
+  // False when nobody gets the text: it answers the deletion inside a re-creation, or is an
+  // asynchronous result that the next one overtakes.
+  bool seen = true;
+};
+
+class FaultyHelper final : public PolicyMapTest::AclHelper {
+ public:
+  using AclHelper::AclHelper;
+  ~FaultyHelper() override;
+
+  // Fails the call of that number, counted from 1 and from the construction; `lasting`: and all
+  // that follow, until healed.
+  void failureIs(Fault fault, std::uint32_t number, bool lasting);
+  void heal();
+
+  [[nodiscard]] std::uint32_t calls(Fault fault) const { return calls_.at(index(fault)); }
+  [[nodiscard]] std::vector<FiredFault> const& fired() const { return fired_; }
+  // Whether an asynchronous result was scheduled since the last delivery; deliver() gives it.
+  [[nodiscard]] bool resultPending() const { return pending_; }
+  void deliver();
+
+  using PolicyData = PolicyMap::PolicyMapSmCommonData::PtrConst;
+  using ClassData = PolicyMap::ClassMapSmCommonData::PtrConst;
+  using Option = PolicyMap::ClassMapMatchOption;
+  Kor::String createPolicy(PolicyData const& policyData, Option matchOption) override;
+  Kor::String recreatePolicy(PolicyData const& policyData, Option matchOption) override;
+  Kor::String deletePolicy(PolicyData const& policyData, Option matchOption) override;
+  Kor::String commitPolicy(PolicyData const& policyData, Option matchOption) override;
+  Kor::String addIntfToPolicy(PolicyData const& policyData, Vorel::IntfId intf,
+                              Option matchOption) override;
+  Kor::String removeIntfFromPolicy(PolicyData const& policyData, Vorel::IntfId intf,
+                                   Option matchOption) override;
+  Kor::String addRule(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
+                      PolicyData const& policyCommonData,
+                      ClassData const& classCommonData) override;
+  Kor::String updateAction(PolicyMap::AclRuleKey const& key,
+                           PolicyMap::SubRuleData const& subRuleData,
+                           PolicyData const& policyCommonData,
+                           ClassData const& classCommonData) override;
+
+ private:
+  using ErrorIs = void (AclHelper::*)(Kor::String8);
+  class Call;
+
+  static std::size_t index(Fault fault) { return static_cast<std::size_t>(fault); }
+  static ErrorIs errorIs(Fault fault);
+  void asynchronousCall(bool failing);
+
+  std::array<std::uint32_t, allFaults.size()> calls_{};
+  std::optional<Fault> fault_;
+  std::uint32_t number_ = 0;
+  bool lasting_ = false;
+  bool recreating_ = false;
+  bool pending_ = false;
+  std::optional<std::size_t> pendingFault_;  // which of fired_ the pending result is
+  std::vector<FiredFault> fired_;
+};
+
+}  // namespace TestSupport

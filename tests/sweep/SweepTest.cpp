@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: Apache-2.0
+
+// Every script x every injected error x every call that it can fail x every way in which the helper
+// answers x once or lastingly: nothing asserts, every failure is reported where it belongs, and
+// when the fault is gone the records become those of the run without it.
+
+#include "support/FailureJournal.h"
+#include "support/FaultyHelper.h"
+#include "support/NormalForm.h"
+#include "support/Scenario.h"
+#include "support/TraceRecorder.h"
+#include "sweep/Scripts.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <sstream>
+
+namespace sweep {
+namespace {
+
+using TestSupport::allFaults;
+using TestSupport::FailureJournal;
+using TestSupport::Fault;
+using TestSupport::FaultyHelper;
+using TestSupport::FiredFault;
+using TestSupport::NormalForm;
+using TestSupport::normalForm;
+using TestSupport::Scenario;
+
+// Late: one result per step of the script, so that steps meet passes that wait; the rest come at
+// the end.
+enum class Mode : std::uint8_t { synchronous, asynchronous, pseudoAsynchronous, late };
+constexpr std::array allModes{Mode::synchronous, Mode::asynchronous, Mode::pseudoAsynchronous,
+                              Mode::late};
+
+std::ostream& operator<<(std::ostream& out, Mode mode) {
+  constexpr std::array<char const*, allModes.size()> names{"synchronous", "asynchronous",
+                                                           "pseudo-asynchronous", "late"};
+  return out << names.at(static_cast<std::size_t>(mode));
+}
+
+// Which call fails; a default one fails none.
+struct Failing {
+  std::optional<Fault> fault = {};
+  std::uint32_t call = 0;
+  bool lasting = false;
+};
+
+// One run of a script.
+class ScriptRun {
+ public:
+  ScriptRun(Script const& script, Mode mode, Failing const& failing)
+      : helper_(Kor::make<FaultyHelper>(script.settings.updateActions,
+                                        script.settings.expandPortChannels)),
+        scenario_(script.settings, helper_),
+        journal_(scenario_.status) {
+    helper_->asyncOperationsIs(mode != Mode::synchronous);
+    helper_->pseudoAsyncIs(mode == Mode::pseudoAsynchronous);
+    if (failing.fault) {
+      helper_->failureIs(*failing.fault, failing.call, failing.lasting);
+    }
+    script.prepare(scenario_);
+    scenario_.start();
+    settle(mode);
+    for (Script::Act const& step : script.steps) {
+      step(scenario_);
+      settle(mode);
+    }
+    settle();
+    if (failing.lasting) {
+      advance(5);  // tried again, in vain
+    }
+  }
+
+  // The fault is gone, and time passes until nothing is left to be done.
+  void recover() {
+    helper_->heal();
+    advance(200);
+  }
+
+  [[nodiscard]] FaultyHelper const& helper() const { return *helper_; }
+  [[nodiscard]] NormalForm records() const { return normalForm(*helper_); }
+
+  // What is wrong with the reports, one line per fault; empty when all is well.
+  [[nodiscard]] std::string wrongReports() const {
+    std::ostringstream wrong;
+    bool first = true;
+    for (FiredFault const& fired : helper_->fired()) {
+      if (fired.seen && !reported(fired) && !isNobodys(fired) &&
+          (first || !traced("second failure of a pass: " + fired.error))) {
+        wrong << fired.operation << " of " << fired.policy << ' ' << fired.option << ": '"
+              << fired.error << "' is reported nowhere\n";
+      }
+      first = first && !fired.seen;
+    }
+    return wrong.str();
+  }
+  // The same for what the statuses say at the end.
+  [[nodiscard]] std::string wrongStatuses() const {
+    std::ostringstream wrong;
+    for (auto const& entry : scenario_.status->policyMapStatusIteratorConst()) {
+      for (auto const option : PolicyMap::allMatchOptions) {
+        auto const record = helper_->testData(PolicyMapTest::AclPolicyType(entry.key(), option));
+        bool const stands = record && record->created();
+        bool const reportedToStand = entry.value()->programmed(option);
+        // A deletion that failed is not repeated, so its text may stay.
+        bool const fails = stands && entry.value()->korFailure(option);
+        if (stands != reportedToStand || fails) {
+          wrong << entry.key() << ' ' << option << (stands ? " stands" : " does not stand")
+                << ", is reported to" << (reportedToStand ? "" : " not")
+                << (fails ? ", and to fail" : "") << '\n';
+        }
+      }
+    }
+    return wrong.str();
+  }
+
+ private:
+  void settle() {
+    scenario_.settle();
+    while (helper_->resultPending()) {
+      helper_->deliver();
+      scenario_.settle();
+    }
+  }
+  void settle(Mode mode) {
+    if (mode != Mode::late) {
+      settle();
+    } else if (scenario_.settle(); helper_->resultPending()) {
+      helper_->deliver();
+      scenario_.settle();
+    }
+  }
+  // At most so many seconds: as long as something is still to be done.
+  void advance(int seconds) {
+    for (int second = 0; second < seconds && Kor::EventLoop::global().pending() != 0; ++second) {
+      scenario_.advance(1);
+      settle();
+    }
+  }
+  [[nodiscard]] bool reported(FiredFault const& fired) const {
+    auto const& failures = journal_.failures();
+    return std::any_of(failures.begin(), failures.end(), [&](auto const& reported) {
+      return reported.policy == fired.policy && reported.option == fired.option &&
+             reported.failure.error() == fired.error &&
+             reported.failure.operation() == fired.operation &&
+             reported.failure.rule() == fired.rule.value_or(PolicyMap::AclRuleKey()) &&
+             reported.failure.className() == reported.failure.rule().className();
+    });
+  }
+  [[nodiscard]] bool traced(std::string const& start) const {
+    auto const& lines = trace_.lines();
+    return std::any_of(lines.begin(), lines.end(), [&](std::string const& line) {
+      return line.starts_with("PolicyMap|1|" + start);
+    });
+  }
+  // Whether the result came when whoever had waited for it had given up its helper.
+  [[nodiscard]] bool isNobodys(FiredFault const& fired) const {
+    return traced(
+        "result nobody waits for: Value('PolicyMap::AsyncOperationResult', ** {'error': '" +
+        fired.error + "',");
+  }
+
+  TestSupport::TraceRecorder trace_{"PolicyMap", 1};
+  Kor::Ptr<FaultyHelper> helper_;
+  Scenario scenario_;
+  FailureJournal journal_;
+};
+
+struct Tally {
+  std::size_t cases = 0;
+  std::size_t faults = 0;  // calls that failed
+};
+
+void failOneCall(Script const& script, Mode mode, Failing const& failing,
+                 NormalForm const& expected, Tally& tally) {
+  std::ostringstream title;
+  title << script.name << ", " << mode << ", " << *failing.fault << " at call " << failing.call
+        << (failing.lasting ? " and after" : " alone");
+  SCOPED_TRACE(title.str());
+  ScriptRun run(script, mode, failing);
+  ++tally.cases;
+  tally.faults += run.helper().fired().size();
+  EXPECT_FALSE(run.helper().fired().empty());
+  run.recover();
+  EXPECT_EQ(describe(run.records()), describe(expected));
+  EXPECT_EQ(run.records(), expected);
+  EXPECT_EQ(run.wrongReports(), "");
+  EXPECT_EQ(run.wrongStatuses(), "");
+}
+
+class Sweep : public testing::TestWithParam<Script> {
+ public:
+  static void TearDownTestSuite() {
+    std::printf("all scripts: %zu cases, %zu failed calls\n", total.cases, total.faults);
+  }
+
+ protected:
+  static inline Tally total;
+};
+
+TEST_P(Sweep, EveryFaultIsReportedAndLeavesNothingBehind) {
+  Script const& script = GetParam();
+  Tally tally;
+  NormalForm const expected = ScriptRun(script, Mode::synchronous, {}).records();
+  for (Mode const mode : allModes) {
+    ScriptRun const spared(script, mode, {});
+    EXPECT_EQ(describe(spared.records()), describe(expected)) << script.name << ", " << mode;
+    for (Fault const fault : allFaults) {
+      for (std::uint32_t call = 1; call <= spared.helper().calls(fault); ++call) {
+        for (bool const lasting : {false, true}) {
+          failOneCall(script, mode, {fault, call, lasting}, expected, tally);
+        }
+      }
+    }
+  }
+  EXPECT_GT(tally.cases, 0U);
+  std::printf("%s: %zu cases, %zu failed calls\n", script.name.c_str(), tally.cases, tally.faults);
+  total.cases += tally.cases;
+  total.faults += tally.faults;
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, Sweep, testing::ValuesIn(allScripts()), [](auto const& one) {
+  std::string name;
+  bool capital = true;
+  for (char const letter : one.param.name) {
+    if (std::isalnum(static_cast<unsigned char>(letter)) == 0) {
+      capital = true;
+    } else {
+      name +=
+          capital ? static_cast<char>(std::toupper(static_cast<unsigned char>(letter))) : letter;
+      capital = false;
+    }
+  }
+  return name;
+});
+
+}  // namespace
+}  // namespace sweep
