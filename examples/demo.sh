@@ -32,8 +32,31 @@ Nothing else is touched: a record that is not named here is as it was.
 TEXT
 "${lab[@]}" --summary campus.cfg campus-edit.cfg
 
+fault=("${lab[@]}" --summary edge.cfg --inject "commitError=table full")
+
+step 'a failure: every commit answers "table full"'
+cat <<'TEXT'
+  policymap-lab run edge.cfg --inject commitError='table full' --then clear --advance 1
+
+The policy is rolled back to nothing, and the status says what failed. Then the fault is taken back,
+and a second later the machines have tried again by themselves.
+
+TEXT
+"${fault[@]}" --then clear --advance 1
+
+step 'the same with a helper that answers later'
+cat <<'TEXT'
+  policymap-lab run edge.cfg --async --inject commitError='table full' --then trigger ...
+
+Binding the interface and committing now wait for a result each, and each trigger delivers one: the
+commit's is the failure. After the fault is taken back, the next try waits for two results again.
+
+TEXT
+"${fault[@]}" --async --then trigger --then trigger --then clear --advance 1 --then trigger \
+  --then trigger
+
 step 'to go on'
 cat <<'TEXT'
   build/release/bin/policymap-lab run FILE...    your own policy text: docs/policy-text.md
-  build/release/bin/policymap-lab run --help     all options
+  build/release/bin/policymap-lab run --help     all options: docs/lab.md
 TEXT

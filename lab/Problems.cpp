@@ -75,12 +75,25 @@ class PolicyProblems {
     if (!classMap || !classMap->classMapStatus()) {
       return;
     }
-    std::string const error = classMap->ruleError().stdString();
+    std::string const error = errorOf(className);
     std::string const text = classMap->classMapStatus()->error().stdString();
     if (!text.empty()) {
       told_.insert(error);
       add(error.empty() ? Kind::missing : Kind::failed, where, text);
     }
+  }
+
+  // What a class failed with, which its status shows before what it lacks.
+  std::string errorOf(std::string const& className) const {
+    auto const status = session_.status().policyMapStatus(key_);
+    if (status) {
+      for (auto const& failure : status->failureIteratorConst()) {
+        if (failure.value().className() == Kor::String8(className)) {
+          return failure.value().error().stdString();
+        }
+      }
+    }
+    return {};
   }
 
   void add(Kind kind, std::string where, std::string text) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Report.h"
 
+#include "lab/Statuses.h"
+
 #include <nlohmann/json.hpp>
 
 #include <string>
@@ -152,6 +154,13 @@ Json jsonOf(PolicyRecord const& record) {
           {"subRuleCount", record.subRuleCount}};
 }
 
+Json jsonOf(StatusRow const& row) {
+  return {{"policy", row.policy},         {"direction", row.direction},
+          {"option", toText(row.option)}, {"programmed", row.programmed},
+          {"error", row.error},           {"operation", row.operation},
+          {"class", row.className},       {"rule", row.rule}};
+}
+
 std::string dumped(Json const& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
@@ -193,6 +202,29 @@ void printReport(std::ostream& out, TextStyle const& style, Session const& sessi
   printSkipped(out, style, session.skipped());
 }
 
+void printStatuses(std::ostream& out, TextStyle const& style, Session const& session) {
+  Table table({{"policy-map"},
+               {"direction"},
+               {"option"},
+               {"programmed"},
+               {"operation"},
+               {"class"},
+               {"rule"},
+               {"error"}},
+              2);
+  std::vector<StatusRow> const rows = readStatuses(session);
+  if (rows.empty()) {
+    out << "  no policy stands, and none has failed\n\n";
+    return;
+  }
+  for (StatusRow const& row : rows) {
+    table.add({row.policy, row.direction, toText(row.option), row.programmed ? "yes" : "no",
+               row.operation, row.className, row.rule, row.error});
+  }
+  table.print(out, style);
+  out << "\n";
+}
+
 void printJson(std::ostream& out, Session const& session, WithRules withRules) {
   Totals totals;
   out << "{\"policies\":[";
@@ -211,7 +243,13 @@ void printJson(std::ostream& out, Session const& session, WithRules withRules) {
       << dumped({{"policies", totals.policies},
                  {"rules", totals.rules},
                  {"subRules", totals.subRules}})
-      << ",\n\"skipped\":" << dumped(skipped) << "}\n";
+      << ",\n\"skipped\":" << dumped(skipped) << ",\n\"status\":[";
+  separator = "\n";
+  for (StatusRow const& row : readStatuses(session)) {
+    out << separator << dumped(jsonOf(row));
+    separator = ",\n";
+  }
+  out << "]}\n";
 }
 
 }  // namespace lab

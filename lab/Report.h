@@ -16,9 +16,12 @@ namespace lab {
 void printReport(std::ostream& out, TextStyle const& style, Session const& session,
                  std::vector<Problem> const& problems, WithRules withRules);
 
-/// One object: "policies", "totals" and "skipped" (lines by kind); docs/lab.md describes it. One
-/// line per rule. Holds no more than one policy in memory. Without rules, "rules" is left out of
-/// each policy.
+/// One line per policy and option: whether it stands, and what went wrong.
+void printStatuses(std::ostream& out, TextStyle const& style, Session const& session);
+
+/// One object: "policies", "totals", "skipped" (lines by kind) and "status"; docs/lab.md describes
+/// it. One line per rule. Holds no more than one policy in memory. Without rules, "rules" is left
+/// out of each policy.
 void printJson(std::ostream& out, Session const& session, WithRules withRules);
 
 /// "policy-map EDGE, input, ipv4".

@@ -4,6 +4,8 @@
 #include "lab/Changes.h"
 #include "lab/Report.h"
 
+#include <Kor/Trace.h>
+
 #include <algorithm>
 
 namespace lab {
@@ -28,6 +30,7 @@ RunVerb::RunVerb(CLI::App& program)
   addOutputOptions();
   addHelperOptions();
   addMachineOptions();
+  addFaultOptions();
 }
 
 void RunVerb::addInputOptions() {
@@ -103,6 +106,65 @@ void RunVerb::addMachineOptions() {
   addSwitch("--no-mac-acl", session_.macLists, "No MAC rules");
 }
 
+void RunVerb::addFaultOptions() {
+  command_->option_defaults()->group("Faults, time and order");
+  command_->add_flag("--async", session_.async,
+                     "Commits and interface operations wait for a trigger");
+  command_->add_flag("--pseudo-async", session_.pseudoAsync,
+                     "Their results come later in form, but at once");
+  command_
+      ->add_option("--inject", faults_,
+                   "Let an operation answer TEXT, as commitError='table full'; may repeat")
+      ->type_name("NAME=TEXT")
+      ->allow_extra_args(false);
+  command_
+      ->add_option_function<std::string>(
+          "--then",
+          [this](std::string const& what) {
+            steps_.push_back(
+                {what == "clear" ? Step::Kind::clear : Step::Kind::trigger, 0, "--then " + what});
+          },
+          "Afterwards take the faults back (clear), or let\na result arrive (trigger); may repeat")
+      ->type_name("WHAT")
+      ->check(CLI::IsMember({"clear", "trigger"}))
+      ->trigger_on_parse();
+  command_
+      ->add_option_function<std::string>(
+          "--advance",
+          [this](std::string const& seconds) {
+            steps_.push_back({Step::Kind::advance, std::stod(seconds), "--advance " + seconds});
+          },
+          "Afterwards let virtual time pass; may repeat,\nin order with --then")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(0.0, 1e6))
+      ->trigger_on_parse();
+  command_->add_option("--trace", traceLevel_, "Write the library's and the core's trace lines")
+      ->type_name("LEVEL")
+      ->check(CLI::Range(0, 9));
+}
+
+void RunVerb::performSteps(Session& session, Console const& console) const {
+  if (tells() && !steps_.empty()) {
+    console.out << tinted(console.style, Tint::heading, "== before the first step") << "\n\n";
+    printStatuses(console.out, console.style, session);
+  }
+  std::vector<PolicyRecord> before;
+  if (tells() && !steps_.empty()) {
+    before = readRecords(session);
+  }
+  for (Step const& step : steps_) {
+    session.perform(step);
+    if (!tells()) {
+      continue;
+    }
+    std::vector<PolicyRecord> after = readRecords(session);
+    console.out << tinted(console.style, Tint::heading, "== " + step.text) << "\n\n";
+    printChanges(console.out, console.style, before, after);
+    printStatuses(console.out, console.style, session);
+    before = std::move(after);
+  }
+}
+
 void RunVerb::loadRules(Session& session) const {
   FilterSet const set =
       readFilterSet(SourceText::fromFile(rulesFile_),
@@ -140,12 +202,20 @@ ExitStatus RunVerb::run(Console const& console) {
     throw UsageError("a FILE or --rules FILE is required");
   }
   Progress progress(console.progress ? &console.err : nullptr);
-  Session session(session_, &progress);
+  SessionOptions options = session_;
+  for (std::string const& fault : faults_) {
+    options.faults.push_back(readFault(fault));
+  }
+  if (traceLevel_ >= 0) {
+    Kor::traceLevelIs("*", traceLevel_);
+  }
+  Session session(options, &progress);
   if (rulesFile_.empty()) {
     loadFiles(session, console);
   } else {
     loadRules(session);
   }
+  performSteps(session, console);
 
   std::vector<Problem> const problems = findProblems(session);
   WithRules const withRules = summary_ ? WithRules::no : WithRules::yes;
@@ -156,6 +226,10 @@ ExitStatus RunVerb::run(Console const& console) {
     }
   } else {
     printReport(console.out, console.style, session, problems, withRules);
+    if (!faults_.empty() || session_.async || session_.pseudoAsync) {
+      console.out << "\n" << tinted(console.style, Tint::heading, "status") << "\n";
+      printStatuses(console.out, console.style, session);
+    }
   }
   bool const failed = std::any_of(problems.begin(), problems.end(), [this](Problem const& problem) {
     return counts(problem, lenient_);

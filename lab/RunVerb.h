@@ -22,11 +22,13 @@ class RunVerb : public Verb {
   void addOutputOptions();
   void addHelperOptions();
   void addMachineOptions();
+  void addFaultOptions();
   /// A switch of the session that the option turns away from its default.
   void addSwitch(std::string const& name, bool& value, std::string const& text);
 
   void loadFiles(Session& session, Console const& console) const;
   void loadRules(Session& session) const;
+  void performSteps(Session& session, Console const& console) const;
   bool tells() const { return !json_; }
 
   CLI::App* command_;
@@ -38,6 +40,9 @@ class RunVerb : public Verb {
   bool json_ = false;
   bool summary_ = false;
   SessionOptions session_;
+  std::vector<std::string> faults_;
+  std::vector<Step> steps_;  // in the order of the command line
+  int traceLevel_ = -1;      // none
 };
 
 }  // namespace lab

@@ -47,6 +47,11 @@ Kor::Ptr<PolicyMapTest::AclHelper> makeHelper(SessionOptions const& options, Pro
   helper->onlyTtlEqSupportedIs(options.onlyTtlEq);
   helper->ackOrRstSupportedIs(options.ackOrRst);
   helper->establishedSupportedIs(options.established);
+  helper->asyncOperationsIs(options.async || options.pseudoAsync);
+  helper->pseudoAsyncIs(options.pseudoAsync);
+  for (Fault const& fault : options.faults) {
+    inject(*helper, fault);
+  }
   return helper;
 }
 
@@ -128,6 +133,15 @@ void Session::load(SourceText const& source, Reading reading) {
 
 void Session::load(FilterSet const& rules, FilterLayout const& layout) {
   settingsAre(settingsOf(rules, layout));
+}
+
+void Session::perform(Step const& step) {
+  switch (step.kind) {
+  case Step::Kind::clear: clearFaults(*helper_); break;
+  case Step::Kind::trigger: helper_->asyncTriggerInc(1); break;
+  case Step::Kind::advance: Kor::EventLoop::global().runFor(step.seconds); break;
+  }
+  Kor::EventLoop::global().runUntilIdle();
 }
 
 void Session::settingsAre(Settings const& settings) {

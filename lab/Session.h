@@ -9,6 +9,7 @@
 
 #include "helper/AclHelper.h"
 #include "lab/Configuration.h"
+#include "lab/Faults.h"
 #include "lab/FilterSet.h"
 #include "lab/PolicyTextParser.h"
 #include "lab/Progress.h"
@@ -18,6 +19,7 @@
 #include <PolicyMap/PolicyMapTypeStatus.h>
 
 #include <cstddef>
+#include <vector>
 
 namespace lab {
 
@@ -33,6 +35,12 @@ struct SessionOptions {
   bool onlyTtlEq = false;
   bool ackOrRst = true;
   bool established = true;
+
+  /// Whether commits and interface operations answer later, and whether that is at once.
+  bool async = false;
+  bool pseudoAsync = false;
+  /// In force from the beginning.
+  std::vector<Fault> faults = {};
 
   bool layer2 = true;
   bool layer3 = true;
@@ -67,6 +75,9 @@ class Session {
   /// "rules-2", ..., each matching the access list of its name with the sequence numbers 10, 20,
   /// ..., attached for input at Ethernet1, Ethernet2, ...
   void load(FilterSet const& rules, FilterLayout const& layout);
+
+  /// Does one step, and runs until nothing is left to do at the time that it then is.
+  void perform(Step const& step);
 
   Configuration const& configuration() const { return configuration_; }
   /// Of all files so far.

@@ -127,7 +127,9 @@ TEST(Report, JsonHasItsKeysInOrder) {
   Session session({});
   load(session, simplePolicy);
   auto const json = jsonOf(session);
-  EXPECT_THAT(keysOf(json), ElementsAre("policies", "totals", "skipped"));
+  EXPECT_THAT(keysOf(json), ElementsAre("policies", "totals", "skipped", "status"));
+  EXPECT_THAT(keysOf(json["status"][0]), ElementsAre("policy", "direction", "option", "programmed",
+                                                     "error", "operation", "class", "rule"));
   EXPECT_THAT(keysOf(json["policies"][0]),
               ElementsAre("policy", "direction", "option", "created", "dirty", "createCount",
                           "commitCount", "beginUpdateActionCount", "endUpdateActionCount",
@@ -153,7 +155,9 @@ TEST(Report, JsonHasTheValuesOfTheRecord) {
         {"class": "P", "acl": "P", "seq": 20, "match": "permit udp any any range 5004 5008",
          "action1": 1, "action2": 0, "action3": 0, "subRules": ["dst 5004-5007", "dst 5008"]}]}],
     "totals": {"policies": 1, "rules": 2, "subRules": 3},
-    "skipped": {"frobnicate": 2}})"));
+    "skipped": {"frobnicate": 2},
+    "status": [{"policy": "P", "direction": "input", "option": "ipv4", "programmed": true,
+                "error": "", "operation": "", "class": "", "rule": ""}]})"));
 }
 
 TEST(Report, JsonSummaryHasNoRulesArrays) {
@@ -167,7 +171,7 @@ TEST(Report, JsonSummaryHasNoRulesArrays) {
 TEST(Report, JsonOfNothingIsAnObjectAllTheSame) {
   Session const session({});
   EXPECT_EQ(jsonOf(session), nlohmann::ordered_json::parse(R"({"policies": [],
-    "totals": {"policies": 0, "rules": 0, "subRules": 0}, "skipped": {}})"));
+    "totals": {"policies": 0, "rules": 0, "subRules": 0}, "skipped": {}, "status": []})"));
 }
 
 TEST(Report, PoliciesAreOrderedByNameDirectionAndOption) {

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/Faults.h"
+
+#include "lab/Verb.h"
+
+#include <array>
+
+namespace lab {
+
+namespace {
+
+using PolicyMapTest::AclHelper;
+
+struct Attribute {
+  std::string_view name;
+  void (AclHelper::*write)(Kor::String8);
+};
+
+constexpr std::array<Attribute, 8> attributes{{
+    {"createError", &AclHelper::createErrorIs},
+    {"deleteError", &AclHelper::deleteErrorIs},
+    {"commitError", &AclHelper::commitErrorIs},
+    {"addIntfError", &AclHelper::addIntfErrorIs},
+    {"removeIntfError", &AclHelper::removeIntfErrorIs},
+    {"addRuleError", &AclHelper::addRuleErrorIs},
+    {"updateActionError", &AclHelper::updateActionErrorIs},
+    {"rangeCheckerError", &AclHelper::rangeCheckerErrorIs},
+}};
+
+Attribute const* find(std::string_view name) {
+  for (Attribute const& attribute : attributes) {
+    if (attribute.name == name) {
+      return &attribute;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::vector<std::string> faultNames() {
+  std::vector<std::string> names;
+  for (Attribute const& attribute : attributes) {
+    names.emplace_back(attribute.name);
+  }
+  return names;
+}
+
+Fault readFault(std::string_view argument) {
+  auto const equals = argument.find('=');
+  std::string_view const name = argument.substr(0, equals);
+  if (equals == std::string_view::npos || find(name) == nullptr) {
+    std::string names;
+    for (Attribute const& attribute : attributes) {
+      names.append(names.empty() ? "" : ", ").append(attribute.name);
+    }
+    throw UsageError("--inject: expected NAME=TEXT with one of " + names + ", found '" +
+                     std::string(argument) + "'");
+  }
+  return {std::string(name), std::string(argument.substr(equals + 1))};
+}
+
+void inject(AclHelper& helper, Fault const& fault) {
+  (helper.*find(fault.name)->write)(Kor::String8(fault.text));
+}
+
+void clearFaults(AclHelper& helper) {
+  for (Attribute const& attribute : attributes) {
+    (helper.*attribute.write)({});
+  }
+}
+
+}  // namespace lab
