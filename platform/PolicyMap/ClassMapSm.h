@@ -130,6 +130,9 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   void programStateIs(bool programmed, Kor::String const& error);
   // The policy machine to tell of changes; null: none.
   void policyIs(PolicyMapSm* policy) { policy_ = policy; }
+  // What the policy calls the class. Raw matches may be called otherwise, or serve several classes.
+  [[nodiscard]] Kor::Name const& className() const { return className_; }
+  void classNameIs(Kor::Name const& className) { className_ = className; }
 
  protected:
   // Any pointer may be null.
@@ -177,6 +180,7 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   std::map<ActionType, Kor::Ptr<Action const>> refused_;  // actions for which no machine was given
   DependencyIndex::Dependent dependencies_;  // leaves the index before the global data go
   PolicyMapSm* policy_ = nullptr;
+  Kor::Name className_;
 };
 
 }  // namespace PolicyMap

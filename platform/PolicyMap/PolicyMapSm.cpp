@@ -171,6 +171,7 @@ void PolicyMapSm::makeClassMachine(Kor::Name const& name, Kor::Ptr<ClassMapConfi
     return;
   }
   machine->policyIs(this);
+  machine->classNameIs(name);
   if (status_ && machine->classMapStatus()) {
     machine->classMapStatusIs(status_->classMapStatusIs(name));
   }

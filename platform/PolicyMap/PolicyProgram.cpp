@@ -391,11 +391,11 @@ PolicyProgram::Classes PolicyProgram::wantedClasses(ClassMapMatchOption option,
   for (Kor::Ptr<PolicyMap::ClassMapSm> const& machine : policy_.classesInOrder()) {
     Kor::String const error = machine->ruleError();
     if (!failure && !error.empty()) {
-      failure = PolicyFailure(error, {}, machine->name(), {});
+      failure = PolicyFailure(error, {}, machine->className(), {});
     }
     Kor::Ptr<ClassRules const> const rules = machine->rules(option);
     if (!rules->empty() && machine->classCommonData()) {
-      classes.push_back({machine->classCommonData(), rules});
+      classes.push_back({machine->className(), machine->classCommonData(), rules});
     }
   }
   return classes;
@@ -404,8 +404,7 @@ PolicyProgram::Classes PolicyProgram::wantedClasses(ClassMapMatchOption option,
 bool PolicyProgram::sameRules(Classes const& programmed, Classes const& wanted) const {
   return std::equal(programmed.begin(), programmed.end(), wanted.begin(), wanted.end(),
                     [&](ProgrammedClass const& a, ProgrammedClass const& b) {
-                      return a.data->name() == b.data->name() &&
-                             a.rules->same(*b.rules, service_->aclDiff().get());
+                      return a.name == b.name && a.rules->same(*b.rules, service_->aclDiff().get());
                     });
 }
 
@@ -487,7 +486,7 @@ Kor::String PolicyProgram::addRules(ClassMapMatchOption option) {
     programmed.actionUpdates = programmed.data->updateAclActions();
     programmed.data->rulesIs(option, programmed.rules);
     programmed.rules->forEach([&](auto const& rule) {
-      AclRuleKey const key(programmed.data->name(), rule.aclName, rule.seqno, option);
+      AclRuleKey const key(programmed.name, rule.aclName, rule.seqno, option);
       forEachSubRule(rule, pass_->expansion, [&](SubRuleData const& subRule) {
         error = helper.addRule(key, subRule, data, programmed.data);
         return pass_ && error.empty();
@@ -530,7 +529,7 @@ Kor::String PolicyProgram::updateActionsOf(ProgrammedClass& programmed,
   Kor::String error;
   PortExpansion const expansion = at(option).expansion;
   programmed.rules->forEach([&](auto const& rule) {
-    AclRuleKey const key(programmed.data->name(), rule.aclName, rule.seqno, option);
+    AclRuleKey const key(programmed.name, rule.aclName, rule.seqno, option);
     forEachSubRule(rule, expansion, [&](SubRuleData const& subRule) {
       error = helper.updateAction(key, subRule, policyData(), programmed.data);
       return pass_ && error.empty();
@@ -546,7 +545,7 @@ Kor::String PolicyProgram::updateActionsOf(ProgrammedClass& programmed,
     at(option).changed = true;
     at(option).failure =
         PolicyFailure(error, nameOf(static_cast<std::uint8_t>(Operation::updateActions)),
-                      programmed.data->name(), *pass->failedRule);
+                      programmed.name, *pass->failedRule);
   }
   return error;
 }
@@ -632,7 +631,7 @@ void PolicyProgram::readCountsOf(ClassMapSm const& machine) {
         continue;
       }
       programmed.rules->forEach([&](auto const& rule) {
-        AclRuleKey const key(programmed.data->name(), rule.aclName, rule.seqno, option);
+        AclRuleKey const key(programmed.name, rule.aclName, rule.seqno, option);
         counts.emplace(key, helper_->getCountForRule(key, policyData(), programmed.data));
         return true;
       });
@@ -661,7 +660,7 @@ PolicyFailure PolicyProgram::unsupported(Classes const& classes, ClassMapMatchOp
       if (reason.empty()) {
         return true;
       }
-      AclRuleKey const key(wanted.data->name(), rule.aclName, rule.seqno, option);
+      AclRuleKey const key(wanted.name, rule.aclName, rule.seqno, option);
       failure = PolicyFailure(refusal(key, reason), {}, key.className(), key);
       return false;
     });
@@ -744,7 +743,7 @@ void PolicyProgram::publishClasses() {
     Kor::String error;
     bool programmed = false;
     for (Option const& state : options_) {
-      if (error.empty() && state.failure.className() == machine->name()) {
+      if (error.empty() && state.failure.className() == machine->className()) {
         error = state.failure.error();
       }
       programmed = programmed || std::any_of(state.classes.begin(), state.classes.end(),

@@ -73,6 +73,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
 
   // A class whose rules stand in the helper, or are about to.
   struct ProgrammedClass {
+    Kor::Name name;
     Kor::Ptr<ClassMapSmCommonData> data;
     Kor::Ptr<ClassRules const> rules;
     std::uint32_t actionUpdates = 0;  // of the data, as its actions were programmed
