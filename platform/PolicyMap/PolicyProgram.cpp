@@ -509,8 +509,10 @@ Kor::String PolicyProgram::updateActions(Kor::Ptr<ClassMapSmCommonData> const& d
   std::uint32_t const updates = data->updateAclActions();
   for (ClassMapMatchOption const option : allMatchOptions) {
     for (ProgrammedClass& programmed : at(option).classes) {
-      // An option that failed is programmed anew; the others go on.
-      if (pass_ && created(option) && !at(option).recreate && programmed.data == data) {
+      // An option that failed is programmed anew, and one that was re-created meanwhile has the
+      // actions already; the others go on.
+      if (pass_ && created(option) && !at(option).recreate && programmed.data == data &&
+          programmed.actionUpdates != updates) {
         programmed.actionUpdates = updates;
         Kor::String const failed = updateActionsOf(programmed, option);
         error = error.empty() ? failed : error;
