@@ -176,6 +176,7 @@ class POLICYMAPTEST_API AclHelper::NotifieeConst
   virtual void onAsyncError() {}
   virtual void onPseudoAsync() {}
   // The record of that key came or went.
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): hooks get keys of their own
   virtual void onTestData(AclPolicyType /*key*/) {}
   virtual void onCreateError() {}
   virtual void onDeleteError() {}

@@ -51,6 +51,7 @@ class POLICYMAPTEST_API TestAction1Sm : public TestActionSmOf<TestAction1Sm, Tes
   using PtrConst = Kor::Ptr<TestAction1Sm const>;
   ~TestAction1Sm() override;
 
+  // NOLINTNEXTLINE(readability-identifier-naming): the published name
   static Kor::Ptr<TestAction1Sm> TestAction1SmIs(
       Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
       Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,
@@ -68,6 +69,7 @@ class POLICYMAPTEST_API TestAction2Sm : public TestActionSmOf<TestAction2Sm, Tes
   using PtrConst = Kor::Ptr<TestAction2Sm const>;
   ~TestAction2Sm() override;
 
+  // NOLINTNEXTLINE(readability-identifier-naming): the published name
   static Kor::Ptr<TestAction2Sm> TestAction2SmIs(
       Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
       Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,
@@ -85,6 +87,7 @@ class POLICYMAPTEST_API TestAction3Sm : public TestActionSmOf<TestAction3Sm, Tes
   using PtrConst = Kor::Ptr<TestAction3Sm const>;
   ~TestAction3Sm() override;
 
+  // NOLINTNEXTLINE(readability-identifier-naming): the published name
   static Kor::Ptr<TestAction3Sm> TestAction3SmIs(
       Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
       Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,

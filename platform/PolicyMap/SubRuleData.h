@@ -48,7 +48,10 @@ class POLICYMAP_API SubRuleData {
   }
   // All four words, in order.
   bool operator==(SubRuleData const&) const = default;
-  std::strong_ordering operator<=>(SubRuleData const&) const = default;
+  friend std::strong_ordering operator<=>(SubRuleData const& a, SubRuleData const& b) {
+    return std::tie(a.srcPorts_, a.dstPorts_, a.distinction_, a.flags_) <=>
+           std::tie(b.srcPorts_, b.dstPorts_, b.distinction_, b.flags_);
+  }
   [[nodiscard]] bool operator!() const { return *this == SubRuleData(); }
 
   [[nodiscard]] static Kor::KorType const* _fwkType();
