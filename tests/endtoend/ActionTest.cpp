@@ -18,8 +18,6 @@ using TestSupport::counts;
 using TestSupport::intf;
 using TestSupport::Scenario;
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
-
 // A programmed simple policy whose class has action 1 with value 7.
 class Actions : public testing::Test {
  protected:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/FaultyHelper.h"
 
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -79,6 +80,31 @@ void FaultyHelper::asynchronousCall(bool failing) {
   pendingFault_ = failing ? std::optional(fired_.size() - 1) : std::nullopt;
 }
 
+void FaultyHelper::expectCreated(char const* operation, PolicyData const& policyData,
+                                 Option option) {
+  PolicyMapTest::AclPolicyType const type(policyData->policyKey(), option);
+  auto const record = testData(type);
+  if (!record || !record->created()) {
+    std::ostringstream text;
+    text << operation << " of " << type << " without a created policy";
+    violations_.push_back(text.str());
+  }
+}
+
+void FaultyHelper::expectBound(PolicyData const& policyData, Option option) {
+  known_.insert(policyData);
+  std::vector<Vorel::IntfId> const listed = policyData->intfs(option);
+  if (std::set<Vorel::IntfId>(listed.begin(), listed.end()) != bound(policyData, option)) {
+    std::ostringstream text;
+    text << "creation of " << PolicyMapTest::AclPolicyType(policyData->policyKey(), option)
+         << " with the wrong interfaces:";
+    for (Vorel::IntfId const intf : listed) {
+      text << ' ' << intf;
+    }
+    violations_.push_back(text.str());
+  }
+}
+
 void FaultyHelper::deliver() {
   pending_ = false;
   asyncTriggerInc(1);
@@ -104,6 +130,9 @@ Kor::String FaultyHelper::recreatePolicy(PolicyData const& policyData, Option ma
 Kor::String FaultyHelper::deletePolicy(PolicyData const& policyData, Option matchOption) {
   Call const call(*this, Fault::remove,
                   {{}, "deletePolicy", policyData->policyKey(), matchOption, {}, !recreating_});
+  if (!recreating_) {
+    bound(policyData, matchOption).clear();
+  }
   return AclHelper::deletePolicy(policyData, matchOption);
 }
 
@@ -111,6 +140,7 @@ Kor::String FaultyHelper::commitPolicy(PolicyData const& policyData, Option matc
   Call const call(*this, Fault::commit,
                   {{}, "commitPolicy", policyData->policyKey(), matchOption, {}});
   asynchronousCall(call.failing());
+  expectCreated("commitPolicy", policyData, matchOption);
   return AclHelper::commitPolicy(policyData, matchOption);
 }
 
@@ -119,6 +149,10 @@ Kor::String FaultyHelper::addIntfToPolicy(PolicyData const& policyData, Vorel::I
   Call const call(*this, Fault::addIntf,
                   {{}, "addIntfToPolicy", policyData->policyKey(), matchOption, {}});
   asynchronousCall(call.failing());
+  expectCreated("addIntfToPolicy", policyData, matchOption);
+  if (!call.failing()) {
+    bound(policyData, matchOption).insert(intf);
+  }
   return AclHelper::addIntfToPolicy(policyData, intf, matchOption);
 }
 
@@ -127,6 +161,9 @@ Kor::String FaultyHelper::removeIntfFromPolicy(PolicyData const& policyData, Vor
   Call const call(*this, Fault::removeIntf,
                   {{}, "removeIntfFromPolicy", policyData->policyKey(), matchOption, {}});
   asynchronousCall(call.failing());
+  if (!call.failing()) {
+    bound(policyData, matchOption).erase(intf);
+  }
   return AclHelper::removeIntfFromPolicy(policyData, intf, matchOption);
 }
 
@@ -139,6 +176,7 @@ Kor::String FaultyHelper::addRule(AclRuleKey const& key, SubRuleData const& subR
     rangeChecker.emplace(*this, Fault::rangeChecker, failed);
   }
   Call const call(*this, Fault::addRule, failed);
+  expectCreated("addRule", policyCommonData, key.matchOption());
   return AclHelper::addRule(key, subRule, policyCommonData, classCommonData);
 }
 

@@ -4,14 +4,19 @@
 // FaultyHelper: a recording helper that fails one particular call. It counts the calls that each of
 // the eight injected errors can fail; one call, by its number, or all from there on, is given an
 // error of its own. The helper's attributes are used for it, so answers and records are its own.
+//
+// Besides it watches the calling order, more strictly than the helper asserts.
 
 #include "helper/AclHelper.h"
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <ostream>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace TestSupport {
@@ -55,6 +60,10 @@ class FaultyHelper final : public PolicyMapTest::AclHelper {
 
   [[nodiscard]] std::uint32_t calls(Fault fault) const { return calls_.at(index(fault)); }
   [[nodiscard]] std::vector<FiredFault> const& fired() const { return fired_; }
+  // What was called although it must not be: rules, interfaces to be added and commits without a
+  // created policy, and creations whose policy data list other interfaces than those that were
+  // added and not removed since the last deletion.
+  [[nodiscard]] std::vector<std::string> const& violations() const { return violations_; }
   // Whether an asynchronous result was scheduled since the last delivery; deliver() gives it.
   [[nodiscard]] bool resultPending() const { return pending_; }
   void deliver();
@@ -85,6 +94,11 @@ class FaultyHelper final : public PolicyMapTest::AclHelper {
   static std::size_t index(Fault fault) { return static_cast<std::size_t>(fault); }
   static ErrorIs errorIs(Fault fault);
   void asynchronousCall(bool failing);
+  void expectCreated(char const* operation, PolicyData const& policyData, Option option);
+  void expectBound(PolicyData const& policyData, Option option);
+  std::set<Vorel::IntfId>& bound(PolicyData const& policyData, Option option) {
+    return bound_[{policyData.get(), option}];
+  }
 
   std::array<std::uint32_t, allFaults.size()> calls_{};
   std::optional<Fault> fault_;
@@ -94,6 +108,10 @@ class FaultyHelper final : public PolicyMapTest::AclHelper {
   bool pending_ = false;
   std::optional<std::size_t> pendingFault_;  // which of fired_ the pending result is
   std::vector<FiredFault> fired_;
+  std::vector<std::string> violations_;
+  std::map<std::pair<PolicyMap::PolicyMapSmCommonData const*, Option>, std::set<Vorel::IntfId>>
+      bound_;
+  std::set<PolicyData> known_;  // keeps the keys of bound_ alive, so that none comes twice
 };
 
 }  // namespace TestSupport

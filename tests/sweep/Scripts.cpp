@@ -4,13 +4,11 @@
 namespace sweep {
 namespace {
 
-using PolicyMap::ClassMapMatchOption;
 using TestSupport::intf;
 using TestSupport::Scenario;
 using TestSupport::ScenarioSettings;
 using TestSupport::tcp;
 
-constexpr auto ipv6 = ClassMapMatchOption::ipv6;
 constexpr ScenarioSettings inPlace{.updateActions = true};
 constexpr ScenarioSettings expanded{.expandPortChannels = true};
 

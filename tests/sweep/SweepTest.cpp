@@ -11,7 +11,7 @@
 #include "support/TraceRecorder.h"
 #include "sweep/Scripts.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -187,6 +187,7 @@ void failOneCall(Script const& script, Mode mode, Failing const& failing,
   run.recover();
   EXPECT_EQ(describe(run.records()), describe(expected));
   EXPECT_EQ(run.records(), expected);
+  EXPECT_THAT(run.helper().violations(), testing::IsEmpty());
   EXPECT_EQ(run.wrongReports(), "");
   EXPECT_EQ(run.wrongStatuses(), "");
 }
@@ -208,6 +209,7 @@ TEST_P(Sweep, EveryFaultIsReportedAndLeavesNothingBehind) {
   for (Mode const mode : allModes) {
     ScriptRun const spared(script, mode, {});
     EXPECT_EQ(describe(spared.records()), describe(expected)) << script.name << ", " << mode;
+    EXPECT_THAT(spared.helper().violations(), testing::IsEmpty());
     for (Fault const fault : allFaults) {
       for (std::uint32_t call = 1; call <= spared.helper().calls(fault); ++call) {
         for (bool const lasting : {false, true}) {
