@@ -117,6 +117,7 @@ Kor::String FaultyHelper::createPolicy(PolicyData const& policyData, Option matc
                    policyData->policyKey(),
                    matchOption,
                    {}});
+  expectBound(policyData, matchOption);
   return AclHelper::createPolicy(policyData, matchOption);
 }
 
