@@ -462,10 +462,16 @@ void ServicePolicySm::handleIntf(Vorel::IntfId intf, bool force) {
   if (!reacting()) {
     return;
   }
-  // A member stands for its channel where channels are expanded.
-  if (auto const member = channelOf_.find(intf); member != channelOf_.end()) {
-    handleIntf(member->second, force);
+  // A member stands for its channel where channels are expanded. What that channel may be a member
+  // of does not matter: members of members are no members.
+  if (auto const member = channelOf_.find(intf);
+      member != channelOf_.end() && member->second != intf) {
+    intfChanged(member->second, force);
   }
+  intfChanged(intf, force);
+}
+
+void ServicePolicySm::intfChanged(Vorel::IntfId intf, bool force) {
   auto const found = policiesAt_.find(intf);
   if (found == policiesAt_.end()) {
     return;

@@ -181,6 +181,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   void policyIs(PolicyMapSmKey const& key);
   void makePolicyMachine(PolicyMapSmKey const& key, Kor::Ptr<PolicyMapConfig const> const& config);
   void intfIs(PolicyMapSmKey const& key, Vorel::IntfId intf);
+  void intfChanged(Vorel::IntfId intf, bool force);
   void allIntfsChanged();
   void memberChanged(Vorel::IntfId member);
   void membersAre();
