@@ -45,13 +45,19 @@ class Gatherer {
     nextNumber_ = number + 1;
     own_.emplace_back(number, rule);
   }
+  // A rule that is there already matches nothing more. Another one of the same name, as rules that
+  // two class-maps have at the same place make, takes the next number that is free.
   void addComposed(std::vector<NamedRule<Rule>> rules) {
-    std::erase_if(rules, [&](NamedRule<Rule> const& rule) {
-      return !composed_.emplace(rule.seqno, rule.aclName).second;
-    });
-    if (!rules.empty()) {
+    std::vector<NamedRule<Rule>> added;
+    added.reserve(rules.size());
+    for (NamedRule<Rule>& rule : rules) {
+      if (named(rule)) {
+        added.push_back(std::move(rule));
+      }
+    }
+    if (!added.empty()) {
       finishOwn();
-      sources_.push_back({Kor::Name(), nullptr, Kor::make<ComposedRules<Rule>>(std::move(rules))});
+      sources_.push_back({Kor::Name(), nullptr, Kor::make<ComposedRules<Rule>>(std::move(added))});
     }
   }
   [[nodiscard]] RuleSources<Rule> finish() {
@@ -60,6 +66,17 @@ class Gatherer {
   }
 
  private:
+  // Answers whether the rule is a new one.
+  bool named(NamedRule<Rule>& rule) {
+    for (;; ++rule.seqno) {
+      auto const [there, isNew] =
+          composed_.try_emplace(std::pair(rule.seqno, rule.aclName), rule.exact);
+      if (isNew || there->second == rule.exact) {
+        return isNew;
+      }
+    }
+  }
+
   void finishOwn() {
     if (!own_.empty()) {
       sources_.push_back({Kor::Name(), Kor::make<Acl::AclRules<Rule>>(std::move(own_))});
@@ -68,7 +85,7 @@ class Gatherer {
   }
 
   std::set<Kor::Name> lists_;
-  std::set<std::pair<std::uint32_t, Kor::Name>> composed_;
+  std::map<std::pair<std::uint32_t, Kor::Name>, ExactRule<Rule>> composed_;
   std::vector<typename Acl::AclRules<Rule>::Entry> own_;
   std::uint32_t nextNumber_ = 0;
   RuleSources<Rule> sources_;
@@ -144,9 +161,12 @@ class Compiler {
     for (auto const& entry : classMap.matchIteratorConst()) {
       inOrder.emplace(entry.key(), entry.value());
     }
-    if (classMap.matchType() == ClassMapMatchType::matchAll && inOrder.size() > 1) {
-      matchAll(classMap, inOrder, into);
-      return;
+    if (classMap.matchType() == ClassMapMatchType::matchAll) {
+      dropRepeated(inOrder);
+      if (inOrder.size() > 1) {
+        matchAll(classMap, inOrder, into);
+        return;
+      }
     }
     for (auto const& [place, match] : inOrder) {
       add(place, match, into);
@@ -163,16 +183,21 @@ class Compiler {
 
   // match-all ------------------------------------------------------------------------------------
 
+  // The same match once more takes nothing away.
+  static void dropRepeated(std::map<std::uint32_t, ClassMapMatch>& matches) {
+    std::vector<ClassMapMatch> seen;
+    std::erase_if(matches, [&](auto const& entry) {
+      bool const repeated = std::find(seen.begin(), seen.end(), entry.second) != seen.end();
+      seen.push_back(entry.second);
+      return repeated;
+    });
+  }
+
   void matchAll(ClassMapSubConfig const& classMap,
                 std::map<std::uint32_t, ClassMapMatch> const& matches, Gathered& into) {
-    std::vector<ClassMapMatch> seen;
     std::vector<Gathered> operands;
     for (auto const& [place, match] : matches) {
-      // The same match once more takes nothing away.
-      if (std::find(seen.begin(), seen.end(), match) == seen.end()) {
-        seen.push_back(match);
-        add(place, match, operands.emplace_back());
-      }
+      add(place, match, operands.emplace_back());
     }
     operand_ = classMap.name();
     std::vector<RuleSources<Acl::IpRuleConfig>> ipv4;
