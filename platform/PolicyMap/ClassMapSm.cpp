@@ -285,6 +285,8 @@ void ClassMapSm::compile() {
       machine->rulesIs(rules, aclDiff);
     }
   }
+  // An error in the rules of one option refuses those of all.
+  bool const errorChanged = ruleError_ != compiled.error;
   ruleError_ = compiled.error;
   std::string missing;
   for (std::string const& name : compiled.missing) {
@@ -303,6 +305,11 @@ void ClassMapSm::compile() {
   add(DependencyKind::macAcl, compiled.macAcls);
   add(DependencyKind::classMap, compiled.classMaps);
   dependencies_.namesAre(std::move(names));
+  if (errorChanged && policy_ != nullptr) {
+    for (ClassMapMatchOption const option : allMatchOptions) {
+      policy_->classRulesChanged(option);
+    }
+  }
 }
 
 void ClassMapSm::programStateIs(bool programmed, Kor::String const& error) {

@@ -224,8 +224,13 @@ void PolicyProgram::timedOut() {
 }
 
 void PolicyProgram::passEnded() {
-  if (pass_ && pass_->kind == Kind::teardown) {
-    at(pass_->option).failure = pass_->failure;
+  if (pass_ && pass_->kind == Kind::teardown && !!pass_->failure) {
+    ClassMapMatchOption const option = pass_->option;
+    PolicyFailure const refused = std::exchange(at(option).failure, pass_->failure);
+    if (!!refused) {
+      publish(option);  // seen once, then the reason why nothing stands is shown again
+      at(option).failure = refused;
+    }
   }
   if (pass_) {
     for (ClassMapMatchOption const option : allMatchOptions) {
@@ -274,9 +279,15 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planOption(ClassMapMatchOption
   PolicyFailure refused;
   Classes wanted;
   std::vector<Vorel::IntfId> intfs;
-  if (wanted_ && !restart_ && service_->allowsOption(option)) {
+  if (wanted_ && !restart_) {
+    // Of an option that is not allowed too: what is wrong with its rules refuses the others.
     wanted = wantedClasses(option, refused);
-    intfs = service_->effectiveIntfs(policy_.key(), option);
+    if (service_->allowsOption(option)) {
+      intfs = service_->effectiveIntfs(policy_.key(), option);
+    } else {
+      refused = PolicyFailure();
+      wanted.clear();
+    }
   }
   bool const standing = created(option);
   // A policy that stands without having been programmed from here is another machine's.
