@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Runs on which core and model have disagreed, shrunk. Each is a list of steps, as the random runs
+// print them.
+
+#include "model/Trial.h"
+
+#include <gtest/gtest.h>
+
+namespace Model {
+
+static std::string trialOf(char const* steps) {
+  return trial(operationsOf(steps));
+}
+
+TEST(ModelRegression, PortChannelThatIsAMemberOfItselfIsNoEndlessLoop) {
+  EXPECT_EQ(trialOf("member 3 1\n"
+                    "settle\n"),
+            "");
+}
+
+TEST(ModelRegression, PortChannelsThatAreMembersOfEachOtherAreNoEndlessLoop) {
+  EXPECT_EQ(trialOf("rule 0 0 0 0\n"
+                    "attach 1 0 0\n"
+                    "capability 2 3\n"
+                    "member 3 0\n"
+                    "member 1 1\n"
+                    "settle\n"),
+            "");
+}
+
+// A standing policy is refused when its class comes to match IP and MAC both.
+TEST(ModelRegression, ReasonOfARefusalIsShownAfterTheTeardownThatItCauses) {
+  EXPECT_EQ(trialOf("rule 0 0 0 0\n"
+                    "attach 0 0 0\n"
+                    "settle\n"
+                    "matchType 0 0 1\n"
+                    "match 0 0 1 28\n"
+                    "settle\n"),
+            "");
+}
+
+TEST(ModelRegression, ReasonOfARefusalIsShownAfterATeardownThatFails) {
+  EXPECT_EQ(trialOf("rule 0 0 0 100000\n"
+                    "rule 0 0 1 45\n"
+                    "attach 0 0 0\n"
+                    "turn\n"
+                    "fault 1 1\n"
+                    "capability 4 3\n"
+                    "turn\n"
+                    "settle\n"),
+            "");
+}
+
+// The end of the only list that is no MAC list mends the other options too.
+TEST(ModelRegression, ErrorThatComesOrGoesWithAListOfOneOptionRefusesOrFreesTheOthers) {
+  EXPECT_EQ(trialOf("rule 0 0 0 0\n"
+                    "matchType 0 0 1\n"
+                    "match 0 0 1 48\n"
+                    "rule 2 0 0 0\n"
+                    "attach 0 0 0\n"
+                    "settle\n"
+                    "listDel 0 0\n"
+                    "settle\n"
+                    "rule 0 0 0 0\n"
+                    "settle\n"),
+            "");
+}
+
+// Rules of different class-maps at the same place, each intersected with the same list.
+TEST(ModelRegression, IntersectionsOfOneNameAndDifferentRulesAllStand) {
+  EXPECT_EQ(trialOf("rule 0 0 0 0\n"
+                    "matchType 1 0 1\n"
+                    "match 1 0 0 0\n"
+                    "match 1 0 1 40\n"
+                    "matchType 2 0 1\n"
+                    "match 2 0 0 0\n"
+                    "match 2 0 1 76\n"
+                    "match 0 0 0 5\n"
+                    "match 0 0 1 125\n"
+                    "attach 0 0 0\n"
+                    "settle\n"),
+            "");
+}
+
+TEST(ModelRegression, RepeatedMatchOfAMatchAllBesideTheSameListGivesNoRuleTwice) {
+  EXPECT_EQ(trialOf("rule 0 0 0 0\n"
+                    "matchType 1 0 1\n"
+                    "match 1 0 0 0\n"
+                    "match 1 0 1 0\n"
+                    "match 0 0 1 5\n"
+                    "attach 0 0 0\n"
+                    "settle\n"),
+            "");
+}
+
+TEST(ModelRegression, ErrorInAnOptionThatIsNotAllowedRefusesTheOthers) {
+  EXPECT_EQ(trialOf("allowOption 0 3\n"
+                    "attach 0 0 0\n"
+                    "matchType 1 0 1\n"
+                    "match 1 0 0 80275169\n"
+                    "match 1 0 1 790\n"
+                    "settle\n"
+                    "rule 0 3 0 0\n"
+                    "settle\n"),
+            "");
+}
+
+}  // namespace Model
