@@ -40,6 +40,7 @@ Attribute const* find(std::string_view name) {
 
 std::vector<std::string> faultNames() {
   std::vector<std::string> names;
+  names.reserve(attributes.size());
   for (Attribute const& attribute : attributes) {
     names.emplace_back(attribute.name);
   }

@@ -12,7 +12,6 @@ using PolicyMap::PolicyMapGlobalData;
 using PolicyMap::PolicyMapSmKey;
 using PolicyMap::PolicyMapStatus;
 using PolicyMap::PolicyMapSubConfig;
-using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
