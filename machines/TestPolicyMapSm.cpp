@@ -30,7 +30,7 @@ Kor::Ptr<TestPolicyMapSm> TestPolicyMapSm::make(
     Kor::Ptr<PolicyMap::PolicyMapConfig const> const& policyMapConfig,
     Kor::Ptr<PolicyMap::ClassMapTypeConfig const> const& classTypeConfig,
     Kor::Ptr<PolicyMap::PolicyMapStatus> const& status) {
-  auto const machine = Kor::validPtr(Kor::Ptr<TestPolicyMapSm>(
+  auto machine = Kor::validPtr(Kor::Ptr<TestPolicyMapSm>(
       new TestPolicyMapSm(globalCommonData, key, policyMapConfig, classTypeConfig, status)));
   machine->hasNotificationActiveIs(true);
   return machine;
