@@ -34,7 +34,7 @@ Kor::Ptr<TestClassMapSm> TestClassMapSm::make(
     Kor::Ptr<PolicyMap::ClassMapConfig const> const& classMapConfig,
     Kor::Ptr<PolicyMap::ClassMapSubConfig const> const& rawClassMapSubConfig,
     Kor::Ptr<PolicyMap::ClassAction const> const& classAction) {
-  auto const machine = Kor::validPtr(Kor::Ptr<TestClassMapSm>(new TestClassMapSm(
+  auto machine = Kor::validPtr(Kor::Ptr<TestClassMapSm>(new TestClassMapSm(
       globalCommonData, policyCommonData, classMapConfig, rawClassMapSubConfig, classAction)));
   machine->hasNotificationActiveIs(true);
   return machine;

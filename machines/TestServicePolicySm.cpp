@@ -56,7 +56,7 @@ Kor::Ptr<TestServicePolicySm> testServicePolicySmFactory(
     Kor::Ptr<Routing6::RoutingInfo const> const& routing6Info,
     Kor::Ptr<PolicyMap::PolicyMapAclHelper> const& aclHelper, Kor::Ptr<Acl::AclDiff> const& aclDiff,
     bool allowL2Intf, bool allowL3Intf, bool allowMgmtIntf) {
-  auto const machine = Kor::validPtr(Kor::Ptr<TestServicePolicySm>(
+  auto machine = Kor::validPtr(Kor::Ptr<TestServicePolicySm>(
       new TestServicePolicySm(policyConfig, classTypeConfig, statusRequestDir, status, aclConfig,
                               lagConfig, ipStatus, ip6Status, routingInfo, routing6Info, aclHelper,
                               aclDiff, allowL2Intf, allowL3Intf, allowMgmtIntf)));
