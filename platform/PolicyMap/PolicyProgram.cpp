@@ -650,7 +650,8 @@ void PolicyProgram::readCountsOf(ClassMapSm const& machine) {
       });
     }
   }
-  Kor::Ptr<ClassMapStatus> const status = machine.classMapStatus();
+  // Counted: a hook may take it away from the machine.
+  Kor::Ptr<ClassMapStatus> const status = Kor::share(machine.classMapStatus().get());
   for (auto iterator = status->hitCountIterator(); iterator; ++iterator) {
     if (counts.count(iterator.key()) == 0) {
       iterator.del();
@@ -693,7 +694,8 @@ void PolicyProgram::leaveHelper() {
 }
 
 void PolicyProgram::leave(Kor::Ptr<PolicyMapAclHelper> const& helper) {
-  Kor::Ptr<PolicyMapAclHelper> const left = helper;
+  Kor::Ptr<PolicyMapAclHelper> const left =
+      Kor::share(helper.get());  // the reference may be let go
   pass_.reset();
   resultTimer_.cancel();
   left->programmer().withdraw(*this);

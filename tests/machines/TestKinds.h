@@ -16,7 +16,7 @@
     static constexpr int number = N;                                                        \
     static constexpr char const* actionName = "PolicyMapTest::TestAction" #N;               \
     static constexpr char const* machineName = "PolicyMapTest::TestAction" #N "Sm";         \
-    static constexpr Kor::AttributeId valueId = 257 + N;                                    \
+    static constexpr Kor::AttributeId valueId = 257 + (N);                                  \
     static Kor::Ptr<Action> make(Kor::Name const& name, Zub::UniqueId const& id) {          \
       return PolicyMapTest::testAction##N##Factory(name, id);                               \
     }                                                                                       \

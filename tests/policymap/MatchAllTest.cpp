@@ -6,7 +6,6 @@
 namespace policymap {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
