@@ -10,9 +10,6 @@ namespace {
 using PolicyMap::ClassMapMatchOption;
 using PolicyMap::SubRuleData;
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::UnorderedElementsAre;
 using TestSupport::counts;
 using TestSupport::intf;
 using TestSupport::normalForm;

@@ -14,7 +14,6 @@ namespace lab::test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 class FaultsTest : public InputFiles {
  protected:
