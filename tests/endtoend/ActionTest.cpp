@@ -13,9 +13,7 @@ namespace {
 
 using PolicyMap::ClassMapMatchOption;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using TestSupport::counts;
-using TestSupport::intf;
 using TestSupport::Scenario;
 
 // A programmed simple policy whose class has action 1 with value 7.

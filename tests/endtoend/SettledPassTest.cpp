@@ -10,10 +10,7 @@
 namespace endtoend {
 namespace {
 
-using PolicyMap::ClassMapMatchOption;
-using PolicyMapTest::AclHelper;
 using TestSupport::counts;
-using TestSupport::intf;
 using TestSupport::Scenario;
 
 // What one pass leaves in the counters and flags of its record. The policy has two rules and two

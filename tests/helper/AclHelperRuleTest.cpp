@@ -17,7 +17,6 @@ using PolicyMap::AclRuleKey;
 using PolicyMap::ClassMapSmCommonData;
 using PolicyMap::SubRuleData;
 using PolicyMapTest::AclPolicyData;
-using testing::ElementsAre;
 using TestSupport::assertionOf;
 
 class AclHelperRule : public HelperFixture {

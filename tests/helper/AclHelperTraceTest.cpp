@@ -14,7 +14,6 @@
 
 namespace {
 
-using PolicyMapTest::AclHelper;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::assertionOf;

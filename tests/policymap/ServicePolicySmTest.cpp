@@ -9,9 +9,7 @@ namespace {
 using PolicyMap::PolicyMapSmKey;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
 class ServiceMachine : public testing::Test {
  protected:
