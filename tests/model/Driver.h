@@ -83,11 +83,11 @@ class Driver {
   [[nodiscard]] std::string settle();
   void deliver();
   [[nodiscard]] std::string compare();
-  [[nodiscard]] std::string compareRecords(Expected const& expected);
-  [[nodiscard]] std::string compareStatuses(Expected const& expected);
+  [[nodiscard]] std::string compareRecords(Expected const& wanted);
+  [[nodiscard]] std::string compareStatuses(Expected const& wanted);
   [[nodiscard]] std::string compareStatus(PolicyMap::PolicyMapSmKey const& key,
-                                          Expected const& expected);
-  [[nodiscard]] std::string compareCounts(Expected const& expected);
+                                          Expected const& wanted);
+  [[nodiscard]] std::string compareCounts(Expected const& wanted);
   [[nodiscard]] Inputs inputs() const;
 
   // Two sub-configurations of each class-map and policy-map, one of which may be the current one.
