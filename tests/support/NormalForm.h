@@ -42,7 +42,6 @@ using NormalForm = std::map<PolicyMapTest::AclPolicyType, NormalRecord>;
 [[nodiscard]] std::string describe(NormalForm const& form);
 
 // How GoogleTest prints one.
-// NOLINTNEXTLINE(readability-identifier-naming): the name that GoogleTest looks up
 inline void PrintTo(NormalRecord const& record, std::ostream* out) {
   *out << describe({{PolicyMapTest::AclPolicyType(), record}});
 }
