@@ -9,18 +9,15 @@
 // A value collection keeps values in small counted entries KorBook; an owned one keeps counted
 // objects built from their key. Each gives
 //
-//   books()                          the number of members
-//   book(k)                          a copy or the default; owned: the object or null
-//   newBook(k[, v])                  a new entry or object; replaces one of equal key; announces
-//   nothing bookIs(k[, v])                   value: overwrites in place or creates; owned: finds or
-//   creates bookDel(k), bookDelAll()         bookDel answers what was removed, or the default
-//   bookNotify(k, entry)             runs after bookIs created or changed something, after a
-//   removal, and
-//                                    after a removal through an iterator; the last argument is its
-//                                    body
+//   books()                   the number of members
+//   book(k)                   a copy or the default; owned: the object or null
+//   newBook(k[, v])           a new entry or object, replaces one of equal key, tells nobody
+//   bookIs(k[, v])            value: overwrites in place or creates; owned: finds or creates
+//   bookDel(k), bookDelAll()  bookDel answers what was removed, or the default
+//   bookNotify(k, entry)      runs after bookIs changed something and after any removal, also
+//                             one through an iterator; the last argument is its body
 //   bookIterator(), bookIteratorConst(), korBookIterator()   in the order of Kor::HashMap
-//   korBook(k)                       value: the entry or null, which tells a stored default from
-//   absence
+//   korBook(k)                value: the entry or null, so a stored default differs from none
 //
 // bookDel, bookNotify and bookIs are declared in this order, with the specifier given last but one
 // (`virtual` or nothing). A key passed in may lie in the entry that the call removes.

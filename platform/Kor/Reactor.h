@@ -5,9 +5,9 @@
 // through which it hears; it is quiet until hasNotificationActiveIs(true) and lets go on
 // korDoZombieReactors(true).
 //
-//   Kor::Reactor<Thing, ThingWatch> thing_;        // ThingWatch: a Thing::NotifieeConst or a log
-//   reader thing_.watchIs(Kor::make<ThingWatch>(this));   // once, by the machine's constructor
-//   thing_.objectIs(thing);                        // watches it when active, remembers it when not
+//   // ThingWatch is a Thing::NotifieeConst or a log reader; the machine's constructor makes it.
+//   Kor::Reactor<Thing, ThingWatch> thing_{Kor::make<ThingWatch>(this)};
+//   thing_.objectIs(thing);  // watches it when active, remembers it when not
 
 #include "Kor/Entity.h"
 #include "Kor/Ptr.h"
