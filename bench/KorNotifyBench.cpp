@@ -22,8 +22,8 @@ class Lamp : public Kor::Entity {
 
   Lamp() : Entity("lamp") {}
   [[nodiscard]] Kor::KorType const* fwkType() const override { return _fwkType(); }
-  [[nodiscard]] static Kor::KorType const* _fwkType() {
-    static Kor::KorType const type("Bench::Lamp", Entity::_fwkType());
+  [[nodiscard]] static Kor::KorType* _fwkType() {
+    static Kor::KorType type("Bench::Lamp", Entity::_fwkType());
     return &type;
   }
   void brightnessIs(int brightness);

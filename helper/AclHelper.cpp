@@ -67,8 +67,8 @@ AclHelper::Notifiee::~Notifiee() = default;
 Kor::KorType const* AclHelper::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* AclHelper::_fwkType() {
-  static Kor::KorType const type("PolicyMapTest::AclHelper", PolicyMapAclHelper::_fwkType());
+Kor::KorType* AclHelper::_fwkType() {
+  static Kor::KorType type("PolicyMapTest::AclHelper", PolicyMapAclHelper::_fwkType());
   return &type;
 }
 

@@ -36,7 +36,7 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
   ~AclHelper() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // Does nothing: there is no hardware.
   void hwInit() override;

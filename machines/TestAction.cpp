@@ -30,8 +30,8 @@ Kor::KorType const* TestActionOf<Self, kind>::fwkType() const {
   return _fwkType();
 }
 template <class Self, int kind>
-Kor::KorType const* TestActionOf<Self, kind>::_fwkType() {
-  static Kor::KorType const type(typeNames[kind - 1], Action::_fwkType());
+Kor::KorType* TestActionOf<Self, kind>::_fwkType() {
+  static Kor::KorType type(typeNames[kind - 1], Action::_fwkType());
   return &type;
 }
 

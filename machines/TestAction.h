@@ -35,7 +35,7 @@ class POLICYMAPTEST_API TestActionOf : public PolicyMap::Action {
   ~TestActionOf() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
   // Whether `other` is an action of this class that holds the same value. Class name and id do not

@@ -61,8 +61,8 @@ Kor::KorType const* TestActionSmOf<Self, Action>::fwkType() const {
   return _fwkType();
 }
 template <class Self, class Action>
-Kor::KorType const* TestActionSmOf<Self, Action>::_fwkType() {
-  static Kor::KorType const type(kindOf<Action>.typeName, ActionSm::_fwkType());
+Kor::KorType* TestActionSmOf<Self, Action>::_fwkType() {
+  static Kor::KorType type(kindOf<Action>.typeName, ActionSm::_fwkType());
   return &type;
 }
 

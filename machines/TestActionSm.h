@@ -21,7 +21,7 @@ class POLICYMAPTEST_API TestActionSmOf : public Toggles<PolicyMap::ActionSm> {
   ~TestActionSmOf() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // Writes 0 and asks for programming, also when it is 0 already. Asserts "classData": the class
   // common data are a TestClassCommonData.

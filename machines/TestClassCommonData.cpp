@@ -17,8 +17,8 @@ TestClassCommonData::Notifiee::~Notifiee() = default;
 Kor::KorType const* TestClassCommonData::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* TestClassCommonData::_fwkType() {
-  static Kor::KorType const type("PolicyMapTest::TestClassCommonData",
+Kor::KorType* TestClassCommonData::_fwkType() {
+  static Kor::KorType type("PolicyMapTest::TestClassCommonData",
                                  ClassMapSmCommonData::_fwkType());
   return &type;
 }

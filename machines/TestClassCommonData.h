@@ -24,7 +24,7 @@ class POLICYMAPTEST_API TestClassCommonData : public PolicyMap::ClassMapSmCommon
   ~TestClassCommonData() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // A write that changes something notifies. It asks for no programming: the action machines do
   // that by updateAclActionsInc().

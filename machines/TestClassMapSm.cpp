@@ -23,8 +23,8 @@ TestClassMapSm::~TestClassMapSm() = default;
 Kor::KorType const* TestClassMapSm::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* TestClassMapSm::_fwkType() {
-  static Kor::KorType const type("PolicyMapTest::TestClassMapSm", ClassMapSm::_fwkType());
+Kor::KorType* TestClassMapSm::_fwkType() {
+  static Kor::KorType type("PolicyMapTest::TestClassMapSm", ClassMapSm::_fwkType());
   return &type;
 }
 

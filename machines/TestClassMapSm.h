@@ -18,7 +18,7 @@ class POLICYMAPTEST_API TestClassMapSm : public Toggles<PolicyMap::ClassMapSm> {
   ~TestClassMapSm() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // The machine of the configured action of that kind; it has handled its action when this returns.
   // Null, with a trace line, for kinds other than 1, 2 and 3. Asserts "action": there is an action

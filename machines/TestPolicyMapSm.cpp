@@ -19,8 +19,8 @@ TestPolicyMapSm::~TestPolicyMapSm() = default;
 Kor::KorType const* TestPolicyMapSm::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* TestPolicyMapSm::_fwkType() {
-  static Kor::KorType const type("PolicyMapTest::TestPolicyMapSm", PolicyMapSm::_fwkType());
+Kor::KorType* TestPolicyMapSm::_fwkType() {
+  static Kor::KorType type("PolicyMapTest::TestPolicyMapSm", PolicyMapSm::_fwkType());
   return &type;
 }
 

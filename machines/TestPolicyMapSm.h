@@ -17,7 +17,7 @@ class POLICYMAPTEST_API TestPolicyMapSm : public Toggles<PolicyMap::PolicyMapSm>
   ~TestPolicyMapSm() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // A new machine whose notifications are on; never null.
   Kor::Ptr<PolicyMap::ClassMapSm> createClassMapSm(

@@ -28,8 +28,8 @@ TestServicePolicySm::~TestServicePolicySm() {
 Kor::KorType const* TestServicePolicySm::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* TestServicePolicySm::_fwkType() {
-  static Kor::KorType const type("PolicyMapTest::TestServicePolicySm", ServicePolicySm::_fwkType());
+Kor::KorType* TestServicePolicySm::_fwkType() {
+  static Kor::KorType type("PolicyMapTest::TestServicePolicySm", ServicePolicySm::_fwkType());
   return &type;
 }
 

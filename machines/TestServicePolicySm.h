@@ -35,7 +35,7 @@ class POLICYMAPTEST_API TestServicePolicySm : public Toggles<PolicyMap::ServiceP
   ~TestServicePolicySm() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // Every interface exists but those for which nonexistentIntf holds true.
   [[nodiscard]] bool intfExists(Vorel::IntfId intf) const override;

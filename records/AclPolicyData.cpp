@@ -12,8 +12,8 @@ AclPolicyData::~AclPolicyData() {
 Kor::KorType const* AclPolicyData::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* AclPolicyData::_fwkType() {
-  static Kor::KorType const type("PolicyMapTest::AclPolicyData", PtrInterface::_fwkType());
+Kor::KorType* AclPolicyData::_fwkType() {
+  static Kor::KorType type("PolicyMapTest::AclPolicyData", PtrInterface::_fwkType());
   return &type;
 }
 

@@ -29,7 +29,7 @@ class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
   ~AclPolicyData() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   [[nodiscard]] AclPolicyType const& key() const { return key_; }
   [[nodiscard]] AclPolicyType const& fwkKey() const { return key_; }

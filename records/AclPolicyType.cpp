@@ -30,8 +30,8 @@ AclPolicyType::AclPolicyType(Kor::String8::IteratorConst& it,
 Kor::KorType const* AclPolicyType::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* AclPolicyType::_fwkType() {
-  static Kor::KorType const type(typeName, nullptr);
+Kor::KorType* AclPolicyType::_fwkType() {
+  static Kor::KorType type(typeName, nullptr);
   return &type;
 }
 

@@ -57,7 +57,7 @@ class POLICYMAPTEST_API AclPolicyType final {
   // True for the empty identity alone.
   bool operator!() const { return *this == AclPolicyType(); }
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] virtual Kor::KorType const* fwkType() const;
 
  private:

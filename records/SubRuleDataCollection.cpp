@@ -10,8 +10,8 @@ SubRuleDataCollection::~SubRuleDataCollection() = default;
 Kor::KorType const* SubRuleDataCollection::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* SubRuleDataCollection::_fwkType() {
-  static Kor::KorType const type("PolicyMapTest::SubRuleDataCollection", PtrInterface::_fwkType());
+Kor::KorType* SubRuleDataCollection::_fwkType() {
+  static Kor::KorType type("PolicyMapTest::SubRuleDataCollection", PtrInterface::_fwkType());
   return &type;
 }
 

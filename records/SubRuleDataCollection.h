@@ -21,7 +21,7 @@ class POLICYMAPTEST_API SubRuleDataCollection : public Kor::PtrInterface,
   ~SubRuleDataCollection() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   [[nodiscard]] PolicyMap::AclRuleKey const& key() const { return key_; }
   [[nodiscard]] PolicyMap::AclRuleKey const& fwkKey() const { return key_; }

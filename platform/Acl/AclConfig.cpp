@@ -43,8 +43,8 @@ Kor::KorType const* IpAclConfig::fwkType() const {
   return _fwkType();
 }
 
-Kor::KorType const* IpAclConfig::_fwkType() {
-  static Kor::KorType const type("Acl::IpAclConfig", Kor::Entity::_fwkType());
+Kor::KorType* IpAclConfig::_fwkType() {
+  static Kor::KorType type("Acl::IpAclConfig", Kor::Entity::_fwkType());
   return &type;
 }
 
@@ -54,8 +54,8 @@ Kor::KorType const* Ip6AclConfig::fwkType() const {
   return _fwkType();
 }
 
-Kor::KorType const* Ip6AclConfig::_fwkType() {
-  static Kor::KorType const type("Acl::Ip6AclConfig", Kor::Entity::_fwkType());
+Kor::KorType* Ip6AclConfig::_fwkType() {
+  static Kor::KorType type("Acl::Ip6AclConfig", Kor::Entity::_fwkType());
   return &type;
 }
 
@@ -65,8 +65,8 @@ Kor::KorType const* MacAclConfig::fwkType() const {
   return _fwkType();
 }
 
-Kor::KorType const* MacAclConfig::_fwkType() {
-  static Kor::KorType const type("Acl::MacAclConfig", Kor::Entity::_fwkType());
+Kor::KorType* MacAclConfig::_fwkType() {
+  static Kor::KorType type("Acl::MacAclConfig", Kor::Entity::_fwkType());
   return &type;
 }
 

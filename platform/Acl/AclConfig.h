@@ -139,7 +139,7 @@ class POLICYMAP_API IpAclConfig final : public AclConfigBase<IpAclConfig, IpAclR
   ~IpAclConfig() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 };
 
 /// An access list of IPv6 rules.
@@ -152,7 +152,7 @@ class POLICYMAP_API Ip6AclConfig final : public AclConfigBase<Ip6AclConfig, Ip6A
   ~Ip6AclConfig() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 };
 
 /// An access list of MAC rules.
@@ -165,7 +165,7 @@ class POLICYMAP_API MacAclConfig final : public AclConfigBase<MacAclConfig, MacA
   ~MacAclConfig() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 };
 
 extern template class AclConfigBase<IpAclConfig, IpAclRules>;

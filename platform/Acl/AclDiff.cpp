@@ -9,8 +9,8 @@ Kor::KorType const* AclDiff::fwkType() const {
   return _fwkType();
 }
 
-Kor::KorType const* AclDiff::_fwkType() {
-  static Kor::KorType const type("Acl::AclDiff", PtrInterface::_fwkType());
+Kor::KorType* AclDiff::_fwkType() {
+  static Kor::KorType type("Acl::AclDiff", PtrInterface::_fwkType());
   return &type;
 }
 

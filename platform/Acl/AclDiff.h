@@ -51,7 +51,7 @@ class POLICYMAP_API AclDiff : public Kor::PtrInterface {
   }
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
  private:
   template <class Rule>

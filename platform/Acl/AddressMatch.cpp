@@ -117,8 +117,8 @@ std::uint32_t AddressMatch<Traits>::hash() const {
 }
 
 template <class Traits>
-Kor::KorType const* AddressMatch<Traits>::_fwkType() {
-  static Kor::KorType const type(korTypeName, nullptr);
+Kor::KorType* AddressMatch<Traits>::_fwkType() {
+  static Kor::KorType type(korTypeName, nullptr);
   return &type;
 }
 

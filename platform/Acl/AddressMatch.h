@@ -63,7 +63,7 @@ class POLICYMAP_API AddressMatch {
   friend auto operator<=>(AddressMatch const&, AddressMatch const&) = default;
   [[nodiscard]] std::uint32_t hash() const;
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   friend Kor::String8 valueToStrep(AddressMatch const& match) {

@@ -44,7 +44,7 @@ class POLICYMAP_API Config : public ConfigLists {
 
   [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
  private:
   friend class ConfigLists;

@@ -19,7 +19,7 @@ class POLICYMAP_API Ip6RuleConfig
   /// What stands for the protocol in describe() when the rule takes any.
   static constexpr std::string_view anyProtocol = "ipv6";
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 };
 
 }  // namespace Acl

@@ -18,7 +18,7 @@ class POLICYMAP_API IpRuleConfig : public RuleConfig<IpRuleConfig, IpFilterBase,
   /// What stands for the protocol in describe() when the rule takes any.
   static constexpr std::string_view anyProtocol = "ip";
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 };
 
 }  // namespace Acl

@@ -74,8 +74,8 @@ std::string NumberMatch<Traits>::describe() const {
 }
 
 template <class Traits>
-Kor::KorType const* NumberMatch<Traits>::_fwkType() {
-  static Kor::KorType const type(korTypeName, nullptr);
+Kor::KorType* NumberMatch<Traits>::_fwkType() {
+  static Kor::KorType type(korTypeName, nullptr);
   return &type;
 }
 

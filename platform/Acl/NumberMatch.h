@@ -97,7 +97,7 @@ class POLICYMAP_API NumberMatch {
   friend auto operator<=>(NumberMatch const&, NumberMatch const&) = default;
   [[nodiscard]] std::uint32_t hash() const { return hashOfFields(*this); }
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   friend void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,

@@ -5,18 +5,18 @@
 
 namespace Acl {
 
-Kor::KorType const* IpRuleConfig::_fwkType() {
-  static Kor::KorType const type(korTypeName, nullptr);
+Kor::KorType* IpRuleConfig::_fwkType() {
+  static Kor::KorType type(korTypeName, nullptr);
   return &type;
 }
 
-Kor::KorType const* Ip6RuleConfig::_fwkType() {
-  static Kor::KorType const type(korTypeName, nullptr);
+Kor::KorType* Ip6RuleConfig::_fwkType() {
+  static Kor::KorType type(korTypeName, nullptr);
   return &type;
 }
 
-Kor::KorType const* MacRuleConfig::_fwkType() {
-  static Kor::KorType const type(korTypeName, nullptr);
+Kor::KorType* MacRuleConfig::_fwkType() {
+  static Kor::KorType type(korTypeName, nullptr);
   return &type;
 }
 

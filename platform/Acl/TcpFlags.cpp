@@ -11,8 +11,8 @@ TcpFlags::TcpFlags(std::int64_t value, std::int64_t mask) {
   value_ = static_cast<std::uint8_t>(checked & mask_);
 }
 
-Kor::KorType const* TcpFlags::_fwkType() {
-  static Kor::KorType const type(korTypeName, nullptr);
+Kor::KorType* TcpFlags::_fwkType() {
+  static Kor::KorType type(korTypeName, nullptr);
   return &type;
 }
 

@@ -51,7 +51,7 @@ class POLICYMAP_API InterfaceAddress {
   friend auto operator<=>(InterfaceAddress const&, InterfaceAddress const&) = default;
   [[nodiscard]] std::uint32_t hash() const;
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   /// As it prints, without quotes.

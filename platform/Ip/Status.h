@@ -23,7 +23,7 @@ using Address = InterfaceAddress<AddressTraits>;
 }  // namespace Ip
 
 template <>
-POLICYMAP_API Kor::KorType const* Ip::InterfaceAddress<Ip::AddressTraits>::_fwkType();
+POLICYMAP_API Kor::KorType* Ip::InterfaceAddress<Ip::AddressTraits>::_fwkType();
 
 namespace Ip {
 
@@ -37,7 +37,7 @@ class POLICYMAP_API Status : public AddressStatus<Status> {
   ~Status() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   KOR_VALUE_COLLECTION(Status, intfAddress, IntfAddress, Vorel::IntfId, Address, ,
                        { addressChanged(key); })

@@ -4,8 +4,8 @@
 #include <utility>
 
 template <>
-Kor::KorType const* Ip::InterfaceAddress<Ip6::AddressTraits>::_fwkType() {
-  static Kor::KorType const type(korTypeName, nullptr);
+Kor::KorType* Ip::InterfaceAddress<Ip6::AddressTraits>::_fwkType() {
+  static Kor::KorType type(korTypeName, nullptr);
   return &type;
 }
 
@@ -19,8 +19,8 @@ Kor::KorType const* Status::fwkType() const {
   return _fwkType();
 }
 
-Kor::KorType const* Status::_fwkType() {
-  static Kor::KorType const type("Ip6::Status", Kor::Entity::_fwkType());
+Kor::KorType* Status::_fwkType() {
+  static Kor::KorType type("Ip6::Status", Kor::Entity::_fwkType());
   return &type;
 }
 

@@ -23,7 +23,7 @@ using Address = Ip::InterfaceAddress<AddressTraits>;
 }  // namespace Ip6
 
 template <>
-POLICYMAP_API Kor::KorType const* Ip::InterfaceAddress<Ip6::AddressTraits>::_fwkType();
+POLICYMAP_API Kor::KorType* Ip::InterfaceAddress<Ip6::AddressTraits>::_fwkType();
 
 namespace Ip6 {
 
@@ -37,7 +37,7 @@ class POLICYMAP_API Status : public Ip::AddressStatus<Status> {
   ~Status() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   KOR_VALUE_COLLECTION(Status, intfAddress, IntfAddress, Vorel::IntfId, Address, ,
                        { addressChanged(key); })

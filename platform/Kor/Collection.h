@@ -78,10 +78,21 @@ class Collection {
   void removeAll(Announce&& announce) {
     map_.removeAll(announce);
   }
+  // The key of the first member, and of the first one behind the place of `key`, which need not be
+  // a member's; null at the end.
+  [[nodiscard]] auto const* firstKey() const { return keyOf(map_.first()); }
+  template <class Key>
+  [[nodiscard]] auto const* keyAfter(Key const& key) const {
+    return keyOf(map_.upperBound(key));
+  }
   // Iterators of a const owner walk without changing; the map only notes that they are open.
   [[nodiscard]] Map& map() const { return map_; }
 
  private:
+  static auto const* keyOf(Member const* member) {
+    return member == nullptr ? nullptr : &member->fwkKey();
+  }
+
   mutable Map map_;
 };
 
@@ -213,6 +224,21 @@ class CollectionIterator {
     owner_->x##Notify(removed->fwkKey(), removed);                               \
   }
 
+#define KOR_COLLECTION_ATTRIBUTE_(Owner, x, X, K, OwnerRef, ValueType, SET)                  \
+  /* What the generic interface needs to know of the collection. */                          \
+  struct X##Attribute {                                                                      \
+    using Key = K;                                                                           \
+    using Value = ValueType;                                                                 \
+    static std::uint32_t members(Owner const& owner) { return owner.x##s(); }                \
+    static auto value(OwnerRef owner, K const& key) { return owner.x(key); }                 \
+    static void remove(Owner& owner, K const& key) { owner.x##Del(key); }                    \
+    static K const* firstKey(Owner const& owner) { return owner.x##Collection_.firstKey(); } \
+    static K const* keyAfter(Owner const& owner, K const& key) {                             \
+      return owner.x##Collection_.keyAfter(key);                                             \
+    }                                                                                        \
+    SET                                                                                      \
+  };
+
 #define KOR_VALUE_COLLECTION(Owner, x, X, K, V, VIRTUAL, ...)                                  \
  public:                                                                                       \
   class Kor##X final : public ::Kor::CollectionEntry<Kor##X, K, V> {                           \
@@ -226,6 +252,9 @@ class CollectionIterator {
                            KOR_COLLECTION_DELETE_(x, Kor##X))                                  \
   KOR_COLLECTION_ITERATOR_(Owner, Kor##X##Iterator, Kor##X, Owner*, entry, this->member(),     \
                            KOR_COLLECTION_DELETE_(x, Kor##X))                                  \
+  KOR_COLLECTION_ATTRIBUTE_(                                                                   \
+      Owner, x, X, K, Owner const&, V,                                                         \
+      static void set(Owner& owner, K const& key, V const& v) { owner.x##Is(key, v); })        \
   [[nodiscard]] std::uint32_t x##s() const {                                                   \
     return x##Collection_.members();                                                           \
   }                                                                                            \
@@ -278,6 +307,9 @@ class CollectionIterator {
   KOR_COLLECTION_ITERATOR_(Owner, X##Iterator, Member, Owner*, value, this->member(),          \
                            KOR_COLLECTION_DELETE_(x, Member))                                  \
   using Kor##X##Iterator = X##Iterator;                                                        \
+  KOR_COLLECTION_ATTRIBUTE_(                                                                   \
+      Owner, x, X, K, Owner&, Member,                                                          \
+      static auto make(Owner& owner, K const& key) { return owner.x##Is(key); })               \
   [[nodiscard]] std::uint32_t x##s() const {                                                   \
     return x##Collection_.members();                                                           \
   }                                                                                            \

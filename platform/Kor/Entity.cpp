@@ -11,8 +11,8 @@ KorType const* Entity::fwkType() const {
   return _fwkType();
 }
 
-KorType const* Entity::_fwkType() {
-  static KorType const type("Kor::Entity", PtrInterface::_fwkType());
+KorType* Entity::_fwkType() {
+  static KorType type("Kor::Entity", PtrInterface::_fwkType());
   return &type;
 }
 

@@ -28,7 +28,7 @@ class KOR_API Entity : public PtrInterface, public NotifieeList {
   ~Entity() override;
 
   [[nodiscard]] KorType const* fwkType() const override;
-  [[nodiscard]] static KorType const* _fwkType();
+  [[nodiscard]] static KorType* _fwkType();
 
   // The name of an attribute of this object, "unknown" for an identifier that it has not.
   [[nodiscard]] virtual String8 attributeString(AttributeId id) const;

@@ -9,7 +9,11 @@ constexpr std::uint32_t pinned = 0x80000000U;
 
 }  // namespace
 
-PtrInterface::~PtrInterface() = default;
+PtrInterface::~PtrInterface() {
+  if (hasText_) {
+    textForgotten();
+  }
+}
 
 void PtrInterface::hasNotificationActiveIs(bool active) {
   notificationActive_ = active;
@@ -36,13 +40,17 @@ KorType const* PtrInterface::fwkType() const {
   return _fwkType();
 }
 
-KorType const* PtrInterface::_fwkType() {
-  static KorType const type("Kor::PtrInterface", nullptr);
+KorType* PtrInterface::_fwkType() {
+  static KorType type("Kor::PtrInterface", nullptr);
   return &type;
 }
 
 void PtrInterface::lastReferenceGone() const noexcept {
   references_ = pinned;
+  if (hasText_) {
+    textForgotten();
+    hasText_ = false;
+  }
   const_cast<PtrInterface*>(this)->zeroReferencesIs();
 }
 

@@ -17,6 +17,9 @@
 
 namespace Kor {
 
+class PtrInterface;
+KOR_API String8 valueToStrep(PtrInterface const* object);
+
 class KOR_API PtrInterface {
  public:
   using Ptr = Kor::Ptr<PtrInterface>;
@@ -40,7 +43,7 @@ class KOR_API PtrInterface {
   [[nodiscard]] virtual KorType const* fwkType() const;
   virtual ~PtrInterface();
 
-  [[nodiscard]] static KorType const* _fwkType();
+  [[nodiscard]] static KorType* _fwkType();
 
   [[nodiscard]] bool hasNotificationActive() const { return notificationActive_; }
   [[nodiscard]] bool isNondestructing() const { return nondestructing_; }
@@ -67,12 +70,17 @@ class KOR_API PtrInterface {
   PtrInterface() = default;
 
  private:
+  friend String8 valueToStrep(PtrInterface const* object);
+
   void lastReferenceGone() const noexcept;
+  // The object has been printed, and dies: its text reads back no more.
+  void textForgotten() const noexcept;
 
   mutable std::uint32_t references_ = 1;
   bool notificationActive_ = false;
   bool markedForDeletion_ = false;
   bool nondestructing_ = true;
+  mutable bool hasText_ = false;
 };
 
 }  // namespace Kor

@@ -66,8 +66,8 @@ Kor::KorType const* Config::fwkType() const {
   return _fwkType();
 }
 
-Kor::KorType const* Config::_fwkType() {
-  static Kor::KorType const type("Lag::Input::Config", Kor::Entity::_fwkType());
+Kor::KorType* Config::_fwkType() {
+  static Kor::KorType type("Lag::Input::Config", Kor::Entity::_fwkType());
   return &type;
 }
 

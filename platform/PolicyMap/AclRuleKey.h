@@ -47,7 +47,7 @@ class POLICYMAP_API AclRuleKey {
   }
   [[nodiscard]] bool operator!() const { return *this == AclRuleKey(); }
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   static constexpr auto korFields() {

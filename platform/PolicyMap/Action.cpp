@@ -14,8 +14,8 @@ Kor::KorType const* Action::fwkType() const {
   return _fwkType();
 }
 
-Kor::KorType const* Action::_fwkType() {
-  static Kor::KorType const type("PolicyMap::Action", Entity::_fwkType());
+Kor::KorType* Action::_fwkType() {
+  static Kor::KorType type("PolicyMap::Action", Entity::_fwkType());
   return &type;
 }
 

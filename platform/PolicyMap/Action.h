@@ -22,7 +22,7 @@ class POLICYMAP_API Action : public Kor::Entity {
   ~Action() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
 

@@ -21,8 +21,8 @@ ActionSm::~ActionSm() = default;
 Kor::KorType const* ActionSm::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* ActionSm::_fwkType() {
-  static Kor::KorType const type("PolicyMap::ActionSm", PtrInterface::_fwkType());
+Kor::KorType* ActionSm::_fwkType() {
+  static Kor::KorType type("PolicyMap::ActionSm", PtrInterface::_fwkType());
   return &type;
 }
 

@@ -21,7 +21,7 @@ class POLICYMAP_API ActionSm : public Kor::PtrInterface {
 
   void hasNotificationActiveIs(bool active) override;
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // The class machine lets this machine go: undo what handleAction() did. Called once, while the
   // common data live.

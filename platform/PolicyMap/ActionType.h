@@ -12,6 +12,7 @@ namespace PolicyMap {
 // The kind of an action. Kinds are open: who adds an action class picks a number.
 enum class ActionType : std::int32_t {};
 
+POLICYMAP_API Kor::KorType* korEnumType(ActionType /*any*/);
 // Always a decimal number.
 POLICYMAP_API Kor::String8 valueToStrep(ActionType type);
 POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,

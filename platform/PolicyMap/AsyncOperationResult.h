@@ -27,7 +27,7 @@ class POLICYMAP_API AsyncOperationResult {
   bool operator==(AsyncOperationResult const&) const = default;
   [[nodiscard]] bool operator!() const { return *this == AsyncOperationResult(); }
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   static constexpr auto korFields() {

@@ -18,6 +18,7 @@ inline constexpr std::array<ClassMapMatchOption, 4> allMatchOptions{
     ClassMapMatchOption::ipv4, ClassMapMatchOption::ipv6, ClassMapMatchOption::mac,
     ClassMapMatchOption::mpls};
 
+POLICYMAP_API Kor::KorType* korEnumType(ClassMapMatchOption /*any*/);
 // 'ipv4', 'ipv6', 'mac', 'mpls'; any other value as a decimal number.
 POLICYMAP_API Kor::String8 valueToStrep(ClassMapMatchOption option);
 POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,

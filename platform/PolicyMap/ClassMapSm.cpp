@@ -13,8 +13,8 @@ ClassMapMatchSm::~ClassMapMatchSm() = default;
 Kor::KorType const* ClassMapMatchSm::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* ClassMapMatchSm::_fwkType() {
-  static Kor::KorType const type("PolicyMap::ClassMapMatchSm", PtrInterface::_fwkType());
+Kor::KorType* ClassMapMatchSm::_fwkType() {
+  static Kor::KorType type("PolicyMap::ClassMapMatchSm", PtrInterface::_fwkType());
   return &type;
 }
 
@@ -69,8 +69,8 @@ ClassMapSm::~ClassMapSm() = default;
 Kor::KorType const* ClassMapSm::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* ClassMapSm::_fwkType() {
-  static Kor::KorType const type("PolicyMap::ClassMapSm", PtrInterface::_fwkType());
+Kor::KorType* ClassMapSm::_fwkType() {
+  static Kor::KorType type("PolicyMap::ClassMapSm", PtrInterface::_fwkType());
   return &type;
 }
 

@@ -25,7 +25,7 @@ class POLICYMAP_API ClassMapMatchSm : public Kor::PtrInterface {
   ~ClassMapMatchSm() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   [[nodiscard]] ClassMapMatchOption option() const { return option_; }
   // Null before the first compilation.
@@ -51,7 +51,7 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
 
   void hasNotificationActiveIs(bool active) override;
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // The configured action of a kind came, was replaced, or went.
   virtual void handleAction(ActionType actionType);

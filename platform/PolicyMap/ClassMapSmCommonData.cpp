@@ -17,8 +17,8 @@ ClassMapSmCommonData::Notifiee::~Notifiee() = default;
 Kor::KorType const* ClassMapSmCommonData::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* ClassMapSmCommonData::_fwkType() {
-  static Kor::KorType const type("PolicyMap::ClassMapSmCommonData", PtrInterface::_fwkType());
+Kor::KorType* ClassMapSmCommonData::_fwkType() {
+  static Kor::KorType type("PolicyMap::ClassMapSmCommonData", PtrInterface::_fwkType());
   return &type;
 }
 

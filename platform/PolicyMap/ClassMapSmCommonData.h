@@ -29,7 +29,7 @@ class POLICYMAP_API ClassMapSmCommonData : public Kor::PtrInterface, public Kor:
   ~ClassMapSmCommonData() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   virtual void classMapIs(Kor::Ptr<ClassMapSubConfig const> const& classMap);
   virtual void classMapStatusIs(Kor::Ptr<ClassMapStatus> const& status);

@@ -15,8 +15,8 @@ ClassMapTypeConfig::Notifiee::~Notifiee() = default;
 Kor::KorType const* ClassMapSubConfig::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* ClassMapSubConfig::_fwkType() {
-  static Kor::KorType const type("PolicyMap::ClassMapSubConfig", Entity::_fwkType());
+Kor::KorType* ClassMapSubConfig::_fwkType() {
+  static Kor::KorType type("PolicyMap::ClassMapSubConfig", Entity::_fwkType());
   return &type;
 }
 
@@ -55,8 +55,8 @@ ClassMapConfig::~ClassMapConfig() {
 Kor::KorType const* ClassMapConfig::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* ClassMapConfig::_fwkType() {
-  static Kor::KorType const type("PolicyMap::ClassMapConfig", Entity::_fwkType());
+Kor::KorType* ClassMapConfig::_fwkType() {
+  static Kor::KorType type("PolicyMap::ClassMapConfig", Entity::_fwkType());
   return &type;
 }
 
@@ -84,8 +84,8 @@ void ClassMapConfig::contentChanged() {
 Kor::KorType const* ClassMapTypeConfig::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* ClassMapTypeConfig::_fwkType() {
-  static Kor::KorType const type("PolicyMap::ClassMapTypeConfig", Entity::_fwkType());
+Kor::KorType* ClassMapTypeConfig::_fwkType() {
+  static Kor::KorType type("PolicyMap::ClassMapTypeConfig", Entity::_fwkType());
   return &type;
 }
 

@@ -30,7 +30,7 @@ class POLICYMAP_API ClassMapSubConfig : public Kor::Entity {
   ~ClassMapSubConfig() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   [[nodiscard]] ClassMapMatchType matchType() const { return matchType_; }
   void matchTypeIs(ClassMapMatchType type);
@@ -75,7 +75,7 @@ class POLICYMAP_API ClassMapConfig : public Kor::Entity, public Kor::HashMapLink
   ~ClassMapConfig() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
   void korOwnerIs(ClassMapTypeConfig* owner) { owner_ = owner; }
 
@@ -121,7 +121,7 @@ class POLICYMAP_API ClassMapTypeConfig : public Kor::Entity {
   ~ClassMapTypeConfig() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   KOR_OWNED_COLLECTION(ClassMapTypeConfig, classMapConfig, ClassMapConfig, Kor::Name,
                        PolicyMap::ClassMapConfig, , { announceClassMapConfig(key); })

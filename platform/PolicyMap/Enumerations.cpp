@@ -37,4 +37,14 @@ std::ostream& operator<<(std::ostream& out, ActionType type) {
   return out << Kor::enumToText(actionTypeNames, static_cast<std::int32_t>(type));
 }
 
+Kor::KorType* korEnumType(ClassMapMatchOption /*any*/) {
+  static Kor::KorType type("PolicyMap::ClassMapMatchOption", nullptr);
+  return &type;
+}
+
+Kor::KorType* korEnumType(ActionType /*any*/) {
+  static Kor::KorType type("PolicyMap::ActionType", nullptr);
+  return &type;
+}
+
 }  // namespace PolicyMap

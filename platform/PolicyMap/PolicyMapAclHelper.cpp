@@ -14,8 +14,8 @@ PolicyMapAclHelper::Notifiee::~Notifiee() = default;
 Kor::KorType const* PolicyMapAclHelper::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* PolicyMapAclHelper::_fwkType() {
-  static Kor::KorType const type("PolicyMap::PolicyMapAclHelper", PtrInterface::_fwkType());
+Kor::KorType* PolicyMapAclHelper::_fwkType() {
+  static Kor::KorType type("PolicyMap::PolicyMapAclHelper", PtrInterface::_fwkType());
   return &type;
 }
 

@@ -34,7 +34,7 @@ class POLICYMAP_API PolicyMapAclHelper : public Kor::PtrInterface, public Kor::N
   ~PolicyMapAclHelper() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // Called once, before anything else, when the helper is first given to an active machine.
   virtual void hwInit() = 0;

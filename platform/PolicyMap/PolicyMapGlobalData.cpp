@@ -71,8 +71,8 @@ PolicyMapGlobalData::~PolicyMapGlobalData() = default;
 Kor::KorType const* PolicyMapGlobalData::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* PolicyMapGlobalData::_fwkType() {
-  static Kor::KorType const type("PolicyMap::PolicyMapGlobalData", PtrInterface::_fwkType());
+Kor::KorType* PolicyMapGlobalData::_fwkType() {
+  static Kor::KorType type("PolicyMap::PolicyMapGlobalData", PtrInterface::_fwkType());
   return &type;
 }
 

@@ -79,7 +79,7 @@ class POLICYMAP_API PolicyMapGlobalData : public Kor::PtrInterface {
   ~PolicyMapGlobalData() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   [[nodiscard]] Kor::Ptr<Acl::Config const> const& aclConfig() const { return aclConfig_; }
   [[nodiscard]] Kor::Ptr<ClassMapTypeConfig const> const& classTypeConfig() const {

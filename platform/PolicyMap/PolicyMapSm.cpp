@@ -42,8 +42,8 @@ PolicyMapSm::~PolicyMapSm() {
 Kor::KorType const* PolicyMapSm::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* PolicyMapSm::_fwkType() {
-  static Kor::KorType const type("PolicyMap::PolicyMapSm", PtrInterface::_fwkType());
+Kor::KorType* PolicyMapSm::_fwkType() {
+  static Kor::KorType type("PolicyMap::PolicyMapSm", PtrInterface::_fwkType());
   return &type;
 }
 

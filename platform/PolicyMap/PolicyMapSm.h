@@ -30,7 +30,7 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
 
   void hasNotificationActiveIs(bool active) override;
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // Makes the machine of one class. Any pointer may be null, but not both class-map and raw
   // matches.

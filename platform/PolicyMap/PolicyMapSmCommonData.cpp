@@ -8,8 +8,8 @@ PolicyMapSmCommonData::~PolicyMapSmCommonData() = default;
 Kor::KorType const* PolicyMapSmCommonData::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* PolicyMapSmCommonData::_fwkType() {
-  static Kor::KorType const type("PolicyMap::PolicyMapSmCommonData", PtrInterface::_fwkType());
+Kor::KorType* PolicyMapSmCommonData::_fwkType() {
+  static Kor::KorType type("PolicyMap::PolicyMapSmCommonData", PtrInterface::_fwkType());
   return &type;
 }
 

@@ -23,7 +23,7 @@ class POLICYMAP_API PolicyMapSmCommonData : public Kor::PtrInterface {
   ~PolicyMapSmCommonData() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   [[nodiscard]] PolicyMapSmKey const& policyKey() const { return policyKey_; }
 

@@ -38,7 +38,7 @@ class POLICYMAP_API PolicyMapSmKey {
   // True for the default value.
   [[nodiscard]] bool operator!() const { return *this == PolicyMapSmKey(); }
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   static constexpr auto korFields() {

@@ -18,16 +18,16 @@ PolicyMapTypeConfig::~PolicyMapTypeConfig() = default;
 PolicyMapTypeConfig::NotifieeConst::~NotifieeConst() = default;
 PolicyMapTypeConfig::Notifiee::~Notifiee() = default;
 
-Kor::KorType const* ServicePolicyKey::_fwkType() {
-  static Kor::KorType const type(korTypeName, nullptr);
+Kor::KorType* ServicePolicyKey::_fwkType() {
+  static Kor::KorType type(korTypeName, nullptr);
   return &type;
 }
 
 Kor::KorType const* ClassAction::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* ClassAction::_fwkType() {
-  static Kor::KorType const type("PolicyMap::ClassAction", Entity::_fwkType());
+Kor::KorType* ClassAction::_fwkType() {
+  static Kor::KorType type("PolicyMap::ClassAction", Entity::_fwkType());
   return &type;
 }
 
@@ -38,8 +38,8 @@ void ClassAction::announceAction(ActionType type) {
 Kor::KorType const* PolicyMapSubConfig::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* PolicyMapSubConfig::_fwkType() {
-  static Kor::KorType const type("PolicyMap::PolicyMapSubConfig", Entity::_fwkType());
+Kor::KorType* PolicyMapSubConfig::_fwkType() {
+  static Kor::KorType type("PolicyMap::PolicyMapSubConfig", Entity::_fwkType());
   return &type;
 }
 
@@ -91,8 +91,8 @@ void PolicyMapSubConfig::announceRawClassMap(Kor::Name const& name) {
 Kor::KorType const* PolicyMapConfig::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* PolicyMapConfig::_fwkType() {
-  static Kor::KorType const type("PolicyMap::PolicyMapConfig", Entity::_fwkType());
+Kor::KorType* PolicyMapConfig::_fwkType() {
+  static Kor::KorType type("PolicyMap::PolicyMapConfig", Entity::_fwkType());
   return &type;
 }
 
@@ -108,8 +108,8 @@ void PolicyMapConfig::currentSubConfigIs(Kor::Ptr<PolicyMapSubConfig> const& sub
 Kor::KorType const* PolicyMapTypeConfig::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* PolicyMapTypeConfig::_fwkType() {
-  static Kor::KorType const type("PolicyMap::PolicyMapTypeConfig", Entity::_fwkType());
+Kor::KorType* PolicyMapTypeConfig::_fwkType() {
+  static Kor::KorType type("PolicyMap::PolicyMapTypeConfig", Entity::_fwkType());
   return &type;
 }
 

@@ -39,7 +39,7 @@ class POLICYMAP_API ServicePolicyKey {
   }
   [[nodiscard]] bool operator!() const { return *this == ServicePolicyKey(); }
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   static constexpr auto korFields() {
@@ -65,7 +65,7 @@ class POLICYMAP_API ClassAction : public Kor::Entity, public Kor::HashMapLink<Cl
   ~ClassAction() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
   [[nodiscard]] Kor::Name const& className() const { return name(); }
 
@@ -106,7 +106,7 @@ class POLICYMAP_API PolicyMapSubConfig : public Kor::Entity {
   ~PolicyMapSubConfig() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // The priority of each class; lower numbers come first, equal ones by class name.
   KOR_VALUE_COLLECTION(PolicyMapSubConfig, classPrio, ClassPrio, Kor::Name, std::uint32_t, ,
@@ -170,7 +170,7 @@ class POLICYMAP_API PolicyMapConfig : public Kor::Entity, public Kor::HashMapLin
   ~PolicyMapConfig() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
 
   // The sub-configuration in force; null: the policy-map has no classes.
@@ -209,7 +209,7 @@ class POLICYMAP_API PolicyMapTypeConfig : public Kor::Entity {
   ~PolicyMapTypeConfig() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   KOR_OWNED_COLLECTION(PolicyMapTypeConfig, policyMapConfig, PolicyMapConfig, Kor::Name,
                        PolicyMap::PolicyMapConfig, , { announcePolicyMapConfig(key); })

@@ -16,16 +16,16 @@ PolicyMapStatusRequestDir::~PolicyMapStatusRequestDir() = default;
 PolicyMapStatusRequestDir::NotifieeConst::~NotifieeConst() = default;
 PolicyMapStatusRequestDir::Notifiee::~Notifiee() = default;
 
-Kor::KorType const* PolicyFailure::_fwkType() {
-  static Kor::KorType const type(korTypeName, nullptr);
+Kor::KorType* PolicyFailure::_fwkType() {
+  static Kor::KorType type(korTypeName, nullptr);
   return &type;
 }
 
 Kor::KorType const* ClassMapStatus::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* ClassMapStatus::_fwkType() {
-  static Kor::KorType const type("PolicyMap::ClassMapStatus", Entity::_fwkType());
+Kor::KorType* ClassMapStatus::_fwkType() {
+  static Kor::KorType type("PolicyMap::ClassMapStatus", Entity::_fwkType());
   return &type;
 }
 
@@ -52,8 +52,8 @@ void ClassMapStatus::programmedIs(bool programmed) {
 Kor::KorType const* PolicyMapStatus::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* PolicyMapStatus::_fwkType() {
-  static Kor::KorType const type("PolicyMap::PolicyMapStatus", Entity::_fwkType());
+Kor::KorType* PolicyMapStatus::_fwkType() {
+  static Kor::KorType type("PolicyMap::PolicyMapStatus", Entity::_fwkType());
   return &type;
 }
 
@@ -82,8 +82,8 @@ void PolicyMapStatus::announceClassMapStatus(Kor::Name const& className) {
 Kor::KorType const* PolicyMapTypeStatus::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* PolicyMapTypeStatus::_fwkType() {
-  static Kor::KorType const type("PolicyMap::PolicyMapTypeStatus", Entity::_fwkType());
+Kor::KorType* PolicyMapTypeStatus::_fwkType() {
+  static Kor::KorType type("PolicyMap::PolicyMapTypeStatus", Entity::_fwkType());
   return &type;
 }
 
@@ -95,8 +95,8 @@ void PolicyMapTypeStatus::announcePolicyMapStatus(PolicyMapSmKey const& key) {
 Kor::KorType const* PolicyMapStatusRequestDir::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* PolicyMapStatusRequestDir::_fwkType() {
-  static Kor::KorType const type("PolicyMap::PolicyMapStatusRequestDir", Entity::_fwkType());
+Kor::KorType* PolicyMapStatusRequestDir::_fwkType() {
+  static Kor::KorType type("PolicyMap::PolicyMapStatusRequestDir", Entity::_fwkType());
   return &type;
 }
 

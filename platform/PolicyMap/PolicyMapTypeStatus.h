@@ -40,7 +40,7 @@ class POLICYMAP_API PolicyFailure {
   bool operator==(PolicyFailure const&) const = default;
   [[nodiscard]] bool operator!() const { return *this == PolicyFailure(); }
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   static constexpr auto korFields() {
@@ -70,7 +70,7 @@ class POLICYMAP_API ClassMapStatus : public Kor::Entity, public Kor::HashMapLink
   ~ClassMapStatus() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
 
   // Why the class cannot be programmed, or what it refers to and is missing; empty when all is
@@ -125,7 +125,7 @@ class POLICYMAP_API PolicyMapStatus : public Kor::Entity, public Kor::HashMapLin
   ~PolicyMapStatus() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] PolicyMapSmKey const& fwkKey() const { return key_; }
   [[nodiscard]] PolicyMapSmKey const& key() const { return key_; }
 
@@ -188,7 +188,7 @@ class POLICYMAP_API PolicyMapTypeStatus : public Kor::Entity {
   ~PolicyMapTypeStatus() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   KOR_OWNED_COLLECTION(PolicyMapTypeStatus, policyMapStatus, PolicyMapStatus, PolicyMapSmKey,
                        PolicyMap::PolicyMapStatus, , { announcePolicyMapStatus(key); })
@@ -226,7 +226,7 @@ class POLICYMAP_API PolicyMapStatusRequestDir : public Kor::Entity {
   ~PolicyMapStatusRequestDir() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // A new number asks for the counts of that policy once more; they stand in its class statuses
   // when the event loop has turned.

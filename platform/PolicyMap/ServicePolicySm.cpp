@@ -160,8 +160,8 @@ ServicePolicySm::~ServicePolicySm() {
 Kor::KorType const* ServicePolicySm::fwkType() const {
   return _fwkType();
 }
-Kor::KorType const* ServicePolicySm::_fwkType() {
-  static Kor::KorType const type("PolicyMap::ServicePolicySm", PtrInterface::_fwkType());
+Kor::KorType* ServicePolicySm::_fwkType() {
+  static Kor::KorType type("PolicyMap::ServicePolicySm", PtrInterface::_fwkType());
   return &type;
 }
 

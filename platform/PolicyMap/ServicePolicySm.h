@@ -34,7 +34,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
 
   void hasNotificationActiveIs(bool active) override;
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 
   // Whether an interface exists; here every one does. Asked per interface and pass.
   [[nodiscard]] virtual bool intfExists(Vorel::IntfId intf) const;

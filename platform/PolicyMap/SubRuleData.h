@@ -54,7 +54,7 @@ class POLICYMAP_API SubRuleData {
   }
   [[nodiscard]] bool operator!() const { return *this == SubRuleData(); }
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   static constexpr auto korFields() {

@@ -8,8 +8,8 @@ namespace PolicyMap {
 namespace {
 
 template <class T>
-Kor::KorType const* typeOf() {
-  static Kor::KorType const type(T::korTypeName, nullptr);
+Kor::KorType* typeOf() {
+  static Kor::KorType type(T::korTypeName, nullptr);
   return &type;
 }
 
@@ -29,7 +29,7 @@ std::ostream& write(std::ostream& out, T const& value) {
 PolicyMapSmKey::PolicyMapSmKey(Kor::TextIterator& it, Kor::TextIterator const& end) {
   Kor::readValueFields(it, end, *this);
 }
-Kor::KorType const* PolicyMapSmKey::_fwkType() {
+Kor::KorType* PolicyMapSmKey::_fwkType() {
   return typeOf<PolicyMapSmKey>();
 }
 Kor::String8 valueToStrep(PolicyMapSmKey const& key) {
@@ -61,7 +61,7 @@ void AclRuleKey::seqnoIs(std::uint32_t seqno) {
 void AclRuleKey::matchOptionIs(ClassMapMatchOption option) {
   *this = AclRuleKey(className_, aclName_, seqno_, option);
 }
-Kor::KorType const* AclRuleKey::_fwkType() {
+Kor::KorType* AclRuleKey::_fwkType() {
   return typeOf<AclRuleKey>();
 }
 Kor::String8 valueToStrep(AclRuleKey const& key) {
@@ -74,7 +74,7 @@ std::ostream& operator<<(std::ostream& out, AclRuleKey const& key) {
 SubRuleData::SubRuleData(Kor::TextIterator& it, Kor::TextIterator const& end) {
   Kor::readValueFields(it, end, *this);
 }
-Kor::KorType const* SubRuleData::_fwkType() {
+Kor::KorType* SubRuleData::_fwkType() {
   return typeOf<SubRuleData>();
 }
 Kor::String8 valueToStrep(SubRuleData const& subRule) {
@@ -87,7 +87,7 @@ std::ostream& operator<<(std::ostream& out, SubRuleData const& subRule) {
 AsyncOperationResult::AsyncOperationResult(Kor::TextIterator& it, Kor::TextIterator const& end) {
   Kor::readValueFields(it, end, *this);
 }
-Kor::KorType const* AsyncOperationResult::_fwkType() {
+Kor::KorType* AsyncOperationResult::_fwkType() {
   return typeOf<AsyncOperationResult>();
 }
 Kor::String8 valueToStrep(AsyncOperationResult const& result) {

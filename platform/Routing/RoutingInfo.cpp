@@ -13,8 +13,8 @@ Kor::KorType const* RoutingInfo::fwkType() const {
   return _fwkType();
 }
 
-Kor::KorType const* RoutingInfo::_fwkType() {
-  static Kor::KorType const type("Routing::RoutingInfo", Kor::Entity::_fwkType());
+Kor::KorType* RoutingInfo::_fwkType() {
+  static Kor::KorType type("Routing::RoutingInfo", Kor::Entity::_fwkType());
   return &type;
 }
 

@@ -19,7 +19,7 @@ class POLICYMAP_API RoutingInfo : public Routing::RoutingInfoBase<RoutingInfo> {
   ~RoutingInfo() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
 };
 
 }  // namespace Routing6

@@ -283,8 +283,8 @@ std::strong_ordering IntfId::compare(IntfId a, IntfId b) {
   return std::is_neq(numbers) ? numbers : left.subIntf <=> right.subIntf;
 }
 
-Kor::KorType const* IntfId::_fwkType() {
-  static Kor::KorType const type("Vorel::IntfId", nullptr);
+Kor::KorType* IntfId::_fwkType() {
+  static Kor::KorType type("Vorel::IntfId", nullptr);
   return &type;
 }
 

@@ -75,7 +75,7 @@ class POLICYMAP_API IntfId {
   /// From kind and numbers alone, so the same in every process.
   [[nodiscard]] std::uint32_t hash() const;
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   /// Writes the bare name.

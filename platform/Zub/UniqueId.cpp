@@ -10,8 +10,8 @@ UniqueId UniqueId::next() {
   return UniqueId(Kor::String8("id-" + std::to_string(++lastNumber)));
 }
 
-Kor::KorType const* UniqueId::_fwkType() {
-  static Kor::KorType const type(korTypeName, nullptr);
+Kor::KorType* UniqueId::_fwkType() {
+  static Kor::KorType type(korTypeName, nullptr);
   return &type;
 }
 

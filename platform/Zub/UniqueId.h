@@ -37,7 +37,7 @@ class POLICYMAP_API UniqueId {
   friend std::strong_ordering operator<=>(UniqueId const&, UniqueId const&) = default;
   [[nodiscard]] std::uint32_t hash() const { return value_.hash(); }
 
-  [[nodiscard]] static Kor::KorType const* _fwkType();
+  [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   /// Writes the text form.

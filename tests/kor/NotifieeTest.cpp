@@ -29,8 +29,8 @@ class Lamp : public Kor::Entity, public TestSupport::Instances<Lamp> {
   explicit Lamp(Kor::Name name = "lamp") : Entity(std::move(name)) {}
 
   [[nodiscard]] Kor::KorType const* fwkType() const override { return _fwkType(); }
-  [[nodiscard]] static Kor::KorType const* _fwkType() {
-    static Kor::KorType const type("Test::Lamp", Entity::_fwkType());
+  [[nodiscard]] static Kor::KorType* _fwkType() {
+    static Kor::KorType type("Test::Lamp", Entity::_fwkType());
     return &type;
   }
 
@@ -64,8 +64,8 @@ class ColourLamp : public Lamp {
   class NotifieeConst;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override { return _fwkType(); }
-  [[nodiscard]] static Kor::KorType const* _fwkType() {
-    static Kor::KorType const type("Test::ColourLamp", Lamp::_fwkType());
+  [[nodiscard]] static Kor::KorType* _fwkType() {
+    static Kor::KorType type("Test::ColourLamp", Lamp::_fwkType());
     return &type;
   }
 
@@ -586,8 +586,8 @@ TEST_F(Notification, AnEntityThatDiesLeavesItsLogReaderWithNone) {
 class Meter : public Kor::PtrInterface, public Kor::NotifieeList {
  public:
   class NotifieeConst;
-  [[nodiscard]] static Kor::KorType const* _fwkType() {
-    static Kor::KorType const type("Test::Meter", PtrInterface::_fwkType());
+  [[nodiscard]] static Kor::KorType* _fwkType() {
+    static Kor::KorType type("Test::Meter", PtrInterface::_fwkType());
     return &type;
   }
   void tick();

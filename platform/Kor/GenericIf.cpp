@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Kor/GenericIf.h"
+
+#include "Kor/ObjectText.h"
+#include "Kor/Strep.h"
+
+#include <cctype>
+#include <string>
+
+namespace Kor {
+namespace {
+
+using Kind = GenericValue::Kind;
+
+std::string typeError(String8 const& typeName, String8 const& name) {
+  return "type error: " + (typeName.empty() ? "" : typeName.stdString() + " expected for ") +
+         name.stdString();
+}
+
+char peek(TextIterator const& it, TextIterator const& end) {
+  return it == end ? '\0' : *it;
+}
+
+// The type named at the head of `Value('Ns::Type', …`.
+KorType const& valueTypeAt(TextIterator it, TextIterator const& end) {
+  needString(it, end, "Value ( ");
+  auto const column = it.position();
+  String8 name;
+  sequenceToValue(it, end, name);
+  KorType const* const type = KorType::named(name.view());
+  if (type == nullptr || type->operations().parse == nullptr) {
+    throw RangeException("no such value type: " + name.stdString() + " at column " +
+                         std::to_string(column));
+  }
+  return *type;
+}
+
+GenericValue numberAt(TextIterator& it, TextIterator const& end) {
+  std::string_view const ahead = it.text().view().substr(it.position());
+  auto const digits = ahead.substr(0, ahead.find_first_not_of("+-0123456789.eE_xXobOBinfa"));
+  if (digits.find_first_of(".eEn") != std::string_view::npos &&
+      digits.find_first_of("xX") == std::string_view::npos) {
+    double real = 0;
+    sequenceToValue(it, end, real);
+    return real;
+  }
+  if (digits.starts_with('-')) {
+    return sequenceToInteger(it, end, INT64_MIN, INT64_MAX);
+  }
+  return sequenceToUnsigned(it, end, UINT64_MAX);
+}
+
+GenericValue listAt(TextIterator& it, TextIterator const& end) {
+  needString(it, end, "[");
+  auto list = GenericList::of();
+  skipSpace(it, end);
+  while (peek(it, end) != ']') {
+    if (!list->empty()) {
+      needString(it, end, " ,");
+    }
+    GenericValue element;
+    sequenceToValue(it, end, element);
+    list->append(std::move(element));
+    skipSpace(it, end);
+  }
+  needString(it, end, "]");
+  return list;
+}
+
+}  // namespace
+
+TypeException::TypeException(String8 typeName, String8 name)
+    : Exception(typeError(typeName, name)),
+      typeName_(std::move(typeName)),
+      name_(std::move(name)) {}
+TypeException::~TypeException() = default;
+
+OpNotSupportedException::OpNotSupportedException(String8 name, std::uint32_t code)
+    : Exception("operation " + std::to_string(code) + " not supported: " + name.stdString()),
+      name_(std::move(name)),
+      code_(code) {}
+OpNotSupportedException::~OpNotSupportedException() = default;
+
+BadIndexAttrException::BadIndexAttrException(String8 name)
+    : Exception("attribute takes no index: " + name.stdString()), name_(std::move(name)) {}
+BadIndexAttrException::~BadIndexAttrException() = default;
+
+UnknownArgException::UnknownArgException(String8 name)
+    : Exception("too many arguments: " + name.stdString()), name_(std::move(name)) {}
+UnknownArgException::~UnknownArgException() = default;
+
+ConstException::ConstException() : Exception("attempting to modify a const instance") {}
+ConstException::~ConstException() = default;
+
+GenericIf::GenericIf(GenericValue const& value) : type_(nullptr), const_(value.isConst()) {
+  KOR_ASSERT(value.kind() == Kind::object || value.kind() == Kind::value);
+  object_ = share(value.object());
+  type_ = object_->fwkType();
+}
+
+GenericValue GenericIf::value() const {
+  if (type_->isValue()) {
+    return {share(static_cast<ValueBox const*>(object_.get())), const_};
+  }
+  return {object_, const_};
+}
+
+void GenericIf::throwTypeException(String8 const& name) {
+  throw TypeException(name);
+}
+void GenericIf::throwTypeException(String8 const& typeName, String8 const& name) {
+  throw TypeException(typeName, name);
+}
+void GenericIf::throwOpNotSupportedException(String8 const& name, std::uint32_t code) {
+  throw OpNotSupportedException(name, code);
+}
+void GenericIf::throwBadIndexAttrException(String8 const& name) {
+  throw BadIndexAttrException(name);
+}
+void GenericIf::throwUnknownArgException(String8 const& name) {
+  throw UnknownArgException(name);
+}
+void GenericIf::throwConstException() {
+  throw ConstException();
+}
+
+GenericIfPtrInterface GenericIfPtrInterface::baseGenericIf() const {
+  KorType const* const base = type()->base();
+  return {object(), base == nullptr ? type() : base, isConst()};
+}
+
+GenericIf genericConstruct(KorType const& type, GenericValue const& arguments) {
+  if (type.operations().construct == nullptr) {
+    throw RangeException(std::string(type.name()) + " cannot be constructed by name");
+  }
+  return GenericIf(type.operations().construct(type, arguments));
+}
+
+String8 valueToStrep(GenericValue const& value) {
+  switch (value.kind()) {
+  case Kind::boolean: return valueToStrep(value.boolean());
+  case Kind::integer: return valueToStrep(value.integer());
+  case Kind::natural: return valueToStrep(value.natural());
+  case Kind::real: return valueToStrep(value.real());
+  case Kind::enumeration: return value.enumerationType()->operations().print(value);
+  case Kind::text: return valueToStrep(value.text());
+  case Kind::value: return static_cast<ValueBox const*>(value.object())->text();
+  case Kind::object: return valueToStrep(value.object());
+  case Kind::list: {
+    std::string text = "[";
+    for (GenericValue const& element : value.list()) {
+      text.append(text.size() == 1 ? "" : ", ").append(valueToStrep(element).view());
+    }
+    return text + "]";
+  }
+  default: return "None";  // none, null
+  }
+}
+
+void sequenceToValue(TextIterator& it, TextIterator const& end, GenericValue& value) {
+  skipSpace(it, end);
+  auto const column = it.position();
+  char const head = peek(it, end);
+  std::string_view const ahead = it.text().view().substr(column);
+  if (ahead.starts_with("Value")) {
+    value = valueTypeAt(it, end).operations().parse(it, end);
+  } else if (ahead.starts_with("Ptr")) {
+    value = GenericValue(sequenceToObject(it, end), false);
+  } else if (ahead.starts_with("None")) {
+    takeString(it, end, "None");
+    value = nullptr;
+  } else if (ahead.starts_with("True") || ahead.starts_with("False")) {
+    bool truth = false;
+    sequenceToValue(it, end, truth);
+    value = truth;
+  } else if (head == '[') {
+    value = listAt(it, end);
+  } else if (head == '-' || head == '+' || head == '.' || (head >= '0' && head <= '9')) {
+    value = numberAt(it, end);
+  } else if (head == '\'' || head == '"' || ahead.find_first_of("'\"") < 3) {
+    String8 text;
+    sequenceToValue(it, end, text);
+    value = text;
+  } else {
+    throw RangeException("expected a value at column " + std::to_string(column));
+  }
+}
+
+}  // namespace Kor

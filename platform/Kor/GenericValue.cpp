@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Kor/GenericValue.h"
+
+#include "Kor/GenericIf.h"
+
+#include <algorithm>
+
+namespace Kor {
+namespace {
+
+using Kind = GenericValue::Kind;
+
+// The text that an enumeration's value prints as without quotes, null when it is none.
+bool namesEnumeration(GenericValue const& enumeration, String8 const& name) {
+  return valueToStrep(enumeration) == valueToStrep(name);
+}
+
+bool equalNumbers(GenericValue const& a, GenericValue const& b) {
+  auto const asReal = [](GenericValue const& value) {
+    switch (value.kind()) {
+    case Kind::real: return value.real();
+    case Kind::natural: return static_cast<double>(value.natural());
+    case Kind::enumeration: return static_cast<double>(value.enumeration());
+    default: return static_cast<double>(value.integer());
+    }
+  };
+  auto const asInteger = [](GenericValue const& value) {
+    return value.kind() == Kind::enumeration ? std::int64_t{value.enumeration()} : value.integer();
+  };
+  if (a.kind() == Kind::real || b.kind() == Kind::real) {
+    return asReal(a) == asReal(b);
+  }
+  return (a.kind() == Kind::natural) == (b.kind() == Kind::natural) && asInteger(a) == asInteger(b);
+}
+
+bool isNumber(GenericValue const& value) {
+  return value.isInteger() || value.kind() == Kind::real || value.kind() == Kind::enumeration;
+}
+
+}  // namespace
+
+ValueBox::~ValueBox() = default;
+
+GenericValue::GenericValue(Kor::Ptr<GenericList> const& list)
+    : kind_(list == nullptr ? Kind::null : Kind::list) {
+  new (&payload_.list) Kor::Ptr<GenericList>(list);
+}
+
+void GenericValue::copyCounted(GenericValue const& other) noexcept {
+  switch (kind_) {
+  case Kind::text: new (&payload_.text) String8(other.payload_.text); break;
+  case Kind::list: new (&payload_.list) Kor::Ptr<GenericList>(other.payload_.list); break;
+  default:
+    payload_.object = other.payload_.object;
+    payload_.object->newRef();
+    break;
+  }
+}
+
+void GenericValue::release() noexcept {
+  switch (kind_) {
+  case Kind::text: payload_.text.~String8(); break;
+  case Kind::list: payload_.list.~Ptr(); break;
+  default: payload_.object->deleteRef(); break;
+  }
+}
+
+bool operator==(GenericValue const& a, GenericValue const& b) {
+  if (isNumber(a) && isNumber(b)) {
+    return equalNumbers(a, b);
+  }
+  if (a.kind() != b.kind()) {
+    return (a.kind() == Kind::enumeration && b.kind() == Kind::text &&
+            namesEnumeration(a, b.text())) ||
+           (b.kind() == Kind::enumeration && a.kind() == Kind::text &&
+            namesEnumeration(b, a.text()));
+  }
+  switch (a.kind()) {
+  case Kind::boolean: return a.boolean() == b.boolean();
+  case Kind::text: return a.text() == b.text();
+  case Kind::list:
+    return std::equal(a.list().begin(), a.list().end(), b.list().begin(), b.list().end());
+  case Kind::value:
+    return a.object()->fwkType() == b.object()->fwkType() &&
+           static_cast<ValueBox const*>(a.object())
+               ->equals(*static_cast<ValueBox const*>(b.object()));
+  case Kind::object: return a.object() == b.object();
+  default: return true;  // none, null
+  }
+}
+
+std::ostream& operator<<(std::ostream& out, GenericValue const& value) {
+  return out << valueToStrep(value);
+}
+
+GenericValue const& GenericList::none() {
+  static GenericValue const value;
+  return value;
+}
+
+}  // namespace Kor

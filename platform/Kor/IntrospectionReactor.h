@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Kor/Export.h"
+#include "Kor/KorAttr.h"
+#include "Kor/KorType.h"
+#include "Kor/String.h"
+
+namespace Kor {
+
+// Hears of every registration while libraries are loaded, in nested brackets:
+//
+//   handleNameSpace                         handleScopeExit
+//     handleType                 handleScopeExit
+//       handleAttr  handleAttrContextExit
+//
+// A type's inherited attributes are announced before its own.
+class KOR_API IntrospectionReactor {
+ public:
+  // The one that registration reports to; at first one that ignores everything.
+  [[nodiscard]] static IntrospectionReactor& global();
+  // Installs another one, which must outlive its use; null: the first one again. Answers the one
+  // that was installed.
+  static IntrospectionReactor* globalIs(IntrospectionReactor* reactor);
+
+  IntrospectionReactor() = default;
+  IntrospectionReactor(IntrospectionReactor const&) = delete;
+  IntrospectionReactor& operator=(IntrospectionReactor const&) = delete;
+  virtual ~IntrospectionReactor();
+
+  virtual void handleNameSpace(Name const& name);
+  // `base` is null for a type without one. Size, flags and arguments are not set yet.
+  virtual void handleType(KorType const* type, KorType const* base);
+  virtual void handleAttr(KorAttr::PtrConst const& attr);
+  virtual void handleAttrContextExit();
+  virtual void handleScopeExit();
+};
+
+}  // namespace Kor

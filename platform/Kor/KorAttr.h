@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// KorAttr: the record of one attribute of a type: data, a keyed collection, or a function.
+
+#include "Kor/Export.h"
+#include "Kor/KorType.h"
+#include "Kor/Ptr.h"
+#include "Kor/String.h"
+#include "Kor/Types.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace Kor {
+
+struct AttributeOperation;
+
+class KOR_API KorAttr {
+ public:
+  using Ptr = Kor::Ptr<KorAttr>;
+  using PtrConst = Kor::Ptr<KorAttr const>;
+
+  // Two words of bits that are passed through as registered.
+  class AttrFlags {
+   public:
+    constexpr AttrFlags() = default;
+    constexpr explicit AttrFlags(std::uint32_t first, std::uint32_t second = 0x400)
+        : first_(first), second_(second) {}
+    [[nodiscard]] constexpr std::uint32_t first() const { return first_; }
+    [[nodiscard]] constexpr std::uint32_t second() const { return second_; }
+    friend constexpr bool operator==(AttrFlags const&, AttrFlags const&) = default;
+
+   private:
+    std::uint32_t first_ = 0;
+    std::uint32_t second_ = 0;
+  };
+
+  class KOR_API KorAttrIntrospectionFlags {
+   public:
+    constexpr KorAttrIntrospectionFlags() = default;
+    // Raises RangeException "KorAttrIntrospectionFlags::value > 0x3f not allowed".
+    constexpr explicit KorAttrIntrospectionFlags(std::uint32_t value) : value_(checked(value)) {}
+
+    // The flags with only that bit.
+    static constexpr KorAttrIntrospectionFlags isIndependentDomainAttr_() {
+      return KorAttrIntrospectionFlags(2);
+    }
+    static constexpr KorAttrIntrospectionFlags isFunction_() {
+      return KorAttrIntrospectionFlags(8);
+    }
+    static constexpr KorAttrIntrospectionFlags hasInternalIndex_() {
+      return KorAttrIntrospectionFlags(32);
+    }
+
+    [[nodiscard]] constexpr std::uint32_t value() const { return value_; }
+    // The value can be chosen freely, whatever the owner's other attributes are.
+    [[nodiscard]] constexpr bool isIndependentDomainAttr() const { return (value_ & 2U) != 0; }
+    // It is called, not stored.
+    [[nodiscard]] constexpr bool isFunction() const { return (value_ & 8U) != 0; }
+    // The collection keeps an index of its members.
+    [[nodiscard]] constexpr bool hasInternalIndex() const { return (value_ & 32U) != 0; }
+
+    friend constexpr KorAttrIntrospectionFlags operator|(KorAttrIntrospectionFlags a,
+                                                         KorAttrIntrospectionFlags b) {
+      return KorAttrIntrospectionFlags(a.value_ | b.value_);
+    }
+    friend constexpr bool operator==(KorAttrIntrospectionFlags,
+                                     KorAttrIntrospectionFlags) = default;
+
+   private:
+    static constexpr std::uint32_t checked(std::uint32_t value) {
+      return value <= 0x3f ? value : refused();
+    }
+    static std::uint32_t refused();
+
+    std::uint32_t value_ = 0;
+  };
+
+  // Answers an operation of the generic interface on this attribute of that object.
+  using Access = GenericValue (*)(GenericIf const& self, KorAttr const& attr,
+                                  AttributeOperation const& operation);
+
+  // The attribute of that name, null when there is none.
+  [[nodiscard]] static Ptr attr(KorType const* type, std::string_view name);
+  // Takes an attribute out; one that is not there is no error.
+  static void attrDel(KorType* type, std::string_view name);
+  // Registers an attribute at the end, or in the place of one of that name. `keyAttr` is given for
+  // a collection whose members are created from their key: the attribute of the member that is
+  // given.
+  static Ptr attrIs(KorType* type, Name name, KorType const* valueType, Ptr const& keyAttr,
+                    Ptr const& indexAttr, AttrFlags flags, AttributeId id);
+
+  [[nodiscard]] Name const& name() const { return name_; }
+  // The type that registered this record: for an overridden function the last one that did.
+  [[nodiscard]] KorType const* owner() const { return owner_; }
+  // Of the value, of a collection's members, or of a function's result.
+  [[nodiscard]] KorType const* valueType() const { return valueType_; }
+  // Of the keys of a collection, else null.
+  [[nodiscard]] KorType const* keyType() const { return keyType_; }
+  [[nodiscard]] Ptr const& keyAttr() const { return keyAttr_; }
+  [[nodiscard]] Ptr const& indexAttr() const { return indexAttr_; }
+  [[nodiscard]] AttrFlags flags() const { return flags_; }
+  [[nodiscard]] KorAttrIntrospectionFlags introspectionFlags() const { return introspection_; }
+  void introspectionFlagsIs(KorAttrIntrospectionFlags flags) { introspection_ = flags; }
+  [[nodiscard]] AttributeId id() const { return id_; }
+  [[nodiscard]] bool isFunction() const { return introspection_.isFunction(); }
+  [[nodiscard]] bool isCollection() const { return keyType_ != nullptr; }
+  // A collection of objects that it creates from their key.
+  [[nodiscard]] bool isOwnedCollection() const { return bool(keyAttr_); }
+
+  // Of a function, in calling order.
+  [[nodiscard]] std::vector<ArgumentSpec> const& args() const { return args_; }
+  void newArg(Name name, Name typeName);
+
+  // Null while nothing answers for it.
+  [[nodiscard]] Access access() const { return access_; }
+  void accessIs(Access answers) { access_ = answers; }
+  // Whether operation 128 can succeed: on data, to write it; on a collection, to set a member.
+  [[nodiscard]] bool isWritable() const { return isWritable_; }
+  void isWritableIs(bool writable) { isWritable_ = writable; }
+
+  void newRef() const noexcept { ++references_; }
+  void deleteRef() const noexcept {
+    if (--references_ == 0) {
+      delete this;
+    }
+  }
+
+ private:
+  friend Ptr defNoninstantiatingAttr(KorType*, Name, KorType const*, KorType const*, AttrFlags,
+                                     KorAttrIntrospectionFlags, AttributeId);
+
+  KorAttr() = default;
+  ~KorAttr() = default;
+
+  static Ptr enter(KorType* type, Ptr attr);
+
+  mutable std::uint32_t references_ = 1;
+  AttributeId id_ = 0;
+  Access access_ = nullptr;
+  Name name_;
+  KorType const* owner_ = nullptr;
+  KorType const* valueType_ = nullptr;
+  KorType const* keyType_ = nullptr;
+  Ptr keyAttr_;
+  Ptr indexAttr_;
+  AttrFlags flags_;
+  KorAttrIntrospectionFlags introspection_;
+  bool isWritable_ = false;
+  std::vector<ArgumentSpec> args_;
+};
+
+// Defines data (`keyType` null) or a collection of values, and announces it to the global
+// introspection reactor.
+KOR_API KorAttr::Ptr defNoninstantiatingAttr(KorType* owner, Name name, KorType const* valueType,
+                                             KorType const* keyType, KorAttr::AttrFlags flags,
+                                             KorAttr::KorAttrIntrospectionFlags introspection,
+                                             AttributeId id);
+
+}  // namespace Kor

@@ -1,0 +1,530 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Model<T>: the table of a type, from which its registration, its adapter, its attribute names and
+// its by-name constructor are made.
+//
+//   using M = Kor::Model<Shelf>;
+//   constexpr std::array attrs{
+//       M::data<&Shelf::colour, &Shelf::colourIs>("colour"),
+//       M::collection<Shelf::BookAttribute>("book"),
+//       M::owned<Shelf::DrawerAttribute>("drawer"),
+//       M::function<&Shelf::weigh>("weigh", "scale", "unit"),
+//   };
+//   Kor::TypeModel const shelf = M::entity(attrs, M::constructor<&shelfFactory>("name"));
+//   ...
+//   Kor::registerTypes("Library", {&shelf, ...});
+//
+// Identifiers are not written down: an attribute that overrides one of the base keeps its number,
+// and the others count from 128 x level + 2.
+
+#include "Kor/Export.h"
+#include "Kor/Generic.h"
+#include "Kor/GenericIf.h"
+#include "Kor/KorAttr.h"
+#include "Kor/KorType.h"
+#include "Kor/Strep.h"
+
+#include <array>
+#include <cstdint>
+#include <initializer_list>
+#include <span>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+namespace Kor {
+
+namespace Flags {
+inline constexpr KorAttr::AttrFlags data{0x220143};
+inline constexpr KorAttr::AttrFlags recordData{0x220103};
+inline constexpr KorAttr::AttrFlags key{0x220109, 0x40000400};  // given at construction
+inline constexpr KorAttr::AttrFlags lastKey{0x22010f};
+inline constexpr KorAttr::AttrFlags derived{0x220001};  // computed, or set by its owner alone
+inline constexpr KorAttr::AttrFlags fwkKey{0x200001};
+inline constexpr KorAttr::AttrFlags collection{0x1a20103};
+inline constexpr KorAttr::AttrFlags owned{0x9a20103, 0x10000400};
+inline constexpr KorAttr::AttrFlags settableOwned{0x9a20143, 0x10000400};
+inline constexpr KorAttr::AttrFlags function{0x20001};
+inline constexpr KorAttr::AttrFlags factory{0x8020001};  // answers a new object
+inline constexpr KorAttr::AttrFlags hook{0x1};
+}  // namespace Flags
+
+using TypeGetter = KorType const* (*)();
+
+// A function's or constructor's arguments, in order.
+struct ArgumentModel {
+  static constexpr std::size_t most = 15;
+
+  std::array<std::string_view, most> names{};
+  TypeGetter const* types = nullptr;
+  std::size_t count = 0;
+};
+
+// One line of a table.
+struct AttrModel {
+  enum class Kind : std::uint8_t { data, collection, owned, function };
+
+  std::string_view name;
+  Kind kind = Kind::data;
+  TypeGetter valueType = nullptr;
+  TypeGetter keyType = nullptr;  // of a collection
+  KorAttr::AttrFlags flags;
+  KorAttr::KorAttrIntrospectionFlags introspection;
+  KorAttr::Access answers = nullptr;
+  bool writable = false;
+  bool withoutNumber = false;  // has the identifier 0
+  ArgumentModel args;          // of a function
+
+  [[nodiscard]] constexpr AttrModel with(KorAttr::AttrFlags other) const {
+    AttrModel copy = *this;
+    copy.flags = other;
+    return copy;
+  }
+};
+
+struct TypeModel {
+  enum class Kind : std::uint8_t { object, entity, value };
+
+  KorType* (*type)() = nullptr;
+  std::size_t size = 0;
+  Kind kind = Kind::object;
+  std::span<AttrModel const> attrs;
+  ArgumentModel constructorArgs;
+  TypeOperations operations;
+};
+
+// How the functions of a table answer; a table's author needs nothing of it.
+namespace Adapter {
+
+[[noreturn]] KOR_API void refuse(KorAttr const& attr, AttributeOperation const& operation);
+KOR_API void needNoIndex(KorAttr const& attr, AttributeOperation const& operation);
+KOR_API GenericList const& needList(GenericValue const& value);
+// Function calls: code, index.
+KOR_API void needCall(KorAttr const& attr, AttributeOperation const& operation);
+
+template <class Self>
+Self& subject(GenericIf const& self) {
+  // The generic interface has seen to const before it asks a table.
+  auto* const object = const_cast<PtrInterface*>(self.object().get());
+  if constexpr (std::is_base_of_v<PtrInterface, Self>) {
+    return static_cast<Self&>(*object);
+  } else {
+    return static_cast<TypedBox<Self>&>(*object).value();
+  }
+}
+
+// Reaches through a const adapter are const.
+template <class Value>
+GenericValue member(GenericIf const& self, Value const& value) {
+  GenericValue generic = Generic<Value>::value(value);
+  return self.isConst() ? std::move(generic).asConst() : generic;
+}
+
+template <class T>
+T taken(GenericValue const& from, String8 const& name) {
+  T value{};
+  if (!Generic<T>::take(from, value)) [[unlikely]] {
+    GenericIf::throwTypeException(name);
+  }
+  return value;
+}
+
+template <class T>
+T takenIndex(AttributeOperation const& operation) {
+  T key{};
+  if (!Generic<T>::take(operation.kor_index, key)) [[unlikely]] {
+    GenericIf::throwTypeException("kor_index");
+  }
+  return key;
+}
+
+template <class Member>
+struct MemberTraits;
+template <class C, class R>
+struct MemberTraits<R (C::*)() const> {
+  using Value = std::remove_cvref_t<R>;
+};
+template <class C, class R, class V>
+struct MemberTraits<R (C::*)(V)> {
+  using Value = std::remove_cvref_t<V>;
+};
+
+template <class Self, auto read>
+GenericValue readOnly(GenericIf const& self, KorAttr const& attr,
+                      AttributeOperation const& operation) {
+  if (operation.kor_index.present()) [[unlikely]] {
+    GenericIf::throwBadIndexAttrException(attr.name());
+  }
+  if (operation.code != AttributeOperation::get) [[unlikely]] {
+    refuse(attr, operation);
+  }
+  using Value = typename MemberTraits<decltype(read)>::Value;
+  return member<Value>(self, (subject<Self>(self).*read)());
+}
+
+template <class Self, auto read, auto write>
+GenericValue data(GenericIf const& self, KorAttr const& attr, AttributeOperation const& operation) {
+  if (operation.code != AttributeOperation::set || operation.kor_index.present()) {
+    return readOnly<Self, read>(self, attr, operation);
+  }
+  using Value = typename MemberTraits<decltype(write)>::Value;
+  (subject<Self>(self).*write)(taken<Value>(operation.value, attr.name()));
+  return {};
+}
+
+// The queries that all collections answer.
+template <class Self, class Attribute>
+GenericValue query(GenericIf const& self, KorAttr const& attr,
+                   AttributeOperation const& operation) {
+  using Key = typename Attribute::Key;
+  Self const& owner = subject<Self>(self);
+  switch (operation.code) {
+  case AttributeOperation::count: needNoIndex(attr, operation); return Attribute::members(owner);
+  case AttributeOperation::first: {
+    needNoIndex(attr, operation);
+    Key const* const key = Attribute::firstKey(owner);
+    return key == nullptr ? GenericValue() : Generic<Key>::value(*key);
+  }
+  case AttributeOperation::next: {
+    Key const* const key = Attribute::keyAfter(owner, takenIndex<Key>(operation));
+    return key == nullptr ? GenericValue() : Generic<Key>::value(*key);
+  }
+  default: refuse(attr, operation);
+  }
+}
+
+template <class Self, class Attribute>
+GenericValue collection(GenericIf const& self, KorAttr const& attr,
+                        AttributeOperation const& operation) {
+  using Key = typename Attribute::Key;
+  using Value = typename Attribute::Value;
+  Self& owner = subject<Self>(self);
+  switch (operation.code) {
+  case AttributeOperation::get:
+    return member<Value>(self, Attribute::value(owner, takenIndex<Key>(operation)));
+  case AttributeOperation::set: {
+    auto const key = takenIndex<Key>(operation);
+    Attribute::set(owner, key, taken<Value>(operation.value, attr.name()));
+    return {};
+  }
+  case AttributeOperation::del: Attribute::remove(owner, takenIndex<Key>(operation)); return {};
+  default: return query<Self, Attribute>(self, attr, operation);
+  }
+}
+
+KOR_API void needKeyAlone(GenericList const& list, bool keyIsTheIndex, KorType const* member);
+
+template <class Self, class Attribute>
+GenericValue owned(GenericIf const& self, KorAttr const& attr,
+                   AttributeOperation const& operation) {
+  using Key = typename Attribute::Key;
+  using MemberPtr = Ptr<typename Attribute::Value>;
+  Self& owner = subject<Self>(self);
+  switch (operation.code) {
+  case AttributeOperation::get:
+    return member<MemberPtr>(self, Attribute::value(owner, takenIndex<Key>(operation)));
+  case AttributeOperation::set: {
+    auto const key = takenIndex<Key>(operation);
+    GenericList const& list = needList(operation.value);
+    Key given{};
+    bool const same = list.empty() || (Generic<Key>::take(list[0], given) && given == key);
+    needKeyAlone(list, same, attr.valueType());
+    return member<MemberPtr>(self, Attribute::make(owner, key));
+  }
+  case AttributeOperation::del: Attribute::remove(owner, takenIndex<Key>(operation)); return {};
+  default: return query<Self, Attribute>(self, attr, operation);
+  }
+}
+
+template <class Function>
+struct FunctionTraits;
+template <class R, class... Args>
+struct FunctionTraits<R (*)(Args...)> {
+  using Result = std::remove_cvref_t<R>;
+  using Values = std::tuple<std::remove_cvref_t<Args>...>;
+  static constexpr std::size_t arity = sizeof...(Args);
+  static constexpr std::array<TypeGetter, arity> types{
+      &Generic<std::remove_cvref_t<Args>>::type...};
+};
+template <class C, class R, class... Args>
+struct FunctionTraits<R (C::*)(Args...)> : FunctionTraits<R (*)(Args...)> {};
+template <class C, class R, class... Args>
+struct FunctionTraits<R (C::*)(Args...) const> : FunctionTraits<R (*)(Args...)> {};
+
+// The elements of the list, converted in order; then `surplus` for what is left over.
+template <class Values>
+Values takenList(GenericList const& list, std::vector<ArgumentSpec> const& args,
+                 String8 const& owner) {
+  Values values;
+  auto const take = [&]<std::size_t... I>(std::index_sequence<I...>) {
+    ((std::get<I>(values) = taken<std::tuple_element_t<I, Values>>(list[I], args[I].name)), ...);
+  };
+  take(std::make_index_sequence<std::tuple_size_v<Values>>());
+  if (list.size() > std::tuple_size_v<Values>) [[unlikely]] {
+    GenericIf::throwUnknownArgException(owner);
+  }
+  return values;
+}
+
+template <class Self, auto call>
+GenericValue function(GenericIf const& self, KorAttr const& attr,
+                      AttributeOperation const& operation) {
+  using Traits = FunctionTraits<decltype(call)>;
+  needCall(attr, operation);
+  auto const values = [&] {
+    if constexpr (Traits::arity == 0) {
+      if (!operation.value.present()) {
+        return std::tuple<>();
+      }
+    }
+    return takenList<typename Traits::Values>(needList(operation.value), attr.args(), attr.name());
+  }();
+  auto const invoke = [&](auto const&... args) -> decltype(auto) {
+    return (subject<Self>(self).*call)(args...);
+  };
+  if constexpr (std::is_void_v<typename Traits::Result>) {
+    std::apply(invoke, values);
+    return {};
+  } else {
+    return Generic<typename Traits::Result>::value(std::apply(invoke, values));
+  }
+}
+
+// Two overloads under one name: without elements the one without arguments.
+template <class Self, auto withArgs, auto without>
+GenericValue overloaded(GenericIf const& self, KorAttr const& attr,
+                        AttributeOperation const& operation) {
+  needCall(attr, operation);
+  if (!operation.value.present() || needList(operation.value).empty()) {
+    (subject<Self>(self).*without)();
+    return {};
+  }
+  return function<Self, withArgs>(self, attr, operation);
+}
+
+template <auto make>
+GenericValue construct(KorType const& type, GenericValue const& arguments) {
+  using Traits = FunctionTraits<decltype(make)>;
+  auto const values = takenList<typename Traits::Values>(needList(arguments),
+                                                         type.constructorArgs(), type.shortName());
+  if constexpr (ModelType<typename Traits::Result>) {
+    return Generic<typename Traits::Result>::boxed(std::apply(make, values), false);
+  } else {
+    return Generic<typename Traits::Result>::value(std::apply(make, values));
+  }
+}
+
+template <class T>
+GenericValue parse(TextIterator& it, TextIterator const& end) {
+  return Generic<T>::boxed(sequenceTo<T>(it, end), false);
+}
+
+template <class Enum>
+GenericValue parseEnum(TextIterator& it, TextIterator const& end) {
+  return Generic<Enum>::value(sequenceTo<Enum>(it, end));
+}
+
+template <class Enum>
+String8 printEnum(GenericValue const& value) {
+  return valueToStrep(static_cast<Enum>(value.enumeration()));
+}
+
+}  // namespace Adapter
+
+// A by-name constructor: the function that builds, and the names of its arguments.
+struct ConstructorModel {
+  ArgumentModel args;
+  GenericValue (*construct)(KorType const& type, GenericValue const& arguments) = nullptr;
+};
+
+template <class Self>
+class Model {
+  using Flag = KorAttr::KorAttrIntrospectionFlags;
+  static constexpr Flag plainData{2};
+  static constexpr Flag functionFlag{8};
+  static constexpr Flag ownedFlag{34};
+
+ public:
+  template <auto read, auto write>
+  static constexpr AttrModel data(std::string_view name) {
+    AttrModel attr = of<decltype(read)>(name, &Adapter::data<Self, read, write>);
+    attr.flags = Flags::data;
+    attr.writable = true;
+    return attr;
+  }
+  // Given at construction.
+  template <auto read>
+  static constexpr AttrModel key(std::string_view name) {
+    return readOnly<read>(name).with(Flags::key);
+  }
+  template <auto read>
+  static constexpr AttrModel readOnly(std::string_view name) {
+    return of<decltype(read)>(name, &Adapter::readOnly<Self, read>);
+  }
+  // Computed from other attributes.
+  template <auto read>
+  static constexpr AttrModel derived(std::string_view name) {
+    AttrModel attr = readOnly<read>(name);
+    attr.introspection = Flag();
+    return attr;
+  }
+  template <auto read>
+  static constexpr AttrModel fwkKey() {
+    AttrModel attr = derived<read>("fwkKey").with(Flags::fwkKey);
+    attr.withoutNumber = true;
+    return attr;
+  }
+
+  // `Attribute` is what the collection macros leave in the class.
+  template <class Attribute>
+  static constexpr AttrModel collection(std::string_view name) {
+    AttrModel attr;
+    attr.name = name;
+    attr.kind = AttrModel::Kind::collection;
+    attr.valueType = &Generic<typename Attribute::Value>::type;
+    attr.keyType = &Generic<typename Attribute::Key>::type;
+    attr.flags = Flags::collection;
+    attr.introspection = plainData;
+    attr.answers = &Adapter::collection<Self, Attribute>;
+    attr.writable = true;
+    return attr;
+  }
+  template <class Attribute>
+  static constexpr AttrModel owned(std::string_view name) {
+    AttrModel attr;
+    attr.name = name;
+    attr.kind = AttrModel::Kind::owned;
+    attr.valueType = &Generic<Ptr<typename Attribute::Value>>::type;
+    attr.keyType = &Generic<typename Attribute::Key>::type;
+    attr.flags = Flags::owned;
+    attr.introspection = ownedFlag;
+    attr.answers = &Adapter::owned<Self, Attribute>;
+    attr.writable = true;
+    return attr;
+  }
+
+  template <auto call, class... Names>
+  static constexpr AttrModel function(std::string_view name, Names... argNames) {
+    using Traits = Adapter::FunctionTraits<decltype(call)>;
+    AttrModel attr;
+    attr.name = name;
+    attr.kind = AttrModel::Kind::function;
+    attr.valueType = &Generic<typename Traits::Result>::type;
+    attr.flags = Flags::function;
+    attr.introspection = functionFlag;
+    attr.answers = &Adapter::function<Self, call>;
+    attr.args = arguments<Traits>(argNames...);
+    return attr;
+  }
+  // Answers a new object.
+  template <auto call, class... Names>
+  static constexpr AttrModel factory(std::string_view name, Names... argNames) {
+    return function<call>(name, argNames...).with(Flags::factory);
+  }
+  // One of the framework's own hooks, which have no number.
+  template <auto call, class... Names>
+  static constexpr AttrModel hook(std::string_view name, Names... argNames) {
+    AttrModel attr = function<call>(name, argNames...).with(Flags::hook);
+    attr.withoutNumber = true;
+    return attr;
+  }
+  // Two overloads under one name; the record is that of the first.
+  template <auto withArgs, auto without, class... Names>
+  static constexpr AttrModel overloaded(std::string_view name, Names... argNames) {
+    AttrModel attr = function<withArgs>(name, argNames...);
+    attr.answers = &Adapter::overloaded<Self, withArgs, without>;
+    return attr;
+  }
+
+  // `make` answers a pointer to the new object, or the new value.
+  template <auto make, class... Names>
+  static constexpr ConstructorModel constructor(Names... argNames) {
+    using Traits = Adapter::FunctionTraits<decltype(make)>;
+    return {arguments<Traits>(argNames...), &Adapter::construct<make>};
+  }
+
+  // The table's whole. Without a constructor, instances cannot be built by name.
+  static constexpr TypeModel object(std::span<AttrModel const> attrs,
+                                    ConstructorModel const& constructor = {}) {
+    TypeModel model;
+    model.type = &Self::_fwkType;
+    model.size = sizeof(Self);
+    model.attrs = attrs;
+    model.constructorArgs = constructor.args;
+    model.operations.construct = constructor.construct;
+    return model;
+  }
+  static constexpr TypeModel entity(std::span<AttrModel const> attrs,
+                                    ConstructorModel const& constructor = {}) {
+    TypeModel model = object(attrs, constructor);
+    model.kind = TypeModel::Kind::entity;
+    return model;
+  }
+  static constexpr TypeModel value(std::span<AttrModel const> attrs,
+                                   ConstructorModel const& constructor = {}) {
+    TypeModel model = object(attrs, constructor);
+    model.kind = TypeModel::Kind::value;
+    model.operations.parse = &Adapter::parse<Self>;
+    return model;
+  }
+
+ private:
+  template <class Read>
+  static constexpr AttrModel of(std::string_view name, KorAttr::Access answers) {
+    AttrModel attr;
+    attr.name = name;
+    attr.valueType = &Generic<typename Adapter::MemberTraits<Read>::Value>::type;
+    attr.flags = Flags::derived;
+    attr.introspection = plainData;
+    attr.answers = answers;
+    return attr;
+  }
+  template <class Traits, class... Names>
+  static constexpr ArgumentModel arguments(Names... names) {
+    static_assert(sizeof...(Names) == Traits::arity, "one name for each argument");
+    return {{std::string_view(names)...}, Traits::types.data(), Traits::arity};
+  }
+};
+
+// An enumeration: no attributes, text forms alone.
+template <class Enum>
+constexpr TypeModel enumModel() {
+  TypeModel model;
+  model.type = []() -> KorType* { return korEnumType(Enum{}); };
+  model.size = sizeof(Enum);
+  model.kind = TypeModel::Kind::value;
+  model.operations.parse = &Adapter::parseEnum<Enum>;
+  model.operations.print = &Adapter::printEnum<Enum>;
+  return model;
+}
+
+// The table of a value type that lists its fields for its text form.
+//
+// Values of few parts are built from all of them and are read only then; `writable` ones are
+// changed field by field, through setters that check.
+template <class Self, bool writable, std::size_t... I>
+constexpr std::array<AttrModel, sizeof...(I)> fieldAttrs(std::index_sequence<I...> /*places*/) {
+  constexpr auto fields = Self::korFields();
+  auto const attr = []<std::size_t J>(std::integral_constant<std::size_t, J>) {
+    constexpr auto field = std::get<J>(Self::korFields());
+    if constexpr (writable) {
+      return Model<Self>::template data<field.get, field.set>(field.name);
+    } else {
+      return Model<Self>::template key<field.get>(field.name);
+    }
+  };
+  static_cast<void>(fields);
+  return {attr(std::integral_constant<std::size_t, I>())...};
+}
+template <class Self, bool writable = false>
+inline constexpr auto fieldsOf = fieldAttrs<Self, writable>(
+    std::make_index_sequence<std::tuple_size_v<decltype(Self::korFields())>>());
+
+// The maker of a value from nothing, and from all its parts.
+template <class Self, class... Parts>
+Self makeValue(Parts... parts) {
+  return Self(std::move(parts)...);
+}
+
+}  // namespace Kor

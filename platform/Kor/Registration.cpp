@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Kor/Registration.h"
+
+#include "Kor/Assert.h"
+#include "Kor/IntrospectionReactor.h"
+
+#include <string>
+
+namespace Kor {
+namespace {
+
+KorAttr::Ptr define(KorType* type, AttrModel const& model, AttributeId id) {
+  Name const name(model.name);
+  KorType const* const valueType = model.valueType();
+  switch (model.kind) {
+  case AttrModel::Kind::data:
+    return defNoninstantiatingAttr(type, name, valueType, nullptr, model.flags, model.introspection,
+                                   id);
+  case AttrModel::Kind::collection:
+    return defNoninstantiatingAttr(type, name, valueType, model.keyType(), model.flags,
+                                   model.introspection, id);
+  case AttrModel::Kind::owned: {
+    KorAttr::attrDel(type, model.name);
+    KorAttr::Ptr const keyAttr = KorAttr::attr(valueType, "key");
+    KOR_ASSERT(keyAttr);
+    return KorAttr::attrIs(type, name, valueType, keyAttr, nullptr, model.flags, id);
+  }
+  case AttrModel::Kind::function:
+    // What takes no arguments replaces the inherited one in its place.
+    if (model.args.count != 0) {
+      KorAttr::attrDel(type, model.name);
+    }
+    return KorAttr::attrIs(type, name, valueType, nullptr, nullptr, model.flags, id);
+  }
+  KOR_ASSERT(false);
+  return nullptr;
+}
+
+// The number that an attribute of that name has already, or the next free one of its type.
+AttributeId numberOf(KorType const* type, AttrModel const& model, AttributeId& own) {
+  if (model.withoutNumber) {
+    return 0;
+  }
+  KorAttr const* const inherited = type->attr(model.name);
+  return inherited != nullptr ? inherited->id() : 128 * type->level() + 2 + own++;
+}
+
+void registerAttr(KorType* type, AttrModel const& model, AttributeId& own) {
+  IntrospectionReactor& reactor = IntrospectionReactor::global();
+  KorAttr::Ptr const attr = define(type, model, numberOf(type, model, own));
+  attr->accessIs(model.answers);
+  attr->isWritableIs(model.writable);
+  if (model.kind == AttrModel::Kind::data || model.kind == AttrModel::Kind::collection) {
+    return;  // announced itself
+  }
+  attr->introspectionFlagsIs(model.introspection);
+  for (std::size_t i = 0; i < model.args.count; ++i) {
+    attr->newArg(Name(model.args.names[i]), Name(model.args.types[i]()->name()));
+  }
+  reactor.handleAttr(attr);
+  reactor.handleAttrContextExit();
+}
+
+void registerType(TypeModel const& model) {
+  IntrospectionReactor& reactor = IntrospectionReactor::global();
+  KorType* const type = model.type();
+  reactor.handleType(type, type->base());
+  type->sizeIs(model.size);
+  if (model.kind == TypeModel::Kind::entity) {
+    type->isEntityIs(true);
+  } else if (model.kind == TypeModel::Kind::value) {
+    type->isValueIs(true);
+  }
+  type->hasGenericIfSupportIs(true);
+  for (std::size_t i = 0; i < model.constructorArgs.count; ++i) {
+    type->newConstructorArg(Name(model.constructorArgs.names[i]),
+                            Name(model.constructorArgs.types[i]()->name()));
+  }
+  type->operationsAre(model.operations);
+  type->attrsInherited();
+  for (KorAttr::Ptr const& attr : type->attrs()) {
+    reactor.handleAttr(attr);
+    reactor.handleAttrContextExit();
+  }
+  AttributeId own = 0;
+  for (AttrModel const& attr : model.attrs) {
+    registerAttr(type, attr, own);
+  }
+  reactor.handleScopeExit();
+}
+
+}  // namespace
+
+void registerTypes(std::string_view nameSpace, std::span<TypeModel const* const> types) {
+  IntrospectionReactor& reactor = IntrospectionReactor::global();
+  reactor.handleNameSpace(Name(nameSpace));
+  for (TypeModel const* const model : types) {
+    registerType(*model);
+  }
+  reactor.handleScopeExit();
+}
+
+void enterTypes(std::span<TypeModel const* const> types) {
+  for (TypeModel const* const model : types) {
+    KorType::typeNodeIs(model->type(), model->type()->name());
+  }
+}
+
+}  // namespace Kor
