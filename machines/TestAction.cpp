@@ -37,7 +37,7 @@ Kor::KorType* TestActionOf<Self, kind>::_fwkType() {
 
 template <class Self, int kind>
 Kor::String8 TestActionOf<Self, kind>::attributeString(Kor::AttributeId id) const {
-  return id == valueId ? Kor::String8("value") : Action::attributeString(id);
+  return this->fwkType()->attributeString(id);
 }
 
 template <class Self, int kind>

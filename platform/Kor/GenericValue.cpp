@@ -10,9 +10,11 @@ namespace {
 
 using Kind = GenericValue::Kind;
 
-// The text that an enumeration's value prints as without quotes, null when it is none.
-bool namesEnumeration(GenericValue const& enumeration, String8 const& name) {
-  return valueToStrep(enumeration) == valueToStrep(name);
+// Whether a value that prints as a plain text, such as an enumeration's, prints as this one.
+bool printsAs(GenericValue const& value, GenericValue const& text) {
+  return text.kind() == Kind::text &&
+         (value.kind() == Kind::enumeration || value.kind() == Kind::value) &&
+         valueToStrep(value) == valueToStrep(text);
 }
 
 bool equalNumbers(GenericValue const& a, GenericValue const& b) {
@@ -70,10 +72,7 @@ bool operator==(GenericValue const& a, GenericValue const& b) {
     return equalNumbers(a, b);
   }
   if (a.kind() != b.kind()) {
-    return (a.kind() == Kind::enumeration && b.kind() == Kind::text &&
-            namesEnumeration(a, b.text())) ||
-           (b.kind() == Kind::enumeration && a.kind() == Kind::text &&
-            namesEnumeration(b, a.text()));
+    return printsAs(a, b) || printsAs(b, a);
   }
   switch (a.kind()) {
   case Kind::boolean: return a.boolean() == b.boolean();

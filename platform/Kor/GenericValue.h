@@ -14,6 +14,8 @@
 
 #include <cstdint>
 #include <ostream>
+#include <span>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -140,8 +142,8 @@ class KOR_API GenericValue {
   // Of a box or an object.
   [[nodiscard]] PtrInterface const* object() const { return payload_.object; }
 
-  // Numbers compare by value, whatever their kind, enumerations with their names too; boxes by
-  // their values, objects by identity.
+  // Numbers compare by value, whatever their kind; boxes by their values, objects by identity. What
+  // prints as a plain text, an enumeration's value for one, is equal to that text.
   KOR_API friend bool operator==(GenericValue const& a, GenericValue const& b);
   // Writes the text form.
   KOR_API friend std::ostream& operator<<(std::ostream& out, GenericValue const& value);
@@ -185,7 +187,13 @@ class KOR_API GenericList {
   using Ptr = Kor::Ptr<GenericList>;
 
   GenericList() = default;
-  explicit GenericList(std::vector<GenericValue> values) : values_(std::move(values)) {}
+  explicit GenericList(std::vector<GenericValue> values) : own_(std::move(values)), values_(own_) {}
+  // A list over values that stand elsewhere and outlive it. For one on the stack: share() it.
+  explicit GenericList(std::span<GenericValue const> values) : values_(values) {}
+  GenericList(GenericList const&) = delete;
+  GenericList& operator=(GenericList const&) = delete;
+  ~GenericList() = default;
+
   template <class... Values>
   [[nodiscard]] static Ptr of(Values&&... values) {
     std::vector<GenericValue> elements;
@@ -200,7 +208,13 @@ class KOR_API GenericList {
   [[nodiscard]] GenericValue const& operator[](std::size_t place) const {
     return place < values_.size() ? values_[place] : none();
   }
-  void append(GenericValue value) { values_.push_back(std::move(value)); }
+  void append(GenericValue value) {
+    if (own_.size() != values_.size()) {
+      own_.assign(values_.begin(), values_.end());
+    }
+    own_.push_back(std::move(value));
+    values_ = own_;
+  }
   [[nodiscard]] auto begin() const { return values_.begin(); }
   [[nodiscard]] auto end() const { return values_.end(); }
 
@@ -214,7 +228,8 @@ class KOR_API GenericList {
  private:
   static GenericValue const& none();
 
-  std::vector<GenericValue> values_;
+  std::vector<GenericValue> own_;
+  std::span<GenericValue const> values_;
   mutable std::uint32_t references_ = 1;
 };
 

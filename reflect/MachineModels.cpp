@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "machines/PolicyMapTestSm.h"
+#include "reflect/Models.h"
+
+namespace PolicyMapTest {
+
+// The way to the machines that nobody but their parents build.
+struct MachinesByName {
+  static constexpr auto* makeClassMapSm = &TestClassMapSm::make;
+  static constexpr auto* makePolicyMapSm = &TestPolicyMapSm::make;
+};
+
+namespace {
+
+using Kor::AttrModel;
+using Kor::Model;
+using Kor::TypeModel;
+
+// The hooks of the framework that every machine overrides. The argument of the first goes by the
+// hook's own name.
+template <class T>
+constexpr AttrModel activeHook = Model<T>::template hook<&T::hasNotificationActiveIs>(
+    "hasNotificationActiveIs", "hasNotificationActiveIs");
+template <class T>
+constexpr AttrModel zombieHook =
+    Model<T>::template hook<&T::korDoZombieReactors>("korDoZombieReactors", "on");
+
+template <class T>
+constexpr std::array actionAttrs{
+    Model<T>::template function<&T::equalTo>("equalTo", "other"),
+    Model<T>::template data<&T::value, &T::valueIs>("value"),
+};
+template <class T, auto make>
+constexpr TypeModel actionModel =
+    Model<T>::entity(actionAttrs<T>, Model<T>::template constructor<make>("className", "id"));
+
+template <class T>
+constexpr std::array actionSmAttrs{
+    Model<T>::template function<&T::cleanup>("cleanup"),
+    Model<T>::template function<&T::handleAction>("handleAction"),
+    activeHook<T>,
+    zombieHook<T>,
+};
+template <class T, auto make>
+constexpr TypeModel actionSmModel = Model<T>::object(
+    actionSmAttrs<T>, Model<T>::template constructor<make>("globalCommonData", "policyCommonData",
+                                                           "classCommonData", "action"));
+
+namespace ofClassCommonData {
+using T = TestClassCommonData;
+using M = Model<T>;
+constexpr std::array attrs{
+    M::data<&T::action1Value, &T::action1ValueIs>("action1Value"),
+    M::data<&T::action2Value, &T::action2ValueIs>("action2Value"),
+    M::data<&T::action3Value, &T::action3ValueIs>("action3Value"),
+};
+T::Ptr make(Kor::Name const& name, PolicyMap::ClassMapSubConfig::PtrConst const& classMap,
+            Acl::Config::PtrConst const& aclConfig) {
+  return Kor::make<T>(name, classMap, aclConfig);
+}
+}  // namespace ofClassCommonData
+
+namespace ofClassMapSm {
+using T = TestClassMapSm;
+using M = Model<T>;
+constexpr std::array attrs{
+    M::factory<&T::createActionSm>("createActionSm", "actionType"),
+    M::factory<&T::createCommonData>("createCommonData"),
+    activeHook<T>,
+    zombieHook<T>,
+};
+}  // namespace ofClassMapSm
+
+namespace ofPolicyMapSm {
+using T = TestPolicyMapSm;
+using M = Model<T>;
+constexpr std::array attrs{
+    M::factory<&T::createClassMapSm>("createClassMapSm", "map", "rawMap", "action"),
+    activeHook<T>,
+    zombieHook<T>,
+};
+}  // namespace ofPolicyMapSm
+
+namespace ofServicePolicySm {
+using T = TestServicePolicySm;
+using M = Model<T>;
+constexpr std::array attrs{
+    M::function<&T::intfExists>("intfExists", "intf"),
+    M::factory<&T::createPolicyMapSm>("createPolicyMapSm", "key", "policyMap", "status"),
+    M::collection<T::NonexistentIntfAttribute>("nonexistentIntf"),
+    activeHook<T>,
+    zombieHook<T>,
+};
+}  // namespace ofServicePolicySm
+
+}  // namespace
+
+constexpr std::array<TypeModel, 3> testActionModels{
+    actionModel<TestAction1, &testAction1Factory>,
+    actionModel<TestAction2, &testAction2Factory>,
+    actionModel<TestAction3, &testAction3Factory>,
+};
+constexpr std::array<TypeModel, 3> testActionSmModels{
+    actionSmModel<TestAction1Sm, &TestAction1Sm::TestAction1SmIs>,
+    actionSmModel<TestAction2Sm, &TestAction2Sm::TestAction2SmIs>,
+    actionSmModel<TestAction3Sm, &TestAction3Sm::TestAction3SmIs>,
+};
+constexpr TypeModel testClassCommonDataModel = ofClassCommonData::M::object(
+    ofClassCommonData::attrs,
+    ofClassCommonData::M::constructor<&ofClassCommonData::make>("name", "classMap", "aclConfig"));
+constexpr TypeModel testClassMapSmModel = ofClassMapSm::M::object(
+    ofClassMapSm::attrs, ofClassMapSm::M::constructor<MachinesByName::makeClassMapSm>(
+                             "globalCommonData", "policyCommonData", "classMapConfig",
+                             "rawClassMapSubConfig", "classAction"));
+constexpr TypeModel testPolicyMapSmModel = ofPolicyMapSm::M::object(
+    ofPolicyMapSm::attrs,
+    ofPolicyMapSm::M::constructor<MachinesByName::makePolicyMapSm>(
+        "globalCommonData", "key", "policyMapConfig", "classTypeConfig", "status"));
+constexpr TypeModel testServicePolicySmModel = ofServicePolicySm::M::object(
+    ofServicePolicySm::attrs,
+    ofServicePolicySm::M::constructor<&testServicePolicySmFactory>(
+        "policyConfig", "classTypeConfig", "statusRequestDir", "status", "aclConfig", "lagConfig",
+        "ipStatus", "ip6Status", "routingInfo", "routing6Info", "aclHelper", "aclDiff",
+        "allowL2Intf", "allowL3Intf", "allowMgmtIntf"));
+
+}  // namespace PolicyMapTest
