@@ -17,7 +17,7 @@ KorType* Entity::_fwkType() {
 }
 
 String8 Entity::attributeString(AttributeId id) const {
-  return id == nameId ? "name" : "unknown";
+  return fwkType()->attributeString(id);
 }
 
 void Entity::attributeLogReaderIs(Kor::Ptr<AttributeLogReader> const& reader) const {

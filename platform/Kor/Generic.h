@@ -8,9 +8,10 @@
 //   take(g, t)      stores the content of g in t; false, and t unchanged, when g is no T
 //
 // Numbers: an integer must be in T's range; an integer is good for a double, nothing else converts.
-// An enumeration takes any signed 32-bit number and its names. A pointer takes null and objects of
-// its type and derived ones; a const object is good for a pointer to const alone. A model value
-// takes values of its type; one whose text form is a plain text takes that text too.
+// An enumeration takes its names and any signed 32-bit number, one of a narrower type the numbers
+// in use. A pointer takes null and objects of its type and derived ones; a const object is good for
+// a pointer to const alone. A model value takes values of its type; one whose text form is a plain
+// text takes that text too.
 
 #include "Kor/Export.h"
 #include "Kor/GenericValue.h"
@@ -148,21 +149,21 @@ struct Generic<Enum> {
       }
       number = from.enumeration();
     } else if (from.kind() == GenericValue::Kind::text) {
-      return named(from.text(), to);
+      return read(valueToStrep(from.text()), to);
     } else if (!Generic<std::int32_t>::take(from, number)) {
       return false;
     }
-    if (!std::in_range<std::underlying_type_t<Enum>>(number)) {
-      return false;
+    if constexpr (sizeof(Enum) < sizeof(number)) {
+      return read(valueToStrep(number), to);  // its parser knows which numbers are in use
     }
     to = static_cast<Enum>(number);
     return true;
   }
 
  private:
-  static bool named(String8 const& name, Enum& to) {
+  static bool read(String8 const& strep, Enum& to) {
     try {
-      to = strepToValue<Enum>(valueToStrep(name));
+      to = strepToValue<Enum>(strep);
       return true;
     } catch (RangeException const&) {
       return false;

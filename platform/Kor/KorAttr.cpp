@@ -23,11 +23,15 @@ void KorAttr::attrDel(KorType* type, std::string_view name) {
   if (at == attrs.end()) {
     return;
   }
-  auto const id = (*at)->id();
-  if (id < type->attrById_.size() && type->attrById_[id] == at->get()) {
-    type->attrById_[id] = nullptr;
-  }
+  idForgotten(type, **at);
   attrs.erase(at);
+}
+
+void KorAttr::idForgotten(KorType* type, KorAttr const& attr) {
+  auto& byId = type->attrById_;
+  if (attr.id() < byId.size() && byId[attr.id()] == &attr) {
+    byId[attr.id()] = nullptr;
+  }
 }
 
 KorAttr::Ptr KorAttr::attrIs(KorType* type, Name name, KorType const* valueType, Ptr const& keyAttr,
@@ -51,6 +55,7 @@ KorAttr::Ptr KorAttr::enter(KorType* type, Ptr attr) {
   if (at == attrs.end()) {
     attrs.push_back(attr);
   } else {
+    idForgotten(type, **at);
     *at = attr;
   }
   // Of the attributes that share 0, the generic interface answers for the key.

@@ -135,6 +135,8 @@ class KOR_API KorAttr {
   ~KorAttr() = default;
 
   static Ptr enter(KorType* type, Ptr attr);
+  // The identifier of `attr` answers no more.
+  static void idForgotten(KorType* type, KorAttr const& attr);
 
   mutable std::uint32_t references_ = 1;
   AttributeId id_ = 0;

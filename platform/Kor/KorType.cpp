@@ -60,6 +60,9 @@ KorAttr const* KorType::attr(std::string_view name) const {
 }
 
 String8 KorType::attributeString(AttributeId id) const {
+  if (!hasGenericIfSupport_ && base_ != nullptr) {
+    return base_->attributeString(id);
+  }
   // The hooks of the framework share 0 with the key: no name goes with that number.
   KorAttr const* const found = id == 0 ? nullptr : attr(id);
   return found == nullptr ? String8("unknown") : String8(found->name());

@@ -99,7 +99,8 @@ class KOR_API KorType {
   [[nodiscard]] KorAttr const* attr(AttributeId id) const {
     return id < attrById_.size() ? attrById_[id] : nullptr;
   }
-  // The name of that attribute, "unknown" when there is none.
+  // The name of that attribute, "unknown" when there is none. A type that is not registered has the
+  // attributes of its base.
   [[nodiscard]] String8 attributeString(AttributeId id) const;
 
   // The adapter of an object or value of this type.

@@ -65,13 +65,19 @@ template KOR_API KorType* primitiveType<GenericList>();
 
 namespace {
 
+template <class T>
+constexpr std::size_t sizeOf = sizeof(T);
+template <>
+constexpr std::size_t sizeOf<void> = 0;
+
 template <class... T>
 void enterPrimitives() {
-  auto const enter = [](KorType* type) {
+  auto const enter = [](KorType* type, std::size_t size) {
     type->isValueIs(true);
+    type->sizeIs(size);
     KorType::typeNodeIs(type, type->name());
   };
-  (enter(primitiveType<T>()), ...);
+  (enter(primitiveType<T>(), sizeOf<T>), ...);
 }
 
 constexpr std::array entityAttrs{Model<Entity>::key<&Entity::name>("name")};

@@ -27,6 +27,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <span>
 #include <string_view>
@@ -160,7 +161,7 @@ GenericValue readOnly(GenericIf const& self, KorAttr const& attr,
     refuse(attr, operation);
   }
   using Value = typename MemberTraits<decltype(read)>::Value;
-  return member<Value>(self, (subject<Self>(self).*read)());
+  return member<Value>(self, std::invoke(read, subject<Self>(self)));
 }
 
 template <class Self, auto read, auto write>
@@ -169,7 +170,7 @@ GenericValue data(GenericIf const& self, KorAttr const& attr, AttributeOperation
     return readOnly<Self, read>(self, attr, operation);
   }
   using Value = typename MemberTraits<decltype(write)>::Value;
-  (subject<Self>(self).*write)(taken<Value>(operation.value, attr.name()));
+  std::invoke(write, subject<Self>(self), taken<Value>(operation.value, attr.name()));
   return {};
 }
 
@@ -521,10 +522,29 @@ template <class Self, bool writable = false>
 inline constexpr auto fieldsOf = fieldAttrs<Self, writable>(
     std::make_index_sequence<std::tuple_size_v<decltype(Self::korFields())>>());
 
-// The maker of a value from nothing, and from all its parts.
+// Makers for constructors by name: of a value, of an object.
 template <class Self, class... Parts>
 Self makeValue(Parts... parts) {
   return Self(std::move(parts)...);
+}
+template <class Self, class... Parts>
+Ptr<Self> makeObject(Parts... parts) {
+  return make<Self>(std::move(parts)...);
+}
+
+// The table of a value type that is built from all its fields, in their order, and is read only
+// then.
+template <class Self>
+constexpr TypeModel fieldsModel() {
+  constexpr auto constructor = []<std::size_t... I>(std::index_sequence<I...>) {
+    constexpr auto fields = Self::korFields();
+    return Model<Self>::template constructor<&makeValue<
+        Self, typename Adapter::MemberTraits<decltype(std::get<I>(fields).get)>::Value...>>(
+        std::get<I>(fields).name...);
+  };
+  return Model<Self>::value(
+      fieldsOf<Self>,
+      constructor(std::make_index_sequence<std::tuple_size_v<decltype(Self::korFields())>>()));
 }
 
 }  // namespace Kor

@@ -9,6 +9,17 @@
 namespace Kor {
 namespace {
 
+// The attribute that a collection knows its members of this type by: the one named `key`, else what
+// the members' constructor is given.
+KorAttr::Ptr keyAttrOf(KorType const* member) {
+  KorAttr::Ptr keyAttr = KorAttr::attr(member, "key");
+  if (!keyAttr && !member->constructorArgs().empty()) {
+    keyAttr = KorAttr::attr(member, member->constructorArgs().front().name.view());
+  }
+  KOR_ASSERT(keyAttr);
+  return keyAttr;
+}
+
 KorAttr::Ptr define(KorType* type, AttrModel const& model, AttributeId id) {
   Name const name(model.name);
   KorType const* const valueType = model.valueType();
@@ -19,12 +30,9 @@ KorAttr::Ptr define(KorType* type, AttrModel const& model, AttributeId id) {
   case AttrModel::Kind::collection:
     return defNoninstantiatingAttr(type, name, valueType, model.keyType(), model.flags,
                                    model.introspection, id);
-  case AttrModel::Kind::owned: {
+  case AttrModel::Kind::owned:
     KorAttr::attrDel(type, model.name);
-    KorAttr::Ptr const keyAttr = KorAttr::attr(valueType, "key");
-    KOR_ASSERT(keyAttr);
-    return KorAttr::attrIs(type, name, valueType, keyAttr, nullptr, model.flags, id);
-  }
+    return KorAttr::attrIs(type, name, valueType, keyAttrOf(valueType), nullptr, model.flags, id);
   case AttrModel::Kind::function:
     // What takes no arguments replaces the inherited one in its place.
     if (model.args.count != 0) {
