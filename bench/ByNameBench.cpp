@@ -225,13 +225,13 @@ void gobjectRead(benchmark::State& state) {
   }
 }
 BENCHMARK(gobjectRead);
-void gobjectReadKept(benchmark::State& state) {
+void gobjectReadByClassHook(benchmark::State& state) {
   auto const meter = Peers::makeGObjectMeter();
   for (auto _ : state) {
     benchmark::DoNotOptimize(meter->readKept());
   }
 }
-BENCHMARK(gobjectReadKept);
+BENCHMARK(gobjectReadByClassHook);
 void gobjectWrite(benchmark::State& state) {
   auto const meter = Peers::makeGObjectMeter();
   std::uint32_t n = 0;

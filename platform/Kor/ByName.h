@@ -123,12 +123,20 @@ class KOR_API GenericRef {
   [[nodiscard]] KorType const* type() const { return adapter().type(); }
   [[nodiscard]] bool isConst() const { return value_.isConst(); }
   // The same, not to be changed.
-  [[nodiscard]] GenericRef asConst() const { return GenericValue(value_).asConst(); }
+  [[nodiscard]] GenericRef asConst() const {
+    GenericValue value = value_;
+    value.makeConst();
+    return value;
+  }
   [[nodiscard]] GenericIf adapter() const;
 
   [[nodiscard]] GenericPlace operator[](std::string_view name) const;
   [[nodiscard]] GenericValue get(AttributeName const& name) const {
-    return onObject(name, {0, AttributeOperation::get, {}, {}});
+    KorAttr const& attr = attributeOf(name);
+    if (attr.reader() == nullptr) [[unlikely]] {
+      return GenericIf::attributeOp(instance(), attr, {});
+    }
+    return attr.reader()(instance());
   }
   void set(AttributeName const& name, GenericValue value) const {
     onObject(name, {0, AttributeOperation::set, {}, std::move(value)});
@@ -160,13 +168,16 @@ class KOR_API GenericRef {
            value_.kind() == GenericValue::Kind::value;
   }
   [[noreturn]] void refuse() const;
-  GenericValue onObject(AttributeName const& name, AttributeOperation const& operation) const {
+  [[nodiscard]] Instance instance() const { return {value_.object(), value_.isConst()}; }
+  [[nodiscard]] KorAttr const& attributeOf(AttributeName const& name) const {
     if (!refers()) [[unlikely]] {
       refuse();
     }
-    KorType const* const type = value_.object()->fwkType();
-    KorAttr const& attr = name.in(type);
-    return GenericIf(share(value_.object()), type, value_.isConst()).attributeOp(attr, operation);
+    return name.in(value_.object()->fwkType());
+  }
+  GenericValue onObject(AttributeName const& name, AttributeOperation const& operation) const {
+    KorAttr const& attr = attributeOf(name);
+    return GenericIf::attributeOp(instance(), attr, operation);
   }
 
   GenericValue value_;

@@ -119,22 +119,23 @@ class KOR_API GenericIf {
   // Answers a request, by the attribute's identifier: const first, then whether there is such an
   // attribute, then what the attribute itself asks.
   GenericValue attributeOp(AttributeOp const& operation) const {
-    if (operation.code - 128U < 128U && const_) [[unlikely]] {
-      throwConstException();
-    }
+    needModifiable(const_, operation);
     KorAttr const* const attr = type_->attr(operation.attribute);
     if (attr == nullptr) [[unlikely]] {
       throwOpNotSupportedException("unknown", operation.code);
     }
-    return attr->access()(*this, *attr, operation);
+    return attr->access()({object_.get(), const_}, *attr, operation);
   }
   // The same on an attribute of this type, whatever its identifier; so the attributes that share
   // the identifier 0 are reached.
   GenericValue attributeOp(KorAttr const& attr, AttributeOp const& operation) const {
-    if (operation.code - 128U < 128U && const_) [[unlikely]] {
-      throwConstException();
-    }
-    return attr.access()(*this, attr, operation);
+    return attributeOp({object_.get(), const_}, attr, operation);
+  }
+  // The same without an adapter.
+  static GenericValue attributeOp(Instance const& self, KorAttr const& attr,
+                                  AttributeOp const& operation) {
+    needModifiable(self.isConst, operation);
+    return attr.access()(self, attr, operation);
   }
 
   [[nodiscard]] KorType const* type() const { return type_; }
@@ -152,6 +153,12 @@ class KOR_API GenericIf {
   [[noreturn]] static void throwConstException();
 
  private:
+  static void needModifiable(bool isConst, AttributeOp const& operation) {
+    if (operation.code - 128U < 128U && isConst) [[unlikely]] {
+      throwConstException();
+    }
+  }
+
   Ptr<PtrInterface const> object_;
   KorType const* type_;
   bool const_;

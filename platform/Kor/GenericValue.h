@@ -121,11 +121,8 @@ class KOR_API GenericValue {
   [[nodiscard]] bool isInteger() const { return kind_ == Kind::integer || kind_ == Kind::natural; }
   // Whether a box or object may not be changed through this value. False for all other kinds.
   [[nodiscard]] bool isConst() const { return const_; }
-  // Of a box or an object: the same, not to be changed.
-  [[nodiscard]] GenericValue asConst() && {
-    const_ = kind_ == Kind::object || kind_ == Kind::value;
-    return std::move(*this);
-  }
+  // Forbids to change the box or object through this value.
+  void makeConst() { const_ = kind_ == Kind::object || kind_ == Kind::value; }
 
   // The content; the kind must be the one named.
   [[nodiscard]] bool boolean() const { return payload_.integer != 0; }

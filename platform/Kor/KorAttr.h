@@ -16,6 +16,12 @@ namespace Kor {
 
 struct AttributeOperation;
 
+// What an attribute is asked of: an object or a box, which the asker keeps alive.
+struct Instance {
+  PtrInterface const* object;
+  bool isConst;
+};
+
 class KOR_API KorAttr {
  public:
   using Ptr = Kor::Ptr<KorAttr>;
@@ -78,8 +84,10 @@ class KOR_API KorAttr {
   };
 
   // Answers an operation of the generic interface on this attribute of that object.
-  using Access = GenericValue (*)(GenericIf const& self, KorAttr const& attr,
+  using Access = GenericValue (*)(Instance const& self, KorAttr const& attr,
                                   AttributeOperation const& operation);
+  // Reads plain data, where no operation is to be told apart from others.
+  using Reader = GenericValue (*)(Instance const& self);
 
   // The attribute of that name, null when there is none.
   [[nodiscard]] static Ptr attr(KorType const* type, std::string_view name);
@@ -116,6 +124,9 @@ class KOR_API KorAttr {
   // Null while nothing answers for it.
   [[nodiscard]] Access access() const { return access_; }
   void accessIs(Access answers) { access_ = answers; }
+  // Null for what is no data.
+  [[nodiscard]] Reader reader() const { return reader_; }
+  void readerIs(Reader answers) { reader_ = answers; }
   // Whether operation 128 can succeed: on data, to write it; on a collection, to set a member.
   [[nodiscard]] bool isWritable() const { return isWritable_; }
   void isWritableIs(bool writable) { isWritable_ = writable; }
@@ -141,6 +152,7 @@ class KOR_API KorAttr {
   mutable std::uint32_t references_ = 1;
   AttributeId id_ = 0;
   Access access_ = nullptr;
+  Reader reader_ = nullptr;
   Name name_;
   KorType const* owner_ = nullptr;
   KorType const* valueType_ = nullptr;

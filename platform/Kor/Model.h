@@ -27,7 +27,6 @@
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <initializer_list>
 #include <span>
 #include <string_view>
@@ -73,6 +72,7 @@ struct AttrModel {
   KorAttr::AttrFlags flags;
   KorAttr::KorAttrIntrospectionFlags introspection;
   KorAttr::Access answers = nullptr;
+  KorAttr::Reader reads = nullptr;  // of data
   bool writable = false;
   bool withoutNumber = false;  // has the identifier 0
   ArgumentModel args;          // of a function
@@ -105,9 +105,9 @@ KOR_API GenericList const& needList(GenericValue const& value);
 KOR_API void needCall(KorAttr const& attr, AttributeOperation const& operation);
 
 template <class Self>
-Self& subject(GenericIf const& self) {
+Self& subject(Instance const& self) {
   // The generic interface has seen to const before it asks a table.
-  auto* const object = const_cast<PtrInterface*>(self.object().get());
+  auto* const object = const_cast<PtrInterface*>(self.object);
   if constexpr (std::is_base_of_v<PtrInterface, Self>) {
     return static_cast<Self&>(*object);
   } else {
@@ -115,11 +115,16 @@ Self& subject(GenericIf const& self) {
   }
 }
 
-// Reaches through a const adapter are const.
+// What is reached through a const instance is const.
 template <class Value>
-GenericValue member(GenericIf const& self, Value const& value) {
+GenericValue member(Instance const& self, Value const& value) {
   GenericValue generic = Generic<Value>::value(value);
-  return self.isConst() ? std::move(generic).asConst() : generic;
+  if constexpr (requires { typename Value::Element; }) {
+    if (self.isConst) {
+      generic.makeConst();
+    }
+  }
+  return generic;
 }
 
 template <class T>
@@ -140,6 +145,16 @@ T takenIndex(AttributeOperation const& operation) {
   return key;
 }
 
+// Calls a member, or a function that takes the object first, so that the call can be inlined.
+template <auto function, class Self, class... Args>
+decltype(auto) call(Self& self, Args&&... args) {
+  if constexpr (std::is_member_function_pointer_v<decltype(function)>) {
+    return (self.*function)(std::forward<Args>(args)...);
+  } else {
+    return function(self, std::forward<Args>(args)...);
+  }
+}
+
 template <class Member>
 struct MemberTraits;
 template <class C, class R>
@@ -152,7 +167,13 @@ struct MemberTraits<R (C::*)(V)> {
 };
 
 template <class Self, auto read>
-GenericValue readOnly(GenericIf const& self, KorAttr const& attr,
+GenericValue value(Instance const& self) {
+  using Value = typename MemberTraits<decltype(read)>::Value;
+  return member<Value>(self, call<read>(subject<Self>(self)));
+}
+
+template <class Self, auto read>
+GenericValue readOnly(Instance const& self, KorAttr const& attr,
                       AttributeOperation const& operation) {
   if (operation.kor_index.present()) [[unlikely]] {
     GenericIf::throwBadIndexAttrException(attr.name());
@@ -160,24 +181,22 @@ GenericValue readOnly(GenericIf const& self, KorAttr const& attr,
   if (operation.code != AttributeOperation::get) [[unlikely]] {
     refuse(attr, operation);
   }
-  using Value = typename MemberTraits<decltype(read)>::Value;
-  return member<Value>(self, std::invoke(read, subject<Self>(self)));
+  return value<Self, read>(self);
 }
 
 template <class Self, auto read, auto write>
-GenericValue data(GenericIf const& self, KorAttr const& attr, AttributeOperation const& operation) {
+GenericValue data(Instance const& self, KorAttr const& attr, AttributeOperation const& operation) {
   if (operation.code != AttributeOperation::set || operation.kor_index.present()) {
     return readOnly<Self, read>(self, attr, operation);
   }
   using Value = typename MemberTraits<decltype(write)>::Value;
-  std::invoke(write, subject<Self>(self), taken<Value>(operation.value, attr.name()));
+  call<write>(subject<Self>(self), taken<Value>(operation.value, attr.name()));
   return {};
 }
 
 // The queries that all collections answer.
 template <class Self, class Attribute>
-GenericValue query(GenericIf const& self, KorAttr const& attr,
-                   AttributeOperation const& operation) {
+GenericValue query(Instance const& self, KorAttr const& attr, AttributeOperation const& operation) {
   using Key = typename Attribute::Key;
   Self const& owner = subject<Self>(self);
   switch (operation.code) {
@@ -196,7 +215,7 @@ GenericValue query(GenericIf const& self, KorAttr const& attr,
 }
 
 template <class Self, class Attribute>
-GenericValue collection(GenericIf const& self, KorAttr const& attr,
+GenericValue collection(Instance const& self, KorAttr const& attr,
                         AttributeOperation const& operation) {
   using Key = typename Attribute::Key;
   using Value = typename Attribute::Value;
@@ -217,8 +236,7 @@ GenericValue collection(GenericIf const& self, KorAttr const& attr,
 KOR_API void needKeyAlone(GenericList const& list, bool keyIsTheIndex, KorType const* member);
 
 template <class Self, class Attribute>
-GenericValue owned(GenericIf const& self, KorAttr const& attr,
-                   AttributeOperation const& operation) {
+GenericValue owned(Instance const& self, KorAttr const& attr, AttributeOperation const& operation) {
   using Key = typename Attribute::Key;
   using MemberPtr = Ptr<typename Attribute::Value>;
   Self& owner = subject<Self>(self);
@@ -269,7 +287,7 @@ Values takenList(GenericList const& list, std::vector<ArgumentSpec> const& args,
 }
 
 template <class Self, auto call>
-GenericValue function(GenericIf const& self, KorAttr const& attr,
+GenericValue function(Instance const& self, KorAttr const& attr,
                       AttributeOperation const& operation) {
   using Traits = FunctionTraits<decltype(call)>;
   needCall(attr, operation);
@@ -294,7 +312,7 @@ GenericValue function(GenericIf const& self, KorAttr const& attr,
 
 // Two overloads under one name: without elements the one without arguments.
 template <class Self, auto withArgs, auto without>
-GenericValue overloaded(GenericIf const& self, KorAttr const& attr,
+GenericValue overloaded(Instance const& self, KorAttr const& attr,
                         AttributeOperation const& operation) {
   needCall(attr, operation);
   if (!operation.value.present() || needList(operation.value).empty()) {
@@ -349,7 +367,7 @@ class Model {
  public:
   template <auto read, auto write>
   static constexpr AttrModel data(std::string_view name) {
-    AttrModel attr = of<decltype(read)>(name, &Adapter::data<Self, read, write>);
+    AttrModel attr = of<read>(name, &Adapter::data<Self, read, write>);
     attr.flags = Flags::data;
     attr.writable = true;
     return attr;
@@ -361,7 +379,7 @@ class Model {
   }
   template <auto read>
   static constexpr AttrModel readOnly(std::string_view name) {
-    return of<decltype(read)>(name, &Adapter::readOnly<Self, read>);
+    return of<read>(name, &Adapter::readOnly<Self, read>);
   }
   // Computed from other attributes.
   template <auto read>
@@ -471,14 +489,15 @@ class Model {
   }
 
  private:
-  template <class Read>
+  template <auto read>
   static constexpr AttrModel of(std::string_view name, KorAttr::Access answers) {
     AttrModel attr;
     attr.name = name;
-    attr.valueType = &Generic<typename Adapter::MemberTraits<Read>::Value>::type;
+    attr.valueType = &Generic<typename Adapter::MemberTraits<decltype(read)>::Value>::type;
     attr.flags = Flags::derived;
     attr.introspection = plainData;
     attr.answers = answers;
+    attr.reads = &Adapter::value<Self, read>;
     return attr;
   }
   template <class Traits, class... Names>

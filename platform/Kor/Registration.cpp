@@ -57,6 +57,7 @@ void registerAttr(KorType* type, AttrModel const& model, AttributeId& own) {
   IntrospectionReactor& reactor = IntrospectionReactor::global();
   KorAttr::Ptr const attr = define(type, model, numberOf(type, model, own));
   attr->accessIs(model.answers);
+  attr->readerIs(model.reads);
   attr->isWritableIs(model.writable);
   if (model.kind == AttrModel::Kind::data || model.kind == AttrModel::Kind::collection) {
     return;  // announced itself
