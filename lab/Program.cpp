@@ -2,7 +2,9 @@
 #include "lab/Program.h"
 
 #include "lab/RunVerb.h"
+#include "lab/ShellVerb.h"
 #include "lab/SourceText.h"
+#include "lab/TypesVerb.h"
 
 namespace lab {
 
@@ -27,6 +29,8 @@ ExitStatus runVerb(std::vector<std::unique_ptr<Verb>> const& verbs, Console cons
 std::vector<std::unique_ptr<Verb>> makeVerbs(CLI::App& program) {
   std::vector<std::unique_ptr<Verb>> verbs;
   verbs.push_back(std::make_unique<RunVerb>(program));
+  verbs.push_back(std::make_unique<TypesVerb>(program));
+  verbs.push_back(std::make_unique<ShellVerb>(program));
   return verbs;
 }
 

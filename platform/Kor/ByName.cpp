@@ -98,7 +98,7 @@ GenericRef GenericPlace::operation(std::uint32_t code, GenericValue value) const
 }
 
 GenericPlace GenericPlace::at(GenericValue const& key) const {
-  if (attr_->isCollection() && !index_.present()) {
+  if (isWholeCollection()) {
     return {self_, *attr_, key};
   }
   return get()[converted<std::string>(key, "attribute name")];

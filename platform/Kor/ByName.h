@@ -195,6 +195,9 @@ class KOR_API GenericPlace {
   ~GenericPlace() = default;
 
   [[nodiscard]] KorAttr const& attr() const { return *attr_; }
+  [[nodiscard]] bool isWholeCollection() const {
+    return attr_->isCollection() && !index_.present();
+  }
 
   // What stands there. Raises OpNotSupportedException for a function and TypeException "kor_index"
   // for a whole collection.
@@ -229,7 +232,11 @@ class KOR_API GenericPlace {
   // Calls the function that the place is.
   template <class... Args>
   GenericRef operator()(Args const&... args) const {
-    return GenericRef(self_.value()).call(AttributeName(attr_->name().view()), args...);
+    return invoke(GenericList::of(generic(args)...));
+  }
+  // The same with the arguments in a list.
+  GenericValue invoke(GenericList::Ptr const& args) const {
+    return self_.attributeOp(*attr_, {attr_->id(), AttributeOperation::get, index_, args});
   }
   // Calls a function of the object that stands there.
   template <class... Args>

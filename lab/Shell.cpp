@@ -1,0 +1,394 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/Shell.h"
+
+#include "lab/TypeListing.h"
+
+#include <Kor/EventLoop.h>
+#include <Kor/Strep.h>
+
+#include <algorithm>
+#include <optional>
+#include <variant>
+
+namespace lab {
+
+namespace {
+
+using Kor::GenericPlace;
+using Kor::GenericRef;
+using Kor::GenericValue;
+
+constexpr std::string_view helpText =
+    "  NAME = VALUE                    keep a value under a name\n"
+    "  Ns::Type(VALUE, ...)            build an object or a value\n"
+    "  NAME.attribute                  read; a collection lists its members\n"
+    "  NAME.attribute = VALUE          write\n"
+    "  NAME.collection[KEY]            a member; assign to set it\n"
+    "  NAME.collection[KEY] = []       create a member of an owned collection\n"
+    "  NAME.function(VALUE, ...)       call\n"
+    "  del NAME.collection[KEY]        take a member out\n"
+    "  del NAME                        forget a name\n"
+    "  run | advance SECONDS           let the event loop work; its time is virtual\n"
+    "  objects | types [NAME] | help | quit\n"
+    "Values are written as they print: 7, 'text', True, None, [1, 2], Value(...), Ptr(...).\n";
+
+constexpr std::string_view commands[] = {"advance", "del", "help", "objects",
+                                         "quit",    "run", "types"};
+
+bool isNameStart(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+bool isNamePart(char c) {
+  return isNameStart(c) || (c >= '0' && c <= '9');
+}
+bool isBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\r';
+}
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && isBlank(text.front())) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && isBlank(text.back())) {
+    text.remove_suffix(1);
+  }
+  return text;
+}
+
+/// What an expression stands for: a place that can be written, or a value.
+using Result = std::variant<GenericRef, GenericPlace>;
+
+GenericRef valueOf(Result const& result) {
+  if (auto const* const place = std::get_if<GenericPlace>(&result)) {
+    return place->get();
+  }
+  return std::get<GenericRef>(result);
+}
+
+}  // namespace
+
+/// Reads and evaluates one line from left to right.
+class Shell::Parser {
+ public:
+  using Objects = std::map<std::string, GenericRef, std::less<>>;
+
+  Parser(std::string_view line, Objects const& objects) : line_(line), objects_(objects) {}
+
+  Result expression() {
+    Result result = primary();
+    while (true) {
+      if (take('.')) {
+        // Assigning to a place would write to it.
+        GenericPlace attribute = valueOf(result)[name("an attribute")];
+        result.emplace<GenericPlace>(std::move(attribute));
+      } else if (take('[')) {
+        GenericValue const key = valueOf(expression()).value();
+        need(']');
+        auto const* const place = std::get_if<GenericPlace>(&result);
+        if (place == nullptr) {
+          fail("only a collection takes [KEY]");
+        }
+        GenericPlace member = (*place)[key];
+        result.emplace<GenericPlace>(std::move(member));
+      } else if (take('(')) {
+        auto const* const place = std::get_if<GenericPlace>(&result);
+        if (place == nullptr) {
+          fail("only a function takes (VALUE, ...)");
+        }
+        GenericRef answer = place->invoke(arguments(')'));
+        result.emplace<GenericRef>(std::move(answer));
+      } else {
+        return result;
+      }
+    }
+  }
+
+  [[nodiscard]] bool atEnd() {
+    skip();
+    return at_ == line_.size() || line_[at_] == '#';
+  }
+  bool take(char c) {
+    skip();
+    if (at_ == line_.size() || line_[at_] != c) {
+      return false;
+    }
+    ++at_;
+    return true;
+  }
+  void needEnd() {
+    if (!atEnd()) {
+      fail("expected the end of the line");
+    }
+  }
+  std::string name(std::string_view what) {
+    skip();
+    std::size_t const start = at_;
+    if (at_ == line_.size() || !isNameStart(line_[at_])) {
+      fail("expected " + std::string(what));
+    }
+    while (at_ < line_.size() && isNamePart(line_[at_])) {
+      ++at_;
+    }
+    return std::string(line_.substr(start, at_ - start));
+  }
+  [[noreturn]] void fail(std::string const& message) const {
+    throw ShellError("column " + std::to_string(at_ + 1) + ": " + message);
+  }
+
+ private:
+  void skip() {
+    while (at_ < line_.size() && isBlank(line_[at_])) {
+      ++at_;
+    }
+  }
+  void need(char c) {
+    if (!take(c)) {
+      fail(std::string("expected ") + c);
+    }
+  }
+  Kor::GenericList::Ptr arguments(char closing) {
+    auto list = Kor::GenericList::of();
+    if (take(closing)) {
+      return list;
+    }
+    do {
+      list->append(valueOf(expression()).value());
+    } while (take(','));
+    need(closing);
+    return list;
+  }
+
+  Result primary() {
+    skip();
+    if (take('[')) {
+      return GenericRef(GenericValue(arguments(']')));
+    }
+    std::size_t const start = at_;
+    if (at_ == line_.size() || !isNameStart(line_[at_]) || isLiteral()) {
+      return literal();
+    }
+    std::string word = name("a value");
+    while (line_.substr(at_).starts_with("::")) {
+      at_ += 2;
+      word += "::" + name("a type");
+    }
+    if (word.find(':') != std::string::npos) {
+      Kor::KorType const& type = Kor::typeNamed(word);
+      need('(');
+      return GenericRef(Kor::genericConstruct(type, arguments(')')).value());
+    }
+    auto const object = objects_.find(word);
+    if (object == objects_.end()) {
+      at_ = start;
+      fail("there is no " + word + " here");
+    }
+    return object->second;
+  }
+
+  /// True, False, None, Value(, Ptr(, and texts with a prefix.
+  [[nodiscard]] bool isLiteral() const {
+    std::string_view const ahead = line_.substr(at_);
+    std::size_t length = 0;
+    while (length < ahead.size() && isNamePart(ahead[length])) {
+      ++length;
+    }
+    std::string_view const word = ahead.substr(0, length);
+    char const behind = length < ahead.size() ? ahead[length] : '\0';
+    return word == "True" || word == "False" || word == "None" ||
+           (behind == '(' && (word == "Value" || word == "Ptr")) || behind == '\'' || behind == '"';
+  }
+  Result literal() {
+    Kor::String8 const text(line_);
+    Kor::TextIterator it(text, at_);
+    GenericValue value;
+    try {
+      Kor::sequenceToValue(it, text.end(), value);
+    } catch (Kor::RangeException const& error) {
+      fail(error.text());
+    }
+    at_ = it.position();
+    return GenericRef(value);
+  }
+
+  std::string_view line_;
+  Objects const& objects_;
+  std::size_t at_ = 0;
+};
+
+void Shell::execute(std::string const& line) {
+  std::string_view const text = trimmed(line);
+  if (text.empty() || text.front() == '#' || command(text)) {
+    return;
+  }
+  // NAME = VALUE
+  if (std::size_t length = 0; isNameStart(text.front())) {
+    while (length < text.size() && isNamePart(text[length])) {
+      ++length;
+    }
+    std::string_view const behind = trimmed(text.substr(length));
+    if (behind.starts_with('=')) {
+      Parser parser(text, objects_);
+      std::string const name = parser.name("a name");
+      static_cast<void>(parser.take('='));
+      GenericRef const value = valueOf(parser.expression());
+      parser.needEnd();
+      objects_.insert_or_assign(name, value);
+      return;
+    }
+  }
+  bool const deletes = text.starts_with("del ");
+  Parser parser(deletes ? text.substr(4) : text, objects_);
+  if (deletes) {
+    std::string const name(trimmed(text.substr(4)));
+    if (objects_.erase(name) != 0) {
+      return;
+    }
+  }
+  Result const result = parser.expression();
+  auto const* const place = std::get_if<GenericPlace>(&result);
+  if (!deletes && parser.take('=')) {
+    if (place == nullptr) {
+      parser.fail("only an attribute or a member can be written");
+    }
+    GenericValue const value = valueOf(parser.expression()).value();
+    parser.needEnd();
+    GenericPlace target = *place;
+    target = value;
+    return;
+  }
+  parser.needEnd();
+  if (deletes) {
+    if (place == nullptr) {
+      parser.fail("only a member can be taken out");
+    }
+    place->del();
+  } else if (place != nullptr) {
+    print(*place);
+  } else {
+    print(std::get<GenericRef>(result));
+  }
+}
+
+bool Shell::command(std::string_view line) {
+  std::size_t const blank = line.find(' ');
+  std::string_view const word = line.substr(0, blank);
+  std::string const argument(blank == std::string_view::npos ? "" : trimmed(line.substr(blank)));
+  if (argument.starts_with('=')) {
+    return false;  // a name that is a command too
+  }
+  if (line == "help") {
+    console_.out << helpText;
+  } else if (line == "run") {
+    Kor::EventLoop::global().runUntilIdle();
+  } else if (line == "objects") {
+    printObjects();
+  } else if (word == "advance") {
+    GenericValue const seconds = valueOf(Parser(argument, objects_).expression()).value();
+    Kor::EventLoop::global().runFor(Kor::converted<double>(seconds, "seconds"));
+  } else if (line == "types") {
+    printTypes(Kor::KorType::all(), console_);
+  } else if (word == "types") {
+    printType(Kor::typeNamed(argument), console_);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+void Shell::print(GenericRef const& value) {
+  if (!value.value().present()) {
+    return;
+  }
+  console_.out << value << "\n";
+  if (value.value().kind() != GenericValue::Kind::object) {
+    return;
+  }
+  Table table({{"attribute"}, {"value"}}, 2);
+  for (Kor::KorAttr::Ptr const& attr : value.type()->attrs()) {
+    if (attr->isFunction()) {
+      continue;
+    }
+    GenericPlace const place = value[attr->name().view()];
+    std::string text;
+    if (attr->isCollection()) {
+      text = counted(place.size(), "member");
+    } else {
+      text = Kor::valueToStrep(place.get().value()).stdString();
+    }
+    table.add({attr->name().stdString(), text});
+  }
+  table.print(console_.out, console_.style);
+}
+
+void Shell::print(GenericPlace const& place) {
+  if (place.attr().isFunction()) {
+    console_.out << place.attr().name() << shapeOf(place.attr()) << "\n";
+  } else if (place.isWholeCollection()) {
+    for (auto const& [key, member] : place) {
+      console_.out << key << ": " << member << "\n";
+    }
+  } else {
+    print(place.get());
+  }
+}
+
+void Shell::printObjects() const {
+  Table table({{"name"}, {"value"}}, 0);
+  for (auto const& [name, value] : objects_) {
+    table.add({name, Kor::valueToStrep(value.value()).stdString()});
+  }
+  table.print(console_.out, console_.style);
+}
+
+std::vector<std::string> Shell::completions(std::string_view line) const {
+  std::size_t start = line.size();
+  while (start > 0 && (isNamePart(line[start - 1]) || line[start - 1] == ':')) {
+    --start;
+  }
+  std::string_view const begun = line.substr(start);
+  std::vector<std::string> found;
+  auto const offer = [&](std::string_view name) {
+    if (name.starts_with(begun)) {
+      found.emplace_back(name);
+    }
+  };
+  if (start > 0 && line[start - 1] == '.') {
+    // The longest end of what stands before the dot that is an expression on its own.
+    std::string_view const before = line.substr(0, start - 1);
+    for (std::size_t from = 0; from < before.size(); ++from) {
+      if (!isNameStart(before[from]) || (from > 0 && isNamePart(before[from - 1]))) {
+        continue;
+      }
+      // Calls are not made while somebody types.
+      if (before.substr(from).find('(') != std::string_view::npos) {
+        continue;
+      }
+      try {
+        Parser parser(before.substr(from), objects_);
+        GenericRef const object = valueOf(parser.expression());
+        parser.needEnd();
+        for (Kor::KorAttr::Ptr const& attr : object.type()->attrs()) {
+          offer(attr->name().view());
+        }
+        break;
+      } catch (std::exception const&) {
+        continue;  // not an expression, or one without attributes
+      }
+    }
+  } else {
+    std::for_each(std::begin(commands), std::end(commands), offer);
+    for (auto const& [name, value] : objects_) {
+      offer(name);
+    }
+    for (Kor::KorType const* const type : Kor::KorType::all()) {
+      if (type->operations().construct != nullptr) {
+        offer(type->name());
+      }
+    }
+  }
+  std::sort(found.begin(), found.end());
+  found.erase(std::unique(found.begin(), found.end()), found.end());
+  return found;
+}
+
+}  // namespace lab

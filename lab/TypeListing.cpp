@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/TypeListing.h"
+
+#include <iomanip>
+#include <sstream>
+
+namespace lab {
+
+namespace {
+
+using Kor::KorAttr;
+using Kor::KorType;
+
+std::string nameOf(KorType const* type) {
+  return type == nullptr ? "" : std::string(type->name());
+}
+
+std::string hexadecimal(std::uint32_t word) {
+  std::ostringstream text;
+  text << "0x" << std::hex << word;
+  return text.str();
+}
+
+std::string flagsOf(KorAttr const& attr) {
+  return hexadecimal(attr.flags().first()) + " " + hexadecimal(attr.flags().second());
+}
+
+std::string listOf(std::vector<Kor::ArgumentSpec> const& args) {
+  std::string text;
+  for (Kor::ArgumentSpec const& arg : args) {
+    text += (text.empty() ? "" : ", ") + arg.name.stdString() + ": " + arg.typeName.stdString();
+  }
+  return "(" + text + ")";
+}
+
+/// An attribute that a type has from its base is shown there.
+bool isOwn(KorType const& type, KorAttr const& attr) {
+  return attr.owner() == &type;
+}
+
+std::string nameSpaceOf(KorType const& type) {
+  std::string_view const name = type.name();
+  auto const colons = name.rfind("::");
+  // What belongs to no namespace belongs to the language, and is listed with the framework.
+  return std::string(colons == std::string_view::npos ? "Kor" : name.substr(0, colons));
+}
+
+std::string pageOf(std::string const& nameSpace) {
+  std::string file;
+  for (char const c : nameSpace) {
+    if (c != ':') {
+      file += c;
+    } else if (!file.empty() && file.back() != '.') {
+      file += '.';
+    }
+  }
+  return file + ".md";
+}
+
+nlohmann::ordered_json argsAsJson(std::vector<Kor::ArgumentSpec> const& args) {
+  auto list = nlohmann::ordered_json::array();
+  for (Kor::ArgumentSpec const& arg : args) {
+    list.push_back({{"name", arg.name.stdString()}, {"type", arg.typeName.stdString()}});
+  }
+  return list;
+}
+
+nlohmann::ordered_json attrAsJson(KorType const& type, KorAttr const& attr) {
+  nlohmann::ordered_json json;
+  json["name"] = attr.name().stdString();
+  json["id"] = attr.id();
+  json["kind"] = kindOf(attr);
+  json["type"] = nameOf(attr.valueType());
+  json["key"] = nameOf(attr.keyType());
+  json["args"] = argsAsJson(attr.args());
+  json["flags"] = {attr.flags().first(), attr.flags().second()};
+  json["introspection"] = attr.introspectionFlags().value();
+  json["inherited"] = !isOwn(type, attr);
+  return json;
+}
+
+std::string described(KorType const& type) {
+  std::string text = kindOf(type);
+  if (type.base() != nullptr) {
+    text += ", base " + nameOf(type.base());
+  }
+  return text;
+}
+
+/// In a Markdown table a bar ends the cell.
+std::string row(std::vector<std::string> const& cells) {
+  std::string line = "|";
+  for (std::string const& cell : cells) {
+    line += " " + cell + " |";
+  }
+  return line + "\n";
+}
+
+std::string code(std::string const& text) {
+  return text.empty() ? "" : "`" + text + "`";
+}
+
+std::string section(KorType const& type) {
+  std::ostringstream text;
+  text << "\n## " << type.name() << "\n\n" << described(type) << "\n";
+  if (type.operations().construct != nullptr) {
+    text << "\nBuilt by name with " << code(listOf(type.constructorArgs())) << ".\n";
+  }
+  std::string rows;
+  for (KorAttr::Ptr const& attr : type.attrs()) {
+    if (isOwn(type, *attr)) {
+      rows += row({std::to_string(attr->id()), code(attr->name().stdString()), kindOf(*attr),
+                   code(shapeOf(*attr)), flagsOf(*attr),
+                   std::to_string(attr->introspectionFlags().value())});
+    }
+  }
+  if (!rows.empty()) {
+    text << "\n"
+         << row({"Id", "Attribute", "Kind", "Type", "Flags", "Introspection"})
+         << row({"---", "---", "---", "---", "---", "---"}) << rows;
+  }
+  return text.str();
+}
+
+}  // namespace
+
+std::string kindOf(KorAttr const& attr) {
+  if (attr.isFunction()) {
+    return "function";
+  }
+  if (attr.isCollection()) {
+    return attr.isOwnedCollection() ? "owned collection" : "collection";
+  }
+  return attr.isWritable() ? "data" : "read-only";
+}
+
+std::string shapeOf(KorAttr const& attr) {
+  std::string const value = nameOf(attr.valueType());
+  if (attr.isFunction()) {
+    return listOf(attr.args()) + " → " + value;
+  }
+  return attr.isCollection() ? nameOf(attr.keyType()) + " → " + value : value;
+}
+
+std::string kindOf(KorType const& type) {
+  return type.isEntity() ? "entity" : type.isValue() ? "value" : "object";
+}
+
+void printTypes(std::vector<KorType const*> const& types, Console const& console) {
+  Table table({{"type"}, {"kind"}, {"attributes", Table::Align::right}, {"base"}}, 0);
+  for (KorType const* const type : types) {
+    table.add(
+        {nameOf(type), kindOf(*type), std::to_string(type->attrs().size()), nameOf(type->base())});
+  }
+  table.print(console.out, console.style);
+}
+
+void printType(KorType const& type, Console const& console) {
+  console.out << tinted(console.style, Tint::heading, type.name()) << " (" << described(type)
+              << ")\n";
+  if (type.operations().construct != nullptr) {
+    printWrapped(console.out, console.style, "  built by name with ",
+                 listOf(type.constructorArgs()));
+  }
+  Table table({{"id", Table::Align::right}, {"attribute"}, {"kind"}, {"flags"}, {"type"}}, 2);
+  for (KorAttr::Ptr const& attr : type.attrs()) {
+    table.add({std::to_string(attr->id()), attr->name().stdString(), kindOf(*attr), flagsOf(*attr),
+               shapeOf(*attr)});
+  }
+  if (!type.attrs().empty()) {
+    table.print(console.out, console.style);
+  }
+}
+
+nlohmann::ordered_json typesAsJson(std::vector<KorType const*> const& types) {
+  auto list = nlohmann::ordered_json::array();
+  for (KorType const* const type : types) {
+    nlohmann::ordered_json json;
+    json["name"] = type->name();
+    json["kind"] = kindOf(*type);
+    json["base"] = nameOf(type->base());
+    json["level"] = type->level();
+    json["size"] = type->size();
+    json["constructible"] = type->operations().construct != nullptr;
+    json["constructorArgs"] = argsAsJson(type->constructorArgs());
+    json["attributes"] = nlohmann::ordered_json::array();
+    for (KorAttr::Ptr const& attr : type->attrs()) {
+      json["attributes"].push_back(attrAsJson(*type, *attr));
+    }
+    list.push_back(std::move(json));
+  }
+  return {{"types", std::move(list)}};
+}
+
+std::map<std::string, std::string> referencePages(std::vector<KorType const*> const& types) {
+  std::map<std::string, std::string> pages;
+  std::map<std::string, std::string> links;
+  for (KorType const* const type : types) {
+    std::string const nameSpace = nameSpaceOf(*type);
+    std::string& page = pages[pageOf(nameSpace)];
+    if (page.empty()) {
+      page = "# " + nameSpace +
+             "\n\nThe registered types of this namespace, with the attributes "
+             "that each adds to those of its base or redefines.\n";
+      links[nameSpace] = "";
+    }
+    page += section(*type);
+    links[nameSpace] +=
+        (links[nameSpace].empty() ? "" : ", ") + code(std::string(type->shortName()));
+  }
+  std::string index = "# Reference\n\nEvery registered type by namespace. Written by "
+                      "`policymap-lab types --markdown "
+                      "docs/reference`.\n\n| Namespace | Types |\n| --- | --- |\n";
+  for (auto const& [nameSpace, names] : links) {
+    index += row({"[" + nameSpace + "](" + pageOf(nameSpace) + ")", names});
+  }
+  pages["README.md"] = index;
+  return pages;
+}
+
+}  // namespace lab

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is registered: types and their attributes, as tables, JSON and reference pages.
+#pragma once
+
+#include "lab/Console.h"
+
+#include <Kor/KorAttr.h>
+#include <Kor/KorType.h>
+
+#include <nlohmann/json.hpp>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace lab {
+
+/// "data", "read-only", "collection", "owned collection" or "function".
+std::string kindOf(Kor::KorAttr const& attr);
+/// What it holds or answers: "bool", "Vorel::IntfId → bool", "(key: PolicyMap::AclRuleKey) → void".
+std::string shapeOf(Kor::KorAttr const& attr);
+/// "entity", "value" or "object".
+std::string kindOf(Kor::KorType const& type);
+
+void printTypes(std::vector<Kor::KorType const*> const& types, Console const& console);
+void printType(Kor::KorType const& type, Console const& console);
+nlohmann::ordered_json typesAsJson(std::vector<Kor::KorType const*> const& types);
+/// The reference as Markdown: the text of each page by file name.
+std::map<std::string, std::string> referencePages(std::vector<Kor::KorType const*> const& types);
+
+}  // namespace lab

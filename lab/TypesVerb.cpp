@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/TypesVerb.h"
+
+#include "lab/TypeListing.h"
+
+#include <Kor/ByName.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+namespace lab {
+
+namespace {
+
+using Types = std::vector<Kor::KorType const*>;
+
+/// The type of that qualified name, or all whose short name it is.
+Types typesNamed(std::string const& name) {
+  if (name.empty()) {
+    return Kor::KorType::all();
+  }
+  Types found;
+  for (Kor::KorType const* const type : Kor::KorType::all()) {
+    if (type->name() == name || type->shortName() == name) {
+      found.push_back(type);
+    }
+  }
+  if (found.empty()) {
+    try {
+      found.push_back(&Kor::typeNamed(name));
+    } catch (Kor::RangeException const& error) {
+      throw UsageError(error.what());
+    }
+  }
+  return found;
+}
+
+void writePages(std::filesystem::path const& folder, Types const& types) {
+  std::error_code failed;
+  std::filesystem::create_directories(folder, failed);
+  for (auto const& [file, text] : referencePages(types)) {
+    std::ofstream out(folder / file, std::ios::binary);
+    if (!(out << text).flush()) {
+      throw UsageError((folder / file).string() + " cannot be written");
+    }
+  }
+}
+
+}  // namespace
+
+TypesVerb::TypesVerb(CLI::App& program)
+    : command_(program.add_subcommand("types", "List the types and attributes that can be reached\n"
+                                               "by name")) {
+  command_->add_option("name", name_, "One type, qualified or not, with its attributes")
+      ->type_name("NAME");
+  CLI::Option* const json = command_->add_flag("--json", json_, "Print one JSON object");
+  command_->add_option("--markdown", folder_, "Write reference pages into this folder")
+      ->type_name("FOLDER")
+      ->excludes(json);
+}
+
+ExitStatus TypesVerb::run(Console const& console) {
+  Types const types = typesNamed(name_);
+  if (!folder_.empty()) {
+    writePages(folder_, types);
+  } else if (json_) {
+    console.out << typesAsJson(types).dump(2) << "\n";
+  } else if (name_.empty()) {
+    printTypes(types, console);
+  } else {
+    for (Kor::KorType const* const type : types) {
+      printType(*type, console);
+    }
+  }
+  return ExitStatus::success;
+}
+
+}  // namespace lab
