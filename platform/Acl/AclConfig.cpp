@@ -7,10 +7,6 @@ namespace Acl {
 
 AclBase::~AclBase() = default;
 
-Kor::String8 AclBase::attributeString(Kor::AttributeId id) const {
-  return id == ruleId ? "rule" : Entity::attributeString(id);
-}
-
 template <class Self, class Rules>
 typename AclConfigBase<Self, Rules>::RulesPtr AclConfigBase<Self, Rules>::rulesBySeq() const {
   if (!snapshot_) {

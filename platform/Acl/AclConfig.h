@@ -38,7 +38,6 @@ class POLICYMAP_API AclBase : public Kor::Entity {
 
   /// The key under which the list stands in its Config.
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
-  [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
 
  protected:
   using Entity::Entity;

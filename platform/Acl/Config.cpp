@@ -66,15 +66,6 @@ void Config::listChanged(MacAclConfig const* list) const {
                            [&](NotifieeConst& notifiee) { notifiee.onMacAcl(list->name()); });
 }
 
-Kor::String8 Config::attributeString(Kor::AttributeId id) const {
-  switch (id) {
-  case ipAclId: return "ipAcl";
-  case ip6AclId: return "ip6Acl";
-  case macAclId: return "macAcl";
-  default: return Entity::attributeString(id);
-  }
-}
-
 Kor::KorType const* Config::fwkType() const {
   return _fwkType();
 }

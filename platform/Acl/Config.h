@@ -42,7 +42,6 @@ class POLICYMAP_API Config : public ConfigLists {
   Ip6AclConfig::Ptr newIp6Acl(Kor::Name const& name);
   MacAclConfig::Ptr newMacAcl(Kor::Name const& name);
 
-  [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 

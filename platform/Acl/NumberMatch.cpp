@@ -12,6 +12,11 @@ constexpr Kor::EnumNames opNames{"MatchOp", opTexts.data(), opTexts.size()};
 
 }  // namespace
 
+Kor::KorType* korEnumType(MatchOp /*any*/) {
+  static Kor::KorType type("Acl::MatchOp", nullptr);
+  return &type;
+}
+
 Kor::String8 valueToStrep(MatchOp op) {
   return Kor::enumToStrep(opNames, static_cast<std::int32_t>(op));
 }

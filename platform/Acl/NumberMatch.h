@@ -21,6 +21,7 @@ namespace Acl {
 /// `any` takes every number, also those of packets that have none.
 enum class MatchOp : std::uint8_t { any, eq, neq, lt, gt, range };
 
+POLICYMAP_API Kor::KorType* korEnumType(MatchOp /*any*/);
 POLICYMAP_API Kor::String8 valueToStrep(MatchOp op);
 POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
                                    MatchOp& op);

@@ -138,10 +138,6 @@ class AddressStatus : public Kor::Entity {
 
   static constexpr Kor::AttributeId intfAddressId = 258;
 
-  [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override {
-    return id == intfAddressId ? "intfAddress" : Entity::attributeString(id);
-  }
-
  protected:
   using Entity::Entity;
 

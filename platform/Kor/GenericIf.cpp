@@ -37,9 +37,8 @@ KorType const& valueTypeAt(TextIterator it, TextIterator const& end) {
 
 GenericValue numberAt(TextIterator& it, TextIterator const& end) {
   std::string_view const ahead = it.text().view().substr(it.position());
-  auto const digits = ahead.substr(0, ahead.find_first_not_of("+-0123456789.eE_xXobOBinfa"));
-  if (digits.find_first_of(".eEn") != std::string_view::npos &&
-      digits.find_first_of("xX") == std::string_view::npos) {
+  auto const digits = ahead.substr(0, ahead.find_first_not_of("+-0123456789.eE"));
+  if (ahead.starts_with("float") || digits.find_first_of(".eE") != std::string_view::npos) {
     double real = 0;
     sequenceToValue(it, end, real);
     return real;
@@ -175,7 +174,8 @@ void sequenceToValue(TextIterator& it, TextIterator const& end, GenericValue& va
     value = truth;
   } else if (head == '[') {
     value = listAt(it, end);
-  } else if (head == '-' || head == '+' || head == '.' || (head >= '0' && head <= '9')) {
+  } else if (head == '-' || head == '+' || head == '.' || (head >= '0' && head <= '9') ||
+             ahead.starts_with("float")) {
     value = numberAt(it, end);
   } else if (head == '\'' || head == '"' || ahead.find_first_of("'\"") < 3) {
     String8 text;

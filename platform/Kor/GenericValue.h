@@ -231,7 +231,7 @@ class KOR_API GenericList {
 };
 
 inline GenericList const& GenericValue::list() const {
-  return *payload_.list.get();
+  return *payload_.list;
 }
 
 }  // namespace Kor

@@ -58,10 +58,6 @@ void Config::reindex(Vorel::IntfId member) {
   }
 }
 
-Kor::String8 Config::attributeString(Kor::AttributeId id) const {
-  return id == memberOfId ? "memberOf" : Entity::attributeString(id);
-}
-
 Kor::KorType const* Config::fwkType() const {
   return _fwkType();
 }

@@ -44,7 +44,6 @@ class POLICYMAP_API Config : public ConfigMembers {
   /// The members of a port-channel in ascending order. The reference is good until the next edit.
   [[nodiscard]] std::vector<Vorel::IntfId> const& members(Vorel::IntfId portChannel) const;
 
-  [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 

@@ -19,16 +19,6 @@ Kor::KorType* Action::_fwkType() {
   return &type;
 }
 
-Kor::String8 Action::attributeString(Kor::AttributeId id) const {
-  switch (id) {
-  case classNameId: return "className";
-  case actionTypeId: return "actionType";
-  case idId: return "id";
-  case equalToId: return "equalTo";
-  default: return Entity::attributeString(id);
-  }
-}
-
 bool Action::equalTo(Kor::Ptr<Action const> const& other) const {
   return other.get() == this;
 }

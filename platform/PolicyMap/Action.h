@@ -9,7 +9,8 @@
 namespace PolicyMap {
 
 // What a class of a policy-map does with the traffic it matches. Subclass it for a kind of your
-// own: pick a number, add attributes, override equalTo and attributeString.
+// own: pick a number, add attributes, override equalTo, and attributeString unless the class is
+// registered.
 class POLICYMAP_API Action : public Kor::Entity {
  public:
   using Ptr = Kor::Ptr<Action>;
@@ -23,8 +24,6 @@ class POLICYMAP_API Action : public Kor::Entity {
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
-
-  [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
 
   // Whether programming `other` instead would make no difference. Here: the same object.
   [[nodiscard]] virtual bool equalTo(Kor::Ptr<Action const> const& other) const;

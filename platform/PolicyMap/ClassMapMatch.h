@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Acl/Ip6RuleConfig.h"
-#include "Acl/IpRuleConfig.h"
-#include "Acl/MacRuleConfig.h"
+#include "Acl/OptionalRule.h"
+#include "Kor/Strep.h"
 #include "Kor/String.h"
 #include "PolicyMap/ClassMapMatchOption.h"
 #include "PolicyMap/Export.h"
 
-#include <variant>
+#include <cstdint>
+#include <ostream>
+#include <string_view>
+#include <tuple>
 
 namespace PolicyMap {
 
@@ -16,15 +18,21 @@ namespace PolicyMap {
 class POLICYMAP_API ClassMapMatch {
  public:
   enum class Kind : std::uint8_t { acl, classMap, rule };
-  using Rule = std::variant<Acl::IpRuleConfig, Acl::Ip6RuleConfig, Acl::MacRuleConfig>;
+  using Rule = Acl::AnyRule;
+  static constexpr std::string_view korTypeName = "PolicyMap::ClassMapMatch";
 
   // The empty match: an access list without a name.
   ClassMapMatch() = default;
+  // From all parts; the option of another class-map does not count. Raises Kor::RangeException
+  // "ClassMapMatch::PART ..." for a rule without `Kind::rule` or the reverse, a rule with a name,
+  // and a rule that does not go with its option.
+  ClassMapMatch(Kind kind, ClassMapMatchOption option, Kor::Name name,
+                Acl::OptionalRule const& rule);
   static ClassMapMatch acl(ClassMapMatchOption option, Kor::Name name);
   static ClassMapMatch classMap(Kor::Name name);
   static ClassMapMatch rule(Acl::IpRuleConfig const& rule);
   static ClassMapMatch rule(Acl::Ip6RuleConfig const& rule);
-  // MAC rules serve two options: mac and mpls.
+  // MAC rules serve two options: mac and mpls. Raises Kor::RangeException for another one.
   static ClassMapMatch rule(Acl::MacRuleConfig const& rule,
                             ClassMapMatchOption option = ClassMapMatchOption::mac);
 
@@ -33,18 +41,48 @@ class POLICYMAP_API ClassMapMatch {
   [[nodiscard]] ClassMapMatchOption option() const { return option_; }
   // The access list or class-map; empty for a rule.
   [[nodiscard]] Kor::Name const& name() const { return name_; }
-  [[nodiscard]] Rule const& rule() const { return rule_; }
+  // A default-built one unless the match is a rule.
+  [[nodiscard]] Rule const& rule() const;
+  [[nodiscard]] Acl::OptionalRule const& ruleIfAny() const { return rule_; }
 
   bool operator==(ClassMapMatch const&) const = default;
   [[nodiscard]] bool operator!() const { return *this == ClassMapMatch(); }
 
+  [[nodiscard]] static Kor::KorType* _fwkType();
+  [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
+
+  static constexpr auto korFields() {
+    using M = ClassMapMatch;
+    return std::tuple(
+        Kor::field("kind", &M::kind, &M::kindIs), Kor::field("option", &M::option, &M::optionIs),
+        Kor::field("name", &M::name, &M::nameIs), Kor::field("rule", &M::ruleIfAny, &M::ruleIs));
+  }
+
  private:
-  static ClassMapMatch own(ClassMapMatchOption option, Rule const& rule);
+  friend void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
+                              ClassMapMatch& match);
+
+  void kindIs(Kind kind) { kind_ = kind; }
+  void optionIs(ClassMapMatchOption option) { option_ = option; }
+  void nameIs(Kor::Name const& name) { name_ = name; }
+  void ruleIs(Acl::OptionalRule const& rule) { rule_ = rule; }
 
   Kind kind_ = Kind::acl;
   ClassMapMatchOption option_ = ClassMapMatchOption::ipv4;
   Kor::Name name_;
-  Rule rule_;
+  Acl::OptionalRule rule_;  // given exactly for Kind::rule
 };
+
+POLICYMAP_API Kor::KorType* korEnumType(ClassMapMatch::Kind /*any*/);
+// 'acl', 'classMap', 'rule'.
+POLICYMAP_API Kor::String8 valueToStrep(ClassMapMatch::Kind kind);
+POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
+                                   ClassMapMatch::Kind& kind);
+POLICYMAP_API std::ostream& operator<<(std::ostream& out, ClassMapMatch::Kind kind);
+
+POLICYMAP_API Kor::String8 valueToStrep(ClassMapMatch const& match);
+POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
+                                   ClassMapMatch& match);
+POLICYMAP_API std::ostream& operator<<(std::ostream& out, ClassMapMatch const& match);
 
 }  // namespace PolicyMap

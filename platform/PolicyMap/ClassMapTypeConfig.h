@@ -18,6 +18,13 @@ enum class ClassMapMatchType : std::uint8_t {
   matchAll,  // traffic that all of them take
 };
 
+POLICYMAP_API Kor::KorType* korEnumType(ClassMapMatchType /*any*/);
+// 'matchAny', 'matchAll'.
+POLICYMAP_API Kor::String8 valueToStrep(ClassMapMatchType type);
+POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
+                                   ClassMapMatchType& type);
+POLICYMAP_API std::ostream& operator<<(std::ostream& out, ClassMapMatchType type);
+
 // The matches of one class-map, in order of their place.
 class POLICYMAP_API ClassMapSubConfig : public Kor::Entity {
  public:

@@ -21,6 +21,13 @@ class POLICYMAP_API SubRuleData {
   static constexpr std::uint16_t highestPort = 65535;
 
   SubRuleData() = default;
+  SubRuleData(std::uint16_t srcPortLow, std::uint16_t srcPortHigh, std::uint16_t dstPortLow,
+              std::uint16_t dstPortHigh, std::uint32_t distinction, bool srcPortRange,
+              bool dstPortRange)
+      : srcPorts_(pack(srcPortLow, srcPortHigh)),
+        dstPorts_(pack(dstPortLow, dstPortHigh)),
+        distinction_(distinction),
+        flags_((srcPortRange ? srcFlag : 0) | (dstPortRange ? dstFlag : 0)) {}
   // Reads one text form and leaves `it` behind it. Raises Kor::RangeException.
   SubRuleData(Kor::TextIterator& it, Kor::TextIterator const& end);
 

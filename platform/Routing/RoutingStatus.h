@@ -29,8 +29,6 @@ class POLICYMAP_API RoutingStatus : public Kor::Entity {
     }
   }
 
-  [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
-
   KOR_VALUE_COLLECTION(RoutingStatus, routedIntf, RoutedIntf, Vorel::IntfId, bool, ,
                        { routedIntfChanged(key); })
 

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// How what a rule may have or not goes in and out of generic values.
+
+#include "Acl/OptionalNumber.h"
+#include "Acl/OptionalRule.h"
+#include "Kor/Generic.h"
+#include "PolicyMap/Export.h"
+
+/// A number or null.
+template <>
+struct POLICYMAP_API Kor::Generic<Acl::OptionalNumber> {
+  static KorType* record();
+  static KorType const* type() { return record(); }
+  static GenericValue value(Acl::OptionalNumber number);
+  static bool take(GenericValue const& from, Acl::OptionalNumber& to);
+};
+
+/// A rule of any kind or null.
+template <>
+struct POLICYMAP_API Kor::Generic<Acl::OptionalRule> {
+  static KorType* record();
+  static KorType const* type() { return record(); }
+  static GenericValue value(Acl::OptionalRule const& rule);
+  static bool take(GenericValue const& from, Acl::OptionalRule& to);
+};

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Kor/Model.h"
+
+#include <span>
+
+namespace Routing {
+
+/// The tables of the types of this namespace, in order of registration.
+[[nodiscard]] std::span<Kor::TypeModel const* const> models();
+
+}  // namespace Routing

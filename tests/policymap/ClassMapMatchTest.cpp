@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "acl/ValueChecks.h"
+#include "policymap/PolicyBench.h"
+
+#include <Kor/GenericIf.h>
+#include <PolicyMap/ClassMapMatch.h>
+#include <PolicyMap/ClassMapTypeConfig.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace policymap {
+namespace {
+
+using Kor::GenericIf;
+using Kor::GenericList;
+using Kor::GenericValue;
+using Kor::KorType;
+using PolicyMap::ClassMapMatch;
+using PolicyMap::ClassMapMatchType;
+using TestSupport::expectTextForm;
+using TestSupport::printed;
+using TestSupport::rangeError;
+using Kind = ClassMapMatch::Kind;
+
+Acl::MacRuleConfig vlanRule() {
+  Acl::MacRuleConfig rule;
+  rule.vlanIs(10);
+  return rule;
+}
+
+std::string parseError(std::string const& text) {
+  return rangeError([&] { (void)Kor::strepToValue<ClassMapMatch>(Kor::String8(text)); });
+}
+std::string refused(Kind kind, ClassMapMatchOption option, char const* name,
+                    Acl::OptionalRule const& rule) {
+  return rangeError([&] { (void)ClassMapMatch(kind, option, Kor::Name(name), rule); });
+}
+
+TEST(MatchText, HasKindOptionNameAndRule) {
+  expectTextForm(ClassMapMatch(),
+                 "Value('PolicyMap::ClassMapMatch', ** {'kind': 'acl', 'option': 'ipv4', 'name': "
+                 "'', 'rule': None})");
+  expectTextForm(ClassMapMatch::acl(ClassMapMatchOption::mpls, Kor::Name("web")),
+                 "Value('PolicyMap::ClassMapMatch', ** {'kind': 'acl', 'option': 'mpls', 'name': "
+                 "'web', 'rule': None})");
+  expectTextForm(ClassMapMatch::classMap(Kor::Name("inner")),
+                 "Value('PolicyMap::ClassMapMatch', ** {'kind': 'classMap', 'option': 'ipv4', "
+                 "'name': 'inner', 'rule': None})");
+  ClassMapMatch const own = ClassMapMatch::rule(vlanRule(), ClassMapMatchOption::mpls);
+  std::string const text =
+      "Value('PolicyMap::ClassMapMatch', ** {'kind': 'rule', 'option': 'mpls', 'name': '', 'rule': "
+      "Value('Acl::MacRuleConfig', ** {'permit': True, 'ethertype': None, 'vlan': 10, "
+      "'mplsLabel': None, 'mplsInnerLabel': None, 'source': 'any', 'destination': 'any'})})";
+  expectTextForm(own, text);
+  EXPECT_EQ(printed(own), text);
+}
+
+TEST(MatchText, ReadsItsPartsInAnyOrder) {
+  EXPECT_EQ(Kor::strepToValue<ClassMapMatch>(
+                "Value('PolicyMap::ClassMapMatch', ** {'rule': Value('Acl::Ip6RuleConfig', ** {}), "
+                "'option': 1, 'kind': 2})"),
+            ClassMapMatch::rule(Acl::Ip6RuleConfig()));
+}
+
+TEST(MatchText, NamesWhatItCannotRead) {
+  auto const error = [](std::string const& parts) {
+    return parseError("Value('PolicyMap::ClassMapMatch', ** {" + parts + "})");
+  };
+  EXPECT_EQ(error("'kind': 'list'"), "attribute 'kind': Kind has no such value: list");
+  EXPECT_EQ(error("'kind': 3"), "attribute 'kind': Kind < 0 or > 2 not allowed");
+  EXPECT_EQ(error("'rule': 5"), "attribute 'rule': expected Value at column 46");
+  EXPECT_EQ(error("'rule': Value('Acl::PortMatch', ** {})"),
+            "attribute 'rule': no such rule type: Acl::PortMatch at column 52");
+  EXPECT_EQ(error("'rule': Value('Acl::IpRuleConfig', ** {'dscp': 64})"),
+            "attribute 'rule': attribute 'dscp': IpFilterBase::dscp < 0 or > 63 not allowed");
+  EXPECT_EQ(error("'kind': 'rule'"), "ClassMapMatch::rule missing");
+}
+
+TEST(Match, RefusesPartsThatDoNotGoTogether) {
+  Acl::IpRuleConfig const ip;
+  Acl::Ip6RuleConfig const ip6;
+  EXPECT_EQ(refused(Kind::rule, ClassMapMatchOption::ipv4, "", std::nullopt),
+            "ClassMapMatch::rule missing");
+  EXPECT_EQ(refused(Kind::acl, ClassMapMatchOption::ipv4, "web", ip),
+            "ClassMapMatch::rule not allowed with a name to match");
+  EXPECT_EQ(refused(Kind::classMap, ClassMapMatchOption::ipv4, "web", ip),
+            "ClassMapMatch::rule not allowed with a name to match");
+  EXPECT_EQ(refused(Kind::rule, ClassMapMatchOption::ipv4, "web", ip),
+            "ClassMapMatch::name not allowed with a rule");
+  EXPECT_EQ(refused(Kind::rule, ClassMapMatchOption::ipv6, "", ip),
+            "ClassMapMatch::option 'ipv6' not allowed with such a rule");
+  EXPECT_EQ(refused(Kind::rule, ClassMapMatchOption::ipv4, "", ip6),
+            "ClassMapMatch::option 'ipv4' not allowed with such a rule");
+  EXPECT_EQ(refused(Kind::rule, ClassMapMatchOption{7}, "", vlanRule()),
+            "ClassMapMatch::option 7 not allowed with such a rule");
+  EXPECT_EQ(rangeError([] { (void)ClassMapMatch::rule(vlanRule(), ClassMapMatchOption::ipv4); }),
+            "ClassMapMatch::option 'ipv4' not allowed with such a rule");
+}
+
+TEST(Match, OfAnotherClassMapHasNoOptionOfItsOwn) {
+  EXPECT_EQ(ClassMapMatch(Kind::classMap, ClassMapMatchOption::mac, Kor::Name("inner"), {}),
+            ClassMapMatch::classMap(Kor::Name("inner")));
+}
+
+TEST(Match, TellsItsRuleOnlyWhenItIsOne) {
+  EXPECT_EQ(ClassMapMatch::rule(vlanRule()).ruleIfAny(), Acl::OptionalRule(vlanRule()));
+  EXPECT_EQ(ClassMapMatch::rule(vlanRule()).rule(), ClassMapMatch::Rule(vlanRule()));
+  ClassMapMatch const list = ClassMapMatch::acl(ClassMapMatchOption::ipv4, Kor::Name("web"));
+  EXPECT_FALSE(list.ruleIfAny().has_value());
+  EXPECT_EQ(list.rule(), ClassMapMatch::Rule());
+}
+
+TEST(MatchByName, IsBuiltFromItsPartsAndStoredInAClassMap) {
+  KorType const& match = *KorType::named("PolicyMap::ClassMapMatch");
+  GenericIf const rule =
+      Kor::genericConstruct(*KorType::named("Acl::MacRuleConfig"), GenericList::of());
+  Kor::AttributeId const vlan = rule.type()->attr("vlan")->id();
+  rule.attributeOp({vlan, GenericIf::AttributeOp::set, {}, 10});
+  GenericIf const own =
+      Kor::genericConstruct(match, GenericList::of("rule", "mpls", "", rule.value()));
+  GenericIf const list = Kor::genericConstruct(match, GenericList::of(0, 0, "web", nullptr));
+
+  auto const classMap = Kor::make<PolicyMap::ClassMapSubConfig>(Kor::Name("c"));
+  GenericIf const self = classMap->fwkType()->genericIf(classMap, false);
+  Kor::AttributeId const id = PolicyMap::ClassMapSubConfig::matchId;
+  self.attributeOp({id, GenericIf::AttributeOp::set, 1, own.value()});
+  self.attributeOp({id, GenericIf::AttributeOp::set, 2, list.value()});
+  EXPECT_EQ(classMap->match(1), ClassMapMatch::rule(vlanRule(), ClassMapMatchOption::mpls));
+  EXPECT_EQ(classMap->match(2), ClassMapMatch::acl(ClassMapMatchOption::ipv4, Kor::Name("web")));
+
+  GenericIf const stored(self.attributeOp({id, GenericIf::AttributeOp::get, 1, {}}));
+  Kor::AttributeId const ruleId = match.attr("rule")->id();
+  EXPECT_EQ(stored.attributeOp({ruleId, GenericIf::AttributeOp::get, {}, {}}), rule.value());
+  EXPECT_TRUE(list.attributeOp({ruleId, GenericIf::AttributeOp::get, {}, {}}).isNull());
+}
+
+TEST(MatchByName, RefusesARuleThatIsNoneAndPartsThatDoNotGoTogether) {
+  KorType const& match = *KorType::named("PolicyMap::ClassMapMatch");
+  try {
+    (void)Kor::genericConstruct(match, GenericList::of("rule", "mac", "", "permit any"));
+    ADD_FAILURE() << "no exception";
+  } catch (Kor::TypeException const& error) {
+    EXPECT_EQ(error.name(), "rule");
+  }
+  EXPECT_EQ(rangeError([&] {
+              (void)Kor::genericConstruct(match, GenericList::of("rule", "mac", "", nullptr));
+            }),
+            "ClassMapMatch::rule missing");
+}
+
+TEST(MatchType, PrintsAndReadsItsNames) {
+  expectTextForm(ClassMapMatchType::matchAny, "'matchAny'");
+  expectTextForm(ClassMapMatchType::matchAll, "'matchAll'");
+  EXPECT_EQ(printed(ClassMapMatchType::matchAll).substr(0, 8), "matchAll");
+  EXPECT_EQ(printed(Kind::classMap), "classMap");
+  EXPECT_EQ(rangeError([] { (void)Kor::strepToValue<ClassMapMatchType>("2"); }),
+            "ClassMapMatchType < 0 or > 1 not allowed");
+}
+
+}  // namespace
+}  // namespace policymap
