@@ -415,7 +415,8 @@ PolicyProgram::Classes PolicyProgram::wantedClasses(ClassMapMatchOption option,
 bool PolicyProgram::sameRules(Classes const& programmed, Classes const& wanted) const {
   return std::equal(programmed.begin(), programmed.end(), wanted.begin(), wanted.end(),
                     [&](ProgrammedClass const& a, ProgrammedClass const& b) {
-                      return a.name == b.name && a.rules->same(*b.rules, service_->aclDiff().get());
+                      return a.name == b.name &&
+                             a.rules->sameEffect(*b.rules, service_->aclDiff().get());
                     });
 }
 
