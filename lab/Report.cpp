@@ -5,6 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <iomanip>
+#include <limits>
+#include <sstream>
 #include <string>
 
 namespace lab {
@@ -91,6 +94,27 @@ void printRecord(std::ostream& out, TextStyle const& style, PolicyRecord const& 
   out << "\n";
 }
 
+std::string timeOf(StatusRow const& row) {
+  std::ostringstream text;
+  if (row.timeProgrammed) {
+    text << std::setprecision(std::numeric_limits<double>::digits10) << *row.timeProgrammed;
+  }
+  return text.str();
+}
+
+std::vector<std::string> interfaceLines(StatusRow const& row, TextStyle const& style) {
+  if (row.interfaces.empty()) {
+    return {};
+  }
+  std::string lead = "    interfaces  ";
+  std::vector<std::string> lines = wrapped(namesOf(row.interfaces), style.width - lead.size());
+  for (std::string& line : lines) {
+    line.insert(0, lead);
+    lead.assign(lead.size(), ' ');
+  }
+  return lines;
+}
+
 void printProblems(std::ostream& out, TextStyle const& style,
                    std::vector<Problem> const& problems) {
   if (problems.empty()) {
@@ -135,11 +159,15 @@ Json jsonOf(RuleRecord const& rule) {
           {"subRules", std::move(subRules)}};
 }
 
-Json jsonOf(PolicyRecord const& record) {
-  Json interfaces = Json::array();
-  for (Vorel::IntfId const intf : record.interfaces) {
-    interfaces.push_back(intf.name().view());
+Json jsonOf(std::vector<Vorel::IntfId> const& intfs) {
+  Json names = Json::array();
+  for (Vorel::IntfId const intf : intfs) {
+    names.push_back(intf.name().view());
   }
+  return names;
+}
+
+Json jsonOf(PolicyRecord const& record) {
   return {{"policy", record.policy},
           {"direction", record.direction},
           {"option", toText(record.option)},
@@ -149,16 +177,22 @@ Json jsonOf(PolicyRecord const& record) {
           {"commitCount", record.commitCount},
           {"beginUpdateActionCount", record.beginUpdateActionCount},
           {"endUpdateActionCount", record.endUpdateActionCount},
-          {"interfaces", std::move(interfaces)},
+          {"interfaces", jsonOf(record.interfaces)},
           {"ruleCount", record.ruleCount},
           {"subRuleCount", record.subRuleCount}};
 }
 
 Json jsonOf(StatusRow const& row) {
-  return {{"policy", row.policy},         {"direction", row.direction},
-          {"option", toText(row.option)}, {"programmed", row.programmed},
-          {"error", row.error},           {"operation", row.operation},
-          {"class", row.className},       {"rule", row.rule}};
+  return {{"policy", row.policy},
+          {"direction", row.direction},
+          {"option", toText(row.option)},
+          {"programmed", row.programmed},
+          {"timeProgrammed", row.timeProgrammed ? Json(*row.timeProgrammed) : Json(nullptr)},
+          {"interfaces", jsonOf(row.interfaces)},
+          {"error", row.error},
+          {"operation", row.operation},
+          {"class", row.className},
+          {"rule", row.rule}};
 }
 
 std::string dumped(Json const& json) {
@@ -207,6 +241,7 @@ void printStatuses(std::ostream& out, TextStyle const& style, Session const& ses
                {"direction"},
                {"option"},
                {"programmed"},
+               {"time", Table::Align::right},
                {"operation"},
                {"class"},
                {"rule"},
@@ -219,7 +254,8 @@ void printStatuses(std::ostream& out, TextStyle const& style, Session const& ses
   }
   for (StatusRow const& row : rows) {
     table.add({row.policy, row.direction, toText(row.option), row.programmed ? "yes" : "no",
-               row.operation, row.className, row.rule, row.error});
+               timeOf(row), row.operation, row.className, row.rule, row.error},
+              interfaceLines(row, style));
   }
   table.print(out, style);
   out << "\n";

@@ -16,7 +16,8 @@ namespace lab {
 void printReport(std::ostream& out, TextStyle const& style, Session const& session,
                  std::vector<Problem> const& problems, WithRules withRules);
 
-/// One line per policy and option: whether it stands, and what went wrong.
+/// One line per policy and option: whether it stands, since when as it is, and what went wrong; the
+/// interfaces stand below.
 void printStatuses(std::ostream& out, TextStyle const& style, Session const& session);
 
 /// One object: "policies", "totals", "skipped" (lines by kind) and "status"; docs/lab.md describes

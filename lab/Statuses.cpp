@@ -26,9 +26,12 @@ void addRows(PolicyMapStatus const& status, std::vector<StatusRow>& rows) {
     if (!programmed && !failure) {
       continue;
     }
+    auto const time = status.korTimeProgrammed(option);
     rows.push_back({status.key().first().stdString(), status.key().second().stdString(), option,
-                    programmed, failure.error().stdString(), failure.operation().stdString(),
-                    failure.className().stdString(), ruleOf(failure)});
+                    programmed, time ? std::optional(time->value()) : std::nullopt,
+                    status.intfs(option), failure.error().stdString(),
+                    failure.operation().stdString(), failure.className().stdString(),
+                    ruleOf(failure)});
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include "lab/Session.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,10 @@ struct StatusRow {
   std::string direction;
   PolicyMap::ClassMapMatchOption option{};
   bool programmed = false;
+  /// Virtual seconds; none while it does not stand.
+  std::optional<double> timeProgrammed;
+  /// Where it is applied, ascending.
+  std::vector<Vorel::IntfId> interfaces;
   std::string error;
   /// Of the helper; empty when the core refused the policy.
   std::string operation;

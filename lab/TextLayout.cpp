@@ -70,7 +70,8 @@ void printWrapped(std::ostream& out, TextStyle const& style, std::string_view he
                   std::string_view text) {
   std::string lead(head);
   for (std::string const& line : wrapped(text, roomBehind(style.width, head.size()))) {
-    out << lead << line << "\n";
+    std::string const full = lead + line;
+    out << full.substr(0, full.find_last_not_of(' ') + 1) << "\n";
     lead.assign(head.size(), ' ');
   }
 }

@@ -34,7 +34,7 @@ std::vector<std::string> wrappedItems(std::vector<std::string> const& items,
                                       std::string_view separator, std::size_t width);
 
 /// Prints `head` and behind it `text`, wrapped, with lines after the first indented by the length
-/// of `head`.
+/// of `head`. No line ends with blanks.
 void printWrapped(std::ostream& out, TextStyle const& style, std::string_view head,
                   std::string_view text);
 

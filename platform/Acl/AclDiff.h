@@ -1,7 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// AclDiff: what changed between two versions of an access list.
+// AclDiff: what changed between two versions of an access list, and whether that makes a difference
+// to what is programmed.
+//
+// What counts is which rule has which number. The order in which edits were made, rules taken out
+// and put back, or written over by equal ones: all that leaves no trace. A rule that matches
+// nothing may come, go and change; it is never programmed.
+//
+// A rule that moves to another number is a difference, also where the order of the rules stays as
+// it was and no packet fares otherwise: the number is part of the key under which the rule is
+// programmed, its actions are updated and its hits are counted. Were it not programmed again, all
+// these would go on under a number that the list does not have.
 
 #include "Acl/AclRules.h"
 #include "Kor/KorType.h"
@@ -9,6 +19,7 @@
 #include "Kor/PtrInterface.h"
 #include "PolicyMap/Export.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -43,11 +54,12 @@ class POLICYMAP_API AclDiff : public Kor::PtrInterface {
     return change;
   }
 
-  /// Whether both hold equal rules under equal numbers.
+  /// Whether it makes no difference which of them is programmed: those rules that match something
+  /// are equal and have equal numbers.
   template <class Rule>
-  [[nodiscard]] bool same(Kor::Ptr<AclRules<Rule> const> const& oldRules,
-                          Kor::Ptr<AclRules<Rule> const> const& newRules) const {
-    return oldRules == newRules || rulesOf(oldRules) == rulesOf(newRules);
+  [[nodiscard]] bool sameEffect(Kor::Ptr<AclRules<Rule> const> const& oldRules,
+                                Kor::Ptr<AclRules<Rule> const> const& newRules) const {
+    return oldRules == newRules || equalEffect<Rule>(rulesOf(oldRules), rulesOf(newRules));
   }
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
@@ -61,6 +73,21 @@ class POLICYMAP_API AclDiff : public Kor::PtrInterface {
   static Entries<Rule> const& rulesOf(Kor::Ptr<AclRules<Rule> const> const& rules) {
     static Entries<Rule> const none;
     return rules ? rules->rules() : none;
+  }
+
+  template <class Rule>
+  static bool equalEffect(Entries<Rule> const& before, Entries<Rule> const& after) {
+    auto const matching = [](auto from, auto end) {
+      return std::find_if(from, end,
+                          [](auto const& entry) { return !entry.second.matchesNothing(); });
+    };
+    auto was = matching(before.begin(), before.end());
+    auto is = matching(after.begin(), after.end());
+    while (was != before.end() && is != after.end() && *was == *is) {
+      was = matching(was + 1, before.end());
+      is = matching(is + 1, after.end());
+    }
+    return was == before.end() && is == after.end();
   }
 
   template <class Rule>

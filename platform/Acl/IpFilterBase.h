@@ -75,6 +75,11 @@ class POLICYMAP_API IpFilterBase {
   [[nodiscard]] std::uint32_t vni() const { return vni_; }
   void vniIs(std::int64_t vni);
 
+  /// Whether there can be no packet that it takes, as with ports `lt 0`.
+  [[nodiscard]] bool matchesNothing() const {
+    return srcPort_.matchesNothing() || dstPort_.matchesNothing() || ttl_.matchesNothing();
+  }
+
   bool operator==(IpFilterBase const&) const = default;
   std::strong_ordering operator<=>(IpFilterBase const&) const = default;
 

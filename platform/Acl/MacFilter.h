@@ -44,6 +44,9 @@ class POLICYMAP_API MacFilter {
   [[nodiscard]] OptionalNumber mplsInnerLabel() const { return mplsInnerLabel_.get(); }
   void mplsInnerLabelIs(OptionalNumber mplsInnerLabel);
 
+  /// Whether there can be no packet that it takes: every MAC match takes some.
+  [[nodiscard]] static bool matchesNothing() { return false; }
+
   bool operator==(MacFilter const&) const = default;
   std::strong_ordering operator<=>(MacFilter const&) const = default;
 

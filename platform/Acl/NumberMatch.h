@@ -91,6 +91,10 @@ class POLICYMAP_API NumberMatch {
   [[nodiscard]] bool isAny() const { return op_ == MatchOp::any; }
   /// The numbers taken; none for `lt 0` and for `gt` the highest.
   [[nodiscard]] Ranges ranges() const;
+  /// Whether there are none.
+  [[nodiscard]] bool matchesNothing() const {
+    return (op_ == MatchOp::lt && low_ == 0) || (op_ == MatchOp::gt && low_ == highest);
+  }
   /// As in a configuration: "eq 80", "range 20 21"; empty for any.
   [[nodiscard]] std::string describe() const;
 

@@ -20,7 +20,7 @@ Kor::KorType* ClassMapMatchSm::_fwkType() {
 
 bool ClassMapMatchSm::rulesIs(Kor::Ptr<ClassRules const> const& rules,
                               Acl::AclDiff const* aclDiff) {
-  if (rules_ && rules_->same(*rules, aclDiff)) {
+  if (rules_ && rules_->sameEffect(*rules, aclDiff)) {
     return false;
   }
   rules_ = rules;

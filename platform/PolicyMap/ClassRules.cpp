@@ -32,19 +32,33 @@ bool sameComposed(Kor::Ptr<ComposedRules<Rule> const> const& a,
   return a == b || (a && b && a->rules() == b->rules());
 }
 
+// Those that contribute something.
 template <class Rule>
-bool sameSources(RuleSources<Rule> const& a, RuleSources<Rule> const& b,
+std::vector<RuleSource<Rule> const*> contributing(RuleSources<Rule> const& sources) {
+  std::vector<RuleSource<Rule> const*> some;
+  for (RuleSource<Rule> const& source : sources) {
+    if (!source.empty()) {
+      some.push_back(&source);
+    }
+  }
+  return some;
+}
+
+template <class Rule>
+bool sameSources(RuleSources<Rule> const& oldSources, RuleSources<Rule> const& newSources,
                  Acl::AclDiff const& aclDiff) {
+  auto const a = contributing(oldSources);
+  auto const b = contributing(newSources);
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [&](RuleSource<Rule> const& x, RuleSource<Rule> const& y) {
-                      return x.aclName == y.aclName && aclDiff.same(x.rules, y.rules) &&
-                             sameComposed(x.composed, y.composed);
+                    [&](RuleSource<Rule> const* x, RuleSource<Rule> const* y) {
+                      return x->aclName == y->aclName && aclDiff.sameEffect(x->rules, y->rules) &&
+                             sameComposed(x->composed, y->composed);
                     });
 }
 
 }  // namespace
 
-bool ClassRules::same(ClassRules const& other, Acl::AclDiff const* aclDiff) const {
+bool ClassRules::sameEffect(ClassRules const& other, Acl::AclDiff const* aclDiff) const {
   if (this == &other) {
     return true;
   }

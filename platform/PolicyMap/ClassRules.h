@@ -16,6 +16,7 @@
 #include "PolicyMap/Export.h"
 #include "PolicyMap/RuleIntersection.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 #include <variant>
@@ -64,7 +65,12 @@ struct RuleSource {
   Kor::Ptr<Acl::AclRules<Rule> const> rules;          // null for an intersection
   Kor::Ptr<ComposedRules<Rule> const> composed = {};  // null otherwise
 
-  [[nodiscard]] bool empty() const { return composed ? composed->rules().empty() : rules->empty(); }
+  // Whether none of the rules matches anything. Intersections are never empty.
+  [[nodiscard]] bool empty() const {
+    return composed ? composed->rules().empty()
+                    : std::all_of(rules->begin(), rules->end(),
+                                  [](auto const& entry) { return entry.second.matchesNothing(); });
+  }
   [[nodiscard]] Rule const* find(AclRuleKey const& key) const {
     if (composed) {
       return composed->rule(key.aclName(), key.seqno());
@@ -99,6 +105,7 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
   // The empty sources of an option: MAC rules serve mac, mpls and every further option.
   static Sources emptySources(ClassMapMatchOption option);
 
+  // Whether no rule matches anything.
   [[nodiscard]] bool empty() const;
 
   // The rule of that key; null when it is not one of these.
@@ -116,7 +123,7 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
     return nullptr;
   }
 
-  // Calls visit(RuleRef) for every rule in order, until it answers false.
+  // Calls visit(RuleRef) for every rule that matches something, in order, until it answers false.
   template <class Visit>
   void forEach(Visit&& visit) const {
     std::visit(
@@ -132,7 +139,7 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
 
   // Whether programming `other` instead would make no difference. Without a difference tracker
   // every other object is taken for a difference.
-  [[nodiscard]] bool same(ClassRules const& other, Acl::AclDiff const* aclDiff) const;
+  [[nodiscard]] bool sameEffect(ClassRules const& other, Acl::AclDiff const* aclDiff) const;
 
   [[nodiscard]] Sources const& sources() const { return sources_; }
 
@@ -150,7 +157,8 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
     }
     PortRanges const asTheRuleSays;
     for (auto const& [seqno, rule] : *source.rules) {
-      if (!visit(RuleRef<Rule>{source.aclName, seqno, rule, asTheRuleSays, asTheRuleSays})) {
+      if (!rule.matchesNothing() &&
+          !visit(RuleRef<Rule>{source.aclName, seqno, rule, asTheRuleSays, asTheRuleSays})) {
         return false;
       }
     }

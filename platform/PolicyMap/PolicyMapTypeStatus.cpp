@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/PolicyMapTypeStatus.h"
 
+#include <algorithm>
+
 namespace PolicyMap {
 
 ClassMapStatus::~ClassMapStatus() = default;
@@ -17,6 +19,11 @@ PolicyMapStatusRequestDir::NotifieeConst::~NotifieeConst() = default;
 PolicyMapStatusRequestDir::Notifiee::~Notifiee() = default;
 
 Kor::KorType* PolicyFailure::_fwkType() {
+  static Kor::KorType type(korTypeName, nullptr);
+  return &type;
+}
+
+Kor::KorType* OptionIntf::_fwkType() {
   static Kor::KorType type(korTypeName, nullptr);
   return &type;
 }
@@ -77,6 +84,27 @@ void PolicyMapStatus::announceFailure(ClassMapMatchOption option) {
 void PolicyMapStatus::announceClassMapStatus(Kor::Name const& className) {
   attributeChanged<PolicyMapStatus>(classMapStatusId,
                                     [&](NotifieeConst& n) { n.onClassMapStatus(className); });
+}
+
+void PolicyMapStatus::announceTimeProgrammed(ClassMapMatchOption option) {
+  attributeChanged<PolicyMapStatus>(timeProgrammedId,
+                                    [option](NotifieeConst& n) { n.onTimeProgrammed(option); });
+}
+
+void PolicyMapStatus::announceAppliedIntf(OptionIntf const& where) {
+  attributeChanged<PolicyMapStatus>(appliedIntfId,
+                                    [&](NotifieeConst& n) { n.onAppliedIntf(where); });
+}
+
+std::vector<Vorel::IntfId> PolicyMapStatus::intfs(ClassMapMatchOption option) const {
+  std::vector<Vorel::IntfId> all;
+  for (auto const& entry : appliedIntfIteratorConst()) {
+    if (entry.key().option() == option) {
+      all.push_back(entry.key().intf());
+    }
+  }
+  std::sort(all.begin(), all.end());
+  return all;
 }
 
 Kor::KorType const* PolicyMapTypeStatus::fwkType() const {

@@ -2,7 +2,8 @@
 #pragma once
 
 // What the machines publish: one status per policy key, one per class in it. Statuses go with their
-// policy.
+// policy. They change when a pass has ended, not in the midst of it, and only where something is
+// different then.
 
 #include "Kor/Collection.h"
 #include "Kor/Entity.h"
@@ -10,6 +11,9 @@
 #include "PolicyMap/ClassMapMatchOption.h"
 #include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapSmKey.h"
+#include "Vorel/IntfId.h"
+
+#include <vector>
 
 namespace PolicyMap {
 
@@ -56,6 +60,43 @@ class POLICYMAP_API PolicyFailure {
   Kor::String operation_;
   Kor::Name className_;
   AclRuleKey rule_;
+};
+
+// An interface to which a policy is applied for a match option.
+class POLICYMAP_API OptionIntf {
+ public:
+  static constexpr std::string_view korTypeName = "PolicyMap::OptionIntf";
+
+  OptionIntf() = default;
+  OptionIntf(ClassMapMatchOption option, Vorel::IntfId intf) : option_(option), intf_(intf) {}
+
+  [[nodiscard]] ClassMapMatchOption option() const { return option_; }
+  [[nodiscard]] Vorel::IntfId intf() const { return intf_; }
+  void optionIs(ClassMapMatchOption option) { option_ = option; }
+  void intfIs(Vorel::IntfId const& intf) { intf_ = intf; }
+
+  [[nodiscard]] std::uint32_t hash() const {
+    return Kor::hashCombine(intf_.hash(), static_cast<std::uint32_t>(option_));
+  }
+  // By option, then interface.
+  friend bool operator==(OptionIntf const&, OptionIntf const&) = default;
+  friend bool operator<(OptionIntf const& a, OptionIntf const& b) {
+    return a.option_ < b.option_ || (a.option_ == b.option_ && a.intf_ < b.intf_);
+  }
+  [[nodiscard]] bool operator!() const { return *this == OptionIntf(); }
+
+  [[nodiscard]] static Kor::KorType* _fwkType();
+  [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
+
+  static constexpr auto korFields() {
+    using K = OptionIntf;
+    return std::tuple(Kor::field("option", &K::option, &K::optionIs),
+                      Kor::field("intf", &K::intf, &K::intfIs));
+  }
+
+ private:
+  ClassMapMatchOption option_ = ClassMapMatchOption::ipv4;
+  Vorel::IntfId intf_;
 };
 
 // How one class of one policy stands.
@@ -142,18 +183,32 @@ class POLICYMAP_API PolicyMapStatus : public Kor::Entity, public Kor::HashMapLin
                        { announceFailure(key); })
   KOR_OWNED_COLLECTION(PolicyMapStatus, classMapStatus, ClassMapStatus, Kor::Name,
                        PolicyMap::ClassMapStatus, , { announceClassMapStatus(key); })
+  // When each option that stands was last programmed, in seconds of the event loop's clock; absent:
+  // it does not stand.
+  KOR_VALUE_COLLECTION(PolicyMapStatus, timeProgrammed, TimeProgrammed, ClassMapMatchOption, double,
+                       , { announceTimeProgrammed(key); })
+  // Where the policy is applied; membership alone counts.
+  KOR_VALUE_COLLECTION(PolicyMapStatus, appliedIntf, AppliedIntf, OptionIntf, bool, ,
+                       { announceAppliedIntf(key); })
 
  public:
+  // Where the policy is applied for one option, ascending.
+  [[nodiscard]] std::vector<Vorel::IntfId> intfs(ClassMapMatchOption option) const;
+
   static constexpr Kor::AttributeId keyId = 258;
   static constexpr Kor::AttributeId errorId = 259;
   static constexpr Kor::AttributeId programmedId = 260;
   static constexpr Kor::AttributeId failureId = 261;
   static constexpr Kor::AttributeId classMapStatusId = 262;
+  static constexpr Kor::AttributeId timeProgrammedId = 263;
+  static constexpr Kor::AttributeId appliedIntfId = 264;
 
  private:
   void announceProgrammed(ClassMapMatchOption option);
   void announceFailure(ClassMapMatchOption option);
   void announceClassMapStatus(Kor::Name const& className);
+  void announceTimeProgrammed(ClassMapMatchOption option);
+  void announceAppliedIntf(OptionIntf const& where);
 
   PolicyMapSmKey key_;
   Kor::String error_;
@@ -168,6 +223,8 @@ class POLICYMAP_API PolicyMapStatus::NotifieeConst
   virtual void onProgrammed(ClassMapMatchOption /*option*/) {}
   virtual void onFailure(ClassMapMatchOption /*option*/) {}
   virtual void onClassMapStatus(Kor::Name const& /*className*/) {}
+  virtual void onTimeProgrammed(ClassMapMatchOption /*option*/) {}
+  virtual void onAppliedIntf(OptionIntf const& /*where*/) {}
 };
 
 class POLICYMAP_API PolicyMapStatus::Notifiee : public PolicyMapStatus::NotifieeConst {

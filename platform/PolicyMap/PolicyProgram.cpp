@@ -290,16 +290,15 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planOption(ClassMapMatchOption
     }
   }
   bool const standing = created(option);
-  // A policy that stands without having been programmed from here is another machine's.
-  bool const mine = standing && !state.classes.empty();
-  bool recreate = !mine || state.recreate || !sameRules(state.classes, wanted);
+  bool const standsAsKnown = mine(option);
+  bool recreate = !standsAsKnown || state.recreate || !sameRules(state.classes, wanted);
   if (!refused && recreate) {
     refused = unsupported(wanted, option);
   }
   if (wanted.empty() || intfs.empty() || !refused.error().empty()) {
     state.retry = false;
     state.failure = refused;
-    if (mine) {
+    if (standsAsKnown) {
       return planTeardown(option);
     }
     publish(option);
@@ -325,7 +324,7 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planOption(ClassMapMatchOption
 
   bool const intfsDiffer = !leave.empty() || !join.empty();
   recreate = recreate || (intfsDiffer && helper_->reprogramPolicyOnIntfChange());
-  if (mine) {
+  if (standsAsKnown) {
     adoptData(state.classes, wanted);
     recreate = recreate || (actionsMoved(state.classes) && !helper_->updateActionSupported());
   }
@@ -415,7 +414,8 @@ PolicyProgram::Classes PolicyProgram::wantedClasses(ClassMapMatchOption option,
 bool PolicyProgram::sameRules(Classes const& programmed, Classes const& wanted) const {
   return std::equal(programmed.begin(), programmed.end(), wanted.begin(), wanted.end(),
                     [&](ProgrammedClass const& a, ProgrammedClass const& b) {
-                      return a.name == b.name && a.rules->same(*b.rules, service_->aclDiff().get());
+                      return a.name == b.name &&
+                             a.rules->sameEffect(*b.rules, service_->aclDiff().get());
                     });
 }
 
@@ -567,8 +567,14 @@ void PolicyProgram::succeeded(Step const& step) {
   Option& state = at(step.option);
   PolicyMapSmCommonData& data = *policy_.policyCommonData();
   switch (step.operation) {
-  case Operation::addIntf: data.intfAdd(step.option, step.intf); break;
-  case Operation::removeIntf: data.intfRemove(step.option, step.intf); break;
+  case Operation::addIntf:
+    data.intfAdd(step.option, step.intf);
+    state.intfsChanged = true;
+    break;
+  case Operation::removeIntf:
+    data.intfRemove(step.option, step.intf);
+    state.intfsChanged = true;
+    break;
   case Operation::addRules:
     state.classes = pass_->classes;
     state.expansion = pass_->expansion;
@@ -622,6 +628,7 @@ Kor::String PolicyProgram::rollBack(ClassMapMatchOption option) {
   Option& state = at(option);
   state.classes.clear();
   state.recreate = false;
+  state.intfsChanged = true;
   return error;
 }
 
@@ -724,19 +731,34 @@ bool PolicyProgram::created(ClassMapMatchOption option) const {
   return helper && helper->programmer().created(policy_.key(), option);
 }
 
+bool PolicyProgram::mine(ClassMapMatchOption option) const {
+  return created(option) && !at(option).classes.empty();
+}
+
 PolicyFailure const& PolicyProgram::failure(ClassMapMatchOption option) const {
   return at(option).failure;
 }
 
 void PolicyProgram::publish(ClassMapMatchOption option) {
-  Kor::Ptr<PolicyMapStatus> const& status = policy_.status();
-  if (!status) {
-    return;
+  Kor::Ptr<PolicyMapStatus> const status = policy_.status();
+  if (!status || service_ == nullptr) {
+    return;  // nobody asked, or the service machine went away inside a hook
   }
-  if (created(option)) {
+  bool const stands = created(option);
+  bool const left = stands && !mine(option);
+  if (stands) {
     status->programmedIs(option, true);
   } else {
     status->programmedDel(option);
+  }
+  // When and where another machine programmed what it left is not known better here.
+  if (!left) {
+    if (auto const time = policy_.korTimeProgrammed(option)) {
+      status->timeProgrammedIs(option, time->value());
+    } else {
+      status->timeProgrammedDel(option);
+    }
+    publishIntfs(*status, option);
   }
   PolicyFailure const& failure = at(option).failure;
   if (!failure) {
@@ -751,6 +773,21 @@ void PolicyProgram::publish(ClassMapMatchOption option) {
     }
   }
   status->errorIs(first);
+}
+
+void PolicyProgram::publishIntfs(PolicyMapStatus& status, ClassMapMatchOption option) {
+  if (!std::exchange(at(option).intfsChanged, false)) {
+    return;
+  }
+  PolicyMapSmCommonData::PtrConst const data = policyData();
+  for (Vorel::IntfId const intf : status.intfs(option)) {
+    if (!data->hasIntf(option, intf)) {
+      status.appliedIntfDel({option, intf});
+    }
+  }
+  for (Vorel::IntfId const intf : data->intfs(option)) {
+    status.appliedIntfIs({option, intf}, true);
+  }
 }
 
 void PolicyProgram::publishClasses() {

@@ -65,6 +65,8 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
 
   // Whether the policy stands on the helper for an option.
   [[nodiscard]] bool created(ClassMapMatchOption option) const;
+  // The same, and it was programmed from here: otherwise another machine left it.
+  [[nodiscard]] bool mine(ClassMapMatchOption option) const;
   // What keeps an option from standing as it should.
   [[nodiscard]] PolicyFailure const& failure(ClassMapMatchOption option) const;
 
@@ -86,7 +88,8 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
     Classes classes = {};   // as programmed
     PortExpansion expansion = PortExpansion::rangeChecker;  // as programmed
     PolicyFailure failure;
-    bool retry = false;  // the failure is tried again by itself
+    bool retry = false;        // the failure is tried again by itself
+    bool intfsChanged = true;  // those of the policy's data, since they were published
   };
 
   enum class Operation : std::uint8_t {
@@ -165,6 +168,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   void leave(Kor::Ptr<PolicyMapAclHelper> const& helper);
   void passEnded();
   void publish(ClassMapMatchOption option);
+  void publishIntfs(PolicyMapStatus& status, ClassMapMatchOption option);
   void publishClasses();
 
   PolicyMapSm& policy_;

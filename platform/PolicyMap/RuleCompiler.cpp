@@ -34,8 +34,11 @@ class Gatherer {
   void addList(Kor::Name const& name, Kor::Ptr<Acl::AclRules<Rule> const> rules) {
     // A list that is matched twice matches nothing more the second time.
     if (lists_.insert(name).second) {
-      finishOwn();
-      sources_.push_back({name, std::move(rules)});
+      RuleSource<Rule> const list{name, std::move(rules)};
+      if (!list.empty()) {
+        finishOwn();  // otherwise nothing stands between own rules before and behind the list
+      }
+      sources_.push_back(list);
     }
   }
   // A rule of the class-map itself has its place as number, unless an earlier one is there already,

@@ -305,21 +305,38 @@ TEST(AclDiff, TellsWhatWasAddedRemovedAndChanged) {
   EXPECT_THAT(change.removed, ElementsAre(30U, 50U));
   EXPECT_THAT(change.changed, ElementsAre(20U));
   EXPECT_FALSE(!change);
-  EXPECT_FALSE(diff.same(before, after));
+  EXPECT_FALSE(diff.sameEffect(before, after));
 }
 
 TEST(AclDiff, EqualVersionsAreTheSameWhateverTheObjects) {
   AclDiff const diff;
   auto const before = rules({{10, rule(1)}, {20, rule(2)}});
   auto const after = rules({{20, rule(2)}, {10, rule(1)}});
-  EXPECT_TRUE(diff.same(before, after));
-  EXPECT_TRUE(diff.same(before, before));
+  EXPECT_TRUE(diff.sameEffect(before, after));
+  EXPECT_TRUE(diff.sameEffect(before, before));
   EXPECT_TRUE(!diff.changes(before, after));
 }
 
 TEST(AclDiff, TheSameRulesUnderOtherNumbersAreAChange) {
   AclDiff const diff;
-  EXPECT_FALSE(diff.same(rules({{10, rule(1)}}), rules({{11, rule(1)}})));
+  EXPECT_FALSE(diff.sameEffect(rules({{10, rule(1)}}), rules({{11, rule(1)}})));
+}
+
+TEST(AclDiff, RulesThatMatchNothingMakeNoDifference) {
+  AclDiff const diff;
+  IpRuleConfig none = rule(6);
+  none.dstPortIs(Acl::PortMatch::lt(0));
+  IpRuleConfig nothing = rule(17);
+  nothing.ttlIs(Acl::TtlMatch::gt(255));
+  auto const plain = rules({{10, rule(1)}, {20, rule(2)}});
+  EXPECT_TRUE(diff.sameEffect(plain, rules({{5, none}, {10, rule(1)}, {15, none}, {20, rule(2)}})));
+  EXPECT_TRUE(diff.sameEffect(rules({{10, rule(1)}, {30, none}, {40, none}}),
+                              rules({{10, rule(1)}, {30, nothing}})));
+  EXPECT_TRUE(diff.sameEffect(rules({{1, none}}), RulesPtr()));
+  EXPECT_FALSE(diff.sameEffect(plain, rules({{10, none}, {20, rule(2)}})));
+  EXPECT_FALSE(diff.sameEffect(plain, rules({{10, rule(1)}, {20, none}})));
+  EXPECT_THAT(diff.changes(plain, rules({{10, rule(1)}, {20, none}})).changed, ElementsAre(20U))
+      << "the list itself has changed";
 }
 
 TEST(AclDiff, NoVersionIsAnEmptyList) {
@@ -327,9 +344,9 @@ TEST(AclDiff, NoVersionIsAnEmptyList) {
   auto const some = rules({{10, rule(1)}});
   EXPECT_THAT(diff.changes(RulesPtr(), some).added, ElementsAre(10U));
   EXPECT_THAT(diff.changes(some, RulesPtr()).removed, ElementsAre(10U));
-  EXPECT_TRUE(diff.same(RulesPtr(), RulesPtr()));
-  EXPECT_TRUE(diff.same(RulesPtr(), rules({})));
-  EXPECT_FALSE(diff.same(RulesPtr(), some));
+  EXPECT_TRUE(diff.sameEffect(RulesPtr(), RulesPtr()));
+  EXPECT_TRUE(diff.sameEffect(RulesPtr(), rules({})));
+  EXPECT_FALSE(diff.sameEffect(RulesPtr(), some));
 }
 
 TEST(AclDiff, WorksOnAllKindsOfLists) {

@@ -35,6 +35,15 @@ TEST(PortMatch, EveryOperatorTakesItsPorts) {
   EXPECT_EQ(rangesOf(PortMatch::range(20, 21)), (Ranges{{20, 21}}));
 }
 
+TEST(PortMatch, MatchesNothingWhereItHasNoRange) {
+  for (std::int64_t const n : {0, 1, 65534, 65535}) {
+    for (PortMatch const& match : {PortMatch(), PortMatch::eq(n), PortMatch::neq(n),
+                                   PortMatch::lt(n), PortMatch::gt(n), PortMatch::range(n, n)}) {
+      EXPECT_EQ(match.matchesNothing(), match.ranges().empty()) << match.describe();
+    }
+  }
+}
+
 TEST(PortMatch, AtTheEndsOfTheNumbersARangeMayBeMissing) {
   EXPECT_EQ(rangesOf(PortMatch::neq(0)), (Ranges{{1, 65535}}));
   EXPECT_EQ(rangesOf(PortMatch::neq(65535)), (Ranges{{0, 65534}}));

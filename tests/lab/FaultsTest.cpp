@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -95,6 +96,40 @@ TEST_F(FaultsTest, EachStepShowsWhatItChanged) {
   EXPECT_THAT(outcome.out, HasSubstr("nothing changed in the records"));
   EXPECT_THAT(outcome.out, HasSubstr("== --advance 2"));
   EXPECT_EQ(outcome.status, ExitStatus::success);
+}
+
+TEST_F(FaultsTest, StatusesTellWhenAndWhereThePolicyStands) {
+  std::vector<std::string> const options{"--inject", "commitError=full", "--advance", "2.5"};
+  auto const failed = statusOf(options);
+  EXPECT_EQ(failed.at("timeProgrammed"), nullptr);
+  EXPECT_EQ(failed.at("interfaces"), nlohmann::json::array());
+  std::vector<std::string> cleared = options;
+  cleared.insert(cleared.end(), {"--then", "clear", "--advance", "1"});
+  auto const stands = statusOf(cleared);
+  EXPECT_EQ(stands.at("timeProgrammed"), 3.0) << "tried at 0, 1 and 3";
+  EXPECT_EQ(stands.at("interfaces"), nlohmann::json::array({"Ethernet1"}));
+  cleared.insert(cleared.begin(), {"run", simple()});
+  EXPECT_THAT(
+      runLab(cleared).out,
+      HasSubstr("  policy-map  direction  option  programmed  time  operation  class  rule  error\n"
+                "  P           input      ipv4    yes            3\n"
+                "    interfaces  Ethernet1\n"));
+}
+
+TEST_F(FaultsTest, LinesOfTheStatusTableHaveNoBlanksAtTheEnd) {
+  std::string text = simplePolicy;
+  for (int i = 1; i != 40; ++i) {
+    text += "interface Ethernet" + std::to_string(i) + "\n service-policy input P\n";
+  }
+  std::string const out =
+      runLab({"run", file("many.cfg", text), "--summary", "--advance", "1"}).out;
+  std::istringstream lines(out);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(line.size(), 100U) << line;
+    EXPECT_FALSE(line.ends_with(' ')) << line;
+  }
+  EXPECT_THAT(out, HasSubstr("    interfaces  Ethernet1, Ethernet2, "));
+  EXPECT_THAT(out, HasSubstr("\n                Ethernet"));
 }
 
 TEST_F(FaultsTest, AnUnknownFaultIsBadUsageThatListsTheKnownOnes) {

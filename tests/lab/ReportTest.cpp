@@ -128,8 +128,9 @@ TEST(Report, JsonHasItsKeysInOrder) {
   load(session, simplePolicy);
   auto const json = jsonOf(session);
   EXPECT_THAT(keysOf(json), ElementsAre("policies", "totals", "skipped", "status"));
-  EXPECT_THAT(keysOf(json["status"][0]), ElementsAre("policy", "direction", "option", "programmed",
-                                                     "error", "operation", "class", "rule"));
+  EXPECT_THAT(keysOf(json["status"][0]),
+              ElementsAre("policy", "direction", "option", "programmed", "timeProgrammed",
+                          "interfaces", "error", "operation", "class", "rule"));
   EXPECT_THAT(keysOf(json["policies"][0]),
               ElementsAre("policy", "direction", "option", "created", "dirty", "createCount",
                           "commitCount", "beginUpdateActionCount", "endUpdateActionCount",
@@ -157,7 +158,7 @@ TEST(Report, JsonHasTheValuesOfTheRecord) {
     "totals": {"policies": 1, "rules": 2, "subRules": 3},
     "skipped": {"frobnicate": 2},
     "status": [{"policy": "P", "direction": "input", "option": "ipv4", "programmed": true,
-                "error": "", "operation": "", "class": "", "rule": ""}]})"));
+                "timeProgrammed": 0.0, "interfaces": ["Ethernet1"], "error": "", "operation": "", "class": "", "rule": ""}]})"));
 }
 
 TEST(Report, JsonSummaryHasNoRulesArrays) {

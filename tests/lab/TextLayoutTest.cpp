@@ -47,6 +47,17 @@ TEST(TextLayout, TableAlignsItsColumnsAndWrapsTheLast) {
                        "             column\n");
 }
 
+TEST(TextLayout, RowWhoseLastCellsAreEmptyEndsWithItsText) {
+  Table table({{"a"}, {"b"}, {"c"}}, 2);
+  table.add({"1", "", ""});
+  table.add({"", "", ""});
+  std::ostringstream out;
+  table.print(out, {});
+  EXPECT_EQ(out.str(), "  a  b  c\n"
+                       "  1\n"
+                       "\n");
+}
+
 TEST(TextLayout, NounHasAPluralForAllButOne) {
   EXPECT_EQ(counted(0, "rule"), "0 rules");
   EXPECT_EQ(counted(1, "rule"), "1 rule");

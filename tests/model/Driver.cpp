@@ -150,6 +150,7 @@ Acl::TtlMatch ttlOf(std::uint32_t n) {
   case 1: return TtlMatch::eq(5);
   case 2: return TtlMatch::gt(4);
   case 3: return TtlMatch::neq(7);
+  case 4: return TtlMatch::gt(255);
   default: return {};
   }
 }
@@ -177,7 +178,7 @@ Rule ipRuleOf(std::uint32_t variant) {
   if (protocol != 0) {
     rule.protocolIs(protocol == 1 ? 6 : 17);
   }
-  rule.ttlIs(choices.oneIn(4) ? ttlOf(choices.among(4)) : Acl::TtlMatch());
+  rule.ttlIs(choices.oneIn(4) ? ttlOf(choices.among(5)) : Acl::TtlMatch());
   rule.establishedIs(choices.oneIn(8));
   rule.ackOrRstIs(choices.oneIn(10));
   rule.srcPortIs(choices.oneIn(3) ? portsOf(choices.among(9)) : Acl::PortMatch());
@@ -719,6 +720,10 @@ std::string Driver::compareStatus(PolicyMapSmKey const& key, Expected const& wan
     if (status->programmed(option) != (record && record->created())) {
       return where + (status->programmed(option) ? " says programmed" : " says not programmed");
     }
+    if (std::string const difference = compareProgramming(*status, type, wanted);
+        !difference.empty()) {
+      return where + difference;
+    }
     PolicyMap::PolicyFailure const failure = status->failure(option);
     auto const refused = wanted.refused.find(type);
     if (refused != wanted.refused.end()) {
@@ -733,6 +738,30 @@ std::string Driver::compareStatus(PolicyMapSmKey const& key, Expected const& wan
     } else if (!!failure && wanted.records.count(type) != 0) {
       return where + " stands and says '" + failure.error().stdString() + "'";
     }
+  }
+  return {};
+}
+
+// When and where a policy stands, unless an earlier machine left it.
+std::string Driver::compareProgramming(PolicyMap::PolicyMapStatus const& status,
+                                       AclPolicyType const& type, Expected const& wanted) const {
+  auto const record = wanted.records.find(type);
+  if (record == wanted.records.end() && leftBehind_.count(type) != 0) {
+    return {};
+  }
+  auto const time = status.korTimeProgrammed(type.option());
+  bool const stands = record != wanted.records.end();
+  if (bool(time) != stands || (time && time->value() > Kor::now())) {
+    return time ? " has the time " + std::to_string(time->value()) : " has no time";
+  }
+  std::vector<Vorel::IntfId> const intfs = status.intfs(type.option());
+  if (std::set<Vorel::IntfId>(intfs.begin(), intfs.end()) !=
+      (stands ? record->second.intfs : std::set<Vorel::IntfId>())) {
+    std::string text = " is applied to:";
+    for (Vorel::IntfId const intf : intfs) {
+      text += " " + intf.name().stdString();
+    }
+    return text;
   }
   return {};
 }

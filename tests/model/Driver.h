@@ -87,6 +87,9 @@ class Driver {
   [[nodiscard]] std::string compareStatuses(Expected const& wanted);
   [[nodiscard]] std::string compareStatus(PolicyMap::PolicyMapSmKey const& key,
                                           Expected const& wanted);
+  [[nodiscard]] std::string compareProgramming(PolicyMap::PolicyMapStatus const& status,
+                                               PolicyMapTest::AclPolicyType const& type,
+                                               Expected const& wanted) const;
   [[nodiscard]] std::string compareCounts(Expected const& wanted);
   [[nodiscard]] Inputs inputs() const;
 

@@ -136,6 +136,17 @@ struct Named {
 template <class Rule>
 using Rules = std::vector<Named<Rule>>;
 
+// Whether no packet can be taken: such a rule is as good as none.
+template <class Rule>
+bool takesNothing(Rule const& rule) {
+  if constexpr (!isMac<Rule>) {
+    return rangesOf(rule.srcPort(), highestPort).empty() ||
+           rangesOf(rule.dstPort(), highestPort).empty() ||
+           rangesOf(rule.ttl(), highestTtl).empty();
+  }
+  return false;
+}
+
 template <class Rule>
 std::set<SubRuleData> subRulesOf(Named<Rule> const& named, bool subRulesForPorts) {
   std::set<SubRuleData> subRules;
@@ -354,7 +365,9 @@ void addList(OptionRules<Rule>& into, Kor::Name const& name, Kor::Ptr<List> cons
     ordered.emplace(entry.key(), entry.value());
   }
   for (auto const& [number, rule] : ordered) {
-    into.rules.emplace_back(name.stdString(), number, rule);
+    if (!takesNothing(rule)) {
+      into.rules.emplace_back(name.stdString(), number, rule);
+    }
   }
 }
 
@@ -362,7 +375,9 @@ template <class Rule>
 void addOwn(OptionRules<Rule>& into, std::uint32_t place, Rule const& rule) {
   into.matched = true;
   into.nextOwn = std::max(into.nextOwn, place);
-  into.rules.emplace_back(std::string(), into.nextOwn, rule);
+  if (!takesNothing(rule)) {
+    into.rules.emplace_back(std::string(), into.nextOwn, rule);
+  }
   ++into.nextOwn;
 }
 
@@ -651,21 +666,17 @@ class Policy {
     NormalRecord record;
     record.created = true;
     record.intfs = Interfaces(inputs_).of(key_, option);
-    bool any = false;
     std::vector<PolicyMap::AclRuleKey> order;
     for (Class const& one : classes_) {
       for (Named<Rule> const& named : ((*one.rules).*rules).rules) {
-        any = true;
         PolicyMap::AclRuleKey const key(one.name, Kor::Name(Kor::String8(named.list)), named.number,
                                         option);
-        auto subRules = subRulesOf(named, inputs_.helper.subRulesForL4Ports());
-        if (!subRules.empty()) {
-          record.rules[key] = {named.rule.describe(), std::move(subRules), one.actions};
-          order.push_back(key);
-        }
+        record.rules[key] = {named.rule.describe(),
+                             subRulesOf(named, inputs_.helper.subRulesForL4Ports()), one.actions};
+        order.push_back(key);
       }
     }
-    if (any && !record.intfs.empty()) {
+    if (!order.empty() && !record.intfs.empty()) {
       expected.records.emplace(type, record);
       expected.order.emplace(type, order);
     }

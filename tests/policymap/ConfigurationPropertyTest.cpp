@@ -574,14 +574,17 @@ class World {
     return config ? config->currentSubConfig() : nullptr;
   }
 
-  // A policy is programmed when it has a rule and none of its classes has an error.
+  // A policy is programmed when a rule of it takes something and none of its classes has an error.
   [[nodiscard]] bool wantsRules(PolicyMapSmKey const& key, ClassMapMatchOption option) const {
     auto const subConfig = subConfigOf(key);
     bool some = false;
     bool good = true;
     if (subConfig) {
       for (Kor::Name const& name : subConfig->classesInOrder()) {
-        good = visitRules(name, *subConfig, option, [&](auto&&...) { some = true; }) && good;
+        auto const visit = [&](auto const&, std::uint32_t, auto const& rule) {
+          some = some || !subRulesOf(rule).empty();
+        };
+        good = visitRules(name, *subConfig, option, visit) && good;
       }
     }
     return some && good;

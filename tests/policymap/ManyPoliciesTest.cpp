@@ -635,6 +635,42 @@ TEST_F(ManyPolicies, ARuleThatTakesNoPortIsNoSubRule) {
   EXPECT_THAT(bench.settle(), SizeIs(5));
 }
 
+TEST_F(ManyPolicies, AnOptionWhoseRulesMatchNothingIsNotProgrammed) {
+  bench.simplePolicy();
+  bench.rule("acl", 10, Acl::PortMatch::lt(0));
+  Acl::IpRuleConfig own;
+  own.ttlIs(Acl::TtlMatch::gt(255));
+  bench.classMap("c")->matchIs(2, PolicyMap::ClassMapMatch::rule(own));
+  bench.start();
+  EXPECT_THAT(bench.settle(), ElementsAre("hwInit"));
+  auto const status = bench.status->policyMapStatus({"pm", "input"});
+  EXPECT_EQ(status->programmeds(), 0U);
+  EXPECT_EQ(status->error(), "");
+  EXPECT_FALSE(status->classMapStatus("c")->programmed());
+  bench.rule("acl", 20);
+  EXPECT_THAT(bench.settle(),
+              ElementsAre("create pm/input/ipv4",
+                          "addRule pm/input/ipv4 c:acl:20 permit tcp any any",
+                          "addIntf pm/input/ipv4 Ethernet1", "commit pm/input/ipv4"));
+  bench.acls->ipAcl("acl")->ruleDel(20);
+  EXPECT_THAT(bench.settle(),
+              ElementsAre("removeIntf pm/input/ipv4 Ethernet1", "delete pm/input/ipv4"));
+}
+
+TEST_F(ManyPolicies, ARuleThatMatchesNothingAsksNothingOfTheHelper) {
+  bench.helper->denyRulesAllowedIs(false);
+  bench.simplePolicy();
+  Acl::IpRuleConfig deny;
+  deny.permitIs(false);
+  deny.dstPortIs(Acl::PortMatch::gt(65535));
+  bench.acls->ipAcl("acl")->ruleIs(20, deny);
+  bench.start();
+  EXPECT_THAT(bench.settle(), SizeIs(5)) << "denial of nothing is no denial";
+  bench.requests->countRequestIs({"pm", "input"}, 1);
+  bench.settle();
+  EXPECT_EQ(bench.helper->countCalls, 1U);
+}
+
 TEST_F(ManyPolicies, EachPassNotesWhenItsOptionWasProgrammed) {
   bench.simplePolicy();
   bench.start();

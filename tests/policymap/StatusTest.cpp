@@ -6,6 +6,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace policymap {
 namespace {
 
@@ -15,6 +18,7 @@ using PolicyMap::PolicyMapStatus;
 using PolicyMap::PolicyMapTypeStatus;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 using TestSupport::Journal;
 using TestSupport::Watcher;
 
@@ -29,6 +33,13 @@ class StatusWatcher : public Watcher<PolicyMapStatus::NotifieeConst> {
   void onError() override { heard("error"); }
   void onProgrammed(ClassMapMatchOption option) override { heard("programmed " + text(option)); }
   void onClassMapStatus(Kor::Name const& name) override { heard("class " + text(name)); }
+  void onTimeProgrammed(ClassMapMatchOption option) override {
+    heard("time of " + text(option) + (notifier()->korTimeProgrammed(option) ? "" : " gone"));
+  }
+  void onAppliedIntf(PolicyMap::OptionIntf const& where) override {
+    heard(text(where.option()) + (notifier()->appliedIntf(where) ? " at " : " not at ") +
+          text(where.intf()));
+  }
 };
 class StatusesWatcher : public Watcher<PolicyMapTypeStatus::NotifieeConst> {
  public:
@@ -64,8 +75,31 @@ TEST(Status, OfAPolicyAnnouncesEachChangeOnce) {
   auto const classStatus = status->classMapStatusIs("c");
   classStatus->errorIs("inside");
   status->classMapStatusDel("c");
-  EXPECT_THAT(journal, ElementsAre("w: error", "w: programmed mac", "w: programmed mac",
-                                   "w: class c", "w: class c"));
+  status->timeProgrammedIs(ClassMapMatchOption::mac, 0);
+  status->timeProgrammedIs(ClassMapMatchOption::mac, 0);
+  status->timeProgrammedIs(ClassMapMatchOption::mac, 1.5);
+  status->timeProgrammedDel(ClassMapMatchOption::mac);
+  status->appliedIntfIs({ClassMapMatchOption::mac, intf("Ethernet1")}, true);
+  status->appliedIntfIs({ClassMapMatchOption::mac, intf("Ethernet1")}, true);
+  status->appliedIntfDel({ClassMapMatchOption::ipv4, intf("Ethernet1")});
+  status->appliedIntfDel({ClassMapMatchOption::mac, intf("Ethernet1")});
+  EXPECT_THAT(journal,
+              ElementsAre("w: error", "w: programmed mac", "w: programmed mac", "w: class c",
+                          "w: class c", "w: time of mac", "w: time of mac", "w: time of mac gone",
+                          "w: mac at Ethernet1", "w: mac not at Ethernet1"));
+}
+
+TEST(Status, OfAPolicyListsTheInterfacesOfAnOptionAscending) {
+  auto const status = Kor::make<PolicyMapStatus>(PolicyMapSmKey("pm", "input"));
+  for (char const* const name : {"Ethernet10", "Vlan1", "Ethernet2", "PortChannel7"}) {
+    status->appliedIntfIs({ClassMapMatchOption::ipv4, intf(name)}, true);
+  }
+  status->appliedIntfIs({ClassMapMatchOption::ipv6, intf("Ethernet3")}, true);
+  std::vector<Vorel::IntfId> const intfs = status->intfs(ClassMapMatchOption::ipv4);
+  EXPECT_EQ(intfs.size(), 4U);
+  EXPECT_TRUE(std::is_sorted(intfs.begin(), intfs.end()));
+  EXPECT_THAT(status->intfs(ClassMapMatchOption::ipv6), ElementsAre(intf("Ethernet3")));
+  EXPECT_THAT(status->intfs(ClassMapMatchOption::mac), IsEmpty());
 }
 
 TEST(Status, PoliciesComeAndGoByKey) {
@@ -154,6 +188,179 @@ TEST_F(PublishedStatus, ChangesAreAnnouncedOnce) {
   bench.rule("acl", 20);
   bench.settle();
   EXPECT_THAT(journal, IsEmpty()) << "it stood before and stands again";
+}
+
+TEST_F(PublishedStatus, TellsWhenAndWhereThePolicyStandsAndAllOfItOnce) {
+  bench.simplePolicy();
+  bench.attach("pm", "Ethernet2");
+  bench.start();
+  Journal journal;
+  Kor::Ptr<PolicyMapStatus> const status = bench.status->policyMapStatus(key);
+  auto const watcher = Kor::make<StatusWatcher>(journal, "w", status.get());
+  Kor::EventLoop::global().runFor(2);
+  EXPECT_THAT(journal, UnorderedElementsAre("w: programmed ipv4", "w: time of ipv4",
+                                            "w: ipv4 at Ethernet1", "w: ipv4 at Ethernet2"));
+  EXPECT_EQ(status->timeProgrammed(ClassMapMatchOption::ipv4), 0);
+  EXPECT_EQ(status->timeProgrammeds(), 1U);
+  journal.clear();
+  bench.policies->policyMapConfigDel("pm");
+  bench.settle();
+  EXPECT_THAT(journal,
+              UnorderedElementsAre("w: class c", "w: programmed ipv4", "w: time of ipv4 gone",
+                                   "w: ipv4 not at Ethernet1", "w: ipv4 not at Ethernet2"))
+      << "said before the status goes";
+}
+
+TEST_F(PublishedStatus, TimeOfAnOptionIsThatOfItsLastPass) {
+  bench.simplePolicy();
+  Acl::MacRuleConfig const mac;
+  bench.acls->macAclIs("mac")->ruleIs(1, mac);
+  bench.classMatches("c", "mac", 2, ClassMapMatchOption::mac);
+  bench.start();
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(key);
+  Kor::EventLoop::global().runFor(5);
+  bench.rule("acl", 20);
+  bench.settle();
+  EXPECT_EQ(status->timeProgrammed(ClassMapMatchOption::ipv4), 5);
+  EXPECT_EQ(status->timeProgrammed(ClassMapMatchOption::mac), 0);
+  Kor::EventLoop::global().runFor(5);
+  bench.machine->handleIntf(intf("Ethernet1"), false);
+  EXPECT_THAT(bench.settle(), IsEmpty());
+  EXPECT_EQ(status->timeProgrammed(ClassMapMatchOption::ipv4), 5) << "nothing was programmed";
+  bench.attach("pm", "Ethernet2");
+  bench.settle();
+  EXPECT_EQ(status->timeProgrammed(ClassMapMatchOption::ipv4), 10);
+  EXPECT_EQ(status->timeProgrammed(ClassMapMatchOption::mac), 10);
+}
+
+TEST_F(PublishedStatus, TimeMovesWithAnActionUpdateInPlace) {
+  bench.helper->updateActionSupportedIs(true);
+  bench.simplePolicy();
+  auto const action = bench.action("pm", "c");
+  bench.start();
+  bench.settle();
+  Kor::EventLoop::global().runFor(5);
+  action->numberIs(7);
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(key);
+  EXPECT_EQ(status->timeProgrammed(ClassMapMatchOption::ipv4), 5);
+  bench.helper->answers["update"] = "busy";
+  bench.helper->answers["recreate"] = "busy";
+  Kor::EventLoop::global().runFor(5);
+  action->numberIs(8);
+  bench.settle();
+  EXPECT_EQ(status->timeProgrammeds(), 0U) << "the re-creation failed too";
+}
+
+TEST_F(PublishedStatus, TimeIsThatOfTheMachine) {
+  bench.simplePolicy();
+  bench.start();
+  bench.settle();
+  auto const machine = bench.machine->policyMapSm(key);
+  auto const expectEqual = [&] {
+    for (ClassMapMatchOption const option : PolicyMap::allMatchOptions) {
+      EXPECT_EQ(bool(machine->status()->korTimeProgrammed(option)),
+                bool(machine->korTimeProgrammed(option)));
+      EXPECT_EQ(machine->status()->timeProgrammed(option), machine->timeProgrammed(option));
+    }
+  };
+  expectEqual();
+  Kor::EventLoop::global().runFor(3);
+  bench.rule("acl", 20);
+  bench.settle();
+  expectEqual();
+  EXPECT_EQ(machine->timeProgrammed(ClassMapMatchOption::ipv4), 3);
+  bench.helper->answers["commit"] = "table full";
+  bench.rule("acl", 30);
+  bench.settle();
+  expectEqual();
+  EXPECT_EQ(machine->timeProgrammeds(), 0U);
+}
+
+TEST_F(PublishedStatus, InterfacesFollowThoseThatAreAddedAndRemoved) {
+  bench.simplePolicy();
+  bench.start();
+  bench.settle();
+  Kor::Ptr<PolicyMapStatus> const status = bench.status->policyMapStatus(key);
+  Journal journal;
+  auto const watcher = Kor::make<StatusWatcher>(journal, "w", status.get());
+  bench.attach("pm", "Ethernet2");
+  bench.detach("Ethernet1");
+  bench.settle();
+  EXPECT_THAT(journal, UnorderedElementsAre("w: ipv4 not at Ethernet1", "w: ipv4 at Ethernet2"));
+  EXPECT_THAT(status->intfs(ClassMapMatchOption::ipv4), ElementsAre(intf("Ethernet2")));
+  journal.clear();
+  bench.rule("acl", 20);
+  bench.settle();
+  EXPECT_THAT(journal, IsEmpty()) << "a re-creation leaves the policy where it was";
+}
+
+TEST_F(PublishedStatus, OfAPolicyThatWasRolledBackHasNeitherTimeNorInterfaces) {
+  bench.simplePolicy();
+  bench.attach("pm", "Ethernet2");
+  bench.start();
+  bench.settle();
+  Kor::Ptr<PolicyMapStatus> const status = bench.status->policyMapStatus(key);
+  Journal journal;
+  auto const watcher = Kor::make<StatusWatcher>(journal, "w", status.get());
+  bench.helper->answers["commit"] = "table full";
+  bench.attach("pm", "Ethernet3");
+  bench.settle();
+  EXPECT_THAT(journal,
+              UnorderedElementsAre("w: error", "w: programmed ipv4", "w: time of ipv4 gone",
+                                   "w: ipv4 not at Ethernet1", "w: ipv4 not at Ethernet2"))
+      << "the third was never there to stay";
+  bench.helper->answers.clear();
+  Kor::EventLoop::global().runFor(1);
+  EXPECT_EQ(status->timeProgrammed(ClassMapMatchOption::ipv4), 1);
+  EXPECT_EQ(status->intfs(ClassMapMatchOption::ipv4).size(), 3U);
+}
+
+TEST_F(PublishedStatus, ChangesWhenThePassHasEnded) {
+  bench.helper->asyncOperationsIs(true);
+  bench.simplePolicy();
+  bench.start();
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(key);
+  bench.helper->asyncOperationResultIs({});
+  EXPECT_EQ(bench.settle(), std::vector<std::string>({"commit pm/input/ipv4"}));
+  EXPECT_EQ(status->programmeds() + status->timeProgrammeds() + status->appliedIntfs(), 0U);
+  Kor::EventLoop::global().runFor(2);
+  bench.helper->asyncOperationResultIs({});
+  EXPECT_TRUE(status->programmed(ClassMapMatchOption::ipv4));
+  EXPECT_EQ(status->timeProgrammed(ClassMapMatchOption::ipv4), 2);
+  EXPECT_EQ(status->appliedIntfs(), 1U);
+}
+
+TEST_F(PublishedStatus, OfAHelperTakenAwayIsEmpty) {
+  bench.simplePolicy();
+  bench.start();
+  bench.settle();
+  bench.machine->aclHelperDel();
+  auto const status = bench.status->policyMapStatus(key);
+  EXPECT_EQ(status->programmeds() + status->timeProgrammeds() + status->appliedIntfs(), 0U);
+}
+
+TEST_F(PublishedStatus, OfWhatAnotherMachineLeftStandingStays) {
+  bench.simplePolicy();
+  bench.start();
+  bench.settle();
+  bench.machine = nullptr;
+  bench.acls->ipAclDel("acl");
+  Kor::EventLoop::global().runFor(5);
+  bench.start();
+  EXPECT_THAT(bench.settle(), IsEmpty()) << "no rules, and nothing that this machine programmed";
+  auto const status = bench.status->policyMapStatus(key);
+  EXPECT_TRUE(status->programmed(ClassMapMatchOption::ipv4));
+  EXPECT_TRUE(status->korTimeProgrammed(ClassMapMatchOption::ipv4));
+  EXPECT_THAT(status->intfs(ClassMapMatchOption::ipv4), ElementsAre(intf("Ethernet1")));
+  bench.rule("acl", 10);
+  bench.detach("Ethernet1");
+  bench.attach("pm", "Ethernet2");
+  bench.settle();
+  EXPECT_EQ(status->timeProgrammed(ClassMapMatchOption::ipv4), 5);
+  EXPECT_THAT(status->intfs(ClassMapMatchOption::ipv4), ElementsAre(intf("Ethernet2")));
 }
 
 TEST_F(PublishedStatus, WithoutAStatusObjectNothingIsPublished) {

@@ -7,6 +7,7 @@
 #include <PolicyMap/AsyncOperationResult.h>
 #include <PolicyMap/PolicyMapSmKey.h>
 #include <PolicyMap/PolicyMapTypeConfig.h>
+#include <PolicyMap/PolicyMapTypeStatus.h>
 #include <PolicyMap/SubRuleData.h>
 
 #include <gtest/gtest.h>
@@ -20,6 +21,7 @@ namespace {
 using PolicyMap::AclRuleKey;
 using PolicyMap::ActionType;
 using PolicyMap::AsyncOperationResult;
+using PolicyMap::OptionIntf;
 using PolicyMap::PolicyMapSmKey;
 using PolicyMap::ServicePolicyKey;
 using PolicyMap::SubRuleData;
@@ -295,6 +297,27 @@ TEST(ServicePolicyKeyValue, NamesAttributeAndColumnOfWhatItCannotRead) {
   EXPECT_EQ(
       parseError<ServicePolicyKey>("Value('PolicyMap::ServicePolicyKey', ** {'intf': 'Nothing0'})"),
       "attribute 'intf': IntfId: 'Nothing0' is not an interface name at column 49");
+}
+
+// OptionIntf
+
+TEST(OptionIntfValue, OrdersByOptionThenInterface) {
+  expectAscending<OptionIntf>({{},
+                               {ClassMapMatchOption::ipv4, intf("Ethernet2")},
+                               {ClassMapMatchOption::ipv4, intf("Ethernet10")},
+                               {ClassMapMatchOption::mac, intf("Ethernet1")}});
+}
+
+TEST(OptionIntfValue, PrintsOptionAndInterface) {
+  expectTextForm(OptionIntf(ClassMapMatchOption::mac, intf("Ethernet3/1")),
+                 "Value('PolicyMap::OptionIntf', ** {'option': 'mac', 'intf': 'Ethernet3/1'})");
+  EXPECT_TRUE(!OptionIntf());
+  EXPECT_FALSE(!OptionIntf(ClassMapMatchOption::ipv6, {}));
+}
+
+TEST(OptionIntfValue, NamesAttributeAndColumnOfWhatItCannotRead) {
+  EXPECT_EQ(parseError<OptionIntf>("Value('PolicyMap::OptionIntf', ** {'option': 'ipv5'})"),
+            "attribute 'option': ClassMapMatchOption has no such value: ipv5");
 }
 
 }  // namespace

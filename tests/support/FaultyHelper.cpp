@@ -40,9 +40,13 @@ class FaultyHelper::Call {
     std::uint32_t const number = ++helper.calls_.at(index(fault));
     if (helper.fault_ == fault &&
         (number == helper.number_ || (helper.lasting_ && number > helper.number_))) {
-      failed.error =
-          "fault " + std::to_string(helper.fired_.size() + 1) + ".";  // no beginning of another
-      (helper.*errorIs(fault))(failed.error);
+      if (helper.silence_.empty()) {
+        failed.error =
+            "fault " + std::to_string(helper.fired_.size() + 1) + ".";  // no beginning of another
+        (helper.*errorIs(fault))(failed.error);
+      } else {
+        failed.error = helper.silence_;
+      }
       helper.fired_.push_back(std::move(failed));
       failing_ = true;
     }
@@ -66,6 +70,12 @@ void FaultyHelper::failureIs(Fault fault, std::uint32_t number, bool lasting) {
   fault_ = fault;
   number_ = number;
   lasting_ = lasting;
+  silence_.clear();
+}
+
+void FaultyHelper::silenceIs(Fault fault, std::uint32_t number, bool lasting, std::string error) {
+  failureIs(fault, number, lasting);
+  silence_ = std::move(error);
 }
 
 void FaultyHelper::heal() {
@@ -76,8 +86,9 @@ void FaultyHelper::asynchronousCall(bool failing) {
   if (pending_ && pendingFault_) {
     fired_[*pendingFault_].seen = false;
   }
-  pending_ = asyncOperations() && !pseudoAsync();
-  pendingFault_ = failing ? std::optional(fired_.size() - 1) : std::nullopt;
+  bool const silent = failing && !silence_.empty();
+  pending_ = asyncOperations() && !pseudoAsync() && !silent;
+  pendingFault_ = failing && !silent ? std::optional(fired_.size() - 1) : std::nullopt;
 }
 
 void FaultyHelper::expectCreated(char const* operation, PolicyData const& policyData,

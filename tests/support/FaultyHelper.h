@@ -4,6 +4,7 @@
 // FaultyHelper: a recording helper that fails one particular call. It counts the calls that each of
 // the eight injected errors can fail; one call, by its number, or all from there on, is given an
 // error of its own. The helper's attributes are used for it, so answers and records are its own.
+// Or the asynchronous result of the call never comes.
 //
 // Besides it watches the calling order, more strictly than the helper asserts.
 
@@ -38,7 +39,7 @@ std::ostream& operator<<(std::ostream& out, Fault fault);
 
 // One failed call.
 struct FiredFault {
-  std::string error;  // unlike that of every other call
+  std::string error;  // unlike that of every other call, unless its result never comes
   std::string operation;
   PolicyMap::PolicyMapSmKey policy;
   PolicyMap::ClassMapMatchOption option;
@@ -56,6 +57,9 @@ class FaultyHelper final : public PolicyMapTest::AclHelper {
   // Fails the call of that number, counted from 1 and from the construction; `lasting`: and all
   // that follow, until healed.
   void failureIs(Fault fault, std::uint32_t number, bool lasting);
+  // The same for an asynchronous call whose result is never delivered; `error` is what its waiter
+  // will say.
+  void silenceIs(Fault fault, std::uint32_t number, bool lasting, std::string error);
   void heal();
 
   [[nodiscard]] std::uint32_t calls(Fault fault) const { return calls_.at(index(fault)); }
@@ -104,6 +108,7 @@ class FaultyHelper final : public PolicyMapTest::AclHelper {
   std::optional<Fault> fault_;
   std::uint32_t number_ = 0;
   bool lasting_ = false;
+  std::string silence_;  // what waiters say of results that never come; empty: calls fail
   bool recreating_ = false;
   bool pending_ = false;
   std::optional<std::size_t> pendingFault_;  // which of fired_ the pending result is

@@ -264,12 +264,18 @@ std::vector<Script> lifetimes() {
       {"helper taken away and put back",
        allOptions,
        {[](Scenario& s) { s.machine->aclHelperDel(); },
-        [](Scenario& s) { s.machine->aclHelperIs(s.helper); }}},
-      {"machine made anew", twoPolicies, {[](Scenario& s) {
+        [](Scenario& s) { s.machine->aclHelperIs(s.helper); }},
+       {},
+       true},
+      {"machine made anew",
+       twoPolicies,
+       {[](Scenario& s) {
          s.machine = nullptr;
          addRule(s);
          s.start();
-       }}},
+       }},
+       {},
+       true},
       {"cleaned up", twoPolicies, {[](Scenario& s) { s.machine->cleanup(); }}},
   };
 }

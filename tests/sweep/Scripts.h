@@ -19,6 +19,7 @@ struct Script {
   Act prepare;  // before the machine is made
   std::vector<Act> steps;
   TestSupport::ScenarioSettings settings = {};
+  bool endsPasses = false;  // takes helper or machine away, also from a pass that waits
 
   friend void PrintTo(Script const& script, std::ostream* out) { *out << script.name; }
 };

@@ -3,6 +3,9 @@
 // Every script x every injected error x every call that it can fail x every way in which the helper
 // answers x once or lastingly: nothing asserts, every failure is reported where it belongs, and
 // when the fault is gone the records become those of the run without it.
+//
+// The same for every asynchronous call whose result never comes, x whether the script waits for the
+// time-out before it goes on.
 
 #include "support/FailureJournal.h"
 #include "support/FaultyHelper.h"
@@ -41,42 +44,70 @@ std::ostream& operator<<(std::ostream& out, Mode mode) {
   return out << names.at(static_cast<std::size_t>(mode));
 }
 
+// How a call fails: by its text, or because no result ever comes. Then the script goes on when the
+// call has timed out, or at once.
+enum class Manner : std::uint8_t { text, silence, silenceThroughSteps };
+
+std::ostream& operator<<(std::ostream& out, Manner manner) {
+  constexpr std::array<char const*, 3> names{"", ", without a result",
+                                             ", without a result while steps go on"};
+  return out << names.at(static_cast<std::size_t>(manner));
+}
+
 // Which call fails; a default one fails none.
 struct Failing {
   std::optional<Fault> fault = {};
   std::uint32_t call = 0;
   bool lasting = false;
+  Manner manner = Manner::text;
+
+  [[nodiscard]] bool silently() const { return manner != Manner::text; }
 };
 
 // One run of a script.
 class ScriptRun {
  public:
   ScriptRun(Script const& script, Mode mode, Failing const& failing)
-      : helper_(Kor::make<FaultyHelper>(script.settings.updateActions,
+      : failing_(failing),
+        mayGiveUp_(script.endsPasses && failing.silently() &&
+                   (failing.lasting || failing.manner != Manner::silence)),
+        helper_(Kor::make<FaultyHelper>(script.settings.updateActions,
                                         script.settings.expandPortChannels)),
         scenario_(script.settings, helper_),
         journal_(scenario_.status) {
     helper_->asyncOperationsIs(mode != Mode::synchronous);
     helper_->pseudoAsyncIs(mode == Mode::pseudoAsynchronous);
-    if (failing.fault) {
+    if (failing.silently()) {
+      helper_->silenceIs(*failing.fault, failing.call, failing.lasting,
+                         "no result within 30 seconds");
+    } else if (failing.fault) {
       helper_->failureIs(*failing.fault, failing.call, failing.lasting);
     }
     script.prepare(scenario_);
     scenario_.start();
     settle(mode);
     for (Script::Act const& step : script.steps) {
+      if (failing.manner == Manner::silence) {
+        advance(patience);
+      }
       step(scenario_);
       settle(mode);
     }
     settle();
-    if (failing.lasting) {
+    if (failing.silently()) {
+      advance(patience);
+    } else if (failing.lasting) {
       advance(5);  // tried again, in vain
     }
   }
 
-  // The fault is gone, and time passes until nothing is left to be done.
+  // The fault is gone, and time passes until nothing is left to be done. A single result that was
+  // lost comes after all, when nobody waits for it any more.
   void recover() {
     helper_->heal();
+    if (failing_.silently() && !failing_.lasting) {
+      helper_->deliver();
+    }
     advance(200);
   }
 
@@ -88,7 +119,7 @@ class ScriptRun {
     std::ostringstream wrong;
     bool first = true;
     for (FiredFault const& fired : helper_->fired()) {
-      if (fired.seen && !reported(fired) && !isNobodys(fired) &&
+      if (fired.seen && !mayGiveUp_ && !reported(fired) && !isNobodys(fired) &&
           (first || !traced("second failure of a pass: " + fired.error))) {
         wrong << fired.operation << " of " << fired.policy << ' ' << fired.option << ": '"
               << fired.error << "' is reported nowhere\n";
@@ -107,10 +138,16 @@ class ScriptRun {
         bool const reportedToStand = entry.value()->programmed(option);
         // A deletion that failed is not repeated, so its text may stay.
         bool const fails = stands && entry.value()->korFailure(option);
-        if (stands != reportedToStand || fails) {
+        bool const timed = bool(entry.value()->korTimeProgrammed(option));
+        std::set<Vorel::IntfId> const bound =
+            record ? TestSupport::normalRecord(*record).intfs : std::set<Vorel::IntfId>();
+        std::vector<Vorel::IntfId> const applied = entry.value()->intfs(option);
+        if (stands != reportedToStand || stands != timed || fails ||
+            std::vector<Vorel::IntfId>(bound.begin(), bound.end()) != applied) {
           wrong << entry.key() << ' ' << option << (stands ? " stands" : " does not stand")
                 << ", is reported to" << (reportedToStand ? "" : " not")
-                << (fails ? ", and to fail" : "") << '\n';
+                << (fails ? ", and to fail" : "") << (timed ? ", with" : ", without")
+                << " a time, at " << applied.size() << " interfaces of " << bound.size() << '\n';
         }
       }
     }
@@ -118,6 +155,8 @@ class ScriptRun {
   }
 
  private:
+  static constexpr int patience = 31;  // seconds: longer than a result is waited for
+
   void settle() {
     scenario_.settle();
     while (helper_->resultPending()) {
@@ -164,6 +203,8 @@ class ScriptRun {
   }
 
   TestSupport::TraceRecorder trace_{"PolicyMap", 1};
+  Failing failing_;
+  bool mayGiveUp_;  // a waiter may be gone before it has waited long enough to say so
   Kor::Ptr<FaultyHelper> helper_;
   Scenario scenario_;
   FailureJournal journal_;
@@ -178,7 +219,7 @@ void failOneCall(Script const& script, Mode mode, Failing const& failing,
                  NormalForm const& expected, Tally& tally) {
   std::ostringstream title;
   title << script.name << ", " << mode << ", " << *failing.fault << " at call " << failing.call
-        << (failing.lasting ? " and after" : " alone");
+        << (failing.lasting ? " and after" : " alone") << failing.manner;
   SCOPED_TRACE(title.str());
   ScriptRun run(script, mode, failing);
   ++tally.cases;
@@ -199,6 +240,14 @@ class Sweep : public testing::TestWithParam<Script> {
   }
 
  protected:
+  static void report(Script const& script, Tally const& tally) {
+    EXPECT_GT(tally.cases, 0U);
+    std::printf("%s: %zu cases, %zu failed calls\n", script.name.c_str(), tally.cases,
+                tally.faults);
+    total.cases += tally.cases;
+    total.faults += tally.faults;
+  }
+
   static inline Tally total;
 };
 
@@ -218,10 +267,24 @@ TEST_P(Sweep, EveryFaultIsReportedAndLeavesNothingBehind) {
       }
     }
   }
-  EXPECT_GT(tally.cases, 0U);
-  std::printf("%s: %zu cases, %zu failed calls\n", script.name.c_str(), tally.cases, tally.faults);
-  total.cases += tally.cases;
-  total.faults += tally.faults;
+  report(script, tally);
+}
+
+TEST_P(Sweep, AResultThatNeverComesTimesOutAndLeavesNothingBehind) {
+  Script const& script = GetParam();
+  Tally tally;
+  NormalForm const expected = ScriptRun(script, Mode::synchronous, {}).records();
+  ScriptRun const spared(script, Mode::asynchronous, {});
+  for (Fault const fault : {Fault::commit, Fault::addIntf, Fault::removeIntf}) {
+    for (std::uint32_t call = 1; call <= spared.helper().calls(fault); ++call) {
+      for (bool const lasting : {false, true}) {
+        for (Manner const manner : {Manner::silence, Manner::silenceThroughSteps}) {
+          failOneCall(script, Mode::asynchronous, {fault, call, lasting, manner}, expected, tally);
+        }
+      }
+    }
+  }
+  report(script, tally);
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, Sweep, testing::ValuesIn(allScripts()), [](auto const& one) {
