@@ -27,6 +27,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <span>
 #include <string_view>
@@ -145,13 +146,23 @@ T takenIndex(AttributeOperation const& operation) {
   return key;
 }
 
+template <class Self, class Class, class Member>
+constexpr bool isMemberOf(Member Class::* /*member*/) {
+  return std::is_same_v<Self, Class>;
+}
+template <class Self, class Function>
+constexpr bool isMemberOf(Function* /*function*/) {
+  return false;
+}
+
 // Calls a member, or a function that takes the object first, so that the call can be inlined.
 template <auto function, class Self, class... Args>
 decltype(auto) call(Self& self, Args&&... args) {
-  if constexpr (std::is_member_function_pointer_v<decltype(function)>) {
+  if constexpr (isMemberOf<Self>(function)) {
     return (self.*function)(std::forward<Args>(args)...);
   } else {
-    return function(self, std::forward<Args>(args)...);
+    // A base's member too: called directly, g++ takes the base for a punned pointer.
+    return std::invoke(function, self, std::forward<Args>(args)...);
   }
 }
 
