@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/Shell.h"
+
+#include "lab/Sessions.h"
+#include "lab/ShellVerb.h"
+
+#include <Kor/EventLoop.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace lab::test {
+namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+class ShellTest : public testing::Test {
+ protected:
+  /// What the line prints.
+  std::string run(std::string const& line) {
+    out_.str("");
+    shell_.execute(line);
+    return out_.str();
+  }
+  std::string errorOf(std::string const& line) {
+    try {
+      shell_.execute(line);
+    } catch (std::exception const& error) {
+      return error.what();
+    }
+    return "no error";
+  }
+  std::vector<std::string> completions(std::string_view line) { return shell_.completions(line); }
+
+ private:
+  std::ostringstream out_;
+  std::ostringstream err_;
+  Shell shell_{Console{out_, err_, {}, false}};
+};
+
+TEST_F(ShellTest, ValuesPrintAsTheyAreWritten) {
+  for (std::string const& value :
+       {std::string("7"), "-7", "0.5", "True", "None", "'a text'", "[1, 'two', [False]]",
+        "Value('PolicyMap::PolicyMapSmKey', ** {'first': 'pm', 'second': 'input'})"}) {
+    EXPECT_EQ(run(value), value + "\n");
+  }
+}
+
+TEST_F(ShellTest, AnObjectIsBuiltKeptReadAndWritten) {
+  EXPECT_EQ(run("helper = PolicyMapTest::AclHelper(True, False)"), "");
+  EXPECT_EQ(run("helper.updateActionSupported"), "True\n");
+  EXPECT_EQ(run("helper.commitError = 'table full'"), "");
+  EXPECT_EQ(run("helper.commitError"), "'table full'\n");
+}
+
+TEST_F(ShellTest, AnObjectPrintsWithItsAttributesAndTheSizesOfItsCollections) {
+  run("helper = PolicyMapTest::AclHelper(True, False)");
+  EXPECT_THAT(run("helper"),
+              AllOf(StartsWith("Ptr('PolicyMapTest::AclHelper', "), HasSubstr("asyncTrigger"),
+                    HasSubstr("0 members"), Not(HasSubstr("createPolicy("))));
+}
+
+TEST_F(ShellTest, MembersAreSetReadListedAndTakenOut) {
+  run("data = PolicyMap::PolicyMapSmCommonData(PolicyMap::PolicyMapSmKey('pm', 'input'))");
+  run("data.intf4['Ethernet1'] = True");
+  run("data.intf4['Ethernet2'] = False");
+  EXPECT_EQ(run("data.intf4['Ethernet1']"), "True\n");
+  EXPECT_THAT(run("data.intf4"),
+              AllOf(HasSubstr("'Ethernet1': True\n"), HasSubstr("'Ethernet2': False\n")));
+  run("del data.intf4['Ethernet1']");
+  EXPECT_EQ(run("data.intf4"), "'Ethernet2': False\n");
+}
+
+TEST_F(ShellTest, ReadingOnePlaceAfterAnotherWritesNothing) {
+  run("action = PolicyMapTest::TestAction1('web', Zub::UniqueId('a'))");
+  run("action.value = 5");
+  run("holder = PolicyMap::ClassAction('web')");
+  run("holder.action[1] = action");
+  EXPECT_EQ(run("holder.action[1].value"), "5\n");
+  EXPECT_EQ(run("holder.action[1].className"), "'web'\n");
+  EXPECT_EQ(run("action.value"), "5\n");
+}
+
+TEST_F(ShellTest, AFunctionIsCalledAndWithoutArgumentsItShowsItsOwn) {
+  run("a = PolicyMapTest::TestAction1('x', Zub::UniqueId('a'))");
+  run("b = PolicyMapTest::TestAction1('y', Zub::UniqueId('b'))");
+  EXPECT_EQ(run("a.equalTo(b)"), "True\n");
+  run("b.value = 1");
+  EXPECT_EQ(run("a.equalTo(b)"), "False\n");
+  EXPECT_EQ(run("a.equalTo"), "equalTo(other: PolicyMap::Action) → bool\n");
+}
+
+TEST_F(ShellTest, AKeptNameCanBeForgotten) {
+  run("n = 1");
+  run("del n");
+  EXPECT_EQ(errorOf("n"), "column 1: there is no n here");
+}
+
+TEST_F(ShellTest, WhatACommandIsCalledCanBeANameToo) {
+  run("run = 3");
+  EXPECT_EQ(run("[run]"), "[3]\n");
+}
+
+TEST_F(ShellTest, AdvanceLetsVirtualTimePass) {
+  Kor::EventLoop::global().virtualTimeIs(true);
+  run("advance 2.5");
+  EXPECT_EQ(Kor::now(), 2.5);
+}
+
+TEST_F(ShellTest, BlankLinesAndCommentsDoNothing) {
+  EXPECT_EQ(run(""), "");
+  EXPECT_EQ(run("  # nothing"), "");
+  EXPECT_EQ(run("7 # seven"), "7\n");
+}
+
+TEST_F(ShellTest, ErrorsSayWhatAndWhere) {
+  run("helper = PolicyMapTest::AclHelper(True, False)");
+  EXPECT_EQ(errorOf("helper.comitError"),
+            "AclHelper has no such attribute: comitError (did you mean commitError?)");
+  EXPECT_EQ(errorOf("PolicyMapTest::AclHelpr(True, False)"),
+            "no such type: PolicyMapTest::AclHelpr (did you mean PolicyMapTest::AclHelper?)");
+  EXPECT_EQ(errorOf("nobody.x"), "column 1: there is no nobody here");
+  EXPECT_EQ(errorOf("helper."), "column 8: expected an attribute");
+  EXPECT_EQ(errorOf("helper.commitError = "), "column 22: expected a value at column 21");
+  EXPECT_EQ(errorOf("helper.commitError 7"), "column 20: expected the end of the line");
+  EXPECT_EQ(errorOf("7 = 8"), "column 3: only an attribute or a member can be written");
+  EXPECT_EQ(errorOf("helper.testData[1"), "column 18: expected ]");
+  EXPECT_THAT(errorOf("helper.commitError = 7"), EndsWith("commitError"));
+  EXPECT_EQ(run("helper.commitError"), "''\n");
+}
+
+TEST_F(ShellTest, NamesCompleteAsFarAsTheyAreSure) {
+  run("helper = PolicyMapTest::AclHelper(True, False)");
+  EXPECT_THAT(completions("helper.commit"), ElementsAre("commitError", "commitPolicy"));
+  EXPECT_THAT(completions("x = helper.asyncT"), ElementsAre("asyncTrigger"));
+  EXPECT_THAT(completions("hel"), ElementsAre("help", "helper"));
+  EXPECT_THAT(completions("a = PolicyMapTest::TestAction1S"),
+              ElementsAre("PolicyMapTest::TestAction1Sm"));
+  EXPECT_THAT(completions("nobody."), IsEmpty());
+  EXPECT_THAT(completions(""), Contains("objects"));
+}
+
+TEST_F(ShellTest, CompletingCallsNothing) {
+  run("a = PolicyMapTest::TestAction1('x', Zub::UniqueId('a'))");
+  EXPECT_THAT(completions("a.equalTo(a)."), IsEmpty());
+}
+
+// Scripts
+
+struct ScriptOutcome {
+  ExitStatus status;
+  std::string out;
+  std::string err;
+};
+
+ScriptOutcome runText(std::string const& script) {
+  std::istringstream in(script);
+  std::ostringstream out;
+  std::ostringstream err;
+  ExitStatus const status = runScript(in, Console{out, err, {}, false});
+  return {status, out.str(), err.str()};
+}
+
+TEST(ShellScript, EndsAtTheFirstLineThatFails) {
+  ScriptOutcome const outcome = runText("1\nnobody\n2\n");
+  EXPECT_EQ(outcome.status, ExitStatus::badInput);
+  EXPECT_EQ(outcome.out, "1\n");
+  EXPECT_EQ(outcome.err, "line 2: column 1: there is no nobody here\n");
+}
+
+TEST(ShellScript, EndsAtQuit) {
+  EXPECT_EQ(runText("1\nquit\nnobody\n").status, ExitStatus::success);
+}
+
+TEST(ShellScript, TheExampleBringsAPolicyFromNothingThroughAFaultToARecordedRule) {
+  Kor::EventLoop::global().virtualTimeIs(true);
+  std::ifstream file(POLICYMAPTEST_SOURCE_DIR "/examples/first_policy.shell");
+  std::ostringstream script;
+  script << file.rdbuf();
+  ScriptOutcome const outcome = runText(script.str());
+  EXPECT_EQ(outcome.status, ExitStatus::success) << outcome.err;
+  EXPECT_EQ(outcome.out, "'table full'\n''\n"
+                         "Value('PolicyMap::AclRuleKey', ** {'className': 'web', 'aclName': 'web', "
+                         "'seqno': 10, 'matchOption': 'ipv4'}): 7\n");
+}
+
+// Bad bytes
+
+TEST(ShellScript, NoBytesCrashIt) {
+  for (std::string const& line :
+       {std::string("\0\0", 2), std::string(100000, '['), std::string(100000, '('),
+        std::string("'\\x"), std::string("Value("), std::string("Ptr('x', 99999)"),
+        std::string("\xff\xfe"), std::string("a.b.c[d](e)"), std::string("Value('x', ** {")}) {
+    ScriptOutcome const outcome = runText(line + "\n");
+    EXPECT_EQ(outcome.status, ExitStatus::badInput) << line.substr(0, 20);
+    EXPECT_THAT(outcome.err, StartsWith("line 1: "));
+  }
+}
+
+}  // namespace
+}  // namespace lab::test
