@@ -195,6 +195,7 @@ class KOR_API GenericIfEntity : public GenericIfPtrInterface {
     KorType const* type_;
     std::size_t place_ = 0;
   };
+  // NOLINTNEXTLINE(readability-identifier-naming): its published name
   [[nodiscard]] AttributeIterator attributeIterator_iterObj() const {
     return AttributeIterator(type());
   }

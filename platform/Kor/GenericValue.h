@@ -58,6 +58,7 @@ class KOR_API GenericValue {
       payload_.integer = number ? 1 : 0;
     } else {
       kind_ = std::cmp_less_equal(number, INT64_MAX) ? Kind::integer : Kind::natural;
+      // NOLINTNEXTLINE(bugprone-signed-char-misuse): a small number, no character
       payload_.integer = static_cast<std::int64_t>(number);
     }
   }

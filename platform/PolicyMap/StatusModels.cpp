@@ -34,6 +34,8 @@ constexpr std::array attrs{
     M::collection<T::ProgrammedAttribute>("programmed"),
     M::collection<T::FailureAttribute>("failure"),
     M::owned<T::ClassMapStatusAttribute>("classMapStatus"),
+    M::collection<T::TimeProgrammedAttribute>("timeProgrammed"),
+    M::collection<T::AppliedIntfAttribute>("appliedIntf"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, PolicyMapSmKey>>("key"));

@@ -32,12 +32,13 @@ constexpr TypeModel ofSubRuleData = fieldsModel<SubRuleData>();
 constexpr TypeModel ofAsyncOperationResult = fieldsModel<AsyncOperationResult>();
 constexpr TypeModel ofServicePolicyKey = fieldsModel<ServicePolicyKey>();
 constexpr TypeModel ofClassMapMatch = fieldsModel<ClassMapMatch>();
+constexpr TypeModel ofOptionIntf = fieldsModel<OptionIntf>();
 constexpr TypeModel ofPolicyFailure = fieldsModel<PolicyFailure>();
 
 constexpr std::array all{
     &ofMatchOption,      &ofActionType,    &ofMatchType,     &ofMatchKind,
     &ofPolicyMapSmKey,   &ofAclRuleKey,    &ofSubRuleData,   &ofAsyncOperationResult,
-    &ofServicePolicyKey, &ofClassMapMatch, &ofPolicyFailure,
+    &ofServicePolicyKey, &ofClassMapMatch, &ofPolicyFailure, &ofOptionIntf,
 };
 
 }  // namespace

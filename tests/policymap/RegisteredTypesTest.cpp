@@ -123,6 +123,7 @@ class Samples {
                         ClassMapMatch::rule(ip_),
                         ClassMapMatch::rule(ip6_),
                         ClassMapMatch::rule(mac_, ClassMapMatchOption::mpls)});
+    add<OptionIntf>({{}, {ClassMapMatchOption::mac, intf("Ethernet1")}});
     add<PolicyFailure>({{}, {"full", "addRule", Kor::Name("c"), rule}});
   }
 
@@ -571,7 +572,9 @@ TEST(BaseTables, AgreeWithTheConstantsOfTheClasses) {
                {"error", PolicyMap::PolicyMapStatus::errorId},
                {"programmed", PolicyMap::PolicyMapStatus::programmedId},
                {"failure", PolicyMap::PolicyMapStatus::failureId},
-               {"classMapStatus", PolicyMap::PolicyMapStatus::classMapStatusId}});
+               {"classMapStatus", PolicyMap::PolicyMapStatus::classMapStatusId},
+               {"timeProgrammed", PolicyMap::PolicyMapStatus::timeProgrammedId},
+               {"appliedIntf", PolicyMap::PolicyMapStatus::appliedIntfId}});
   expectNames("PolicyMap::PolicyMapTypeStatus",
               {{"policyMapStatus", PolicyMap::PolicyMapTypeStatus::policyMapStatusId}});
   expectNames("PolicyMap::PolicyMapStatusRequestDir",
