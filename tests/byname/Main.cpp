@@ -6,27 +6,6 @@
 #include <dlfcn.h>
 #include <iostream>
 
-void Recording::handleNameSpace(Kor::Name const& name) {
-  calls_.push_back({RegistrationCall::nameSpace, name.stdString(), nullptr, nullptr, nullptr});
-}
-void Recording::handleType(Kor::KorType const* type, Kor::KorType const* base) {
-  calls_.push_back({RegistrationCall::type, std::string(type->name()), type, base, nullptr});
-}
-void Recording::handleAttr(Kor::KorAttr::PtrConst const& attr) {
-  calls_.push_back({RegistrationCall::attr, attr->name().stdString(), nullptr, nullptr, attr});
-}
-void Recording::handleAttrContextExit() {
-  calls_.push_back({RegistrationCall::attrContextExit, "", nullptr, nullptr, nullptr});
-}
-void Recording::handleScopeExit() {
-  calls_.push_back({RegistrationCall::scopeExit, "", nullptr, nullptr, nullptr});
-}
-
-Recording& recording() {
-  static Recording it;
-  return it;
-}
-
 namespace {
 std::vector<std::string> before;
 }
