@@ -15,7 +15,6 @@ std::vector<std::string> const& typesBefore() {
 }
 
 int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
   for (Kor::KorType const* const type : Kor::KorType::all()) {
     before.emplace_back(type->name());
   }
@@ -25,5 +24,6 @@ int main(int argc, char** argv) {
     return 1;
   }
   Kor::IntrospectionReactor::globalIs(nullptr);
+  testing::InitGoogleTest(&argc, argv);  // parameters are made from the library's types
   return RUN_ALL_TESTS();
 }
