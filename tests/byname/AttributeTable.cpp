@@ -140,7 +140,7 @@ Domain pointer(std::string const& type, bool toConst) {
             GenericValue const good = world.another(type);
             Values right{good, world.another(type)};
             if (toConst) {
-              right.push_back(GenericValue(good).asConst());
+              right.push_back(GenericRef(good).asConst());
             }
             return right;
           },
@@ -149,7 +149,7 @@ Domain pointer(std::string const& type, bool toConst) {
                 world[type == "Acl::AclDiff" ? "Acl::Config" : "Acl::AclDiff"];
             Values wrong{5, true, "None", unrelated, World::policyKey(), GenericList::of()};
             if (!toConst) {
-              wrong.push_back(GenericValue(world.another(type)).asConst());
+              wrong.push_back(world.another(type).asConst());
             }
             return wrong;
           },
