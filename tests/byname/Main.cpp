@@ -6,27 +6,6 @@
 #include <dlfcn.h>
 #include <iostream>
 
-void Recording::handleNameSpace(Kor::Name const& name) {
-  calls_.push_back({RegistrationCall::nameSpace, name.stdString(), nullptr, nullptr, nullptr});
-}
-void Recording::handleType(Kor::KorType const* type, Kor::KorType const* base) {
-  calls_.push_back({RegistrationCall::type, std::string(type->name()), type, base, nullptr});
-}
-void Recording::handleAttr(Kor::KorAttr::PtrConst const& attr) {
-  calls_.push_back({RegistrationCall::attr, attr->name().stdString(), nullptr, nullptr, attr});
-}
-void Recording::handleAttrContextExit() {
-  calls_.push_back({RegistrationCall::attrContextExit, "", nullptr, nullptr, nullptr});
-}
-void Recording::handleScopeExit() {
-  calls_.push_back({RegistrationCall::scopeExit, "", nullptr, nullptr, nullptr});
-}
-
-Recording& recording() {
-  static Recording it;
-  return it;
-}
-
 namespace {
 std::vector<std::string> before;
 }
@@ -36,7 +15,6 @@ std::vector<std::string> const& typesBefore() {
 }
 
 int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
   for (Kor::KorType const* const type : Kor::KorType::all()) {
     before.emplace_back(type->name());
   }
@@ -46,5 +24,6 @@ int main(int argc, char** argv) {
     return 1;
   }
   Kor::IntrospectionReactor::globalIs(nullptr);
+  testing::InitGoogleTest(&argc, argv);  // parameters are made from the library's types
   return RUN_ALL_TESTS();
 }

@@ -5,6 +5,7 @@
 
 #include <Kor/IntrospectionReactor.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -13,10 +14,19 @@ struct RegistrationCall {
 
   Kind kind;
   std::string name;  // of the namespace, qualified of the type, of the attribute
-  Kor::KorType const* typeRecord = nullptr;
   Kor::KorType const* base = nullptr;
   Kor::KorAttr::PtrConst attrRecord;
+  std::string attrText;  // everything that the attribute's record said when it was announced
+  // What the record of the type around the call said then.
+  std::size_t typeSize = 0;
+  std::size_t constructorArgs = 0;
+  bool hasGenericIfSupport = false;
 };
+
+// `NAME ID FIRST/SECOND INTROSPECTION VALUETYPE`, then `[KEYTYPE]` of a collection, `key
+// OWNER.NAME` of a collection that creates its members from that attribute, and `(ARG: TYPE, ...)`
+// of a function.
+[[nodiscard]] std::string textOf(Kor::KorAttr const& attr);
 
 class Recording : public Kor::IntrospectionReactor {
  public:
@@ -29,7 +39,10 @@ class Recording : public Kor::IntrospectionReactor {
   [[nodiscard]] std::vector<RegistrationCall> const& calls() const { return calls_; }
 
  private:
+  RegistrationCall& add(RegistrationCall::Kind kind, std::string name);
+
   std::vector<RegistrationCall> calls_;
+  Kor::KorType const* type_ = nullptr;
 };
 
 // Of the library and of all libraries that were loaded with it.
