@@ -75,7 +75,52 @@ class Shell::Parser {
   Parser(std::string_view line, Objects const& objects) : line_(line), objects_(objects) {}
 
   Result expression() {
-    Result result = primary();
+    if (++depth_ > deepest) {
+      fail("nested too deep");
+    }
+    Result result = reached(primary());
+    --depth_;
+    return result;
+  }
+
+  [[nodiscard]] bool atEnd() {
+    skip();
+    return at_ == line_.size() || line_[at_] == '#';
+  }
+  bool at(char c) {
+    skip();
+    return at_ < line_.size() && line_[at_] == c;
+  }
+  bool take(char c) {
+    bool const here = at(c);
+    at_ += here ? 1 : 0;
+    return here;
+  }
+  void needEnd() {
+    if (!atEnd()) {
+      fail("expected the end of the line");
+    }
+  }
+  std::string name(std::string_view what) {
+    skip();
+    std::size_t const start = at_;
+    if (at_ == line_.size() || !isNameStart(line_[at_])) {
+      fail("expected " + std::string(what));
+    }
+    while (at_ < line_.size() && isNamePart(line_[at_])) {
+      ++at_;
+    }
+    return std::string(line_.substr(start, at_ - start));
+  }
+  [[noreturn]] void fail(std::string const& message) const {
+    throw ShellError("column " + std::to_string(at_ + 1) + ": " + message);
+  }
+
+ private:
+  static constexpr unsigned deepest = 200;
+
+  /// What the attributes, keys and calls behind `result` lead to.
+  Result reached(Result result) {
     while (true) {
       if (take('.')) {
         // Assigning to a place would write to it.
@@ -103,39 +148,6 @@ class Shell::Parser {
     }
   }
 
-  [[nodiscard]] bool atEnd() {
-    skip();
-    return at_ == line_.size() || line_[at_] == '#';
-  }
-  bool take(char c) {
-    skip();
-    if (at_ == line_.size() || line_[at_] != c) {
-      return false;
-    }
-    ++at_;
-    return true;
-  }
-  void needEnd() {
-    if (!atEnd()) {
-      fail("expected the end of the line");
-    }
-  }
-  std::string name(std::string_view what) {
-    skip();
-    std::size_t const start = at_;
-    if (at_ == line_.size() || !isNameStart(line_[at_])) {
-      fail("expected " + std::string(what));
-    }
-    while (at_ < line_.size() && isNamePart(line_[at_])) {
-      ++at_;
-    }
-    return std::string(line_.substr(start, at_ - start));
-  }
-  [[noreturn]] void fail(std::string const& message) const {
-    throw ShellError("column " + std::to_string(at_ + 1) + ": " + message);
-  }
-
- private:
   void skip() {
     while (at_ < line_.size() && isBlank(line_[at_])) {
       ++at_;
@@ -164,7 +176,10 @@ class Shell::Parser {
       return GenericRef(GenericValue(arguments(']')));
     }
     std::size_t const start = at_;
-    if (at_ == line_.size() || !isNameStart(line_[at_]) || isLiteral()) {
+    if (atEnd()) {
+      fail("expected a value");
+    }
+    if (!isNameStart(line_[at_]) || isLiteral()) {
       return literal();
     }
     std::string word = name("a value");
@@ -204,7 +219,7 @@ class Shell::Parser {
     try {
       Kor::sequenceToValue(it, text.end(), value);
     } catch (Kor::RangeException const& error) {
-      fail(error.text());
+      throw ShellError(error.text());  // it names the place itself
     }
     at_ = it.position();
     return GenericRef(value);
@@ -213,6 +228,7 @@ class Shell::Parser {
   std::string_view line_;
   Objects const& objects_;
   std::size_t at_ = 0;
+  unsigned depth_ = 0;  // of expressions within expressions
 };
 
 void Shell::execute(std::string const& line) {
@@ -246,10 +262,11 @@ void Shell::execute(std::string const& line) {
   }
   Result const result = parser.expression();
   auto const* const place = std::get_if<GenericPlace>(&result);
-  if (!deletes && parser.take('=')) {
+  if (!deletes && parser.at('=')) {
     if (place == nullptr) {
       parser.fail("only an attribute or a member can be written");
     }
+    static_cast<void>(parser.take('='));
     GenericValue const value = valueOf(parser.expression()).value();
     parser.needEnd();
     GenericPlace target = *place;

@@ -49,7 +49,15 @@ GenericValue numberAt(TextIterator& it, TextIterator const& end) {
   return sequenceToUnsigned(it, end, UINT64_MAX);
 }
 
-GenericValue listAt(TextIterator& it, TextIterator const& end) {
+// Lists in lists in lists: far more than anybody writes, far less than the stack bears.
+constexpr unsigned deepest = 200;
+
+void valueAt(TextIterator& it, TextIterator const& end, GenericValue& value, unsigned depth);
+
+GenericValue listAt(TextIterator& it, TextIterator const& end, unsigned depth) {
+  if (depth == deepest) {
+    throw RangeException("nested too deep at column " + std::to_string(it.position()));
+  }
   needString(it, end, "[");
   auto list = GenericList::of();
   skipSpace(it, end);
@@ -58,12 +66,42 @@ GenericValue listAt(TextIterator& it, TextIterator const& end) {
       needString(it, end, " ,");
     }
     GenericValue element;
-    sequenceToValue(it, end, element);
+    valueAt(it, end, element, depth + 1);
     list->append(std::move(element));
     skipSpace(it, end);
   }
   needString(it, end, "]");
   return list;
+}
+
+void valueAt(TextIterator& it, TextIterator const& end, GenericValue& value, unsigned depth) {
+  skipSpace(it, end);
+  auto const column = it.position();
+  char const head = peek(it, end);
+  std::string_view const ahead = it.text().view().substr(column);
+  if (ahead.starts_with("Value")) {
+    value = valueTypeAt(it, end).operations().parse(it, end);
+  } else if (ahead.starts_with("Ptr")) {
+    value = GenericValue(sequenceToObject(it, end), false);
+  } else if (ahead.starts_with("None")) {
+    takeString(it, end, "None");
+    value = nullptr;
+  } else if (ahead.starts_with("True") || ahead.starts_with("False")) {
+    bool truth = false;
+    sequenceToValue(it, end, truth);
+    value = truth;
+  } else if (head == '[') {
+    value = listAt(it, end, depth);
+  } else if (head == '-' || head == '+' || head == '.' || (head >= '0' && head <= '9') ||
+             ahead.starts_with("float")) {
+    value = numberAt(it, end);
+  } else if (head == '\'' || head == '"' || ahead.find_first_of("'\"") < 3) {
+    String8 text;
+    sequenceToValue(it, end, text);
+    value = text;
+  } else {
+    throw RangeException("expected a value at column " + std::to_string(column));
+  }
 }
 
 }  // namespace
@@ -157,33 +195,7 @@ String8 valueToStrep(GenericValue const& value) {
 }
 
 void sequenceToValue(TextIterator& it, TextIterator const& end, GenericValue& value) {
-  skipSpace(it, end);
-  auto const column = it.position();
-  char const head = peek(it, end);
-  std::string_view const ahead = it.text().view().substr(column);
-  if (ahead.starts_with("Value")) {
-    value = valueTypeAt(it, end).operations().parse(it, end);
-  } else if (ahead.starts_with("Ptr")) {
-    value = GenericValue(sequenceToObject(it, end), false);
-  } else if (ahead.starts_with("None")) {
-    takeString(it, end, "None");
-    value = nullptr;
-  } else if (ahead.starts_with("True") || ahead.starts_with("False")) {
-    bool truth = false;
-    sequenceToValue(it, end, truth);
-    value = truth;
-  } else if (head == '[') {
-    value = listAt(it, end);
-  } else if (head == '-' || head == '+' || head == '.' || (head >= '0' && head <= '9') ||
-             ahead.starts_with("float")) {
-    value = numberAt(it, end);
-  } else if (head == '\'' || head == '"' || ahead.find_first_of("'\"") < 3) {
-    String8 text;
-    sequenceToValue(it, end, text);
-    value = text;
-  } else {
-    throw RangeException("expected a value at column " + std::to_string(column));
-  }
+  valueAt(it, end, value, 0);
 }
 
 }  // namespace Kor

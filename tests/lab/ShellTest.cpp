@@ -50,10 +50,10 @@ class ShellTest : public testing::Test {
 };
 
 TEST_F(ShellTest, ValuesPrintAsTheyAreWritten) {
-  for (std::string const& value :
-       {std::string("7"), "-7", "0.5", "True", "None", "'a text'", "[1, 'two', [False]]",
+  for (char const* const value :
+       {"7", "-7", "0.5", "True", "None", "'a text'", "[1, 'two', [False]]",
         "Value('PolicyMap::PolicyMapSmKey', ** {'first': 'pm', 'second': 'input'})"}) {
-    EXPECT_EQ(run(value), value + "\n");
+    EXPECT_EQ(run(value), std::string(value) + "\n");
   }
 }
 
@@ -132,7 +132,8 @@ TEST_F(ShellTest, ErrorsSayWhatAndWhere) {
             "no such type: PolicyMapTest::AclHelpr (did you mean PolicyMapTest::AclHelper?)");
   EXPECT_EQ(errorOf("nobody.x"), "column 1: there is no nobody here");
   EXPECT_EQ(errorOf("helper."), "column 8: expected an attribute");
-  EXPECT_EQ(errorOf("helper.commitError = "), "column 22: expected a value at column 21");
+  EXPECT_EQ(errorOf("helper.commitError = "), "column 21: expected a value");
+  EXPECT_EQ(errorOf("helper.commitError = 'x"), "unterminated string at column 21");
   EXPECT_EQ(errorOf("helper.commitError 7"), "column 20: expected the end of the line");
   EXPECT_EQ(errorOf("7 = 8"), "column 3: only an attribute or a member can be written");
   EXPECT_EQ(errorOf("helper.testData[1"), "column 18: expected ]");

@@ -16,6 +16,10 @@ if ! diff <(awk '/^```cpp$/ {on = 1; next} /^```$/ {on = 0} on' README.md) examp
   fault 'the listing is not examples/first_test.cpp'
 fi
 
+if ! diff <(awk '/^```cpp$/ {on = 1; next} /^```$/ {on = 0} on' docs/by-name.md) examples/by_name.cpp; then
+  fault 'the listing of docs/by-name.md is not examples/by_name.cpp'
+fi
+
 # Links and the folders of the table.
 while IFS= read -r path; do
   if [[ ! -e $path ]]; then fault "there is no $path"; fi
