@@ -22,7 +22,6 @@
 namespace {
 
 using Kor::construct;
-using Kor::GenericIf;
 using Kor::GenericIfPtrInterface;
 using Kor::GenericList;
 using Kor::GenericRef;
