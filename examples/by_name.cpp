@@ -2,12 +2,14 @@
 #include <Kor/ByName.h>
 #include <Kor/EventLoop.h>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 using Kor::construct;
 using Kor::GenericRef;
 
 TEST(ByName, AFaultIsReportedAndGoneOnceItIsCleared) {
+  ASSERT_NE(dlopen("libPolicyMapTest.so", RTLD_NOW), nullptr) << dlerror();
   GenericRef const acls = construct("Acl::Config", "acl");
   acls["ipAcl"]["web"].create()["rule"][10] = construct("Acl::IpRuleConfig");
   GenericRef const matches = construct("PolicyMap::ClassMapSubConfig", "web");
