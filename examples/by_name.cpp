@@ -2,8 +2,9 @@
 #include <Kor/ByName.h>
 #include <Kor/EventLoop.h>
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
+
+#include <dlfcn.h>
 
 using Kor::construct;
 using Kor::GenericRef;

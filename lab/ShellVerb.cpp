@@ -2,10 +2,10 @@
 #include "lab/ShellVerb.h"
 
 #include "lab/Prompt.h"
-#include "lab/Shell.h"
 
 #include <Kor/EventLoop.h>
 
+#include <fstream>
 #include <iostream>
 #include <unistd.h>
 
@@ -35,15 +35,36 @@ ExitStatus runPrompt(Console const& console) {
 
 ShellVerb::ShellVerb(CLI::App& program)
     : command_(program.add_subcommand("shell", "Build, read, write and call objects by name, at a\n"
-                                               "prompt or from a script on standard input")) {}
+                                               "prompt or from a script")) {
+  command_->add_option("files", files_, "Scripts; without one, standard input")->type_name("FILE");
+}
 
 ExitStatus ShellVerb::run(Console const& console) {
   Kor::EventLoop::global().virtualTimeIs(true);
-  return isatty(STDIN_FILENO) == 1 ? runPrompt(console) : runScript(std::cin, console);
+  if (files_.empty()) {
+    return isatty(STDIN_FILENO) == 1 ? runPrompt(console) : runScript(std::cin, console);
+  }
+  Shell shell(console);
+  for (std::string const& file : files_) {
+    std::ifstream script(file);
+    if (!script) {
+      throw UsageError(file + " cannot be read");
+    }
+    ExitStatus const status = runScript(shell, script, file + ": ", console);
+    if (status != ExitStatus::success) {
+      return status;
+    }
+  }
+  return ExitStatus::success;
 }
 
 ExitStatus runScript(std::istream& script, Console const& console) {
   Shell shell(console);
+  return runScript(shell, script, "", console);
+}
+
+ExitStatus runScript(Shell& shell, std::istream& script, std::string const& name,
+                     Console const& console) {
   std::string line;
   for (std::size_t number = 1; std::getline(script, line); ++number) {
     if (line == "quit") {
@@ -53,7 +74,7 @@ ExitStatus runScript(std::istream& script, Console const& console) {
       shell.execute(line);
     } catch (std::exception const& error) {
       console.out.flush();
-      console.err << "line " << number << ": " << error.what() << "\n";
+      console.err << name << "line " << number << ": " << error.what() << "\n";
       return ExitStatus::badInput;
     }
   }

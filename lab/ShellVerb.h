@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// `policymap-lab shell`: objects by name, from a prompt or from a script on standard input.
+// `policymap-lab shell`: objects by name, from a prompt, from files, or from standard input.
 #pragma once
 
+#include "lab/Shell.h"
 #include "lab/Verb.h"
 
 #include <istream>
 #include <string>
+#include <vector>
 
 namespace lab {
 
@@ -18,10 +20,15 @@ class ShellVerb : public Verb {
 
  private:
   CLI::App* command_;
+  std::vector<std::string> files_;
 };
 
 /// Runs a script line by line. The first line that fails ends it, with its number and the error on
 /// `console.err`.
 ExitStatus runScript(std::istream& script, Console const& console);
+/// The same on a shell that may have run others before. `name` stands before the number of a line
+/// that fails.
+ExitStatus runScript(Shell& shell, std::istream& script, std::string const& name,
+                     Console const& console);
 
 }  // namespace lab

@@ -196,6 +196,21 @@ TEST(ShellScript, TheExampleBringsAPolicyFromNothingThroughAFaultToARecordedRule
                          "'seqno': 10, 'matchOption': 'ipv4'}): 7\n");
 }
 
+TEST(ShellScript, AFileIsGivenByNameAndNamesItselfInErrors) {
+  EXPECT_EQ(runLab({"shell", POLICYMAPTEST_SOURCE_DIR "/examples/first_policy.shell"}).status,
+            ExitStatus::success);
+  Outcome const missing = runLab({"shell", "no such file"});
+  EXPECT_EQ(missing.status, ExitStatus::badInput);
+  EXPECT_EQ(missing.err, "policymap-lab: no such file cannot be read\n");
+  std::istringstream script("nobody");
+  std::ostringstream out;
+  std::ostringstream err;
+  Console const console{out, err, {}, false};
+  Shell shell(console);
+  EXPECT_EQ(runScript(shell, script, "a.shell: ", console), ExitStatus::badInput);
+  EXPECT_EQ(err.str(), "a.shell: line 1: column 1: there is no nobody here\n");
+}
+
 // Bad bytes
 
 TEST(ShellScript, NoBytesCrashIt) {
