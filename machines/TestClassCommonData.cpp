@@ -18,8 +18,7 @@ Kor::KorType const* TestClassCommonData::fwkType() const {
   return _fwkType();
 }
 Kor::KorType* TestClassCommonData::_fwkType() {
-  static Kor::KorType type("PolicyMapTest::TestClassCommonData",
-                                 ClassMapSmCommonData::_fwkType());
+  static Kor::KorType type("PolicyMapTest::TestClassCommonData", ClassMapSmCommonData::_fwkType());
   return &type;
 }
 
