@@ -34,7 +34,7 @@ std::string nearest(std::string_view wrong, std::vector<std::string_view> const&
   std::vector<std::pair<std::size_t, std::string_view>> near;
   for (std::string_view const name : names) {
     std::size_t const steps = distance(wrong, name);
-    if (steps <= std::max<std::size_t>(2, wrong.size() / 3)) {
+    if (steps <= std::max<std::size_t>(2, wrong.size() / 5)) {
       near.emplace_back(steps, name);
     }
   }
