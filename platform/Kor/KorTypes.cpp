@@ -11,7 +11,7 @@ namespace Kor {
 namespace {
 
 template <class T>
-constexpr std::string_view nameOf {};
+constexpr std::string_view nameOf{};
 template <>
 constexpr std::string_view nameOf<void> = "void";
 template <>
