@@ -14,6 +14,8 @@ namespace PolicyMap {
 // The capabilities of a helper as they were when this was built.
 class Capabilities {
  public:
+  // Everything.
+  Capabilities() = default;
   explicit Capabilities(PolicyMapAclHelper const& helper)
       : deny_(helper.denyRulesAllowed()),
         ttl_(helper.ttlSupported()),
@@ -21,6 +23,7 @@ class Capabilities {
         ackOrRst_(helper.ackOrRstSupported()),
         established_(helper.establishedSupported()) {}
 
+  bool operator==(Capabilities const&) const = default;
   // Whether no rule can be refused.
   [[nodiscard]] bool all() const {
     return deny_ && ttl_ && !onlyTtlEq_ && ackOrRst_ && established_;
@@ -50,11 +53,11 @@ class Capabilities {
   }
 
  private:
-  bool deny_;
-  bool ttl_;
-  bool onlyTtlEq_;
-  bool ackOrRst_;
-  bool established_;
+  bool deny_ = true;
+  bool ttl_ = true;
+  bool onlyTtlEq_ = false;
+  bool ackOrRst_ = true;
+  bool established_ = true;
 };
 
 // "class c: rule 10 of acl: REASON"; a rule of the class-map itself is "rule 10".

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/PolicyProgram.h"
 
-#include "PolicyMap/Capabilities.h"
 #include "PolicyMap/PolicyMapSm.h"
 #include "PolicyMap/ServicePolicySm.h"
 #include "PolicyMap/Trace.h"
@@ -291,9 +290,14 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planOption(ClassMapMatchOption
   }
   bool const standing = created(option);
   bool const standsAsKnown = mine(option);
-  bool recreate = !standsAsKnown || state.recreate || !sameRules(state.classes, wanted);
-  if (!refused && recreate) {
-    refused = unsupported(wanted, option);
+  // Whoever changes what a helper can do says so, but a policy that was away then has not heard.
+  Capabilities const capabilities(*helper_);
+  PortExpansion const expansion =
+      helper_->subRulesForL4Ports() ? PortExpansion::alignedBlocks : PortExpansion::rangeChecker;
+  bool recreate = !standsAsKnown || state.recreate || state.expansion != expansion ||
+                  !sameRules(state.classes, wanted);
+  if (!refused && (recreate || state.capabilities != capabilities)) {
+    refused = unsupported(wanted, option, capabilities);
   }
   if (wanted.empty() || intfs.empty() || !refused.error().empty()) {
     state.retry = false;
@@ -338,8 +342,8 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planOption(ClassMapMatchOption
         {standing ? Operation::recreatePolicy : Operation::createPolicy, option, {}});
     pass.steps.push_back({Operation::addRules, option, {}});
     pass.classes = std::move(wanted);
-    pass.expansion =
-        helper_->subRulesForL4Ports() ? PortExpansion::alignedBlocks : PortExpansion::rangeChecker;
+    pass.expansion = expansion;
+    pass.capabilities = capabilities;
   }
   pass.steps.insert(pass.steps.end(), join.begin(), join.end());
   pass.steps.push_back({Operation::commitPolicy, option, {}});
@@ -578,6 +582,7 @@ void PolicyProgram::succeeded(Step const& step) {
   case Operation::addRules:
     state.classes = pass_->classes;
     state.expansion = pass_->expansion;
+    state.capabilities = pass_->capabilities;
     state.recreate = false;
     break;
   case Operation::commitPolicy:
@@ -669,8 +674,8 @@ void PolicyProgram::readCountsOf(ClassMapSm const& machine) {
   }
 }
 
-PolicyFailure PolicyProgram::unsupported(Classes const& classes, ClassMapMatchOption option) const {
-  Capabilities const capabilities(*helper_);
+PolicyFailure PolicyProgram::unsupported(Classes const& classes, ClassMapMatchOption option,
+                                         Capabilities const& capabilities) {
   PolicyFailure failure;
   if (capabilities.all()) {
     return failure;

@@ -17,6 +17,7 @@
 // retryMax. A failed update in place is first followed by a re-creation.
 
 #include "Kor/EventLoop.h"
+#include "PolicyMap/Capabilities.h"
 #include "PolicyMap/ClassRules.h"
 #include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapAclHelper.h"
@@ -87,6 +88,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
     bool recreate = false;  // what stands is not trusted, or is to be programmed again
     Classes classes = {};   // as programmed
     PortExpansion expansion = PortExpansion::rangeChecker;  // as programmed
+    Capabilities capabilities = {};                         // that allowed it
     PolicyFailure failure;
     bool retry = false;        // the failure is tried again by itself
     bool intfsChanged = true;  // those of the policy's data, since they were published
@@ -116,6 +118,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
     std::size_t next = 0;
     Classes classes = {};  // to be programmed
     PortExpansion expansion = PortExpansion::rangeChecker;
+    Capabilities capabilities = {};
     PolicyFailure failure = {};                 // the first
     std::optional<AclRuleKey> failedRule = {};  // of the step that failed
   };
@@ -144,7 +147,8 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   std::optional<Pass> planActionUpdate();
   [[nodiscard]] Classes wantedClasses(ClassMapMatchOption option, PolicyFailure& failure);
   // What the helper cannot do; the default value: it can do all of it.
-  [[nodiscard]] PolicyFailure unsupported(Classes const& classes, ClassMapMatchOption option) const;
+  [[nodiscard]] static PolicyFailure unsupported(Classes const& classes, ClassMapMatchOption option,
+                                                 Capabilities const& capabilities);
   [[nodiscard]] bool sameRules(Classes const& programmed, Classes const& wanted) const;
   void adoptData(Classes& programmed, Classes const& wanted);
   [[nodiscard]] bool actionsMoved(Classes const& classes) const;

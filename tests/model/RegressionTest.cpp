@@ -29,6 +29,18 @@ TEST(ModelRegression, PortChannelsThatAreMembersOfEachOtherAreNoEndlessLoop) {
             "");
 }
 
+// What the helper can do changes between the policy's last interface and its next.
+TEST(ModelRegression, PolicyThatWasAwayMeetsTheHelperAsItIsNow) {
+  EXPECT_EQ(trialOf("rule 0 0 0 10964\n"
+                    "attach 3 1 0\n"
+                    "turn\n"
+                    "attach 3 1 1\n"
+                    "capability 0 1\n"
+                    "attach 0 1 0\n"
+                    "settle\n"),
+            "");
+}
+
 // A standing policy is refused when its class comes to match IP and MAC both.
 TEST(ModelRegression, ReasonOfARefusalIsShownAfterTheTeardownThatItCauses) {
   EXPECT_EQ(trialOf("rule 0 0 0 0\n"
