@@ -121,6 +121,7 @@ TEST(ByName, AFunctionIsCalledInThreeWays) {
   object["above"] = object;
   object["above"].call("clear");
   EXPECT_EQ(cpp->journal.back(), "clear");
+  object["above"] = nullptr;  // or it would hold itself for ever
 }
 
 TEST(ByName, AKeptNameServesObjectsOfEveryType) {
