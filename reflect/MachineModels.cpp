@@ -12,18 +12,8 @@ struct MachinesByName {
 
 namespace {
 
-using Kor::AttrModel;
 using Kor::Model;
 using Kor::TypeModel;
-
-// The hooks of the framework that every machine overrides. The argument of the first goes by the
-// hook's own name.
-template <class T>
-constexpr AttrModel activeHook = Model<T>::template hook<&T::hasNotificationActiveIs>(
-    "hasNotificationActiveIs", "hasNotificationActiveIs");
-template <class T>
-constexpr AttrModel zombieHook =
-    Model<T>::template hook<&T::korDoZombieReactors>("korDoZombieReactors", "on");
 
 template <class T>
 constexpr std::array actionAttrs{
@@ -38,8 +28,8 @@ template <class T>
 constexpr std::array actionSmAttrs{
     Model<T>::template function<&T::cleanup>("cleanup"),
     Model<T>::template function<&T::handleAction>("handleAction"),
-    activeHook<T>,
-    zombieHook<T>,
+    Model<T>::activeHook(),
+    Model<T>::zombieHook(),
 };
 template <class T, auto make>
 constexpr TypeModel actionSmModel = Model<T>::object(
@@ -66,8 +56,8 @@ using M = Model<T>;
 constexpr std::array attrs{
     M::factory<&T::createActionSm>("createActionSm", "actionType"),
     M::factory<&T::createCommonData>("createCommonData"),
-    activeHook<T>,
-    zombieHook<T>,
+    Model<T>::activeHook(),
+    Model<T>::zombieHook(),
 };
 }  // namespace ofClassMapSm
 
@@ -76,8 +66,8 @@ using T = TestPolicyMapSm;
 using M = Model<T>;
 constexpr std::array attrs{
     M::factory<&T::createClassMapSm>("createClassMapSm", "map", "rawMap", "action"),
-    activeHook<T>,
-    zombieHook<T>,
+    Model<T>::activeHook(),
+    Model<T>::zombieHook(),
 };
 }  // namespace ofPolicyMapSm
 
@@ -88,8 +78,8 @@ constexpr std::array attrs{
     M::function<&T::intfExists>("intfExists", "intf"),
     M::factory<&T::createPolicyMapSm>("createPolicyMapSm", "key", "policyMap", "status"),
     M::collection<T::NonexistentIntfAttribute>("nonexistentIntf"),
-    activeHook<T>,
-    zombieHook<T>,
+    Model<T>::activeHook(),
+    Model<T>::zombieHook(),
 };
 }  // namespace ofServicePolicySm
 

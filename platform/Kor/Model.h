@@ -459,6 +459,14 @@ class Model {
     attr.withoutNumber = true;
     return attr;
   }
+  // The two hooks that every machine has. The argument of the first goes by the hook's own name.
+  static constexpr AttrModel activeHook() {
+    return hook<&Self::hasNotificationActiveIs>("hasNotificationActiveIs",
+                                                "hasNotificationActiveIs");
+  }
+  static constexpr AttrModel zombieHook() {
+    return hook<&Self::korDoZombieReactors>("korDoZombieReactors", "on");
+  }
   // Two overloads under one name; the record is that of the first.
   template <auto withArgs, auto without, class... Names>
   static constexpr AttrModel overloaded(std::string_view name, Names... argNames) {
@@ -536,7 +544,6 @@ constexpr TypeModel enumModel() {
 // changed field by field, through setters that check.
 template <class Self, bool writable, std::size_t... I>
 constexpr std::array<AttrModel, sizeof...(I)> fieldAttrs(std::index_sequence<I...> /*places*/) {
-  constexpr auto fields = Self::korFields();
   auto const attr = []<std::size_t J>(std::integral_constant<std::size_t, J>) {
     constexpr auto field = std::get<J>(Self::korFields());
     if constexpr (writable) {
@@ -545,7 +552,6 @@ constexpr std::array<AttrModel, sizeof...(I)> fieldAttrs(std::index_sequence<I..
       return Model<Self>::template key<field.get>(field.name);
     }
   };
-  static_cast<void>(fields);
   return {attr(std::integral_constant<std::size_t, I>())...};
 }
 template <class Self, bool writable = false>

@@ -11,7 +11,6 @@
 namespace PolicyMap {
 namespace {
 
-using Kor::AttrModel;
 using Kor::Model;
 using Kor::TypeModel;
 
@@ -124,14 +123,6 @@ constexpr std::array attrs{
 constexpr TypeModel model = M::object(attrs);
 }  // namespace ofAclHelper
 
-// Each machine has the two hooks of its own, last.
-template <class T>
-constexpr AttrModel activeHook = Model<T>::template hook<&T::hasNotificationActiveIs>(
-    "hasNotificationActiveIs", "hasNotificationActiveIs");
-template <class T>
-constexpr AttrModel zombieHook =
-    Model<T>::template hook<&T::korDoZombieReactors>("korDoZombieReactors", "on");
-
 namespace ofActionSm {
 using T = ActionSm;
 using M = Model<T>;
@@ -144,8 +135,8 @@ constexpr std::array attrs{
     M::function<&T::cleanup>("cleanup"),
     M::function<&T::handleAction>("handleAction"),
     M::function<&T::handleInitialized>("handleInitialized"),
-    activeHook<T>,
-    zombieHook<T>,
+    Model<T>::activeHook(),
+    Model<T>::zombieHook(),
 };
 constexpr TypeModel model = M::object(attrs);
 }  // namespace ofActionSm
@@ -186,8 +177,8 @@ constexpr std::array attrs{
     M::function<&T::handleInitialized>("handleInitialized"),
     M::function<&T::cleanup>("cleanup"),
     M::derived<&T::name>("name"),
-    activeHook<T>,
-    zombieHook<T>,
+    Model<T>::activeHook(),
+    Model<T>::zombieHook(),
 };
 constexpr TypeModel model = M::object(attrs);
 }  // namespace ofClassMapSm
@@ -215,8 +206,8 @@ constexpr std::array attrs{
     M::function<&T::handleInitialized>("handleInitialized"),
     M::data<&T::actionsActive, &T::actionsActiveIs>("actionsActive"),
     M::data<&T::initialized, &T::initializedIs>("initialized"),
-    activeHook<T>,
-    zombieHook<T>,
+    Model<T>::activeHook(),
+    Model<T>::zombieHook(),
 };
 constexpr TypeModel model = M::object(attrs);
 }  // namespace ofPolicyMapSm
@@ -261,8 +252,8 @@ constexpr std::array attrs{
     M::data<&T::retryMin, &T::retryMinIs>("retryMin"),
     M::data<&T::retryMax, &T::retryMaxIs>("retryMax"),
     M::data<&T::asyncTimeout, &T::asyncTimeoutIs>("asyncTimeout"),
-    activeHook<T>,
-    zombieHook<T>,
+    Model<T>::activeHook(),
+    Model<T>::zombieHook(),
 };
 constexpr TypeModel model = M::object(attrs);
 }  // namespace ofServicePolicySm
