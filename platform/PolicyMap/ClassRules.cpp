@@ -5,6 +5,15 @@
 
 namespace PolicyMap {
 
+ClassRules::ClassRules(Sources sources) : sources_(std::move(sources)) {
+  std::visit(
+      [this](auto const& all) {
+        for (std::size_t place = 0; place < all.size(); ++place) {
+          (all[place].composed ? composed_ : lists_[all[place].aclName]).push_back(place);
+        }
+      },
+      sources_);
+}
 ClassRules::~ClassRules() = default;
 
 ClassRules::Sources ClassRules::emptySources(ClassMapMatchOption option) {

@@ -99,7 +99,7 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
                                RuleSources<Acl::MacRuleConfig>>;
 
   // No access list stands twice among the sources.
-  explicit ClassRules(Sources sources) : sources_(std::move(sources)) {}
+  explicit ClassRules(Sources sources);
   ~ClassRules() override;
 
   // The empty sources of an option: MAC rules serve mac, mpls and every further option.
@@ -115,12 +115,17 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
     if (sources == nullptr) {
       return nullptr;
     }
-    for (RuleSource<Rule> const& source : *sources) {
-      if (Rule const* const rule = source.find(key)) {
-        return rule;
+    auto const from = [&](std::vector<std::size_t> const& places) -> Rule const* {
+      for (std::size_t const place : places) {
+        if (Rule const* const rule = (*sources)[place].find(key)) {
+          return rule;
+        }
       }
-    }
-    return nullptr;
+      return nullptr;
+    };
+    auto const list = lists_.find(key.aclName());
+    Rule const* const rule = list == lists_.end() ? nullptr : from(list->second);
+    return rule != nullptr ? rule : from(composed_);
   }
 
   // Calls visit(RuleRef) for every rule that matches something, in order, until it answers false.
@@ -166,6 +171,8 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
   }
 
   Sources sources_;
+  std::map<Kor::Name, std::vector<std::size_t>> lists_;  // places of the sources, by list name
+  std::vector<std::size_t> composed_;                    // and of the intersections
 };
 
 }  // namespace PolicyMap

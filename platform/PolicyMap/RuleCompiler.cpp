@@ -4,28 +4,27 @@
 #include "PolicyMap/RuleLists.h"
 
 #include <algorithm>
+#include <deque>
 #include <map>
 #include <set>
 
 namespace PolicyMap {
 namespace {
 
-template <class Rule>
-std::vector<Kor::Name>& dependencies(CompiledClass& result) {
-  if constexpr (std::is_same_v<Rule, Acl::IpRuleConfig>) {
-    return result.ipAcls;
-  } else if constexpr (std::is_same_v<Rule, Acl::Ip6RuleConfig>) {
-    return result.ip6Acls;
-  } else {
-    return result.macAcls;
+// Names in the order in which they came, each once.
+class Noted {
+ public:
+  void add(Kor::Name const& name) {
+    if (seen_.insert(name).second) {
+      names_.push_back(name);
+    }
   }
-}
+  [[nodiscard]] std::vector<Kor::Name> finish() { return std::move(names_); }
 
-void note(std::vector<Kor::Name>& names, Kor::Name const& name) {
-  if (std::find(names.begin(), names.end(), name) == names.end()) {
-    names.push_back(name);
-  }
-}
+ private:
+  std::set<Kor::Name> seen_;
+  std::vector<Kor::Name> names_;
+};
 
 // Gathers the rules of one option while class-maps are walked.
 template <class Rule>
@@ -139,41 +138,76 @@ class Compiler {
       : classMaps_(classMaps), acls_(acls) {}
 
   CompiledClass compile(ClassMapSubConfig const& classMap) {
-    path_.push_back(classMap.name());
     Gathered all;
-    walk(classMap, all);
+    path_.push_back(classMap.name());
+    onPath_.insert(classMap.name());
+    enter(classMap, all);
+    // Class-maps nest to any depth, so what is being walked stands here and not on the stack.
+    while (!walks_.empty()) {
+      Walk& walk = walks_.back();
+      if (walk.next < walk.matches.size()) {
+        auto const& [place, match] = walk.matches[walk.next++];
+        add(place, match, walk.matchAll ? walk.operands.emplace_back() : *walk.into);
+      } else {
+        leave();
+      }
+    }
     result_.rules = {
         Kor::make<ClassRules>(all.ipv4.finish()), Kor::make<ClassRules>(all.ipv6.finish()),
         Kor::make<ClassRules>(all.mac.finish()), Kor::make<ClassRules>(all.mpls.finish())};
+    result_.ipAcls = ipAcls_.finish();
+    result_.ip6Acls = ip6Acls_.finish();
+    result_.macAcls = macAcls_.finish();
+    result_.classMaps = nested_.finish();
     return std::move(result_);
   }
 
  private:
-  static constexpr std::size_t mostComposed = 1000000;  // rules of one match-all
-  static constexpr std::size_t mostWalks = 100000;      // through class-maps, for one class
+  static constexpr std::size_t mostComposed = 1000000;      // rules of one match-all
+  static constexpr std::size_t mostRepeatedWalks = 100000;  // through class-maps, for one class
 
-  void walk(ClassMapSubConfig const& classMap, Gathered& into) {
+  using Matches = std::vector<std::pair<std::uint32_t, ClassMapMatch>>;
+
+  // A class-map on the way through it.
+  struct Walk {
+    Kor::Name name;
+    bool matchAll = false;
+    Matches matches;  // in order
+    std::size_t next = 0;
+    Gathered* into = nullptr;
+    std::deque<Gathered> operands;  // of a match-all, one for each match
+  };
+
+  void enter(ClassMapSubConfig const& classMap, Gathered& into) {
     // Operands of match-alls may nest the same class-maps over and over.
-    if (++walks_ > mostWalks) {
+    if (!entered_.insert(path_.back()).second && ++repeatedly_ > mostRepeatedWalks) {
       fail("class-map " + path_.front().stdString() + ": nested class-maps branch too often");
     }
+    Walk& walk = walks_.emplace_back();
+    walk.name = classMap.name();
+    walk.into = &into;
     if (!result_.error.empty()) {
       return;
     }
-    std::map<std::uint32_t, ClassMapMatch> inOrder;
     for (auto const& entry : classMap.matchIteratorConst()) {
-      inOrder.emplace(entry.key(), entry.value());
+      walk.matches.emplace_back(entry.key(), entry.value());
     }
+    std::sort(walk.matches.begin(), walk.matches.end(),
+              [](auto const& a, auto const& b) { return a.first < b.first; });
     if (classMap.matchType() == ClassMapMatchType::matchAll) {
-      dropRepeated(inOrder);
-      if (inOrder.size() > 1) {
-        matchAll(classMap, inOrder, into);
-        return;
-      }
+      dropRepeated(walk.matches);
+      walk.matchAll = walk.matches.size() > 1;
     }
-    for (auto const& [place, match] : inOrder) {
-      add(place, match, into);
+  }
+
+  void leave() {
+    Walk& walk = walks_.back();
+    if (walk.matchAll) {
+      combine(walk);
     }
+    onPath_.erase(path_.back());
+    path_.pop_back();
+    walks_.pop_back();
   }
 
   void add(std::uint32_t place, ClassMapMatch const& match, Gathered& into) {
@@ -187,7 +221,7 @@ class Compiler {
   // match-all ------------------------------------------------------------------------------------
 
   // The same match once more takes nothing away.
-  static void dropRepeated(std::map<std::uint32_t, ClassMapMatch>& matches) {
+  static void dropRepeated(Matches& matches) {
     std::vector<ClassMapMatch> seen;
     std::erase_if(matches, [&](auto const& entry) {
       bool const repeated = std::find(seen.begin(), seen.end(), entry.second) != seen.end();
@@ -196,18 +230,13 @@ class Compiler {
     });
   }
 
-  void matchAll(ClassMapSubConfig const& classMap,
-                std::map<std::uint32_t, ClassMapMatch> const& matches, Gathered& into) {
-    std::vector<Gathered> operands;
-    for (auto const& [place, match] : matches) {
-      add(place, match, operands.emplace_back());
-    }
-    operand_ = classMap.name();
+  void combine(Walk& walk) {
+    operand_ = walk.name;
     std::vector<RuleSources<Acl::IpRuleConfig>> ipv4;
     std::vector<RuleSources<Acl::Ip6RuleConfig>> ipv6;
     std::vector<RuleSources<Acl::MacRuleConfig>> mac;
     std::vector<RuleSources<Acl::MacRuleConfig>> mpls;
-    for (Gathered& operand : operands) {
+    for (Gathered& operand : walk.operands) {
       ipv4.push_back(operand.ipv4.finish());
       ipv6.push_back(operand.ipv6.finish());
       mac.push_back(operand.mac.finish());
@@ -217,10 +246,11 @@ class Compiler {
       return std::any_of(all.begin(), all.end(), [](auto const& one) { return !one.empty(); });
     };
     if ((some(ipv4) || some(ipv6)) && (some(mac) || some(mpls))) {
-      fail("class-map " + classMap.name().stdString() +
+      fail("class-map " + operand_.stdString() +
            ": match-all over IP and MAC matches cannot be programmed");
       return;
     }
+    Gathered& into = *walk.into;
     into.ipv4.addComposed(product(ipv4));
     into.ipv6.addComposed(product(ipv6));
     into.mac.addComposed(product(mac));
@@ -275,15 +305,15 @@ class Compiler {
       return;  // the empty match; in rule keys the empty name stands for the class-map itself
     }
     switch (option) {
-    case ClassMapMatchOption::ipv4: addList(into.ipv4, name); break;
-    case ClassMapMatchOption::ipv6: addList(into.ipv6, name); break;
-    case ClassMapMatchOption::mac: addList(into.mac, name); break;
-    case ClassMapMatchOption::mpls: addList(into.mpls, name); break;
+    case ClassMapMatchOption::ipv4: addList(into.ipv4, name, ipAcls_); break;
+    case ClassMapMatchOption::ipv6: addList(into.ipv6, name, ip6Acls_); break;
+    case ClassMapMatchOption::mac: addList(into.mac, name, macAcls_); break;
+    case ClassMapMatchOption::mpls: addList(into.mpls, name, macAcls_); break;
     }
   }
   template <class Rule>
-  void addList(Gatherer<Rule>& gatherer, Kor::Name const& name) {
-    note(dependencies<Rule>(result_), name);
+  void addList(Gatherer<Rule>& gatherer, Kor::Name const& name, Noted& dependencies) {
+    dependencies.add(name);
     auto const list = acls_ ? RuleLists<Rule>::find(*acls_, name) : nullptr;
     if (list) {
       gatherer.addList(name, list->rulesBySeq());
@@ -304,8 +334,8 @@ class Compiler {
   }
 
   void descend(Kor::Name const& name, Gathered& into) {
-    note(result_.classMaps, name);
-    if (std::find(path_.begin(), path_.end(), name) != path_.end()) {
+    nested_.add(name);
+    if (onPath_.contains(name)) {
       fail("class-map " + name.stdString() + " matches itself: " + pathTo(name));
       return;
     }
@@ -320,23 +350,26 @@ class Compiler {
       return;
     }
     path_.push_back(name);
-    walk(*config->currentSubConfig(), into);
-    path_.pop_back();
+    onPath_.insert(name);
+    enter(*config->currentSubConfig(), into);
   }
 
   [[nodiscard]] std::string pathTo(Kor::Name const& name) const {
+    constexpr std::size_t shown = 8;  // at either end of a long path
     std::string text;
-    for (Kor::Name const& step : path_) {
-      text += step.stdString() + " > ";
+    for (std::size_t i = 0; i < path_.size(); ++i) {
+      if (i == shown && path_.size() > 2 * shown) {
+        text += "... > ";
+        i = path_.size() - shown;
+      }
+      text += path_[i].stdString() + " > ";
     }
     return text + name.stdString();
   }
 
   void missing(std::string_view kind, Kor::Name const& name) {
-    std::string text(kind);
-    text += " " + name.stdString();
-    if (std::find(result_.missing.begin(), result_.missing.end(), text) == result_.missing.end()) {
-      result_.missing.push_back(std::move(text));
+    if (missing_[kind].insert(name).second) {
+      result_.missing.push_back(std::string(kind) + " " + name.stdString());
     }
   }
 
@@ -348,9 +381,17 @@ class Compiler {
 
   Kor::Ptr<ClassMapTypeConfig const> const& classMaps_;
   Kor::Ptr<Acl::Config const> const& acls_;
-  std::vector<Kor::Name> path_;  // from the outermost class-map to the one being walked
+  std::deque<Walk> walks_;       // from the outermost class-map to the one being walked
+  std::vector<Kor::Name> path_;  // their names, as they are referred to
+  std::set<Kor::Name> onPath_;   // the same
   Kor::Name operand_;            // the match-all class-map being put together, for messages
-  std::size_t walks_ = 0;
+  std::set<Kor::Name> entered_;
+  std::size_t repeatedly_ = 0;
+  Noted ipAcls_;
+  Noted ip6Acls_;
+  Noted macAcls_;
+  Noted nested_;
+  std::map<std::string_view, std::set<Kor::Name>> missing_;
   CompiledClass result_;
 };
 
