@@ -91,7 +91,7 @@ Kor::KorType* ClassMapTypeConfig::_fwkType() {
 
 void ClassMapTypeConfig::announceClassMapConfig(Kor::Name const& name) {
   attributeChanged<ClassMapTypeConfig>(classMapConfigId,
-                                       [&](NotifieeConst& n) { n.onClassMapConfig(name); });
+                                       [name](NotifieeConst& n) { n.onClassMapConfig(name); });
 }
 
 }  // namespace PolicyMap

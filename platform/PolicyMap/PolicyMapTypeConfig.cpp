@@ -70,7 +70,8 @@ void PolicyMapSubConfig::announceClassPrio(Kor::Name const& name) {
     prioTaken_.emplace(name, entry->value());
     prioClassIs(entry->value(), name);
   }
-  attributeChanged<PolicyMapSubConfig>(classPrioId, [&](NotifieeConst& n) { n.onClassPrio(name); });
+  attributeChanged<PolicyMapSubConfig>(classPrioId,
+                                       [name](NotifieeConst& n) { n.onClassPrio(name); });
 }
 
 void PolicyMapSubConfig::announcePrioClass(std::uint32_t prio) {
@@ -80,12 +81,12 @@ void PolicyMapSubConfig::announcePrioClass(std::uint32_t prio) {
 
 void PolicyMapSubConfig::announceClassAction(Kor::Name const& name) {
   attributeChanged<PolicyMapSubConfig>(classActionId,
-                                       [&](NotifieeConst& n) { n.onClassAction(name); });
+                                       [name](NotifieeConst& n) { n.onClassAction(name); });
 }
 
 void PolicyMapSubConfig::announceRawClassMap(Kor::Name const& name) {
   attributeChanged<PolicyMapSubConfig>(rawClassMapId,
-                                       [&](NotifieeConst& n) { n.onRawClassMap(name); });
+                                       [name](NotifieeConst& n) { n.onRawClassMap(name); });
 }
 
 Kor::KorType const* PolicyMapConfig::fwkType() const {
@@ -115,12 +116,12 @@ Kor::KorType* PolicyMapTypeConfig::_fwkType() {
 
 void PolicyMapTypeConfig::announcePolicyMapConfig(Kor::Name const& name) {
   attributeChanged<PolicyMapTypeConfig>(policyMapConfigId,
-                                        [&](NotifieeConst& n) { n.onPolicyMapConfig(name); });
+                                        [name](NotifieeConst& n) { n.onPolicyMapConfig(name); });
 }
 
 void PolicyMapTypeConfig::announceServicePolicy(ServicePolicyKey const& key) {
   attributeChanged<PolicyMapTypeConfig>(servicePolicyId,
-                                        [&](NotifieeConst& n) { n.onServicePolicy(key); });
+                                        [key](NotifieeConst& n) { n.onServicePolicy(key); });
 }
 
 }  // namespace PolicyMap

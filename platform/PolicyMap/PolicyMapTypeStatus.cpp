@@ -45,7 +45,7 @@ void ClassMapStatus::errorIs(Kor::String const& error) {
 }
 
 void ClassMapStatus::announceHitCount(AclRuleKey const& key) {
-  attributeChanged<ClassMapStatus>(hitCountId, [&](NotifieeConst& n) { n.onHitCount(key); });
+  attributeChanged<ClassMapStatus>(hitCountId, [key](NotifieeConst& n) { n.onHitCount(key); });
 }
 
 void ClassMapStatus::programmedIs(bool programmed) {
@@ -82,8 +82,8 @@ void PolicyMapStatus::announceFailure(ClassMapMatchOption option) {
 }
 
 void PolicyMapStatus::announceClassMapStatus(Kor::Name const& className) {
-  attributeChanged<PolicyMapStatus>(classMapStatusId,
-                                    [&](NotifieeConst& n) { n.onClassMapStatus(className); });
+  attributeChanged<PolicyMapStatus>(
+      classMapStatusId, [className](NotifieeConst& n) { n.onClassMapStatus(className); });
 }
 
 void PolicyMapStatus::announceTimeProgrammed(ClassMapMatchOption option) {
@@ -93,7 +93,7 @@ void PolicyMapStatus::announceTimeProgrammed(ClassMapMatchOption option) {
 
 void PolicyMapStatus::announceAppliedIntf(OptionIntf const& where) {
   attributeChanged<PolicyMapStatus>(appliedIntfId,
-                                    [&](NotifieeConst& n) { n.onAppliedIntf(where); });
+                                    [where](NotifieeConst& n) { n.onAppliedIntf(where); });
 }
 
 std::vector<Vorel::IntfId> PolicyMapStatus::intfs(ClassMapMatchOption option) const {
@@ -117,7 +117,7 @@ Kor::KorType* PolicyMapTypeStatus::_fwkType() {
 
 void PolicyMapTypeStatus::announcePolicyMapStatus(PolicyMapSmKey const& key) {
   attributeChanged<PolicyMapTypeStatus>(policyMapStatusId,
-                                        [&](NotifieeConst& n) { n.onPolicyMapStatus(key); });
+                                        [key](NotifieeConst& n) { n.onPolicyMapStatus(key); });
 }
 
 Kor::KorType const* PolicyMapStatusRequestDir::fwkType() const {
@@ -130,7 +130,7 @@ Kor::KorType* PolicyMapStatusRequestDir::_fwkType() {
 
 void PolicyMapStatusRequestDir::announceCountRequest(PolicyMapSmKey const& key) {
   attributeChanged<PolicyMapStatusRequestDir>(countRequestId,
-                                              [&](NotifieeConst& n) { n.onCountRequest(key); });
+                                              [key](NotifieeConst& n) { n.onCountRequest(key); });
 }
 
 }  // namespace PolicyMap

@@ -33,6 +33,10 @@ PolicyProgram::~PolicyProgram() {
 }
 
 void PolicyProgram::serviceIs(ServicePolicySm* service) {
+  if (service_ != nullptr) {
+    disown(service_->aclHelper());
+    disown(helper_);
+  }
   service_ = service;
   if (service_ == nullptr) {
     cancel();
@@ -43,6 +47,15 @@ void PolicyProgram::serviceIs(ServicePolicySm* service) {
     if (helper_) {
       programmer().withdraw(*this);
       helper_ = nullptr;
+    }
+  }
+}
+
+// What stands there is nobody's from now on.
+void PolicyProgram::disown(Kor::Ptr<PolicyMapAclHelper> const& helper) {
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    if (helper && helper->programmer().creator(policy_.key(), option) == this) {
+      helper->programmer().createdIs(policy_.key(), option, nullptr);
     }
   }
 }
@@ -148,18 +161,29 @@ void PolicyProgram::run() {
   if (!helper_) {
     helper_ = service_->aclHelper();
   }
-  programmer().request(*this);
+  // What a helper does first may end this machine or take the helper away.
+  Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
+  Kor::Ptr<PolicyMapSm> const policy = Kor::share(&policy_);
+  inside([&] { helper->programmer().start(); });
+  if (helper_ && service_ != nullptr) {
+    programmer().request(*this);
+  }
 }
 
 void PolicyProgram::programmerGranted() {
   // The last step may give up the machine that owns this program.
   Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
   Kor::Ptr<PolicyMapSm> const policy = Kor::share(&policy_);
-  if (std::optional<Pass> planned = nextPass()) {
+  std::optional<Pass> planned;
+  inside([&] { planned = nextPass(); });
+  if (!helper_) {
+    return;  // service machine or helper went away inside
+  }
+  if (planned) {
     pass_ = std::make_shared<Pass>(std::move(*planned));
     runPass();
   } else {
-    readCounts();
+    inside([&] { readCounts(); });
     passEnded();
   }
 }
@@ -205,14 +229,20 @@ void PolicyProgram::runPass() {
 
 std::optional<Kor::String> PolicyProgram::performStep(Step const& step) {
   std::shared_ptr<Pass> const pass = pass_;
+  std::optional<Kor::String> result;
+  inside([&] { result = perform(step); });
+  return result;
+}
+
+template <class Call>
+void PolicyProgram::inside(Call&& call) {
   performing_ = true;
-  std::optional<Kor::String> result = perform(step);
+  call();
   performing_ = false;
-  if (std::exchange(leaving_, false) && service_ != nullptr) {
+  if (std::exchange(leaving_, false) && service_ != nullptr && helper_) {
     leave(helper_);
     mark();
   }
-  return result;
 }
 
 void PolicyProgram::timedOut() {
@@ -246,7 +276,11 @@ void PolicyProgram::passEnded() {
   if (planned && anythingToDo()) {
     mark();
   } else if (!planned && (!wanted_ || restart_) && service_ != nullptr) {
-    service_->policyGone(policy_.key());
+    // Unless that was decided only after the plan, by a hook: it has put the program on the loop.
+    if (std::none_of(options_.begin(), options_.end(),
+                     [](Option const& option) { return option.changed; })) {
+      service_->policyGone(policy_.key());
+    }
   }
 }
 
@@ -262,7 +296,8 @@ std::optional<PolicyProgram::Pass> PolicyProgram::nextPass() {
   policy_.dropLeftClasses();
   for (ClassMapMatchOption const option : allMatchOptions) {
     if (std::exchange(at(option).changed, false)) {
-      if (std::optional<Pass> pass = planOption(option)) {
+      std::optional<Pass> pass = planOption(option);
+      if (pass || service_ == nullptr) {
         return pass;
       }
     }
@@ -281,6 +316,9 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planOption(ClassMapMatchOption
   if (wanted_ && !restart_) {
     // Of an option that is not allowed too: what is wrong with its rules refuses the others.
     wanted = wantedClasses(option, refused);
+    if (service_ == nullptr) {
+      return std::nullopt;  // a hook of the classes' statuses has ended the service machine
+    }
     if (service_->allowsOption(option)) {
       intfs = service_->effectiveIntfs(policy_.key(), option);
     } else {
@@ -366,19 +404,18 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planActionUpdate() {
     return std::nullopt;
   }
   Pass pass{Kind::updateActions, ClassMapMatchOption::ipv4, {}};
-  std::vector<ClassMapMatchOption> concerned;
-  std::vector<Kor::Ptr<ClassMapSmCommonData>> moved;
+  bool concerned = false;
   for (ClassMapMatchOption const option : allMatchOptions) {
-    if (!created(option) || !actionsMoved(at(option).classes)) {
+    if (!mine(option) || !actionsMoved(at(option).classes)) {
       continue;
     }
-    concerned.push_back(option);
+    concerned = true;
     if (!helper_->updateActionSupported()) {
       at(option).recreate = true;
       at(option).changed = true;
     }
   }
-  if (concerned.empty()) {
+  if (!concerned) {
     return std::nullopt;
   }
   if (!helper_->updateActionSupported()) {
@@ -393,10 +430,7 @@ std::optional<PolicyProgram::Pass> PolicyProgram::planActionUpdate() {
   if (pass.steps.empty()) {
     return std::nullopt;
   }
-  for (ClassMapMatchOption const option : concerned) {
-    pass.steps.push_back({Operation::commitPolicy, option, {}});
-  }
-  return pass;
+  return pass;  // an option's commit is added with its first update
 }
 
 PolicyProgram::Classes PolicyProgram::wantedClasses(ClassMapMatchOption option,
@@ -448,7 +482,7 @@ bool PolicyProgram::actionsMoved(Classes const& classes) const {
 bool PolicyProgram::actionsMovedFor(ClassMapSmCommonData const& data) const {
   for (ClassMapMatchOption const option : allMatchOptions) {
     for (ProgrammedClass const& programmed : at(option).classes) {
-      if (created(option) && programmed.data == &data &&
+      if (mine(option) && programmed.data == &data &&
           programmed.actionUpdates != data.updateAclActions()) {
         return true;
       }
@@ -469,9 +503,12 @@ std::optional<Kor::String> PolicyProgram::perform(Step const& step) {
   PolicyMapSmKey const& key = policy_.key();
   switch (step.operation) {
   case Operation::createPolicy:
-    programmer().createdIs(key, step.option, true);
-    return helper.createPolicy(data, step.option);
-  case Operation::recreatePolicy: return helper.recreatePolicy(data, step.option);
+    programmer().createdIs(key, step.option, this);
+    return answerOf([&] { return helper.createPolicy(data, step.option); },
+                    [&] { helper.programmer().createdDel(key, step.option); });
+  case Operation::recreatePolicy:
+    programmer().createdIs(key, step.option, this);
+    return answerOf([&] { return helper.recreatePolicy(data, step.option); });
   case Operation::addRules: return addRules(step.option);
   case Operation::addIntf:
     return programmer().operate(
@@ -503,7 +540,7 @@ Kor::String PolicyProgram::addRules(ClassMapMatchOption option) {
     programmed.rules->forEach([&](auto const& rule) {
       AclRuleKey const key(programmed.name, rule.aclName, rule.seqno, option);
       forEachSubRule(rule, pass_->expansion, [&](SubRuleData const& subRule) {
-        error = helper.addRule(key, subRule, data, programmed.data);
+        error = answerOf([&] { return helper.addRule(key, subRule, data, programmed.data); });
         return pass_ && error.empty();
       });
       if (!error.empty()) {
@@ -520,23 +557,36 @@ Kor::String PolicyProgram::addRules(ClassMapMatchOption option) {
 
 Kor::String PolicyProgram::updateActions(Kor::Ptr<ClassMapSmCommonData> const& data) {
   PolicyMapAclHelper& helper = *helper_;
-  Kor::String error = helper.beginUpdateActions(policyData(), data);
+  Kor::String error = answerOf([&] { return helper.beginUpdateActions(policyData(), data); });
   std::uint32_t const updates = data->updateAclActions();
   for (ClassMapMatchOption const option : allMatchOptions) {
     for (ProgrammedClass& programmed : at(option).classes) {
       // An option that failed is programmed anew, and one that was re-created meanwhile has the
       // actions already; the others go on.
-      if (pass_ && created(option) && !at(option).recreate && programmed.data == data &&
+      if (pass_ && mine(option) && !at(option).recreate && programmed.data == data &&
           programmed.actionUpdates != updates) {
         programmed.actionUpdates = updates;
+        commitDue(option);
         Kor::String const failed = updateActionsOf(programmed, option);
         error = error.empty() ? failed : error;
       }
     }
   }
   // The bracket is closed whatever happened inside.
-  Kor::String const endError = helper.endUpdateActions(policyData(), data);
+  Kor::String const endError =
+      answerOf([&] { return helper.endUpdateActions(policyData(), data); });
   return error.empty() ? endError : error;
+}
+
+// The commits stand at the end of the pass, in the order of the options.
+void PolicyProgram::commitDue(ClassMapMatchOption option) {
+  std::vector<Step>& steps = pass_->steps;
+  auto const place = std::find_if(steps.begin(), steps.end(), [option](Step const& step) {
+    return step.operation == Operation::commitPolicy && step.option >= option;
+  });
+  if (place == steps.end() || place->option != option) {
+    steps.insert(place, {Operation::commitPolicy, option, {}});
+  }
 }
 
 Kor::String PolicyProgram::updateActionsOf(ProgrammedClass& programmed,
@@ -548,7 +598,8 @@ Kor::String PolicyProgram::updateActionsOf(ProgrammedClass& programmed,
   programmed.rules->forEach([&](auto const& rule) {
     AclRuleKey const key(programmed.name, rule.aclName, rule.seqno, option);
     forEachSubRule(rule, expansion, [&](SubRuleData const& subRule) {
-      error = helper.updateAction(key, subRule, policyData(), programmed.data);
+      error = answerOf(
+          [&] { return helper.updateAction(key, subRule, policyData(), programmed.data); });
       return pass_ && error.empty();
     });
     if (!error.empty()) {
@@ -605,7 +656,17 @@ bool PolicyProgram::failed(Step const& step, Kor::String const& error) {
   } else {
     KOR_TRACE_LINE(traceHandle(), 1, "second failure of a pass: " << error);
   }
-  if (pass_->kind == Kind::teardown || step.operation == Operation::updateActions) {
+  if (pass_->kind == Kind::teardown) {
+    return true;
+  }
+  if (step.operation == Operation::updateActions) {
+    // Told at once: what follows may have to wait for a result.
+    inside([&] {
+      for (ClassMapMatchOption const option : allMatchOptions) {
+        publish(option);
+      }
+      publishClasses();
+    });
     return true;
   }
   Kor::String const second = rollBack(step.option);
@@ -622,12 +683,16 @@ bool PolicyProgram::failed(Step const& step, Kor::String const& error) {
 }
 
 Kor::String PolicyProgram::rollBack(ClassMapMatchOption option) {
-  Programmer& created = programmer();
+  Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
+  Programmer& programmer = helper->programmer();
+  User const* const creator = programmer.creator(policy_.key(), option);
   Kor::String error;
-  if (created.created(policy_.key(), option)) {
-    error = helper_->deletePolicy(policyData(), option);
+  // What another machine that lives has programmed is left to it.
+  if (programmer.created(policy_.key(), option) && (creator == nullptr || creator == this)) {
+    programmer.createdDel(policy_.key(), option);
+    error = answerOf([&] { return helper->deletePolicy(policyData(), option); },
+                     [&] { programmer.createdIs(policy_.key(), option, nullptr); });
   }
-  created.createdIs(policy_.key(), option, false);
   policy_.policyCommonData()->intfRemoveAll(option);
   policy_.timeProgrammedDel(option);
   Option& state = at(option);
@@ -642,13 +707,14 @@ void PolicyProgram::readCounts() {
     return;
   }
   for (Kor::Ptr<PolicyMap::ClassMapSm> const& machine : policy_.classesInOrder()) {
-    if (machine->classMapStatus()) {
+    if (machine->classMapStatus() && service_ != nullptr) {
       readCountsOf(*machine);
     }
   }
 }
 
 void PolicyProgram::readCountsOf(ClassMapSm const& machine) {
+  Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
   std::map<AclRuleKey, std::uint64_t> counts;
   for (ClassMapMatchOption const option : allMatchOptions) {
     for (ProgrammedClass const& programmed : at(option).classes) {
@@ -657,10 +723,22 @@ void PolicyProgram::readCountsOf(ClassMapSm const& machine) {
       }
       programmed.rules->forEach([&](auto const& rule) {
         AclRuleKey const key(programmed.name, rule.aclName, rule.seqno, option);
-        counts.emplace(key, helper_->getCountForRule(key, policyData(), programmed.data));
-        return true;
+        std::uint64_t count = 0;
+        Kor::String const failed = answerOf([&] {
+          count = helper->getCountForRule(key, policyData(), programmed.data);
+          return Kor::String();
+        });
+        if (failed.empty()) {
+          counts.emplace(key, count);
+        } else {
+          KOR_TRACE_LINE(traceHandle(), 1, "no hit count for " << key << ": " << failed);
+        }
+        return service_ != nullptr;
       });
     }
+  }
+  if (service_ == nullptr) {
+    return;  // the service machine ended inside
   }
   // Counted: a hook may take it away from the machine.
   Kor::Ptr<ClassMapStatus> const status = Kor::share(machine.classMapStatus().get());
@@ -697,23 +775,29 @@ PolicyFailure PolicyProgram::unsupported(Classes const& classes, ClassMapMatchOp
   return failure;
 }
 
-void PolicyProgram::leaveHelper() {
+void PolicyProgram::leaveHelper(Kor::Ptr<PolicyMapAclHelper> const& helper) {
   if (performing_) {
-    leaving_ = true;
-  } else if (service_ != nullptr && service_->aclHelper()) {
-    leave(service_->aclHelper());
+    leaving_ = leaving_ || helper == helper_;
+  } else if (service_ != nullptr && helper) {
+    leave(helper);
   }
 }
 
 void PolicyProgram::leave(Kor::Ptr<PolicyMapAclHelper> const& helper) {
-  Kor::Ptr<PolicyMapAclHelper> const left =
-      Kor::share(helper.get());  // the reference may be let go
+  // The references may be let go.
+  Kor::Ptr<PolicyMapAclHelper> const left = Kor::share(helper.get());
+  Kor::Ptr<PolicyMapSm> const policy = Kor::share(&policy_);
   pass_.reset();
   resultTimer_.cancel();
   left->programmer().withdraw(*this);
-  helper_ = left;
   for (ClassMapMatchOption const option : allMatchOptions) {
+    if (service_ == nullptr) {
+      return;  // a deletion has ended the service machine
+    }
+    helper_ = left;
+    performing_ = true;
     Kor::String const error = rollBack(option);
+    performing_ = leaving_ = false;
     at(option).retry = false;
     at(option).failure =
         error.empty()
@@ -730,14 +814,19 @@ void PolicyProgram::leave(Kor::Ptr<PolicyMapAclHelper> const& helper) {
 
 // state ---------------------------------------------------------------------------------
 
+Kor::Ptr<PolicyMapAclHelper> PolicyProgram::helperInUse() const {
+  return helper_ || service_ == nullptr ? helper_ : service_->aclHelper();
+}
+
 bool PolicyProgram::created(ClassMapMatchOption option) const {
-  Kor::Ptr<PolicyMapAclHelper> const helper =
-      helper_ || service_ == nullptr ? helper_ : service_->aclHelper();
+  Kor::Ptr<PolicyMapAclHelper> const helper = helperInUse();
   return helper && helper->programmer().created(policy_.key(), option);
 }
 
 bool PolicyProgram::mine(ClassMapMatchOption option) const {
-  return created(option) && !at(option).classes.empty();
+  Kor::Ptr<PolicyMapAclHelper> const helper = helperInUse();
+  return helper && helper->programmer().creator(policy_.key(), option) == this &&
+         !at(option).classes.empty();
 }
 
 PolicyFailure const& PolicyProgram::failure(ClassMapMatchOption option) const {

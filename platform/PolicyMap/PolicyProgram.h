@@ -60,13 +60,13 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   void wantedIs(bool wanted);
   // Takes everything down and lets the service machine build the policy anew.
   void restart();
-  // The helper is about to be replaced: deletes there, at once, what stands. Called from inside an
-  // operation of the helper, this waits for the end of that operation.
-  void leaveHelper();
+  // The helper has been replaced: deletes there, at once, what stands. Called from inside an
+  // operation of the helper, or a hook of the statuses, this waits for its end.
+  void leaveHelper(Kor::Ptr<PolicyMapAclHelper> const& helper);
 
   // Whether the policy stands on the helper for an option.
   [[nodiscard]] bool created(ClassMapMatchOption option) const;
-  // The same, and it was programmed from here: otherwise another machine left it.
+  // The same, and it was programmed from here: otherwise it is, or was, another machine's.
   [[nodiscard]] bool mine(ClassMapMatchOption option) const;
   // What keeps an option from standing as it should.
   [[nodiscard]] PolicyFailure const& failure(ClassMapMatchOption option) const;
@@ -127,6 +127,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   void programmerGranted() override;
   void operationEnded(Kor::String const& error) override;
 
+  void disown(Kor::Ptr<PolicyMapAclHelper> const& helper);
   void mark();
   void relevantChange();
   void retry();
@@ -137,6 +138,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
     return options_[static_cast<std::size_t>(option)];
   }
   [[nodiscard]] Programmer& programmer() const { return helper_->programmer(); }
+  [[nodiscard]] Kor::Ptr<PolicyMapAclHelper> helperInUse() const;
   [[nodiscard]] PolicyMapSmCommonData::PtrConst policyData() const;
 
   // Planning.
@@ -159,11 +161,15 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
 
   // Performing.
   void runPass();
+  // Runs what may call out, so that a helper that is taken away meanwhile is left only afterwards.
+  template <class Call>
+  void inside(Call&& call);
   [[nodiscard]] std::optional<Kor::String> performStep(Step const& step);
   std::optional<Kor::String> perform(Step const& step);
   Kor::String addRules(ClassMapMatchOption option);
   Kor::String updateActions(Kor::Ptr<ClassMapSmCommonData> const& data);
   Kor::String updateActionsOf(ProgrammedClass& programmed, ClassMapMatchOption option);
+  void commitDue(ClassMapMatchOption option);
   void succeeded(Step const& step);
   // Answers whether the pass goes on.
   bool failed(Step const& step, Kor::String const& error);
@@ -185,7 +191,7 @@ class POLICYMAP_API PolicyProgram final : private Kor::Activity, private Program
   bool restart_ = false;
   // Shared with the calls that run it, which a machine's end may interrupt.
   std::shared_ptr<Pass> pass_;
-  bool performing_ = false;  // a step of the pass is on the stack
+  bool performing_ = false;  // a step of the pass, or its planning, is on the stack
   bool leaving_ = false;     // the helper was replaced meanwhile
   Kor::Timer retryTimer_;
   double retryDelay_ = 0;  // seconds; 0: nothing has failed of late

@@ -55,12 +55,19 @@ void Programmer::grantNext() {
   granting_ = false;
 }
 
-void Programmer::createdIs(PolicyMapSmKey const& key, ClassMapMatchOption option, bool created) {
-  if (created) {
-    created_.emplace(key, option);
-  } else {
-    created_.erase({key, option});
-  }
+Programmer::User const* Programmer::creator(PolicyMapSmKey const& key,
+                                            ClassMapMatchOption option) const {
+  auto const found = created_.find({key, option});
+  return found == created_.end() ? nullptr : found->second;
+}
+
+void Programmer::createdIs(PolicyMapSmKey const& key, ClassMapMatchOption option,
+                           User const* creator) {
+  created_.insert_or_assign({key, option}, creator);
+}
+
+void Programmer::createdDel(PolicyMapSmKey const& key, ClassMapMatchOption option) {
+  created_.erase({key, option});
 }
 
 std::optional<Kor::String> Programmer::answered(Kor::String const& answer) {

@@ -13,13 +13,35 @@
 #include "PolicyMap/PolicyMapSmKey.h"
 
 #include <deque>
+#include <exception>
+#include <map>
 #include <optional>
-#include <set>
+#include <string>
 #include <utility>
 
 namespace PolicyMap {
 
 class PolicyMapAclHelper;
+
+// What an operation answers. One that throws has failed with the text of its exception and is taken
+// for not carried out: then `undo` is called.
+template <class Operation, class Undo>
+Kor::String answerOf(Operation&& operation, Undo&& undo) {
+  Kor::String error;
+  try {
+    return operation();
+  } catch (std::exception const& exception) {
+    error = std::string("exception: ") + exception.what();
+  } catch (...) {
+    error = "exception";
+  }
+  undo();
+  return error;
+}
+template <class Operation>
+Kor::String answerOf(Operation&& operation) {
+  return answerOf(operation, [] {});
+}
 
 class POLICYMAP_API Programmer {
  public:
@@ -52,11 +74,13 @@ class POLICYMAP_API Programmer {
   void withdraw(User& user);
   [[nodiscard]] bool heldBy(User const& user) const { return holder_ == &user; }
 
-  // Whether a policy stands on the helper.
+  // Whether a policy stands on the helper, and whose it is: nobody's when its user is gone.
   [[nodiscard]] bool created(PolicyMapSmKey const& key, ClassMapMatchOption option) const {
     return created_.count({key, option}) != 0;
   }
-  void createdIs(PolicyMapSmKey const& key, ClassMapMatchOption option, bool created);
+  [[nodiscard]] User const* creator(PolicyMapSmKey const& key, ClassMapMatchOption option) const;
+  void createdIs(PolicyMapSmKey const& key, ClassMapMatchOption option, User const* creator);
+  void createdDel(PolicyMapSmKey const& key, ClassMapMatchOption option);
 
   // Runs an operation whose result may come later. Answers its result, or nothing when the result
   // is outstanding: then operationEnded() of the holder follows.
@@ -65,7 +89,7 @@ class POLICYMAP_API Programmer {
     // Armed before the call, since the result may come inside it.
     calling_ = true;
     early_.reset();
-    Kor::String const answer = operation();
+    Kor::String const answer = answerOf(operation);
     calling_ = false;
     return answered(answer);
   }
@@ -79,7 +103,7 @@ class POLICYMAP_API Programmer {
 
   PolicyMapAclHelper& helper_;
   bool started_ = false;
-  std::set<std::pair<PolicyMapSmKey, ClassMapMatchOption>> created_;
+  std::map<std::pair<PolicyMapSmKey, ClassMapMatchOption>, User const*> created_;
   User* holder_ = nullptr;
   std::deque<User*> queue_;
   bool granting_ = false;

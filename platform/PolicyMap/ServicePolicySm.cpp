@@ -313,6 +313,8 @@ void ServicePolicySm::policyIs(PolicyMapSmKey const& key) {
 
 void ServicePolicySm::makePolicyMachine(PolicyMapSmKey const& key,
                                         Kor::Ptr<PolicyMapConfig const> const& config) {
+  // Those who hear of the new status may take everything away again, this machine included.
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   Kor::Ptr<PolicyMapStatus> const status = status_ ? status_->policyMapStatusIs(key) : nullptr;
   Kor::Ptr<PolicyMap::PolicyMapSm> const machine = createPolicyMapSm(key, config, status);
   if (!machine) {
@@ -320,10 +322,12 @@ void ServicePolicySm::makePolicyMachine(PolicyMapSmKey const& key,
   }
   policyMapSmIs(key, machine);
   machine->program().serviceIs(this);
-  for (Vorel::IntfId const intf : std::set<Vorel::IntfId>(attachments_[key])) {
-    intfIs(key, intf);
+  if (auto const attached = attachments_.find(key); attached != attachments_.end()) {
+    for (Vorel::IntfId const intf : std::set<Vorel::IntfId>(attached->second)) {
+      intfIs(key, intf);
+    }
   }
-  machine->program().wantedIs(true);
+  policyIs(key);
   machine->program().everythingChanged();
 }
 
@@ -332,6 +336,7 @@ void ServicePolicySm::policyGone(PolicyMapSmKey const& key) {
   if (!machine) {
     return;
   }
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);  // the statuses tell of what goes
   machine->program().serviceIs(nullptr);
   machine->cleanup();
   machine->korDoZombieReactors(true);
@@ -365,10 +370,10 @@ void ServicePolicySm::renewCommonData() {
 // interfaces ----------------------------------------------------------------------------
 
 bool ServicePolicySm::hasIp(Vorel::IntfId intf) const {
-  return ipStatus() && ipStatus()->korIntfAddress(intf);
+  return ipStatus() && !!ipStatus()->intfAddress(intf);
 }
 bool ServicePolicySm::hasIp6(Vorel::IntfId intf) const {
-  return ip6Status() && ip6Status()->korIntfAddress(intf);
+  return ip6Status() && !!ip6Status()->intfAddress(intf);
 }
 bool ServicePolicySm::isLayer3(Vorel::IntfId intf) const {
   return hasIp(intf) || hasIp6(intf) || (routingInfo() && routingInfo()->routedIntf(intf)) ||
@@ -650,12 +655,14 @@ void ServicePolicySm::aclHelperIs(Kor::Ptr<PolicyMapAclHelper> const& helper) {
   if (helper == aclHelper_) {
     return;
   }
+  // A deletion on the old helper may set another one, or end this machine.
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
+  Kor::Ptr<PolicyMapAclHelper> const left = std::exchange(aclHelper_, helper);
   for (auto const& entry : policyMapSmIteratorConst()) {
-    entry.value()->program().leaveHelper();
+    entry.value()->program().leaveHelper(left);
   }
-  aclHelper_ = helper;
-  if (aclHelper_ && reacting()) {
-    aclHelper_->programmer().start();
+  if (Kor::Ptr<PolicyMapAclHelper> const present = aclHelper_; present && reacting()) {
+    present->programmer().start();
   }
   for (auto const& entry : policyMapSmIteratorConst()) {
     entry.value()->program().everythingChanged();

@@ -1,0 +1,366 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What happens when a helper operation or a hook of the statuses changes things in the midst of
+// what the core is doing.
+#include "support/Scenario.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <functional>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace endtoend {
+namespace {
+
+using PolicyMap::ClassMapMatchOption;
+using testing::ElementsAre;
+using TestSupport::intf;
+using TestSupport::Scenario;
+using Deed = std::function<void()>;
+
+// Calls a deed once, the first time that it is due.
+void once(Deed& deed) {
+  if (deed) {
+    std::exchange(deed, nullptr)();
+  }
+}
+
+// Does something inside the operation of that name, before it is carried out.
+class DoingHelper final : public PolicyMapTest::AclHelper {
+  using PolicyData = PolicyMap::PolicyMapSmCommonData::PtrConst;
+  using ClassData = PolicyMap::ClassMapSmCommonData::PtrConst;
+
+ public:
+  using AclHelper::AclHelper;
+
+  void doInside(std::string operation, Deed deed) {
+    operation_ = std::move(operation);
+    deed_ = std::move(deed);
+  }
+  std::vector<std::string> const& calls() const { return calls_; }
+  void forgetCalls() { calls_.clear(); }
+
+  void hwInit() override { called("hwInit"); }
+  Kor::String createPolicy(PolicyData const& data, ClassMapMatchOption option) override {
+    called("createPolicy");
+    return AclHelper::createPolicy(data, option);
+  }
+  Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) override {
+    called("deletePolicy");
+    return AclHelper::deletePolicy(data, option);
+  }
+  Kor::String commitPolicy(PolicyData const& data, ClassMapMatchOption option) override {
+    called("commitPolicy");
+    return AclHelper::commitPolicy(data, option);
+  }
+  Kor::String addIntfToPolicy(PolicyData const& data, Vorel::IntfId where,
+                              ClassMapMatchOption option) override {
+    called("addIntfToPolicy");
+    return AclHelper::addIntfToPolicy(data, where, option);
+  }
+  Kor::String addRule(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
+                      PolicyData const& policy, ClassData const& data) override {
+    called("addRule");
+    return AclHelper::addRule(key, subRule, policy, data);
+  }
+  Kor::String beginUpdateActions(PolicyData const& policy, ClassData const& data) override {
+    called("beginUpdateActions");
+    return AclHelper::beginUpdateActions(policy, data);
+  }
+  Kor::String updateAction(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
+                           PolicyData const& policy, ClassData const& data) override {
+    called("updateAction");
+    Kor::String answer = AclHelper::updateAction(key, subRule, policy, data);
+    updateActionErrorIs("");  // what is set inside fails one call
+    return answer;
+  }
+  std::uint64_t getCountForRule(PolicyMap::AclRuleKey const& key, PolicyData const& policy,
+                                ClassData const& data) override {
+    called("getCountForRule");
+    return AclHelper::getCountForRule(key, policy, data);
+  }
+
+ private:
+  void called(std::string const& operation) {
+    calls_.push_back(operation);
+    if (operation == operation_) {
+      once(deed_);
+    }
+  }
+
+  std::string operation_;
+  Deed deed_;
+  std::vector<std::string> calls_;
+};
+
+class PolicyHook : public PolicyMap::PolicyMapStatus::Notifiee {
+ public:
+  using Notifiee::Notifiee;
+  Deed deed;
+  void onError() override { once(deed); }
+};
+class ClassHook : public PolicyMap::ClassMapStatus::Notifiee {
+ public:
+  using Notifiee::Notifiee;
+  Deed countDeed;
+  Deed errorDeed;
+  Deed programmedDeed;
+  void onHitCount(PolicyMap::AclRuleKey const& /*key*/) override { once(countDeed); }
+  void onError() override { once(errorDeed); }
+  void onProgrammed() override { once(programmedDeed); }
+};
+class StatusHook : public PolicyMap::PolicyMapTypeStatus::Notifiee {
+ public:
+  using Notifiee::Notifiee;
+  Deed deed;
+  void onPolicyMapStatus(PolicyMap::PolicyMapSmKey const& /*key*/) override { once(deed); }
+};
+
+// What a hook may do to the core under it.
+struct Disturbance {
+  char const* name;
+  std::function<void(Scenario&)> happens;
+  bool takesPolicyDown;
+
+  friend void PrintTo(Disturbance const& one, std::ostream* out) { *out << one.name; }
+};
+
+Disturbance const disturbances[] = {
+    {"detached", [](Scenario& scenario) { scenario.detach("Ethernet1"); }, true},
+    {"policyMapRemoved", [](Scenario& scenario) { scenario.policies->policyMapConfigDel("pm"); },
+     true},
+    {"listsRemoved", [](Scenario& scenario) { scenario.machine->aclConfigDel(); }, true},
+    {"cleanedUp", [](Scenario& scenario) { scenario.machine->cleanup(); }, true},
+    {"helperTaken", [](Scenario& scenario) { scenario.machine->aclHelperDel(); }, true},
+    {"helperReplaced",
+     [](Scenario& scenario) {
+       scenario.machine->aclHelperIs(PolicyMapTest::aclHelperFactory(true, false));
+     },
+     true},
+    {"machineEnded", [](Scenario& scenario) { scenario.machine = nullptr; }, false},
+};
+
+class Hook : public testing::TestWithParam<Disturbance> {
+ protected:
+  Hook() : helper(Kor::make<DoingHelper>(true, false)), scenario({.updateActions = true}, helper) {
+    scenario.simplePolicy();
+    scenario.start();
+    scenario.settle();
+  }
+  Deed disturb() {
+    return [this] { GetParam().happens(scenario); };
+  }
+  void requestCounts() { requests->countRequestIs({"pm", "input"}, 1); }
+  void expectSettled() {
+    scenario.settle();
+    scenario.advance(1000);
+    EXPECT_EQ(scenario.record()->created(), !GetParam().takesPolicyDown);
+  }
+
+  Kor::Ptr<DoingHelper> helper;
+  Scenario scenario;
+  Kor::Ptr<PolicyMap::PolicyMapStatusRequestDir> requests =
+      Kor::make<PolicyMap::PolicyMapStatusRequestDir>();
+};
+
+INSTANTIATE_TEST_SUITE_P(That, Hook, testing::ValuesIn(disturbances),
+                         [](auto const& one) { return std::string(one.param.name); });
+
+TEST_P(Hook, DisturbsWhileCountsAreRead) {
+  scenario.machine->statusRequestDirIs(requests);
+  helper->doInside("getCountForRule", disturb());
+  requestCounts();
+  expectSettled();
+}
+
+TEST_P(Hook, DisturbsWhenACountIsPublished) {
+  scenario.machine->statusRequestDirIs(requests);
+  auto const hook = Kor::make<ClassHook>(scenario.policyStatus()->classMapStatus("c").get());
+  hook->countDeed = disturb();
+  requestCounts();
+  expectSettled();
+}
+
+TEST_P(Hook, DisturbsWhenARefusalIsPublished) {
+  auto const hook = Kor::make<PolicyHook>(scenario.policyStatus().get());
+  hook->deed = disturb();
+  // Of an option that never stood, so that nothing is to be done.
+  Acl::Ip6RuleConfig deny;
+  deny.permitIs(false);
+  scenario.rule("acl6", 1, deny);
+  helper->denyRulesAllowedIs(false);
+  scenario.classMatches("c", "acl6", ClassMapMatchOption::ipv6, 2);
+  expectSettled();
+}
+
+TEST_P(Hook, DisturbsWhenAClassTellsThatItCannotBeCompiled) {
+  auto const hook = Kor::make<ClassHook>(scenario.policyStatus()->classMapStatus("c").get());
+  hook->errorDeed = disturb();
+  scenario.classMap("c")->matchIs(2, PolicyMap::ClassMapMatch::classMap("c"));
+  scenario.settle();
+  scenario.advance(1000);
+  EXPECT_FALSE(hook->errorDeed);
+}
+
+TEST_P(Hook, DisturbsWhileAPolicyGoes) {
+  auto const hook = Kor::make<ClassHook>(scenario.policyStatus()->classMapStatus("c").get());
+  hook->programmedDeed = disturb();
+  scenario.detach("Ethernet1");
+  scenario.settle();
+  EXPECT_FALSE(hook->programmedDeed);
+  EXPECT_FALSE(scenario.record()->created());
+}
+
+TEST_P(Hook, DisturbsWhenTheStatusOfANewPolicyAppears) {
+  auto const hook = Kor::make<StatusHook>(scenario.status.get());
+  hook->deed = [this] {
+    scenario.detach("Ethernet1", "output");
+    GetParam().happens(scenario);
+  };
+  scenario.attach("pm", "Ethernet1", "output");
+  expectSettled();
+  EXPECT_FALSE(scenario.record(ClassMapMatchOption::ipv4, "output"));
+  // The end of a machine leaves its statuses as they are.
+  EXPECT_EQ(bool(scenario.policyStatus("pm", "output")), !scenario.machine);
+}
+
+TEST_P(Hook, DisturbsInsideTheDeletionOnAHelperThatIsTaken) {
+  helper->doInside("deletePolicy", disturb());
+  helper->forgetCalls();
+  scenario.machine->aclHelperDel();
+  scenario.settle();
+  EXPECT_THAT(helper->calls(), ElementsAre("deletePolicy"));
+  EXPECT_FALSE(scenario.record()->created());
+}
+
+TEST_P(Hook, DisturbsInsideACommit) {
+  helper->doInside("commitPolicy", disturb());
+  scenario.rule("acl", 20);
+  expectSettled();
+}
+
+class Programming : public testing::Test {
+ protected:
+  Programming()
+      : helper(Kor::make<DoingHelper>(true, false)), scenario({.updateActions = true}, helper) {}
+
+  Kor::Ptr<DoingHelper> helper;
+  Scenario scenario;
+};
+
+TEST_F(Programming, AHelperThatIsReplacedTwiceAtOnceEndsWithTheLast) {
+  scenario.simplePolicy();
+  scenario.start();
+  scenario.settle();
+  auto const second = PolicyMapTest::aclHelperFactory(true, false);
+  auto const third = PolicyMapTest::aclHelperFactory(true, false);
+  helper->doInside("deletePolicy", [&] { scenario.machine->aclHelperIs(third); });
+  scenario.machine->aclHelperIs(second);
+  scenario.settle();
+  EXPECT_EQ(scenario.machine->aclHelper(), third);
+  EXPECT_EQ(second->testDatas(), 0U);
+  EXPECT_EQ(third->testDatas(), 1U);
+}
+
+TEST_F(Programming, AnOptionThatIsUpdatedOnlyByAChangeInsideTheUpdateIsCommittedToo) {
+  scenario.simplePolicyOfAllOptions();
+  scenario.actionIs("pm", "c", 1, 1);
+  scenario.start();
+  scenario.settle();
+  scenario.actionIs("pm", "c", 1, 2);
+  scenario.rule("acl6", 20, TestSupport::tcp6());  // created anew, and so with the value 2
+  helper->doInside("beginUpdateActions", [&] { scenario.actionIs("pm", "c", 1, 3); });
+  scenario.settle();
+  auto const record = scenario.record(ClassMapMatchOption::ipv6);
+  EXPECT_EQ(record->ruleAction1(Scenario::ruleKey("c", "acl6", 10, ClassMapMatchOption::ipv6)), 3U);
+  EXPECT_EQ(record->commitCount(), 3U);
+}
+
+TEST_F(Programming, AHelperThatAnInactiveMachineIsGivenIsInitialisedBeforeAnythingElse) {
+  scenario.simplePolicy();
+  scenario.start();
+  scenario.settle();
+  auto const other = Kor::make<DoingHelper>(true, false);
+  scenario.machine->hasNotificationActiveIs(false);
+  scenario.machine->aclHelperIs(other);
+  scenario.settle();
+  scenario.machine->hasNotificationActiveIs(true);
+  scenario.settle();
+  ASSERT_FALSE(other->calls().empty());
+  EXPECT_EQ(other->calls().front(), "hwInit");
+  EXPECT_EQ(std::count(other->calls().begin(), other->calls().end(), "hwInit"), 1);
+}
+
+TEST_F(Programming, WhatAnotherMachineHasProgrammedOverIsNotUpdatedButCreatedAnew) {
+  scenario.simplePolicy();
+  scenario.actionIs("pm", "c", 1, 1);
+  scenario.start();
+  scenario.settle();
+  Scenario other({.updateActions = true}, helper);
+  other.simplePolicy();
+  other.rule("acl", 20);
+  other.start();
+  other.settle();
+  EXPECT_EQ(scenario.record()->ruleMatchs(), 2U);
+  scenario.actionIs("pm", "c", 1, 2);
+  scenario.settle();
+  scenario.rule("acl", 30);
+  scenario.settle();
+  EXPECT_EQ(scenario.record()->ruleMatchs(), 2U);
+  EXPECT_EQ(scenario.record()->ruleAction1(Scenario::ruleKey("c", "acl", 30)), 2U);
+  // It is the first one's now, so the second takes nothing down.
+  other.detach("Ethernet1");
+  other.settle();
+  EXPECT_TRUE(scenario.record()->created());
+}
+
+TEST_F(Programming, AFailureOfAnUpdateIsThereWhileTheCommitOfAnotherOptionIsAwaited) {
+  scenario.simplePolicyOfAllOptions();
+  scenario.actionIs("pm", "c", 1, 1);
+  scenario.start();
+  scenario.settle();
+  helper->asyncOperationsIs(true);
+  helper->doInside("updateAction", [&] { helper->updateActionErrorIs("no room"); });
+  scenario.actionIs("pm", "c", 1, 2);
+  scenario.settle();
+  EXPECT_EQ(scenario.policyStatus()->error(), "no room");
+}
+
+class Throwing : public Programming, public testing::WithParamInterface<char const*> {};
+
+INSTANTIATE_TEST_SUITE_P(From, Throwing,
+                         testing::Values("createPolicy", "addRule", "addIntfToPolicy",
+                                         "commitPolicy", "updateAction", "deletePolicy"));
+
+TEST_P(Throwing, AnOperationIsAFailureThatHeals) {
+  bool const standing = std::string_view(GetParam()) == "updateAction" ||
+                        std::string_view(GetParam()) == "deletePolicy";
+  scenario.simplePolicy();
+  scenario.actionIs("pm", "c", 1, 1);
+  scenario.start();
+  if (standing) {
+    scenario.settle();
+    scenario.actionIs("pm", "c", 1, 2);
+  }
+  if (std::string_view(GetParam()) == "deletePolicy") {
+    scenario.detach("Ethernet1");
+  }
+  helper->doInside(GetParam(), [] { throw std::runtime_error("lost the card"); });
+  scenario.settle();
+  if (!standing) {
+    EXPECT_EQ(scenario.policyStatus()->error(), "exception: lost the card");
+  }
+  scenario.attach("pm", "Ethernet1");
+  scenario.advance(2);
+  EXPECT_EQ(scenario.policyStatus()->error(), "");
+  EXPECT_TRUE(scenario.record()->created());
+  EXPECT_FALSE(scenario.record()->dirty());
+  EXPECT_EQ(scenario.record()->ruleMatchs(), 1U);
+}
+
+}  // namespace
+}  // namespace endtoend
