@@ -88,7 +88,8 @@ Kor::String AclHelper::createPolicy(PolicyMapSmCommonData::PtrConst const& polic
                  "PolicyMap::ClassMapMatchOption): policyData="
                      << TracedPolicy(policyData) << ", matchOption=" << matchOption);
   Ptr const pinned = Kor::share(this);  // a new record is announced
-  AclPolicyData::Ptr const data = testDataIs(AclPolicyType(policyData->policyKey(), matchOption));
+  PolicyMapSmCommonData::PtrConst const policy = policyData;
+  AclPolicyData::Ptr const data = testDataIs(AclPolicyType(policy->policyKey(), matchOption));
   KOR_ASSERT_AS(sourceName, "!data->created()", !data->created());
   data->createdIs(true);
   data->createCountInc(1);
@@ -98,7 +99,7 @@ Kor::String AclHelper::createPolicy(PolicyMapSmCommonData::PtrConst const& polic
   KOR_ASSERT_AS(sourceName, "data->ruleAction1s() == 0", data->ruleAction1s() == 0);
   KOR_ASSERT_AS(sourceName, "data->ruleAction2s() == 0", data->ruleAction2s() == 0);
   KOR_ASSERT_AS(sourceName, "data->ruleAction3s() == 0", data->ruleAction3s() == 0);
-  for (Vorel::IntfId const intf : policyData->intfs(matchOption)) {
+  for (Vorel::IntfId const intf : policy->intfs(matchOption)) {
     data->intfIs(intf, true);
   }
   return createError_;
@@ -323,8 +324,10 @@ void AclHelper::handleAsyncTrigger() {
 template <class... Args>
 void AclHelper::announce(Kor::AttributeId id, void (NotifieeConst::*hook)(Args...),
                          Args const&... args) {
-  notify<NotifieeConst>(this, AclHelper::_fwkType(), id,
-                        [&](NotifieeConst& notifiee) { (notifiee.*hook)(args...); });
+  // Copies: an argument may lie in what a hook lets go.
+  notify<NotifieeConst>(
+      this, AclHelper::_fwkType(), id,
+      [hook, ... held = args](NotifieeConst& notifiee) { (notifiee.*hook)(held...); });
 }
 
 template <class Value>

@@ -27,7 +27,7 @@ void AclConfigBase<Self, Rules>::ruleChanged(std::uint32_t seq) {
   // A hook may take the list out of its Config, which then is not to be told.
   Kor::Ptr<Self const> const pinned = Kor::share(self);
   this->template attributeChanged<Self>(AclBase::ruleId,
-                                        [&](NotifieeConst& notifiee) { notifiee.onRule(seq); });
+                                        [seq](NotifieeConst& notifiee) { notifiee.onRule(seq); });
   if (this->fwkHmNext() != nullptr) {
     owner_->listChanged(self);
   }

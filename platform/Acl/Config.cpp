@@ -32,8 +32,8 @@ void ConfigLists::ipAclNotify([[maybe_unused]] Kor::Name const& key,
 }
 
 void Config::listChanged(IpAclConfig const* list) const {
-  attributeChanged<Config>(ipAclId,
-                           [&](NotifieeConst& notifiee) { notifiee.onIpAcl(list->name()); });
+  attributeChanged<Config>(
+      ipAclId, [name = list->name()](NotifieeConst& notifiee) { notifiee.onIpAcl(name); });
 }
 
 Ip6AclConfig::Ptr Config::newIp6Acl(Kor::Name const& name) {
@@ -47,8 +47,8 @@ void ConfigLists::ip6AclNotify([[maybe_unused]] Kor::Name const& key,
 }
 
 void Config::listChanged(Ip6AclConfig const* list) const {
-  attributeChanged<Config>(ip6AclId,
-                           [&](NotifieeConst& notifiee) { notifiee.onIp6Acl(list->name()); });
+  attributeChanged<Config>(
+      ip6AclId, [name = list->name()](NotifieeConst& notifiee) { notifiee.onIp6Acl(name); });
 }
 
 MacAclConfig::Ptr Config::newMacAcl(Kor::Name const& name) {
@@ -62,8 +62,8 @@ void ConfigLists::macAclNotify([[maybe_unused]] Kor::Name const& key,
 }
 
 void Config::listChanged(MacAclConfig const* list) const {
-  attributeChanged<Config>(macAclId,
-                           [&](NotifieeConst& notifiee) { notifiee.onMacAcl(list->name()); });
+  attributeChanged<Config>(
+      macAclId, [name = list->name()](NotifieeConst& notifiee) { notifiee.onMacAcl(name); });
 }
 
 Kor::KorType const* Config::fwkType() const {

@@ -143,7 +143,7 @@ class AddressStatus : public Kor::Entity {
 
   void addressChanged(Vorel::IntfId intf) const {
     this->template attributeChanged<Self>(
-        intfAddressId, [&](NotifieeConst& notifiee) { notifiee.onIntfAddress(intf); });
+        intfAddressId, [intf](NotifieeConst& notifiee) { notifiee.onIntfAddress(intf); });
   }
 };
 

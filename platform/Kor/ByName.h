@@ -201,7 +201,12 @@ class KOR_API GenericPlace {
 
   // What stands there. Raises OpNotSupportedException for a function and TypeException "kor_index"
   // for a whole collection.
-  [[nodiscard]] GenericRef get() const { return operation(AttributeOperation::get); }
+  [[nodiscard]] GenericRef get() const {
+    if (attr_->isFunction()) [[unlikely]] {
+      GenericIf::throwOpNotSupportedException(attr_->name(), AttributeOperation::get);
+    }
+    return operation(AttributeOperation::get);
+  }
   // NOLINTNEXTLINE(google-explicit-constructor): arguments are given as generic values
   operator GenericValue() const { return get().value(); }
   template <class T>

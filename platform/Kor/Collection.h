@@ -16,7 +16,8 @@
 //   bookDel(k), bookDelAll()  bookDel answers what was removed, or the default
 //   bookNotify(k, entry)      runs after bookIs changed something and after any removal, also
 //                             one through an iterator; the last argument is its body
-//   bookIterator(), bookIteratorConst(), korBookIterator()   in the order of Kor::HashMap
+//   bookIterator(), bookIteratorConst(), korBookIterator()   in the order of Kor::HashMap; the last
+//                             answers entry(), the entry or object itself
 //   korBook(k)                value: the entry or null, so a stored default differs from none
 //
 // bookDel, bookNotify and bookIs are declared in this order, with the specifier given last but one
@@ -306,7 +307,8 @@ class CollectionIterator {
                            ::Kor::Ptr<Member const>(this->member()), )                         \
   KOR_COLLECTION_ITERATOR_(Owner, X##Iterator, Member, Owner*, value, this->member(),          \
                            KOR_COLLECTION_DELETE_(x, Member))                                  \
-  using Kor##X##Iterator = X##Iterator;                                                        \
+  KOR_COLLECTION_ITERATOR_(Owner, Kor##X##Iterator, Member, Owner*, entry, this->member(),     \
+                           KOR_COLLECTION_DELETE_(x, Member))                                  \
   KOR_COLLECTION_ATTRIBUTE_(                                                                   \
       Owner, x, X, K, Owner&, Member,                                                          \
       static auto make(Owner& owner, K const& key) { return owner.x##Is(key); })               \
@@ -350,6 +352,9 @@ class CollectionIterator {
   }                                                                                            \
   [[nodiscard]] X##IteratorConst x##IteratorConst() const {                                    \
     return X##IteratorConst(this, x##Collection_.map());                                       \
+  }                                                                                            \
+  [[nodiscard]] Kor##X##Iterator kor##X##Iterator() {                                          \
+    return Kor##X##Iterator(this, x##Collection_.map());                                       \
   }                                                                                            \
                                                                                                \
  private:                                                                                      \

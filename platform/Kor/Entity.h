@@ -43,7 +43,8 @@ class KOR_API Entity : public PtrInterface, public NotifieeList {
 
  protected:
   // Announces a stored change: first to the readers of the attribute log, then by `hook` to the
-  // notifiees of X. Whoever writes calls it right after the store.
+  // notifiees of X. Whoever writes calls it right after the store. The hook owns what it passes on:
+  // a key may lie in a member that an earlier notifiee has let go.
   template <class X, class Hook>
   void attributeChanged(AttributeId id, Hook&& hook) const {
     if (notifiees() == 0 && log_.notifiees() == 0) [[likely]] {

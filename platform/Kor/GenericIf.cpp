@@ -37,7 +37,7 @@ KorType const& valueTypeAt(TextIterator it, TextIterator const& end) {
 
 GenericValue numberAt(TextIterator& it, TextIterator const& end) {
   std::string_view const ahead = it.text().view().substr(it.position());
-  auto const digits = ahead.substr(0, ahead.find_first_not_of("+-0123456789.eE"));
+  auto const digits = ahead.substr(0, ahead.find_first_not_of("+-0123456789_.eE"));
   if (ahead.starts_with("float") || digits.find_first_of(".eE") != std::string_view::npos) {
     double real = 0;
     sequenceToValue(it, end, real);

@@ -13,8 +13,9 @@
 // 0".
 //
 // Cursors: a cursor counts the member under it and stays correct whatever happens to the map
-// meanwhile: the member under it, its neighbours or all may be removed, the map may grow, and when
-// the map dies the cursor is at its end.
+// meanwhile: the member under it or its neighbours may be removed, and the map may grow. When all
+// are removed there is nothing behind its member, whatever is linked afterwards, and when the map
+// dies the cursor is at its end.
 
 #include "Kor/Assert.h"
 #include "Kor/Hash.h"
@@ -157,9 +158,14 @@ class HashMap {
 
   // One walk in order that unlinks each member and then calls announce(Ptr<Member>), which may do
   // anything to the map: a member that it links ahead of the walk goes too, one behind it stays.
+  // Cursors that are open when it begins keep their member and go to their end from there.
   template <class Announce>
   void removeAll(Announce&& announce) {
+    for (Cursor* open = cursors_; open != nullptr; open = open->older_) {
+      open->over_ = !open->removesAll_;
+    }
     Cursor cursor(*this);
+    cursor.removesAll_ = true;
     while (Kor::Ptr<Member> const removed = cursor.member_) {
       remove(removed.get());
       announce(removed);
@@ -295,7 +301,8 @@ class HashMap<Member>::Cursor {
   explicit Cursor(HashMap& map) : member_(share(map.first())), removals_(map.removals_) {
     attach(&map);
   }
-  Cursor(Cursor const& other) : member_(other.member_), removals_(other.removals_) {
+  Cursor(Cursor const& other)
+      : member_(other.member_), removals_(other.removals_), over_(other.over_) {
     attach(other.map_);
   }
   Cursor& operator=(Cursor const& other) {
@@ -303,6 +310,7 @@ class HashMap<Member>::Cursor {
       detach();
       member_ = other.member_;
       removals_ = other.removals_;
+      over_ = other.over_;
       attach(other.map_);
     }
     return *this;
@@ -313,7 +321,7 @@ class HashMap<Member>::Cursor {
   [[nodiscard]] Kor::Ptr<Member> const& member() const { return member_; }
 
   void advance() {
-    if (map_ == nullptr || !member_) {
+    if (map_ == nullptr || !member_ || over_) {
       member_ = nullptr;
     } else if (removals_ == map_->removals_) {
       member_ = share(map_->next(member_.get()));
@@ -372,6 +380,8 @@ class HashMap<Member>::Cursor {
   HashMap* map_ = nullptr;
   Kor::Ptr<Member> member_;
   std::uint32_t removals_ = 0;
+  bool removesAll_ = false;
+  bool over_ = false;  // all were removed under it: nothing comes behind its member
   Cursor* newer_ = nullptr;
   Cursor* older_ = nullptr;
 };

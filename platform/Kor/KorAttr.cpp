@@ -2,6 +2,7 @@
 #include "Kor/KorAttr.h"
 
 #include "Kor/Exception.h"
+#include "Kor/GenericIf.h"
 #include "Kor/IntrospectionReactor.h"
 
 #include <algorithm>
@@ -10,6 +11,11 @@ namespace Kor {
 
 std::uint32_t KorAttr::KorAttrIntrospectionFlags::refused() {
   throw RangeException("KorAttrIntrospectionFlags::value > 0x3f not allowed");
+}
+
+GenericValue KorAttr::unanswered(Instance const& /*self*/, KorAttr const& attr,
+                                 AttributeOperation const& operation) {
+  GenericIf::throwOpNotSupportedException(attr.name(), operation.code);
 }
 
 KorAttr::Ptr KorAttr::attr(KorType const* type, std::string_view name) {

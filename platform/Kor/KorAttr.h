@@ -121,7 +121,7 @@ class KOR_API KorAttr {
   [[nodiscard]] std::vector<ArgumentSpec> const& args() const { return args_; }
   void newArg(Name name, Name typeName);
 
-  // Null while nothing answers for it.
+  // What answers for it; until that is set, something that refuses every operation.
   [[nodiscard]] Access access() const { return access_; }
   void accessIs(Access answers) { access_ = answers; }
   // Null for what is no data.
@@ -145,13 +145,15 @@ class KOR_API KorAttr {
   KorAttr() = default;
   ~KorAttr() = default;
 
+  static GenericValue unanswered(Instance const& self, KorAttr const& attr,
+                                 AttributeOperation const& operation);
   static Ptr enter(KorType* type, Ptr attr);
   // The identifier of `attr` answers no more.
   static void idForgotten(KorType* type, KorAttr const& attr);
 
   mutable std::uint32_t references_ = 1;
   AttributeId id_ = 0;
-  Access access_ = nullptr;
+  Access access_ = &unanswered;
   Reader reader_ = nullptr;
   Name name_;
   KorType const* owner_ = nullptr;

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Kor/Strep.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <tuple>
 
 namespace Kor {
 namespace {
@@ -208,34 +210,121 @@ class StringLiteralReader {
   std::string text_;
 };
 
-// The characters of a decimal number that start `text`.
-std::string_view integerToken(std::string_view text) {
-  std::size_t length = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
-  std::size_t const sign = length;
-  while (length < text.size() && isDigit(text[length])) {
-    ++length;
+// Digits of a number in a text, underscores between them, up to where they end.
+struct Digits {
+  std::string plain;       // without the underscores
+  std::size_t length = 0;  // as they stand
+};
+
+Digits digitsOf(std::string_view text, unsigned base) {
+  auto const isOne = [&](std::size_t place) {
+    return place < text.size() && static_cast<unsigned>(hexValue(text[place])) < base;
+  };
+  Digits digits;
+  for (;; ++digits.length) {
+    if (isOne(digits.length)) {
+      digits.plain.push_back(text[digits.length]);
+    } else if (digits.plain.empty() || text.substr(digits.length, 1) != "_" ||
+               !isOne(digits.length + 1)) {
+      return digits;
+    }
   }
-  return length == sign ? std::string_view() : text.substr(0, length);
+}
+
+// An integer literal at the start of a text.
+struct IntegerLiteral {
+  bool negative = false;
+  unsigned base = 10;
+  Digits digits;           // none: there is no integer
+  std::size_t length = 0;  // with sign and prefix
+};
+
+IntegerLiteral integerLiteral(std::string_view text) {
+  IntegerLiteral literal;
+  std::size_t const sign = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
+  literal.negative = sign == 1 && text[0] == '-';
+  std::string_view const head = text.substr(sign, 2);
+  std::size_t prefix = 0;
+  for (auto const& [lower, upper, base] :
+       {std::tuple("0x", "0X", 16U), std::tuple("0o", "0O", 8U), std::tuple("0b", "0B", 2U)}) {
+    if (head == lower || head == upper) {
+      literal.base = base;
+      prefix = text.substr(sign + 2, 1) == "_" ? 3 : 2;
+    }
+  }
+  literal.digits = digitsOf(text.substr(std::min(sign + prefix, text.size())), literal.base);
+  if (literal.digits.plain.empty() && prefix != 0) {
+    // Nothing behind the prefix: the number is its zero.
+    prefix = 0;
+    literal.base = 10;
+    literal.digits = digitsOf(text.substr(sign), 10);
+  }
+  literal.length = sign + prefix + literal.digits.length;
+  return literal;
+}
+
+// A decimal number with or without fraction and exponent, at the start of a text.
+struct FloatLiteral {
+  std::string plain;  // without plus and underscores
+  std::size_t length = 0;
+};
+
+FloatLiteral floatLiteral(std::string_view text) {
+  FloatLiteral literal;
+  auto const take = [&](Digits const& digits) {
+    literal.plain += digits.plain;
+    literal.length += digits.length;
+    return !digits.plain.empty();
+  };
+  auto const next = [&] { return text.substr(literal.length); };
+  if (next().starts_with('-') || next().starts_with('+')) {
+    literal.plain = next()[0] == '-' ? "-" : "";
+    literal.length = 1;
+  }
+  bool some = take(digitsOf(next(), 10));
+  if (next().starts_with('.')) {
+    literal.plain.push_back('.');
+    ++literal.length;
+    some = take(digitsOf(next(), 10)) || some;
+  }
+  if (!some) {
+    return {};
+  }
+  // An exponent without digits is none: the number ends before it.
+  std::string_view const tail = next();
+  if (tail.starts_with('e') || tail.starts_with('E')) {
+    std::size_t const sign = tail.size() > 1 && (tail[1] == '-' || tail[1] == '+') ? 1 : 0;
+    Digits const exponent = digitsOf(tail.substr(1 + sign), 10);
+    if (!exponent.plain.empty()) {
+      literal.plain.append(tail.substr(0, 1 + sign));
+      literal.length += 1 + sign;
+      take(exponent);
+    }
+  }
+  return literal;
 }
 
 template <class Number>
 Number readInteger(TextIterator& it, TextIterator const& end, Number lowest, Number highest) {
   skipSpace(it, end);
-  std::string_view const token = integerToken(rest(it, end));
-  if (token.empty()) {
+  std::string_view const text = rest(it, end);
+  IntegerLiteral const literal = integerLiteral(text);
+  std::string const& digits = literal.digits.plain;
+  if (digits.empty()) {
     fail("expected an integer", it.position());
   }
+  std::uint64_t magnitude = 0;
+  auto const result = std::from_chars(digits.data(), digits.data() + digits.size(), magnitude,
+                                      static_cast<int>(literal.base));
   // Minus zero is zero, which an unsigned number can be as well.
-  bool const zero = token.find_first_not_of("+-0") == std::string_view::npos;
-  std::string_view const digits =
-      zero || token[0] == '+' ? token.substr(token.find_last_of("+-") + 1) : token;
-  Number number{};
-  auto const [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-  if (error != std::errc() || stop != digits.data() + digits.size() || number < lowest ||
-      number > highest) {
-    fail(std::string(token) + " out of range", it.position());
+  std::uint64_t const most = literal.negative
+                                 ? (std::is_signed_v<Number> ? std::uint64_t{1} << 63 : 0)
+                                 : static_cast<std::uint64_t>(std::numeric_limits<Number>::max());
+  auto const number = static_cast<Number>(literal.negative ? 0 - magnitude : magnitude);
+  if (result.ec != std::errc() || magnitude > most || number < lowest || number > highest) {
+    fail(std::string(text.substr(0, literal.length)) + " out of range", it.position());
   }
-  advance(it, token.size());
+  advance(it, literal.length);
   return number;
 }
 
@@ -354,21 +443,25 @@ void sequenceToValue(TextIterator& it, TextIterator const& end, double& value) {
     }
   }
   std::string_view const text = rest(it, end);
-  std::size_t const sign = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
-  bool const starts = sign < text.size() && (isDigit(text[sign]) || text[sign] == '.');
-  char const* const first = text.data() + (sign == 1 && text[0] == '+' ? 1 : 0);
-  double number = 0;
-  std::from_chars_result result{first, std::errc::invalid_argument};
-  if (starts) {
-    result = std::from_chars(first, text.data() + text.size(), number);
+  IntegerLiteral const whole = integerLiteral(text);
+  if (whole.base != 10) {
+    auto const integer =
+        readInteger<std::int64_t>(it, end, std::numeric_limits<std::int64_t>::min(),
+                                  std::numeric_limits<std::int64_t>::max());
+    value = static_cast<double>(integer);
+    return;
   }
+  FloatLiteral const literal = floatLiteral(text);
+  double number = 0;
+  auto const result =
+      std::from_chars(literal.plain.data(), literal.plain.data() + literal.plain.size(), number);
   if (result.ec == std::errc::result_out_of_range) {
-    fail(std::string(text.data(), result.ptr) + " out of range", it.position());
+    fail(std::string(text.substr(0, literal.length)) + " out of range", it.position());
   }
   if (result.ec != std::errc()) {
     fail("expected a number", it.position());
   }
-  advance(it, static_cast<std::size_t>(result.ptr - text.data()));
+  advance(it, literal.length);
   value = number;
 }
 
@@ -420,7 +513,7 @@ std::int32_t sequenceToEnum(TextIterator& it, TextIterator const& end, EnumNames
     }
     throw RangeException(std::string(names.type) + " has no such value: " + text.stdString());
   }
-  if (integerToken(rest(it, end)).empty()) {
+  if (integerLiteral(rest(it, end)).digits.plain.empty()) {
     fail("expected " + std::string(names.type), it.position());
   }
   std::int32_t value = 0;

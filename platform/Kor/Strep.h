@@ -78,7 +78,8 @@ KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, String8&
 KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, Name& text);
 KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, bool& value);
 KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, double& value);
-// A decimal number in [lowest, highest]; raises "NUMBER out of range at column N".
+// An integer literal (12, -0x1f, 0b101, 0o17, 1_000) in [lowest, highest]; raises "NUMBER out of
+// range at column N".
 KOR_API std::int64_t sequenceToInteger(TextIterator& it, TextIterator const& end,
                                        std::int64_t lowest, std::int64_t highest);
 KOR_API std::uint64_t sequenceToUnsigned(TextIterator& it, TextIterator const& end,

@@ -71,6 +71,7 @@ class KOR_API String8 {
   friend bool operator==(String8 const& a, char const* b) { return a.view() == b; }
   friend String8 operator+(String8 const& a, String8 const& b);
   friend std::ostream& operator<<(std::ostream& out, String8 const& text) {
+    out.width(0);  // neither padded nor left to pad what comes next
     return out.write(text.charPtr(), static_cast<std::streamsize>(text.length()));
   }
 

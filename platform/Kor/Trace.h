@@ -11,6 +11,7 @@
 #include "Kor/Export.h"
 
 #include <functional>
+#include <locale>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -53,6 +54,7 @@ KOR_API TraceSink traceSinkIs(TraceSink sink);
   do {                                                                                  \
     if ((handle).on(level)) [[unlikely]] {                                              \
       std::ostringstream korTraceText;                                                  \
+      korTraceText.imbue(std::locale::classic());                                       \
       korTraceText << streamed; /* NOLINT(bugprone-macro-parentheses): a chain of << */ \
       (handle).write(level, korTraceText.view());                                       \
     }                                                                                   \

@@ -19,7 +19,7 @@ void ConfigMembers::memberOfNotify(Vorel::IntfId const& key,
   auto& config = static_cast<Config&>(*this);
   config.reindex(key);
   attributeChanged<Config>(Config::memberOfId,
-                           [&](Config::NotifieeConst& notifiee) { notifiee.onMember(key); });
+                           [key](Config::NotifieeConst& notifiee) { notifiee.onMember(key); });
 }
 
 Kor::Ptr<Config::KorMemberOf> Config::newMemberOf(Vorel::IntfId const& member,

@@ -76,7 +76,7 @@ class RoutingInfoBase : public RoutingStatus {
   }
   void routedIntfChanged(Vorel::IntfId intf) const override {
     this->template attributeChanged<Self>(
-        routedIntfId, [&](NotifieeConst& notifiee) { notifiee.onRoutedIntf(intf); });
+        routedIntfId, [intf](NotifieeConst& notifiee) { notifiee.onRoutedIntf(intf); });
   }
 };
 

@@ -154,6 +154,18 @@ TEST_F(AclHelperRecords, TheKeyOfTheOneThatGoesMayNameIt) {
   EXPECT_EQ(helper->testDatas(), 0U);
 }
 
+TEST_F(AclHelperRecords, AKeyThatGoesWithItsRecordIsAnnouncedToAll) {
+  AclPolicyData* const record = helper->newTestData(policy("a")).get();
+  auto const later = Kor::make<Watcher>(journal, "later", helper.get());
+  watcher->reactionIs([&] {
+    watcher->reactionIs(nullptr);
+    helper->testDataDel(policy("a"));
+  });
+  helper->testDataNotify(record->key(), nullptr);
+  EXPECT_THAT(journal, ElementsAre("w: testData a", "w: testData a", "later: testData a",
+                                   "later: testData a"));
+}
+
 TEST_F(AclHelperRecords, RemovingAllIsAnnouncedOncePerRecord) {
   helper->newTestData(policy("a"));
   helper->newTestData(policy("b"));

@@ -147,8 +147,8 @@ TEST(ByName, ReadingACollectionOrAFunctionAsDataIsRefused) {
   EXPECT_EQ(
       textOf<Kor::TypeException>([&] { static_cast<void>(object.get(AttributeName("book"))); }),
       "type error: kor_index");
-  EXPECT_EQ(textOf<Kor::TypeException>([&] { static_cast<void>(object["weigh"].get()); }),
-            "type error: Kor::GenericIf::List_ expected for List");
+  EXPECT_EQ(textOf<Kor::OpNotSupportedException>([&] { static_cast<void>(object["weigh"].get()); }),
+            "operation 0 not supported: weigh");
 }
 
 TEST(ByName, WrongNamesAreAnsweredWithTheNearestOnes) {

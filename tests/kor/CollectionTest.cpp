@@ -285,6 +285,29 @@ TEST(ValueCollection, RemovingAllEndsOtherWalks) {
   EXPECT_FALSE(it);
 }
 
+TEST(ValueCollection, AWalkThatRemovingAllHasEndedDoesNotComeToWhatIsInsertedLater) {
+  auto const shelf = shelfOf(10);
+  auto it = shelf->bookIterator();
+  shelf->bookDelAll();
+  for (int i = 0; i < 10; ++i) {
+    shelf->newBook(std::to_string(i), i);
+  }
+  ++it;
+  EXPECT_FALSE(it);
+  EXPECT_EQ(keysOf(shelf->bookIterator()).size(), 10U);
+}
+
+TEST(ValueCollection, RemovingAllInsideTheHookOfRemovingAllEndsBoth) {
+  auto const shelf = shelfOf(10);
+  shelf->hook = [&](String8 const& /*key*/) {
+    shelf->hook = nullptr;
+    shelf->bookDelAll();
+  };
+  shelf->bookDelAll();
+  EXPECT_EQ(shelf->books(), 0U);
+  EXPECT_EQ(shelf->announced.size(), 10U);
+}
+
 TEST(ValueCollection, AnOwnerThatDiesPutsItsIteratorsAtTheEnd) {
   auto shelf = shelfOf(3);
   auto it = shelf->bookIterator();
@@ -402,6 +425,16 @@ TEST(OwnedCollection, RemovalThroughAnIteratorAnnounces) {
   ++it;
   EXPECT_FALSE(it);
   EXPECT_EQ(Drawer::alive(), 0);
+}
+
+TEST(OwnedCollection, TheKorIteratorAnswersMembersAndRemoves) {
+  auto const shelf = Kor::make<Shelf>();
+  auto const drawer = shelf->newDrawer("top");
+  auto it = shelf->korDrawerIterator();
+  EXPECT_EQ(it.entry(), drawer);
+  it.del();
+  EXPECT_THAT(shelf->announced, ElementsAre("drawer top"));
+  EXPECT_EQ(shelf->drawers(), 0U);
 }
 
 TEST(OwnedCollection, MembersDieWithTheirOwnerUnlessSomebodyHoldsThem) {

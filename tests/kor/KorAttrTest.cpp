@@ -192,4 +192,28 @@ TEST(Attributes, DefinedAsDataOrCollectionOfValuesAreEnteredAtOnce) {
   EXPECT_EQ(data->introspectionFlags(), Introspection(2));
 }
 
+// A record that no table has filled
+
+TEST(KorAttr, ThatNothingAnswersForRefusesEveryOperation) {
+  class Bare : public Kor::PtrInterface {
+   public:
+    [[nodiscard]] KorType const* fwkType() const override { return _fwkType(); }
+    static KorType* _fwkType() {
+      static KorType type("Test::Bare", PtrInterface::_fwkType());
+      return &type;
+    }
+  };
+  attrIs(*Bare::_fwkType(), "width", 130);
+  Kor::GenericIf const adapter(Kor::make<Bare>(), Bare::_fwkType(), false);
+  for (std::uint32_t const code : {0U, 1U, 128U, 200U}) {
+    try {
+      static_cast<void>(adapter.attributeOp({130, code, {}, {}}));
+      FAIL() << code;
+    } catch (Kor::OpNotSupportedException const& error) {
+      EXPECT_EQ(error.name(), "width");
+      EXPECT_EQ(error.code(), code);
+    }
+  }
+}
+
 }  // namespace

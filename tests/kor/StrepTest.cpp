@@ -218,6 +218,27 @@ TEST(IntegerStrep, ASignIsAccepted) {
   EXPECT_EQ(strepToValue<unsigned>("-0"), 0U);
 }
 
+TEST(IntegerStrep, EveryLiteralOfPythonIsAccepted) {
+  EXPECT_EQ(strepToValue<int>("0x1F"), 31);
+  EXPECT_EQ(strepToValue<int>("-0Xff"), -255);
+  EXPECT_EQ(strepToValue<int>("0b101"), 5);
+  EXPECT_EQ(strepToValue<int>("0o17"), 15);
+  EXPECT_EQ(strepToValue<int>("1_000_000"), 1000000);
+  EXPECT_EQ(strepToValue<int>("0x_f_f"), 255);
+  EXPECT_EQ(strepToValue<std::uint64_t>("0xffffffffffffffff"),
+            std::numeric_limits<std::uint64_t>::max());
+  EXPECT_EQ(strepToValue<std::int64_t>("-0x8000000000000000"),
+            std::numeric_limits<std::int64_t>::min());
+  EXPECT_EQ(errorOf<std::int8_t>("0x80"), "0x80 out of range at column 0");
+  EXPECT_EQ(errorOf<std::int64_t>("0x8000000000000000"),
+            "0x8000000000000000 out of range at column 0");
+  EXPECT_EQ(errorOf<int>("0x"), "junk at column 1 deserializing 0x");
+  EXPECT_EQ(errorOf<int>("0xg"), "junk at column 1 deserializing 0xg");
+  EXPECT_EQ(errorOf<int>("1__0"), "junk at column 1 deserializing 1__0");
+  EXPECT_EQ(errorOf<int>("1_"), "junk at column 1 deserializing 1_");
+  EXPECT_EQ(errorOf<int>("_1"), "expected an integer at column 0");
+}
+
 TEST(BoolStrep, PrintsAndReadsTrueAndFalse) {
   EXPECT_EQ(valueToStrep(true), "True");
   EXPECT_EQ(valueToStrep(false), "False");
@@ -269,6 +290,8 @@ TEST(DoubleStrep, ReadsWhatPythonReads) {
   EXPECT_EQ(strepToValue<double>(".5"), 0.5);
   EXPECT_EQ(strepToValue<double>("+1.5E2"), 150.0);
   EXPECT_EQ(strepToValue<double>("-1e-2"), -0.01);
+  EXPECT_EQ(strepToValue<double>("1_000.2_5e1_0"), 1000.25e10);
+  EXPECT_EQ(strepToValue<double>("-0x10"), -16.0);
 }
 
 TEST(DoubleStrep, WhatIsNoNumberIsRefused) {
@@ -277,6 +300,8 @@ TEST(DoubleStrep, WhatIsNoNumberIsRefused) {
   EXPECT_EQ(errorOf<double>("nan"), "expected a number at column 0");
   EXPECT_EQ(errorOf<double>("+-5"), "expected a number at column 0");
   EXPECT_EQ(errorOf<double>("-."), "expected a number at column 0");
+  EXPECT_EQ(errorOf<double>("1e"), "junk at column 1 deserializing 1e");
+  EXPECT_EQ(errorOf<double>("1.5_"), "junk at column 3 deserializing 1.5_");
   EXPECT_EQ(errorOf<double>(" 1e999"), "1e999 out of range at column 1");
 }
 

@@ -103,8 +103,8 @@ TEST(String8, JoiningWithTheEmptyTextSharesTheOther) {
 
 TEST(String8, IsWrittenByLengthWhateverTheWidthOfTheStream) {
   std::ostringstream out;
-  out << std::setw(12) << std::setfill('*') << String8("a\0b"sv);
-  EXPECT_EQ(out.str(), std::string("a\0b"sv));
+  out << std::setw(12) << std::setfill('*') << String8("a\0b"sv) << 7;
+  EXPECT_EQ(out.str(), std::string("a\0b7"sv));
 }
 
 TEST(String8, AnIteratorKnowsItsBytePosition) {

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <locale>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -40,6 +41,18 @@ TEST(Trace, ALineIsWrittenWhenItsLevelIsOn) {
   KOR_TRACE_LINE(brake, 5, "other source");
   EXPECT_THAT(trace.lines(),
               ElementsAre("TraceTestEngine|5|key=7, name=x", "TraceTestEngine|1|one"));
+}
+
+TEST(Trace, NumbersAreWrittenTheSameInEveryLocale) {
+  struct Grouping : std::numpunct<char> {
+    [[nodiscard]] char do_thousands_sep() const override { return '_'; }
+    [[nodiscard]] std::string do_grouping() const override { return "\1"; }
+  };
+  TraceRecorder const trace("TraceTestEngine", 5);
+  std::locale const before = std::locale::global(std::locale(std::locale(), new Grouping()));
+  KOR_TRACE_LINE(engine, 5, "count=" << 1234);
+  std::locale::global(before);
+  EXPECT_THAT(trace.lines(), ElementsAre("TraceTestEngine|5|count=1234"));
 }
 
 TEST(Trace, LevelZeroIsOnWithoutAnySetting) {
