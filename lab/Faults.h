@@ -27,12 +27,15 @@ Fault readFault(std::string_view argument);
 void inject(PolicyMapTest::AclHelper& helper, Fault const& fault);
 void clearFaults(PolicyMapTest::AclHelper& helper);
 
+/// Seconds that may pass at once: what is tried again for ever would take ever.
+constexpr double longestAdvance = 1e6;
+
 /// Something to be done after everything is loaded.
 struct Step {
   enum class Kind : std::uint8_t {
     clear,    ///< no operation fails any more
     trigger,  ///< the pending asynchronous result is delivered
-    advance,  ///< virtual time passes
+    advance,  ///< virtual time passes, longestAdvance at most
   };
 
   Kind kind = Kind::clear;

@@ -83,6 +83,10 @@ class Parser {
   void openBanner(Token const& first);
   bool endsBanner(std::string_view line) const;
 
+  void enter(Mode mode) {
+    mode_ = mode;
+    modeLine_ = position_.line;
+  }
   void ipAccessList(Lexer& lexer, bool remove);
   void ip6AccessList(Lexer& lexer, bool remove) { accessList(lexer, Family::ip6, remove); }
   void macAccessList(Lexer& lexer, bool remove);
@@ -120,15 +124,26 @@ class Parser {
   void routing(Lexer& lexer, Family family, bool remove);
   std::string takeType(Lexer& lexer) const;
 
-  void emit(StatementBody body) { result_.statements.push_back({position_, std::move(body)}); }
+  void emit(StatementBody body) {
+    result_.statements.push_back({position_, block(), subject_, std::move(body)});
+  }
+  void isAbout(Token const& word) { subject_ = nameOf(word); }
+  /// The line of the command that opened the mode.
+  std::uint32_t block() const {
+    return mode_ == Mode::top ? 0 : mode_ == Mode::policyClass ? classLine_ : modeLine_;
+  }
 
   LineReader reader_;
   bool lenient_;
   PolicyText result_;
 
-  /// The first word of the current line.
+  /// The first word of the current line, and the one that it is about.
   SourcePosition position_;
+  Name subject_;
   Mode mode_ = Mode::top;
+  /// Where the mode was opened, and, in a policy-map, where the class was.
+  std::uint32_t modeLine_ = 0;
+  std::uint32_t classLine_ = 0;
   /// Column of the command that opened the mode; whether a line below it was indented deeper.
   std::uint32_t modeColumn_ = 1;
   bool bodyIsIndented_ = false;
@@ -137,8 +152,9 @@ class Parser {
   RuleKind ruleKind_ = RuleKind::ip4;
   Name outer_;  // class-map, policy-map or interface
   Name className_;
-  /// The list that one-line commands filled last, if no other command came between.
+  /// The list that one-line commands filled last, if no other command came between, and where.
   std::string numbered_;
+  std::uint32_t numberedLine_ = 0;
 
   /// Column and kind of the skipped line whose block we may be in; column 0 for none.
   std::uint32_t skippedColumn_ = 0;
@@ -206,7 +222,7 @@ PolicyText Parser::parse() {
     parseLine();
   }
   if (bannerEnd_) {
-    throw InputError(bannerPosition_, "a banner that ends with " + excerpt(*bannerEnd_), "");
+    throw InputError(bannerPosition_, "a banner that ends with " + excerpt(*bannerEnd_), "banner");
   }
   return std::move(result_);
 }
@@ -218,6 +234,7 @@ void Parser::parseLine() {
     return;
   }
   position_ = reader_.position(first.column);
+  isAbout(first);
   bodyIsIndented_ = bodyIsIndented_ || first.column > modeColumn_;
   try {
     parseCommand(lexer, first);
@@ -378,10 +395,10 @@ void Parser::accessList(Lexer& lexer, Family family, bool remove, RuleKind kind)
     emit(AccessListRemove{std::move(list)});
     return;
   }
-  mode_ = Mode::accessList;
   list_ = {family, withoutColumn(list.name)};
   ruleKind_ = kind;
   emit(AccessListOpen{std::move(list), kind == RuleKind::standardIp4});
+  enter(Mode::accessList);
 }
 
 /// One line that names its list by number, as if the list's mode held for just this line.
@@ -408,12 +425,17 @@ void Parser::numberedAccessList(Lexer& lexer, bool remove) {
     lexer.fail("permit, deny or remark");
   }
   accessListEntry(lexer, remove);
-  if (!remove && numbered_ != name) {
+  if (remove) {
+    return;
+  }
+  if (numbered_ != name) {
     // Opened only now that the line is understood.
     result_.statements.insert(result_.statements.begin() + static_cast<std::ptrdiff_t>(before),
-                              {position_, AccessListOpen{list_, standard}});
+                              {position_, 0, subject_, AccessListOpen{list_, standard}});
     numbered_ = name;
+    numberedLine_ = position_.line;
   }
+  result_.statements.back().block = numberedLine_;
 }
 
 /// Reads an entry of the list; false when the line is none and no word of it was taken.
@@ -421,6 +443,7 @@ bool Parser::accessListEntry(Lexer& lexer, bool remove) {
   std::optional<std::uint32_t> sequence;
   std::uint64_t number = 0;
   if (parseNumber(lexer.peek().text, 0, std::numeric_limits<std::uint64_t>::max(), number)) {
+    isAbout(lexer.peek());
     sequence = static_cast<std::uint32_t>(takeNumber(lexer, "sequence number", 1, highestWord));
   }
   if (sequence && remove) {
@@ -432,6 +455,9 @@ bool Parser::accessListEntry(Lexer& lexer, bool remove) {
     return true;
   }
   bool const permit = lexer.peek().is("permit");
+  if (!sequence) {
+    isAbout(lexer.peek());
+  }
   if (!permit && !lexer.peek().is("deny")) {
     if (sequence) {
       lexer.fail("permit, deny or remark");
@@ -449,6 +475,9 @@ bool Parser::accessListEntry(Lexer& lexer, bool remove) {
 }
 
 void Parser::remark(Lexer& lexer, std::optional<std::uint32_t> sequence, bool remove) {
+  if (remove && !lexer.peek().atEnd()) {
+    isAbout(lexer.peek());
+  }
   std::string text(lexer.rest().text);
   if (remove) {
     emit(RemarkRemove{list_, std::move(text)});
@@ -491,9 +520,9 @@ void Parser::classMap(Lexer& lexer, bool remove) {
     emit(ClassMapRemove{std::move(open.classMap)});
     return;
   }
-  mode_ = Mode::classMap;
   outer_ = withoutColumn(open.classMap);
   emit(std::move(open));
+  enter(Mode::classMap);
 }
 
 void Parser::match(Lexer& lexer, bool remove) {
@@ -519,6 +548,7 @@ void Parser::matchFamily(Lexer& lexer, Family family, bool remove) {
     matchList(lexer, family, remove);
     return;
   }
+  isAbout(lexer.peek());
   bool const deny = lexer.accept("deny");
   if (!deny) {
     lexer.accept("permit");
@@ -549,9 +579,9 @@ void Parser::policyMap(Lexer& lexer, bool remove) {
     emit(PolicyMapRemove{std::move(open.policyMap)});
     return;
   }
-  mode_ = Mode::policyMap;
   outer_ = withoutColumn(open.policyMap);
   emit(std::move(open));
+  enter(Mode::policyMap);
 }
 
 void Parser::policyClass(Lexer& lexer, bool remove) {
@@ -568,13 +598,15 @@ void Parser::policyClass(Lexer& lexer, bool remove) {
     emit(PolicyClassRemove{outer_, std::move(name)});
     return;
   }
-  mode_ = Mode::policyClass;
   className_ = withoutColumn(name);
   emit(PolicyClassOpen{outer_, std::move(name), std::move(other)});
+  mode_ = Mode::policyClass;
+  classLine_ = position_.line;
 }
 
 void Parser::setAction(Lexer& lexer, bool remove) {
   PolicyClassAction body{outer_, className_, 0, std::nullopt};
+  isAbout(lexer.peek());
   for (std::uint8_t action = 1; action <= 3 && body.action == 0; ++action) {
     body.action = lexer.accept("action" + std::to_string(action)) ? action : std::uint8_t{0};
   }
@@ -604,14 +636,15 @@ void Parser::interface(Lexer& lexer, bool remove) {
     emit(InterfaceRemove{std::move(name)});
     return;
   }
-  mode_ = Mode::interface;
   outer_ = withoutColumn(name);
   emit(InterfaceOpen{std::move(name)});
+  enter(Mode::interface);
 }
 
 void Parser::address(Lexer& lexer, Family family, bool remove) {
   InterfaceAddress body{outer_, family, std::nullopt, false, remove};
   if (!remove || !lexer.peek().atEnd()) {
+    isAbout(lexer.peek());
     InterfacePrefix prefix;
     if (parsePrefix(family, lexer.peek().text, prefix.address, prefix.length)) {
       lexer.next();
@@ -644,6 +677,9 @@ void Parser::shutdown(Lexer& lexer, bool remove) {
 
 void Parser::channelGroup(Lexer& lexer, bool remove) {
   InterfaceChannelGroup body{outer_, std::nullopt, remove};
+  if (remove && !lexer.peek().atEnd()) {
+    isAbout(lexer.peek());
+  }
   if (!remove || !lexer.peek().atEnd()) {
     body.group = static_cast<std::uint32_t>(takeNumber(lexer, "channel-group", 1, 65535));
   }

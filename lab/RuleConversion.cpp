@@ -64,6 +64,7 @@ Configured ipRule(IpRule const& rule) {
   configured.ttlIs(numberMatch<Acl::TtlMatch>(rule.ttl));
   configured.tcpFlagsIs(Acl::TcpFlags(rule.tcpFlags, rule.tcpFlags));
   configured.establishedIs(rule.established);
+  configured.ackOrRstIs(rule.ackOrRst);
   configured.fragmentsIs(rule.fragments);
   if (rule.icmp) {
     configured.icmpTypeIs(rule.icmp->type);

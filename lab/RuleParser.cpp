@@ -202,8 +202,8 @@ class IpOptions {
     while (!lexer_.peek().atEnd()) {
       if (!takeDscp() && !takeTtl() && !takeTcpFlag() && !takeIcmp() && !takeWord()) {
         lexer_.fail(
-            "a rule option (dscp, ttl, established, a TCP flag, an ICMP message, fragments, "
-            "log) or end of line");
+            "a rule option (dscp, ttl, established, ack-or-rst, a TCP flag, an ICMP message, "
+            "fragments, log) or end of line");
       }
     }
   }
@@ -246,12 +246,14 @@ class IpOptions {
       bits = lexer_.peek().is(flag.name) ? flag.bit : bits;
     }
     bool const established = lexer_.peek().is("established");
-    if (bits == 0 && !established) {
+    bool const ackOrRst = lexer_.peek().is("ack-or-rst");
+    if (bits == 0 && !established && !ackOrRst) {
       return false;
     }
     refuseIf(rule_.protocol != protocol::tcp, "protocol tcp before a TCP flag");
     rule_.tcpFlags = static_cast<std::uint8_t>(rule_.tcpFlags | bits);
     rule_.established = rule_.established || established;
+    rule_.ackOrRst = rule_.ackOrRst || ackOrRst;
     lexer_.next();
     return true;
   }

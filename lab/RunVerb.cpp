@@ -7,6 +7,7 @@
 #include <Kor/Trace.h>
 
 #include <algorithm>
+#include <charconv>
 
 namespace lab {
 
@@ -14,6 +15,15 @@ namespace {
 
 constexpr std::size_t mostClasses = 1000000;
 constexpr std::size_t mostInterfaces = 65535;
+
+/// Why SECONDS is no time that can pass; empty when it is one.
+std::string faultOfAdvance(std::string const& seconds) {
+  double value = 0;
+  char const* const end = seconds.data() + seconds.size();
+  auto const [stop, error] = std::from_chars(seconds.data(), end, value);
+  bool const passes = error == std::errc() && stop == end && value >= 0 && value <= longestAdvance;
+  return passes ? "" : "SECONDS must be 0 to 1000000, not " + seconds;
+}
 
 /// What keeps the run from being a success.
 bool counts(Problem const& problem, bool lenient) {
@@ -136,7 +146,7 @@ void RunVerb::addFaultOptions() {
           },
           "Afterwards let virtual time pass; may repeat,\nin order with --then")
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.0, 1e6))
+      ->check(&faultOfAdvance)
       ->trigger_on_parse();
   command_->add_option("--trace", traceLevel_, "Write the library's and the core's trace lines")
       ->type_name("LEVEL")

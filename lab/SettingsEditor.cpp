@@ -4,6 +4,9 @@
 #include <Kor/Exception.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <map>
+#include <string>
 
 namespace lab {
 
@@ -45,8 +48,10 @@ class Editor {
  private:
   // Faults
 
+  /// `found` is what the statement is about, as the message is to show it.
   [[noreturn]] void fail(std::string expected, std::string found, std::string kind) const {
-    throw Failure{statement_->position, std::move(expected), std::move(found), std::move(kind)};
+    throw Failure{statement_->subjectPosition(), std::move(expected), std::move(found),
+                  std::move(kind)};
   }
   [[noreturn]] void fail(std::string expected, Name const& name, std::string kind) const {
     throw Failure{statement_->positionOf(name), std::move(expected), name.text, std::move(kind)};
@@ -99,8 +104,8 @@ class Editor {
     }
     std::optional<std::uint32_t> const number = sequence ? sequence : entries.nextNumber();
     if (!number) {
-      fail("a sequence number: there is none left behind the last entry of " + nameOf(id), "",
-           "access-list entry (number)");
+      fail("a sequence number: there is none left behind the last entry of " + nameOf(id),
+           statement_->subject.text, "access-list entry (number)");
     }
     entries.put(*number, std::move(entry));
   }
@@ -165,11 +170,11 @@ class Editor {
   }
 
   void matchIs(Name const& classMap, PolicyMap::ClassMapMatch const& match, bool remove,
-               std::string const& text) {
+               Name const& shown) {
     auto& matches = existingClassMap(classMap).matches;
     std::optional<std::uint32_t> const place = matches.numberOf(match);
     if (remove && !place) {
-      fail("a match of class-map " + classMap.text, text, "no match (absent)");
+      fail("a match of class-map " + classMap.text, shown, "no match (absent)");
     }
     if (remove) {
       matches.erase(*place);
@@ -182,15 +187,16 @@ class Editor {
   void apply(ClassMatchList const& body) {
     matchIs(body.classMap,
             PolicyMap::ClassMapMatch::acl(matchOption(body.list.family), body.list.name.text),
-            body.remove, body.list.name.text);
+            body.remove, body.list.name);
   }
   void apply(ClassMatchClass const& body) {
     matchIs(body.classMap, PolicyMap::ClassMapMatch::classMap(body.nested.text), body.remove,
-            body.nested.text);
+            body.nested);
   }
   void apply(ClassMatchRule const& body) {
     ConfiguredRule const rule = configuredRule(body.rule);
-    matchIs(body.classMap, ownMatch(rule), body.remove, describe(rule));
+    matchIs(body.classMap, ownMatch(rule), body.remove,
+            {describe(rule), statement_->subject.column});
   }
 
   // Policy-maps
@@ -342,8 +348,9 @@ class Editor {
       return;
     }
     if (!intf.isPhysical() || intf.isSubIntf()) {
-      fail("a physical interface as member of a channel-group", body.interface,
-           "channel-group (interface)");
+      fail("a command for " + body.interface.text +
+               ", which joins no channel-group: it is no physical interface",
+           statement_->subject.text, "channel-group (interface)");
     }
     interface.channelGroup = body.group;
   }
@@ -374,7 +381,15 @@ class Editor {
 
 void editSettings(Settings& settings, PolicyText& text, Reading reading) {
   Editor editor(settings);
+  std::map<std::uint32_t, std::string> passedOver;  // kinds of lines, by number
   for (Statement const& statement : text.statements) {
+    std::uint32_t const line = statement.position.line;
+    if (auto const block = passedOver.find(statement.block); block != passedOver.end()) {
+      if (passedOver.try_emplace(line, block->second).second) {
+        text.skipped.add(block->second);
+      }
+      continue;
+    }
     try {
       editor.carryOut(statement);
     } catch (Failure const& failure) {
@@ -382,6 +397,7 @@ void editSettings(Settings& settings, PolicyText& text, Reading reading) {
         throw InputError(failure.position, failure.expected, failure.found);
       }
       text.skipped.add(failure.kind);
+      passedOver.emplace(line, failure.kind);
     }
   }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Shell.h"
 
+#include "lab/Faults.h"
 #include "lab/TypeListing.h"
 
 #include <Kor/EventLoop.h>
@@ -301,11 +302,17 @@ bool Shell::command(std::string_view line) {
     printObjects();
   } else if (word == "advance") {
     GenericValue const seconds = valueOf(Parser(argument, objects_).expression()).value();
-    Kor::EventLoop::global().runFor(Kor::converted<double>(seconds, "seconds"));
+    auto const time = Kor::converted<double>(seconds, "seconds");
+    if (time < 0 || time > longestAdvance) {
+      throw Kor::RangeException("time passes by 0 to 1000000 seconds, not by " + argument);
+    }
+    Kor::EventLoop::global().runFor(time);
   } else if (line == "types") {
     printTypes(Kor::KorType::all(), console_);
   } else if (word == "types") {
-    printType(Kor::typeNamed(argument), console_);
+    for (Kor::KorType const* const type : typesNamed(argument)) {
+      printType(*type, console_);
+    }
   } else {
     return false;
   }

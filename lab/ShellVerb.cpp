@@ -5,6 +5,7 @@
 
 #include <Kor/EventLoop.h>
 
+#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <unistd.h>
@@ -42,15 +43,22 @@ ShellVerb::ShellVerb(CLI::App& program)
 ExitStatus ShellVerb::run(Console const& console) {
   Kor::EventLoop::global().virtualTimeIs(true);
   if (files_.empty()) {
-    return isatty(STDIN_FILENO) == 1 ? runPrompt(console) : runScript(std::cin, console);
+    if (isatty(STDIN_FILENO) == 1) {
+      return runPrompt(console);
+    }
+    ExitStatus const status = runScript(std::cin, console);
+    if (std::ferror(stdin) != 0) {
+      throw UsageError("standard input cannot be read");
+    }
+    return status;
   }
   Shell shell(console);
   for (std::string const& file : files_) {
     std::ifstream script(file);
-    if (!script) {
+    ExitStatus const status = runScript(shell, script, file + ": ", console);
+    if (!script.is_open() || script.bad()) {
       throw UsageError(file + " cannot be read");
     }
-    ExitStatus const status = runScript(shell, script, file + ": ", console);
     if (status != ExitStatus::success) {
       return status;
     }

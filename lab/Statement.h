@@ -66,8 +66,9 @@ struct IpRule {
   NumberMatch ttl;
   /// Flags that must be set (tcp_flag); 0 for no condition.
   std::uint8_t tcpFlags = 0;
-  /// ACK or RST set.
   bool established = false;
+  /// ACK or RST set.
+  bool ackOrRst = false;
   /// Only fragments other than the first.
   bool fragments = false;
   std::optional<IcmpMessage> icmp;
@@ -269,8 +270,13 @@ using StatementBody =
 struct Statement {
   /// The first word of the line.
   SourcePosition position;
+  /// The line of the command in whose mode the statement stands; 0 at the top.
+  std::uint32_t block = 0;
+  /// The word that the statement is about where it is no name; by default the first one.
+  Name subject;
   StatementBody body;
 
+  SourcePosition subjectPosition() const { return positionOf(subject); }
   /// Where one of the statement's names stands; the statement itself for a name from its mode.
   SourcePosition positionOf(Name const& name) const {
     return name.column == 0 ? position : SourcePosition{position.file, position.line, name.column};

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/TypeListing.h"
 
+#include <Kor/ByName.h>
+
 #include <iomanip>
 #include <sstream>
 
@@ -144,6 +146,19 @@ std::string shapeOf(KorAttr const& attr) {
 
 std::string kindOf(KorType const& type) {
   return type.isEntity() ? "entity" : type.isValue() ? "value" : "object";
+}
+
+std::vector<Kor::KorType const*> typesNamed(std::string const& name) {
+  std::vector<Kor::KorType const*> found;
+  for (Kor::KorType const* const type : Kor::KorType::all()) {
+    if (type->name() == name || type->shortName() == name) {
+      found.push_back(type);
+    }
+  }
+  if (found.empty()) {
+    found.push_back(&Kor::typeNamed(name));  // tells what names there are
+  }
+  return found;
 }
 
 void printTypes(std::vector<KorType const*> const& types, Console const& console) {

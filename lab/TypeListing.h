@@ -22,6 +22,9 @@ std::string shapeOf(Kor::KorAttr const& attr);
 /// "entity", "value" or "object".
 std::string kindOf(Kor::KorType const& type);
 
+/// The type of that qualified name, or all whose short name it is. Raises RangeException.
+std::vector<Kor::KorType const*> typesNamed(std::string const& name);
+
 void printTypes(std::vector<Kor::KorType const*> const& types, Console const& console);
 void printType(Kor::KorType const& type, Console const& console);
 nlohmann::ordered_json typesAsJson(std::vector<Kor::KorType const*> const& types);

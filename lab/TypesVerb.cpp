@@ -15,27 +15,6 @@ namespace {
 
 using Types = std::vector<Kor::KorType const*>;
 
-/// The type of that qualified name, or all whose short name it is.
-Types typesNamed(std::string const& name) {
-  if (name.empty()) {
-    return Kor::KorType::all();
-  }
-  Types found;
-  for (Kor::KorType const* const type : Kor::KorType::all()) {
-    if (type->name() == name || type->shortName() == name) {
-      found.push_back(type);
-    }
-  }
-  if (found.empty()) {
-    try {
-      found.push_back(&Kor::typeNamed(name));
-    } catch (Kor::RangeException const& error) {
-      throw UsageError(error.what());
-    }
-  }
-  return found;
-}
-
 void writePages(std::filesystem::path const& folder, Types const& types) {
   std::error_code failed;
   std::filesystem::create_directories(folder, failed);
@@ -61,7 +40,12 @@ TypesVerb::TypesVerb(CLI::App& program)
 }
 
 ExitStatus TypesVerb::run(Console const& console) {
-  Types const types = typesNamed(name_);
+  Types types;
+  try {
+    types = name_.empty() ? Kor::KorType::all() : typesNamed(name_);
+  } catch (Kor::RangeException const& error) {
+    throw UsageError(error.what());
+  }
   if (!folder_.empty()) {
     writePages(folder_, types);
   } else if (json_) {

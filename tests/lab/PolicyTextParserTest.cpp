@@ -578,7 +578,7 @@ TEST(PolicyTextParser, BannerIsSkippedToItsEnd) {
 
 TEST(PolicyTextParser, BannerWithoutAnEndIsRefusedWhereItBegins) {
   EXPECT_EQ(errorOf("!\n banner motd ^C\nip routing\n", Reading::lenient),
-            "t:2:2: expected a banner that ends with '^C', found end of line");
+            "t:2:2: expected a banner that ends with '^C', found 'banner'");
 }
 
 TEST(PolicyTextParser, LenientReadingTakesAnyType) {

@@ -175,6 +175,8 @@ TEST(RuleParser, TcpFlags) {
   EXPECT_EQ(ipRule("permit tcp any any ack").tcpFlags, 0x10);
   EXPECT_EQ(ipRule("permit tcp any any fin syn rst psh ack urg").tcpFlags, 0x3f);
   EXPECT_FALSE(ipRule("permit tcp any any ack rst").established);
+  EXPECT_TRUE(ipRule("permit tcp any any ack-or-rst").ackOrRst);
+  EXPECT_FALSE(ipRule("permit tcp any any established").ackOrRst);
   IpRule const established = ipRule("permit tcp any any established");
   EXPECT_TRUE(established.established);
   EXPECT_EQ(established.tcpFlags, 0);
@@ -207,9 +209,10 @@ TEST(RuleParser, OptionsStandInAnyOrder) {
 }
 
 TEST(RuleParser, UnknownOptionIsRefusedWithItsColumn) {
-  std::string const expected = "expected a rule option (dscp, ttl, established, a TCP flag, an "
-                               "ICMP message, fragments, log) "
-                               "or end of line, found ";
+  std::string const expected =
+      "expected a rule option (dscp, ttl, established, ack-or-rst, a TCP flag, an "
+      "ICMP message, fragments, log) "
+      "or end of line, found ";
   EXPECT_EQ(ruleError("permit tcp any any eq 80 time-range T"),
             "t:2:26: " + expected + "'time-range'");
   EXPECT_EQ(ruleError("permit tcp any any eq 80 81"), "t:2:26: " + expected + "'81'");

@@ -74,6 +74,8 @@ TEST_F(RunVerbTest, BadUsageEndsWithTwoAndATextOnStderr) {
                                                     {"run", "--rules", path, "--classes", "0"},
                                                     {"run", "--rules", path, "--classes", "x"},
                                                     {"run", "--rules", path, "--interfaces", "0"},
+                                                    {"run", path, "--advance", "nan"},
+                                                    {"run", path, "--advance", "-1"},
                                                     {"run", "--rules"}};
   for (auto const& arguments : lines) {
     Outcome const outcome = runLab(arguments);
@@ -254,6 +256,40 @@ TEST_F(RunVerbTest, LoopOfClassMapsMeansOneHoweverItIsRead) {
   Outcome const lenient = runLab({"run", "--lenient", path});
   EXPECT_EQ(lenient.status, ExitStatus::notProgrammed);
   EXPECT_THAT(lenient.out, HasSubstr("class-map A matches itself: A > A"));
+}
+
+TEST_F(RunVerbTest, ClassMapsNestAsDeepAsTheyAreWritten) {
+  std::string text = "ip access-list L\n permit ip any any\n";
+  constexpr int depth = 30000;
+  for (int i = 0; i < depth; ++i) {
+    std::string const number = std::to_string(i);
+    text += "class-map " + std::string(i % 2 == 0 ? "match-any" : "match-all") + " C" + number +
+            "\n match " +
+            (i + 1 == depth ? "access-group L" : "class-map C" + std::to_string(i + 1)) + "\n";
+  }
+  text += "policy-map P\n class C0\ninterface Ethernet1\n service-policy input P\n";
+  Outcome const deep = runLab({"run", "--json", file("deep.cfg", text)});
+  EXPECT_EQ(deep.status, ExitStatus::success) << deep.err;
+  EXPECT_EQ(nlohmann::json::parse(deep.out)["totals"]["rules"], 1);
+  text += "class-map C" + std::to_string(depth - 1) + "\n match class-map C0\n";
+  Outcome const loop = runLab({"run", file("loop.cfg", text)});
+  EXPECT_EQ(loop.status, ExitStatus::notProgrammed);
+  EXPECT_THAT(loop.out, HasSubstr("class-map C0 matches itself: C0 > C1 > "));
+  EXPECT_THAT(loop.out, HasSubstr("... > C29992 > "));
+}
+
+TEST_F(RunVerbTest, AckOrRstAndEstablishedAreCapabilitiesOfTheirOwn) {
+  auto const statusOf = [this](char const* word, char const* option) {
+    std::string const path =
+        file("flags.cfg", "ip access-list L\n permit tcp any any " + std::string(word) +
+                              "\nclass-map C\n match access-group L\npolicy-map P\n class C\n"
+                              "interface Ethernet1\n service-policy input P\n");
+    return runLab({"run", option, path}).status;
+  };
+  EXPECT_EQ(statusOf("ack-or-rst", "--no-ack-or-rst"), ExitStatus::notProgrammed);
+  EXPECT_EQ(statusOf("ack-or-rst", "--no-established"), ExitStatus::success);
+  EXPECT_EQ(statusOf("established", "--no-established"), ExitStatus::notProgrammed);
+  EXPECT_EQ(statusOf("established", "--no-ack-or-rst"), ExitStatus::success);
 }
 
 TEST_F(RunVerbTest, SkippedLinesAreCountedByKind) {

@@ -93,7 +93,7 @@ TEST(SettingsEditor, EntryTakesThePlaceOfTheOneOfItsNumber) {
 TEST(SettingsEditor, NothingGoesBehindTheHighestNumber) {
   EXPECT_EQ(errorOfEdit("ip access-list L\n4294967295 permit ip any any\n deny ip any any"),
             "t:3:2: expected a sequence number: there is none left behind the last entry of ip "
-            "access-list L, found end of line");
+            "access-list L, found 'deny'");
 }
 
 TEST(SettingsEditor, ListIsRemoved) {
@@ -111,13 +111,13 @@ TEST(SettingsEditor, AbsentListIsNotRemoved) {
 TEST(SettingsEditor, EntryIsRemovedByItsNumber) {
   EXPECT_THAT(entriesOf(edited("ip access-list L\npermit ip any any\nno 10"), "L"), ElementsAre());
   EXPECT_EQ(errorOfEdit("ip access-list L\n no 10"),
-            "t:2:2: expected the number of an entry of ip access-list L, found '10'");
+            "t:2:5: expected the number of an entry of ip access-list L, found '10'");
 }
 
 TEST(SettingsEditor, RemarkIsRemovedByItsNumberAndARuleIsNot) {
   EXPECT_THAT(entriesOf(edited("ip access-list L\nremark r\nno 10 remark"), "L"), ElementsAre());
   EXPECT_EQ(errorOfEdit("ip access-list L\npermit ip any any\nno 10 remark"),
-            "t:3:1: expected the number of a remark of ip access-list L, found '10'");
+            "t:3:4: expected the number of a remark of ip access-list L, found '10'");
 }
 
 TEST(SettingsEditor, RuleIsRemovedByWhatItSays) {
@@ -126,7 +126,7 @@ TEST(SettingsEditor, RuleIsRemovedByWhatItSays) {
                         "L"),
               ElementsAre("30 deny ip any any"));
   EXPECT_EQ(errorOfEdit("ip access-list L\npermit ip any any\nno deny ip any any"),
-            "t:3:1: expected a rule of ip access-list L, found 'deny ip any any'");
+            "t:3:4: expected a rule of ip access-list L, found 'deny ip any any'");
 }
 
 TEST(SettingsEditor, RemarksAreRemovedByTextOrAllTogether) {
@@ -137,7 +137,7 @@ TEST(SettingsEditor, RemarksAreRemovedByTextOrAllTogether) {
   EXPECT_THAT(entriesOf(edited("ip access-list L\nno remark", settings), "L"),
               ElementsAre("40 permit ip any any"));
   EXPECT_EQ(errorOfEdit("ip access-list L\nno remark d", settings),
-            "t:2:1: expected a remark of ip access-list L, found 'd'");
+            "t:2:11: expected a remark of ip access-list L, found 'd'");
 }
 
 TEST(SettingsEditor, ListIsEitherStandardOrExtended) {
@@ -191,11 +191,11 @@ TEST(SettingsEditor, EachKindOfMatchIsRemoved) {
 
 TEST(SettingsEditor, AbsentMatchIsNotRemoved) {
   EXPECT_EQ(errorOfEdit("class-map C\nmatch ipv6 access-group L\nno match access-group L"),
-            "t:3:1: expected a match of class-map C, found 'L'");
+            "t:3:23: expected a match of class-map C, found 'L'");
   EXPECT_EQ(errorOfEdit("class-map C\nno match class-map D"),
-            "t:2:1: expected a match of class-map C, found 'D'");
+            "t:2:20: expected a match of class-map C, found 'D'");
   EXPECT_EQ(errorOfEdit("class-map C\nmatch ip deny ip any any\nno match ip ip any any"),
-            "t:3:1: expected a match of class-map C, found 'permit ip any any'");
+            "t:3:13: expected a match of class-map C, found 'permit ip any any'");
 }
 
 // Policy-maps
@@ -241,7 +241,7 @@ TEST(SettingsEditor, ActionsAreSetReplacedAndRemoved) {
 
 TEST(SettingsEditor, AbsentActionIsNotRemoved) {
   EXPECT_EQ(errorOfEdit("policy-map P\nclass A\n no set action2 7"),
-            "t:3:2: expected an action of class A, found 'action2'");
+            "t:3:9: expected an action of class A, found 'action2'");
 }
 
 // Interfaces
@@ -308,9 +308,9 @@ TEST(SettingsEditor, AddressesAreRemovedOneByOneOrAllTogether) {
       edited("interface Ethernet1\nno ip address\nno ip address\nno ipv6 address", settings);
   EXPECT_THAT(addressesOf(interfaceIn(none, "Ethernet1")), ElementsAre());
   EXPECT_EQ(errorOfEdit("interface Ethernet1\nno ip address 10.0.2.1/24", settings),
-            "t:2:1: expected an address of interface Ethernet1, found '10.0.2.1/24'");
+            "t:2:15: expected an address of interface Ethernet1, found '10.0.2.1/24'");
   EXPECT_EQ(errorOfEdit("interface Ethernet1\nno ipv6 address 2001:db8::2/64", settings),
-            "t:2:1: expected an address of interface Ethernet1, found '2001:db8::2/64'");
+            "t:2:17: expected an address of interface Ethernet1, found '2001:db8::2/64'");
 }
 
 TEST(SettingsEditor, SwitchportIsWrittenOrNot) {
@@ -338,14 +338,15 @@ TEST(SettingsEditor, ChannelGroupIsOnePerInterface) {
                 .channelGroup,
             std::nullopt);
   EXPECT_EQ(errorOfEdit("interface Ethernet1\nno channel-group 7", settings),
-            "t:2:1: expected the channel-group of interface Ethernet1, found '7'");
+            "t:2:18: expected the channel-group of interface Ethernet1, found '7'");
 }
 
 TEST(SettingsEditor, OnlyPhysicalInterfacesAreMembers) {
   for (std::string const name : {"Vlan10", "PortChannel7", "Loopback0", "Ethernet1.5"}) {
     EXPECT_EQ(errorOfEdit("interface " + name + "\nchannel-group 7"),
-              "t:2:1: expected a physical interface as member of a channel-group, found '" + name +
-                  "'");
+              "t:2:1: expected a command for " + name +
+                  ", which joins no channel-group: it is no physical interface, found "
+                  "'channel-group'");
   }
 }
 
@@ -385,7 +386,7 @@ TEST(SettingsEditor, LenientEditCountsWhatCannotBeCarriedOut) {
   Settings settings;
   editSettings(settings, text, Reading::lenient);
   EXPECT_EQ(text.skipped.byKind(), (std::map<std::string, std::uint64_t>{
-                                       {"class (insert-before)", 1},
+                                       {"class (insert-before)", 2},
                                        {"interface (name)", 2},
                                        {"no access-list entry (absent)", 1},
                                        {"no class-map (absent)", 2},
@@ -393,9 +394,38 @@ TEST(SettingsEditor, LenientEditCountsWhatCannotBeCarriedOut) {
                                        {"no mac access-list (absent)", 1},
                                        {"no policy-map (absent)", 1},
                                        {"no rule (absent)", 1},
-                                       {"set (no class)", 1},
                                    }));
   EXPECT_THAT(entriesOf(settings, "L"), ElementsAre("10 permit ip any any"));
+}
+
+// What a lenient edit leaves of a text on top of settings that refuse a part of it.
+Settings leftOf(std::string const& text, Settings settings, PolicyText& read) {
+  read = readText(text, Reading::lenient);
+  editSettings(settings, read, Reading::lenient);
+  return settings;
+}
+
+TEST(SettingsEditor, WhatStandsInAModeThatCannotBeOpenedIsPassedOverWithIt) {
+  Settings const before = edited("ip access-list standard L\npermit host 10.0.0.1\n"
+                                 "ip access-list extended 10\npermit tcp any any\n"
+                                 "policy-map P\nclass A\nset action1 1");
+  for (std::string const indent : {"", " "}) {
+    PolicyText read;
+    Settings const after =
+        leftOf("ip access-list L\n" + indent + "deny tcp any any\n" + indent + "remark r\n" +
+                   "access-list 10 permit any\naccess-list 10 deny any\n" + "policy-map P\n" +
+                   indent + "class A insert-before Q\n" + indent + "set action1 9\n" + indent +
+                   "class B\n" + indent + "set action1 5\n",
+               before, read);
+    EXPECT_EQ(read.skipped.byKind(), (std::map<std::string, std::uint64_t>{
+                                         {"class (insert-before)", 2},
+                                         {"ip access-list (other kind)", 5},
+                                     }));
+    EXPECT_EQ(entriesOf(after, "L"), entriesOf(before, "L"));
+    EXPECT_EQ(entriesOf(after, "10"), entriesOf(before, "10"));
+    EXPECT_EQ(after.policyMaps.at("P")->actions.at("A").at(0), 1U);
+    EXPECT_EQ(after.policyMaps.at("P")->actions.at("B").at(0), 5U);
+  }
 }
 
 }  // namespace

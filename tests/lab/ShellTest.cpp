@@ -116,6 +116,14 @@ TEST_F(ShellTest, AdvanceLetsVirtualTimePass) {
   Kor::EventLoop::global().virtualTimeIs(true);
   run("advance 2.5");
   EXPECT_EQ(Kor::now(), 2.5);
+  EXPECT_EQ(errorOf("advance -1"), "time passes by 0 to 1000000 seconds, not by -1");
+  EXPECT_EQ(errorOf("advance 1e7"), "time passes by 0 to 1000000 seconds, not by 1e7");
+  EXPECT_EQ(Kor::now(), 2.5);
+}
+
+TEST_F(ShellTest, ATypeIsShownByItsShortNameToo) {
+  EXPECT_EQ(run("types AclHelper"), run("types PolicyMapTest::AclHelper"));
+  EXPECT_THAT(errorOf("types AclHelpr"), testing::StartsWith("no such type: AclHelpr"));
 }
 
 TEST_F(ShellTest, BlankLinesAndCommentsDoNothing) {
@@ -202,6 +210,9 @@ TEST(ShellScript, AFileIsGivenByNameAndNamesItselfInErrors) {
   Outcome const missing = runLab({"shell", "no such file"});
   EXPECT_EQ(missing.status, ExitStatus::badInput);
   EXPECT_EQ(missing.err, "policymap-lab: no such file cannot be read\n");
+  Outcome const folder = runLab({"shell", POLICYMAPTEST_SOURCE_DIR});
+  EXPECT_EQ(folder.status, ExitStatus::badInput);
+  EXPECT_EQ(folder.err, "policymap-lab: " POLICYMAPTEST_SOURCE_DIR " cannot be read\n");
   std::istringstream script("nobody");
   std::ostringstream out;
   std::ostringstream err;
