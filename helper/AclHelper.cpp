@@ -87,7 +87,8 @@ Kor::String AclHelper::createPolicy(PolicyMapSmCommonData::PtrConst const& polic
                  "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
                  "PolicyMap::ClassMapMatchOption): policyData="
                      << TracedPolicy(policyData) << ", matchOption=" << matchOption);
-  Ptr const pinned = Kor::share(this);  // a new record is announced
+  Ptr const pinned = Kor::share(this);  // a new record is announced, and the helper may go
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): so may the caller's pointer
   PolicyMapSmCommonData::PtrConst const policy = policyData;
   AclPolicyData::Ptr const data = testDataIs(AclPolicyType(policy->policyKey(), matchOption));
   KOR_ASSERT_AS(sourceName, "!data->created()", !data->created());

@@ -18,7 +18,6 @@ namespace {
 
 using PolicyMap::ClassMapMatchOption;
 using testing::ElementsAre;
-using TestSupport::intf;
 using TestSupport::Scenario;
 using Deed = std::function<void()>;
 

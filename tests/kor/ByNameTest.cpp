@@ -79,7 +79,8 @@ TEST(ByName, APlaceThatIsAssignedToAnotherWritesThere) {
   place = from["width"];
   from["width"] = 9;
   EXPECT_EQ(place, 7);
-  place = std::move(place);
+  GenericPlace& same = place;
+  place = std::move(same);
   EXPECT_EQ(to["width"], 7);
 }
 
