@@ -193,6 +193,7 @@ void ServicePolicySm::korDoZombieReactors(bool zombie) {
 }
 
 void ServicePolicySm::initialize() {
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   cleanedUp_ = false;
   if (std::exchange(rebuildDue_, false) || !commonData_) {
     renewCommonData();
@@ -225,7 +226,11 @@ void ServicePolicySm::cleanup() {
 
 // policies ------------------------------------------------------------------------------
 
+// Whoever hears of a status may end this machine, in the midst of any of what follows: all that
+// goes on after a policy was made, dropped or asked for its interfaces holds on to the machine.
+
 void ServicePolicySm::servicePolicyChanged(ServicePolicyKey const& key) {
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   attachmentIs(key, policyConfig() ? policyConfig()->servicePolicy(key) : Kor::Name());
 }
 
@@ -259,6 +264,7 @@ void ServicePolicySm::attachmentIs(ServicePolicyKey const& key, Kor::Name const&
 }
 
 void ServicePolicySm::attachmentsAre() {
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   std::vector<ServicePolicyKey> keys;
   for (auto const& [key, name] : attachedAt_) {
     keys.push_back(key);
@@ -291,6 +297,7 @@ void ServicePolicySm::handlePolicyMap(Kor::Name const& policyMapName) {
   if (!reacting()) {
     return;
   }
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   for (char const* const direction : {"input", "output"}) {
     policyIs(PolicyMapSmKey(policyMapName, direction));
   }
@@ -313,8 +320,8 @@ void ServicePolicySm::policyIs(PolicyMapSmKey const& key) {
 
 void ServicePolicySm::makePolicyMachine(PolicyMapSmKey const& key,
                                         Kor::Ptr<PolicyMapConfig const> const& config) {
-  // Those who hear of the new status may take everything away again, this machine included.
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
+  // Those who hear of the new status may take the policy away again.
   Kor::Ptr<PolicyMapStatus> const status = status_ ? status_->policyMapStatusIs(key) : nullptr;
   Kor::Ptr<PolicyMap::PolicyMapSm> const machine = createPolicyMapSm(key, config, status);
   if (!machine) {
@@ -336,7 +343,7 @@ void ServicePolicySm::policyGone(PolicyMapSmKey const& key) {
   if (!machine) {
     return;
   }
-  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);  // the statuses tell of what goes
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   machine->program().serviceIs(nullptr);
   machine->cleanup();
   machine->korDoZombieReactors(true);
@@ -424,6 +431,7 @@ std::vector<Vorel::IntfId> ServicePolicySm::memberIntfs(Vorel::IntfId intf) cons
 
 // The channels that a member leaves and joins are applied elsewhere from now on.
 void ServicePolicySm::memberChanged(Vorel::IntfId member) {
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   Vorel::IntfId const channel = lagConfig() ? lagConfig()->memberOf(member) : Vorel::IntfId();
   Vorel::IntfId const left = std::exchange(channelOf_[member], channel);
   if (!channel) {
@@ -435,6 +443,7 @@ void ServicePolicySm::memberChanged(Vorel::IntfId member) {
 }
 
 void ServicePolicySm::membersAre() {
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   std::set<Vorel::IntfId> members;
   for (auto const& [member, channel] : channelOf_) {
     members.insert(member);
@@ -467,6 +476,7 @@ void ServicePolicySm::handleIntf(Vorel::IntfId intf, bool force) {
   if (!reacting()) {
     return;
   }
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   // A member stands for its channel where channels are expanded. What that channel may be a member
   // of does not matter: members of members are no members.
   if (auto const member = channelOf_.find(intf);
@@ -507,6 +517,7 @@ void ServicePolicySm::intfIs(PolicyMapSmKey const& key, Vorel::IntfId intf) {
 }
 
 void ServicePolicySm::allIntfsChanged() {
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   std::vector<Vorel::IntfId> intfs;
   for (auto const& [intf, policies] : policiesAt_) {
     intfs.push_back(intf);
