@@ -83,10 +83,6 @@ class Parser {
   void openBanner(Token const& first);
   bool endsBanner(std::string_view line) const;
 
-  void enter(Mode mode) {
-    mode_ = mode;
-    modeLine_ = position_.line;
-  }
   void ipAccessList(Lexer& lexer, bool remove);
   void ip6AccessList(Lexer& lexer, bool remove) { accessList(lexer, Family::ip6, remove); }
   void macAccessList(Lexer& lexer, bool remove);
@@ -128,6 +124,11 @@ class Parser {
     result_.statements.push_back({position_, block(), subject_, std::move(body)});
   }
   void isAbout(Token const& word) { subject_ = nameOf(word); }
+  /// What follows stands in a mode that the present line opens.
+  void enter(Mode mode) {
+    mode_ = mode;
+    modeLine_ = position_.line;
+  }
   /// The line of the command that opened the mode.
   std::uint32_t block() const {
     return mode_ == Mode::top ? 0 : mode_ == Mode::policyClass ? classLine_ : modeLine_;

@@ -113,6 +113,20 @@ TEST_F(RunVerbTest, FilesAreEditsOfEachOtherAndTheirChangesAreTold) {
                          "policy-map P, input, ipv4: created\n"));
 }
 
+TEST_F(RunVerbTest, AFileThatOnlyAddsChangesNothingWhenItIsLoadedOnceMore) {
+  std::string const campus = POLICYMAPTEST_SOURCE_DIR "/examples/campus.cfg";
+  std::string const numbered =
+      file("numbered.cfg", "ip access-list N\n 20 remark web\n 30 permit tcp any any eq 80\n"
+                           " 10 deny udp any any\nclass-map match-any N\n"
+                           " match access-group N\n match ip icmp any any\npolicy-map N\n"
+                           " class N\n  set action2 7\n class M insert-before N\n"
+                           "interface Ethernet48\n service-policy output N\n");
+  for (std::string const& path : {campus, numbered}) {
+    Outcome const outcome = runLab({"run", "--summary", path, path});
+    EXPECT_THAT(outcome.out, HasSubstr("nothing changed in the records")) << path;
+  }
+}
+
 TEST_F(RunVerbTest, JsonOfSeveralFilesIsOneObject) {
   std::string const edit = file("edit.cfg", "policy-map P\n class P\n  set action1 7\n");
   Outcome const outcome = runLab({"run", "--json", simple(), edit});
