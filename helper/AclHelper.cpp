@@ -113,8 +113,20 @@ Kor::String AclHelper::recreatePolicy(PolicyMapSmCommonData::PtrConst const& pol
                  "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
                  "PolicyMap::ClassMapMatchOption): policyData="
                      << TracedPolicy(policyData) << ", matchOption=" << matchOption);
-  deletePolicy(policyData, matchOption);
-  return createPolicy(policyData, matchOption);
+  Ptr const pinned = Kor::share(this);
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): overrides may drop the caller's
+  PolicyMapSmCommonData::PtrConst const policy = policyData;
+  try {
+    deletePolicy(policy, matchOption);
+    return createPolicy(policy, matchOption);
+  } catch (...) {
+    // An operation that throws counts as not carried out, so the policy is still created.
+    if (AclPolicyData::Ptr const data =
+            testData(AclPolicyType(policy->policyKey(), matchOption))) {
+      data->createdIs(true);
+    }
+    throw;
+  }
 }
 
 Kor::String AclHelper::deletePolicy(PolicyMapSmCommonData::PtrConst const& policyData,

@@ -39,7 +39,12 @@ class CollectionEntry : public PtrInterface, public HashMapLink<Entry> {
   using Key = K;
   using Value = V;
 
-  CollectionEntry(K const& key, V const& value) : key_(key), value_(value) {}
+  // korCheckKey(key), where the type of the key has it, throws for a key that is not allowed.
+  CollectionEntry(K const& key, V const& value) : key_(key), value_(value) {
+    if constexpr (requires { korCheckKey(key); }) {
+      korCheckKey(key);
+    }
+  }
 
   [[nodiscard]] K const& key() const { return key_; }
   [[nodiscard]] K const& fwkKey() const { return key_; }

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <limits>
 #include <thread>
 
 namespace Kor {
@@ -28,7 +30,12 @@ void Activity::schedule() {
 
 void Activity::scheduleIn(double seconds) {
   cancel();
-  loop_->add(*this, loop_->now() + seconds);
+  double const now = loop_->now();
+  double due = now + seconds;
+  if (seconds > 0 && due <= now) {
+    due = std::nextafter(now, std::numeric_limits<double>::infinity());
+  }
+  loop_->add(*this, due);
 }
 
 void Activity::cancel() {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/ClassMapSm.h"
 
-#include "PolicyMap/PolicyMapSm.h"
 #include "PolicyMap/RuleCompiler.h"
 
 #include <vector>
@@ -104,6 +103,7 @@ void ClassMapSm::korDoZombieReactors(bool zombie) {
 }
 
 void ClassMapSm::initialize() {
+  Kor::Ptr<ClassMapSm> const pinned = Kor::share(this);
   initializingIs(true);
   classMapIs(configuredClassMap());
   if (!classCommonData() && globalCommonData_) {
@@ -121,22 +121,24 @@ void ClassMapSm::initialize() {
 void ClassMapSm::handleInitialized() {}
 
 void ClassMapSm::cleanup() {
+  Kor::Ptr<ClassMapSm> const pinned = Kor::share(this);
+  ScopedFlag const flag(cleaningUp_);
   std::vector<ActionType> kinds;
   for (auto const& entry : actionSmIteratorConst()) {
     kinds.push_back(entry.key());
   }
   for (ActionType const kind : kinds) {
-    if (Kor::Ptr<PolicyMap::ActionSm> const machine = actionSm(kind)) {
-      letGo(machine);
-      actionSmDel(kind);
-    }
+    takeDown(kind);
   }
   actionsActiveIs(false);
 }
 
-void ClassMapSm::letGo(Kor::Ptr<ActionSm> const& machine) {
-  machine->cleanup();
-  machine->korDoZombieReactors(true);
+void ClassMapSm::takeDown(ActionType actionType) {
+  if (Kor::Ptr<PolicyMap::ActionSm> const machine = actionSm(actionType)) {
+    machine->cleanup();
+    machine->korDoZombieReactors(true);
+    actionSmDel(actionType);
+  }
 }
 
 Kor::Ptr<ClassMapMatchSm> ClassMapSm::createMatchSm(ClassMapMatchOption option) {
@@ -173,15 +175,30 @@ void ClassMapSm::handleAction() {
 }
 
 void ClassMapSm::handleAction(ActionType actionType) {
-  Kor::Ptr<Action> const action = classAction() ? classAction()->action(actionType) : nullptr;
-  commonDataActionIs(actionType, action);
+  if (cleaningUp_) {
+    return;
+  }
+  // Observers of the class common data may drop the last reference.
+  Kor::Ptr<ClassMapSm> const pinned = Kor::share(this);
+  settlingActions_.settle(actionType, [&] { syncAction(actionType); });
+  actionsActiveIs(actionSms() != 0);
+}
+
+Kor::Ptr<Action> ClassMapSm::configuredAction(ActionType actionType) const {
+  return classAction() ? classAction()->action(actionType) : nullptr;
+}
+
+void ClassMapSm::syncAction(ActionType actionType) {
+  Kor::Ptr<Action> action;
+  do {
+    action = configuredAction(actionType);
+    commonDataActionIs(actionType, action);
+  } while (action != configuredAction(actionType));
+
   Kor::Ptr<PolicyMap::ActionSm> const machine = actionSm(actionType);
   if (!action) {
     refused_.erase(actionType);
-    if (machine) {
-      letGo(machine);
-      actionSmDel(actionType);
-    }
+    takeDown(actionType);
   } else if (machine) {
     if (machine->action() != action) {
       machine->actionIs(action);
@@ -195,7 +212,6 @@ void ClassMapSm::handleAction(ActionType actionType) {
       refused_[actionType] = action;
     }
   }
-  actionsActiveIs(actionSms() != 0);
 }
 
 void ClassMapSm::commonDataActionIs(ActionType actionType, Kor::Ptr<Action> const& action) {
@@ -210,8 +226,8 @@ void ClassMapSm::commonDataActionIs(ActionType actionType, Kor::Ptr<Action> cons
 }
 
 void ClassMapSm::updateAclActionsChanged() {
-  if (policy_ != nullptr) {
-    policy_->classActionsChanged();
+  if (owner_ != nullptr) {
+    owner_->classActionsChanged(className_);
   }
 }
 
@@ -234,8 +250,8 @@ void ClassMapSm::handleMatch() {
 
 void ClassMapSm::handleMatch(ClassMapMatchOption option) {
   rulesStale_ = true;
-  if (policy_ != nullptr) {
-    policy_->classRulesChanged(option);
+  if (owner_ != nullptr) {
+    owner_->classRulesChanged(option);
   }
 }
 
@@ -305,9 +321,9 @@ void ClassMapSm::compile() {
   add(DependencyKind::macAcl, compiled.macAcls);
   add(DependencyKind::classMap, compiled.classMaps);
   dependencies_.namesAre(std::move(names));
-  if (errorChanged && policy_ != nullptr) {
+  if (errorChanged && owner_ != nullptr) {
     for (ClassMapMatchOption const option : allMatchOptions) {
-      policy_->classRulesChanged(option);
+      owner_->classRulesChanged(option);
     }
   }
 }
@@ -401,6 +417,7 @@ void ClassMapSm::classMapIs(Kor::Ptr<ClassMapSubConfig const> const& classMap) {
   if (classMap == this->classMap()) {
     return;
   }
+  Kor::Ptr<ClassMapSm> const pinned = Kor::share(this);
   classMap_.objectIs(classMap);
   if (classCommonData()) {
     classCommonData()->classMapIs(classMap);

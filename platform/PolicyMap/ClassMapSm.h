@@ -8,12 +8,11 @@
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
+#include "PolicyMap/Settling.h"
 
 #include <set>
 
 namespace PolicyMap {
-
-class PolicyMapSm;
 
 // The rules of one class for one match option.
 class POLICYMAP_API ClassMapMatchSm : public Kor::PtrInterface {
@@ -46,6 +45,14 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
  public:
   using Ptr = Kor::Ptr<ClassMapSm>;
   using PtrConst = Kor::Ptr<ClassMapSm const>;
+
+  // The policy machine that is told of changes.
+  class Owner {
+   public:
+    virtual ~Owner() = default;
+    virtual void classRulesChanged(ClassMapMatchOption option) = 0;
+    virtual void classActionsChanged(Kor::Name const& className) = 0;
+  };
 
   ~ClassMapSm() override;
 
@@ -128,8 +135,8 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::String ruleError();
   // How the class stands in the helper, for its status.
   void programStateIs(bool programmed, Kor::String const& error);
-  // The policy machine to tell of changes; null: none.
-  void policyIs(PolicyMapSm* policy) { policy_ = policy; }
+  // `owner` must outlive this machine, or be taken away before; null: none.
+  void ownerIs(Owner* owner) { owner_ = owner; }
   // What the policy calls the class. Raw matches may be called otherwise, or serve several classes.
   [[nodiscard]] Kor::Name const& className() const { return className_; }
   void classNameIs(Kor::Name const& className) { className_ = className; }
@@ -157,7 +164,9 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   void initialize();
   [[nodiscard]] bool reacting() const { return hasNotificationActive() && !korMarkedForDeletion(); }
   [[nodiscard]] Kor::Ptr<ClassMapSubConfig const> configuredClassMap() const;
-  void letGo(Kor::Ptr<ActionSm> const& machine);
+  [[nodiscard]] Kor::Ptr<Action> configuredAction(ActionType actionType) const;
+  void syncAction(ActionType actionType);
+  void takeDown(ActionType actionType);
   void compile();
   void publishError();
   void commonDataActionIs(ActionType actionType, Kor::Ptr<Action> const& action);
@@ -179,8 +188,10 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   Kor::String programError_;                              // of the last pass
   std::map<ActionType, Kor::Ptr<Action const>> refused_;  // actions for which no machine was given
   DependencyIndex::Dependent dependencies_;  // leaves the index before the global data go
-  PolicyMapSm* policy_ = nullptr;
+  Owner* owner_ = nullptr;
   Kor::Name className_;
+  Settling<ActionType> settlingActions_;
+  bool cleaningUp_ = false;
 };
 
 }  // namespace PolicyMap

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/PolicyMapAclHelper.h"
 
-#include "PolicyMap/Programmer.h"
+#include "PolicyMap/HelperArbiter.h"
 
 namespace PolicyMap {
 
-PolicyMapAclHelper::PolicyMapAclHelper() : programmer_(std::make_unique<Programmer>(*this)) {}
+PolicyMapAclHelper::PolicyMapAclHelper() : arbiter_(std::make_unique<HelperArbiter>(*this)) {}
 
 PolicyMapAclHelper::~PolicyMapAclHelper() = default;
 PolicyMapAclHelper::NotifieeConst::~NotifieeConst() = default;
@@ -80,7 +80,7 @@ void PolicyMapAclHelper::asyncOperationResultIs(AsyncOperationResult const& resu
   AsyncOperationResult const delivered(result.error(), result.time());
   asyncOperationResult_ = delivered;
   announce(asyncOperationResultId, &NotifieeConst::onAsyncOperationResult);
-  programmer_->resultIs(delivered);
+  arbiter_->resultIs(delivered);
 }
 
 }  // namespace PolicyMap

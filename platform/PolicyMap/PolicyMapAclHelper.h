@@ -21,7 +21,7 @@
 
 namespace PolicyMap {
 
-class Programmer;
+class HelperArbiter;
 
 class POLICYMAP_API PolicyMapAclHelper : public Kor::PtrInterface, public Kor::NotifieeList {
  public:
@@ -104,8 +104,8 @@ class POLICYMAP_API PolicyMapAclHelper : public Kor::PtrInterface, public Kor::N
     return asyncOperationResult_;
   }
 
-  // What the core knows about this helper: which policies stand on it, who programs next.
-  [[nodiscard]] Programmer& programmer() const { return *programmer_; }
+  // Shares this helper among the policies that are programmed on it.
+  [[nodiscard]] HelperArbiter& arbiter() const { return *arbiter_; }
 
   // Identifiers of the attributes, in registration order.
   enum Id : Kor::AttributeId {
@@ -138,7 +138,7 @@ class POLICYMAP_API PolicyMapAclHelper : public Kor::PtrInterface, public Kor::N
   bool subRulesForL4Ports_ = false;
   bool asyncOperations_ = false;
   AsyncOperationResult asyncOperationResult_;
-  std::unique_ptr<Programmer> programmer_;
+  std::unique_ptr<HelperArbiter> arbiter_;
 };
 
 class POLICYMAP_API PolicyMapAclHelper::NotifieeConst : public Kor::NotifieeOf<PolicyMapAclHelper> {

@@ -1,41 +1,105 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/PolicyMapSm.h"
 
-#include "PolicyMap/PolicyProgram.h"
+#include <algorithm>
 
 namespace PolicyMap {
 
-// Hears which classes of the current sub-configuration change.
+// Observes the classes of the current sub-configuration.
 class PolicyMapSm::SubConfigWatch : public PolicyMapSubConfig::NotifieeConst {
  public:
   explicit SubConfigWatch(PolicyMapSm* machine) : machine_(machine) {}
-  void onClassPrio(Kor::Name const& className) override { machine_->classIs(className); }
-  void onClassAction(Kor::Name const& className) override { machine_->classIs(className); }
-  void onRawClassMap(Kor::Name const& className) override { machine_->classIs(className); }
+  void onClassPrio(Kor::Name const& className) override { machine_->syncClass(className); }
+  void onClassAction(Kor::Name const& className) override { machine_->syncClass(className); }
+  void onRawClassMap(Kor::Name const& className) override { machine_->syncClass(className); }
 
  private:
   PolicyMapSm* machine_;
 };
 
+// Observes which class-maps there are.
+class PolicyMapSm::ClassTypeWatch : public ClassMapTypeConfig::NotifieeConst {
+ public:
+  explicit ClassTypeWatch(PolicyMapSm* machine) : machine_(machine) {}
+  void onClassMapConfig(Kor::Name const& name) override {
+    if (machine_->configured(name)) {
+      machine_->syncClass(name);
+    }
+  }
+
+ private:
+  PolicyMapSm* machine_;
+};
+
+class PolicyMapSm::ClassOwner final : public ClassMapSm::Owner {
+ public:
+  explicit ClassOwner(PolicyMapSm& machine) : machine_(machine) {}
+  void classRulesChanged(ClassMapMatchOption option) override {
+    machine_.reconciler().rulesChanged(option);
+  }
+  void classActionsChanged(Kor::Name const& className) override {
+    machine_.reconciler().actionsChanged(className);
+  }
+
+ private:
+  PolicyMapSm& machine_;
+};
+
+class PolicyMapSm::ReconciledPolicy final : public PolicyReconciler::Policy {
+ public:
+  explicit ReconciledPolicy(PolicyMapSm& machine) : machine_(machine) {}
+
+  Kor::Ptr<Kor::PtrInterface> pinned() override { return Kor::share(&machine_); }
+  PolicyMapSmKey const& key() const override { return machine_.key(); }
+  Kor::Ptr<PolicyMapSmCommonData> const& commonData() const override {
+    return machine_.policyCommonData();
+  }
+  Kor::Ptr<PolicyMapStatus> const& status() const override { return machine_.status(); }
+  Classes classesInOrder() const override { return machine_.classesInOrder(); }
+  Classes classesInOrder(std::set<Kor::Name> const& names) const override {
+    return machine_.classesInOrder(names);
+  }
+  void dropLeftClasses() override { machine_.dropLeftClasses(); }
+  std::optional<double> timeProgrammed(ClassMapMatchOption option) const override {
+    auto const time = machine_.korTimeProgrammed(option);
+    return time ? std::optional(time->value()) : std::nullopt;
+  }
+  void timeProgrammedIs(ClassMapMatchOption option, std::optional<double> time) override {
+    if (time) {
+      machine_.timeProgrammedIs(option, *time);
+    } else {
+      machine_.timeProgrammedDel(option);
+    }
+  }
+
+ private:
+  PolicyMapSm& machine_;
+};
+
 PolicyMapSm::PolicyMapSm(Kor::Ptr<PolicyMapGlobalData> globalCommonData, PolicyMapSmKey key,
                          Kor::Ptr<PolicyMapConfig const> const& policyMapConfig,
-                         Kor::Ptr<ClassMapTypeConfig const> classTypeConfig,
+                         Kor::Ptr<ClassMapTypeConfig const> const& classTypeConfig,
                          Kor::Ptr<PolicyMapStatus> status)
     : globalCommonData_(std::move(globalCommonData)),
       key_(std::move(key)),
       policyMapConfig_(Kor::make<Kor::LogWatch<PolicyMapSm>>(this, &PolicyMapSm::configChanged)),
-      classTypeConfig_(std::move(classTypeConfig)),
+      classTypeConfig_(Kor::make<ClassTypeWatch>(this)),
       status_(std::move(status)),
       policyMap_(Kor::make<SubConfigWatch>(this)),
-      program_(std::make_unique<PolicyProgram>(*this)) {
+      classOwner_(std::make_unique<ClassOwner>(*this)),
+      reconciledPolicy_(std::make_unique<ReconciledPolicy>(*this)),
+      reconciler_(std::make_unique<PolicyReconciler>(*reconciledPolicy_)) {
   if (policyMapConfig) {
     policyMapConfig_.objectIs(policyMapConfig);
+  }
+  if (classTypeConfig) {
+    classTypeConfig_.objectIs(classTypeConfig);
   }
 }
 
 PolicyMapSm::~PolicyMapSm() {
   for (auto const& entry : classMapSmIteratorConst()) {
-    entry.value()->policyIs(nullptr);
+    entry.value()->ownerIs(nullptr);
   }
 }
 
@@ -53,6 +117,7 @@ void PolicyMapSm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
   policyMapConfig_.hasNotificationActiveIs(active);
   policyMap_.hasNotificationActiveIs(active);
+  listenForClassMaps();
   if (reacting()) {
     initialize();
   }
@@ -60,16 +125,31 @@ void PolicyMapSm::hasNotificationActiveIs(bool active) {
 
 void PolicyMapSm::korDoZombieReactors(bool zombie) {
   policyMapConfig_.korDoZombieReactors(zombie);
+  classTypeConfig_.korDoZombieReactors(zombie);
   policyMap_.korDoZombieReactors(zombie);
 }
 
+// A service-policy machine feeds the index of the global data, which costs what depends on a name.
+// Without it this machine listens for itself.
+void PolicyMapSm::listenForClassMaps() {
+  bool const indexed = reconciler_->attached() && globalCommonData_ &&
+                       globalCommonData_->classTypeConfig() == classTypeConfig();
+  classTypeConfig_.hasNotificationActiveIs(hasNotificationActive() && !indexed);
+}
+
+void PolicyMapSm::serviceIs(PolicyReconciler::Service* service) {
+  reconciler_->serviceIs(service);
+  listenForClassMaps();
+}
+
 void PolicyMapSm::initialize() {
+  Kor::Ptr<PolicyMapSm> const pinned = Kor::share(this);
   if (!policyCommonData_) {
     policyCommonDataIs(createCommonData());
   }
   configChanged(PolicyMapConfig::currentSubConfigId);
   if (initialized_) {
-    classesAre();  // what changed while nobody listened
+    syncClasses();  // what changed while notifications were off
   }
   initializedIs(true);
 }
@@ -81,6 +161,8 @@ Kor::Ptr<PolicyMapSmCommonData> PolicyMapSm::createCommonData() {
 void PolicyMapSm::handleInitialized() {}
 
 void PolicyMapSm::cleanup() {
+  Kor::Ptr<PolicyMapSm> const pinned = Kor::share(this);
+  ScopedFlag const flag(cleaningUp_);
   std::vector<Kor::Name> names;
   for (auto const& entry : classMapSmIteratorConst()) {
     names.push_back(entry.key());
@@ -101,13 +183,19 @@ void PolicyMapSm::policyMapIs(Kor::Ptr<PolicyMapSubConfig const> const& policyMa
     return;
   }
   policyMap_.objectIs(policyMap);
-  classesAre();
+  syncClasses();
 }
 
-void PolicyMapSm::classesAre() {
+bool PolicyMapSm::configured(Kor::Name const& name) const {
+  return policyMap() && policyMap()->korClassPrio(name);
+}
+
+void PolicyMapSm::syncClasses() {
+  // Observers of what is brought up and taken down may drop the last reference.
+  Kor::Ptr<PolicyMapSm> const pinned = Kor::share(this);
   std::set<Kor::Name> names;
-  for (auto const& [name, watch] : classWatches_) {
-    names.insert(name);
+  for (auto const& entry : classPrioIteratorConst()) {
+    names.insert(entry.key());
   }
   if (policyMap()) {
     for (auto const& entry : policyMap()->classPrioIteratorConst()) {
@@ -115,42 +203,42 @@ void PolicyMapSm::classesAre() {
     }
   }
   for (Kor::Name const& name : names) {
-    classIs(name);
+    syncClass(name);
   }
 }
 
 void PolicyMapSm::catchUp() {
-  classesAre();
+  Kor::Ptr<PolicyMapSm> const pinned = Kor::share(this);
+  syncClasses();
   for (auto const& entry : classMapSmIteratorConst()) {
     entry.value()->handleMatch();
   }
-  program_->everythingChanged();
+  reconciler_->everythingChanged();
 }
 
-void PolicyMapSm::classIs(Kor::Name const& name) {
-  if (!policyMap() || !policyMap()->korClassPrio(name)) {
+void PolicyMapSm::syncClass(Kor::Name const& name) {
+  if (cleaningUp_) {
+    return;
+  }
+  Kor::Ptr<PolicyMapSm> const pinned = Kor::share(this);
+  settlingClasses_.settle(name, [this, held = Kor::Name(name)] { bringClass(held); });
+}
+
+void PolicyMapSm::bringClass(Kor::Name const& name) {
+  prioIs(name);
+  if (!configured(name)) {
     classWatches_.erase(name);
-    prioIs(name);
     classLeft(name);
     return;
   }
-  if (globalCommonData_ && classWatches_.find(name) == classWatches_.end()) {
-    auto const react = [this](DependencyKind, Kor::Name const& changed) {
-      if (reacting()) {
-        classIs(changed);
-      }
-    };
-    auto& watch = classWatches_.try_emplace(name, react).first->second;
-    watch.indexIs(&globalCommonData_->dependencies());
-    watch.namesAre({{DependencyKind::classMap, name}});
-  }
-  prioIs(name);
+  watchClassMap(name);
   Kor::Ptr<ClassMapConfig const> const map =
-      classTypeConfig_ ? classTypeConfig_->classMapConfig(name) : nullptr;
+      classTypeConfig() ? classTypeConfig()->classMapConfig(name) : nullptr;
   Kor::Ptr<ClassMapSubConfig const> const rawMap = policyMap()->rawClassMap(name);
   Kor::Ptr<ClassAction const> const action = policyMap()->classAction(name);
   if (!map && !rawMap) {
     classLeft(name);
+    publishMissing(name);
     return;
   }
   leftClasses_.erase(name);
@@ -163,6 +251,20 @@ void PolicyMapSm::classIs(Kor::Name const& name) {
   }
 }
 
+void PolicyMapSm::watchClassMap(Kor::Name const& name) {
+  if (!globalCommonData_ || classWatches_.contains(name)) {
+    return;
+  }
+  auto const react = [this](DependencyKind, Kor::Name const& changed) {
+    if (reacting()) {
+      syncClass(changed);
+    }
+  };
+  auto& watch = classWatches_.try_emplace(name, react).first->second;
+  watch.indexIs(&globalCommonData_->dependencies());
+  watch.namesAre({{DependencyKind::classMap, name}});
+}
+
 void PolicyMapSm::makeClassMachine(Kor::Name const& name, Kor::Ptr<ClassMapConfig const> const& map,
                                    Kor::Ptr<ClassMapSubConfig const> const& rawMap,
                                    Kor::Ptr<ClassAction const> const& action) {
@@ -170,29 +272,40 @@ void PolicyMapSm::makeClassMachine(Kor::Name const& name, Kor::Ptr<ClassMapConfi
   if (!machine) {
     return;
   }
-  machine->policyIs(this);
+  machine->ownerIs(classOwner_.get());
   machine->classNameIs(name);
+  classMapSmIs(name, machine);
   if (status_ && machine->classMapStatus()) {
     machine->classMapStatusIs(status_->classMapStatusIs(name));
   }
-  classMapSmIs(name, machine);
-  program_->rulesChanged();
+  reconciler_->classChanged(name);
 }
 
 // Below a service-policy machine the class machine stays until the event loop turns: a class that
 // is back by then has not left.
 void PolicyMapSm::classLeft(Kor::Name const& name) {
-  if (!program_->attached()) {
-    dropClassMachine(name);
-  } else if (korClassMapSm(name)) {
+  if (korClassMapSm(name) && reconciler_->attached()) {
     leftClasses_.insert(name);
-    program_->rulesChanged();
+    reconciler_->rulesChanged();
+  } else if (korClassMapSm(name)) {
+    dropClassMachine(name);
+  } else if (status_ && !configured(name)) {
+    status_->classMapStatusDel(name);
   }
 }
 
 void PolicyMapSm::dropLeftClasses() {
-  for (Kor::Name const& name : std::exchange(leftClasses_, {})) {
-    dropClassMachine(name);
+  Kor::Ptr<PolicyMapSm> const pinned = Kor::share(this);
+  while (!leftClasses_.empty()) {
+    Kor::Name const name = *leftClasses_.begin();
+    leftClasses_.erase(leftClasses_.begin());
+    bool dropped = false;
+    settlingClasses_.settle(name, [&] {
+      if (!std::exchange(dropped, true)) {
+        dropClassMachine(name);
+      }
+      bringClass(name);  // it may have come back meanwhile
+    });
   }
 }
 
@@ -201,14 +314,22 @@ void PolicyMapSm::dropClassMachine(Kor::Name const& name) {
   if (!machine) {
     return;
   }
-  machine->policyIs(nullptr);
+  machine->ownerIs(nullptr);
   machine->cleanup();
   machine->korDoZombieReactors(true);
   classMapSmDel(name);
   if (status_) {
     status_->classMapStatusDel(name);
   }
-  program_->rulesChanged();
+  reconciler_->rulesChanged();
+}
+
+// A class that refers to no class-map has a status that says so.
+void PolicyMapSm::publishMissing(Kor::Name const& name) {
+  if (status_ && !korClassMapSm(name)) {
+    Kor::Ptr<ClassMapStatus> const status = status_->classMapStatusIs(name);
+    status->errorIs(Kor::String("missing class-map " + name.stdString()));
+  }
 }
 
 void PolicyMapSm::prioIs(Kor::Name const& name) {
@@ -220,12 +341,12 @@ void PolicyMapSm::prioIs(Kor::Name const& name) {
       prioClassDel(known->value());
     }
     classPrioDel(name);
-    program_->rulesChanged();
+    reconciler_->rulesChanged();
   }
   if (configured && (!known || configured->value() != known->value())) {
     classPrioIs(name, configured->value());
     prioClassIs(configured->value(), name);
-    program_->rulesChanged();
+    reconciler_->rulesChanged();
   }
 }
 
@@ -241,16 +362,28 @@ std::vector<Kor::Ptr<ClassMapSm>> PolicyMapSm::classesInOrder() const {
   return classes;
 }
 
-void PolicyMapSm::classRulesChanged(ClassMapMatchOption option) {
-  program_->rulesChanged(option);
-}
-
-void PolicyMapSm::classActionsChanged() {
-  program_->actionsChanged();
+std::vector<Kor::Ptr<ClassMapSm>> PolicyMapSm::classesInOrder(
+    std::set<Kor::Name> const& names) const {
+  std::vector<std::pair<std::uint32_t, Kor::Ptr<PolicyMap::ClassMapSm>>> byPrio;
+  for (Kor::Name const& name : names) {
+    Kor::Ptr<PolicyMap::ClassMapSm> const machine = classMapSm(name);
+    if (machine && configured(name)) {
+      byPrio.emplace_back(policyMap()->classPrio(name), machine);
+    }
+  }
+  // Equal priorities go by name, as the set does.
+  std::stable_sort(byPrio.begin(), byPrio.end(),
+                   [](auto const& a, auto const& b) { return a.first < b.first; });
+  std::vector<Kor::Ptr<PolicyMap::ClassMapSm>> classes;
+  classes.reserve(byPrio.size());
+  for (auto const& [prio, machine] : byPrio) {
+    classes.push_back(machine);
+  }
+  return classes;
 }
 
 void PolicyMapSm::handleActiveIntf(Vorel::IntfId /*intf*/) {
-  program_->intfsChanged();
+  reconciler_->intfsChanged();
 }
 
 // attributes ----------------------------------------------------------------------------
@@ -290,12 +423,13 @@ void PolicyMapSm::policyMapConfigDel() {
 }
 
 void PolicyMapSm::classTypeConfigIs(Kor::Ptr<ClassMapTypeConfig const> const& config) {
-  if (config == classTypeConfig_) {
+  if (config == classTypeConfig()) {
     return;
   }
-  classTypeConfig_ = config;
+  classTypeConfig_.objectIs(config);
+  listenForClassMaps();
   if (reacting()) {
-    classesAre();
+    syncClasses();
   }
 }
 void PolicyMapSm::classTypeConfigDel() {

@@ -8,6 +8,8 @@
 #include "PolicyMap/PolicyMapSmCommonData.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
+#include "PolicyMap/PolicyReconciler.h"
+#include "PolicyMap/Settling.h"
 
 #include <map>
 #include <memory>
@@ -15,9 +17,6 @@
 #include <vector>
 
 namespace PolicyMap {
-
-class PolicyProgram;
-class ServicePolicySm;
 
 // The machine of one policy-map in one direction: it runs one class machine per class, knows which
 // interfaces count, and sees to it that the helper has what is configured.
@@ -77,7 +76,7 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
     return policyMapConfig_.object();
   }
   [[nodiscard]] Kor::Ptr<ClassMapTypeConfig const> const& classTypeConfig() const {
-    return classTypeConfig_;
+    return classTypeConfig_.object();
   }
   [[nodiscard]] Kor::Ptr<PolicyMapStatus> const& status() const { return status_; }
   // The sub-configuration in force, null when there is none.
@@ -92,43 +91,55 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
 
   // The class machines in the order in which their rules are programmed.
   [[nodiscard]] std::vector<Kor::Ptr<ClassMapSm>> classesInOrder() const;
+  // The same for those of `names` that are there.
+  [[nodiscard]] std::vector<Kor::Ptr<ClassMapSm>> classesInOrder(
+      std::set<Kor::Name> const& names) const;
 
-  // Takes up whatever may have changed while nobody listened.
+  // Takes up whatever changed while notifications were off.
   void catchUp();
-  // Drops the machines of classes that have left the configuration and not come back.
-  void dropLeftClasses();
-  // Told by the class machines.
-  void classRulesChanged(ClassMapMatchOption option);
-  void classActionsChanged();
+  // Gives the machine what it needs to program; null: it stands alone, and programs nothing.
+  void serviceIs(PolicyReconciler::Service* service);
   // Brings the helper to what is configured.
-  [[nodiscard]] PolicyProgram& program() { return *program_; }
+  [[nodiscard]] PolicyReconciler& reconciler() { return *reconciler_; }
 
  protected:
   // Any pointer may be null.
   PolicyMapSm(Kor::Ptr<PolicyMapGlobalData> globalCommonData, PolicyMapSmKey key,
               Kor::Ptr<PolicyMapConfig const> const& policyMapConfig,
-              Kor::Ptr<ClassMapTypeConfig const> classTypeConfig, Kor::Ptr<PolicyMapStatus> status);
+              Kor::Ptr<ClassMapTypeConfig const> const& classTypeConfig,
+              Kor::Ptr<PolicyMapStatus> status);
 
  private:
   class SubConfigWatch;
+  class ClassTypeWatch;
+  class ClassOwner;
+  class ReconciledPolicy;
 
   void configChanged(Kor::AttributeId id);
   void initialize();
   [[nodiscard]] bool reacting() const { return hasNotificationActive() && !korMarkedForDeletion(); }
   // Brings one class machine, or all, to what is configured.
-  void classIs(Kor::Name const& name);
-  void classesAre();
+  void syncClass(Kor::Name const& name);
+  void syncClasses();
+  void bringClass(Kor::Name const& name);
+  [[nodiscard]] bool configured(Kor::Name const& name) const;
+  void watchClassMap(Kor::Name const& name);
+  void listenForClassMaps();
   void makeClassMachine(Kor::Name const& name, Kor::Ptr<ClassMapConfig const> const& map,
                         Kor::Ptr<ClassMapSubConfig const> const& rawMap,
                         Kor::Ptr<ClassAction const> const& action);
   void dropClassMachine(Kor::Name const& name);
+  // Drops the machines of classes that have left the configuration and not come back.
+  void dropLeftClasses();
   void classLeft(Kor::Name const& name);
+  void publishMissing(Kor::Name const& name);
   void prioIs(Kor::Name const& name);
 
   Kor::Ptr<PolicyMapGlobalData> globalCommonData_;
   PolicyMapSmKey key_;
   Kor::Reactor<PolicyMapConfig const, Kor::LogWatch<PolicyMapSm>> policyMapConfig_;
-  Kor::Ptr<ClassMapTypeConfig const> classTypeConfig_;
+  // Quiet where the dependency index tells of class-maps.
+  Kor::Reactor<ClassMapTypeConfig const, ClassTypeWatch> classTypeConfig_;
   Kor::Ptr<PolicyMapStatus> status_;
   Kor::Reactor<PolicyMapSubConfig const, SubConfigWatch> policyMap_;
   Kor::Ptr<PolicyMapSmCommonData> policyCommonData_;
@@ -137,7 +148,11 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
   std::set<Kor::Name> leftClasses_;  // out of the configuration, their machines still here
   // On the class-map of each configured class, whether or not it exists.
   std::map<Kor::Name, DependencyIndex::Dependent> classWatches_;
-  std::unique_ptr<PolicyProgram> program_;
+  Settling<Kor::Name> settlingClasses_;
+  bool cleaningUp_ = false;
+  std::unique_ptr<ClassOwner> classOwner_;
+  std::unique_ptr<ReconciledPolicy> reconciledPolicy_;
+  std::unique_ptr<PolicyReconciler> reconciler_;
 };
 
 }  // namespace PolicyMap

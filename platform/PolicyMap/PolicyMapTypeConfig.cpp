@@ -23,6 +23,13 @@ Kor::KorType* ServicePolicyKey::_fwkType() {
   return &type;
 }
 
+void korCheckKey(ServicePolicyKey const& key) {
+  if (key.direction() != "input" && key.direction() != "output") {
+    throw Kor::RangeException("ServicePolicyKey::direction '" + key.direction().stdString() +
+                              "' not allowed, must be 'input' or 'output'");
+  }
+}
+
 Kor::KorType const* ClassAction::fwkType() const {
   return _fwkType();
 }

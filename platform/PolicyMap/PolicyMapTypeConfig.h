@@ -53,6 +53,9 @@ class POLICYMAP_API ServicePolicyKey {
   Kor::Name direction_;
 };
 
+// Throws a RangeException for a direction other than "input" and "output".
+POLICYMAP_API void korCheckKey(ServicePolicyKey const& key);
+
 // The actions of one class in one policy-map.
 class POLICYMAP_API ClassAction : public Kor::Entity, public Kor::HashMapLink<ClassAction> {
  public:
@@ -213,7 +216,8 @@ class POLICYMAP_API PolicyMapTypeConfig : public Kor::Entity {
 
   KOR_OWNED_COLLECTION(PolicyMapTypeConfig, policyMapConfig, PolicyMapConfig, Kor::Name,
                        PolicyMap::PolicyMapConfig, , { announcePolicyMapConfig(key); })
-  // The policy-map attached at an interface in a direction.
+  // The policy-map attached at an interface in a direction. Writers throw a RangeException for a
+  // direction other than "input" and "output".
   KOR_VALUE_COLLECTION(PolicyMapTypeConfig, servicePolicy, ServicePolicy, ServicePolicyKey,
                        Kor::Name, , { announceServicePolicy(key); })
 

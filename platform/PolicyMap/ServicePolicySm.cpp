@@ -1,12 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/ServicePolicySm.h"
 
-#include "PolicyMap/PolicyProgram.h"
-#include "PolicyMap/Programmer.h"
+#include "Kor/Exception.h"
+#include "PolicyMap/HelperArbiter.h"
 
 #include <algorithm>
+#include <sstream>
 
 namespace PolicyMap {
+namespace {
+
+// Refuses a number of seconds for an attribute.
+void requireWait(char const* attribute, double seconds, bool good, char const* requirement,
+                 std::optional<double> bound = std::nullopt) {
+  if (!good) {
+    std::ostringstream text;
+    text << "ServicePolicySm::" << attribute << " " << seconds << " not allowed, " << requirement;
+    if (bound) {
+      text << " " << *bound;
+    }
+    throw Kor::RangeException(text.str());
+  }
+}
+
+}  // namespace
 
 // What the machine hears from the objects it watches.
 
@@ -26,9 +43,7 @@ class ServicePolicySm::ClassMapWatch : public ClassMapTypeConfig::NotifieeConst 
  public:
   explicit ClassMapWatch(ServicePolicySm* machine) : machine_(machine) {}
   void onClassMapConfig(Kor::Name const& name) override {
-    if (machine_->commonData_) {
-      machine_->commonData_->dependencies().changed(DependencyKind::classMap, name);
-    }
+    machine_->dependencyChanged(DependencyKind::classMap, name);
   }
 
  private:
@@ -38,17 +53,17 @@ class ServicePolicySm::ClassMapWatch : public ClassMapTypeConfig::NotifieeConst 
 class ServicePolicySm::AclWatch : public Acl::Config::NotifieeConst {
  public:
   explicit AclWatch(ServicePolicySm* machine) : machine_(machine) {}
-  void onIpAcl(Kor::Name name) override { changed(DependencyKind::ipAcl, name); }
-  void onIp6Acl(Kor::Name name) override { changed(DependencyKind::ip6Acl, name); }
-  void onMacAcl(Kor::Name name) override { changed(DependencyKind::macAcl, name); }
-
- private:
-  void changed(DependencyKind kind, Kor::Name const& name) {
-    if (machine_->commonData_) {
-      machine_->commonData_->dependencies().changed(kind, name);
-    }
+  void onIpAcl(Kor::Name name) override {
+    machine_->dependencyChanged(DependencyKind::ipAcl, name);
+  }
+  void onIp6Acl(Kor::Name name) override {
+    machine_->dependencyChanged(DependencyKind::ip6Acl, name);
+  }
+  void onMacAcl(Kor::Name name) override {
+    machine_->dependencyChanged(DependencyKind::macAcl, name);
   }
 
+ private:
   ServicePolicySm* machine_;
 };
 
@@ -66,7 +81,7 @@ class ServicePolicySm::RequestWatch : public PolicyMapStatusRequestDir::Notifiee
   explicit RequestWatch(ServicePolicySm* machine) : machine_(machine) {}
   void onCountRequest(PolicyMapSmKey const& key) override {
     if (Kor::Ptr<PolicyMap::PolicyMapSm> const policy = machine_->policyMapSm(key)) {
-      policy->program().countsRequested();
+      policy->reconciler().countsRequested();
     }
   }
 
@@ -112,6 +127,48 @@ class ServicePolicySm::Routing6Watch : public Routing6::RoutingInfo::NotifieeCon
   ServicePolicySm* machine_;
 };
 
+class ServicePolicySm::HelperWatch : public PolicyMapAclHelper::NotifieeConst {
+ public:
+  explicit HelperWatch(ServicePolicySm* machine) : machine_(machine) {}
+  void onUpdateActionSupported() override { machine_->capabilitiesChanged(); }
+  void onReprogramPolicyOnIntfChange() override { machine_->capabilitiesChanged(); }
+  void onExpandPortChannels() override { machine_->capabilitiesChanged(); }
+  void onDenyRulesAllowed() override { machine_->capabilitiesChanged(); }
+  void onTtlSupported() override { machine_->capabilitiesChanged(); }
+  void onOnlyTtlEqSupported() override { machine_->capabilitiesChanged(); }
+  void onAckOrRstSupported() override { machine_->capabilitiesChanged(); }
+  void onEstablishedSupported() override { machine_->capabilitiesChanged(); }
+  void onSubRulesForL4Ports() override { machine_->capabilitiesChanged(); }
+  void onAsyncOperations() override { machine_->capabilitiesChanged(); }
+
+ private:
+  ServicePolicySm* machine_;
+};
+
+// What the reconcilers of the policies ask of this machine.
+class ServicePolicySm::ReconcilerService final : public PolicyReconciler::Service {
+ public:
+  explicit ReconcilerService(ServicePolicySm& machine) : machine_(machine) {}
+
+  Kor::Ptr<PolicyMapAclHelper> const& aclHelper() const override { return machine_.aclHelper(); }
+  Kor::Ptr<Acl::AclDiff> const& aclDiff() const override { return machine_.aclDiff(); }
+  bool active() const override { return machine_.reacting() && !machine_.changingHelper_; }
+  bool allowsOption(ClassMapMatchOption option) const override {
+    return machine_.allowsOption(option);
+  }
+  std::vector<Vorel::IntfId> effectiveIntfs(PolicyMapSmKey const& key,
+                                            ClassMapMatchOption option) override {
+    return machine_.effectiveIntfs(key, option);
+  }
+  double retryMin() const override { return machine_.retryMin(); }
+  double retryMax() const override { return machine_.retryMax(); }
+  double asyncTimeout() const override { return machine_.asyncTimeout(); }
+  void policyGone(PolicyMapSmKey const& key) override { machine_.policyGone(key); }
+
+ private:
+  ServicePolicySm& machine_;
+};
+
 ServicePolicySm::ServicePolicySm(Kor::Ptr<PolicyMapTypeConfig const> const& policyConfig,
                                  Kor::Ptr<ClassMapTypeConfig const> const& classTypeConfig,
                                  Kor::Ptr<PolicyMapStatusRequestDir const> const& statusRequestDir,
@@ -135,11 +192,12 @@ ServicePolicySm::ServicePolicySm(Kor::Ptr<PolicyMapTypeConfig const> const& poli
       ip6Status_(Kor::make<Ip6Watch>(this)),
       routingInfo_(Kor::make<RoutingWatch>(this)),
       routing6Info_(Kor::make<Routing6Watch>(this)),
-      aclHelper_(aclHelper),
+      aclHelper_(Kor::make<HelperWatch>(this)),
       aclDiff_(aclDiff),
       allowL2Intf_(allowL2Intf),
       allowL3Intf_(allowL3Intf),
-      allowMgmtIntf_(allowMgmtIntf) {
+      allowMgmtIntf_(allowMgmtIntf),
+      reconcilerService_(std::make_unique<ReconcilerService>(*this)) {
   policyConfig_.objectIs(policyConfig);
   statusRequestDir_.objectIs(statusRequestDir);
   classTypeConfig_.objectIs(classTypeConfig);
@@ -149,11 +207,12 @@ ServicePolicySm::ServicePolicySm(Kor::Ptr<PolicyMapTypeConfig const> const& poli
   ip6Status_.objectIs(ip6Status);
   routingInfo_.objectIs(routingInfo);
   routing6Info_.objectIs(routing6Info);
+  aclHelper_.objectIs(aclHelper);
 }
 
 ServicePolicySm::~ServicePolicySm() {
   for (auto const& entry : policyMapSmIteratorConst()) {
-    entry.value()->program().serviceIs(nullptr);
+    entry.value()->serviceIs(nullptr);
   }
 }
 
@@ -178,6 +237,7 @@ void ServicePolicySm::forEachReactor(Call&& call) {
   call(ip6Status_);
   call(routingInfo_);
   call(routing6Info_);
+  call(aclHelper_);
 }
 
 void ServicePolicySm::hasNotificationActiveIs(bool active) {
@@ -198,9 +258,7 @@ void ServicePolicySm::initialize() {
   if (std::exchange(rebuildDue_, false) || !commonData_) {
     renewCommonData();
   }
-  if (aclHelper_) {
-    aclHelper_->programmer().start();
-  }
+  initializeHelper();
   attachmentsAre();
   membersAre();
   if (initialized_) {
@@ -220,7 +278,7 @@ void ServicePolicySm::handleInitialized() {}
 void ServicePolicySm::cleanup() {
   cleanedUp_ = true;
   for (auto const& entry : policyMapSmIteratorConst()) {
-    entry.value()->program().wantedIs(false);
+    entry.value()->reconciler().wantedIs(false);
   }
 }
 
@@ -284,26 +342,30 @@ void ServicePolicySm::attachmentsAre() {
     policies.push_back(key);
   }
   for (PolicyMapSmKey const& key : policies) {
-    policyIs(key);
+    syncPolicy(key);
   }
   allIntfsChanged();
 }
 
-void ServicePolicySm::handlePolicyMapConfig(Kor::Name const& policyMapName) {
-  handlePolicyMap(policyMapName);
+void ServicePolicySm::handlePolicyMapConfig(Kor::Name policyMapName) {
+  handlePolicyMap(std::move(policyMapName));
 }
 
-void ServicePolicySm::handlePolicyMap(Kor::Name const& policyMapName) {
+void ServicePolicySm::handlePolicyMap(Kor::Name policyMapName) {
   if (!reacting()) {
     return;
   }
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   for (char const* const direction : {"input", "output"}) {
-    policyIs(PolicyMapSmKey(policyMapName, direction));
+    syncPolicy(PolicyMapSmKey(policyMapName, direction));
   }
 }
 
-void ServicePolicySm::policyIs(PolicyMapSmKey const& key) {
+void ServicePolicySm::syncPolicy(PolicyMapSmKey const& key) {
+  settlingPolicies_.settle(key, [this, held = PolicyMapSmKey(key)] { bringPolicy(held); });
+}
+
+void ServicePolicySm::bringPolicy(PolicyMapSmKey const& key) {
   bool const attached = !cleanedUp_ && attachments_.find(key) != attachments_.end();
   Kor::Ptr<PolicyMapConfig const> const config =
       policyConfig() ? policyConfig()->policyMapConfig(Kor::Name(key.first())) : nullptr;
@@ -312,7 +374,7 @@ void ServicePolicySm::policyIs(PolicyMapSmKey const& key) {
     if (config) {
       machine->policyMapConfigIs(config);
     }
-    machine->program().wantedIs(attached && config);
+    machine->reconciler().wantedIs(attached && config);
   } else if (attached && config) {
     makePolicyMachine(key, config);
   }
@@ -328,14 +390,14 @@ void ServicePolicySm::makePolicyMachine(PolicyMapSmKey const& key,
     return;
   }
   policyMapSmIs(key, machine);
-  machine->program().serviceIs(this);
+  machine->serviceIs(reconcilerService_.get());
   if (auto const attached = attachments_.find(key); attached != attachments_.end()) {
     for (Vorel::IntfId const intf : std::set<Vorel::IntfId>(attached->second)) {
       intfIs(key, intf);
     }
   }
-  policyIs(key);
-  machine->program().everythingChanged();
+  syncPolicy(key);
+  machine->reconciler().everythingChanged();
 }
 
 void ServicePolicySm::policyGone(PolicyMapSmKey const& key) {
@@ -344,7 +406,7 @@ void ServicePolicySm::policyGone(PolicyMapSmKey const& key) {
     return;
   }
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  machine->program().serviceIs(nullptr);
+  machine->serviceIs(nullptr);
   machine->cleanup();
   machine->korDoZombieReactors(true);
   policyMapSmDel(key);
@@ -353,7 +415,15 @@ void ServicePolicySm::policyGone(PolicyMapSmKey const& key) {
   }
   // Wanted again meanwhile, or to be built anew on other configuration.
   if (reacting()) {
-    policyIs(key);
+    syncPolicy(key);
+  }
+}
+
+void ServicePolicySm::dependencyChanged(DependencyKind kind, Kor::Name const& name) {
+  // A reaction may drop the last reference to the machine.
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
+  if (Kor::Ptr<PolicyMapGlobalData> const data = commonData_) {
+    data->dependencies().changed(kind, name);
   }
 }
 
@@ -370,7 +440,7 @@ void ServicePolicySm::rebuild() {
 void ServicePolicySm::renewCommonData() {
   commonDataIs(createCommonData());
   for (auto const& entry : policyMapSmIteratorConst()) {
-    entry.value()->program().restart();
+    entry.value()->reconciler().restart();
   }
 }
 
@@ -415,7 +485,7 @@ bool ServicePolicySm::allowedIntfForType(Vorel::IntfId intf, ClassMapMatchOption
 }
 
 std::vector<Vorel::IntfId> ServicePolicySm::memberIntfs(Vorel::IntfId intf) const {
-  if (!intf.isPortChannel() || !aclHelper_ || !aclHelper_->expandPortChannels()) {
+  if (!intf.isPortChannel() || !aclHelper() || !aclHelper()->expandPortChannels()) {
     return {intf};
   }
   std::vector<Vorel::IntfId> members;
@@ -495,9 +565,9 @@ void ServicePolicySm::intfChanged(Vorel::IntfId intf, bool force) {
     intfIs(key, intf);
     if (Kor::Ptr<PolicyMap::PolicyMapSm> const machine = policyMapSm(key)) {
       if (force) {
-        machine->program().reprogram();
+        machine->reconciler().reprogram();
       } else {
-        machine->program().intfsChanged();
+        machine->reconciler().intfsChanged();
       }
     }
   }
@@ -540,7 +610,7 @@ bool ServicePolicySm::allowsOption(ClassMapMatchOption option) const {
 
 void ServicePolicySm::optionsChanged() {
   for (auto const& entry : policyMapSmIteratorConst()) {
-    entry.value()->program().rulesChanged();
+    entry.value()->reconciler().rulesChanged();
   }
 }
 
@@ -565,12 +635,17 @@ void ServicePolicySm::commonDataDel() {
 }
 
 void ServicePolicySm::retryMinIs(double seconds) {
+  requireWait("retryMin", seconds, seconds > 0 && seconds <= retryMax_,
+              "must be above 0 and not above retryMax", retryMax_);
   retryMin_ = seconds;
 }
 void ServicePolicySm::retryMaxIs(double seconds) {
+  requireWait("retryMax", seconds, seconds > 0 && seconds >= retryMin_,
+              "must be above 0 and not below retryMin", retryMin_);
   retryMax_ = seconds;
 }
 void ServicePolicySm::asyncTimeoutIs(double seconds) {
+  requireWait("asyncTimeout", seconds, seconds > 0, "must be above 0");
   asyncTimeout_ = seconds;
 }
 
@@ -662,21 +737,38 @@ void ServicePolicySm::routing6InfoDel() {
   routing6InfoIs(nullptr);
 }
 
+void ServicePolicySm::initializeHelper() {
+  if (Kor::Ptr<PolicyMapAclHelper> const helper = aclHelper()) {
+    helper->arbiter().initialize([&] { helper->hwInit(); });
+  }
+}
+
+void ServicePolicySm::capabilitiesChanged() {
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
+  for (auto const& entry : policyMapSmIteratorConst()) {
+    entry.value()->reconciler().rulesChanged();
+  }
+}
+
 void ServicePolicySm::aclHelperIs(Kor::Ptr<PolicyMapAclHelper> const& helper) {
-  if (helper == aclHelper_) {
+  if (helper == aclHelper()) {
     return;
   }
   // A deletion on the old helper may set another one, or end this machine.
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  Kor::Ptr<PolicyMapAclHelper> const left = std::exchange(aclHelper_, helper);
-  for (auto const& entry : policyMapSmIteratorConst()) {
-    entry.value()->program().leaveHelper(left);
+  Kor::Ptr<PolicyMapAclHelper> const left = aclHelper();
+  aclHelper_.objectIs(helper);
+  {
+    ScopedFlag const flag(changingHelper_);
+    for (auto const& entry : policyMapSmIteratorConst()) {
+      entry.value()->reconciler().leaveHelper(left);
+    }
   }
-  if (Kor::Ptr<PolicyMapAclHelper> const present = aclHelper_; present && reacting()) {
-    present->programmer().start();
+  if (reacting()) {
+    initializeHelper();
   }
   for (auto const& entry : policyMapSmIteratorConst()) {
-    entry.value()->program().everythingChanged();
+    entry.value()->reconciler().everythingChanged();
   }
 }
 void ServicePolicySm::aclHelperDel() {

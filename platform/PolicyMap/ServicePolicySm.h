@@ -17,6 +17,7 @@
 #include "Routing6/RoutingInfo.h"
 
 #include <map>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -48,8 +49,8 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
       Kor::Ptr<PolicyMapStatus> const& status) = 0;
   virtual Kor::Ptr<PolicyMapGlobalData> createCommonData();
   // The attachments of a policy-map, or the policy-map itself, came or went.
-  virtual void handlePolicyMap(Kor::Name const& policyMapName);
-  virtual void handlePolicyMapConfig(Kor::Name const& policyMapName);
+  virtual void handlePolicyMap(Kor::Name policyMapName);
+  virtual void handlePolicyMapConfig(Kor::Name policyMapName);
   // Re-evaluates an interface at once and marks what depends on it. `force` re-programs even
   // without a difference. Legal at any time; does nothing without active notifications.
   virtual void handleIntf(Vorel::IntfId intf, bool force);
@@ -68,7 +69,8 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
 
  public:
   // Seconds: the first and the longest wait before a failed policy is tried again, and how long an
-  // asynchronous result may take.
+  // asynchronous result may take. A RangeException refuses what is not above 0, and a retryMin above
+  // retryMax.
   virtual void retryMinIs(double seconds);
   virtual void retryMaxIs(double seconds);
   virtual void asyncTimeoutIs(double seconds);
@@ -118,7 +120,9 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   [[nodiscard]] Kor::Ptr<Routing6::RoutingInfo const> const& routing6Info() const {
     return routing6Info_.object();
   }
-  [[nodiscard]] Kor::Ptr<PolicyMapAclHelper> const& aclHelper() const { return aclHelper_; }
+  [[nodiscard]] Kor::Ptr<PolicyMapAclHelper> const& aclHelper() const {
+    return aclHelper_.object();
+  }
   [[nodiscard]] Kor::Ptr<Acl::AclDiff> const& aclDiff() const { return aclDiff_; }
   [[nodiscard]] bool allowL2Intf() const { return allowL2Intf_; }
   [[nodiscard]] bool allowL3Intf() const { return allowL3Intf_; }
@@ -139,9 +143,6 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   // Where a policy is to be applied for an option, ascending, each once.
   [[nodiscard]] std::vector<Vorel::IntfId> effectiveIntfs(PolicyMapSmKey const& key,
                                                           ClassMapMatchOption matchOption);
-
-  // Told by a policy's program when nothing of it stands any more.
-  void policyGone(PolicyMapSmKey const& key);
 
  protected:
   // Calls no hook. Any pointer may be null: without policy configuration, access lists or helper
@@ -170,6 +171,8 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   class Routing6Watch;
   class LagWatch;
   class RequestWatch;
+  class HelperWatch;
+  class ReconcilerService;
 
   template <class Call>
   void forEachReactor(Call&& call);
@@ -178,7 +181,13 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   void servicePolicyChanged(ServicePolicyKey const& key);
   void attachmentIs(ServicePolicyKey const& key, Kor::Name const& policyMapName);
   void attachmentsAre();
-  void policyIs(PolicyMapSmKey const& key);
+  // Brings one policy machine to what is configured.
+  void syncPolicy(PolicyMapSmKey const& key);
+  void bringPolicy(PolicyMapSmKey const& key);
+  void policyGone(PolicyMapSmKey const& key);
+  void dependencyChanged(DependencyKind kind, Kor::Name const& name);
+  void capabilitiesChanged();
+  void initializeHelper();
   void makePolicyMachine(PolicyMapSmKey const& key, Kor::Ptr<PolicyMapConfig const> const& config);
   void intfIs(PolicyMapSmKey const& key, Vorel::IntfId intf);
   void intfChanged(Vorel::IntfId intf, bool force);
@@ -203,7 +212,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   Kor::Reactor<Ip6::Status const, Ip6Watch> ip6Status_;
   Kor::Reactor<Routing::RoutingInfo const, RoutingWatch> routingInfo_;
   Kor::Reactor<Routing6::RoutingInfo const, Routing6Watch> routing6Info_;
-  Kor::Ptr<PolicyMapAclHelper> aclHelper_;
+  Kor::Reactor<PolicyMapAclHelper, HelperWatch> aclHelper_;
   Kor::Ptr<Acl::AclDiff> aclDiff_;
   bool allowL2Intf_;
   bool allowL3Intf_;
@@ -217,7 +226,10 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   double asyncTimeout_ = 30;
   bool initialized_ = false;
   bool cleanedUp_ = false;
-  bool rebuildDue_ = false;  // when notifications are on again
+  bool rebuildDue_ = false;      // when notifications are on again
+  bool changingHelper_ = false;  // policies are leaving the former one
+  Settling<PolicyMapSmKey> settlingPolicies_;
+  std::unique_ptr<ReconcilerService> reconcilerService_;
 
   // Attachments as last heard of: by place, by policy, by interface.
   std::map<ServicePolicyKey, Kor::Name> attachedAt_;

@@ -298,8 +298,6 @@ TEST_F(ManyOptions, AnUpdateCoversEverySubRule) {
   auto const action = bench.action("pm", "c");
   bench.start();
   bench.settle();
-  // What stands was expanded; the capability of today does not matter.
-  bench.helper->subRulesForL4PortsIs(false);
   action->numberIs(7);
   auto const calls = bench.settle();
   EXPECT_THAT(calls, Contains("update pm/input/ipv4 c:acl:10 *>5004-5007"));

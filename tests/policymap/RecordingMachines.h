@@ -199,11 +199,11 @@ class RecordingServiceSm : public Toggled<PolicyMap::ServicePolicySm> {
     hooks_.say("createCommonData");
     return Toggled::createCommonData();
   }
-  void handlePolicyMap(Kor::Name const& name) override {
+  void handlePolicyMap(Kor::Name name) override {
     hooks_.say("handlePolicyMap " + text(name));
     Toggled::handlePolicyMap(name);
   }
-  void handlePolicyMapConfig(Kor::Name const& name) override {
+  void handlePolicyMapConfig(Kor::Name name) override {
     hooks_.say("handlePolicyMapConfig " + text(name));
     Toggled::handlePolicyMapConfig(name);
   }

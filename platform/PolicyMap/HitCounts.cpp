@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PolicyMap/HitCounts.h"
+
+#include "PolicyMap/HelperArbiter.h"
+#include "PolicyMap/Trace.h"
+
+namespace PolicyMap {
+
+HitCounts readHitCounts(PolicyMapAclHelper& helper,
+                        PolicyMapSmCommonData::PtrConst const& policyData,
+                        ClassMapSmCommonData::PtrConst const& classData,
+                        ProgrammedState const& state, std::function<bool()> const& goesOn) {
+  HitCounts counts;
+  bool going = true;
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    ProgrammedClass const* const programmed = state[option].classes.find(classData.get());
+    if (!going || programmed == nullptr) {
+      continue;
+    }
+    ProgrammedClass const counted = *programmed;
+    counted.rules->forEach([&](auto const& rule) {
+      AclRuleKey const key(counted.name, rule.aclName, rule.seqno, option);
+      std::uint64_t count = 0;
+      HelperArbiter::Answer const answer = helper.arbiter().call([&] {
+        count = helper.getCountForRule(key, policyData, counted.data);
+        return Kor::String();
+      });
+      if (!answer.threw) {
+        counts.emplace(key, count);
+      } else {
+        KOR_TRACE_LINE(traceHandle(), 1, "no hit count for " << key << ": " << answer.error);
+      }
+      going = goesOn();
+      return going;
+    });
+  }
+  return counts;
+}
+
+void publishHitCounts(ClassMapStatus& status, HitCounts const& counts) {
+  for (auto iterator = status.hitCountIterator(); iterator; ++iterator) {
+    if (!counts.contains(iterator.key())) {
+      iterator.del();
+    }
+  }
+  for (auto const& [key, count] : counts) {
+    status.hitCountIs(key, count);
+  }
+}
+
+}  // namespace PolicyMap
