@@ -13,7 +13,7 @@ struct PrefixHash {
   std::uint32_t operator()(InterfacePrefix const& prefix) const;
 };
 
-/// At most one primary address, and others behind it in the order in which they were given. An
+/// At most one primary address, and others after it in the order in which they were given. An
 /// address is there once. Every edit takes the same time however many addresses there are.
 class InterfaceAddresses {
  public:
@@ -28,7 +28,7 @@ class InterfaceAddresses {
 
   /// In place of the primary address before it, if there is one.
   void addPrimary(InterfacePrefix const& prefix);
-  /// Behind the others. An address that was added so before keeps its place.
+  /// After the others. An address that was added so before keeps its place.
   void addSecondary(InterfacePrefix const& prefix);
   /// False when there is no such address.
   bool erase(InterfacePrefix const& prefix);

@@ -32,7 +32,7 @@ class NameOrder {
   void insert(std::string const& name, std::string const& next);
 
   /// Neighbours by name and not by place, so that a copy is one of its own. The empty name is
-  /// before the first and behind the last one.
+  /// before the first and after the last one.
   std::unordered_map<std::string, Links> links_{{std::string(), {}}};
 };
 
