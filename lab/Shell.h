@@ -38,7 +38,7 @@ class Shell {
   /// Does what the line says and prints what it answers. Raises ShellError and the exceptions of
   /// the generic interface; a line that raises one has changed nothing, unless the function that it
   /// called has.
-  void execute(std::string const& line);
+  void execute(std::string const& written);
   /// Does the line end the session? What reads the lines must see to it.
   [[nodiscard]] static bool quits(std::string_view line);
   /// The names that can stand at the end of the line instead of the beginning of a name that is
