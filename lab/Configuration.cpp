@@ -174,14 +174,14 @@ void actionsAre(PolicyMap::ClassAction& classAction, ClassActions const& values)
 void classesAre(PolicyMap::PolicyMapSubConfig& subConfig, PolicyMapSettings const& before,
                 PolicyMapSettings const& after) {
   constexpr std::uint32_t step = 10;
-  for (std::string const& name : before.order) {
+  for (std::string const& name : before.order.names()) {
     if (after.actions.count(name) == 0) {
       subConfig.classPrioDel(name);
       subConfig.classActionDel(name);
     }
   }
   std::uint32_t priority = 0;
-  for (std::string const& name : after.order) {
+  for (std::string const& name : after.order.names()) {
     priority += step;
     auto const actions = after.actions.find(name);
     auto const known = before.actions.find(name);
@@ -265,11 +265,11 @@ namespace {
 /// A switchport's addresses do not count, and of several one counts.
 template <typename Address, typename Status>
 void addressIs(Status& status, Vorel::IntfId intf, InterfaceSettings const& settings,
-               std::vector<InterfaceSettings::Entry> const& entries) {
-  if (entries.empty() || settings.switchport.value_or(false)) {
+               InterfaceAddresses const& addresses) {
+  if (addresses.empty() || settings.switchport.value_or(false)) {
     status.intfAddressDel(intf);
   } else {
-    status.intfAddressIs(intf, interfaceAddress<Address>(entries.front().prefix));
+    status.intfAddressIs(intf, interfaceAddress<Address>(addresses.first()));
   }
 }
 

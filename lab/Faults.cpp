@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Faults.h"
 
+#include "lab/SourceText.h"
 #include "lab/Verb.h"
 
 #include <array>
@@ -55,8 +56,8 @@ Fault readFault(std::string_view argument) {
     for (Attribute const& attribute : attributes) {
       names.append(names.empty() ? "" : ", ").append(attribute.name);
     }
-    throw UsageError("--inject: expected NAME=TEXT with one of " + names + ", found '" +
-                     std::string(argument) + "'");
+    throw UsageError("--inject: expected NAME=TEXT with one of " + names + ", found " +
+                     excerpt(argument));
   }
   return {std::string(name), std::string(argument.substr(equals + 1))};
 }

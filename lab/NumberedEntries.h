@@ -71,15 +71,8 @@ class NumberedEntries {
     return true;
   }
 
-  template <typename Predicate>
-  void eraseIf(Predicate predicate) {
-    indexed_ = false;
-    byHash_.clear();
-    std::erase_if(byNumber_, [&](auto const& entry) { return predicate(entry.second); });
-  }
-
  private:
-  // Who never asks by value does not pay for it.
+  // A caller that never asks by value does not pay for it.
   void index() {
     if (!indexed_) {
       for (auto const& [number, value] : byNumber_) {

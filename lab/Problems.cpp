@@ -53,7 +53,7 @@ class PolicyProblems {
       add(Kind::missing, where_, "not defined, but attached to " + listOf(attachedAt));
       return;
     }
-    for (std::string const& className : settings->second->order) {
+    for (std::string const& className : settings->second->order.names()) {
       findOfClass(className);
     }
     auto const status = session_.status().policyMapStatus(key_);

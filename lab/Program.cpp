@@ -3,17 +3,50 @@
 
 #include "lab/RunVerb.h"
 #include "lab/ShellVerb.h"
+#include "lab/ShownText.h"
 #include "lab/SourceText.h"
 #include "lab/TypesVerb.h"
+
+#include <Kor/Trace.h>
+
+#include <utility>
 
 namespace lab {
 
 namespace {
 
 ExitStatus fail(Console const& console, std::string_view message) {
-  console.err << "policymap-lab: " << message << "\n";
+  console.err << "policymap-lab: " << shownText(message) << "\n";
   return ExitStatus::badInput;
 }
+
+/// The status, unless what was printed could not be written.
+ExitStatus finished(Console const& console, ExitStatus status) {
+  return console.out.flush() ? status : fail(console, "the output cannot be written");
+}
+
+/// As usual, but what the command line says is shown to a person.
+std::string failureMessage(CLI::App const* program, CLI::Error const& error) {
+  std::string const usual = CLI::FailureMessage::simple(program, error);
+  std::size_t const size = std::string_view(error.what()).size();
+  return shownText(error.what()) + usual.substr(size);
+}
+
+/// While it exists, trace lines are shown to a person on `err` of the console.
+class ShownTraces {
+ public:
+  explicit ShownTraces(Console const& console)
+      : before_(Kor::traceSinkIs(
+            [&err = console.err](std::string_view source, int level, std::string_view text) {
+              err << source << "/" << level << ": " << shownText(text) << "\n";
+            })) {}
+  ShownTraces(ShownTraces const&) = delete;
+  ShownTraces& operator=(ShownTraces const&) = delete;
+  ~ShownTraces() { Kor::traceSinkIs(std::move(before_)); }
+
+ private:
+  Kor::TraceSink before_;
+};
 
 ExitStatus runVerb(std::vector<std::unique_ptr<Verb>> const& verbs, Console const& console) {
   for (std::unique_ptr<Verb> const& verb : verbs) {
@@ -39,20 +72,18 @@ ExitStatus runProgram(int argc, char const* const* argv, Console const& console)
                    "policymap-lab");
   program.require_subcommand(1);
   program.get_formatter()->column_width(36);
+  program.failure_message(failureMessage);
   std::vector<std::unique_ptr<Verb>> const verbs = makeVerbs(program);
+  ShownTraces const traces(console);
   try {
     program.parse(argc, argv);
   } catch (CLI::ParseError const& error) {
     // Asking for help is one of them.
     bool const asked = program.exit(error, console.out, console.err) == 0;
-    return asked ? ExitStatus::success : ExitStatus::badInput;
+    return asked ? finished(console, ExitStatus::success) : ExitStatus::badInput;
   }
   try {
-    ExitStatus const status = runVerb(verbs, console);
-    if (!console.out.flush()) {
-      return fail(console, "the output cannot be written");
-    }
-    return status;
+    return finished(console, runVerb(verbs, console));
   } catch (InputError const& error) {
     console.out.flush();
     return fail(console, error.what());

@@ -58,8 +58,8 @@ std::vector<AclRuleKey> keysOf(AclPolicyData const& data) {
   return keys;
 }
 
-/// The keys in the order in which the machines programmed them; such as they know nothing of stand
-/// behind, by key.
+/// The keys in the order in which the machines hold their rules; those that no machine knows are
+/// last, by key.
 std::vector<AclRuleKey> keysInOrder(Session const& session, AclPolicyData const& data) {
   std::vector<AclRuleKey> all = keysOf(data);
   std::unordered_set<AclRuleKey, KeyHash> left(all.begin(), all.end());

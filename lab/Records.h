@@ -41,7 +41,8 @@ struct PolicyRecord {
   std::vector<Vorel::IntfId> interfaces;
   std::uint64_t ruleCount = 0;
   std::uint64_t subRuleCount = 0;
-  /// In the order in which they were programmed, unless left out.
+  /// By class in the order of the policy-map, then as the machines hold them, unless left out. The
+  /// order in which they were programmed is not recorded.
   std::vector<RuleRecord> rules;
 
   bool operator==(PolicyRecord const&) const = default;

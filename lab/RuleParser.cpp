@@ -154,27 +154,45 @@ Address takeIpAddress(Lexer& lexer, Family family, std::string_view side) {
   return family == Family::ip4 ? takeIp4Address(lexer, side, false) : takeIp6Address(lexer, side);
 }
 
-/// Is the MAC address that comes next a mask? `A B` is a source and a destination, so that the
-/// second one can be the mask of the source only if a destination follows it.
-bool macMaskFollows(Lexer const& lexer, bool isDestination) {
+bool isMacAddress(Token const& token) {
   AddressBytes bytes{};
-  if (!parseAddress(Family::mac, lexer.peek().text, bytes)) {
+  return parseAddress(Family::mac, token.text, bytes);
+}
+
+/// Is the MAC address that comes next a mask of the source before it? `A B` is a source and a
+/// destination, so that the second one can be the mask of the source only if a destination follows
+/// it. Raises SyntaxFailure at the source when the lexer `atSource` begins three addresses and no
+/// more, since either of the first two could be what the mask belongs to.
+bool sourceMaskFollows(Lexer const& lexer, Lexer const& atSource) {
+  if (!isMacAddress(lexer.peek())) {
     return false;
   }
-  Token const second = lexer.peekSecond();
-  return isDestination || second.is("any") || second.is("host") ||
-         parseAddress(Family::mac, second.text, bytes);
+  Token const third = lexer.peekSecond();
+  if (!isMacAddress(third)) {
+    return third.is("any") || third.is("host");
+  }
+  Lexer ahead = lexer;
+  Token const second = ahead.next();
+  if (!isMacAddress(ahead.peekSecond())) {
+    std::string const one = std::string(atSource.peek().text) + " ";
+    std::string const two = std::string(second.text) + " ";
+    atSource.fail("host before one of three MAC addresses: '" + one + two + "host " +
+                  std::string(third.text) + "' (wildcard bits of the source) or 'host " + one +
+                  two + std::string(third.text) + "' (wildcard bits of the destination)");
+  }
+  return true;
 }
 
 Address takeMacAddress(Lexer& lexer, std::string_view side, bool isDestination) {
   if (auto const address = takeAnyOrHost(lexer, Family::mac, "a MAC address")) {
     return *address;
   }
+  Lexer const before = lexer;
   AddressBytes const bytes =
       takeAddress(lexer, Family::mac, std::string(side) + ": any, host M or M [WILDCARD]");
-  return macMaskFollows(lexer, isDestination)
-             ? maskedAddress(bytes, takeWildcard(lexer, Family::mac))
-             : exactAddress(Family::mac, bytes);
+  bool const masked = isDestination ? isMacAddress(lexer.peek()) : sourceMaskFollows(lexer, before);
+  return masked ? maskedAddress(bytes, takeWildcard(lexer, Family::mac))
+                : exactAddress(Family::mac, bytes);
 }
 
 std::optional<std::uint8_t> takeProtocol(Lexer& lexer, Family family) {

@@ -3,11 +3,13 @@
 
 #include "lab/Changes.h"
 #include "lab/Report.h"
+#include "lab/ShownText.h"
 
 #include <Kor/Trace.h>
 
 #include <algorithm>
 #include <charconv>
+#include <optional>
 
 namespace lab {
 
@@ -16,13 +18,17 @@ namespace {
 constexpr std::size_t mostClasses = 1000000;
 constexpr std::size_t mostInterfaces = 65535;
 
-/// Why SECONDS is no time that can pass; empty when it is one.
-std::string faultOfAdvance(std::string const& seconds) {
+/// SECONDS as a time that can pass; none when it is none.
+std::optional<double> secondsOf(std::string const& text) {
   double value = 0;
-  char const* const end = seconds.data() + seconds.size();
-  auto const [stop, error] = std::from_chars(seconds.data(), end, value);
+  char const* const end = text.data() + text.size();
+  auto const [stop, error] = std::from_chars(text.data(), end, value);
   bool const passes = error == std::errc() && stop == end && value >= 0 && value <= longestAdvance;
-  return passes ? "" : "SECONDS must be 0 to 1000000, not " + seconds;
+  return passes ? std::optional(value) : std::nullopt;
+}
+
+std::string faultOfAdvance(std::string const& seconds) {
+  return secondsOf(seconds) ? "" : "SECONDS must be 0 to 1000000, not " + seconds;
 }
 
 /// What keeps the run from being a success.
@@ -98,7 +104,7 @@ void RunVerb::addHelperOptions() {
   addSwitch("--sub-rules-for-ports", session_.subRulesForPorts,
             "Cut port ranges into sub-rules, without range checkers");
   addSwitch("--reprogram-on-intf-change", session_.reprogramOnIntfChange,
-            "Program a policy anew when its interfaces change");
+            "Program a policy again when its interfaces change");
   addSwitch("--no-deny-rules", session_.denyRules, "No deny rules");
   addSwitch("--no-ttl", session_.ttl, "No match on TTL");
   addSwitch("--only-ttl-eq", session_.onlyTtlEq, "A match on TTL must be for one value");
@@ -142,7 +148,8 @@ void RunVerb::addFaultOptions() {
       ->add_option_function<std::string>(
           "--advance",
           [this](std::string const& seconds) {
-            steps_.push_back({Step::Kind::advance, std::stod(seconds), "--advance " + seconds});
+            steps_.push_back(
+                {Step::Kind::advance, secondsOf(seconds).value(), "--advance " + seconds});
           },
           "Afterwards let virtual time pass; may repeat,\nin order with --then")
       ->type_name("SECONDS")
@@ -232,7 +239,7 @@ ExitStatus RunVerb::run(Console const& console) {
   if (json_) {
     printJson(console.out, session, withRules);
     for (Problem const& problem : problems) {
-      console.err << "policymap-lab: " << toText(problem) << "\n";
+      console.err << "policymap-lab: " << shownText(toText(problem)) << "\n";
     }
   } else {
     printReport(console.out, console.style, session, problems, withRules);

@@ -67,7 +67,7 @@ std::uint64_t rulesIn(Settings const& settings) {
 
 /// One class with its class-map and access list of the same name.
 void addClass(Settings& settings, std::string const& name, PolicyMapSettings& policyMap) {
-  policyMap.order.push_back(name);
+  policyMap.order.append(name);
   policyMap.actions.try_emplace(name);
   ClassMap& classMap = settings.classMaps[name].edit();
   classMap.match = ClassMatch::any;

@@ -17,6 +17,27 @@ std::uint32_t MatchHash::operator()(PolicyMap::ClassMapMatch const& match) const
                           hashOf(match.rule()));
 }
 
+void ListEntries::put(std::uint32_t number, ListEntry entry) {
+  if (std::holds_alternative<Remark>(entry)) {
+    remarks_.insert(number);
+  } else {
+    remarks_.erase(number);
+  }
+  entries_.put(number, std::move(entry));
+}
+
+bool ListEntries::erase(std::uint32_t number) {
+  remarks_.erase(number);
+  return entries_.erase(number);
+}
+
+void ListEntries::eraseRemarks() {
+  for (std::uint32_t const number : remarks_) {
+    entries_.erase(number);
+  }
+  remarks_.clear();
+}
+
 char const* toText(Direction direction) {
   return direction == Direction::input ? "input" : "output";
 }

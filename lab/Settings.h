@@ -3,6 +3,8 @@
 // edited is shared, so a file is tried on a copy and kept only when all of it could be carried out.
 #pragma once
 
+#include "lab/InterfaceAddresses.h"
+#include "lab/NameOrder.h"
 #include "lab/NumberedEntries.h"
 #include "lab/RuleConversion.h"
 #include "lab/Statement.h"
@@ -15,11 +17,11 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <utility>
 #include <variant>
-#include <vector>
 
 namespace lab {
 
@@ -58,10 +60,29 @@ struct ListEntryHash {
   std::uint32_t operator()(ListEntry const& entry) const;
 };
 
+/// The lines of an access list by number. Remarks are found without a look at the rules.
+class ListEntries {
+ public:
+  using Entries = NumberedEntries<ListEntry, ListEntryHash>;
+
+  Entries::ByNumber const& byNumber() const noexcept { return entries_.byNumber(); }
+  std::size_t size() const noexcept { return entries_.size(); }
+  ListEntry const* find(std::uint32_t number) const { return entries_.find(number); }
+  std::optional<std::uint32_t> numberOf(ListEntry const& entry) { return entries_.numberOf(entry); }
+  std::optional<std::uint32_t> nextNumber() const { return entries_.nextNumber(); }
+  void put(std::uint32_t number, ListEntry entry);
+  bool erase(std::uint32_t number);
+  void eraseRemarks();
+
+ private:
+  Entries entries_;
+  std::set<std::uint32_t> remarks_;
+};
+
 struct AccessList {
   /// Looks at source addresses alone.
   bool standard = false;
-  NumberedEntries<ListEntry, ListEntryHash> entries;
+  ListEntries entries;
 };
 
 struct MatchHash {
@@ -81,22 +102,14 @@ using ClassActions = std::array<std::optional<std::uint32_t>, actionKinds>;
 
 struct PolicyMapSettings {
   /// The classes in the order in which they take traffic.
-  std::vector<std::string> order;
+  NameOrder order;
   std::unordered_map<std::string, ClassActions> actions;
 };
 
 struct InterfaceSettings {
-  /// In the order in which they were given, but the primary one first. An address of IPv6 is never
-  /// secondary.
-  struct Entry {
-    InterfacePrefix prefix;
-    bool secondary = false;
-
-    bool operator==(Entry const&) const = default;
-  };
-
-  std::vector<Entry> ip4;
-  std::vector<Entry> ip6;
+  InterfaceAddresses ip4;
+  /// None of them is the primary one.
+  InterfaceAddresses ip6;
   /// None unless written.
   std::optional<bool> switchport;
   bool shutdown = false;

@@ -126,7 +126,7 @@ class Editor {
   void apply(RemarkRemove const& body) {
     auto& entries = existingList(body.list).entries;
     if (body.text.empty()) {
-      entries.eraseIf([](ListEntry const& entry) { return std::holds_alternative<Remark>(entry); });
+      entries.eraseRemarks();
       return;
     }
     std::optional<std::uint32_t> const number = entries.numberOf(Remark{body.text});
@@ -209,11 +209,6 @@ class Editor {
     return found->second.edit();
   }
 
-  static std::vector<std::string>::iterator placeOf(PolicyMapSettings& policyMap,
-                                                    std::string const& className) {
-    return std::find(policyMap.order.begin(), policyMap.order.end(), className);
-  }
-
   [[noreturn]] void failNoClass(Name const& policyMap, Name const& className, std::string kind) {
     fail("a class of policy-map " + policyMap.text, className, std::move(kind));
   }
@@ -230,7 +225,7 @@ class Editor {
     std::string const& name = body.className.text;
     if (!body.insertBefore) {
       if (policyMap.actions.try_emplace(name).second) {
-        policyMap.order.push_back(name);
+        policyMap.order.append(name);
       }
       return;
     }
@@ -239,9 +234,9 @@ class Editor {
       fail("another class of policy-map " + body.policyMap.text, other, "class (insert-before)");
     }
     if (!policyMap.actions.try_emplace(name).second) {
-      policyMap.order.erase(placeOf(policyMap, name));
+      policyMap.order.erase(name);
     }
-    policyMap.order.insert(placeOf(policyMap, other.text), name);
+    policyMap.order.insertBefore(name, other.text);
   }
 
   void apply(PolicyClassRemove const& body) {
@@ -249,7 +244,7 @@ class Editor {
     if (policyMap.actions.erase(body.className.text) == 0) {
       failNoClass(body.policyMap, body.className, "no class (absent)");
     }
-    policyMap.order.erase(placeOf(policyMap, body.className.text));
+    policyMap.order.erase(body.className.text);
   }
 
   void apply(PolicyClassAction const& body) {
@@ -287,42 +282,18 @@ class Editor {
 
   void apply(InterfaceAddress const& body) {
     InterfaceSettings& interface = interfaceOf(body.interface);
-    auto& entries = body.family == Family::ip4 ? interface.ip4 : interface.ip6;
+    auto& addresses = body.family == Family::ip4 ? interface.ip4 : interface.ip6;
     if (!body.prefix) {
-      entries.clear();
-      return;
-    }
-    InterfaceSettings::Entry const entry{*body.prefix, body.secondary};
-    auto const same = std::find_if(entries.begin(), entries.end(),
-                                   [&](auto const& other) { return other.prefix == entry.prefix; });
-    if (body.remove) {
-      if (same == entries.end()) {
+      addresses.clear();
+    } else if (body.remove) {
+      if (!addresses.erase(*body.prefix)) {
         fail("an address of interface " + body.interface.text, textOf(*body.prefix, body.family),
              "no address (absent)");
       }
-      entries.erase(same);
-      return;
-    }
-    if (same != entries.end()) {
-      if (same->secondary == entry.secondary) {
-        return;
-      }
-      entries.erase(same);
-    }
-    addAddress(entries, entry, body.family);
-  }
-
-  /// There is one primary address of IPv4 at most.
-  static void addAddress(std::vector<InterfaceSettings::Entry>& entries,
-                         InterfaceSettings::Entry const& entry, Family family) {
-    if (family == Family::ip6 || entry.secondary) {
-      entries.push_back(entry);
-      return;
-    }
-    if (!entries.empty() && !entries.front().secondary) {
-      entries.front() = entry;
+    } else if (body.secondary || body.family == Family::ip6) {
+      addresses.addSecondary(*body.prefix);
     } else {
-      entries.insert(entries.begin(), entry);
+      addresses.addPrimary(*body.prefix);
     }
   }
 

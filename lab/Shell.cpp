@@ -2,6 +2,7 @@
 #include "lab/Shell.h"
 
 #include "lab/Faults.h"
+#include "lab/ShownText.h"
 #include "lab/TypeListing.h"
 
 #include <Kor/EventLoop.h>
@@ -56,6 +57,10 @@ std::string_view trimmed(std::string_view text) {
   return text;
 }
 
+bool isValueWord(std::string_view word) {
+  return word == "True" || word == "False" || word == "None";
+}
+
 /// What an expression stands for: a place that can be written, or a value.
 using Result = std::variant<GenericRef, GenericPlace>;
 
@@ -66,6 +71,11 @@ GenericRef valueOf(Result const& result) {
   return std::get<GenericRef>(result);
 }
 
+/// A value as it is written, for a person.
+std::string textOf(GenericRef const& value) {
+  return shownText(Kor::valueToStrep(value.value()).view());
+}
+
 }  // namespace
 
 /// Reads and evaluates one line from left to right.
@@ -73,7 +83,9 @@ class Shell::Parser {
  public:
   using Objects = std::map<std::string, GenericRef, std::less<>>;
 
-  Parser(std::string_view line, Objects const& objects) : line_(line), objects_(objects) {}
+  /// `start` is where reading begins; columns are those of the whole line.
+  Parser(std::string_view line, Objects const& objects, std::size_t start = 0)
+      : line_(line), objects_(objects), at_(start) {}
 
   Result expression() {
     if (++depth_ > deepest) {
@@ -111,14 +123,52 @@ class Shell::Parser {
     while (at_ < line_.size() && isNamePart(line_[at_])) {
       ++at_;
     }
+    if (at_ - start > longestName) {
+      at_ = start;
+      fail("expected " + std::string(what) + " of at most " + std::to_string(longestName) +
+           " characters");
+    }
     return std::string(line_.substr(start, at_ - start));
   }
+  /// A name, or names with `::` between them.
+  std::string qualifiedName(std::string_view what) {
+    std::string word = name(what);
+    while (line_.substr(at_).starts_with("::")) {
+      at_ += 2;
+      word += "::" + name("a type");
+    }
+    return word;
+  }
+  /// The command that the line is, as a word of its own; empty when it is none. Then nothing is
+  /// read.
+  std::string_view command() {
+    skip();
+    std::size_t const start = at_;
+    while (at_ < line_.size() && isNamePart(line_[at_])) {
+      ++at_;
+    }
+    std::string_view const word = line_.substr(start, at_ - start);
+    bool const separate = at_ == line_.size() || isBlank(line_[at_]) || line_[at_] == '#';
+    // A name that is a command too is written to.
+    if (separate && !at('=') &&
+        std::find(std::begin(commands), std::end(commands), word) != std::end(commands)) {
+      return word;
+    }
+    at_ = start;
+    return {};
+  }
+  /// What was read from `start` on, without blanks around it.
+  [[nodiscard]] std::string_view textFrom(std::size_t start) const {
+    return trimmed(line_.substr(start, at_ - start));
+  }
+  [[nodiscard]] std::size_t place() const { return at_; }
   [[noreturn]] void fail(std::string const& message) const {
     throw ShellError("column " + std::to_string(at_ + 1) + ": " + message);
   }
 
  private:
   static constexpr unsigned deepest = 200;
+  static constexpr std::size_t longestName = 255;
 
   /// What the attributes, keys and calls behind `result` lead to.
   Result reached(Result result) {
@@ -183,11 +233,7 @@ class Shell::Parser {
     if (!isNameStart(line_[at_]) || isLiteral()) {
       return literal();
     }
-    std::string word = name("a value");
-    while (line_.substr(at_).starts_with("::")) {
-      at_ += 2;
-      word += "::" + name("a type");
-    }
+    std::string const word = qualifiedName("a value");
     if (word.find(':') != std::string::npos) {
       Kor::KorType const& type = Kor::typeNamed(word);
       need('(');
@@ -201,7 +247,7 @@ class Shell::Parser {
     return object->second;
   }
 
-  /// True, False, None, Value(, Ptr(, and texts with a prefix.
+  /// True, False, None, Value(, Ptr(, float(, and texts with a prefix.
   [[nodiscard]] bool isLiteral() const {
     std::string_view const ahead = line_.substr(at_);
     std::size_t length = 0;
@@ -210,8 +256,9 @@ class Shell::Parser {
     }
     std::string_view const word = ahead.substr(0, length);
     char const behind = length < ahead.size() ? ahead[length] : '\0';
-    return word == "True" || word == "False" || word == "None" ||
-           (behind == '(' && (word == "Value" || word == "Ptr")) || behind == '\'' || behind == '"';
+    return isValueWord(word) ||
+           (behind == '(' && (word == "Value" || word == "Ptr" || word == "float")) ||
+           behind == '\'' || behind == '"';
   }
   Result literal() {
     Kor::String8 const text(line_);
@@ -228,42 +275,22 @@ class Shell::Parser {
 
   std::string_view line_;
   Objects const& objects_;
-  std::size_t at_ = 0;
+  std::size_t at_;
   unsigned depth_ = 0;  // of expressions within expressions
 };
 
-void Shell::execute(std::string const& line) {
-  std::string_view const text = trimmed(line);
-  if (text.empty() || text.front() == '#' || command(text)) {
+void Shell::execute(std::string const& written) {
+  std::string_view const text = trimmed(written);
+  // Blanks before the text count as columns.
+  std::string_view const line(written.data(),
+                              static_cast<std::size_t>(text.end() - written.data()));
+  if (text.empty() || text.front() == '#' || carriedOut(line) || kept(line)) {
     return;
   }
-  // NAME = VALUE
-  if (std::size_t length = 0; isNameStart(text.front())) {
-    while (length < text.size() && isNamePart(text[length])) {
-      ++length;
-    }
-    std::string_view const behind = trimmed(text.substr(length));
-    if (behind.starts_with('=')) {
-      Parser parser(text, objects_);
-      std::string const name = parser.name("a name");
-      static_cast<void>(parser.take('='));
-      GenericRef const value = valueOf(parser.expression());
-      parser.needEnd();
-      objects_.insert_or_assign(name, value);
-      return;
-    }
-  }
-  bool const deletes = text.starts_with("del ");
-  Parser parser(deletes ? text.substr(4) : text, objects_);
-  if (deletes) {
-    std::string const name(trimmed(text.substr(4)));
-    if (objects_.erase(name) != 0) {
-      return;
-    }
-  }
+  Parser parser(line, objects_);
   Result const result = parser.expression();
   auto const* const place = std::get_if<GenericPlace>(&result);
-  if (!deletes && parser.at('=')) {
+  if (parser.at('=')) {
     if (place == nullptr) {
       parser.fail("only an attribute or a member can be written");
     }
@@ -275,46 +302,103 @@ void Shell::execute(std::string const& line) {
     return;
   }
   parser.needEnd();
-  if (deletes) {
-    if (place == nullptr) {
-      parser.fail("only a member can be taken out");
-    }
-    place->del();
-  } else if (place != nullptr) {
+  if (place != nullptr) {
     print(*place);
   } else {
     print(std::get<GenericRef>(result));
   }
 }
 
-bool Shell::command(std::string_view line) {
-  std::size_t const blank = line.find(' ');
-  std::string_view const word = line.substr(0, blank);
-  std::string const argument(blank == std::string_view::npos ? "" : trimmed(line.substr(blank)));
-  if (argument.starts_with('=')) {
-    return false;  // a name that is a command too
-  }
-  if (line == "help") {
-    console_.out << helpText;
-  } else if (line == "run") {
-    Kor::EventLoop::global().runUntilIdle();
-  } else if (line == "objects") {
-    printObjects();
-  } else if (word == "advance") {
-    GenericValue const seconds = valueOf(Parser(argument, objects_).expression()).value();
-    auto const time = Kor::converted<double>(seconds, "seconds");
-    if (time < 0 || time > longestAdvance) {
-      throw Kor::RangeException("time passes by 0 to 1000000 seconds, not by " + argument);
-    }
-    Kor::EventLoop::global().runFor(time);
-  } else if (line == "types") {
-    printTypes(Kor::KorType::all(), console_);
-  } else if (word == "types") {
-    for (Kor::KorType const* const type : typesNamed(argument)) {
-      printType(*type, console_);
-    }
-  } else {
+bool Shell::quits(std::string_view line) {
+  static Parser::Objects const none;
+  Parser parser(line, none);
+  return parser.command() == "quit" && parser.atEnd();
+}
+
+/// NAME = VALUE
+bool Shell::kept(std::string_view line) {
+  Parser parser(line, objects_);
+  if (parser.atEnd() || !isNameStart(line[parser.place()])) {
     return false;
+  }
+  std::size_t const start = parser.place();
+  std::string const name = parser.name("a name");
+  if (!parser.take('=')) {
+    return false;
+  }
+  if (isValueWord(name)) {
+    Parser(line, objects_, start).fail(name + " is a value and no name");
+  }
+  GenericRef const value = valueOf(parser.expression());
+  parser.needEnd();
+  objects_.insert_or_assign(name, value);
+  return true;
+}
+
+/// Forgets a name, or takes a member out.
+void Shell::del(std::string_view line, std::size_t start) {
+  Parser parser(line, objects_, start);
+  if (!parser.atEnd() && isNameStart(line[parser.place()])) {
+    Parser ahead = parser;
+    std::string const name = ahead.name("a name");
+    if (ahead.atEnd() && objects_.erase(name) != 0) {
+      return;
+    }
+  }
+  Result const result = parser.expression();
+  parser.needEnd();
+  auto const* const place = std::get_if<GenericPlace>(&result);
+  if (place == nullptr) {
+    parser.fail("only a member can be taken out");
+  }
+  place->del();
+}
+
+void Shell::advance(std::string_view line, std::size_t start) {
+  Parser parser(line, objects_, start);
+  auto const seconds = Kor::converted<double>(valueOf(parser.expression()).value(), "seconds");
+  std::string const written(parser.textFrom(start));
+  parser.needEnd();
+  if (!(seconds >= 0 && seconds <= longestAdvance)) {
+    throw Kor::RangeException("time passes by 0 to 1000000 seconds, not by " + written);
+  }
+  Kor::EventLoop::global().runFor(seconds);
+}
+
+void Shell::types(std::string_view line, std::size_t start) {
+  Parser parser(line, objects_, start);
+  if (parser.atEnd()) {
+    printTypes(Kor::KorType::all(), console_);
+    return;
+  }
+  std::string const name = parser.qualifiedName("a type");
+  parser.needEnd();
+  for (Kor::KorType const* const type : typesNamed(name)) {
+    printType(*type, console_);
+  }
+}
+
+bool Shell::carriedOut(std::string_view line) {
+  Parser parser(line, objects_);
+  std::string_view const command = parser.command();
+  std::size_t const behind = parser.place();
+  if (command == "advance") {
+    advance(line, behind);
+  } else if (command == "del") {
+    del(line, behind);
+  } else if (command == "types") {
+    types(line, behind);
+  } else if (command.empty() || command == "quit") {
+    return false;
+  } else {
+    parser.needEnd();
+    if (command == "help") {
+      console_.out << helpText;
+    } else if (command == "run") {
+      Kor::EventLoop::global().runUntilIdle();
+    } else {
+      printObjects();
+    }
   }
   return true;
 }
@@ -323,7 +407,7 @@ void Shell::print(GenericRef const& value) {
   if (!value.value().present()) {
     return;
   }
-  console_.out << value << "\n";
+  console_.out << textOf(value) << "\n";
   if (value.value().kind() != GenericValue::Kind::object) {
     return;
   }
@@ -337,7 +421,7 @@ void Shell::print(GenericRef const& value) {
     if (attr->isCollection()) {
       text = counted(place.size(), "member");
     } else {
-      text = Kor::valueToStrep(place.get().value()).stdString();
+      text = textOf(place.get());
     }
     table.add({attr->name().stdString(), text});
   }
@@ -349,7 +433,7 @@ void Shell::print(GenericPlace const& place) {
     console_.out << place.attr().name() << shapeOf(place.attr()) << "\n";
   } else if (place.isWholeCollection()) {
     for (auto const& [key, member] : place) {
-      console_.out << key << ": " << member << "\n";
+      console_.out << textOf(key) << ": " << textOf(member) << "\n";
     }
   } else {
     print(place.get());
@@ -359,7 +443,7 @@ void Shell::print(GenericPlace const& place) {
 void Shell::printObjects() const {
   Table table({{"name"}, {"value"}}, 0);
   for (auto const& [name, value] : objects_) {
-    table.add({name, Kor::valueToStrep(value.value()).stdString()});
+    table.add({name, textOf(value)});
   }
   table.print(console_.out, console_.style);
 }

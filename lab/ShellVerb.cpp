@@ -2,34 +2,117 @@
 #include "lab/ShellVerb.h"
 
 #include "lab/Prompt.h"
+#include "lab/ShownText.h"
+#include "lab/Trial.h"
 
+#include <Kor/Assert.h>
 #include <Kor/EventLoop.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <unistd.h>
+#include <utility>
 
 namespace lab {
 
 namespace {
 
-ExitStatus runPrompt(Console const& console) {
-  Shell shell(console);
-  Prompt prompt("> ", [&](std::string_view line) { return shell.completions(line); });
-  console.out << "Objects by name; `help` shows how.\n" << std::flush;
-  while (std::optional<std::string> const line = prompt.next()) {
-    if (*line == "quit") {
-      break;
+constexpr std::size_t longestLine = std::size_t{1} << 20U;
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+/// What an exception says, for a person.
+std::string messageOf(std::exception const& error) {
+  return shownText(shortened(error.what()));
+}
+
+/// The lines of a script, as far as they can be lines of one.
+class ScriptLines {
+ public:
+  explicit ScriptLines(std::istream& script) : script_(script), buffer_(longestLine + 1) {}
+
+  std::size_t number() const { return number_; }
+  std::string_view line() const { return line_; }
+  /// False at the end. Raises ShellError for a line of more than `longestLine` bytes.
+  bool next() {
+    script_.getline(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+    auto size = static_cast<std::size_t>(script_.gcount());
+    if (script_.fail() && size == 0) {
+      return false;
     }
-    try {
-      shell.execute(*line);
-    } catch (std::exception const& error) {
-      console.err << tinted(console.style, Tint::bad, error.what()) << "\n";
+    ++number_;
+    if (script_.fail()) {
+      throw ShellError("expected a line of at most " + std::to_string(longestLine) + " bytes");
     }
-    console.out << std::flush;
+    size -= script_.eof() ? 0 : 1;  // the line feed
+    line_ = std::string_view(buffer_.data(), size);
+    if (number_ == 1 && line_.starts_with(byteOrderMark)) {
+      line_.remove_prefix(byteOrderMark.size());
+    }
+    return true;
   }
-  return ExitStatus::success;
+
+ private:
+  std::istream& script_;
+  std::vector<char> buffer_;
+  std::string_view line_;
+  std::size_t number_ = 0;
+};
+
+/// While it exists, an assertion ends the process as a line of a script that fails does.
+class ScriptAssertions {
+ public:
+  ScriptAssertions(std::string const& name, ScriptLines const& lines, Console const& console)
+      : name_(name),
+        lines_(lines),
+        console_(console),
+        outer_(std::exchange(current_, this)),
+        before_(Kor::assertionHandlerIs(end)) {}
+  ScriptAssertions(ScriptAssertions const&) = delete;
+  ScriptAssertions& operator=(ScriptAssertions const&) = delete;
+  ~ScriptAssertions() {
+    Kor::assertionHandlerIs(before_);
+    current_ = outer_;
+  }
+
+  ExitStatus fail(std::string_view message) const {
+    console_.out.flush();
+    console_.err << shownText(name_) << "line " << lines_.number() << ": " << message << "\n"
+                 << std::flush;
+    return ExitStatus::badInput;
+  }
+
+ private:
+  // Without the destructors of static objects: they could meet what is broken.
+  static void end(Kor::AssertionFailure const& failure) {
+    std::_Exit(static_cast<int>(current_->fail(shownText(toText(failure)))));
+  }
+
+  static ScriptAssertions* current_;
+
+  std::string const& name_;
+  ScriptLines const& lines_;
+  Console const& console_;
+  ScriptAssertions* outer_;
+  Kor::AssertionHandler before_;
+};
+
+ScriptAssertions* ScriptAssertions::current_ = nullptr;
+
+ExitStatus runTerminal(Console const& console) {
+  Shell shell(console);
+  Prompt prompt("> ", [&](std::string_view line) {
+    std::vector<std::string> found;
+    auto const complete = [&] { found = shell.completions(line); };
+    if (endOf(complete).empty()) {
+      complete();
+    }
+    return found;
+  });
+  console.out << "Objects by name; `help` shows how.\n" << std::flush;
+  return runPrompt(
+      shell, [&] { return prompt.next(); }, console);
 }
 
 }  // namespace
@@ -44,7 +127,7 @@ ExitStatus ShellVerb::run(Console const& console) {
   Kor::EventLoop::global().virtualTimeIs(true);
   if (files_.empty()) {
     if (isatty(STDIN_FILENO) == 1) {
-      return runPrompt(console);
+      return runTerminal(console);
     }
     ExitStatus const status = runScript(std::cin, console);
     if (std::ferror(stdin) != 0) {
@@ -73,18 +156,35 @@ ExitStatus runScript(std::istream& script, Console const& console) {
 
 ExitStatus runScript(Shell& shell, std::istream& script, std::string const& name,
                      Console const& console) {
-  std::string line;
-  for (std::size_t number = 1; std::getline(script, line); ++number) {
-    if (line == "quit") {
-      break;
+  ScriptLines lines(script);
+  ScriptAssertions const assertions(name, lines, console);
+  try {
+    while (lines.next() && !Shell::quits(lines.line())) {
+      shell.execute(std::string(lines.line()));
     }
+  } catch (std::exception const& error) {
+    return assertions.fail(messageOf(error));
+  }
+  return ExitStatus::success;
+}
+
+ExitStatus runPrompt(Shell& shell, NextLine const& next, Console const& console) {
+  auto const tell = [&](std::string const& message) {
+    console.err << tinted(console.style, Tint::bad, message) << "\n";
+  };
+  for (auto line = next(); line && !Shell::quits(*line); line = next()) {
     try {
-      shell.execute(line);
+      auto const action = [&] { shell.execute(*line); };
+      std::string const end = endOf(action);
+      if (end.empty()) {
+        action();
+      } else {
+        tell(end);
+      }
     } catch (std::exception const& error) {
-      console.out.flush();
-      console.err << name << "line " << number << ": " << error.what() << "\n";
-      return ExitStatus::badInput;
+      tell(messageOf(error));
     }
+    console.out << std::flush;
   }
   return ExitStatus::success;
 }

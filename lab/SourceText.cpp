@@ -66,7 +66,7 @@ InputError::InputError(SourcePosition position, std::string expected, std::strin
 SourceText::SourceText(std::string name, std::string content)
     : name_(std::make_shared<std::string const>(std::move(name))), content_(std::move(content)) {}
 
-SourceText SourceText::fromFile(std::string const& path) {
+SourceText SourceText::fromFile(std::string const& path, std::size_t limit) {
   std::unique_ptr<std::FILE, FileCloser> const file(std::fopen(path.c_str(), "rb"));
   if (!file) {
     failReading(path, errno);
@@ -78,6 +78,10 @@ SourceText SourceText::fromFile(std::string const& path) {
     content.resize(filled + block);
     errno = 0;
     got = std::fread(content.data() + filled, 1, block, file.get());
+    if (filled + got > limit) {
+      throw InputError({std::make_shared<std::string const>(path), 0, 0},
+                       "a file of at most " + std::to_string(limit) + " bytes", "a longer one");
+    }
   }
   // A directory opens like a file; only reading it fails.
   if (std::ferror(file.get()) != 0) {

@@ -3,6 +3,7 @@
 // LineReader walks over its lines, InputError is the one exception that bad input raises.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
@@ -53,8 +54,12 @@ class SourceText {
  public:
   SourceText(std::string name, std::string content);
 
-  /// Reads a whole file; raises InputError (line 0) when it cannot be read.
-  static SourceText fromFile(std::string const& path);
+  /// More than any input has, and less than the memory of a machine.
+  static constexpr std::size_t largestFile = std::size_t{256} << 20U;
+
+  /// Reads a whole file; raises InputError (line 0) when it cannot be read, and when it has more
+  /// than `limit` bytes or, as a device, no end.
+  static SourceText fromFile(std::string const& path, std::size_t limit = largestFile);
 
   FileName const& name() const noexcept { return name_; }
   std::string_view content() const noexcept { return content_; }

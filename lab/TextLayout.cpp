@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/TextLayout.h"
 
+#include "lab/ShownText.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -30,13 +32,16 @@ char const* sequenceOf(Tint tint) {
 }  // namespace
 
 std::string tinted(TextStyle const& style, Tint tint, std::string_view text) {
+  std::string shown = shownText(text);
   if (!style.color || tint == Tint::none || text.empty()) {
-    return std::string(text);
+    return shown;
   }
-  return sequenceOf(tint) + std::string(text) + "\033[0m";
+  return sequenceOf(tint) + shown + "\033[0m";
 }
 
-std::vector<std::string> wrapped(std::string_view text, std::size_t width) {
+std::vector<std::string> wrapped(std::string_view original, std::size_t width) {
+  std::string const shown = shownText(original);
+  std::string_view text = shown;
   std::vector<std::string> lines;
   while (text.size() > width) {
     std::size_t cut = text.rfind(' ', width);
@@ -85,6 +90,7 @@ Table::Table(std::vector<Column> columns, std::size_t indentation)
 
 void Table::add(std::vector<std::string> cells, std::vector<std::string> below) {
   for (std::size_t i = 0; i != widths_.size(); ++i) {
+    cells[i] = shownText(cells[i]);
     widths_[i] = std::max(widths_[i], cells[i].size());
   }
   rows_.push_back({std::move(cells), std::move(below)});

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Text that a person reads: colour, wrapping and columns.
+// Text that a person reads: colour, wrapping and columns. Bytes that would steer a terminal are
+// escaped on the way (lab/ShownText.h).
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/TypesVerb.h"
 
+#include "lab/ShownText.h"
 #include "lab/TypeListing.h"
 
 #include <Kor/ByName.h>
@@ -44,7 +45,7 @@ ExitStatus TypesVerb::run(Console const& console) {
   try {
     types = name_.empty() ? Kor::KorType::all() : typesNamed(name_);
   } catch (Kor::RangeException const& error) {
-    throw UsageError(error.what());
+    throw UsageError(shortened(error.what()));
   }
   if (!folder_.empty()) {
     writePages(folder_, types);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Program.h"
+#include "lab/ShownText.h"
 
 #include <cstdlib>
 #include <exception>
@@ -29,7 +30,7 @@ int main(int argc, char** argv) {
   try {
     return static_cast<int>(lab::runProgram(argc, argv, console));
   } catch (std::exception const& error) {
-    std::cerr << "policymap-lab: " << error.what() << "\n";
+    std::cerr << "policymap-lab: " << lab::shownText(error.what()) << "\n";
     return static_cast<int>(lab::ExitStatus::badInput);
   }
 }

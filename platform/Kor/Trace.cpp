@@ -15,7 +15,31 @@ void writeToStderr(std::string_view source, int level, std::string_view text) {
                static_cast<int>(text.size()), text.data());
 }
 
-// What is known about levels, and who must be told.
+bool isName(std::string_view text) {
+  return text == "*" || (!text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+           return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                  std::string_view("_:.-").find(c) != std::string_view::npos;
+         }));
+}
+
+bool isLevel(std::string_view text) {
+  return text.size() == 1 && text[0] >= '0' && text[0] <= '9';
+}
+
+// Without the text forms of Kor: static objects may not be there yet.
+void refuse(std::string_view setting) {
+  std::fputs("KOR_TRACE: expected NAME or NAME/LEVEL with a level from 0 to 9, found '", stderr);
+  for (char const c : setting) {
+    if (c >= ' ' && c <= '~') {
+      std::fputc(c, stderr);
+    } else {
+      std::fprintf(stderr, "\\x%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
+    }
+  }
+  std::fputs("'\n", stderr);
+}
+
+// What is known about levels, and what must be told of them.
 struct Registry {
   std::vector<std::pair<std::string, int>> levels;  // in the order given; later ones win
   std::vector<TraceHandle*> handles;
@@ -30,15 +54,17 @@ struct Registry {
       rest.remove_prefix(std::min(comma + 1, rest.size()));
     }
   }
-  // "NAME/LEVEL"; a name alone means every level.
+  // "NAME/LEVEL"; a name alone means every level, and nothing at all means nothing. Anything else
+  // is told on stderr and switches nothing.
   void read(std::string_view setting) {
-    auto const slash = setting.rfind('/');
-    bool const hasLevel = slash != std::string_view::npos && slash + 2 == setting.size() &&
-                          setting[slash + 1] >= '0' && setting[slash + 1] <= '9';
-    if (hasLevel) {
-      levels.emplace_back(setting.substr(0, slash), setting[slash + 1] - '0');
-    } else {
-      levels.emplace_back(setting, 9);
+    auto const slash = setting.find('/');
+    std::string_view const name = setting.substr(0, slash);
+    std::string_view const level =
+        slash == std::string_view::npos ? "9" : setting.substr(slash + 1);
+    if (isName(name) && isLevel(level)) {
+      levels.emplace_back(name, level[0] - '0');
+    } else if (!setting.empty()) {
+      refuse(setting);
     }
   }
   [[nodiscard]] int levelFor(std::string_view name) const {

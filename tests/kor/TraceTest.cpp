@@ -146,6 +146,13 @@ class TraceEnvironmentDeathTest : public testing::Test {
     EXPECT_EXIT(reportLevels(), testing::ExitedWithCode(0), testing::StrEq(levels))
         << "KOR_TRACE=" << setting;
   }
+  // The same setting, of which `faulty` is told and has no effect.
+  static void expectRefused(char const* setting, std::string const& faulty,
+                            std::string const& levels) {
+    expectLevels(setting,
+                 "KOR_TRACE: expected NAME or NAME/LEVEL with a level from 0 to 9, found '" +
+                     faulty + "'\n" + levels);
+  }
   [[noreturn]] static void reportLevels() {
     std::fprintf(stderr, "%d %d", engine.level(), brake.level());
     std::_Exit(0);
@@ -169,6 +176,19 @@ TEST_F(TraceEnvironmentDeathTest, AStarStandsForAllAndLaterOnesWin) {
 }
 TEST_F(TraceEnvironmentDeathTest, AnEmptySettingSwitchesNothingOn) {
   expectLevels("", "0 0");
+}
+TEST_F(TraceEnvironmentDeathTest, ALevelThatIsNoneIsTold) {
+  expectRefused("*/99", "*/99", "0 0");
+  expectRefused("TraceTestBrake/6,*/x", "*/x", "0 6");
+  expectRefused("TraceTestBrake/", "TraceTestBrake/", "0 0");
+  expectRefused("TraceTestBrake/-1", "TraceTestBrake/-1", "0 0");
+}
+TEST_F(TraceEnvironmentDeathTest, ANameThatIsNoneIsTold) {
+  expectRefused("/5,TraceTestEngine/2", "/5", "2 0");
+  expectRefused("TraceTestEngine=5", "TraceTestEngine=5", "0 0");
+  expectRefused("TraceTestBrake/6, TraceTestEngine/5", " TraceTestEngine/5", "0 6");
+  expectRefused("TraceTest*/5", "TraceTest*/5", "0 0");
+  expectRefused("a\x1b[2J", "a\\x1b[2J", "0 0");
 }
 
 TEST_F(TraceEnvironmentDeathTest, WithoutASinkLinesGoToStderr) {

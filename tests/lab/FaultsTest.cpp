@@ -54,6 +54,19 @@ TEST_F(FaultsTest, AFailureEndsWithOneAndIsShown) {
   EXPECT_THAT(outcome.out, HasSubstr("table full"));
 }
 
+TEST_F(FaultsTest, EveryTimeThatCanPassIsTaken) {
+  for (char const* const seconds : {"0", "1e-310", "4.9e-324", "0.5", "1e6"}) {
+    Outcome const outcome = runLab({"run", simple(), "--advance", seconds});
+    EXPECT_EQ(outcome.status, ExitStatus::success) << seconds << ": " << outcome.err;
+  }
+  for (char const* const seconds : {"1e-400", "1e400", "inf", "1000001", "1 2", "0x1", ""}) {
+    Outcome const outcome = runLab({"run", simple(), "--advance", seconds});
+    EXPECT_EQ(outcome.status, ExitStatus::badInput) << seconds;
+    EXPECT_THAT(outcome.err,
+                HasSubstr("SECONDS must be 0 to 1000000, not " + std::string(seconds)));
+  }
+}
+
 TEST_F(FaultsTest, AFaultTakenBackIsTriedAgainAfterASecond) {
   std::vector<std::string> const cleared{"--inject", "commitError=table full", "--then", "clear"};
   EXPECT_EQ(statusOf(cleared).at("error"), "table full");

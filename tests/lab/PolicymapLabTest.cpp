@@ -57,6 +57,42 @@ TEST_F(PolicymapLab, EndsWithTheStatusOfTheRun) {
   EXPECT_EQ(shell(binary + " --help").status, 0);
 }
 
+TEST_F(PolicymapLab, FailsWhereItsOutputCannotBeWritten) {
+  if (!std::filesystem::exists("/dev/full")) {
+    GTEST_SKIP() << "there is no /dev/full here: output to a full disk was not tried";
+  }
+  std::string const good = file("good.cfg", simplePolicy);
+  std::string const script = file("seven.shell", "7\n");
+  for (std::string const& arguments :
+       {std::string("--help"), std::string("run --help"), std::string("types"),
+        std::string("types --json"), "run " + good, "run --json " + good, "shell " + script}) {
+    EXPECT_EQ(shell(binary + " " + arguments + " >/dev/full").status, 2) << arguments;
+  }
+}
+
+TEST_F(PolicymapLab, AnAssertionEndsAScriptButNoSessionAtATerminal) {
+  std::string const lines = "h = PolicyMapTest::AclHelper(True, False)\nh.commitError = 'full'\n"
+                            "h.deletePolicy(None, 'ipv4')\nh.commitError\n";
+  std::string const script = file("a.shell", lines);
+  Process const read = shell("(" + binary + " shell " + script + " 2>&1)");
+  EXPECT_EQ(read.status, 2);
+  EXPECT_THAT(read.out, HasSubstr("line 3: Kor/Ptr: assertion \"object_ != nullptr\" failed at "));
+  EXPECT_THAT(read.out, Not(HasSubstr("'full'")));
+  if (shell("script -qec true /dev/null").status != 0) {
+    GTEST_SKIP() << "script finds no pseudo-terminal here: the prompt was not tried";
+  }
+  Process const typed = shell("(while IFS= read -r line; do sleep 0.2; printf '%s\\r' \"$line\"; "
+                              "done <" +
+                              script +
+                              "; sleep 0.2; printf 'quit\\r'; sleep 0.5) | TERM=xterm "
+                              "script -qec '" +
+                              binary + " shell' /dev/null");
+  EXPECT_EQ(typed.status, 0);
+  auto const told = typed.out.find("Kor/Ptr: assertion \"object_ != nullptr\" failed at ");
+  ASSERT_NE(told, std::string::npos) << typed.out;
+  EXPECT_NE(typed.out.find("'full'\r\n", told), std::string::npos) << typed.out;
+}
+
 TEST_F(PolicymapLab, PrintsNoControlSequencesWhereNoTerminalIs) {
   std::string const good = file("good.cfg", simplePolicy);
   Process const process = shell("TERM=xterm " + binary + " run " + good);

@@ -266,12 +266,33 @@ TEST(RuleParser, SecondMacAddressIsAMaskOnlyBeforeADestination) {
   MacRule const pair = macRule("permit 0011.2233.4455 0000.0000.00ff");
   EXPECT_EQ(pair.source, one);
   EXPECT_EQ(pair.destination, two);
-  MacRule const three = macRule("permit 0011.2233.4455 0000.0000.00ff 0011.2233.4455");
-  EXPECT_EQ(three.source, mac("0011.2233.4400", "ffff.ffff.ff00"));
-  EXPECT_EQ(three.destination, one);
+  MacRule const four =
+      macRule("permit 0011.2233.4455 0000.0000.00ff 0011.2233.4455 0000.0000.ffff");
+  EXPECT_EQ(four.source, mac("0011.2233.4400", "ffff.ffff.ff00"));
+  EXPECT_EQ(four.destination, mac("0011.2233.0000", "ffff.ffff.0000"));
   MacRule const hosted = macRule("permit 0011.2233.4455 0000.0000.00ff host 0011.2233.4455 arp");
-  EXPECT_EQ(hosted.source, three.source);
+  EXPECT_EQ(hosted.source, four.source);
   EXPECT_EQ(hosted.destination, one);
+}
+
+TEST(RuleParser, ThreeMacAddressesAreRefusedWithBothReadings) {
+  std::string const list = "mac access-list L";
+  std::string const message =
+      "expected host before one of three MAC addresses: '0011.2233.4455 0000.0000.00ff host "
+      "0011.2233.4466' (wildcard bits of the source) or 'host 0011.2233.4455 0000.0000.00ff "
+      "0011.2233.4466' (wildcard bits of the destination), found '0011.2233.4455'";
+  std::string const three = "0011.2233.4455 0000.0000.00ff 0011.2233.4466";
+  EXPECT_EQ(ruleError("permit " + three, list), "t:2:8: " + message);
+  EXPECT_EQ(ruleError("permit " + three + " arp", list), "t:2:8: " + message);
+  EXPECT_EQ(ruleError("no permit " + three, list), "t:2:11: " + message);
+  EXPECT_EQ(ruleError("match mac " + three, "class-map C"), "t:2:11: " + message);
+  MacRule const first = macRule("permit 0011.2233.4455 0000.0000.00ff host 0011.2233.4466");
+  EXPECT_EQ(first.source, mac("0011.2233.4400", "ffff.ffff.ff00"));
+  EXPECT_EQ(first.destination, mac("0011.2233.4466", "ffff.ffff.ffff"));
+  MacRule const second = macRule("permit host 0011.2233.4455 0000.0000.00ff 0011.2233.4466");
+  EXPECT_EQ(second.source, mac("0011.2233.4455", "ffff.ffff.ffff"));
+  EXPECT_EQ(second.destination, maskedAddress(mac("0000.0000.00ff", "ffff.ffff.ffff").value,
+                                              mac("ffee.ddcc.bb99", "ffff.ffff.ffff").value));
 }
 
 TEST(RuleParser, OptionsOfMac) {

@@ -3,6 +3,7 @@
 #include "lab/SettingsEditor.h"
 
 #include "lab/Parsing.h"
+#include "support/Allocations.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -198,17 +199,41 @@ TEST(SettingsEditor, AbsentMatchIsNotRemoved) {
             "t:3:13: expected a match of class-map C, found 'permit ip any any'");
 }
 
+// Memory requests of `count` rules without numbers, each with a remark that is taken back.
+std::size_t requestsOfRemarks(std::size_t count) {
+  std::string text = "ip access-list L\n";
+  for (std::size_t i = 0; i != count; ++i) {
+    text += "permit tcp any any eq " + std::to_string(i) + "\nremark once\nno remark\n";
+  }
+  PolicyText parsed = readText(std::move(text));
+  Settings settings;
+  std::size_t const before = TestSupport::heapAllocations();
+  editSettings(settings, parsed, Reading::strict);
+  return TestSupport::heapAllocations() - before;
+}
+
+TEST(SettingsEditor, TakingRemarksBackCostsNoMoreInALongList) {
+  EXPECT_LT(requestsOfRemarks(800), 5 * requestsOfRemarks(200));
+}
+
+TEST(SettingsEditor, RemarkThatARuleReplacesIsNoRemarkAnyMore) {
+  EXPECT_THAT(entriesOf(edited("ip access-list L\n10 remark a\n20 remark b\n30 permit ip any any\n"
+                               "10 permit tcp any any\n30 remark c\nno remark\n40 remark d"),
+                        "L"),
+              ElementsAre("10 permit tcp any any", "40 remark d"));
+}
+
 // Policy-maps
 
 TEST(SettingsEditor, ClassesStandInTheOrderOfTheirFirstLines) {
-  EXPECT_THAT(edited("policy-map P\nclass A\nclass B\nclass A").policyMaps.at("P")->order,
+  EXPECT_THAT(edited("policy-map P\nclass A\nclass B\nclass A").policyMaps.at("P")->order.names(),
               ElementsAre("A", "B"));
 }
 
 TEST(SettingsEditor, ClassGoesBeforeAnother) {
   std::string const text = "policy-map P\nclass A\nclass B\nclass C insert-before B";
-  EXPECT_THAT(edited(text).policyMaps.at("P")->order, ElementsAre("A", "C", "B"));
-  EXPECT_THAT(edited(text + "\nclass B insert-before A").policyMaps.at("P")->order,
+  EXPECT_THAT(edited(text).policyMaps.at("P")->order.names(), ElementsAre("A", "C", "B"));
+  EXPECT_THAT(edited(text + "\nclass B insert-before A").policyMaps.at("P")->order.names(),
               ElementsAre("B", "A", "C"));
 }
 
@@ -221,7 +246,7 @@ TEST(SettingsEditor, ClassGoesBeforeNoneThatIsNotThere) {
 
 TEST(SettingsEditor, ClassIsRemovedWithItsActions) {
   Settings const settings = edited("policy-map P\nclass A\nset action1 1\nclass B\nno class A");
-  EXPECT_THAT(settings.policyMaps.at("P")->order, ElementsAre("B"));
+  EXPECT_THAT(settings.policyMaps.at("P")->order.names(), ElementsAre("B"));
   EXPECT_EQ(settings.policyMaps.at("P")->actions.count("A"), 0U);
   EXPECT_EQ(errorOfEdit("policy-map P\nno class A"),
             "t:2:10: expected a class of policy-map P, found 'A'");
@@ -270,11 +295,11 @@ TEST(SettingsEditor, InterfaceIsRemoved) {
 
 std::vector<std::string> addressesOf(InterfaceSettings const& interface) {
   std::vector<std::string> texts;
-  for (auto const& entry : interface.ip4) {
-    texts.push_back(interfaceAddress<::Ip::Address>(entry.prefix).text().stdString());
+  for (auto const& [number, prefix] : interface.ip4.byNumber()) {
+    texts.push_back(interfaceAddress<::Ip::Address>(prefix).text().stdString());
   }
-  for (auto const& entry : interface.ip6) {
-    texts.push_back(interfaceAddress<::Ip6::Address>(entry.prefix).text().stdString());
+  for (auto const& [number, prefix] : interface.ip6.byNumber()) {
+    texts.push_back(interfaceAddress<::Ip6::Address>(prefix).text().stdString());
   }
   return texts;
 }

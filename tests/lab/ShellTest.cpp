@@ -10,8 +10,11 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iostream>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace lab::test {
 namespace {
@@ -51,7 +54,8 @@ class ShellTest : public testing::Test {
 
 TEST_F(ShellTest, ValuesPrintAsTheyAreWritten) {
   for (char const* const value :
-       {"7", "-7", "0.5", "True", "None", "'a text'", "[1, 'two', [False]]",
+       {"7", "-7", "0.5", "float('inf')", "float('-inf')", "float('nan')", "True", "None",
+        "'a text'", "[1, 'two', [False]]", "[float('nan'), 1]",
         "Value('PolicyMap::PolicyMapSmKey', ** {'first': 'pm', 'second': 'input'})"}) {
     EXPECT_EQ(run(value), std::string(value) + "\n");
   }
@@ -121,6 +125,62 @@ TEST_F(ShellTest, AdvanceLetsVirtualTimePass) {
   EXPECT_EQ(Kor::now(), 2.5);
 }
 
+TEST_F(ShellTest, AdvanceTakesOneNumberAndNothingElse) {
+  Kor::EventLoop::global().virtualTimeIs(true);
+  EXPECT_EQ(errorOf("advance 5 6"), "column 11: expected the end of the line");
+  EXPECT_EQ(errorOf("advance 5,000"), "column 10: expected the end of the line");
+  EXPECT_EQ(errorOf("  advance 5 s"), "column 13: expected the end of the line");
+  EXPECT_EQ(errorOf("advance"), "column 8: expected a value");
+  EXPECT_EQ(errorOf("advance float('nan') # x"),
+            "time passes by 0 to 1000000 seconds, not by float('nan')");
+  EXPECT_EQ(Kor::now(), 0);
+  run("advance .5 # a half");
+  run("advance\t2\r");
+  EXPECT_EQ(Kor::now(), 2.5);
+}
+
+TEST_F(ShellTest, ACommandIsAWordOfItsOwn) {
+  EXPECT_EQ(run("run # what is due"), "");
+  EXPECT_EQ(errorOf("run 5"), "column 5: expected the end of the line");
+  EXPECT_EQ(errorOf("objects all"), "column 9: expected the end of the line");
+  EXPECT_EQ(errorOf("help me"), "column 6: expected the end of the line");
+  EXPECT_EQ(errorOf("types AclHelper AclHelper"), "column 17: expected the end of the line");
+  EXPECT_EQ(run("types AclHelper # this one"), run("types AclHelper"));
+  run("n = 1");
+  run(" del\tn # no more");
+  EXPECT_EQ(errorOf("n"), "column 1: there is no n here");
+  EXPECT_EQ(errorOf("runs"), "column 1: there is no runs here");
+}
+
+TEST_F(ShellTest, AValueIsNoName) {
+  for (std::string const name : {"True", "False", "None"}) {
+    EXPECT_EQ(errorOf(" " + name + " = 5"), "column 2: " + name + " is a value and no name");
+  }
+  run("Trueness = 5");
+  EXPECT_EQ(run("Trueness"), "5\n");
+  EXPECT_EQ(run("True"), "True\n");
+}
+
+TEST_F(ShellTest, QuitIsALineOfItsOwn) {
+  for (char const* const line : {"quit", " quit", "quit ", "quit\r", "\tquit \r", "quit # bye"}) {
+    EXPECT_TRUE(Shell::quits(line)) << line;
+  }
+  for (char const* const line :
+       {"", "quits", "quit now", "quit = 1", "# quit", "quit.x", "'quit'"}) {
+    EXPECT_FALSE(Shell::quits(line)) << line;
+  }
+}
+
+TEST_F(ShellTest, ANameHas255CharactersAtMost) {
+  std::string const longest(255, 'x');
+  run(longest + " = 7");
+  EXPECT_EQ(run(longest), "7\n");
+  std::string const expected = " of at most 255 characters";
+  EXPECT_EQ(errorOf(longest + "x = 7"), "column 1: expected a name" + expected);
+  EXPECT_EQ(errorOf("[" + longest + "x]"), "column 2: expected a value" + expected);
+  EXPECT_EQ(errorOf("types " + longest + "x"), "column 7: expected a type" + expected);
+}
+
 TEST_F(ShellTest, ATypeIsShownByItsShortNameToo) {
   EXPECT_EQ(run("types AclHelper"), run("types PolicyMapTest::AclHelper"));
   EXPECT_THAT(errorOf("types AclHelpr"), testing::StartsWith("no such type: AclHelpr"));
@@ -186,6 +246,84 @@ TEST(ShellScript, EndsAtTheFirstLineThatFails) {
   EXPECT_EQ(outcome.status, ExitStatus::badInput);
   EXPECT_EQ(outcome.out, "1\n");
   EXPECT_EQ(outcome.err, "line 2: column 1: there is no nobody here\n");
+}
+
+TEST(ShellScript, LinesMayEndWithCarriageReturns) {
+  ScriptOutcome const outcome =
+      runText("\xEF\xBB\xBFx = 'a'\r\n\r\n# nothing\r\nx\r\n[x] # a list\r\nadvance 0\r\nrun\r\n"
+              "types AclHelpr2 \r\n");
+  EXPECT_EQ(outcome.out, "'a'\n['a']\n");
+  EXPECT_EQ(outcome.err, "line 8: no such type: AclHelpr2\n");
+  ScriptOutcome const ended = runText("7\r\nquit\r\nnobody\r\n");
+  EXPECT_EQ(ended.status, ExitStatus::success) << ended.err;
+  EXPECT_EQ(ended.out, "7\n");
+}
+
+TEST(ShellScript, AVeryLongWordIsNotRepeatedWhole) {
+  std::string const word(100000, 'x');
+  for (std::string const& line :
+       {word, "types " + word, "Value('" + word + "')", "[].'" + word + "'", "advance 1" + word,
+        "7." + word, "'" + word + "'.x", std::string(100000, '9')}) {
+    ScriptOutcome const outcome = runText(line + "\n");
+    EXPECT_EQ(outcome.status, ExitStatus::badInput) << line.substr(0, 20);
+    EXPECT_LT(outcome.err.size(), 300U) << line.substr(0, 20);
+  }
+}
+
+TEST(ShellScript, AnEndlessLineIsRefused) {
+  std::size_t const longest = 1048576;
+  EXPECT_EQ(runText("7 #" + std::string(longest - 3, 'x') + "\n").out, "7\n");
+  EXPECT_EQ(runText("7 #" + std::string(longest - 3, 'x')).out, "7\n");
+  std::string const error = "line 2: expected a line of at most 1048576 bytes\n";
+  EXPECT_EQ(runText("7\n" + std::string(longest + 1, ' ') + "\n").err, error);
+  EXPECT_EQ(runText("7\n" + std::string(longest + 1, ' ')).err, error);
+  EXPECT_EQ(runText("7\n" + std::string(3 * longest, ' ')).err, error);
+}
+
+TEST(ShellScriptDeathTest, AnAssertionEndsTheProcessAsALineThatFails) {
+  std::istringstream script("7\nh = PolicyMapTest::AclHelper(True, False)\n"
+                            "h.deletePolicy(None, 'ipv4')\n8\n");
+  Console const console{std::cout, std::cerr, {}, false};
+  Shell shell(console);
+  EXPECT_EXIT(
+      static_cast<void>(runScript(shell, script, "a.shell: ", console)), testing::ExitedWithCode(2),
+      testing::MatchesRegex(
+          "a\\.shell: line 3: Kor/Ptr: assertion \"object_ != nullptr\" failed at .*:.*\n"));
+}
+
+// The prompt
+
+ScriptOutcome typed(std::vector<std::string> lines) {
+  std::ostringstream out;
+  std::ostringstream err;
+  Console const console{out, err, {}, false};
+  Shell shell(console);
+  auto at = lines.begin();
+  auto const next = [&] { return at == lines.end() ? std::nullopt : std::optional(*at++); };
+  ExitStatus const status = runPrompt(shell, next, console);
+  return {status, out.str(), err.str()};
+}
+
+TEST(ShellPrompt, GoesOnAfterALineThatFails) {
+  ScriptOutcome const outcome = typed({"x = 7", "nobody", "x", " quit\r", "x"});
+  EXPECT_EQ(outcome.status, ExitStatus::success);
+  EXPECT_EQ(outcome.out, "7\n");
+  EXPECT_EQ(outcome.err, "column 1: there is no nobody here\n");
+}
+
+TEST(ShellPrompt, GoesOnAfterAnAssertionWithTheObjectsAsTheyWere) {
+  ScriptOutcome const outcome = typed({"h = PolicyMapTest::AclHelper(True, False)",
+                                       "h.commitError = 'full'", "h.deletePolicy(None, 'ipv4')",
+                                       "h.commitError", "h.commitError = ''", "h.commitError"});
+  EXPECT_EQ(outcome.out, "'full'\n''\n");
+  EXPECT_THAT(outcome.err, StartsWith("Kor/Ptr: assertion \"object_ != nullptr\" failed at "));
+  EXPECT_THAT(outcome.err, HasSubstr("Ptr.h:"));
+}
+
+TEST(ShellPrompt, EveryLineIsDoneOnce) {
+  Kor::EventLoop::global().virtualTimeIs(true);
+  EXPECT_EQ(typed({"advance 2", "7"}).out, "7\n");
+  EXPECT_EQ(Kor::now(), 2);
 }
 
 TEST(ShellScript, EndsAtQuit) {

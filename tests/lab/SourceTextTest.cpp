@@ -77,6 +77,17 @@ TEST(SourceText, FileIsReadWholeWithItsNulBytes) {
   std::filesystem::remove(path);
 }
 
+TEST(SourceText, FileWithoutEndIsRefusedWithTheBound) {
+  EXPECT_EQ(errorFrom([] { return SourceText::fromFile("/dev/zero", 100000); }),
+            "/dev/zero: expected a file of at most 100000 bytes, found 'a longer one'");
+  auto const path = std::filesystem::temp_directory_path() / "policymap-lab-bounded-text";
+  std::ofstream(path, std::ios::binary) << std::string(100000, 'x');
+  EXPECT_EQ(SourceText::fromFile(path.string(), 100000).content().size(), 100000U);
+  EXPECT_EQ(errorFrom([&] { return SourceText::fromFile(path.string(), 99999); }),
+            path.string() + ": expected a file of at most 99999 bytes, found 'a longer one'");
+  std::filesystem::remove(path);
+}
+
 TEST(SourceText, MissingFileIsAnErrorOfTheWholeFile) {
   EXPECT_EQ(errorFrom([] { return SourceText::fromFile("/no/such/file"); }),
             "/no/such/file: expected a readable file, found 'No such file or directory'");

@@ -50,6 +50,12 @@ TEST(TypesVerb, AWrongNameIsAnsweredWithTheNearest) {
                          "PolicyMapTest::AclHelper?)\n");
 }
 
+TEST(TypesVerb, AVeryLongNameIsNotRepeatedWhole) {
+  Outcome const outcome = runLab({"types", std::string(10000, 'x')});
+  EXPECT_EQ(outcome.status, ExitStatus::badInput);
+  EXPECT_EQ(outcome.err, "policymap-lab: no such type: " + std::string(40, 'x') + "...\n");
+}
+
 TEST(TypesVerb, JsonHoldsWhatTheTablesHold) {
   auto const json = nlohmann::json::parse(runLab({"types", "--json", "AclPolicyData"}).out);
   auto const& type = json.at("types").at(0);

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: Apache-2.0
+// What reaches a person's terminal of texts from outside, by function and by program.
+#include "lab/ShownText.h"
+
+#include "lab/Sessions.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace lab::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+TEST(ShownText, ReadableTextStaysAsItIs) {
+  for (std::string const text :
+       {"", "plain text, 'quoted' \\ and ~", "Zürich → 東京 𝄞 \u00a0\u00ad"}) {
+    EXPECT_EQ(shownText(text), text);
+  }
+}
+
+TEST(ShownText, ControlCharactersAreEscapedByteForByte) {
+  EXPECT_EQ(shownText(std::string("a\0b\x1b[2J\t\r\n\x7f", 11)),
+            "a\\x00b\\x1b[2J\\x09\\x0d\\x0a\\x7f");
+  EXPECT_EQ(shownText("\u0080|\u009b2J|\u009f"), "\\xc2\\x80|\\xc2\\x9b2J|\\xc2\\x9f");
+}
+
+TEST(ShownText, SeparatorsAndMarksOfDirectionAreEscaped) {
+  for (std::string const mark : {"\u061c", "\u200e", "\u200f", "\u2028", "\u2029", "\u202a",
+                                 "\u202b", "\u202c", "\u202d", "\u202e", "\u2066", "\u2069"}) {
+    EXPECT_EQ(shownText(mark).size(), 4 * mark.size()) << shownText(mark);
+  }
+  EXPECT_EQ(shownText("a\u202eb"), "a\\xe2\\x80\\xaeb");
+  EXPECT_EQ(shownText("\u2027\u202f\u2065\u206a"), "\u2027\u202f\u2065\u206a");
+}
+
+TEST(ShownText, BytesThatAreNoUtf8AreEscaped) {
+  EXPECT_EQ(shownText("\x9b|\xff|\x80"), "\\x9b|\\xff|\\x80");
+  EXPECT_EQ(shownText("\xc3"), "\\xc3");                             // cut off
+  EXPECT_EQ(shownText("\xe2\x80|"), "\\xe2\\x80|");                  // cut short
+  EXPECT_EQ(shownText("\xc0\x9b"), "\\xc0\\x9b");                    // longer than need be
+  EXPECT_EQ(shownText("\xed\xa0\x80"), "\\xed\\xa0\\x80");           // half of a pair
+  EXPECT_EQ(shownText("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");  // beyond the last
+}
+
+RC_GTEST_PROP(ShownText, HasNoControlCharactersAndStaysAsItIs, (std::string const& text)) {
+  std::string const shown = shownText(text);
+  RC_ASSERT(std::all_of(shown.begin(), shown.end(), [](char c) {
+    auto const byte = static_cast<unsigned char>(c);
+    return byte >= 0x20 && byte != 0x7f;
+  }));
+  RC_ASSERT(shownText(shown) == shown);
+}
+
+TEST(ShownText, LongWordsAndLongMessagesAreCut) {
+  EXPECT_EQ(shortened("no such  type: x "), "no such  type: x ");
+  EXPECT_EQ(shortened("a " + std::string(64, 'x')), "a " + std::string(64, 'x'));
+  EXPECT_EQ(shortened("a " + std::string(65, 'x') + " b"), "a " + std::string(40, 'x') + "... b");
+  std::string words;
+  for (int i = 0; i != 1000; ++i) {
+    words += "word ";
+  }
+  EXPECT_EQ(shortened(words), words.substr(0, 1000) + "...");
+  EXPECT_EQ(shortened("a" + std::string(2000, ' ')).size(), 1003U);
+}
+
+// By program
+
+class ShownByProgram : public InputFiles {
+ protected:
+  static constexpr char const* evil = "table\x1b[2J\nfull\u202e\x9b";
+  static constexpr char const* shownEvil = "table\\x1b[2J\\x0afull\\xe2\\x80\\xae\\x9b";
+
+  static void expectClean(Outcome const& outcome) {
+    for (std::string const& text : {outcome.out, outcome.err}) {
+      EXPECT_THAT(text, Not(HasSubstr("\x1b")));
+      EXPECT_THAT(text, Not(HasSubstr("\u202e")));
+      EXPECT_THAT(text, Not(HasSubstr("\x9b")));
+      EXPECT_THAT(text, Not(HasSubstr("\nfull")));
+    }
+  }
+};
+
+TEST_F(ShownByProgram, AnInjectedTextInReportStatusChangesAndTraces) {
+  std::string const file1 = file("a.cfg", simplePolicy);
+  Outcome const outcome = runLab({"run", file1, "--inject", std::string("commitError=") + evil,
+                                  "--advance", "1", "--trace", "9"});
+  expectClean(outcome);
+  EXPECT_THAT(outcome.out, HasSubstr(shownEvil));
+}
+
+TEST_F(ShownByProgram, AnInjectedTextInJsonIsTheTextItself) {
+  std::string const text = "table\x1b[2J\nfull\u202e";
+  Outcome const outcome =
+      runLab({"run", "--json", file("a.cfg", simplePolicy), "--inject", "commitError=" + text});
+  EXPECT_EQ(outcome.json().at("status").at(0).at("error"), text);
+  expectClean({outcome.status, "", outcome.err});
+  EXPECT_THAT(outcome.err, HasSubstr("table\\x1b[2J\\x0afull"));
+}
+
+TEST_F(ShownByProgram, AFileName) {
+  std::string const good = file(std::string("a") + evil, simplePolicy);
+  std::string const bad = file(std::string("b") + evil, "frobnicate\n");
+  Outcome const changed = runLab({"run", good, good});
+  expectClean(changed);
+  EXPECT_THAT(changed.out, HasSubstr(std::string("a") + shownEvil + " changed"));
+  for (std::vector<std::string> const& arguments : {std::vector<std::string>{"run", bad},
+                                                    {"run", bad + "x"},
+                                                    {"shell", bad},
+                                                    {"shell", bad + "x"},
+                                                    {"types", "--markdown", bad}}) {
+    Outcome const refused = runLab(arguments);
+    EXPECT_EQ(refused.status, ExitStatus::badInput);
+    expectClean(refused);
+    EXPECT_THAT(refused.err, HasSubstr(std::string("b") + shownEvil));
+  }
+}
+
+TEST_F(ShownByProgram, AnArgument) {
+  for (std::vector<std::string> const& arguments :
+       {std::vector<std::string>{"run", std::string("--x") + evil},
+        {"run", "a", "--then", evil},
+        {"run", "a", "--inject", evil},
+        {"run", "a", "--advance", evil},
+        {"types", evil}}) {
+    Outcome const refused = runLab(arguments);
+    EXPECT_EQ(refused.status, ExitStatus::badInput);
+    expectClean(refused);
+    EXPECT_THAT(refused.err, HasSubstr("table\\x1b[2J\\x0afull"));
+  }
+}
+
+TEST_F(ShownByProgram, AValueOfTheShellWhichReadsBackTheSame) {
+  std::string const written = "'a\\x1b\\u202e\\u2028\\x9b\\u009b'";
+  std::string const shown = "'a\\x1b\\xe2\\x80\\xae\\xe2\\x80\\xa8\\x9b\\xc2\\x9b'";
+  Outcome const outcome =
+      runLab({"shell", file("a", "x = " + written + "\nx\n[x]\n" + shown + "\nobjects\n")});
+  EXPECT_EQ(outcome.out,
+            shown + "\n[" + shown + "]\n" + shown + "\nname  value\nx     " + shown + "\n");
+}
+
+TEST_F(ShownByProgram, AnObjectAndAMemberOfTheShell) {
+  Outcome const outcome = runLab({"shell", file("a", "h = PolicyMapTest::AclHelper(True, False)\n"
+                                                     "h.commitError = 'a\\u202eb'\nh\n"
+                                                     "d = PolicyMap::PolicyMapSubConfig('p')\n"
+                                                     "d.classPrio['a\\u202eb'] = 1\n"
+                                                     "d.classPrio\n")});
+  EXPECT_EQ(outcome.err, "");
+  expectClean(outcome);
+  EXPECT_THAT(outcome.out, HasSubstr("commitError"));
+  EXPECT_THAT(outcome.out, HasSubstr("'a\\xe2\\x80\\xaeb': 1\n"));
+}
+
+TEST_F(ShownByProgram, AnErrorOfTheShell) {
+  Outcome const outcome = runLab({"shell", file("a", "Value('\x1b[2J\u202e\x9b')\n")});
+  EXPECT_EQ(outcome.status, ExitStatus::badInput);
+  expectClean(outcome);
+  EXPECT_THAT(outcome.err, HasSubstr("no such value type: \\x1b[2J\\xe2\\x80\\xae\\x9b"));
+}
+
+}  // namespace
+}  // namespace lab::test
