@@ -5,8 +5,12 @@
 //
 // Order: a member stands in one of 2^k buckets, chosen by the top k bits of bitReverse(hash); the
 // chain of a bucket is ordered by that reversed hash, ties by key `<`. So the whole map is walked
-// in ascending reversed hash whatever k is, and growing, which splits chains, disturbs no walk.
-// Keys are equal by `==`. A member's hash is computed once, when it is linked.
+// in ascending reversed hash whatever k is, and neither growing, which splits chains, nor
+// shrinking, which joins them, disturbs a walk. Keys are equal by `==`. A member's hash is computed
+// once, when it is linked.
+//
+// Cost: a walk takes time in proportion to the members that are there now, however many there once
+// were. Taking out all members one by one, always the first, is linear as a whole.
 //
 // A member type M derives from HashMapLink<M>, is counted (newRef, deleteRef) and answers fwkKey().
 // A member stands in one map at a time: linking a linked one is the assertion "t->fwkHmNext() ==
@@ -25,6 +29,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -66,13 +71,17 @@ class HashMap {
     while (cursors_ != nullptr) {
       cursors_->mapGone();
     }
-    clear();
+    unlinkAll();
     if (buckets_ != &single_) {
       delete[] buckets_;
     }
   }
 
   [[nodiscard]] std::uint32_t members() const { return members_; }
+  // How many chains there are: what a whole walk looks at besides the members.
+  [[nodiscard]] std::uint32_t bucketCount() const { return 1U << bits_; }
+  // Where first() begins to look: the buckets before it are empty.
+  [[nodiscard]] std::uint32_t firstBucket() const { return firstBucket_; }
 
   template <class Key>
   [[nodiscard]] Member* find(Key const& key) const {
@@ -111,16 +120,20 @@ class HashMap {
       member = after(member);
     }
     link(t).reversedHash_ = reversed;
+    std::uint32_t const bucket = bucketOf(reversed);
     Kor::Ptr<Member> replaced;
     if (member != nullptr && link(member).reversedHash_ == reversed && member->fwkKey() == key) {
       replaced = share(member);
-      unlink(bucketOf(reversed), before, member);
-      member = before == nullptr ? buckets_[bucketOf(reversed)] : after(before);
+      unlink(bucket, before, member);
+      member = before == nullptr ? buckets_[bucket] : after(before);
     }
     t->newRef();
     link(t).next_ = member == nullptr ? t : member;
-    (before == nullptr ? buckets_[bucketOf(reversed)] : link(before).next_) = t;
+    (before == nullptr ? buckets_[bucket] : link(before).next_) = t;
     ++members_;
+    if (bucket < firstBucket_) [[unlikely]] {
+      firstBucket_ = bucket;
+    }
     return replaced;
   }
 
@@ -140,20 +153,14 @@ class HashMap {
     }
     Kor::Ptr<Member> removed = share(member);
     unlink(bucket, before, member);
+    shrinkIfSparse();
     return removed;
   }
 
   // Unlinks all.
   void clear() {
-    if (members_ == 0) {
-      return;
-    }
-    for (std::uint32_t bucket = 0; bucket < bucketCount(); ++bucket) {
-      while (Member* const head = buckets_[bucket]) {
-        Kor::Ptr<Member> const removed = share(head);
-        unlink(bucket, nullptr, head);
-      }
-    }
+    unlinkAll();
+    shrinkIfSparse();
   }
 
   // One walk in order that unlinks each member and then calls announce(Ptr<Member>), which may do
@@ -179,7 +186,14 @@ class HashMap {
   }
 
   // The first member, null when empty; the one behind a linked member, null behind the last.
-  [[nodiscard]] Member* first() const { return members_ == 0 ? nullptr : firstFrom(0); }
+  [[nodiscard]] Member* first() const {
+    if (members_ == 0) {
+      return nullptr;
+    }
+    Member* const member = firstFrom(firstBucket_);
+    firstBucket_ = bucketOf(link(member).reversedHash_);
+    return member;
+  }
   [[nodiscard]] Member* next(Member const* member) const {
     Member* const successor = after(member);
     return successor != nullptr ? successor : firstFrom(bucketOf(link(member).reversedHash_) + 1);
@@ -205,7 +219,6 @@ class HashMap {
     return own < reversed || (own == reversed && member->fwkKey() < key);
   }
 
-  [[nodiscard]] std::uint32_t bucketCount() const { return 1U << bits_; }
   [[nodiscard]] std::uint32_t bucketOf(std::uint32_t reversed) const {
     // In two steps: a shift by the full width, for a single bucket, is undefined.
     return (reversed >> 1) >> (31U - bits_);
@@ -277,11 +290,69 @@ class HashMap {
       wider[2 * bucket] = last == nullptr ? nullptr : head;
       wider[2 * bucket + 1] = member;
     }
+    replaceBuckets(wider);
+    ++bits_;
+    firstBucket_ *= 2;
+  }
+
+  // Growth leaves a map a quarter full, so one that has just grown or shrunk is far from doing the
+  // other.
+  void shrinkIfSparse() {
+    constexpr std::uint32_t smallest = 16;
+    while (members_ < bucketCount() / 16 && bucketCount() > smallest)
+      [[unlikely]] {
+        if (!shrink()) {
+          return;
+        }
+      }
+  }
+
+  // Half the buckets, each made of two neighbours' chains: the order stays. Without memory for them
+  // the map stays as it is: a removal does not fail.
+  bool shrink() {
+    std::uint32_t const newCount = bucketCount() / 2;
+    auto* const narrower = new (std::nothrow) Member*[newCount];
+    if (narrower == nullptr) {
+      return false;
+    }
+    for (std::uint32_t bucket = 0; bucket < newCount; ++bucket) {
+      Member* const head = buckets_[2 * bucket];
+      Member* const behind = buckets_[2 * bucket + 1];
+      narrower[bucket] = head == nullptr ? behind : head;
+      if (head != nullptr && behind != nullptr) {
+        Member* last = head;
+        while (Member* const next = after(last)) {
+          last = next;
+        }
+        link(last).next_ = behind;
+      }
+    }
+    replaceBuckets(narrower);
+    --bits_;
+    firstBucket_ /= 2;
+    return true;
+  }
+
+  void replaceBuckets(Member** buckets) {
     if (buckets_ != &single_) {
       delete[] buckets_;
     }
-    buckets_ = wider;
-    ++bits_;
+    buckets_ = buckets;
+  }
+
+  // By place, not by bucket: a member that goes may insert or remove others, and so change how many
+  // buckets there are.
+  void unlinkAll() {
+    std::uint32_t place = 0;
+    while (members_ != 0) {
+      Member* const head = firstFrom(bucketOf(place));
+      if (head == nullptr) {
+        return;  // what is left was inserted behind the walk
+      }
+      place = link(head).reversedHash_;
+      Kor::Ptr<Member> const removed = share(head);
+      unlink(bucketOf(place), nullptr, head);
+    }
   }
 
   Member** buckets_ = &single_;  // a map of few members needs no memory of its own
@@ -290,6 +361,7 @@ class HashMap {
   std::uint32_t members_ = 0;
   std::uint32_t removals_ = 0;  // tells a cursor that its neighbourhood may have changed
   std::uint32_t bits_ = 0;
+  mutable std::uint32_t firstBucket_ = 0;  // moves on where first() finds nothing
 };
 
 // A place in a map, or its end.

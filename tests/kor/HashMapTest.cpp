@@ -119,6 +119,17 @@ class MapAndModel {
     map_->clear();
     model_.clear();
   }
+  // So many that the map grows several times, and all of them out again, so that it shrinks.
+  void insertMany() {
+    for (std::uint32_t id = 1000; id < 1100; ++id) {
+      insert(id);
+    }
+  }
+  void removeMany() {
+    for (std::uint32_t id = 1000; id < 1100; ++id) {
+      remove(id);
+    }
+  }
   void open() {
     cursors_.emplace_back(*map_);
     positions_.push_back(model_.empty() ? Position() : Position(*model_.begin()));
@@ -241,6 +252,9 @@ void runSteps(std::vector<std::pair<int, std::uint32_t>> const& steps) {
     case 13:
     case 14:
     case 15: both.remove(number); break;
+    case 24: both.insertMany(); break;
+    case 25:
+    case 26: both.removeMany(); break;
     default: both.insert(number); break;
     }
     both.check();
@@ -250,7 +264,7 @@ void runSteps(std::vector<std::pair<int, std::uint32_t>> const& steps) {
 template <class Hash>
 void behavesLikeTheModel() {
   runSteps<Hash>(*rc::gen::container<std::vector<std::pair<int, std::uint32_t>>>(
-      rc::gen::pair(rc::gen::inRange(0, 24), rc::gen::inRange(0U, 40U))));
+      rc::gen::pair(rc::gen::inRange(0, 27), rc::gen::inRange(0U, 40U))));
   RC_ASSERT(Member<Hash>::alive() == 0);
 }
 
@@ -375,6 +389,130 @@ TYPED_TEST(HashMapOf, GrowthDisturbsNoWalk) {
   EXPECT_EQ(seen, (std::vector<std::uint32_t>{0, 1, 2, 3, 4, 5, 6, 7})) << "each once";
 }
 
+TYPED_TEST(HashMapOf, ShrinkingDisturbsNoWalk) {
+  constexpr std::uint32_t many = 1000;
+  for (std::uint32_t id = 0; id < many; ++id) {
+    insert(this->map_, id);
+  }
+  auto const order = idsOf(this->map_);
+  auto const wide = this->map_.bucketCount();
+  std::vector<std::uint32_t> seen;
+  for (Cursor<TypeParam> cursor(this->map_); cursor.member(); cursor.advance()) {
+    seen.push_back(cursor.member()->id());
+    if (seen.size() == 10) {
+      // All but every hundredth go, the one under the cursor and its neighbours included.
+      for (std::size_t at = 0; at < order.size(); ++at) {
+        if (at % 100 != 0) {
+          this->map_.remove(Key<TypeParam>{order[at]});
+        }
+      }
+      EXPECT_LT(this->map_.bucketCount(), wide);
+    }
+  }
+  std::vector<std::uint32_t> expected(order.begin(), order.begin() + 10);
+  for (std::size_t at = 100; at < order.size(); at += 100) {
+    expected.push_back(order[at]);
+  }
+  EXPECT_EQ(seen, expected);
+  for (std::size_t at = 0; at < order.size(); ++at) {
+    EXPECT_EQ(this->map_.find(Key<TypeParam>{order[at]}) != nullptr, at % 100 == 0);
+  }
+}
+
+TEST(HashMap, AMapThatWasLargeHasFewBuckets) {
+  Map<Spread> map;
+  for (std::uint32_t id = 0; id < 100000; ++id) {
+    insert(map, id);
+  }
+  EXPECT_GE(map.bucketCount(), 200000U);
+  for (std::uint32_t id = 100; id < 100000; ++id) {
+    map.remove(Key<Spread>{id});
+  }
+  EXPECT_LE(map.bucketCount(), 16 * 100U);
+  EXPECT_EQ(idsOf(map).size(), 100U);
+  map.clear();
+  EXPECT_LE(map.bucketCount(), 16U);
+}
+
+TEST(HashMap, AMapThatIsClearedHasFewBuckets) {
+  Map<Spread> map;
+  for (std::uint32_t id = 0; id < 1000; ++id) {
+    insert(map, id);
+  }
+  map.clear();
+  EXPECT_LE(map.bucketCount(), 16U);
+}
+
+TEST(HashMap, AMapAtTheEdgeDoesNotGrowAndShrinkInTurns) {
+  Map<Spread> map;
+  for (std::uint32_t id = 0; id < 1000; ++id) {
+    insert(map, id);
+  }
+  for (std::uint32_t id = 1000; id > 0 && map.bucketCount() >= 2048; --id) {
+    map.remove(Key<Spread>{id - 1});
+  }
+  auto const shrunk = map.bucketCount();
+  for (std::uint32_t turn = 0; turn < 10; ++turn) {
+    insert(map, 5000);
+    EXPECT_EQ(map.bucketCount(), shrunk);
+    map.remove(Key<Spread>{5000});
+    EXPECT_EQ(map.bucketCount(), shrunk);
+  }
+}
+
+TEST(HashMap, TakingOutTheFirstUntilThereIsNoneLooksAtEachBucketOnce) {
+  constexpr std::uint32_t many = 20000;
+  Map<Spread> map;
+  for (std::uint32_t id = 0; id < many; ++id) {
+    insert(map, id);
+  }
+  std::uint64_t looked = 0;
+  std::uint32_t wide = map.bucketCount();
+  std::uint64_t const atFirst = wide;
+  std::uint32_t members = 0;
+  while (map.members() != 0) {
+    std::uint32_t const from = map.firstBucket();
+    Kor::Ptr<Member<Spread>> const first = share(map.first());
+    // Where the member is, by the definition of the order.
+    auto const bucket = static_cast<std::uint32_t>(
+        std::uint64_t{Kor::bitReverse(first->fwkKey().hash())} * map.bucketCount() >> 32U);
+    ASSERT_LE(from, bucket);
+    looked += bucket - from + 1;
+    map.remove(first.get());
+    ++members;
+    if (map.bucketCount() < wide) {
+      looked += wide;  // shrinking looks at all of them
+      wide = map.bucketCount();
+    }
+  }
+  EXPECT_EQ(members, many);
+  EXPECT_LE(looked, 3 * atFirst + many);
+}
+
+TEST(HashMap, TheFirstIsFoundWhereverMembersCameAfterOneWasTakenOut) {
+  Map<Spread> map;
+  for (std::uint32_t id = 0; id < 1000; ++id) {
+    insert(map, id);
+  }
+  auto const order = idsOf(map);
+  for (std::size_t at = 0; at < 500; ++at) {
+    map.remove(map.first());
+  }
+  EXPECT_EQ(map.first()->id(), order[500]);
+  insert(map, order[3]);
+  EXPECT_EQ(map.first()->id(), order[3]) << "one that comes before";
+  map.remove(map.first());
+  EXPECT_EQ(map.first()->id(), order[500]);
+  for (std::uint32_t id = 1000; id < 3000; ++id) {
+    insert(map, id);
+  }
+  EXPECT_EQ(map.first()->id(), idsOf(map).front()) << "after growth";
+  map.clear();
+  EXPECT_EQ(map.first(), nullptr);
+  insert(map, order[0]);
+  EXPECT_EQ(map.first()->id(), order[0]) << "after it was empty";
+}
+
 TEST(HashMap, IsWalkedInAscendingReversedHashAndTiesByKey) {
   Map<FewValues> map;
   for (std::uint32_t id = 0; id < 9; ++id) {
@@ -486,6 +624,23 @@ TEST(HashMap, AMemberMayInsertAnotherWhileTheMapIsCleared) {
   }
   map.clear();
   EXPECT_EQ(map.members(), 0U);
+}
+
+TEST(HashMap, AMemberMayRemoveAllOthersWhileTheMapIsCleared) {
+  Map<Spread> map;
+  for (std::uint32_t id = 0; id < 1000; ++id) {
+    insert(map, id);
+  }
+  auto const order = idsOf(map);
+  // The map shrinks while it is cleared; the last member must not be missed.
+  map.find(Key<Spread>{order[500]})->atEnd = [&] {
+    for (std::size_t at = 501; at + 1 < order.size(); ++at) {
+      map.remove(Key<Spread>{order[at]});
+    }
+  };
+  map.clear();
+  EXPECT_EQ(map.members(), 0U);
+  EXPECT_EQ(Member<Spread>::alive(), 0);
 }
 
 TEST(HashMapDeathTest, LinkingALinkedMemberIsAnAssertion) {
