@@ -278,7 +278,7 @@ class Compiler {
         if (auto* const exact = std::get_if<ExactRule<Rule>>(&met)) {
           both.push_back(together(a, b, std::move(*exact)));
         } else if (auto const* const inexpressible = std::get_if<Inexpressible>(&met)) {
-          fail("class-map " + operand_.stdString() + ": the " + inexpressible->field +
+          fail("class-map " + operand_.stdString() + ": the " + std::string(inexpressible->field) +
                " matches of rules " + nameOf(a) + " and " + nameOf(b) + " cannot be combined");
           return {};
         }
