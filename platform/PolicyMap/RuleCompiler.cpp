@@ -106,7 +106,7 @@ class Compiler {
 
   void leave() {
     Walk& walk = walks_.back();
-    if (walk.matchAll && result_.error.empty()) {
+    if (walk.matchAll) {
       combine(walk);
     }
     onPath_.erase(path_.back());

@@ -25,7 +25,7 @@ class RuleProduct {
   template <class Rule>
   std::vector<NamedRule<Rule>> of(std::vector<RuleSources<Rule>> const& operands) {
     std::vector<NamedRule<Rule>> left = listed(operands.front());
-    for (std::size_t i = 1; i < operands.size() && !left.empty(); ++i) {
+    for (std::size_t i = 1; i < operands.size(); ++i) {
       left = both(left, listed(operands[i]));
     }
     return left;

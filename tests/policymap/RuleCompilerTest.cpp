@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <string>
+#include <vector>
 
 namespace policymap {
 namespace {
@@ -119,6 +120,80 @@ TEST_F(Compiling, WhatAClassNeedsIsListedOnceWhetherOrNotItIsThere) {
   EXPECT_EQ(result.error, "");
 }
 
+TEST_F(Compiling, AMatchAllMeetsOnEveryOption) {
+  Acl::IpRuleConfig ip;
+  Acl::Ip6RuleConfig ip6;
+  ip.protocolIs(6);
+  ip6.protocolIs(6);
+  Acl::MacRuleConfig mac;
+  mac.vlanIs(7);
+  auto const rulesOfBoth = [&](ClassMapMatch const& one, ClassMapMatch const& other) {
+    matchAll("c")->matchIs(1, one);
+    classMap("c")->matchIs(2, other);
+    auto const result = compiled();
+    std::vector<std::string> found;
+    for (PolicyMap::ClassRules::PtrConst const& rules : result.rules) {
+      std::string texts;
+      rules->forEach([&](auto const& rule) {
+        texts += rule.rule.describe();
+        return true;
+      });
+      found.push_back(texts);
+    }
+    return found;
+  };
+  EXPECT_THAT(rulesOfBoth(ClassMapMatch::rule(ip), ClassMapMatch::rule(Acl::IpRuleConfig())),
+              ElementsAre("permit tcp any any", "", "", ""));
+  EXPECT_THAT(rulesOfBoth(ClassMapMatch::rule(ip6), ClassMapMatch::rule(Acl::Ip6RuleConfig())),
+              ElementsAre("", "permit tcp any any", "", ""));
+  EXPECT_THAT(rulesOfBoth(ClassMapMatch::rule(mac), ClassMapMatch::rule(Acl::MacRuleConfig())),
+              ElementsAre("", "", "permit any any vlan 7", ""));
+  auto const mpls = ClassMapMatchOption::mpls;
+  EXPECT_THAT(
+      rulesOfBoth(ClassMapMatch::rule(mac, mpls), ClassMapMatch::rule(Acl::MacRuleConfig(), mpls)),
+      ElementsAre("", "", "", "permit any any vlan 7"));
+}
+
+TEST_F(Compiling, RulesOfIpAndOfMacAreRefusedInAMatchAll) {
+  auto const mpls = ClassMapMatchOption::mpls;
+  for (ClassMapMatch const& ip :
+       {ClassMapMatch::rule(Acl::IpRuleConfig()), ClassMapMatch::rule(Acl::Ip6RuleConfig())}) {
+    for (ClassMapMatch const& mac : {ClassMapMatch::rule(Acl::MacRuleConfig()),
+                                     ClassMapMatch::rule(Acl::MacRuleConfig(), mpls)}) {
+      matchAll("c")->matchIs(1, ip);
+      classMap("c")->matchIs(2, mac);
+      EXPECT_EQ(compiled().error,
+                "class-map c: match-all over IP and MAC matches cannot be programmed");
+    }
+  }
+}
+
+TEST_F(Compiling, AMatchAllOfOneMatchIsThatMatch) {
+  list("web", 2);
+  matchAll("c");
+  match("c", 5, "web");
+  EXPECT_NE(
+      compiled().rules[0]->find<Acl::IpRuleConfig>({"c", "web", 1, ClassMapMatchOption::ipv4}),
+      nullptr);
+}
+
+// Of class-maps that nest one another in a circle, a long path is told by its ends.
+TEST_F(Compiling, AClassMapThatMatchesItselfIsToldWithBothEndsOfThePath) {
+  auto const circle = [this](int length) {
+    classes = Kor::make<PolicyMap::ClassMapTypeConfig>();
+    for (int i = 0; i < length; ++i) {
+      nest(i == 0 ? "c" : "n" + std::to_string(i), 1,
+           i + 1 == length ? "c" : "n" + std::to_string(i + 1));
+    }
+    return compiled().error;
+  };
+  std::string const start = "class-map c matches itself: c > n1 > n2 > n3 > n4 > n5 > n6 > n7 > ";
+  EXPECT_EQ(circle(1), "class-map c matches itself: c > c");
+  EXPECT_EQ(circle(16), start + "n8 > n9 > n10 > n11 > n12 > n13 > n14 > n15 > c");
+  EXPECT_EQ(circle(17), start + "... > n9 > n10 > n11 > n12 > n13 > n14 > n15 > n16 > c");
+  EXPECT_EQ(circle(99), start + "... > n91 > n92 > n93 > n94 > n95 > n96 > n97 > n98 > c");
+}
+
 // limits ------------------------------------------------------------------------------------------
 
 TEST_F(Compiling, TheUsualLimits) {
@@ -195,7 +270,21 @@ TEST_F(Compiling, TheFirstErrorIsTold) {
   EXPECT_EQ(compiled().error, "class-map nested1: match-all makes more than 3 rules");
 }
 
-// Class-map "c" nests "once"; each of the operands of its match-all nests "leaf" again.
+TEST_F(Compiling, OfTwoOptionsTheErrorOfTheFirstIsTold) {
+  limits.composedRules = 0;
+  matchAll("c");
+  for (std::uint32_t place = 1; place <= 2; ++place) {
+    Acl::IpRuleConfig ip;
+    ip.ttlIs(Acl::TtlMatch::neq(place));
+    std::string const name = "n" + std::to_string(place);
+    classMap(name)->matchIs(1, ClassMapMatch::rule(ip));
+    classMap(name)->matchIs(2, ClassMapMatch::rule(Acl::Ip6RuleConfig()));
+    nest("c", place, name);
+  }
+  EXPECT_EQ(compiled().error, "class-map c: the TTL matches of rules 1 and 1 cannot be combined");
+}
+
+// Each operand of the match-all nests "leaf", for all but the first once more.
 TEST_F(Compiling, ClassMapsAreWalkedAgainAsOftenAsTheLimitAndNoMore) {
   matchAll("c");
   for (std::uint32_t i = 0; i < 6; ++i) {

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "support/FieldValues.h"
+
 #include <PolicyMap/FieldMeeting.h>
 #include <PolicyMap/RuleIntersection.h>
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <tuple>
@@ -31,28 +34,6 @@ concept Meets = requires(Value const& one, Value& both) {
 static_assert(Meets<bool> && Meets<std::uint32_t> && Meets<Acl::OptionalNumber>);
 static_assert(!Meets<std::uint8_t> && !Meets<std::int64_t> && !Meets<std::string>);
 static_assert(!Meets<PortMatch>, "ports need their exact ranges");
-
-// two values of each type of field that have nothing in common
-// ---------------------------------------
-
-template <class Value>
-std::pair<Value, Value> twoOf() {
-  if constexpr (std::is_same_v<Value, bool>) {
-    return {true, true};  // a condition, which holds or is not asked for
-  } else if constexpr (std::is_same_v<Value, Acl::TcpFlags>) {
-    return {{2, 2}, {0, 2}};
-  } else if constexpr (requires { typename Value::Range; }) {
-    return {Value::eq(1), Value::eq(2)};
-  } else if constexpr (requires { typename Value::Bytes; }) {
-    typename Value::Bytes one{};
-    typename Value::Bytes two{};
-    one.back() = 1;
-    two.back() = 2;
-    return {Value::host(one), Value::host(two)};
-  } else {
-    return {Value(1), Value(2)};
-  }
-}
 
 // every field of every rule
 // ---------------------------------------------------------------------------
@@ -81,7 +62,7 @@ void checkField(Field const& field) {
     return exact;
   };
   bool const isPermit = field.name == "permit";
-  auto const [some, other] = twoOf<Value>();
+  auto const [some, other] = TestSupport::twoValues<Value>();
   auto const [a, b, none] = std::tuple(isPermit ? with(Value()) : with(some),
                                        isPermit ? with(some) : with(other), ExactRule<Rule>());
   {

@@ -219,8 +219,9 @@ TEST_F(RuleKeys, ANestedIntersectionIsFollowedByAllItsNumbers) {
   list("d", 3, toNetwork("10.1.0.0/16"));
   bench.classMap("c")->matchTypeIs(ClassMapMatchType::matchAll);
   bench.classMatches("c", "a", 1);
-  matchAll("inner", 2, {"b & x", "d"});
-  EXPECT_THAT(rules(), ElementsAre("a & b & x:2 & d:3:1 permit ip any 10.1.0.0/16"));
+  list("e", 4, toNetwork("10.1.0.0/17"));
+  matchAll("inner", 2, {"b & x", "d", "e"});
+  EXPECT_THAT(rules(), ElementsAre("a & b & x:2 & d:3 & e:4:1 permit ip any 10.1.0.0/17"));
 }
 
 TEST_F(RuleKeys, IntersectionsWithRulesAtEqualPlacesGetDifferentNumbers) {
