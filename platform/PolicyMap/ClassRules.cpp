@@ -9,7 +9,14 @@ ClassRules::ClassRules(Sources sources) : sources_(std::move(sources)) {
   std::visit(
       [this](auto const& all) {
         for (std::size_t place = 0; place < all.size(); ++place) {
-          (all[place].composed ? composed_ : lists_[all[place].aclName]).push_back(place);
+          if (!all[place].named) {
+            lists_.emplace(all[place].aclName, place);
+            continue;
+          }
+          auto const& rules = all[place].named->rules();
+          for (std::size_t i = 0; i < rules.size(); ++i) {
+            named_.try_emplace({rules[i].seqno, rules[i].aclName}, place, i);
+          }
         }
       },
       sources_);
@@ -36,8 +43,8 @@ bool ClassRules::empty() const {
 namespace {
 
 template <class Rule>
-bool sameComposed(Kor::Ptr<ComposedRules<Rule> const> const& a,
-                  Kor::Ptr<ComposedRules<Rule> const> const& b) {
+bool sameNamed(Kor::Ptr<NamedRules<Rule> const> const& a,
+               Kor::Ptr<NamedRules<Rule> const> const& b) {
   return a == b || (a && b && a->rules() == b->rules());
 }
 
@@ -61,7 +68,7 @@ bool sameSources(RuleSources<Rule> const& oldSources, RuleSources<Rule> const& n
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [&](RuleSource<Rule> const* x, RuleSource<Rule> const* y) {
                       return x->aclName == y->aclName && aclDiff.sameEffect(x->rules, y->rules) &&
-                             sameComposed(x->composed, y->composed);
+                             sameNamed(x->named, y->named);
                     });
 }
 

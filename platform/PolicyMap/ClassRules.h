@@ -17,6 +17,9 @@
 #include "PolicyMap/RuleIntersection.h"
 
 #include <algorithm>
+#include <compare>
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <utility>
 #include <variant>
@@ -28,54 +31,41 @@ namespace PolicyMap {
 template <class Rule>
 struct NamedRule {
   Kor::Name aclName;
+  std::size_t firstLength =
+      0;  // of an intersection: of the first list's name in `aclName`; else all
   std::uint32_t seqno = 0;
   ExactRule<Rule> exact;
 
-  bool operator==(NamedRule const&) const = default;
+  friend auto operator<=>(NamedRule const&, NamedRule const&) = default;
 };
 
-// Rules made by intersecting others, in order. Never changes.
+// Rules of class-maps themselves and intersections, in the order in which they are programmed,
+// which need not be that of their numbers. Never changes.
 template <class Rule>
-class ComposedRules final : public Kor::PtrInterface {
+class NamedRules final : public Kor::PtrInterface {
  public:
-  // No name stands twice.
-  explicit ComposedRules(std::vector<NamedRule<Rule>> rules) : rules_(std::move(rules)) {
-    for (std::size_t i = 0; i < rules_.size(); ++i) {
-      places_.emplace(std::pair(rules_[i].seqno, rules_[i].aclName), i);
-    }
-  }
+  // No name stands twice, and every rule matches something.
+  explicit NamedRules(std::vector<NamedRule<Rule>> rules) : rules_(std::move(rules)) {}
 
   [[nodiscard]] std::vector<NamedRule<Rule>> const& rules() const { return rules_; }
-  [[nodiscard]] Rule const* rule(Kor::Name const& aclName, std::uint32_t seqno) const {
-    auto const place = places_.find({seqno, aclName});
-    return place == places_.end() ? nullptr : &rules_[place->second].exact.rule;
-  }
 
  private:
   std::vector<NamedRule<Rule>> rules_;
-  std::map<std::pair<std::uint32_t, Kor::Name>, std::size_t> places_;
 };
 
-// Rules of one origin: an access list, the class-map itself, whose list name is empty, or an
-// intersection. A class-map that matches on rules and lists in turn has several sources of its own,
-// with different sequence numbers.
+// What comes in one piece: an access list, or rules that have names of their own. A class-map that
+// matches on rules and lists in turn has several of either.
 template <class Rule>
 struct RuleSource {
-  Kor::Name aclName;
-  Kor::Ptr<Acl::AclRules<Rule> const> rules;          // null for an intersection
-  Kor::Ptr<ComposedRules<Rule> const> composed = {};  // null otherwise
+  Kor::Name aclName;                            // of an access list
+  Kor::Ptr<Acl::AclRules<Rule> const> rules;    // null unless it is one
+  Kor::Ptr<NamedRules<Rule> const> named = {};  // null if it is one
 
-  // Whether none of the rules matches anything. Intersections are never empty.
+  // Whether none of the rules matches anything.
   [[nodiscard]] bool empty() const {
-    return composed ? composed->rules().empty()
-                    : std::all_of(rules->begin(), rules->end(),
-                                  [](auto const& entry) { return entry.second.matchesNothing(); });
-  }
-  [[nodiscard]] Rule const* find(AclRuleKey const& key) const {
-    if (composed) {
-      return composed->rule(key.aclName(), key.seqno());
-    }
-    return aclName == key.aclName() ? rules->rule(key.seqno()) : nullptr;
+    return named ? named->rules().empty()
+                 : std::all_of(rules->begin(), rules->end(),
+                               [](auto const& entry) { return entry.second.matchesNothing(); });
   }
 };
 
@@ -98,7 +88,7 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
   using Sources = std::variant<RuleSources<Acl::IpRuleConfig>, RuleSources<Acl::Ip6RuleConfig>,
                                RuleSources<Acl::MacRuleConfig>>;
 
-  // No access list stands twice among the sources.
+  // No access list and no name of a rule stands twice among the sources.
   explicit ClassRules(Sources sources);
   ~ClassRules() override;
 
@@ -115,17 +105,18 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
     if (sources == nullptr) {
       return nullptr;
     }
-    auto const from = [&](std::vector<std::size_t> const& places) -> Rule const* {
-      for (std::size_t const place : places) {
-        if (Rule const* const rule = (*sources)[place].find(key)) {
-          return rule;
-        }
-      }
-      return nullptr;
-    };
     auto const list = lists_.find(key.aclName());
-    Rule const* const rule = list == lists_.end() ? nullptr : from(list->second);
-    return rule != nullptr ? rule : from(composed_);
+    if (list != lists_.end()) {
+      if (Rule const* const rule = (*sources)[list->second].rules->rule(key.seqno())) {
+        return rule;
+      }
+    }
+    auto const named = named_.find({key.seqno(), key.aclName()});
+    if (named == named_.end()) {
+      return nullptr;
+    }
+    auto const [place, index] = named->second;
+    return &(*sources)[place].named->rules()[index].exact.rule;
   }
 
   // Calls visit(RuleRef) for every rule that matches something, in order, until it answers false.
@@ -151,8 +142,8 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
  private:
   template <class Rule, class Visit>
   static bool forEachOf(RuleSource<Rule> const& source, Visit&& visit) {
-    if (source.composed) {
-      for (NamedRule<Rule> const& named : source.composed->rules()) {
+    if (source.named) {
+      for (NamedRule<Rule> const& named : source.named->rules()) {
         if (!visit(RuleRef<Rule>{named.aclName, named.seqno, named.exact.rule, named.exact.srcPorts,
                                  named.exact.dstPorts})) {
           return false;
@@ -171,8 +162,9 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
   }
 
   Sources sources_;
-  std::map<Kor::Name, std::vector<std::size_t>> lists_;  // places of the sources, by list name
-  std::vector<std::size_t> composed_;                    // and of the intersections
+  std::map<Kor::Name, std::size_t> lists_;  // places among the sources
+  // Place of the source and of the rule in it.
+  std::map<std::pair<std::uint32_t, Kor::Name>, std::pair<std::size_t, std::size_t>> named_;
 };
 
 }  // namespace PolicyMap

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/RuleCompiler.h"
 
+#include "PolicyMap/RuleGatherer.h"
 #include "PolicyMap/RuleLists.h"
+#include "PolicyMap/RuleProduct.h"
 
 #include <algorithm>
 #include <deque>
 #include <map>
 #include <set>
+#include <tuple>
 
 namespace PolicyMap {
 namespace {
@@ -26,116 +29,20 @@ class Noted {
   std::vector<Kor::Name> names_;
 };
 
-// Gathers the rules of one option while class-maps are walked.
-template <class Rule>
-class Gatherer {
- public:
-  void addList(Kor::Name const& name, Kor::Ptr<Acl::AclRules<Rule> const> rules) {
-    // A list that is matched twice matches nothing more the second time.
-    if (lists_.insert(name).second) {
-      RuleSource<Rule> const list{name, std::move(rules)};
-      if (!list.empty()) {
-        finishOwn();  // otherwise nothing stands between own rules before and behind the list
-      }
-      sources_.push_back(list);
-    }
-  }
-  // A rule of the class-map itself has its place as number, unless an earlier one is there already,
-  // as happens with nested class-maps: numbers ascend.
-  void addOwn(std::uint32_t place, Rule const& rule) {
-    std::uint32_t const number = std::max(place, nextNumber_);
-    nextNumber_ = number + 1;
-    own_.emplace_back(number, rule);
-  }
-  // A rule that is there already matches nothing more. Another one of the same name, as rules that
-  // two class-maps have at the same place make, takes the next number that is free.
-  void addComposed(std::vector<NamedRule<Rule>> rules) {
-    std::vector<NamedRule<Rule>> added;
-    added.reserve(rules.size());
-    for (NamedRule<Rule>& rule : rules) {
-      if (named(rule)) {
-        added.push_back(std::move(rule));
-      }
-    }
-    if (!added.empty()) {
-      finishOwn();
-      sources_.push_back({Kor::Name(), nullptr, Kor::make<ComposedRules<Rule>>(std::move(added))});
-    }
-  }
-  [[nodiscard]] RuleSources<Rule> finish() {
-    finishOwn();
-    return std::move(sources_);
-  }
-
- private:
-  // Answers whether the rule is a new one.
-  bool named(NamedRule<Rule>& rule) {
-    for (;; ++rule.seqno) {
-      auto const [there, isNew] =
-          composed_.try_emplace(std::pair(rule.seqno, rule.aclName), rule.exact);
-      if (isNew || there->second == rule.exact) {
-        return isNew;
-      }
-    }
-  }
-
-  void finishOwn() {
-    if (!own_.empty()) {
-      sources_.push_back({Kor::Name(), Kor::make<Acl::AclRules<Rule>>(std::move(own_))});
-      own_.clear();
-    }
-  }
-
-  std::set<Kor::Name> lists_;
-  std::map<std::pair<std::uint32_t, Kor::Name>, ExactRule<Rule>> composed_;
-  std::vector<typename Acl::AclRules<Rule>::Entry> own_;
-  std::uint32_t nextNumber_ = 0;
-  RuleSources<Rule> sources_;
-};
-
 // What one class-map, or one operand of a match-all, stands for.
 struct Gathered {
-  Gatherer<Acl::IpRuleConfig> ipv4;
-  Gatherer<Acl::Ip6RuleConfig> ipv6;
-  Gatherer<Acl::MacRuleConfig> mac;
-  Gatherer<Acl::MacRuleConfig> mpls;
+  RuleGatherer<Acl::IpRuleConfig> ipv4;
+  RuleGatherer<Acl::Ip6RuleConfig> ipv6;
+  RuleGatherer<Acl::MacRuleConfig> mac;
+  RuleGatherer<Acl::MacRuleConfig> mpls;
   std::set<Kor::Name> walked;  // class-maps that are in it
 };
-
-// All rules of an operand, one after the other.
-template <class Rule>
-std::vector<NamedRule<Rule>> listed(RuleSources<Rule> const& sources) {
-  std::vector<NamedRule<Rule>> rules;
-  ClassRules(ClassRules::Sources(sources)).forEach([&](auto const& ref) {
-    if constexpr (std::is_same_v<std::remove_cvref_t<decltype(ref.rule)>, Rule>) {
-      rules.push_back({ref.aclName, ref.seqno, {ref.rule, ref.srcPorts, ref.dstPorts}});
-    }
-    return true;
-  });
-  return rules;
-}
-
-// The name of a rule that two rules make together: the first's number, and the other added to its
-// list name.
-template <class Rule>
-NamedRule<Rule> together(NamedRule<Rule> const& first, NamedRule<Rule> const& second,
-                         ExactRule<Rule> exact) {
-  std::string name = first.aclName.stdString() + " & " + second.aclName.stdString();
-  // An intersection has its first number in no name yet.
-  auto const joint = second.aclName.view().find(" & ");
-  if (joint == std::string_view::npos) {
-    name += ":" + std::to_string(second.seqno);
-  } else {
-    name.insert(first.aclName.length() + 3 + joint, ":" + std::to_string(second.seqno));
-  }
-  return {Kor::Name(Kor::String8(name)), first.seqno, std::move(exact)};
-}
 
 class Compiler {
  public:
   Compiler(Kor::Ptr<ClassMapTypeConfig const> const& classMaps,
-           Kor::Ptr<Acl::Config const> const& acls)
-      : classMaps_(classMaps), acls_(acls) {}
+           Kor::Ptr<Acl::Config const> const& acls, RuleLimits const& limits)
+      : classMaps_(classMaps), acls_(acls), limits_(limits) {}
 
   CompiledClass compile(ClassMapSubConfig const& classMap) {
     Gathered all;
@@ -163,9 +70,6 @@ class Compiler {
   }
 
  private:
-  static constexpr std::size_t mostComposed = 1000000;      // rules of one match-all
-  static constexpr std::size_t mostRepeatedWalks = 100000;  // through class-maps, for one class
-
   using Matches = std::vector<std::pair<std::uint32_t, ClassMapMatch>>;
 
   // A class-map on the way through it.
@@ -180,7 +84,7 @@ class Compiler {
 
   void enter(ClassMapSubConfig const& classMap, Gathered& into) {
     // Operands of match-alls may nest the same class-maps over and over.
-    if (!entered_.insert(path_.back()).second && ++repeatedly_ > mostRepeatedWalks) {
+    if (!entered_.insert(path_.back()).second && ++repeatedly_ > limits_.repeatedWalks) {
       fail("class-map " + path_.front().stdString() + ": nested class-maps branch too often");
     }
     Walk& walk = walks_.emplace_back();
@@ -222,80 +126,40 @@ class Compiler {
 
   // The same match once more takes nothing away.
   static void dropRepeated(Matches& matches) {
-    std::vector<ClassMapMatch> seen;
+    std::set<std::tuple<ClassMapMatch::Kind, ClassMapMatchOption, Kor::Name, Acl::OptionalRule>>
+        seen;
     std::erase_if(matches, [&](auto const& entry) {
-      bool const repeated = std::find(seen.begin(), seen.end(), entry.second) != seen.end();
-      seen.push_back(entry.second);
-      return repeated;
+      ClassMapMatch const& match = entry.second;
+      return !seen.emplace(match.kind(), match.option(), match.name(), match.ruleIfAny()).second;
     });
   }
 
   void combine(Walk& walk) {
-    operand_ = walk.name;
-    std::vector<RuleSources<Acl::IpRuleConfig>> ipv4;
-    std::vector<RuleSources<Acl::Ip6RuleConfig>> ipv6;
-    std::vector<RuleSources<Acl::MacRuleConfig>> mac;
-    std::vector<RuleSources<Acl::MacRuleConfig>> mpls;
-    for (Gathered& operand : walk.operands) {
-      ipv4.push_back(operand.ipv4.finish());
-      ipv6.push_back(operand.ipv6.finish());
-      mac.push_back(operand.mac.finish());
-      mpls.push_back(operand.mpls.finish());
-    }
-    auto const some = [](auto const& all) {
-      return std::any_of(all.begin(), all.end(), [](auto const& one) { return !one.empty(); });
+    auto const some = [&walk](auto Gathered::*option) {
+      return std::any_of(walk.operands.begin(), walk.operands.end(),
+                         [option](Gathered const& one) { return (one.*option).matches(); });
     };
-    if ((some(ipv4) || some(ipv6)) && (some(mac) || some(mpls))) {
-      fail("class-map " + operand_.stdString() +
+    if ((some(&Gathered::ipv4) || some(&Gathered::ipv6)) &&
+        (some(&Gathered::mac) || some(&Gathered::mpls))) {
+      fail("class-map " + walk.name.stdString() +
            ": match-all over IP and MAC matches cannot be programmed");
       return;
     }
-    Gathered& into = *walk.into;
-    into.ipv4.addComposed(product(ipv4));
-    into.ipv6.addComposed(product(ipv6));
-    into.mac.addComposed(product(mac));
-    into.mpls.addComposed(product(mpls));
+    RuleProduct product(walk.name, path_.front(), limits_, pairs_);
+    combine(walk, &Gathered::ipv4, product);
+    combine(walk, &Gathered::ipv6, product);
+    combine(walk, &Gathered::mac, product);
+    combine(walk, &Gathered::mpls, product);
+    fail(product.error());
   }
 
-  // Of the first rules that each operand matches a packet with, the combination decides: so all
-  // combinations, the first operand's rules outermost.
   template <class Rule>
-  std::vector<NamedRule<Rule>> product(std::vector<RuleSources<Rule>> const& operands) {
-    std::vector<NamedRule<Rule>> left = listed(operands.front());
-    for (std::size_t i = 1; i < operands.size() && !left.empty(); ++i) {
-      left = product(left, listed(operands[i]));
+  static void combine(Walk& walk, RuleGatherer<Rule> Gathered::*option, RuleProduct& product) {
+    std::vector<RuleSources<Rule>> operands;
+    for (Gathered& operand : walk.operands) {
+      operands.push_back((operand.*option).finish());
     }
-    return left;
-  }
-
-  template <class Rule>
-  std::vector<NamedRule<Rule>> product(std::vector<NamedRule<Rule>> const& left,
-                                       std::vector<NamedRule<Rule>> const& right) {
-    std::vector<NamedRule<Rule>> both;
-    for (NamedRule<Rule> const& a : left) {
-      for (NamedRule<Rule> const& b : right) {
-        Intersection<Rule> met = intersect(a.exact, b.exact);
-        if (auto* const exact = std::get_if<ExactRule<Rule>>(&met)) {
-          both.push_back(together(a, b, std::move(*exact)));
-        } else if (auto const* const inexpressible = std::get_if<Inexpressible>(&met)) {
-          fail("class-map " + operand_.stdString() + ": the " + inexpressible->field +
-               " matches of rules " + nameOf(a) + " and " + nameOf(b) + " cannot be combined");
-          return {};
-        }
-        if (both.size() > mostComposed) {
-          fail("class-map " + operand_.stdString() + ": match-all makes more than " +
-               std::to_string(mostComposed) + " rules");
-          return {};
-        }
-      }
-    }
-    return both;
-  }
-
-  template <class Rule>
-  static std::string nameOf(NamedRule<Rule> const& rule) {
-    return std::to_string(rule.seqno) +
-           (rule.aclName.empty() ? std::string() : " of " + rule.aclName.stdString());
+    (walk.into->*option).addComposed(product.of(operands));
   }
 
   // leaves ------------------------------------------------------------------------------
@@ -312,7 +176,7 @@ class Compiler {
     }
   }
   template <class Rule>
-  void addList(Gatherer<Rule>& gatherer, Kor::Name const& name, Noted& dependencies) {
+  void addList(RuleGatherer<Rule>& gatherer, Kor::Name const& name, Noted& dependencies) {
     dependencies.add(name);
     auto const list = acls_ ? RuleLists<Rule>::find(*acls_, name) : nullptr;
     if (list) {
@@ -384,9 +248,10 @@ class Compiler {
   std::deque<Walk> walks_;       // from the outermost class-map to the one being walked
   std::vector<Kor::Name> path_;  // their names, as they are referred to
   std::set<Kor::Name> onPath_;   // the same
-  Kor::Name operand_;            // the match-all class-map being put together, for messages
+  RuleLimits const& limits_;
   std::set<Kor::Name> entered_;
   std::size_t repeatedly_ = 0;
+  std::size_t pairs_ = 0;  // of rules compared so far
   Noted ipAcls_;
   Noted ip6Acls_;
   Noted macAcls_;
@@ -399,11 +264,11 @@ class Compiler {
 
 CompiledClass compileClass(Kor::Ptr<ClassMapSubConfig const> const& classMap,
                            Kor::Ptr<ClassMapTypeConfig const> const& classMaps,
-                           Kor::Ptr<Acl::Config const> const& acls) {
+                           Kor::Ptr<Acl::Config const> const& acls, RuleLimits const& limits) {
   if (!classMap) {
-    return Compiler(classMaps, acls).compile(ClassMapSubConfig(Kor::Name()));
+    return Compiler(classMaps, acls, limits).compile(ClassMapSubConfig(Kor::Name()));
   }
-  return Compiler(classMaps, acls).compile(*classMap);
+  return Compiler(classMaps, acls, limits).compile(*classMap);
 }
 
 }  // namespace PolicyMap

@@ -6,6 +6,8 @@
 #include "Acl/Config.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
 #include "PolicyMap/ClassRules.h"
+#include "PolicyMap/Export.h"
+#include "PolicyMap/RuleLimits.h"
 
 #include <array>
 #include <string>
@@ -26,8 +28,9 @@ struct CompiledClass {
 };
 
 // Any pointer may be null.
-CompiledClass compileClass(Kor::Ptr<ClassMapSubConfig const> const& classMap,
-                           Kor::Ptr<ClassMapTypeConfig const> const& classMaps,
-                           Kor::Ptr<Acl::Config const> const& acls);
+POLICYMAP_API CompiledClass compileClass(Kor::Ptr<ClassMapSubConfig const> const& classMap,
+                                         Kor::Ptr<ClassMapTypeConfig const> const& classMaps,
+                                         Kor::Ptr<Acl::Config const> const& acls,
+                                         RuleLimits const& limits = {});
 
 }  // namespace PolicyMap

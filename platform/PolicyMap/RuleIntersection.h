@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What two rules take together.
+// What two rules take together: field by field, from the table of fields that also gives a rule its
+// hash, its text form and its attributes by name. How a field meets goes by its type (see
+// FieldMeeting.h), except that a rule permits where both permit, and that ports have exact ranges
+// beside the rule. A field that says nothing of this does not compile.
 
 #include "Acl/Ip6RuleConfig.h"
 #include "Acl/IpRuleConfig.h"
 #include "Acl/MacRuleConfig.h"
 #include "PolicyMap/Export.h"
+#include "PolicyMap/FieldMeeting.h"
 
-#include <cstdint>
-#include <optional>
-#include <string>
+#include <compare>
+#include <string_view>
 #include <variant>
-#include <vector>
 
 namespace PolicyMap {
-
-using PortRanges = std::vector<Acl::PortMatch::Range>;
 
 // A rule whose ports may be more than one PortMatch can say. Then the rule's own port match is the
 // smallest range around them, and these are the ranges, ascending and apart from each other.
@@ -26,20 +26,20 @@ struct ExactRule {
   PortRanges srcPorts = {};  // empty: as the rule says
   PortRanges dstPorts = {};
 
-  bool operator==(ExactRule const&) const = default;
+  friend auto operator<=>(ExactRule const&, ExactRule const&) = default;
 };
 
 // Nothing is taken by both.
 struct Disjoint {};
 // Both take something, but no rule can say what.
 struct Inexpressible {
-  std::string field;
+  std::string_view field;
 };
 
 template <class Rule>
 using Intersection = std::variant<Disjoint, Inexpressible, ExactRule<Rule>>;
 
-// Permits where both permit.
+// Disjoint wherever one field is, whatever the others are.
 POLICYMAP_API Intersection<Acl::IpRuleConfig> intersect(ExactRule<Acl::IpRuleConfig> const& a,
                                                         ExactRule<Acl::IpRuleConfig> const& b);
 POLICYMAP_API Intersection<Acl::Ip6RuleConfig> intersect(ExactRule<Acl::Ip6RuleConfig> const& a,

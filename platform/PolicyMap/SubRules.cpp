@@ -38,9 +38,6 @@ void addBlocks(std::vector<PortBlock>& blocks, Acl::PortMatch::Range const& rang
 
 std::vector<PortBlock> portBlocks(Acl::PortMatch const& match, PortExpansion expansion,
                                   PortRanges const& exact) {
-  if (match.isAny()) {
-    return {PortBlock()};
-  }
   std::vector<PortBlock> blocks;
   if (!exact.empty()) {
     for (auto const& range : exact) {

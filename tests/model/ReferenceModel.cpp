@@ -6,10 +6,12 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <set>
 #include <string>
 #include <tuple>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace Model {
 namespace {
@@ -123,6 +125,7 @@ struct Named {
   Rule rule;
   Ranges sources;
   Ranges destinations;
+  bool ofList = false;  // whether its number is that in an access list
 
   Named(std::string listName, std::uint32_t seqno, Rule const& configured)
       : list(std::move(listName)), number(seqno), rule(configured) {
@@ -340,11 +343,44 @@ struct Refused {};
 // The rules of a class-map, or of one operand of a match-all, and what they came from.
 template <class Rule>
 struct OptionRules {
-  Rules<Rule> rules;
+  Rules<Rule> rules;            // with the numbers that they ask for
   std::set<std::string> lists;  // in it already
-  std::uint32_t nextOwn = 0;    // number of the next rule of the class-map itself, at least
   bool matched = false;         // something matches on this option, be it an empty list
 };
+
+// The rules that take something, under numbers that are theirs alone. Who asks first for a number
+// has it, lists before all others; the rest get the first that is left after it, or before it where
+// there is none after it.
+template <class Rule>
+Rules<Rule> numbered(Rules<Rule> rules) {
+  std::set<std::pair<std::string, std::uint32_t>> taken;
+  for (Named<Rule> const& rule : rules) {
+    if (rule.ofList) {
+      taken.emplace(rule.list, rule.number);
+    }
+  }
+  std::vector<Named<Rule>*> late;
+  for (Named<Rule>& rule : rules) {
+    if (!rule.ofList && !taken.emplace(rule.list, rule.number).second) {
+      late.push_back(&rule);
+    }
+  }
+  for (Named<Rule>* const rule : late) {
+    std::uint32_t const asked = rule->number;
+    while (rule->number != 0xffffffffU && taken.count({rule->list, rule->number}) != 0) {
+      ++rule->number;
+    }
+    if (taken.count({rule->list, rule->number}) != 0) {
+      rule->number = asked;
+      while (taken.count({rule->list, rule->number}) != 0) {
+        --rule->number;
+      }
+    }
+    taken.emplace(rule->list, rule->number);
+  }
+  std::erase_if(rules, [](Named<Rule> const& rule) { return takesNothing(rule.rule); });
+  return rules;
+}
 
 struct Flat {
   OptionRules<Acl::IpRuleConfig> ipv4;
@@ -365,20 +401,14 @@ void addList(OptionRules<Rule>& into, Kor::Name const& name, Kor::Ptr<List> cons
     ordered.emplace(entry.key(), entry.value());
   }
   for (auto const& [number, rule] : ordered) {
-    if (!takesNothing(rule)) {
-      into.rules.emplace_back(name.stdString(), number, rule);
-    }
+    into.rules.emplace_back(name.stdString(), number, rule).ofList = true;
   }
 }
 
 template <class Rule>
 void addOwn(OptionRules<Rule>& into, std::uint32_t place, Rule const& rule) {
   into.matched = true;
-  into.nextOwn = std::max(into.nextOwn, place);
-  if (!takesNothing(rule)) {
-    into.rules.emplace_back(std::string(), into.nextOwn, rule);
-  }
-  ++into.nextOwn;
+  into.rules.emplace_back(std::string(), place, rule);
 }
 
 class Flattener {
@@ -390,6 +420,10 @@ class Flattener {
     Flat all;
     path_ = {classMap.name()};
     walk(classMap, all);
+    all.ipv4.rules = numbered(std::move(all.ipv4.rules));
+    all.ipv6.rules = numbered(std::move(all.ipv6.rules));
+    all.mac.rules = numbered(std::move(all.mac.rules));
+    all.mpls.rules = numbered(std::move(all.mpls.rules));
     return all;
   }
 
@@ -442,10 +476,10 @@ class Flattener {
   template <class Rule>
   static void intersect(std::vector<Flat> const& operands, OptionRules<Rule> Flat::*option,
                         Flat& flat) {
-    Rules<Rule> left = (operands.front().*option).rules;
+    Rules<Rule> left = numbered((operands.front().*option).rules);
     for (std::size_t i = 1; i < operands.size(); ++i) {
       try {
-        left = product(left, (operands[i].*option).rules);
+        left = product(left, numbered((operands[i].*option).rules));
       } catch (NoRuleCanSay const&) {
         throw Refused();
       }
@@ -456,25 +490,18 @@ class Flattener {
     }
   }
 
-  // An intersection that is there already adds nothing; one that only bears the same name gets the
-  // next number that is free.
+  // An intersection that is there already adds nothing.
   template <class Rule>
   static void addComposed(OptionRules<Rule>& into, Named<Rule> rule) {
     into.matched = true;
-    for (;;) {
-      auto const there =
-          std::find_if(into.rules.begin(), into.rules.end(), [&](Named<Rule> const& other) {
-            return other.list == rule.list && other.number == rule.number;
-          });
-      if (there == into.rules.end()) {
-        into.rules.push_back(std::move(rule));
-        return;
-      }
-      if (there->rule == rule.rule && there->sources == rule.sources &&
-          there->destinations == rule.destinations) {
-        return;
-      }
-      ++rule.number;
+    rule.ofList = false;
+    auto const same = [&rule](Named<Rule> const& other) {
+      return !other.ofList && other.list == rule.list && other.number == rule.number &&
+             other.rule == rule.rule && other.sources == rule.sources &&
+             other.destinations == rule.destinations;
+    };
+    if (std::none_of(into.rules.begin(), into.rules.end(), same)) {
+      into.rules.push_back(std::move(rule));
     }
   }
 

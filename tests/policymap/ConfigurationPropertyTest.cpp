@@ -519,6 +519,22 @@ class World {
     return true;
   }
 
+  // Gives rules of class-maps that have the place of an earlier one the next place that is free.
+  static void giveNumbers(std::vector<std::pair<std::uint32_t, ClassMapMatch>>& flat) {
+    std::set<std::uint32_t> taken;
+    std::vector<std::uint32_t*> late;
+    for (auto& [place, match] : flat) {
+      if (match.kind() == ClassMapMatch::Kind::rule && !taken.insert(place).second) {
+        late.push_back(&place);
+      }
+    }
+    for (std::uint32_t* const place : late) {
+      while (!taken.insert(*place).second) {
+        ++*place;
+      }
+    }
+  }
+
   // Calls visit(list name, number, rule) for each rule of a class; answers whether the class is
   // without error.
   template <class Visit>
@@ -535,15 +551,12 @@ class World {
     if (!flatten(*matches, path, walked, flat)) {
       return false;
     }
+    std::erase_if(flat, [option](auto const& each) { return each.second.option() != option; });
+    giveNumbers(flat);
     std::set<Kor::Name> lists;
-    std::uint32_t next = 0;  // own rules ascend
     for (auto const& [place, match] : flat) {
-      if (match.option() != option) {
-        continue;
-      }
       if (match.kind() == ClassMapMatch::Kind::rule) {
-        next = std::max(place, next) + 1;
-        std::visit([&, number = next - 1](auto const& rule) { visit(Kor::Name(), number, rule); },
+        std::visit([&, number = place](auto const& rule) { visit(Kor::Name(), number, rule); },
                    match.rule());
       } else if (lists.insert(match.name()).second) {
         visitList(match.name(), option, visit);

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// The rules of a match-all class-map: all combinations of rules of its operands that take something
+// together. Of the first rules that each operand matches a packet with, the combination decides: so
+// the first operand's rules are outermost.
+
+#include "PolicyMap/ClassRules.h"
+#include "PolicyMap/RuleLimits.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace PolicyMap {
+
+class RuleProduct {
+ public:
+  // Of the match-all `classMap` in the class `whole`. Adds the pairs of rules that it compares to
+  // `pairs`, which counts those of the class.
+  RuleProduct(Kor::Name classMap, Kor::Name whole, RuleLimits const& limits, std::size_t& pairs)
+      : classMap_(std::move(classMap)), whole_(std::move(whole)), limits_(limits), pairs_(pairs) {}
+
+  // There is at least one operand. Empty after an error.
+  template <class Rule>
+  std::vector<NamedRule<Rule>> of(std::vector<RuleSources<Rule>> const& operands) {
+    std::vector<NamedRule<Rule>> left = listed(operands.front());
+    for (std::size_t i = 1; i < operands.size(); ++i) {
+      left = both(left, listed(operands[i]));
+    }
+    return left;
+  }
+
+  // The first, with the name of the class-map; empty: none.
+  [[nodiscard]] std::string const& error() const { return error_; }
+
+ private:
+  // All rules that match something, one after the other.
+  template <class Rule>
+  static std::vector<NamedRule<Rule>> listed(RuleSources<Rule> const& sources) {
+    std::vector<NamedRule<Rule>> rules;
+    for (RuleSource<Rule> const& source : sources) {
+      if (source.named) {
+        rules.insert(rules.end(), source.named->rules().begin(), source.named->rules().end());
+        continue;
+      }
+      for (auto const& [seqno, rule] : *source.rules) {
+        if (!rule.matchesNothing()) {
+          rules.push_back({source.aclName, source.aclName.length(), seqno, {rule}});
+        }
+      }
+    }
+    return rules;
+  }
+
+  template <class Rule>
+  std::vector<NamedRule<Rule>> both(std::vector<NamedRule<Rule>> const& left,
+                                    std::vector<NamedRule<Rule>> const& right) {
+    pairs_ += left.size() * right.size();
+    if (pairs_ > limits_.pairs) {
+      return fail<Rule>(whole_, "match-all compares more than " + std::to_string(limits_.pairs) +
+                                    " pairs of rules");
+    }
+    std::vector<NamedRule<Rule>> all;
+    for (NamedRule<Rule> const& a : left) {
+      for (NamedRule<Rule> const& b : right) {
+        Intersection<Rule> met = intersect(a.exact, b.exact);
+        if (auto* const exact = std::get_if<ExactRule<Rule>>(&met)) {
+          all.push_back(together(a, b, std::move(*exact)));
+        } else if (auto const* const inexpressible = std::get_if<Inexpressible>(&met)) {
+          return fail<Rule>(classMap_, "the " + std::string(inexpressible->field) +
+                                           " matches of rules " + nameOf(a) + " and " + nameOf(b) +
+                                           " cannot be combined");
+        }
+        if (all.size() > limits_.composedRules) {
+          return fail<Rule>(classMap_, "match-all makes more than " +
+                                           std::to_string(limits_.composedRules) + " rules");
+        }
+      }
+    }
+    return all;
+  }
+
+  // The rule that two make: the first's number, and the other added to its list name. All numbers
+  // but the first follow the names of their lists.
+  template <class Rule>
+  static NamedRule<Rule> together(NamedRule<Rule> const& first, NamedRule<Rule> const& second,
+                                  ExactRule<Rule> exact) {
+    std::string_view const added = second.aclName.view();
+    std::string name = first.aclName.stdString() + " & ";
+    name.append(added.substr(0, second.firstLength)).append(":");
+    name.append(std::to_string(second.seqno)).append(added.substr(second.firstLength));
+    return {Kor::Name(Kor::String8(name)), first.firstLength, first.seqno, std::move(exact)};
+  }
+
+  template <class Rule>
+  static std::string nameOf(NamedRule<Rule> const& rule) {
+    return std::to_string(rule.seqno) +
+           (rule.aclName.empty() ? std::string() : " of " + rule.aclName.stdString());
+  }
+
+  template <class Rule>
+  std::vector<NamedRule<Rule>> fail(Kor::Name const& classMap, std::string const& text) {
+    if (error_.empty()) {
+      error_ = "class-map " + classMap.stdString() + ": " + text;
+    }
+    return {};
+  }
+
+  Kor::Name classMap_;
+  Kor::Name whole_;
+  RuleLimits const& limits_;
+  std::size_t& pairs_;
+  std::string error_;
+};
+
+}  // namespace PolicyMap
