@@ -121,8 +121,7 @@ Kor::String AclHelper::recreatePolicy(PolicyMapSmCommonData::PtrConst const& pol
     return createPolicy(policy, matchOption);
   } catch (...) {
     // An operation that throws counts as not carried out, so the policy is still created.
-    if (AclPolicyData::Ptr const data =
-            testData(AclPolicyType(policy->policyKey(), matchOption))) {
+    if (AclPolicyData::Ptr const data = testData(AclPolicyType(policy->policyKey(), matchOption))) {
       data->createdIs(true);
     }
     throw;

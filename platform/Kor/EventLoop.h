@@ -29,8 +29,8 @@ class KOR_API Activity {
 
   // Puts it at the end of what is due now; nothing when it is scheduled for now or earlier already.
   void schedule();
-  // Due `seconds` from now, instead of whatever was scheduled. More than 0 seconds is later than now,
-  // however little it is.
+  // Due `seconds` from now, instead of whatever was scheduled. More than 0 seconds is later than
+  // now, however little it is.
   void scheduleIn(double seconds);
   void cancel();
   [[nodiscard]] bool scheduled() const { return scheduled_; }

@@ -160,6 +160,8 @@ Kor::Ptr<ClassMapStatus> ClassMapSm::createClassMapStatus() {
 // actions -------------------------------------------------------------------------------
 
 void ClassMapSm::handleAction() {
+  Kor::Ptr<ClassMapSm> const pinned = Kor::share(this);
+  settlingActions_.lookAgain();  // a kind may be neither configured nor have its machine yet
   std::set<ActionType> kinds;
   for (auto const& entry : actionSmIteratorConst()) {
     kinds.insert(entry.key());

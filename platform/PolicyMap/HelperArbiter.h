@@ -61,8 +61,8 @@ class POLICYMAP_API HelperArbiter {
   // Calls hwInit() the first time. An exception is traced.
   void initialize(std::function<void()> const& hwInit);
 
-  // Grants at once when the helper is free, else in order of request. A client that holds the helper
-  // or waits for it already is not queued again.
+  // Grants at once when the helper is free, else in order of request. A client that holds the
+  // helper or waits for it already is not queued again.
   void request(Client& client);
   void release(Client& client);
   // Removes the client from every queue. If it held the helper, a pending result is dropped and the

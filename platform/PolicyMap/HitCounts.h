@@ -13,8 +13,8 @@ namespace PolicyMap {
 
 using HitCounts = std::map<AclRuleKey, std::uint64_t>;
 
-// Asks once for every rule of the class that is programmed, in any option. Without a count for rules
-// whose call throws. Stops early when `goesOn` returns false after a call.
+// Asks once for every rule of the class that is programmed, in any option. Without a count for
+// rules whose call throws. Stops early when `goesOn` returns false after a call.
 [[nodiscard]] POLICYMAP_API HitCounts
 readHitCounts(PolicyMapAclHelper& helper, PolicyMapSmCommonData::PtrConst const& policyData,
               ClassMapSmCommonData::PtrConst const& classData, ProgrammedState const& state,

@@ -75,7 +75,7 @@ std::vector<Step> intfSteps(HelperOperation operation, ClassMapMatchOption optio
 }  // namespace
 
 HelperTraits::HelperTraits(PolicyMapAclHelper const& helper)
-    : capabilities(helper),
+    : capabilities(Capabilities::of(helper)),
       expansion(helper.subRulesForL4Ports() ? PortExpansion::alignedBlocks
                                             : PortExpansion::rangeChecker),
       updateActions(helper.updateActionSupported()),

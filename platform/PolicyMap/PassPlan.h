@@ -28,7 +28,7 @@ struct PresentPolicy {
 };
 
 // What the helper can do, as far as it decides about steps.
-struct HelperTraits {
+struct POLICYMAP_API HelperTraits {
   Capabilities capabilities = {};
   PortExpansion expansion = PortExpansion::rangeChecker;
   bool updateActions = false;
@@ -54,12 +54,9 @@ struct OptionPlan {
 }
 
 // Without a difference tracker every other version of a list is taken for a difference.
-[[nodiscard]] POLICYMAP_API OptionPlan planOption(ClassMapMatchOption option,
-                                                  WantedPolicy const& wanted,
-                                                  PresentPolicy const& present,
-                                                  OptionState const& state,
-                                                  HelperTraits const& helper,
-                                                  Acl::AclDiff const* aclDiff);
+[[nodiscard]] POLICYMAP_API OptionPlan
+planOption(ClassMapMatchOption option, WantedPolicy const& wanted, PresentPolicy const& present,
+           OptionState const& state, HelperTraits const& helper, Acl::AclDiff const* aclDiff);
 
 // Updates the actions of those of `changed` (in priority order) that are programmed and have moved,
 // then commits each option concerned. No steps: nothing has moved. `present` says which options are

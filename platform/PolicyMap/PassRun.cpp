@@ -169,8 +169,7 @@ PassRun::Outcome PassRun::create(Step const& step) {
   if (step.operation == HelperOperation::recreatePolicy) {
     return call([&] { return helper_->recreatePolicy(policyData_, step.option); });
   }
-  Outcome const outcome =
-      call([&] { return helper_->createPolicy(policyData_, step.option); });
+  Outcome const outcome = call([&] { return helper_->createPolicy(policyData_, step.option); });
   if (outcome == Outcome::failed && threw_) {
     arbiter_.createdDel(key, step.option);
   }
@@ -186,7 +185,8 @@ PassRun::Outcome PassRun::addRules(ClassMapMatchOption option) {
     programmed.rules->forEach([&](auto const& rule) {
       AclRuleKey const key(programmed.name, rule.aclName, rule.seqno, option);
       forEachSubRule(rule, pass_.expansion, [&](SubRuleData const& subRule) {
-        outcome = call([&] { return helper_->addRule(key, subRule, policyData_, programmed.data); });
+        outcome =
+            call([&] { return helper_->addRule(key, subRule, policyData_, programmed.data); });
         return outcome == Outcome::done;
       });
       if (outcome == Outcome::failed) {
@@ -305,8 +305,8 @@ void PassRun::updateFailed(ClassMapMatchOption option, Kor::Name const& classNam
   OptionState& state = state_[option];
   state.recreate = true;
   state.rulesDue = true;
-  state.failureIs(PolicyFailure(error_, Kor::String(operation), className,
-                                failedRule_.value_or(AclRuleKey())));
+  state.failureIs(
+      PolicyFailure(error_, Kor::String(operation), className, failedRule_.value_or(AclRuleKey())));
   state.updateFailed = true;
 }
 

@@ -5,8 +5,8 @@
 // with their results.
 //
 // Every operation of the helper goes through one call, whose outcome says how to go on: done,
-// failed, pending, or abandoned. Abandoned means that the machine or the helper went away inside the
-// operation. That outcome is passed up at once; nothing else here asks who is still present.
+// failed, pending, or abandoned. Abandoned means that the machine or the helper went away inside
+// the operation. That outcome is passed up at once; nothing else here asks who is still present.
 //
 // A step that fails ends its pass, and what the option has on the helper is deleted. Teardown goes
 // on to its end. Of an action update only the options that fail stop; they are marked to be created
@@ -105,7 +105,7 @@ class POLICYMAP_API PassRun {
   ProgrammedState& state_;
   Observer& observer_;
   PolicyFailure failure_ = {};
-  Kor::String error_ = {};                    // of the operation that failed last
+  Kor::String error_ = {};                     // of the operation that failed last
   std::optional<AclRuleKey> failedRule_ = {};  // of that operation
   bool threw_ = false;
   bool deletionThrew_ = false;

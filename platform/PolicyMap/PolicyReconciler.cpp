@@ -318,8 +318,8 @@ void PolicyReconciler::leave() {
     policy_.timeProgrammedIs(option, std::nullopt);
     state_[option].failureDel();
     if (!answer.error.empty()) {
-      state_[option].failure = PolicyFailure(
-          answer.error, Kor::String(nameOf(HelperOperation::deletePolicy)), {}, {});
+      state_[option].failure =
+          PolicyFailure(answer.error, Kor::String(nameOf(HelperOperation::deletePolicy)), {}, {});
       state_[option].leftover = true;
     }
   }
@@ -381,8 +381,8 @@ std::optional<Pass> PolicyReconciler::planPass(ClassMapMatchOption option) {
   if (turn != turn_) {
     return std::nullopt;
   }
-  OptionPlan plan = planOption(option, wanted, presentPolicy(option), state, traits,
-                               service_->aclDiff().get());
+  OptionPlan plan =
+      planOption(option, wanted, presentPolicy(option), state, traits, service_->aclDiff().get());
   if (plan.sameRules && wanted.classes) {
     for (Kor::Name const& renewed : state.classes.adopt(*wanted.classes)) {
       changedActions_.insert(renewed);
@@ -417,9 +417,8 @@ WantedPolicy PolicyReconciler::wantedPolicy(ClassMapMatchOption option, bool rul
   if (turn != turn_ || (!rulesDue && wanted.intfs.empty() && (isKnown || !state.failure))) {
     return wanted;
   }
-  if (rulesDue || !isKnown || state.recreate ||
-      state.expansion != traits.expansion || state.capabilities != traits.capabilities ||
-      (actionsDue() && !traits.updateActions)) {
+  if (rulesDue || !isKnown || state.recreate || state.expansion != traits.expansion ||
+      state.capabilities != traits.capabilities || (actionsDue() && !traits.updateActions)) {
     // Of an option that is not allowed too: what is wrong with its rules refuses the others.
     wanted.classes = wantedClasses(option, wanted.refusal);
     state.noClasses = wanted.classes->empty() || !!wanted.refusal;
@@ -493,9 +492,8 @@ PresentPolicy PolicyReconciler::presentPolicy(ClassMapMatchOption option) const 
 }
 
 bool PolicyReconciler::ownsAnything() const {
-  return std::any_of(allMatchOptions.begin(), allMatchOptions.end(), [this](auto const option) {
-    return presentPolicy(option).owned;
-  });
+  return std::any_of(allMatchOptions.begin(), allMatchOptions.end(),
+                     [this](auto const option) { return presentPolicy(option).owned; });
 }
 
 // publishing ------------------------------------------------------------------------------

@@ -51,7 +51,8 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
     [[nodiscard]] virtual Classes classesInOrder(std::set<Kor::Name> const& names) const = 0;
     virtual void dropLeftClasses() = 0;
     // When an option was last programmed, in seconds of the event loop's clock; none: it is not.
-    [[nodiscard]] virtual std::optional<double> timeProgrammed(ClassMapMatchOption option) const = 0;
+    [[nodiscard]] virtual std::optional<double> timeProgrammed(
+        ClassMapMatchOption option) const = 0;
     virtual void timeProgrammedIs(ClassMapMatchOption option, std::optional<double> time) = 0;
   };
 

@@ -45,9 +45,9 @@ class POLICYMAP_API ProgrammedClasses {
   [[nodiscard]] auto begin() const { return classes_.begin(); }
   [[nodiscard]] auto end() const { return classes_.end(); }
 
-  // Takes over rules and common data of classes with the same rules, as those of class machines that
-  // were built again have. Returns the names of the classes with other common data: their actions
-  // are to be programmed from these.
+  // Takes over rules and common data of classes with the same rules, as those of class machines
+  // that were built again have. Returns the names of the classes with other common data: their
+  // actions are to be programmed from these.
   std::vector<Kor::Name> adopt(ProgrammedClasses const& same);
 
  private:
@@ -55,7 +55,7 @@ class POLICYMAP_API ProgrammedClasses {
   std::unordered_map<ClassMapSmCommonData const*, std::size_t> places_;
 };
 
-struct OptionState {
+struct POLICYMAP_API OptionState {
   // What changed since the last plan.
   bool rulesDue = false;
   bool intfsDue = false;
@@ -83,8 +83,8 @@ struct OptionState {
   void failureDel();
   // Of the pass that failed. The text of a failed action update stays until a commit succeeds.
   void failureIs(PolicyFailure const& passFailure);
-  // The option is refused or not wanted; `refusal` is empty in the second case, and then the failure
-  // of a teardown stays.
+  // The option is refused or not wanted; `refusal` is empty in the second case, and then the
+  // failure of a teardown stays.
   void refusedIs(PolicyFailure const& refusal);
 };
 

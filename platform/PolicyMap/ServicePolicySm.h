@@ -69,8 +69,8 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
 
  public:
   // Seconds: the first and the longest wait before a failed policy is tried again, and how long an
-  // asynchronous result may take. A RangeException refuses what is not above 0, and a retryMin above
-  // retryMax.
+  // asynchronous result may take. A RangeException refuses what is not above 0, and a retryMin
+  // above retryMax.
   virtual void retryMinIs(double seconds);
   virtual void retryMaxIs(double seconds);
   virtual void asyncTimeoutIs(double seconds);

@@ -22,8 +22,8 @@ class Settling {
   Settling(Settling const&) = delete;
   Settling& operator=(Settling const&) = delete;
 
-  // Calls bring() until no call for the same key came during it. An exception of bring() leaves, and
-  // the key can be settled again.
+  // Calls bring() until no call for the same key came during it. An exception of bring() leaves,
+  // and the key can be settled again.
   template <class Bring>
   void settle(Key const& key, Bring&& bring) {
     auto const [place, isOutermost] = again_.try_emplace(key, true);
@@ -39,6 +39,13 @@ class Settling {
     } const leave{again_, place};
     while (std::exchange(place->second, false)) {
       bring();
+    }
+  }
+
+  // Every key that is being settled is looked at once more.
+  void lookAgain() {
+    for (auto& [key, again] : again_) {
+      again = true;
     }
   }
 

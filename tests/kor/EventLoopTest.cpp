@@ -272,4 +272,26 @@ TEST(EventLoop, NowReadsTheClockOfTheProcessesLoop) {
   EXPECT_GT(Kor::now(), 1.5e9);
 }
 
+TEST(EventLoop, AWaitTooShortForTheClockIsLaterThanNow) {
+  EventLoop loop;
+  loop.virtualTimeIs(true);
+  loop.runFor(1e9);
+  int runs = 0;
+  class Again : public Activity {
+   public:
+    Again(EventLoop& on, int& count) : Activity(on), count_(count) {}
+
+   private:
+    void run() override {
+      ++count_;
+      scheduleIn(1e-300);
+    }
+    int& count_;
+  } again(loop, runs);
+  again.schedule();
+  loop.runUntilIdle();
+  EXPECT_EQ(runs, 1);
+  EXPECT_GT(again.dueTime(), loop.now());
+}
+
 }  // namespace

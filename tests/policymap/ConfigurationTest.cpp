@@ -384,5 +384,30 @@ TEST(Actions, EqualOnlyThemselvesUnlessTheySayOtherwise) {
   EXPECT_FALSE(action->equalTo(nullptr));
 }
 
+TEST(Attachment, InAnotherDirectionIsRefused) {
+  auto const config = Kor::make<PolicyMap::PolicyMapTypeConfig>();
+  Vorel::IntfId const where(Kor::String8("Ethernet1"));
+  for (char const* const direction : {"both", "Input", "input ", ""}) {
+    PolicyMap::ServicePolicyKey const key(where, direction);
+    EXPECT_THROW(config->servicePolicyIs(key, "pm"), Kor::RangeException) << direction;
+    EXPECT_THROW(config->newServicePolicy(key, "pm"), Kor::RangeException) << direction;
+  }
+  EXPECT_EQ(config->servicePolicys(), 0U);
+  config->servicePolicyIs({where, "output"}, "pm");
+  config->servicePolicyIs({where, "input"}, "pm");
+  EXPECT_EQ(config->servicePolicys(), 2U);
+}
+
+TEST(Attachment, InAnotherDirectionIsNamed) {
+  auto const config = Kor::make<PolicyMap::PolicyMapTypeConfig>();
+  try {
+    config->servicePolicyIs({Vorel::IntfId(Kor::String8("Ethernet1")), "both"}, "pm");
+    FAIL();
+  } catch (Kor::RangeException const& exception) {
+    EXPECT_STREQ(exception.what(),
+                 "ServicePolicyKey::direction 'both' not allowed, must be 'input' or 'output'");
+  }
+}
+
 }  // namespace
 }  // namespace policymap

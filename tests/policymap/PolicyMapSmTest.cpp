@@ -50,6 +50,49 @@ class PolicyMachine : public testing::Test {
   }
 };
 
+TEST_F(PolicyMachine, StandingAloneItSeesClassMapsThatComeAndGo) {
+  classes->classPrioIs("c", 10);
+  activate();
+  EXPECT_FALSE(machine->classMapSm("c"));
+  classMaps->classMapConfigIs("c");
+  EXPECT_TRUE(machine->classMapSm("c"));
+  classMaps->classMapConfigIs("other");
+  EXPECT_EQ(machine->classMapSms(), 1U);
+  classMaps->classMapConfigDel("c");
+  EXPECT_FALSE(machine->classMapSm("c"));
+}
+
+TEST_F(PolicyMachine, WithoutGlobalDataItSeesClassMapsToo) {
+  classes->classPrioIs("c", 10);
+  machine = Kor::make<RecordingPolicySm>(hooks, nullptr, PolicyMapSmKey("pm", "input"), config,
+                                         classMaps, status);
+  machine->hasNotificationActiveIs(true);
+  classMaps->classMapConfigIs("c");
+  EXPECT_TRUE(machine->classMapSm("c"));
+}
+
+TEST_F(PolicyMachine, WatchesTheClassMapsItIsGiven) {
+  classes->classPrioIs("c", 10);
+  activate();
+  auto const others = Kor::make<PolicyMap::ClassMapTypeConfig>();
+  machine->classTypeConfigIs(others);
+  classMaps->classMapConfigIs("c");
+  EXPECT_FALSE(machine->classMapSm("c"));
+  others->classMapConfigIs("c");
+  EXPECT_TRUE(machine->classMapSm("c"));
+  machine->classTypeConfigDel();
+  EXPECT_FALSE(machine->classMapSm("c"));
+}
+
+TEST_F(PolicyMachine, AsAZombieItIsQuietAboutClassMaps) {
+  classes->classPrioIs("c", 10);
+  activate();
+  machine->korDoZombieReactors(true);
+  classMaps->classMapConfigIs("c");
+  EXPECT_FALSE(machine->classMapSm("c"));
+  EXPECT_EQ(machine->classTypeConfig(), classMaps);
+}
+
 TEST_F(PolicyMachine, CallsNoHookWhileItIsBuiltOrEnds) {
   classMap("c");
   classes->classPrioIs("c", 10);

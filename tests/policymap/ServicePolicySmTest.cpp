@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <limits>
+
 namespace policymap {
 namespace {
 
@@ -425,6 +427,56 @@ TEST_F(ServiceMachine, CleanupLetsAllPoliciesGoUntilItIsActivatedAgain) {
   bench.service->hasNotificationActiveIs(false);
   bench.service->hasNotificationActiveIs(true);
   EXPECT_EQ(bench.settle().size(), 5U);
+}
+
+TEST_F(ServiceMachine, RefusesWaitsThatAreNone) {
+  bench.make();
+  auto& machine = *bench.service;
+  double const nan = std::numeric_limits<double>::quiet_NaN();
+  for (double const wait : {0.0, -0.0, -1.0, nan}) {
+    EXPECT_THROW(machine.retryMinIs(wait), Kor::RangeException) << wait;
+    EXPECT_THROW(machine.retryMaxIs(wait), Kor::RangeException) << wait;
+    EXPECT_THROW(machine.asyncTimeoutIs(wait), Kor::RangeException) << wait;
+  }
+  EXPECT_THROW(machine.retryMinIs(61), Kor::RangeException);
+  EXPECT_THROW(machine.retryMaxIs(0.5), Kor::RangeException);
+  EXPECT_EQ(machine.retryMin(), 1);
+  EXPECT_EQ(machine.retryMax(), 60);
+  EXPECT_EQ(machine.asyncTimeout(), 30);
+  machine.retryMinIs(60);
+  machine.retryMaxIs(60);
+  machine.asyncTimeoutIs(0.001);
+  EXPECT_EQ(machine.retryMin(), 60);
+  EXPECT_EQ(machine.asyncTimeout(), 0.001);
+}
+
+TEST_F(ServiceMachine, SaysWhichWaitItRefusesAndWhy) {
+  bench.make();
+  auto const refusal = [](auto&& write) -> std::string {
+    try {
+      write();
+    } catch (Kor::RangeException const& exception) {
+      return exception.what();
+    }
+    return "";
+  };
+  EXPECT_EQ(refusal([&] { bench.service->retryMinIs(-1); }),
+            "ServicePolicySm::retryMin -1 not allowed, must be above 0 and not above retryMax 60");
+  EXPECT_EQ(refusal([&] { bench.service->retryMaxIs(0.5); }),
+            "ServicePolicySm::retryMax 0.5 not allowed, must be above 0 and not below retryMin 1");
+  EXPECT_EQ(refusal([&] { bench.service->asyncTimeoutIs(0); }),
+            "ServicePolicySm::asyncTimeout 0 not allowed, must be above 0");
+}
+
+TEST_F(ServiceMachine, WithWaitsTooSmallForTheClockTheLoopStillEnds) {
+  bench.simplePolicy();
+  bench.helper->answers["addRule"] = "no room";
+  bench.activate();
+  Kor::EventLoop::global().runFor(1e9);
+  bench.service->retryMinIs(1e-300);
+  bench.service->retryMaxIs(1e-300);
+  bench.rule("acl", 20);
+  EXPECT_THAT(bench.settle(), Contains("delete pm/input/ipv4"));
 }
 
 TEST_F(ServiceMachine, HooksCalledDirectlyInsertNothing) {

@@ -16,6 +16,7 @@ using PolicyMap::ClassMapStatus;
 using PolicyMap::PolicyMapSmKey;
 using PolicyMap::PolicyMapStatus;
 using PolicyMap::PolicyMapTypeStatus;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
@@ -361,6 +362,165 @@ TEST_F(PublishedStatus, OfWhatAnotherMachineLeftStandingStays) {
   bench.settle();
   EXPECT_EQ(status->timeProgrammed(ClassMapMatchOption::ipv4), 5);
   EXPECT_THAT(status->intfs(ClassMapMatchOption::ipv4), ElementsAre(intf("Ethernet2")));
+}
+
+TEST_F(PublishedStatus, OfAClassWithoutAnyClassMapSaysSo) {
+  bench.simplePolicy();
+  bench.policy("pm")->classPrioIs("ghost", 20);
+  bench.start();
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(key);
+  ASSERT_TRUE(status->classMapStatus("ghost"));
+  EXPECT_EQ(status->classMapStatus("ghost")->error(), "missing class-map ghost");
+  EXPECT_FALSE(status->classMapStatus("ghost")->programmed());
+  bench.rule("ghosts", 1);
+  bench.classMatches("ghost", "ghosts");
+  bench.settle();
+  EXPECT_EQ(status->classMapStatus("ghost")->error(), "");
+  EXPECT_TRUE(status->classMapStatus("ghost")->programmed());
+  bench.classes->classMapConfigDel("ghost");
+  bench.settle();
+  ASSERT_TRUE(status->classMapStatus("ghost"));
+  EXPECT_EQ(status->classMapStatus("ghost")->error(), "missing class-map ghost");
+  EXPECT_FALSE(status->classMapStatus("ghost")->programmed());
+  bench.policy("pm")->classPrioDel("ghost");
+  bench.settle();
+  EXPECT_FALSE(status->classMapStatus("ghost"));
+}
+
+TEST_F(PublishedStatus, OfAClassThatNeverHadAClassMapGoesWithTheClass) {
+  bench.simplePolicy();
+  bench.policy("pm")->classPrioIs("ghost", 20);
+  bench.start();
+  bench.settle();
+  bench.policy("pm")->classPrioDel("ghost");
+  bench.settle();
+  EXPECT_FALSE(bench.status->policyMapStatus(key)->classMapStatus("ghost"));
+}
+
+// The texts of what failed although it is no longer wanted.
+class LeftoverText : public PublishedStatus {
+ protected:
+  LeftoverText() {
+    bench.simplePolicy();
+    bench.classMatches("c", "acl6", 2, ClassMapMatchOption::ipv6);
+    bench.acls->ip6AclIs("acl6")->ruleIs(1, {});
+    bench.start();
+    bench.settle();
+  }
+  // ipv6 has no rules any more, and the deletion gives a text.
+  void failToDelete() {
+    bench.helper->answers["delete"] = "stuck";
+    bench.classMap("c")->matchDel(2);
+    bench.settle();
+    bench.helper->answers.clear();
+  }
+  [[nodiscard]] Kor::Ptr<PolicyMapStatus> status() const {
+    return bench.status->policyMapStatus(key);
+  }
+};
+
+TEST_F(LeftoverText, StaysUntilAPassOfAnotherOptionEndsWell) {
+  failToDelete();
+  EXPECT_EQ(status()->error(), "stuck");
+  EXPECT_EQ(status()->failure(ClassMapMatchOption::ipv6).operation(), "deletePolicy");
+  bench.acls->ipAclIs("acl")->ruleIs(20, {});
+  EXPECT_THAT(bench.settle(), Contains("commit pm/input/ipv4"));
+  EXPECT_EQ(status()->error(), "");
+  EXPECT_EQ(status()->failures(), 0U);
+}
+
+TEST_F(LeftoverText, StaysThroughAPassThatFails) {
+  failToDelete();
+  bench.helper->answers["addRule"] = "no room";
+  bench.acls->ipAclIs("acl")->ruleIs(20, {});
+  bench.settle();
+  EXPECT_EQ(status()->failure(ClassMapMatchOption::ipv6).error(), "stuck");
+  bench.helper->answers.clear();
+  Kor::EventLoop::global().runFor(1);
+  EXPECT_EQ(status()->failures(), 0U);
+}
+
+TEST_F(LeftoverText, IsNotTriedAgain) {
+  failToDelete();
+  Kor::EventLoop::global().runFor(1000);
+  EXPECT_THAT(bench.helper->taken(), IsEmpty());
+}
+
+TEST_F(LeftoverText, OfARemovalGoesTheSameWay) {
+  bench.helper->answers["removeIntf"] = "busy";
+  bench.classMap("c")->matchDel(2);
+  bench.settle();
+  EXPECT_EQ(status()->error(), "busy");
+  bench.helper->answers.clear();
+  bench.attach("pm", "Ethernet2");
+  bench.settle();
+  EXPECT_EQ(status()->error(), "");
+}
+
+TEST_F(LeftoverText, OfTheHelperThatWasLeftGoesWithTheFirstPassOnTheNext) {
+  auto const second = Kor::make<CallLog>();
+  bench.helper->answers["delete"] = "stuck";
+  bench.classMap("c")->matchDel(2);
+  bench.machine->aclHelperIs(second);
+  EXPECT_EQ(status()->error(), "stuck");
+  bench.settle();
+  EXPECT_EQ(status()->error(), "");
+  EXPECT_THAT(second->taken(), Contains("commit pm/input/ipv4"));
+}
+
+TEST_F(PublishedStatus, OfAFailedUpdateKeepsItsFirstTextUntilACommit) {
+  bench.simplePolicy();
+  auto const action = bench.action("pm", "c");
+  bench.start();
+  bench.settle();
+  bench.helper->answers = {{"update", "first"}, {"addRule", "second"}};
+  action->numberIs(7);
+  bench.helper->updateActionSupportedIs(true);
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(key);
+  auto const expectFirst = [&] {
+    PolicyMap::PolicyFailure const failure = status->failure(ClassMapMatchOption::ipv4);
+    EXPECT_EQ(failure.error(), "first");
+    EXPECT_EQ(failure.operation(), "updateAction");
+    EXPECT_EQ(failure.rule(), PolicyMap::AclRuleKey("c", "acl", 10, ClassMapMatchOption::ipv4));
+    EXPECT_FALSE(status->programmed(ClassMapMatchOption::ipv4));
+  };
+  expectFirst();
+  bench.helper->answers = {{"create", "third"}};
+  Kor::EventLoop::global().runFor(1);
+  expectFirst();
+  bench.helper->answers.clear();
+  Kor::EventLoop::global().runFor(2);
+  EXPECT_EQ(status->error(), "");
+  EXPECT_TRUE(status->programmed(ClassMapMatchOption::ipv4));
+  // A later failure has its own text again.
+  bench.helper->answers = {{"addRule", "fourth"}};
+  bench.rule("acl", 20);
+  bench.settle();
+  EXPECT_EQ(status->error(), "fourth");
+}
+
+TEST_F(PublishedStatus, OfAPolicyOfManyClassesIsPublishedForThoseConcerned) {
+  bench.simplePolicy();
+  bench.classMatches("d", "deny");
+  Acl::IpRuleConfig deny;
+  deny.permitIs(false);
+  bench.acls->ipAclIs("deny")->ruleIs(5, deny);
+  bench.policy("pm")->classPrioIs("d", 20);
+  bench.start();
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(key);
+  bench.helper->denyRulesAllowedIs(false);
+  bench.settle();
+  EXPECT_EQ(status->classMapStatus("d")->error(),
+            "class d: rule 5 of deny: deny rules are not allowed");
+  EXPECT_EQ(status->classMapStatus("c")->error(), "");
+  EXPECT_FALSE(status->classMapStatus("c")->programmed());
+  bench.acls->ipAcl("deny")->ruleDel(5);
+  bench.settle();
+  EXPECT_EQ(status->classMapStatus("d")->error(), "");
+  EXPECT_TRUE(status->classMapStatus("c")->programmed());
 }
 
 TEST_F(PublishedStatus, WithoutAStatusObjectNothingIsPublished) {
