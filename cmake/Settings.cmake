@@ -36,8 +36,7 @@ endfunction()
 
 if(POLICYMAPTEST_SANITIZE)
   # Sanitizers rewrite what the optimiser sees, and g++ then warns about code that is not there:
-  # warnings are judged by the other builds. KOR_SANITIZED makes memory pools use the heap.
-  add_compile_definitions(KOR_SANITIZED=1)
+  # warnings are judged by the other builds.
   add_compile_options(-O1 -g1 -fno-omit-frame-pointer -fsanitize=address,leak,undefined
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=address,leak,undefined)

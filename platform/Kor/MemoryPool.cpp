@@ -12,13 +12,29 @@ struct Slab {
 };
 Slab* slabs = nullptr;
 
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool sanitized = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer)
+constexpr bool sanitized = true;
+#else
+constexpr bool sanitized = false;
+#endif
+#else
+constexpr bool sanitized = false;
+#endif
+
 constexpr std::size_t slabSize = std::size_t{64} * 1024;
 
 }  // namespace
 
-MemoryPool::Block* MemoryPool::freeLists[largest / granule + 1];
+constinit MemoryPool::State MemoryPool::state{{}, sanitized};
 
-void* MemoryPool::refill(std::size_t sizeClass) {
+void* MemoryPool::refill(std::size_t size) {
+  if (state.passesThrough) {
+    return ::operator new(size);
+  }
+  std::size_t const sizeClass = classOf(size);
   std::size_t const blockSize = std::max<std::size_t>(sizeClass, 1) * granule;
   auto* const memory = static_cast<std::byte*>(::operator new(slabSize));
   slabs = new (memory) Slab{slabs};
@@ -29,7 +45,7 @@ void* MemoryPool::refill(std::size_t sizeClass) {
   for (std::size_t i = count; i-- > 1;) {
     chain = new (first + i * blockSize) Block{chain};
   }
-  freeLists[sizeClass] = chain;
+  state.freeLists[sizeClass] = chain;
   return first;
 }
 

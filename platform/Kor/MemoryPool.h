@@ -2,22 +2,19 @@
 #pragma once
 
 // Memory for the many small objects: free lists by size class, filled from slabs that are kept
-// until the process ends. An allocation is a pop, a release a push. Under a sanitizer every request
-// goes to the heap, so that leaks and stale uses are seen.
+// until the process ends. An allocation is a pop, a release a push.
+//
+// A libKor that was built with a sanitizer passes every request to the heap, so that leaks and
+// stale uses are seen. That is a fact of the library and the same for all that use it, however they
+// were compiled themselves: memory allocated in one of them may be released in another. A program
+// built with the address sanitizer runs on a normal libKor; it sees the slabs, not the blocks in
+// them. A normal program on a sanitized libKor passes through as well; it has to be started with
+// the sanitizer's runtime in LD_PRELOAD, since that must come first.
 
 #include "Kor/Export.h"
 #include "Kor/Thread.h"
 
 #include <cstddef>
-
-#if defined(__SANITIZE_ADDRESS__) || defined(KOR_SANITIZED)
-#define KOR_POOL_PASSES_THROUGH 1
-#endif
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer)
-#define KOR_POOL_PASSES_THROUGH 1
-#endif
-#endif
 
 namespace Kor {
 
@@ -29,44 +26,45 @@ class MemoryPool {
   // Raises std::bad_alloc. The memory is aligned for every fundamental type.
   static void* allocate(std::size_t size) {
     KOR_ASSERT_OWNING_THREAD();
-#ifndef KOR_POOL_PASSES_THROUGH
     if (size <= largest) {
-      Block*& head = freeLists[classOf(size)];
+      // A library that passes through has empty lists.
+      Block*& head = state.freeLists[classOf(size)];
       if (Block* const block = head) [[likely]] {
         head = block->next;
         return block;
       }
-      return refill(classOf(size));
+      return refill(size);
     }
-#endif
     return ::operator new(size);
   }
 
   // `size` is that of the allocation.
-  static void release(void* memory, [[maybe_unused]] std::size_t size) noexcept {
-#ifndef KOR_POOL_PASSES_THROUGH
-    if (size <= largest) {
-      Block*& head = freeLists[classOf(size)];
+  static void release(void* memory, std::size_t size) noexcept {
+    if (size <= largest && !state.passesThrough) [[likely]] {
+      Block*& head = state.freeLists[classOf(size)];
       auto* const block = static_cast<Block*>(memory);
       block->next = head;
       head = block;
       return;
     }
-#endif
     ::operator delete(memory);
   }
+
+  [[nodiscard]] static bool passesThrough() { return state.passesThrough; }
 
  private:
   struct Block {
     Block* next;
   };
+  struct State {
+    Block* freeLists[largest / granule + 1];
+    bool passesThrough;
+  };
 
-  static constexpr std::size_t classOf(std::size_t size) {
-    return (size + granule - 1) / granule;
-  }
-  KOR_API static void* refill(std::size_t sizeClass);
+  static constexpr std::size_t classOf(std::size_t size) { return (size + granule - 1) / granule; }
+  KOR_API static void* refill(std::size_t size);
 
-  KOR_API static Block* freeLists[largest / granule + 1];
+  KOR_API static State state;
 };
 
 }  // namespace Kor

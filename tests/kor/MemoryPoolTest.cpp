@@ -18,14 +18,8 @@ namespace {
 
 using Kor::MemoryPool;
 
-#ifdef KOR_POOL_PASSES_THROUGH
-constexpr bool pooled = false;
-#else
-constexpr bool pooled = true;
-#endif
-
 #define SKIP_WHEN_PASSING_THROUGH()                                            \
-  if (!pooled) {                                                               \
+  if (MemoryPool::passesThrough()) {                                           \
     GTEST_SKIP() << "in this build the pool passes every request to the heap"; \
   }                                                                            \
   static_assert(true)
@@ -88,6 +82,21 @@ TEST(MemoryPool, ASlabServesManyRequests) {
   for (void* const block : blocks) {
     MemoryPool::release(block, size);
   }
+}
+
+TEST(MemoryPool, PassesThroughInASanitizedLibraryAlone) {
+#ifdef __SANITIZE_ADDRESS__
+  constexpr bool sanitized = true;  // the tests are compiled as the library is
+#else
+  constexpr bool sanitized = false;
+#endif
+  EXPECT_EQ(MemoryPool::passesThrough(), sanitized);
+  void* const warm = MemoryPool::allocate(32);
+  auto const before = TestSupport::heapAllocations();
+  MemoryPool::release(warm, 32);
+  void* const memory = MemoryPool::allocate(32);
+  EXPECT_EQ(TestSupport::heapAllocations() - before, sanitized ? 1U : 0U);
+  MemoryPool::release(memory, 32);
 }
 
 TEST(MemoryPool, LargeRequestsGoToTheHeap) {

@@ -84,11 +84,11 @@ std::size_t heapAllocations() {
 }
 
 AllocationProbe::AllocationProbe() {
-#ifndef KOR_POOL_PASSES_THROUGH
-  visitFirstFreeBlocks([](unsigned char* memory, std::size_t size) {
-    std::memset(memory + linkSize, mark, size - linkSize);
-  });
-#endif
+  if (!Kor::MemoryPool::passesThrough()) {
+    visitFirstFreeBlocks([](unsigned char* memory, std::size_t size) {
+      std::memset(memory + linkSize, mark, size - linkSize);
+    });
+  }
   heapBefore_ = requests;
 }
 
@@ -97,12 +97,12 @@ bool AllocationProbe::sawAllocation() {
     return true;
   }
   bool touched = false;
-#ifndef KOR_POOL_PASSES_THROUGH
-  visitFirstFreeBlocks([&](unsigned char const* memory, std::size_t size) {
-    touched = touched || !std::all_of(memory + linkSize, memory + size,
-                                      [](unsigned char byte) { return byte == mark; });
-  });
-#endif
+  if (!Kor::MemoryPool::passesThrough()) {
+    visitFirstFreeBlocks([&](unsigned char const* memory, std::size_t size) {
+      touched = touched || !std::all_of(memory + linkSize, memory + size,
+                                        [](unsigned char byte) { return byte == mark; });
+    });
+  }
   return touched;
 }
 
