@@ -105,6 +105,10 @@ GenericPlace GenericPlace::at(GenericValue const& key) const {
 }
 
 bool GenericPlace::has(GenericValue const& key) const {
+  if (isWholeCollection()) {
+    // The query that looks at the key and reads no member.
+    at(key).operation(AttributeOperation::next);
+  }
   for (auto const& [present, member] : *this) {
     if (present == key) {
       return true;
@@ -114,13 +118,8 @@ bool GenericPlace::has(GenericValue const& key) const {
 }
 
 GenericPlace::Iterator GenericPlace::begin() const {
-  return {self_, *attr_};
+  return {self_, *attr_, operation(AttributeOperation::first)};
 }
-
-GenericPlace::Iterator::Iterator(GenericIf self, KorAttr const& attr)
-    : self_(std::move(self)),
-      attr_(&attr),
-      key_(self_.attributeOp(attr, {attr.id(), AttributeOperation::first, {}, {}})) {}
 
 GenericPlace::Iterator::value_type GenericPlace::Iterator::operator*() const {
   return {key_, GenericPlace(self_, *attr_, key_).get()};

@@ -67,6 +67,19 @@ class KOR_API AttributeName {
 // The entered type of that qualified name. Raises RangeException "no such type: NAME", likewise.
 [[nodiscard]] KOR_API KorType const& typeNamed(std::string_view name);
 
+// A function is called and everything else is read; the operation behind both has the same code.
+// These raise OpNotSupportedException for the other kind.
+inline void needCallable(KorAttr const& attr) {
+  if (!attr.isFunction()) [[unlikely]] {
+    GenericIf::throwOpNotSupportedException(attr.name(), AttributeOperation::get);
+  }
+}
+inline void needReadable(KorAttr const& attr) {
+  if (attr.isFunction()) [[unlikely]] {
+    GenericIf::throwOpNotSupportedException(attr.name(), AttributeOperation::get);
+  }
+}
+
 // What C++ has as a generic value.
 template <class T>
 [[nodiscard]] GenericValue generic(T const& value) {
@@ -131,22 +144,28 @@ class KOR_API GenericRef {
   [[nodiscard]] GenericIf adapter() const;
 
   [[nodiscard]] GenericPlace operator[](std::string_view name) const;
+  // Raises as reading the place of that name does.
   [[nodiscard]] GenericValue get(AttributeName const& name) const {
     KorAttr const& attr = attributeOf(name);
     if (attr.reader() == nullptr) [[unlikely]] {
+      needReadable(attr);
       return GenericIf::attributeOp(instance(), attr, {});
     }
     return attr.reader()(instance());
   }
   void set(AttributeName const& name, GenericValue value) const {
-    onObject(name, {0, AttributeOperation::set, {}, std::move(value)});
+    KorAttr const& attr = attributeOf(name);
+    GenericIf::attributeOp(instance(), attr, {0, AttributeOperation::set, {}, std::move(value)});
   }
-  // Calls a function with these arguments.
+  // Calls a function with these arguments. Raises OpNotSupportedException for what is no function.
   template <class... Args>
   GenericRef call(AttributeName const& name, Args const&... args) const {
+    KorAttr const& attr = attributeOf(name);
+    needCallable(attr);
     std::array<GenericValue, sizeof...(Args)> const values{generic(args)...};
     GenericList list{std::span<GenericValue const>(values)};
-    return onObject(name, {0, AttributeOperation::get, {}, GenericValue(share(&list))});
+    return GenericIf::attributeOp(instance(), attr,
+                                  {0, AttributeOperation::get, {}, GenericValue(share(&list))});
   }
   template <class... Args>
   GenericRef call(std::string_view name, Args const&... args) const {
@@ -175,10 +194,6 @@ class KOR_API GenericRef {
     }
     return name.in(value_.object()->fwkType());
   }
-  GenericValue onObject(AttributeName const& name, AttributeOperation const& operation) const {
-    KorAttr const& attr = attributeOf(name);
-    return GenericIf::attributeOp(instance(), attr, operation);
-  }
 
   GenericValue value_;
 };
@@ -202,9 +217,7 @@ class KOR_API GenericPlace {
   // What stands there. Raises OpNotSupportedException for a function and TypeException "kor_index"
   // for a whole collection.
   [[nodiscard]] GenericRef get() const {
-    if (attr_->isFunction()) [[unlikely]] {
-      GenericIf::throwOpNotSupportedException(attr_->name(), AttributeOperation::get);
-    }
+    needReadable(*attr_);
     return operation(AttributeOperation::get);
   }
   // NOLINTNEXTLINE(google-explicit-constructor): arguments are given as generic values
@@ -234,13 +247,14 @@ class KOR_API GenericPlace {
   [[nodiscard]] GenericPlace operator[](K const& key) const {
     return at(generic(key));
   }
-  // Calls the function that the place is.
+  // Calls the function that the place is. Raises OpNotSupportedException for any other place.
   template <class... Args>
   GenericRef operator()(Args const&... args) const {
     return invoke(GenericList::of(generic(args)...));
   }
   // The same with the arguments in a list.
   GenericValue invoke(GenericList::Ptr const& args) const {
+    needCallable(*attr_);
     return self_.attributeOp(*attr_, {attr_->id(), AttributeOperation::get, index_, args});
   }
   // Calls a function of the object that stands there.
@@ -254,13 +268,16 @@ class KOR_API GenericPlace {
   // Of a member: takes it out.
   void del() const { operation(AttributeOperation::del); }
 
-  // Of a collection; a walk survives the removal of members, the one it stands on included.
+  // Of a whole collection; for a member these raise BadIndexAttrException, for what is no
+  // collection OpNotSupportedException. A walk survives the removal of members, the one it stands
+  // on included.
   [[nodiscard]] std::size_t size() const {
     return static_cast<std::size_t>(operation(AttributeOperation::count).value().integer());
   }
   [[nodiscard]] Iterator begin() const;
   [[nodiscard]] std::default_sentinel_t end() const { return {}; }
-  // Whether there is a member at that key. Walks the keys.
+  // Whether there is a member at that key; raises TypeException "kor_index" for one of a wrong
+  // type. Walks the keys.
   template <class K>
   [[nodiscard]] bool contains(K const& key) const {
     return has(generic(key));
@@ -290,7 +307,9 @@ class KOR_API GenericPlace::Iterator {
   using value_type = std::pair<GenericRef, GenericRef>;
   using difference_type = std::ptrdiff_t;
 
-  Iterator(GenericIf self, KorAttr const& attr);
+  // `key` is where the walk begins.
+  Iterator(GenericIf self, KorAttr const& attr, GenericValue key)
+      : self_(std::move(self)), attr_(&attr), key_(std::move(key)) {}
   [[nodiscard]] value_type operator*() const;
   Iterator& operator++();
   void operator++(int) { ++*this; }

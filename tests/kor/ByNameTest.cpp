@@ -152,6 +152,71 @@ TEST(ByName, ReadingACollectionOrAFunctionAsDataIsRefused) {
             "operation 0 not supported: weigh");
 }
 
+TEST(ByName, AFunctionIsNotCalledByReadingIt) {
+  Shelf::Ptr const cpp = Kor::make<Shelf>("f");
+  GenericRef const object(cpp);
+  EXPECT_EQ(textOf<Kor::OpNotSupportedException>(
+                [&] { static_cast<void>(object.get(AttributeName("clear"))); }),
+            "operation 0 not supported: clear");
+  EXPECT_TRUE(cpp->journal.empty());
+}
+
+TEST(ByName, WhatIsNoFunctionCannotBeCalled) {
+  GenericRef const object = shelf();
+  object["drawer"]["left"].create();
+  auto const refused = [](auto&& call) { return textOf<Kor::OpNotSupportedException>(call); };
+  EXPECT_EQ(refused([&] { object.call("width"); }), "operation 0 not supported: width");
+  EXPECT_EQ(refused([&] { object.call("width", 3); }), "operation 0 not supported: width");
+  EXPECT_EQ(refused([&] { object.call(AttributeName("book")); }),
+            "operation 0 not supported: book");
+  EXPECT_EQ(refused([&] { object["width"](); }), "operation 0 not supported: width");
+  EXPECT_EQ(refused([&] { object["book"](); }), "operation 0 not supported: book");
+  EXPECT_EQ(refused([&] { object["drawer"]["left"](); }), "operation 0 not supported: drawer");
+  EXPECT_EQ(refused([&] { object["drawer"]["left"].call("depth"); }),
+            "operation 0 not supported: depth");
+  EXPECT_EQ(refused([&] { object["width"].invoke(Kor::GenericList::of()); }),
+            "operation 0 not supported: width");
+}
+
+TEST(ByName, AskingForAMemberNeedsAKeyOfTheRightType) {
+  GenericRef const object = shelf();
+  object["drawer"]["left"].create();
+  auto const refused = [&](GenericValue const& key) {
+    return textOf<Kor::TypeException>([&] { static_cast<void>(object["book"].contains(key)); });
+  };
+  std::string const text = "type error: kor_index";
+  EXPECT_EQ(refused("a"), text);
+  EXPECT_EQ(refused(7), text);
+  EXPECT_EQ(refused(nullptr), text);
+  object["book"][construct("Library::Isbn", 1, "a")] = 10;
+  EXPECT_EQ(refused("a"), text) << "also when there are members";
+  EXPECT_EQ(textOf<Kor::TypeException>([&] { static_cast<void>(object["drawer"].contains(1)); }),
+            text);
+  EXPECT_TRUE(object["drawer"].contains("left"));
+  EXPECT_FALSE(object["drawer"].contains("right"));
+  EXPECT_EQ(object["drawer"].size(), 1U);
+}
+
+TEST(ByName, OnlyAWholeCollectionIsWalked) {
+  GenericRef const object = shelf();
+  object["drawer"]["left"].create();
+  auto const walk = [](GenericPlace const& place) {
+    for (auto const& [key, member] : place) {
+      static_cast<void>(key);
+    }
+  };
+  EXPECT_EQ(textOf<Kor::BadIndexAttrException>([&] { walk(object["drawer"]["left"]); }),
+            "attribute takes no index: drawer");
+  EXPECT_EQ(textOf<Kor::BadIndexAttrException>(
+                [&] { static_cast<void>(object["drawer"]["left"].contains("left")); }),
+            "attribute takes no index: drawer");
+  EXPECT_EQ(textOf<Kor::OpNotSupportedException>([&] { walk(object["width"]); }),
+            "operation 2 not supported: width");
+  EXPECT_EQ(
+      textOf<Kor::OpNotSupportedException>([&] { static_cast<void>(object["clear"].contains(1)); }),
+      "operation 2 not supported: clear");
+}
+
 TEST(ByName, WrongNamesAreAnsweredWithTheNearestOnes) {
   GenericRef const object = shelf();
   EXPECT_EQ(textOf<Kor::RangeException>([&] { static_cast<void>(object["widht"]); }),
