@@ -6,6 +6,7 @@
 
 #include <cctype>
 #include <string>
+#include <vector>
 
 namespace Kor {
 namespace {
@@ -104,6 +105,33 @@ void valueAt(TextIterator& it, TextIterator const& end, GenericValue& value, uns
   }
 }
 
+// Lists may be nested deeper than the stack bears, so the places that are open stand in a vector.
+String8 listToStrep(GenericList const& whole) {
+  struct Place {
+    GenericList const& list;
+    std::size_t next = 0;
+  };
+  std::string text = "[";
+  std::vector<Place> open{{whole}};
+  while (!open.empty()) {
+    Place& place = open.back();
+    if (place.next == place.list.size()) {
+      text.push_back(']');
+      open.pop_back();
+      continue;
+    }
+    text.append(place.next == 0 ? "" : ", ");
+    GenericValue const& element = place.list[place.next++];
+    if (element.kind() == Kind::list) {
+      text.push_back('[');
+      open.push_back({element.list()});
+    } else {
+      text.append(valueToStrep(element).view());
+    }
+  }
+  return text;
+}
+
 }  // namespace
 
 TypeException::TypeException(String8 typeName, String8 name)
@@ -183,13 +211,7 @@ String8 valueToStrep(GenericValue const& value) {
   case Kind::text: return valueToStrep(value.text());
   case Kind::value: return static_cast<ValueBox const*>(value.object())->text();
   case Kind::object: return valueToStrep(value.object());
-  case Kind::list: {
-    std::string text = "[";
-    for (GenericValue const& element : value.list()) {
-      text.append(text.size() == 1 ? "" : ", ").append(valueToStrep(element).view());
-    }
-    return text + "]";
-  }
+  case Kind::list: return listToStrep(value.list());
   default: return "None";  // none, null
   }
 }

@@ -3,7 +3,7 @@
 
 #include "Kor/GenericIf.h"
 
-#include <algorithm>
+#include <vector>
 
 namespace Kor {
 namespace {
@@ -37,6 +37,38 @@ bool equalNumbers(GenericValue const& a, GenericValue const& b) {
 
 bool isNumber(GenericValue const& value) {
   return value.isInteger() || value.kind() == Kind::real || value.kind() == Kind::enumeration;
+}
+
+// Lists may be nested deeper than the stack bears, so the places that are open stand in a vector.
+bool equalLists(GenericList const& left, GenericList const& right) {
+  struct Place {
+    GenericList const& a;
+    GenericList const& b;
+    std::size_t next = 0;
+  };
+  if (left.size() != right.size()) {
+    return false;
+  }
+  std::vector<Place> open{{left, right}};
+  while (!open.empty()) {
+    Place& place = open.back();
+    if (place.next == place.a.size()) {
+      open.pop_back();
+      continue;
+    }
+    GenericValue const& a = place.a[place.next];
+    GenericValue const& b = place.b[place.next];
+    ++place.next;
+    if (a.kind() == Kind::list && b.kind() == Kind::list) {
+      if (a.list().size() != b.list().size()) {
+        return false;
+      }
+      open.push_back({a.list(), b.list()});
+    } else if (!(a == b)) {
+      return false;
+    }
+  }
+  return true;
 }
 
 }  // namespace
@@ -77,8 +109,7 @@ bool operator==(GenericValue const& a, GenericValue const& b) {
   switch (a.kind()) {
   case Kind::boolean: return a.boolean() == b.boolean();
   case Kind::text: return a.text() == b.text();
-  case Kind::list:
-    return std::equal(a.list().begin(), a.list().end(), b.list().begin(), b.list().end());
+  case Kind::list: return equalLists(a.list(), b.list());
   case Kind::value:
     return a.object()->fwkType() == b.object()->fwkType() &&
            static_cast<ValueBox const*>(a.object())
@@ -95,6 +126,25 @@ std::ostream& operator<<(std::ostream& out, GenericValue const& value) {
 GenericValue const& GenericList::none() {
   static GenericValue const value;
   return value;
+}
+
+void GenericList::destroy(GenericList* list) noexcept {
+  while (list != nullptr) {
+    GenericList* next = list->nextToDestroy_;
+    for (GenericValue& value : list->own_) {
+      if (value.kind_ != Kind::list) {
+        continue;
+      }
+      GenericList* const inner = value.payload_.list.get();
+      value.kind_ = Kind::none;  // its reference is given up here
+      if (--inner->references_ == 0) {
+        inner->nextToDestroy_ = next;
+        next = inner;
+      }
+    }
+    delete list;
+    list = next;
+  }
 }
 
 }  // namespace Kor

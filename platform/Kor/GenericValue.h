@@ -155,6 +155,8 @@ class KOR_API GenericValue {
     }
   }
 
+  friend class GenericList;
+
   [[nodiscard]] bool isCounted() const { return kind_ >= Kind::text; }
   void copyCounted(GenericValue const& other) noexcept;
   void release() noexcept;
@@ -179,7 +181,8 @@ class KOR_API GenericValue {
   Payload payload_;
 };
 
-// An ordered list of generic values: the arguments of a constructor or function, or a result.
+// An ordered list of generic values: the arguments of a constructor or function, or a result. Lists
+// may be nested to any depth; a list must not contain itself.
 class KOR_API GenericList {
  public:
   using Ptr = Kor::Ptr<GenericList>;
@@ -219,16 +222,19 @@ class KOR_API GenericList {
   void newRef() const noexcept { ++references_; }
   void deleteRef() const noexcept {
     if (--references_ == 0) {
-      delete this;
+      destroy(const_cast<GenericList*>(this));
     }
   }
 
  private:
   static GenericValue const& none();
+  // Destroys a list and the lists in it that are referred to from nowhere else, without recursion.
+  static void destroy(GenericList* list) noexcept;
 
   std::vector<GenericValue> own_;
   std::span<GenericValue const> values_;
   mutable std::uint32_t references_ = 1;
+  GenericList* nextToDestroy_ = nullptr;
 };
 
 inline GenericList const& GenericValue::list() const {

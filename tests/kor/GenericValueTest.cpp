@@ -46,6 +46,61 @@ std::vector<GenericValue> everyKind() {
           GenericValue(Kor::make<Drawer>(Kor::Name("d")), false)};
 }
 
+// [[[…]]], with a number beside each inner list, and the innermost `last`.
+GenericValue nested(std::size_t depth, int last) {
+  GenericValue value = GenericList::of(last);
+  for (std::size_t i = 1; i < depth; ++i) {
+    value = GenericList::of(1, std::move(value));
+  }
+  return value;
+}
+
+TEST(GenericValue, ListsMayBeNestedDeeperThanTheStackBears) {
+  constexpr std::size_t deep = 1000000;
+  GenericValue value = nested(deep, 7);
+  GenericValue const same = nested(deep, 7);
+  EXPECT_TRUE(value == same);
+  EXPECT_FALSE(value == nested(deep, 8));
+  EXPECT_FALSE(value == nested(deep + 1, 7));
+  std::string expected;
+  for (std::size_t i = 1; i < deep; ++i) {
+    expected += "[1, ";
+  }
+  expected += "[7" + std::string(deep, ']');
+  EXPECT_TRUE(Kor::valueToStrep(value).view() == expected);
+  GenericValue copy = value;
+  value = nullptr;
+  EXPECT_TRUE(copy == same);
+  copy = 3;
+  EXPECT_EQ(copy, GenericValue(3));
+}
+
+TEST(GenericValue, AListThatHoldsAnotherSeveralTimesGivesItUpOnce) {
+  auto const drawer = Kor::make<Drawer>(Kor::Name("d"));
+  GenericList::Ptr const kept = GenericList::of(GenericValue(drawer, false));
+  GenericValue value(kept);
+  for (int i = 0; i < 100000; ++i) {
+    value = GenericList::of(value, value);
+  }
+  EXPECT_EQ(drawer->references(), 2U);
+  value = GenericValue();
+  EXPECT_EQ(drawer->references(), 2U) << "the list that is kept is not emptied";
+  EXPECT_EQ(kept->size(), 1U);
+  EXPECT_EQ((*kept)[0].object(), drawer.get());
+}
+
+TEST(GenericValue, ListsCompareAndPrintElementByElement) {
+  auto const list = [](auto const&... elements) {
+    return GenericValue(GenericList::of(elements...));
+  };
+  GenericValue const value = list(1, list(), list("a", list(2), nullptr), list(3));
+  EXPECT_EQ(Kor::valueToStrep(value), "[1, [], ['a', [2], None], [3]]");
+  EXPECT_EQ(value, list(1.0, list(), list("a", list(2), nullptr), list(3)));
+  EXPECT_FALSE(value == list(1, list(), list("a", list(), nullptr), list(3)));
+  EXPECT_FALSE(value == list(1, list(), list("a", list(2), nullptr), 3));
+  EXPECT_FALSE(value == list(1, list(), list("a", list(2), nullptr)));
+}
+
 TEST(GenericValue, KnowsItsKind) {
   std::vector<GenericValue> const values = everyKind();
   for (std::size_t i = 0; i < values.size(); ++i) {
