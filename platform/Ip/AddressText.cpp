@@ -54,8 +54,12 @@ bool readIp(std::string_view text, std::span<std::uint8_t> bytes) {
   if (std::count(text.begin(), text.end(), '.') != 3) {
     return false;
   }
-  return std::all_of(bytes.begin(), bytes.end(),
-                     [&](std::uint8_t& byte) { return readWhole(cut(text, '.'), 10, 3, byte); });
+  return std::all_of(bytes.begin(), bytes.end(), [&](std::uint8_t& byte) {
+    std::string_view const part = cut(text, '.');
+    // A leading zero means an octal number elsewhere, so that any guess is unsafe.
+    bool const leadingZero = part.size() > 1 && part.front() == '0';
+    return !leadingZero && readWhole(part, 10, 3, byte);
+  });
 }
 
 // MAC

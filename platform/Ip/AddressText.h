@@ -18,7 +18,7 @@ POLICYMAP_API std::string addressText(std::span<std::uint8_t const> bytes);
 
 /// Reads an address of as many bytes; a MAC address also as "01:23:45:67:89:ab" or with hyphens, an
 /// IPv6 one also as "::ffff:10.1.2.3". False, with `bytes` unspecified, when `text` is anything
-/// else.
+/// else, which a decimal part with a leading zero is: "010.1.2.3".
 POLICYMAP_API bool readAddress(std::string_view text, std::span<std::uint8_t> bytes);
 
 /// Sets the first `length` bits and clears the others.

@@ -27,6 +27,15 @@ TEST(AddressText, IpAddressesReadAndPrint) {
   }
 }
 
+TEST(AddressText, ADecimalPartHasNoLeadingZero) {
+  EXPECT_EQ(reread<4>("0.0.0.0"), "0.0.0.0");
+  for (char const* const text : {"010.0.0.1", "10.00.0.1", "10.0.0.01", "10.0.0.08", "000.0.0.0"}) {
+    EXPECT_EQ(reread<4>(text), "bad") << text;
+    EXPECT_EQ(reread<16>(std::string("::ffff:") + text), "bad") << text;
+  }
+  EXPECT_EQ(reread<16>("::0.0.0.0"), "::");
+}
+
 TEST(AddressText, MacAddressesReadInTheirThreeNotations) {
   EXPECT_EQ(reread<6>("0123.4567.89ab"), "0123.4567.89ab");
   EXPECT_EQ(reread<6>("01:23:45:67:89:AB"), "0123.4567.89ab");
