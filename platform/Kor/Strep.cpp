@@ -108,11 +108,13 @@ class StringLiteralReader {
   std::string read() {
     readOpening();
     while (!takeString(it_, end_, quote_)) {
-      if (atEnd(it_, end_) || (quote_.size() == 1 && *it_ == '\n')) {
+      if (atEnd(it_, end_) || (quote_.size() == 1 && isLineEnd(*it_))) {
         fail("unterminated string", opening_);
       }
       if (*it_ == '\\') {
         readEscape();
+      } else if (isLineEnd(*it_)) {
+        text_.append(readLineEnd());
       } else {
         text_.push_back(*it_);
         ++it_;
@@ -122,14 +124,19 @@ class StringLiteralReader {
   }
 
  private:
+  // The longest of the prefixes that stands here.
   void readPrefix() {
-    for (char lower = letter(); lower == 'r' || lower == 'b' || lower == 'u'; lower = letter()) {
-      raw_ = raw_ || lower == 'r';
-      bytes_ = bytes_ || lower == 'b';
-      ++it_;
+    for (std::string_view const prefix : {"br", "rb", "b", "r", "u"}) {
+      std::string_view const ahead = rest(it_, end_).substr(0, prefix.size());
+      if (std::equal(ahead.begin(), ahead.end(), prefix.begin(), prefix.end(),
+                     [](char c, char lower) { return (c | 0x20) == lower; })) {
+        raw_ = prefix.find('r') != std::string_view::npos;
+        bytes_ = prefix.find('b') != std::string_view::npos;
+        advance(it_, prefix.size());
+        return;
+      }
     }
   }
-  [[nodiscard]] char letter() const { return static_cast<char>(peek(it_, end_) | 0x20); }
 
   void readOpening() {
     std::size_t const start = it_.position();
@@ -152,16 +159,15 @@ class StringLiteralReader {
     }
     char const c = ahead[1];
     if (raw_) {
-      text_.append(ahead.substr(0, 2));
-      advance(it_, 2);
+      text_.push_back('\\');
+      ++it_;
+      text_.append(isLineEnd(c) ? readLineEnd() : take(1));
       return;
     }
     constexpr std::string_view letters = "\\'\"abfnrtv";
     constexpr std::string_view meanings = "\\'\"\a\b\f\n\r\t\v";
     if (auto const known = letters.find(c); known != std::string_view::npos) {
       text_.push_back(meanings[known]);
-      advance(it_, 2);
-    } else if (c == '\n') {
       advance(it_, 2);
     } else if (c == 'x') {
       text_.push_back(static_cast<char>(readHex(2)));
@@ -171,6 +177,11 @@ class StringLiteralReader {
       appendUtf8(text_, readHex(8));
     } else if (c >= '0' && c <= '7') {
       readOctal();
+    } else if (isLineEnd(c)) {
+      ++it_;
+      readLineEnd();  // an escaped line end is nothing
+    } else if (c == 'N' && !bytes_) {
+      fail("bad escape", it_.position());  // names of characters are not known here
     } else {
       text_.append(ahead.substr(0, 2));  // as Python does: an unknown escape stands for itself
       advance(it_, 2);
@@ -187,18 +198,38 @@ class StringLiteralReader {
       }
       value = value * 16 + static_cast<std::uint32_t>(digit);
     }
-    if (value > 0x10ffff) {
+    bool const surrogate = value >= 0xd800 && value < 0xe000;
+    if (surrogate || value > 0x10ffff) {
       fail("bad escape", column);
     }
     return value;
   }
   void readOctal() {
+    std::size_t const column = it_.position();
     ++it_;
     unsigned value = 0;
     for (int i = 0; i < 3 && peek(it_, end_) >= '0' && peek(it_, end_) <= '7'; ++i, ++it_) {
       value = value * 8 + static_cast<unsigned>(*it_ - '0');
     }
+    if (value > 0xff) {
+      fail("bad escape", column);
+    }
     text_.push_back(static_cast<char>(value));
+  }
+
+  static bool isLineEnd(char c) { return c == '\n' || c == '\r'; }
+  // Every line end is read as \n.
+  std::string_view readLineEnd() {
+    if (!takeString(it_, end_, "\r\n")) {
+      ++it_;
+    }
+    return "\n";
+  }
+  // The next bytes, which are there.
+  std::string_view take(std::size_t bytes) {
+    std::string_view const taken = rest(it_, end_).substr(0, bytes);
+    advance(it_, bytes);
+    return taken;
   }
 
   TextIterator& it_;

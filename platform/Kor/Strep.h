@@ -6,8 +6,14 @@
 // Every form is a Python expression. A value with attributes prints as
 //   Value('Ns::Type', ** {'first': ..., 'second': ...})
 // texts as Python string literals, numbers, True and False, None for a null pointer. What prints
-// parses back to an equal value; texts may be written with any Python string literal, and white
-// space is free between tokens. White space is blank, \t, \n, \v, \f, \r in every locale.
+// parses back to an equal value, and white space is free between tokens. White space is blank, \t,
+// \n, \v, \f, \r in every locale.
+//
+// A text may be written with a Python string or bytes literal: either quote, once or three times;
+// the prefixes r, u, b, br and rb in either case; all escapes but \N{...}. Texts are bytes, so
+// escapes mean bytes: \xe9 and \351 are that one byte, \u00e9 the two bytes of its UTF-8. An octal
+// escape above \377 and a surrogate are no bytes and are refused, as \N{...} is. Literals that
+// stand side by side are not joined, and formatted ones are not read.
 //
 // All parsers raise RangeException; its text names the 0-based column in the whole text and, inside
 // a value, the attribute. Where the iterator stands after an error is unspecified.

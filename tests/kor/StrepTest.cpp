@@ -89,6 +89,27 @@ TEST(TextStrep, PrefixesAreAcceptedInEitherCaseAndOrder) {
   }
 }
 
+TEST(TextStrep, OtherPrefixesAreRefused) {
+  for (std::string const prefix : {"ur", "ru", "rr", "bb", "ub", "bu", "uu", "rbr", "f", "rf"}) {
+    EXPECT_EQ(errorOf<String8>(" " + prefix + "'x'"), "expected a string at column 1") << prefix;
+  }
+}
+
+TEST(TextStrep, OneLiteralIsATextAndTheNextIsNot) {
+  EXPECT_EQ(errorOf<String8>("'a' 'b'"), "junk at column 4 deserializing 'a' 'b'");
+  EXPECT_EQ(errorOf<String8>("'a''b'"), "junk at column 3 deserializing 'a''b'");
+}
+
+TEST(TextStrep, EveryLineEndIsRead) {
+  for (std::string const end : {"\n", "\r\n", "\r"}) {
+    EXPECT_EQ(readText("'''a" + end + "b'''"), "a\nb");
+    EXPECT_EQ(readText("'a\\" + end + "b'"), "ab");
+    EXPECT_EQ(readText("r'a\\" + end + "b'"), "a\\\nb");
+    EXPECT_EQ(errorOf<String8>("'a" + end + "b'"), "unterminated string at column 0");
+  }
+  EXPECT_EQ(readText("'''\n\r'''"), "\n\n");
+}
+
 TEST(TextStrep, RawLiteralsKeepTheirBackslashes) {
   EXPECT_EQ(readText(R"(r'a\nb')"), R"(a\nb)");
   EXPECT_EQ(readText(R"(r'a\'b')"), R"(a\'b)") << "the quote does not close, the backslash stays";
@@ -125,12 +146,15 @@ TEST(TextStrep, UnicodeEscapesBecomeUtf8) {
   EXPECT_EQ(readText(R"('\u00e9')"), "é");
   EXPECT_EQ(readText(R"('\u20AC')"), "€");
   EXPECT_EQ(readText(R"('\U0001f600')"), "😀");
+  EXPECT_EQ(readText(R"('\ud7ff\ue000\U0010ffff')"), "\xed\x9f\xbf\xee\x80\x80\xf4\x8f\xbf\xbf");
   EXPECT_EQ(readText(R"(u'\u00e9')"), "é");
 }
 
 TEST(TextStrep, InABytesLiteralUnicodeEscapesStandForThemselves) {
   EXPECT_EQ(readText(R"(b'\u0041')"), R"(\u0041)");
   EXPECT_EQ(readText(R"(B'\U00000041')"), R"(\U00000041)");
+  EXPECT_EQ(readText(R"(b'\N{DASH}')"), R"(\N{DASH})");
+  EXPECT_EQ(readText(R"(r'\N{DASH}\400')"), R"(\N{DASH}\400)") << "nor in a raw one";
 }
 
 TEST(TextStrep, AnUnknownEscapeStandsForItself) {
@@ -170,6 +194,13 @@ TEST(TextStrep, ABrokenEscapeIsRefusedWithItsColumn) {
   EXPECT_EQ(errorOf<String8>(R"('\u12')"), "bad escape at column 1");
   EXPECT_EQ(errorOf<String8>(R"('\U00110000')"), "bad escape at column 1");
   EXPECT_EQ(errorOf<String8>(R"('\x)"), "bad escape at column 1");
+  EXPECT_EQ(errorOf<String8>(R"('\400')"), "bad escape at column 1") << "no byte";
+  EXPECT_EQ(errorOf<String8>(R"(b'a\777')"), "bad escape at column 3") << "no byte";
+  EXPECT_EQ(errorOf<String8>(R"('\ud800')"), "bad escape at column 1") << "a surrogate";
+  EXPECT_EQ(errorOf<String8>(R"('\ud83d\ude00')"), "bad escape at column 1") << "a pair of them";
+  EXPECT_EQ(errorOf<String8>(R"('\U0000dfff')"), "bad escape at column 1");
+  EXPECT_EQ(errorOf<String8>(R"('a\N{DASH}')"), "bad escape at column 2") << "a character's name";
+  EXPECT_EQ(errorOf<String8>(R"('\N')"), "bad escape at column 1");
 }
 
 // ---- numbers -----------------------------------------------------------------------------------
