@@ -7,7 +7,6 @@
 #include "Kor/Strep.h"
 
 #include <cstdint>
-#include <ostream>
 #include <tuple>
 
 namespace Acl {
@@ -23,10 +22,7 @@ template <Kor::ValueWithFields T>
   return hash;
 }
 
-/// Writes the text form.
-template <Kor::ValueWithFields T>
-std::ostream& operator<<(std::ostream& out, T const& value) {
-  return out << Kor::valueToStrep(value);
-}
+using Kor::operator<<;
+using Kor::valueToStrep;
 
 }  // namespace Acl

@@ -27,7 +27,9 @@
 //     }
 //   };
 //
-// which gives valueToStrep(Point), sequenceToValue(it, end, point) and strepToValue<Point>(text).
+// which gives valueToStrep(point), out << point, sequenceToValue(it, end, point) and
+// strepToValue<Point>(text). The first two are found by argument-dependent look-up when the type's
+// namespace says `using Kor::valueToStrep; using Kor::operator<<;`.
 
 #include "Kor/Exception.h"
 #include "Kor/Export.h"
@@ -225,6 +227,12 @@ String8 valueToStrep(T const& value) {
   std::apply([&](auto const&... fields) { (print(fields), ...); }, T::korFields());
   text.append("})");
   return text;
+}
+
+// Writes the text form.
+template <ValueWithFields T>
+std::ostream& operator<<(std::ostream& out, T const& value) {
+  return out << valueToStrep(value);
 }
 
 // Reads into `value`: attributes in any order; the last of a repeated one counts; a missing one

@@ -4,9 +4,9 @@
 #include "Kor/Strep.h"
 #include "PolicyMap/ClassMapMatchOption.h"
 #include "PolicyMap/Export.h"
+#include "PolicyMap/ValueText.h"
 
 #include <compare>
-#include <ostream>
 #include <tuple>
 
 namespace PolicyMap {
@@ -65,8 +65,5 @@ class POLICYMAP_API AclRuleKey {
   ClassMapMatchOption matchOption_;
   std::uint32_t hash_;
 };
-
-POLICYMAP_API Kor::String8 valueToStrep(AclRuleKey const& key);
-POLICYMAP_API std::ostream& operator<<(std::ostream& out, AclRuleKey const& key);
 
 }  // namespace PolicyMap

@@ -3,8 +3,8 @@
 
 #include "Kor/Strep.h"
 #include "PolicyMap/Export.h"
+#include "PolicyMap/ValueText.h"
 
-#include <ostream>
 #include <tuple>
 
 namespace PolicyMap {
@@ -40,8 +40,5 @@ class POLICYMAP_API AsyncOperationResult {
   Kor::String8 error_;
   double time_ = 0;
 };
-
-POLICYMAP_API Kor::String8 valueToStrep(AsyncOperationResult const& result);
-POLICYMAP_API std::ostream& operator<<(std::ostream& out, AsyncOperationResult const& result);
 
 }  // namespace PolicyMap

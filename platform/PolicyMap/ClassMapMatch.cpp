@@ -74,18 +74,10 @@ Kor::KorType* ClassMapMatch::_fwkType() {
   return &type;
 }
 
-Kor::String8 valueToStrep(ClassMapMatch const& match) {
-  return Kor::valueToStrep(match);
-}
-
 void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end, ClassMapMatch& match) {
   ClassMapMatch read;
   Kor::readValueFields(it, end, read);
   match = ClassMapMatch(read.kind_, read.option_, read.name_, read.rule_);
-}
-
-std::ostream& operator<<(std::ostream& out, ClassMapMatch const& match) {
-  return out << Kor::valueToStrep(match);
 }
 
 }  // namespace PolicyMap

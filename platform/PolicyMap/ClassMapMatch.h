@@ -6,6 +6,7 @@
 #include "Kor/String.h"
 #include "PolicyMap/ClassMapMatchOption.h"
 #include "PolicyMap/Export.h"
+#include "PolicyMap/ValueText.h"
 
 #include <cstdint>
 #include <ostream>
@@ -80,9 +81,7 @@ POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator cons
                                    ClassMapMatch::Kind& kind);
 POLICYMAP_API std::ostream& operator<<(std::ostream& out, ClassMapMatch::Kind kind);
 
-POLICYMAP_API Kor::String8 valueToStrep(ClassMapMatch const& match);
 POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
                                    ClassMapMatch& match);
-POLICYMAP_API std::ostream& operator<<(std::ostream& out, ClassMapMatch const& match);
 
 }  // namespace PolicyMap

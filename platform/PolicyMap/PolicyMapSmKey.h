@@ -4,9 +4,9 @@
 #include "Kor/Hash.h"
 #include "Kor/Strep.h"
 #include "PolicyMap/Export.h"
+#include "PolicyMap/ValueText.h"
 
 #include <compare>
-#include <ostream>
 #include <tuple>
 
 namespace PolicyMap {
@@ -50,8 +50,5 @@ class POLICYMAP_API PolicyMapSmKey {
   Kor::String8 first_;
   Kor::String8 second_;
 };
-
-POLICYMAP_API Kor::String8 valueToStrep(PolicyMapSmKey const& key);
-POLICYMAP_API std::ostream& operator<<(std::ostream& out, PolicyMapSmKey const& key);
 
 }  // namespace PolicyMap

@@ -9,9 +9,12 @@
 #include "PolicyMap/Action.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
 #include "PolicyMap/Export.h"
+#include "PolicyMap/ValueText.h"
 #include "Vorel/IntfId.h"
 
+#include <compare>
 #include <map>
+#include <tuple>
 #include <vector>
 
 namespace PolicyMap {
@@ -33,9 +36,10 @@ class POLICYMAP_API ServicePolicyKey {
   [[nodiscard]] std::uint32_t hash() const {
     return Kor::hashCombine(intf_.hash(), direction_.hash());
   }
+  // By interface, then direction.
   friend bool operator==(ServicePolicyKey const&, ServicePolicyKey const&) = default;
-  friend bool operator<(ServicePolicyKey const& a, ServicePolicyKey const& b) {
-    return a.intf_ < b.intf_ || (a.intf_ == b.intf_ && a.direction_ < b.direction_);
+  friend std::strong_ordering operator<=>(ServicePolicyKey const& a, ServicePolicyKey const& b) {
+    return std::tie(a.intf_, a.direction_) <=> std::tie(b.intf_, b.direction_);
   }
   [[nodiscard]] bool operator!() const { return *this == ServicePolicyKey(); }
 

@@ -11,8 +11,11 @@
 #include "PolicyMap/ClassMapMatchOption.h"
 #include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapSmKey.h"
+#include "PolicyMap/ValueText.h"
 #include "Vorel/IntfId.h"
 
+#include <compare>
+#include <tuple>
 #include <vector>
 
 namespace PolicyMap {
@@ -80,8 +83,8 @@ class POLICYMAP_API OptionIntf {
   }
   // By option, then interface.
   friend bool operator==(OptionIntf const&, OptionIntf const&) = default;
-  friend bool operator<(OptionIntf const& a, OptionIntf const& b) {
-    return a.option_ < b.option_ || (a.option_ == b.option_ && a.intf_ < b.intf_);
+  friend std::strong_ordering operator<=>(OptionIntf const& a, OptionIntf const& b) {
+    return std::tie(a.option_, a.intf_) <=> std::tie(b.option_, b.intf_);
   }
   [[nodiscard]] bool operator!() const { return *this == OptionIntf(); }
 

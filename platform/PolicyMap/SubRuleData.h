@@ -4,9 +4,9 @@
 #include "Kor/Hash.h"
 #include "Kor/Strep.h"
 #include "PolicyMap/Export.h"
+#include "PolicyMap/ValueText.h"
 
 #include <compare>
-#include <ostream>
 #include <tuple>
 
 namespace PolicyMap {
@@ -96,8 +96,5 @@ class POLICYMAP_API SubRuleData {
   std::uint32_t distinction_ = 0;
   std::uint32_t flags_ = 0;
 };
-
-POLICYMAP_API Kor::String8 valueToStrep(SubRuleData const& subRule);
-POLICYMAP_API std::ostream& operator<<(std::ostream& out, SubRuleData const& subRule);
 
 }  // namespace PolicyMap

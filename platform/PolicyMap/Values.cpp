@@ -19,11 +19,6 @@ std::uint32_t hashOfParts(Kor::Name const& className, Kor::Name const& aclName, 
   return Kor::hashCombine(names ^ static_cast<std::uint32_t>(option), seqno);
 }
 
-template <class T>
-std::ostream& write(std::ostream& out, T const& value) {
-  return out << Kor::valueToStrep(value);
-}
-
 }  // namespace
 
 PolicyMapSmKey::PolicyMapSmKey(Kor::TextIterator& it, Kor::TextIterator const& end) {
@@ -31,12 +26,6 @@ PolicyMapSmKey::PolicyMapSmKey(Kor::TextIterator& it, Kor::TextIterator const& e
 }
 Kor::KorType* PolicyMapSmKey::_fwkType() {
   return typeOf<PolicyMapSmKey>();
-}
-Kor::String8 valueToStrep(PolicyMapSmKey const& key) {
-  return Kor::valueToStrep(key);
-}
-std::ostream& operator<<(std::ostream& out, PolicyMapSmKey const& key) {
-  return write(out, key);
 }
 
 AclRuleKey::AclRuleKey(Kor::Name className, Kor::Name aclName, std::uint32_t seqno,
@@ -64,12 +53,6 @@ void AclRuleKey::matchOptionIs(ClassMapMatchOption option) {
 Kor::KorType* AclRuleKey::_fwkType() {
   return typeOf<AclRuleKey>();
 }
-Kor::String8 valueToStrep(AclRuleKey const& key) {
-  return Kor::valueToStrep(key);
-}
-std::ostream& operator<<(std::ostream& out, AclRuleKey const& key) {
-  return write(out, key);
-}
 
 SubRuleData::SubRuleData(Kor::TextIterator& it, Kor::TextIterator const& end) {
   Kor::readValueFields(it, end, *this);
@@ -77,24 +60,12 @@ SubRuleData::SubRuleData(Kor::TextIterator& it, Kor::TextIterator const& end) {
 Kor::KorType* SubRuleData::_fwkType() {
   return typeOf<SubRuleData>();
 }
-Kor::String8 valueToStrep(SubRuleData const& subRule) {
-  return Kor::valueToStrep(subRule);
-}
-std::ostream& operator<<(std::ostream& out, SubRuleData const& subRule) {
-  return write(out, subRule);
-}
 
 AsyncOperationResult::AsyncOperationResult(Kor::TextIterator& it, Kor::TextIterator const& end) {
   Kor::readValueFields(it, end, *this);
 }
 Kor::KorType* AsyncOperationResult::_fwkType() {
   return typeOf<AsyncOperationResult>();
-}
-Kor::String8 valueToStrep(AsyncOperationResult const& result) {
-  return Kor::valueToStrep(result);
-}
-std::ostream& operator<<(std::ostream& out, AsyncOperationResult const& result) {
-  return write(out, result);
 }
 
 }  // namespace PolicyMap

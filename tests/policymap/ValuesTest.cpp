@@ -22,6 +22,7 @@ using PolicyMap::AclRuleKey;
 using PolicyMap::ActionType;
 using PolicyMap::AsyncOperationResult;
 using PolicyMap::OptionIntf;
+using PolicyMap::PolicyFailure;
 using PolicyMap::PolicyMapSmKey;
 using PolicyMap::ServicePolicyKey;
 using PolicyMap::SubRuleData;
@@ -43,6 +44,20 @@ SubRuleData subRule(std::uint16_t srcLow, std::uint16_t srcHigh, std::uint16_t d
   data.dstPortLowIs(dstLow);
   data.dstPortHighIs(dstHigh);
   return data;
+}
+
+// What generic code sees that knows nothing of these types: the text by look-up, and by <<.
+template <class T>
+void expectFoundText(T const& value, std::string const& text) {
+  EXPECT_EQ(valueToStrep(value), Kor::String8(text));
+  EXPECT_EQ(printed(value), text);
+}
+
+// All six comparisons, of a lesser and a greater value.
+template <class T>
+void expectLess(T const& a, T const& b) {
+  EXPECT_TRUE(a < b && a <= b && a != b && b > a && b >= a && a <= a && a >= a && a == a);
+  EXPECT_FALSE(b < a || b <= a || a == b || a > b || a >= b || a != a || a < a || a > a);
 }
 
 // PolicyMapSmKey
@@ -293,6 +308,15 @@ TEST(ServicePolicyKeyValue, PrintsInterfaceAndDirection) {
   EXPECT_FALSE(!ServicePolicyKey(intf("Ethernet1"), ""));
 }
 
+TEST(ServicePolicyKeyValue, HasEveryComparisonAndItsTextIsFound) {
+  ServicePolicyKey const key(intf("Ethernet3/1"), "input");
+  expectLess(key, ServicePolicyKey(intf("Ethernet3/1"), "output"));
+  expectLess(key, ServicePolicyKey(intf("Ethernet3/2"), "input"));
+  expectFoundText(
+      key,
+      "Value('PolicyMap::ServicePolicyKey', ** {'intf': 'Ethernet3/1', 'direction': 'input'})");
+}
+
 TEST(ServicePolicyKeyValue, NamesAttributeAndColumnOfWhatItCannotRead) {
   EXPECT_EQ(
       parseError<ServicePolicyKey>("Value('PolicyMap::ServicePolicyKey', ** {'intf': 'Nothing0'})"),
@@ -315,9 +339,40 @@ TEST(OptionIntfValue, PrintsOptionAndInterface) {
   EXPECT_FALSE(!OptionIntf(ClassMapMatchOption::ipv6, {}));
 }
 
+TEST(OptionIntfValue, HasEveryComparisonAndItsTextIsFound) {
+  OptionIntf const where(ClassMapMatchOption::ipv6, intf("Ethernet2"));
+  expectLess(where, OptionIntf(ClassMapMatchOption::ipv6, intf("Ethernet10")));
+  expectLess(where, OptionIntf(ClassMapMatchOption::mac, intf("Ethernet1")));
+  expectFoundText(where,
+                  "Value('PolicyMap::OptionIntf', ** {'option': 'ipv6', 'intf': 'Ethernet2'})");
+}
+
 TEST(OptionIntfValue, NamesAttributeAndColumnOfWhatItCannotRead) {
   EXPECT_EQ(parseError<OptionIntf>("Value('PolicyMap::OptionIntf', ** {'option': 'ipv5'})"),
             "attribute 'option': ClassMapMatchOption has no such value: ipv5");
+}
+
+// PolicyFailure
+
+TEST(PolicyFailureValue, ItsTextIsFound) {
+  PolicyFailure const failure("table full", "addRule", "web",
+                              AclRuleKey("web", "list", 10, ClassMapMatchOption::ipv4));
+  std::string const text =
+      "Value('PolicyMap::PolicyFailure', ** {'error': 'table full', 'operation': 'addRule', "
+      "'className': 'web', 'rule': Value('PolicyMap::AclRuleKey', ** {'className': 'web', "
+      "'aclName': 'list', 'seqno': 10, 'matchOption': 'ipv4'})})";
+  expectFoundText(failure, text);
+  EXPECT_EQ(Kor::strepToValue<PolicyFailure>(Kor::String8(text)), failure);
+}
+
+// Those that print by the same rule.
+
+TEST(ValueText, IsFoundForEveryValueWithFields) {
+  expectFoundText(PolicyMapSmKey("pm", "input"),
+                  "Value('PolicyMap::PolicyMapSmKey', ** {'first': 'pm', 'second': 'input'})");
+  expectFoundText(AsyncOperationResult("full", 1),
+                  "Value('PolicyMap::AsyncOperationResult', ** {'error': 'full', 'time': 1.0})");
+  expectFoundText(Acl::PortMatch(), Kor::valueToStrep(Acl::PortMatch()).stdString());
 }
 
 }  // namespace
