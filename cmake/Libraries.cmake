@@ -28,8 +28,12 @@ function(add_project_library name)
 
   add_library(${name} SHARED ${sources})
   add_library(${arg_PACKAGE}::${name} ALIAS ${name})
-  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION}
-                                           SOVERSION ${PROJECT_VERSION_MAJOR})
+  # What the package's version file says as well: before 1.0, minor versions differ.
+  set(compatible ${PROJECT_VERSION_MAJOR})
+  if(PROJECT_VERSION_MAJOR EQUAL 0)
+    set(compatible ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+  endif()
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${compatible})
   target_compile_features(${name} PUBLIC cxx_std_20)
   target_include_directories(
     ${name} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>"
@@ -54,6 +58,14 @@ function(add_project_library name)
   endforeach()
 endfunction()
 
+# install_license(<component>): each component carries the licence, as share/doc/<component>/LICENSE.
+function(install_license component)
+  install(
+    FILES "${PROJECT_SOURCE_DIR}/LICENSE"
+    DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/${component}"
+    COMPONENT ${component})
+endfunction()
+
 # install_project_package(<package> LIBRARIES <name>... [DEPENDS <package>...])
 #
 # Installs what find_package(<package>) reads; DEPENDS are the packages that it finds first.
@@ -68,7 +80,8 @@ function(install_project_package package)
 
   set(PACKAGE_DEPENDENCIES "")
   foreach(dependency IN LISTS arg_DEPENDS)
-    string(APPEND PACKAGE_DEPENDENCIES "find_dependency(${dependency} CONFIG)\n")
+    string(APPEND PACKAGE_DEPENDENCIES
+           "find_dependency(${dependency} ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR} CONFIG)\n")
   endforeach()
   set(destination "${CMAKE_INSTALL_LIBDIR}/cmake/${package}")
   configure_package_config_file(
@@ -76,8 +89,12 @@ function(install_project_package package)
     "${CMAKE_CURRENT_BINARY_DIR}/${package}Config.cmake"
     INSTALL_DESTINATION "${destination}"
     NO_SET_AND_CHECK_MACRO)
+  set(compatibility SameMajorVersion)
+  if(PROJECT_VERSION_MAJOR EQUAL 0)
+    set(compatibility SameMinorVersion)
+  endif()
   write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/${package}ConfigVersion.cmake"
-                                   COMPATIBILITY SameMinorVersion)
+                                   COMPATIBILITY ${compatibility})
   install(
     EXPORT ${package}
     FILE ${package}Targets.cmake
@@ -89,4 +106,5 @@ function(install_project_package package)
           "${CMAKE_CURRENT_BINARY_DIR}/${package}ConfigVersion.cmake"
     DESTINATION "${destination}"
     COMPONENT ${package})
+  install_license(${package})
 endfunction()

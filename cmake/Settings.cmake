@@ -14,6 +14,7 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN")
+set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)  # a platform that is installed elsewhere
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
@@ -41,7 +42,9 @@ if(POLICYMAPTEST_SANITIZE)
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=address,leak,undefined)
 else()
-  add_compile_options(-Werror)
+  if(POLICYMAPTEST_WERROR)
+    add_compile_options(-Werror)
+  endif()
   # Unreferenced sections are dropped, so what is only read through its section must be retained.
   add_compile_options(-ffunction-sections -fdata-sections)
   add_link_options(-Wl,--gc-sections -Wl,--no-undefined)

@@ -23,6 +23,7 @@ using PolicyMapTest::AclPolicyData;
 using PolicyMapTest::AclPolicyType;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
 using testing::UnorderedElementsAre;
 using TestSupport::Journal;
 using TestSupport::virtualSlotOf;
@@ -62,6 +63,39 @@ TEST(AclHelper, StartsWithoutTextsAndRecords) {
   EXPECT_EQ(helper->updateActionError(), "");
   EXPECT_EQ(helper->rangeCheckerError(), "");
   EXPECT_EQ(helper->testDatas(), 0U);
+}
+
+// Whose hooks are the class's own passes every change by: the next notifiee is reached.
+template <class Notifiee>
+void expectHooksOfItsOwnPassBy() {
+  auto const helper = aclHelperFactory(true, false);
+  auto const plain = Kor::make<Notifiee>(helper.get());
+  Journal journal;
+  auto const watcher = Kor::make<Watcher>(journal, "w", helper.get());
+  helper->asyncTriggerInc(1);
+  helper->asyncErrorIs("e");
+  helper->pseudoAsyncIs(true);
+  helper->testDataIs(policy("pm"));
+  helper->createErrorIs("e");
+  helper->deleteErrorIs("e");
+  helper->commitErrorIs("e");
+  helper->addIntfErrorIs("e");
+  helper->removeIntfErrorIs("e");
+  helper->addRuleErrorIs("e");
+  helper->updateActionErrorIs("e");
+  helper->rangeCheckerErrorIs("e");
+  EXPECT_THAT(journal,
+              IsSupersetOf({"w: asyncTrigger", "w: asyncError", "w: pseudoAsync", "w: testData pm",
+                            "w: createError", "w: deleteError", "w: commitError", "w: addIntfError",
+                            "w: removeIntfError", "w: addRuleError", "w: updateActionError",
+                            "w: rangeCheckerError"}));
+  plain->notifierIs(nullptr);
+  watcher->notifierIs(nullptr);
+}
+
+TEST(AclHelper, HooksThatAreNotOverriddenDoNothing) {
+  expectHooksOfItsOwnPassBy<AclHelper::NotifieeConst>();
+  expectHooksOfItsOwnPassBy<AclHelper::Notifiee>();
 }
 
 TEST(AclHelper, KeepsTheBasesDefaultsOfOtherCapabilities) {

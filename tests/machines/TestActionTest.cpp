@@ -50,6 +50,18 @@ TYPED_TEST(TestActionOfKind, IsMadeWithItsKindAndTheValueZero) {
   EXPECT_EQ(made->value(), 0U);
 }
 
+TYPED_TEST(TestActionOfKind, HooksThatAreNotOverriddenDoNothing) {
+  using Action = typename TypeParam::Action;
+  auto const plain = Kor::make<typename Action::NotifieeConst>(this->action.get());
+  auto const other = Kor::make<typename Action::Notifiee>(this->action.get());
+  auto const watcher = this->watcher("w");
+  this->action->valueIs(5);
+  EXPECT_THAT(this->journal, ElementsAre("w: value"));
+  plain->notifierIs(nullptr);
+  other->notifierIs(nullptr);
+  watcher->notifierIs(nullptr);
+}
+
 TYPED_TEST(TestActionOfKind, AWriteIsStoredAndAnnouncedOnce) {
   auto const watcher = this->watcher("w");
   this->action->valueIs(5);

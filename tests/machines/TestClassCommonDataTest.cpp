@@ -45,6 +45,22 @@ TEST(TestClassCommonData, TakesItsArgumentsAndStartsWithZeros) {
   EXPECT_EQ(data->updateAclActions(), 0U);
 }
 
+TEST(TestClassCommonData, HooksThatAreNotOverriddenDoNothing) {
+  auto const data = Kor::make<TestClassCommonData>("web", nullptr, nullptr);
+  auto const plain = Kor::make<TestClassCommonData::NotifieeConst>(data.get());
+  auto const other = Kor::make<TestClassCommonData::Notifiee>(data.get());
+  Journal journal;
+  auto const watcher = Kor::make<Watcher>(journal, "w", data.get());
+  data->action1ValueIs(1);
+  data->action2ValueIs(2);
+  data->action3ValueIs(3);
+  EXPECT_THAT(journal, ElementsAre("w: value 1", "w: value 2", "w: value 3"));
+  for (auto const& each : {plain, Kor::Ptr<TestClassCommonData::NotifieeConst>(other)}) {
+    each->notifierIs(nullptr);
+  }
+  watcher->notifierIs(nullptr);
+}
+
 template <class Kind>
 class TestClassCommonDataValue : public testing::Test {
  protected:

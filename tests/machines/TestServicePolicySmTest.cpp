@@ -303,6 +303,29 @@ TEST_F(ServicePolicyFactory, AnEndedMachineLetsItsObjectsGo) {
   EXPECT_EQ(helper->references(), 1U);
 }
 
+// Data that go with the base of the machine, and change its configuration at their end.
+class LateWriter : public PolicyMap::PolicyMapGlobalData {
+ public:
+  explicit LateWriter(PolicyMap::PolicyMapTypeConfig::Ptr config)
+      : PolicyMapGlobalData(nullptr), config_(std::move(config)) {}
+  ~LateWriter() override {
+    config_->servicePolicyIs(PolicyMap::ServicePolicyKey(e1, "input"), "pm");
+  }
+
+ private:
+  PolicyMap::PolicyMapTypeConfig::Ptr config_;
+};
+
+TEST_F(ServicePolicyFactory, ADyingMachineHearsNothing) {
+  policyConfig->policyMapConfigIs("pm");
+  auto made = machine();
+  made->commonDataIs(Kor::make<LateWriter>(policyConfig));
+  // It would make a policy machine, with what it made them with gone.
+  made = nullptr;
+  EXPECT_EQ(policyConfig->servicePolicy(PolicyMap::ServicePolicyKey(e1, "input")), "pm");
+  EXPECT_EQ(policyConfig->references(), 1U);
+}
+
 // createPolicyMapSm
 
 TEST_F(ServicePolicyFactory, MakesAPolicyMachineWithWhatItHasAndIsGiven) {

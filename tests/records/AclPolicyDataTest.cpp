@@ -6,6 +6,7 @@
 
 #include <Kor/Exception.h>
 #include <Kor/Hash.h>
+#include <Kor/MemoryPool.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -426,6 +427,31 @@ TEST(AclPolicyDataSubRules, LeaveTheRecordThatEnds) {
   EXPECT_EQ(held->fwkHmNext(), nullptr);
   EXPECT_TRUE(held->subRule(PolicyMap::SubRuleData()));
   EXPECT_FALSE(it);
+}
+
+// The pool hands out first what was released last, which tells the order of two releases.
+TEST(AclPolicyDataSubRules, LeaveTheRecordThatEndsBeforeItsInterfaces) {
+  if (Kor::MemoryPool::passesThrough()) {
+    GTEST_SKIP() << "in this build the pool keeps no free blocks";
+  }
+  constexpr std::size_t size = sizeof(AclPolicyData::KorIntf);
+  auto record = newRecord();
+  void const* const intf = record->newIntf(IntfId("Ethernet1"), true).get();
+  void const* name = nullptr;
+  {
+    // A name that fills a block as large as the interface's entry, held by the sub-rules alone.
+    Kor::Name const className(std::string(size - 20, 'c'));
+    name = className.view().data();
+    record->newSubRulesForKey({className, "", 1, ClassMapMatchOption::ipv4});
+  }
+  record = nullptr;
+  void* const last = Kor::MemoryPool::allocate(size);
+  void* const beforeLast = Kor::MemoryPool::allocate(size);
+  EXPECT_EQ(last, intf);
+  EXPECT_LT(beforeLast, name);
+  EXPECT_LT(name, static_cast<char*>(beforeLast) + size);
+  Kor::MemoryPool::release(beforeLast, size);
+  Kor::MemoryPool::release(last, size);
 }
 
 TEST(AclPolicyDataSubRules, AreSeenReadOnlyFromAConstRecord) {

@@ -22,36 +22,35 @@ trap 'rm -rf "$work"' EXIT
 # Objects, entries and texts are made here and end in the library, and the other way round.
 cat >"$work/consumer.cpp" <<'END'
 #include <Kor/ByName.h>
-#include <Kor/EventLoop.h>
-#include <machines/PolicyMapTestSm.h>
 #include <helper/AclHelper.h>
-#include <records/AclPolicyData.h>
+#include <machines/PolicyMapTestSm.h>
 
 #include <cstdio>
+#include <string>
+
+using namespace PolicyMapTest;
 
 int main() {
-  using namespace PolicyMapTest;
-  {
-    AclHelper::Ptr const helper = Kor::make<AclHelper>(true, false);
-    PolicyMap::PolicyMapSmKey const key("edge", "input");
-    for (int i = 0; i < 100; ++i) {
-      helper->nonexistentIntfIs(Vorel::IntfId("Ethernet" + std::to_string(i + 1)), true);
-    }
-    auto const record =
-        helper->testDataIs(AclPolicyType(key, PolicyMap::ClassMapMatchOption::ipv4));
-    record->intfIs(Vorel::IntfId("Ethernet1"), true);
-    Kor::GenericRef const byName(helper);
-    byName["commitError"] = "table full";
-    byName["nonexistentIntf"]["Ethernet7"].del();
-    byName["testData"][record->policyType()]["intf"]["Ethernet2"] = true;
-    if (record->intfs() != 2 || helper->nonexistentIntfs() != 99) {
-      return 1;
-    }
-    Kor::GenericRef const built = Kor::construct("PolicyMap::PolicyMapTypeConfig", "pm");
-    built["policyMapConfig"]["edge"].create();
+  auto const helper = aclHelperFactory(true, false);
+  auto const machine = testServicePolicySmFactory({}, {}, {}, {}, {}, {}, {}, {}, {}, {}, helper, {},
+                                                  true, true, true);
+  for (int i = 1; i <= 100; ++i) {
+    machine->nonexistentIntfIs(Vorel::IntfId("Ethernet" + std::to_string(i)), true);
   }
-  std::puts("ran to its end");
-  return 0;
+  AclPolicyType const key({"edge", "input"}, PolicyMap::ClassMapMatchOption::ipv4);
+  auto const record = helper->testDataIs(key);
+  record->intfIs(Vorel::IntfId("Ethernet1"), true);
+  Kor::GenericRef const byName(machine);
+  byName["nonexistentIntf"]["Ethernet7"].del();
+  Kor::GenericRef const records(helper);
+  records["commitError"] = "table full";
+  records["testData"][Kor::generic(key)]["intf"]["Ethernet2"] = true;
+  Kor::GenericRef const built = Kor::construct("PolicyMap::PolicyMapTypeConfig", "pm");
+  built["policyMapConfig"]["edge"].create();
+  bool const good = record->intfs() == 2 && machine->nonexistentIntfs() == 99 &&
+                    helper->commitError() == "table full";
+  std::puts(good ? "ran to its end" : "wrong values");
+  return good ? 0 : 1;
 }
 END
 
