@@ -34,13 +34,7 @@ class Fold {
   Fold(ExactRule<Rule> const& a, ExactRule<Rule> const& b) : a_(a), b_(b) {}
 
   Intersection<Rule> intersect() {
-    // The last fields are the addresses, which tell most rules apart: so from the last to the
-    // first.
-    bool const some = [this]<std::size_t... i>(std::index_sequence<i...>) {
-      return (takeField<count - 1 - i>() && ...);
-    }
-    (std::make_index_sequence<count>());
-    if (!some) {
+    if (!takeFields(std::make_index_sequence<count>())) {
       return Disjoint();
     }
     if (!inexpressible_.empty()) {
@@ -53,7 +47,13 @@ class Fold {
   static constexpr auto fields = Rule::korFields();
   static constexpr std::size_t count = std::tuple_size_v<decltype(fields)>;
 
-  // Returns whether something may be left.
+  // These return whether something may be left.
+
+  // The last fields are the addresses, which tell most rules apart: so from the last to the first.
+  template <std::size_t... i>
+  bool takeFields(std::index_sequence<i...> /*all*/) {
+    return (takeField<count - 1 - i>() && ...);
+  }
   template <std::size_t i>
   bool takeField() {
     constexpr auto field = std::get<i>(fields);

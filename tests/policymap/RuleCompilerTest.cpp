@@ -168,13 +168,33 @@ TEST_F(Compiling, RulesOfIpAndOfMacAreRefusedInAMatchAll) {
   }
 }
 
-TEST_F(Compiling, AMatchAllOfOneMatchIsThatMatch) {
+TEST_F(Compiling, AMatchAllOfOneListIsThatListWhichCountsOnce) {
   list("web", 2);
+  matchAll("inner");
+  match("inner", 5, "web");
+  match("c", 1, "web");
+  nest("c", 2, "inner");
+  EXPECT_EQ(rulesOf(compiled()), 2U);
+}
+
+TEST_F(Compiling, ARuleThatMatchesNothingIsNoObstacle) {
+  Acl::IpRuleConfig nothing;
+  nothing.dstPortIs(Acl::PortMatch::lt(0));
+  nothing.ttlIs(Acl::TtlMatch::neq(5));
+  Acl::IpRuleConfig other;
+  other.ttlIs(Acl::TtlMatch::neq(7));
+  Acl::IpRuleConfig something;
+  something.protocolIs(47);
+  acls->ipAclIs("a")->ruleIs(10, nothing);
+  acls->ipAclIs("a")->ruleIs(20, something);
+  acls->ipAclIs("b")->ruleIs(10, other);
   matchAll("c");
-  match("c", 5, "web");
-  EXPECT_NE(
-      compiled().rules[0]->find<Acl::IpRuleConfig>({"c", "web", 1, ClassMapMatchOption::ipv4}),
-      nullptr);
+  match("c", 1, "a");
+  match("c", 2, "b");
+  EXPECT_EQ(compiled().error, "");
+  EXPECT_EQ(rulesOf(compiled()), 1U);
+  classMap("c")->matchIs(1, ClassMapMatch::rule(nothing));
+  EXPECT_EQ(compiled().error, "");
 }
 
 // Of class-maps that nest one another in a circle, a long path is told by its ends.

@@ -35,8 +35,7 @@ static_assert(Meets<bool> && Meets<std::uint32_t> && Meets<Acl::OptionalNumber>)
 static_assert(!Meets<std::uint8_t> && !Meets<std::int64_t> && !Meets<std::string>);
 static_assert(!Meets<PortMatch>, "ports need their exact ranges");
 
-// every field of every rule
-// ---------------------------------------------------------------------------
+// every field of every rule -----------------------------------------------------------------------
 
 template <class Rule>
 Rule const* found(Intersection<Rule> const& met) {
@@ -121,8 +120,7 @@ TEST_P(EveryField, Meets) {
 INSTANTIATE_TEST_SUITE_P(RuleIntersection, EveryField, testing::ValuesIn(allFields()),
                          [](auto const& field) { return field.param.name; });
 
-// numbers
-// -----------------------------------------------------------------------------------------------
+// numbers -----------------------------------------------------------------------------------------
 
 ExactRule<Acl::IpRuleConfig> withTtl(TtlMatch const& ttl) {
   ExactRule<Acl::IpRuleConfig> exact;
@@ -188,8 +186,33 @@ TEST(RuleIntersection, ExactPortsMeetFurtherPorts) {
   EXPECT_TRUE(std::holds_alternative<Disjoint>(intersect(holed, b)));
 }
 
-// packets
-// -----------------------------------------------------------------------------------------------
+TEST(RuleIntersection, TheMatchOfExactPortsIsTheSmallestRangeAroundThem) {
+  struct Case {
+    PortMatch a;
+    PortMatch b;
+    PortMatch around;
+    PortRanges exact;
+  };
+  for (auto const& [a, b, around, exact] : {
+           Case{PortMatch::gt(0), PortMatch::neq(2), PortMatch::range(1, 65535),
+                PortRanges{{1, 1}, {3, 65535}}},
+           Case{PortMatch::lt(65535), PortMatch::neq(2), PortMatch::range(0, 65534),
+                PortRanges{{0, 1}, {3, 65534}}},
+           Case{PortMatch::neq(2), PortMatch::neq(4), PortMatch::range(0, 65535),
+                PortRanges{{0, 1}, {3, 3}, {5, 65535}}},
+           Case{PortMatch::neq(2), PortMatch::range(0, 65535), PortMatch::neq(2), PortRanges()},
+       }) {
+    ExactRule<Acl::IpRuleConfig> one;
+    ExactRule<Acl::IpRuleConfig> other;
+    one.rule.dstPortIs(a);
+    other.rule.dstPortIs(b);
+    auto const met = std::get<ExactRule<Acl::IpRuleConfig>>(intersect(one, other));
+    EXPECT_EQ(met.rule.dstPort(), around);
+    EXPECT_EQ(met.dstPorts, exact);
+  }
+}
+
+// packets -----------------------------------------------------------------------------------------
 
 template <class Match>
 rc::Gen<Match> numbers() {

@@ -152,8 +152,7 @@ TEST_F(RuleKeys, AnEmptyListBetweenRulesOfTheClassMapIsNoChange) {
                           ":3 permit ip any 12.0.0.0/8"));
 }
 
-// names of intersections
-// ----------------------------------------------------------------------------
+// names of intersections --------------------------------------------------------------------------
 
 TEST_F(RuleKeys, AListNamedLikeAnIntersectionKeepsItsKeyAndTheIntersectionTakesTheNextNumber) {
   list("web", 10, toNetwork("10.0.0.0/8"));
