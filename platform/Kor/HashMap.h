@@ -174,8 +174,11 @@ class HashMap {
     Cursor cursor(*this);
     cursor.removesAll_ = true;
     while (Kor::Ptr<Member> const removed = cursor.member_) {
-      remove(removed.get());
-      announce(removed);
+      // The end of the member before may have removed this one.
+      if (link(removed.get()).next_ != nullptr) {
+        remove(removed.get());
+        announce(removed);
+      }
       if (cursor.map_ == nullptr) {
         return;  // the map died
       }

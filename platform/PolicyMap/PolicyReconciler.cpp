@@ -240,7 +240,7 @@ void PolicyReconciler::passEnded(PassRun const& passRun) {
   }
   if (!passRun.failure()) {
     for (OptionState& option : state_) {
-      if (option.leftover) {
+      if (option.leftover && !option.retry) {
         option.failureDel();
       }
     }
@@ -357,7 +357,6 @@ void PolicyReconciler::readCounts() {
 
 std::optional<Pass> PolicyReconciler::nextPass() {
   unsigned const turn = turn_;
-  policy_.dropLeftClasses();
   for (ClassMapMatchOption const option : allMatchOptions) {
     if (turn == turn_ && state_[option].due()) {
       if (std::optional<Pass> pass = planPass(option)) {

@@ -397,7 +397,6 @@ void ServicePolicySm::makePolicyMachine(PolicyMapSmKey const& key,
     }
   }
   syncPolicy(key);
-  machine->reconciler().everythingChanged();
 }
 
 void ServicePolicySm::policyGone(PolicyMapSmKey const& key) {

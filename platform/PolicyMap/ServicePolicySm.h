@@ -24,8 +24,10 @@
 namespace PolicyMap {
 
 // The root machine: it watches configuration and interface status, runs one policy-map machine per
-// attached policy-map and direction, and gives them the helper. It only notes what changes; the
-// helper is called when the event loop turns. Its own destruction calls no helper operation.
+// attached policy-map and direction, and gives them the helper. It only notes what changes;
+// policies are programmed when the event loop turns. Two operations are called at once: hwInit() of
+// a helper that is new to an active machine, and, when the helper is replaced or taken away,
+// deletePolicy() of what is created on the former one. Destroying the machine calls none.
 class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
  public:
   using Ptr = Kor::Ptr<ServicePolicySm>;

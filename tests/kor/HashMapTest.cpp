@@ -643,6 +643,21 @@ TEST(HashMap, AMemberMayRemoveAllOthersWhileTheMapIsCleared) {
   EXPECT_EQ(Member<Spread>::alive(), 0);
 }
 
+TEST(HashMap, AMemberMayRemoveTheNextWhileAllAreRemoved) {
+  Map<Spread> map;
+  for (std::uint32_t id = 0; id < 10; ++id) {
+    insert(map, id);
+  }
+  auto const order = idsOf(map);
+  map.find(Key<Spread>{order[3]})->atEnd = [&] { map.remove(Key<Spread>{order[4]}); };
+  std::vector<std::uint32_t> announced;
+  map.removeAll([&](auto const& removed) { announced.push_back(removed->id()); });
+  auto expected = order;
+  expected.erase(expected.begin() + 4);
+  EXPECT_EQ(announced, expected);
+  EXPECT_EQ(map.members(), 0U);
+}
+
 TEST(HashMapDeathTest, LinkingALinkedMemberIsAnAssertion) {
   Map<Spread> map;
   auto const member = Kor::make<Member<Spread>>(1U);

@@ -136,6 +136,38 @@ TEST_F(ClassMachine, TakesAnEmptyAnswerOnceUntilTheConfigurationChanges) {
   EXPECT_TRUE(machine->actionSm(ActionType{4}));
 }
 
+TEST_F(ClassMachine, ARemovedActionMachineIsAZombieAlsoWhenACallerHoldsIt) {
+  auto const watched = action(1);
+  activate();
+  auto const held = machine->actionSm(ActionType{1});
+  actions->actionDel(ActionType{1});
+  EXPECT_TRUE(held->korMarkedForDeletion());
+  hooks.taken();
+  watched->numberIs(7);
+  EXPECT_THAT(hooks.taken(), IsEmpty());
+}
+
+TEST_F(ClassMachine, IsInitializingWhileItBuildsWhatItNeeds) {
+  class Looking : public RecordingClassSm {
+   public:
+    using RecordingClassSm::RecordingClassSm;
+    std::vector<bool> seen;
+    Kor::Ptr<PolicyMap::ClassMapSmCommonData> createCommonData() override {
+      seen.push_back(initializing());
+      return RecordingClassSm::createCommonData();
+    }
+    Kor::Ptr<PolicyMap::ActionSm> createActionSm(ActionType type) override {
+      seen.push_back(initializing());
+      return RecordingClassSm::createActionSm(type);
+    }
+    void handleInitialized() override { seen.push_back(initializing()); }
+  };
+  action(1);
+  auto const looking = Kor::make<Looking>(hooks, global, nullptr, config, nullptr, actions);
+  looking->hasNotificationActiveIs(true);
+  EXPECT_THAT(looking->seen, ElementsAre(true, true, false));
+}
+
 TEST_F(ClassMachine, CleansARemovedActionUpOnceThenMakesItAZombieThenReleasesIt) {
   action(1);
   activate();

@@ -429,6 +429,18 @@ TEST_F(ServiceMachine, CleanupLetsAllPoliciesGoUntilItIsActivatedAgain) {
   EXPECT_EQ(bench.settle().size(), 5U);
 }
 
+TEST_F(ServiceMachine, OtherStatusesOfTheSameContentProgramNothing) {
+  bench.simplePolicy();
+  bench.activate();
+  bench.settle();
+  bench.service->ipStatusIs(Kor::make<Ip::Status>());
+  bench.service->ip6StatusIs(Kor::make<Ip6::Status>());
+  bench.service->routingInfoIs(Kor::make<Routing::RoutingInfo>());
+  bench.service->routing6InfoIs(Kor::make<Routing6::RoutingInfo>());
+  bench.service->lagConfigIs(Kor::make<Lag::Input::Config>());
+  EXPECT_THAT(bench.settle(), IsEmpty());
+}
+
 TEST_F(ServiceMachine, RefusesWaitsThatAreNone) {
   bench.make();
   auto& machine = *bench.service;
@@ -470,9 +482,9 @@ TEST_F(ServiceMachine, SaysWhichWaitItRefusesAndWhy) {
 
 TEST_F(ServiceMachine, WithWaitsTooSmallForTheClockTheLoopStillEnds) {
   bench.simplePolicy();
-  bench.helper->answers["addRule"] = "no room";
   bench.activate();
   Kor::EventLoop::global().runFor(1e9);
+  bench.helper->answers["addRule"] = "no room";
   bench.service->retryMinIs(1e-300);
   bench.service->retryMaxIs(1e-300);
   bench.rule("acl", 20);
