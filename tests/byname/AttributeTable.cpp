@@ -39,6 +39,15 @@ Domain const& real() {
   static Domain const it = domain({2.5, 3, 0.25}, {true, "2.5", nullptr, GenericList::of()}, 0.0);
   return it;
 }
+// Seconds that are not below the shortest wait.
+Domain const& longWait() {
+  static Domain const it = [] {
+    Domain wait = real();
+    wait.right = [](World const& /*world*/) { return Values{2.5, 3, 61}; };
+    return wait;
+  }();
+  return it;
+}
 Domain const& text() {
   static Domain const it =
       domain({"table full", "", "'\"\\"}, {5, 0, true, 1.5, nullptr, GenericList::of()}, "");
@@ -528,7 +537,7 @@ std::vector<AttributeSpec> ofServicePolicySm() {
                      function("cleanup", 161, {}, "nothing"),
                      function("handleInitialized", 162, {}, "nothing"),
                      data("retryMin", 163, real(), always(1)),
-                     data("retryMax", 164, real(), always(60)),
+                     data("retryMax", 164, longWait(), always(60)),
                      data("asyncTimeout", 165, real(), always(30)),
                      function("intfExists", 151, {place}, "True"),
                      function("createPolicyMapSm", 156,

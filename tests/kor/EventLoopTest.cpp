@@ -273,13 +273,13 @@ TEST(EventLoop, NowReadsTheClockOfTheProcessesLoop) {
 }
 
 TEST(EventLoop, AWaitTooShortForTheClockIsLaterThanNow) {
-  EventLoop loop;
+  Kor::EventLoop loop;
   loop.virtualTimeIs(true);
   loop.runFor(1e9);
   int runs = 0;
-  class Again : public Activity {
+  class Again : public Kor::Activity {
    public:
-    Again(EventLoop& on, int& count) : Activity(on), count_(count) {}
+    Again(Kor::EventLoop& on, int& count) : Activity(on), count_(count) {}
 
    private:
     void run() override {
