@@ -16,10 +16,10 @@ namespace Kor {
 //
 // A type's inherited attributes are announced before its own.
 //
-// A reactor must not throw. Registration runs in an initialiser of the library that is being loaded,
-// and an exception ends that initialiser. Mostly the program ends with it, since dlopen() is declared
-// not to throw. Where the exception is caught all the same, the library stays open, its types are
-// not registered, and opening it again does not run the initialiser again.
+// A reactor must not throw. Registration runs in an initialiser of the library that is being
+// loaded, and an exception ends that initialiser. Mostly the program ends with it, since dlopen()
+// is declared not to throw. Where the exception is caught all the same, the library stays open, its
+// types are not registered, and opening it again does not run the initialiser again.
 class KOR_API IntrospectionReactor {
  public:
   // The one that registration reports to; at first one that ignores everything.
