@@ -164,8 +164,9 @@ PassRun::Outcome PassRun::perform(Step const& step) {
 
 PassRun::Outcome PassRun::create(Step const& step) {
   PolicyMapSmKey const& key = policyData_->policyKey();
-  // Known before the call, since it is created whatever the operation returns.
+  // Known before the call, since it is created whatever the operation returns, and without rules.
   arbiter_.createdIs(key, step.option, &client_);
+  state_[step.option].classes.clear();
   if (step.operation == HelperOperation::recreatePolicy) {
     return call([&] { return helper_->recreatePolicy(policyData_, step.option); });
   }
@@ -318,9 +319,11 @@ PassRun::Outcome PassRun::deletePolicy(ClassMapMatchOption option) {
   }
   if (threw_ && outcome == Outcome::failed) {
     arbiter_.createdIs(policyData_->policyKey(), option, &client_);
+    state_[option].recreate = true;
     deletionThrew_ = true;
+  } else {
+    observer_.deleted(option);
   }
-  observer_.deleted(option);
   return outcome;
 }
 
@@ -337,6 +340,7 @@ HelperArbiter::Answer PassRun::takeDown(PolicyMapAclHelper& helper,
     answer = arbiter.call([&] { return helper.deletePolicy(policyData, option); });
     if (answer.threw) {
       arbiter.createdIs(key, option, nullptr);
+      return answer;
     }
   }
   policyData->intfRemoveAll(option);

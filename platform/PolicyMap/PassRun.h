@@ -61,7 +61,8 @@ class POLICYMAP_API PassRun {
 
   // Deletes what the client has created for one option, and empties state and policy data. Policies
   // of other clients are left alone; a policy whose client is gone is deleted too. After an
-  // exception the policy is still created and belongs to no client.
+  // exception state and policy data are as before, and the policy is still created and belongs to
+  // no client.
   static HelperArbiter::Answer takeDown(PolicyMapAclHelper& helper,
                                         HelperArbiter::Client const& client,
                                         Kor::Ptr<PolicyMapSmCommonData> const& policyData,

@@ -241,7 +241,9 @@ void PolicyMapSm::bringClass(Kor::Name const& name) {
     publishMissing(name);
     return;
   }
-  leftClasses_.erase(name);
+  if (leftClasses_.erase(name) != 0) {
+    reconciler_->classChanged(name);  // its status may have been passed over while it was away
+  }
   if (Kor::Ptr<PolicyMap::ClassMapSm> const machine = classMapSm(name)) {
     machine->classMapConfigIs(map);
     machine->rawClassMapSubConfigIs(rawMap);
@@ -276,7 +278,9 @@ void PolicyMapSm::makeClassMachine(Kor::Name const& name, Kor::Ptr<ClassMapConfi
   machine->classNameIs(name);
   classMapSmIs(name, machine);
   if (status_ && machine->classMapStatus()) {
-    machine->classMapStatusIs(status_->classMapStatusIs(name));
+    Kor::Ptr<ClassMapStatus> const status = status_->classMapStatusIs(name);
+    status->errorIs({});  // that the class-map is missing
+    machine->classMapStatusIs(status);
   }
   reconciler_->classChanged(name);
 }

@@ -97,7 +97,8 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
 
   // Takes up whatever changed while notifications were off.
   void catchUp();
-  // Gives the machine what it needs to program; null: it stands alone, and programs nothing.
+  // Gives the machine what it needs to program; null: it belongs to no service machine, and
+  // programs nothing.
   void serviceIs(PolicyReconciler::Service* service);
   // Brings the helper to what is configured.
   [[nodiscard]] PolicyReconciler& reconciler() { return *reconciler_; }

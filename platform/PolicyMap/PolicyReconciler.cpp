@@ -238,6 +238,9 @@ void PolicyReconciler::passEnded(PassRun const& passRun) {
   if (!passRun.pass().classes.empty()) {
     publisher_.allClassesDue();
   }
+  if (passRun.deletionThrew()) {
+    scheduleRetry();
+  }
   if (!passRun.failure()) {
     for (OptionState& option : state_) {
       if (option.leftover && !option.retry) {
@@ -275,7 +278,6 @@ void PolicyReconciler::tornDown(PassRun const& passRun) {
   }
   if (again) {
     state.retry = true;
-    scheduleRetry();
   }
 }
 
@@ -316,6 +318,8 @@ void PolicyReconciler::leave() {
       return;
     }
     policy_.timeProgrammedIs(option, std::nullopt);
+    policy_.commonData()->intfRemoveAll(option);
+    state_[option].forget();
     state_[option].failureDel();
     if (!answer.error.empty()) {
       state_[option].failure =

@@ -250,6 +250,12 @@ void ServicePolicySm::hasNotificationActiveIs(bool active) {
 
 void ServicePolicySm::korDoZombieReactors(bool zombie) {
   forEachReactor([zombie](auto& reactor) { reactor.korDoZombieReactors(zombie); });
+  if (!zombie) {
+    // What the policies noted meanwhile is programmed when the loop turns.
+    for (auto const& entry : policyMapSmIteratorConst()) {
+      entry.value()->reconciler().rulesChanged();
+    }
+  }
 }
 
 void ServicePolicySm::initialize() {

@@ -20,7 +20,7 @@ void StatusPublisher::publish(PolicyMapStatus& status, ClassMapMatchOption optio
   } else {
     status.programmedDel(option);
   }
-  if (!present.created || known(present, state)) {
+  if (!present.created || present.owned) {
     if (timeProgrammed) {
       status.timeProgrammedIs(option, *timeProgrammed);
     } else {

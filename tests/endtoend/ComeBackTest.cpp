@@ -186,6 +186,29 @@ TEST_F(ComeBack, ASecondClassThatLeavesInTheSameTurnAndIsPutBackKeepsItsMachine)
   EXPECT_FALSE(classMachine("c"));
 }
 
+TEST_F(ComeBack, AClassThatWasAwayWhileAPassEndedIsPublished) {
+  scenario.helper->asyncOperationsIs(true);
+  scenario.rule("acl", 20);
+  scenario.settle();
+  leaves("c");
+  scenario.helper->asyncTriggerInc(1);
+  scenario.usesClass("pm", "c", 10);
+  scenario.helper->asyncOperationsIs(false);
+  scenario.settle();
+  EXPECT_TRUE(scenario.policyStatus()->classMapStatus("c")->programmed());
+  EXPECT_TRUE(scenario.policyStatus()->classMapStatus("d")->programmed());
+}
+
+TEST_F(ComeBack, WhatAFormerZombieMissedIsProgrammed) {
+  scenario.machine->korDoZombieReactors(true);
+  leaves("c");
+  scenario.settle();
+  EXPECT_TRUE(scenario.record()->korRuleMatch(Scenario::ruleKey("c", "acl", 10)));
+  scenario.machine->korDoZombieReactors(false);
+  scenario.settle();
+  EXPECT_FALSE(scenario.record()->korRuleMatch(Scenario::ruleKey("c", "acl", 10)));
+}
+
 TEST_F(ComeBack, APolicyThatIsAttachedAgainDuringItsCleanupIsProgrammed) {
   whenCleanedUp("c", [&] { scenario.attach("pm", "Ethernet1"); });
   scenario.detach("Ethernet1");

@@ -67,9 +67,44 @@ TEST_F(HelperDeed, ADeletionThatThrowsInATeardownIsTriedAgain) {
   EXPECT_TRUE(scenario.record()->created());
   ASSERT_TRUE(scenario.policyStatus());
   EXPECT_EQ(scenario.policyStatus()->error(), "exception: lost the card");
+  // The interface was removed, and the rules are still there.
+  EXPECT_TRUE(scenario.policyStatus()->programmed(ClassMapMatchOption::ipv4));
+  EXPECT_TRUE(scenario.policyStatus()->intfs(ClassMapMatchOption::ipv4).empty());
+  EXPECT_TRUE(scenario.policyStatus()->classMapStatus("c")->programmed());
   scenario.advance(1);
   EXPECT_FALSE(scenario.record()->created());
   EXPECT_FALSE(scenario.policyStatus());
+}
+
+TEST_F(HelperDeed, AfterARollBackThatThrowsTheStatusTellsWhatIsStillThere) {
+  helper->doInside("commitPolicy", [this] {
+    helper->doInside("deletePolicy", fail);
+    fail();
+  });
+  scenario.rule("acl", 20);
+  scenario.settle();
+  auto const status = scenario.policyStatus();
+  EXPECT_TRUE(scenario.record()->intf(TestSupport::intf("Ethernet1")));
+  EXPECT_TRUE(status->programmed(ClassMapMatchOption::ipv4));
+  EXPECT_EQ(status->intfs(ClassMapMatchOption::ipv4).size(), 1U);
+  EXPECT_TRUE(status->classMapStatus("c")->programmed());
+  EXPECT_EQ(status->error(), "exception: lost the card");
+  scenario.advance(1);
+  EXPECT_EQ(status->error(), "");
+  EXPECT_EQ(scenario.record()->ruleMatchs(), 2U);
+  EXPECT_TRUE(scenario.record()->intf(TestSupport::intf("Ethernet1")));
+}
+
+TEST_F(HelperDeed, ADeletionThatThrowsWhileTheHelperIsLeftLeavesTheNextOneClean) {
+  auto const other = PolicyMapTest::aclHelperFactory(true, false);
+  helper->doInside("deletePolicy", fail);
+  scenario.machine->aclHelperIs(other);
+  scenario.settle();
+  auto const key = PolicyMapTest::AclPolicyType({"pm", "input"}, ClassMapMatchOption::ipv4);
+  EXPECT_TRUE(other->testData(key)->created());
+  EXPECT_EQ(other->testData(key)->intfs(), 1U);
+  EXPECT_EQ(scenario.policyStatus()->error(), "");
+  EXPECT_TRUE(scenario.record()->created());
 }
 
 TEST_F(HelperDeed, ADeletionThatThrowsForAnOptionNoLongerWantedIsTriedAgain) {

@@ -192,7 +192,23 @@ TEST_F(Run, ADeletionThatThrowsLeavesThePolicyCreatedAndOwned) {
   EXPECT_EQ(helper->arbiter().creator(data->policyKey(), ipv4), &holder);
   EXPECT_TRUE(run->deletionThrew());
   EXPECT_EQ(run->failure().error(), "no");
+  // What the helper has is known, and to be created again.
+  EXPECT_EQ(state[ipv4].classes.size(), 1U);
+  EXPECT_TRUE(state[ipv4].recreate);
+  EXPECT_TRUE(data->hasIntf(ipv4, intf("Ethernet1")));
+  EXPECT_THAT(holder.told, IsEmpty());
+}
+
+TEST_F(Run, RulesOfAReCreationThatStopsHalfWayAreNotTakenForThoseBefore) {
+  standing();
+  helper->answers["addRule"] = "no room";
+  helper->word = "delete";
+  helper->deed = [] { throw std::runtime_error("lost"); };
+  Pass pass = program();
+  pass.steps[0].operation = HelperOperation::recreatePolicy;
+  EXPECT_EQ(start(std::move(pass)).run(), Outcome::failed);
   EXPECT_TRUE(state[ipv4].classes.empty());
+  EXPECT_TRUE(created());
 }
 
 TEST_F(Run, ATeardownGoesOnAndReportsItsFirstFailure) {

@@ -388,6 +388,19 @@ TEST_F(PublishedStatus, OfAClassWithoutAnyClassMapSaysSo) {
   EXPECT_FALSE(status->classMapStatus("ghost"));
 }
 
+TEST_F(PublishedStatus, OfAClassWhoseClassMapCameSaysSoWithoutAHelperToo) {
+  bench.simplePolicy();
+  bench.policy("pm")->classPrioIs("ghost", 20);
+  bench.start();
+  bench.machine->aclHelperDel();
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(key);
+  EXPECT_EQ(status->classMapStatus("ghost")->error(), "missing class-map ghost");
+  bench.classMatches("ghost", "ghosts");
+  bench.settle();
+  EXPECT_EQ(status->classMapStatus("ghost")->error(), "");
+}
+
 TEST_F(PublishedStatus, OfAClassThatNeverHadAClassMapGoesWithTheClass) {
   bench.simplePolicy();
   bench.policy("pm")->classPrioIs("ghost", 20);
