@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -21,11 +22,18 @@ constexpr auto ipv4 = ClassMapMatchOption::ipv4;
 constexpr auto ipv6 = ClassMapMatchOption::ipv6;
 PolicyMapSmKey const input("pm", "input");
 
-// Does something once inside commitPolicy.
-class CommitDeed final : public CallLog {
+// Throws in deletePolicy, while there is a text to throw, and does something once in commitPolicy.
+class FaultyLog final : public CallLog {
  public:
   std::function<void()> deed;
+  std::string thrown;
 
+  Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) override {
+    if (!thrown.empty()) {
+      throw std::runtime_error(thrown);
+    }
+    return CallLog::deletePolicy(data, option);
+  }
   Kor::String commitPolicy(PolicyData const& data, ClassMapMatchOption option) override {
     Kor::String const error = CallLog::commitPolicy(data, option);
     if (auto const once = std::exchange(deed, nullptr)) {
@@ -40,9 +48,11 @@ class AskedServiceSm final : public ServiceSm {
  public:
   using ServiceSm::ServiceSm;
   std::vector<ClassMapMatchOption> asked;
+  std::vector<Vorel::IntfId> askedIntfs;
 
   bool allowedIntfForType(Vorel::IntfId which, ClassMapMatchOption option) override {
     asked.push_back(option);
+    askedIntfs.push_back(which);
     return ServiceSm::allowedIntfForType(which, option);
   }
 };
@@ -134,7 +144,7 @@ TEST_F(Reconciling, OnlyTheOptionThatFailedIsLookedAtAgain) {
 
 // The helper is to be left when the commit returns, but the service machine goes before.
 TEST_F(Reconciling, ANewServiceMachineIsServedThoughTheOldOneWasLeavingItsHelper) {
-  auto const helper = Kor::make<CommitDeed>();
+  auto const helper = Kor::make<FaultyLog>();
   bench.helper = helper;
   bench.start();
   auto const policy = bench.machine->policyMapSm(input);
@@ -151,6 +161,77 @@ TEST_F(Reconciling, ANewServiceMachineIsServedThoughTheOldOneWasLeavingItsHelper
   bench.settle();
   EXPECT_THAT(next.helper.as<CallLog>()->calls, Contains("commit pm/input/ipv4"));
   policy->serviceIs(nullptr);
+}
+
+TEST_F(Reconciling, AnInterfaceIsNoMatterOfPoliciesThatHaveLeftIt) {
+  bench.attach("pm", "Ethernet2");
+  bench.policy("other")->classPrioIs(Kor::Name("c"), 10);
+  auto const machine = startAsked();
+  bench.attach("other", "Ethernet1");
+  bench.settle();
+  machine->askedIntfs.clear();
+  machine->handleIntf(intf("Ethernet1"), false);
+  bench.settle();
+  EXPECT_THAT(machine->askedIntfs, Not(IsEmpty()));
+  EXPECT_THAT(machine->askedIntfs, Each(intf("Ethernet1")));
+}
+
+TEST_F(Reconciling, AMachineThatIsNotActiveLooksAtNoInterface) {
+  bench.start();
+  bench.settle();
+  bench.machine->hasNotificationActiveIs(false);
+  bench.machine->nonexistent = {intf("Ethernet1")};
+  bench.machine->handleIntf(intf("Ethernet1"), false);
+  EXPECT_TRUE(bench.machine->policyMapSm(input)->activeIntf(intf("Ethernet1")));
+  bench.machine->hasNotificationActiveIs(true);
+  EXPECT_FALSE(bench.machine->policyMapSm(input)->activeIntf(intf("Ethernet1")));
+}
+
+// The rule is refused because of what the helper cannot do.
+TEST_F(Reconciling, ARefusalIsShownAtTheClassAndStaysWithoutInterfaces) {
+  Acl::IpRuleConfig deny;
+  deny.permitIs(false);
+  bench.acls->ipAclIs("acl")->ruleIs(10, deny);
+  bench.helper->denyRulesAllowedIs(false);
+  bench.start();
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(input);
+  std::string const refusal = text(status->error());
+  EXPECT_NE(refusal, "");
+  EXPECT_EQ(text(status->classMapStatus("c")->error()), refusal);
+  bench.machine->nonexistent = {intf("Ethernet1")};
+  bench.machine->handleIntf(intf("Ethernet1"), false);
+  bench.settle();
+  EXPECT_EQ(text(status->error()), refusal);
+}
+
+TEST_F(Reconciling, AFailureGoesWithTheHelperThatHadIt) {
+  bench.helper->answers["addRule"] = "no room";
+  bench.start();
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(input);
+  ASSERT_EQ(status->error(), "no room");
+  bench.machine->aclHelperDel();
+  EXPECT_EQ(status->error(), "");
+  EXPECT_EQ(status->failures(), 0U);
+}
+
+TEST_F(Reconciling, ATeardownThatFailsAgainShowsItsLastText) {
+  auto const helper = Kor::make<FaultyLog>();
+  bench.helper = helper;
+  bench.start();
+  bench.settle();
+  helper->thrown = "first";
+  bench.detach("Ethernet1");
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(input);
+  ASSERT_EQ(status->error(), "exception: first");
+  helper->thrown = "second";
+  advance(1);
+  EXPECT_EQ(status->error(), "exception: second");
+  helper->thrown = "";
+  advance(2);
+  EXPECT_FALSE(bench.status->policyMapStatus(input));
 }
 
 }  // namespace
