@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "policymap/PolicyBench.h"
 
+#include <PolicyMap/HitCounts.h>
+
 #include <gmock/gmock.h>
 
 namespace policymap {
@@ -73,6 +75,30 @@ TEST_F(HitCount, OfAnUnknownPolicyIsNotAskedFor) {
   bench.requests->countRequestIs({"other", "input"}, 1);
   bench.settle();
   EXPECT_EQ(bench.helper->countCalls, 0U);
+}
+
+// The policy is read for both options until it is told to stop.
+TEST_F(HitCount, IsNotAskedForAfterTheStop) {
+  PolicyMap::ProgrammedState state;
+  auto const data = Kor::make<PolicyMap::ClassMapSmCommonData>("c", nullptr, nullptr);
+  auto const policy =
+      Kor::make<PolicyMap::PolicyMapSmCommonData>(PolicyMap::PolicyMapSmKey("pm", "input"));
+  PolicyMap::RuleSources<Acl::IpRuleConfig> sources;
+  sources.push_back({Kor::Name("acl"), Kor::make<Acl::AclRules<Acl::IpRuleConfig>>(
+                                           std::vector<Acl::AclRules<Acl::IpRuleConfig>::Entry>{
+                                               {10, {}}, {20, {}}})});
+  auto const rules = Kor::make<PolicyMap::ClassRules>(sources);
+  state[ClassMapMatchOption::ipv4].classes.add({Kor::Name("c"), data, rules});
+  state[ClassMapMatchOption::ipv6].classes.add({Kor::Name("c"), data, rules});
+  auto const read = [&](bool goesOn) {
+    bench.helper->countCalls = 0;
+    return PolicyMap::readHitCounts(*bench.helper, policy, data, state, [=] { return goesOn; })
+        .size();
+  };
+  EXPECT_EQ(read(true), 4U);
+  EXPECT_EQ(bench.helper->countCalls, 4U);
+  EXPECT_EQ(read(false), 1U);
+  EXPECT_EQ(bench.helper->countCalls, 1U);
 }
 
 TEST_F(HitCount, GoesWithThePolicy) {

@@ -55,6 +55,11 @@ class DoingLog final : public CallLog {
     act("addRule");
     return CallLog::addRule(key, subRule, data, classData);
   }
+  Kor::String updateAction(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
+                           PolicyData const& data, ClassData const& classData) override {
+    act("update");
+    return CallLog::updateAction(key, subRule, data, classData);
+  }
   Kor::String createPolicy(PolicyData const& data, ClassMapMatchOption option) override {
     act("create");
     return CallLog::createPolicy(data, option);
@@ -209,6 +214,20 @@ TEST_F(Run, RulesOfAReCreationThatStopsHalfWayAreNotTakenForThoseBefore) {
   EXPECT_EQ(start(std::move(pass)).run(), Outcome::failed);
   EXPECT_TRUE(state[ipv4].classes.empty());
   EXPECT_TRUE(created());
+}
+
+TEST_F(Run, AnUpdateThatFailsForTwoOptionsReportsTheFirstFailure) {
+  standing();
+  theClass.data->updateAclActionsInc(1);
+  helper->word = "update";
+  helper->deed = [texts = std::vector<std::string>{"second", "first"}]() mutable {
+    std::string const text = texts.back();
+    texts.pop_back();
+    throw std::runtime_error(text);
+  };
+  EXPECT_EQ(start(update({ipv4, ipv6})).run(), Outcome::failed);
+  EXPECT_EQ(run->failure().error(), "exception: first");
+  EXPECT_EQ(state[ipv6].failure.error(), "exception: second");
 }
 
 TEST_F(Run, ATeardownGoesOnAndReportsItsFirstFailure) {

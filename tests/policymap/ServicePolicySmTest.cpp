@@ -12,6 +12,7 @@ using PolicyMap::PolicyMapSmKey;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 class ServiceMachine : public testing::Test {
  protected:
@@ -131,6 +132,17 @@ TEST_F(ServiceMachine, MayBeRefusedAPolicyMachine) {
   bench.activate();
   EXPECT_EQ(bench.service->policyMapSms(), 0U);
   EXPECT_THAT(bench.settle(), ElementsAre("hwInit"));
+}
+
+// The dependency index alone tells of class-maps here: a second voice would ask twice.
+TEST_F(ServiceMachine, AClassMapThatComesIsOneReasonToAskForAClassMachine) {
+  bench.policy("pm")->classPrioIs(Kor::Name("c"), 10);
+  bench.attach("pm", "Ethernet1");
+  bench.activate();
+  bench.hooks.refuseClasses = true;
+  bench.hooks.taken();
+  bench.classes->classMapConfigIs("c");
+  EXPECT_THAT(bench.hooks.taken(), Contains(StartsWith("pm/input: createClassMapSm c")).Times(1));
 }
 
 TEST_F(ServiceMachine, MayBeRefusedTheCommonDataOfAClass) {

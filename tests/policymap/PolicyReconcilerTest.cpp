@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "policymap/PolicyBench.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace policymap {
+namespace {
+
+using PolicyMap::PolicyMapSmKey;
+using testing::Contains;
+using testing::Each;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr auto ipv4 = ClassMapMatchOption::ipv4;
+constexpr auto ipv6 = ClassMapMatchOption::ipv6;
+PolicyMapSmKey const input("pm", "input");
+
+// Throws in deletePolicy, while there is a text to throw, and does something once in commitPolicy.
+class FaultyLog final : public CallLog {
+ public:
+  std::function<void()> deed;
+  std::string thrown;
+
+  Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) override {
+    if (!thrown.empty()) {
+      throw std::runtime_error(thrown);
+    }
+    return CallLog::deletePolicy(data, option);
+  }
+  Kor::String commitPolicy(PolicyData const& data, ClassMapMatchOption option) override {
+    Kor::String const error = CallLog::commitPolicy(data, option);
+    if (auto const once = std::exchange(deed, nullptr)) {
+      once();
+    }
+    return error;
+  }
+};
+
+// Writes down the options for which it is asked about interfaces.
+class AskedServiceSm final : public ServiceSm {
+ public:
+  using ServiceSm::ServiceSm;
+  std::vector<ClassMapMatchOption> asked;
+  std::vector<Vorel::IntfId> askedIntfs;
+
+  bool allowedIntfForType(Vorel::IntfId which, ClassMapMatchOption option) override {
+    asked.push_back(option);
+    askedIntfs.push_back(which);
+    return ServiceSm::allowedIntfForType(which, option);
+  }
+};
+
+// A service machine of one interface that serves any policy.
+class OneIntfService final : public PolicyMap::PolicyReconciler::Service {
+ public:
+  Kor::Ptr<PolicyMap::PolicyMapAclHelper> helper;
+  Kor::Ptr<Acl::AclDiff> diff = Kor::make<Acl::AclDiff>();
+
+  Kor::Ptr<PolicyMap::PolicyMapAclHelper> const& aclHelper() const override { return helper; }
+  Kor::Ptr<Acl::AclDiff> const& aclDiff() const override { return diff; }
+  bool active() const override { return true; }
+  bool allowsOption(ClassMapMatchOption option) const override { return option == ipv4; }
+  std::vector<Vorel::IntfId> effectiveIntfs(PolicyMapSmKey const& /*key*/,
+                                            ClassMapMatchOption /*option*/) override {
+    return {intf("Ethernet7")};
+  }
+  double retryMin() const override { return 1; }
+  double retryMax() const override { return 60; }
+  double asyncTimeout() const override { return 30; }
+  void policyGone(PolicyMapSmKey const& /*key*/) override {}
+};
+
+class Reconciling : public testing::Test {
+ protected:
+  Reconciling() { bench.simplePolicy(); }
+
+  void ipv6Too() {
+    bench.acls->ip6AclIs("acl")->ruleIs(10, {});
+    bench.classMatches("c", "acl", 2, ipv6);
+  }
+  std::vector<std::string> advance(double seconds) {
+    Kor::EventLoop::global().runFor(seconds);
+    return bench.helper->taken();
+  }
+  Kor::Ptr<AskedServiceSm> startAsked() {
+    auto const asked = Kor::make<AskedServiceSm>(
+        Kor::Ptr<PolicyMap::PolicyMapTypeConfig const>(bench.policies),
+        Kor::Ptr<PolicyMap::ClassMapTypeConfig const>(bench.classes),
+        Kor::Ptr<PolicyMap::PolicyMapStatusRequestDir const>(bench.requests), bench.status,
+        Kor::Ptr<Acl::Config const>(bench.acls), Kor::Ptr<Lag::Input::Config const>(bench.lag),
+        Kor::Ptr<Ip::Status const>(bench.ip), Kor::Ptr<Ip6::Status const>(bench.ip6),
+        Kor::Ptr<Routing::RoutingInfo const>(bench.routing),
+        Kor::Ptr<Routing6::RoutingInfo const>(bench.routing6),
+        Kor::Ptr<PolicyMap::PolicyMapAclHelper>(bench.helper), bench.diff, true, true, true);
+    bench.machine = asked;
+    asked->hasNotificationActiveIs(true);
+    return asked;
+  }
+
+  PolicyBench bench;
+};
+
+TEST_F(Reconciling, OptionsThatFailTogetherAreTriedAgainAfterOneWait) {
+  ipv6Too();
+  bench.helper->answers["addRule"] = "no room";
+  bench.start();
+  bench.settle();
+  bench.helper->answers.clear();
+  auto const calls = advance(1);
+  EXPECT_THAT(calls, Contains("commit pm/input/ipv4"));
+  EXPECT_THAT(calls, Contains("commit pm/input/ipv6"));
+}
+
+TEST_F(Reconciling, AnInterfaceIsNoMatterOfOptionsWithoutRules) {
+  auto const machine = startAsked();
+  bench.settle();
+  machine->asked.clear();
+  bench.attach("pm", "Ethernet2");
+  EXPECT_THAT(bench.settle(), Contains("addIntf pm/input/ipv4 Ethernet2"));
+  EXPECT_THAT(machine->asked, Not(IsEmpty()));
+  EXPECT_THAT(machine->asked, Each(ipv4));
+}
+
+TEST_F(Reconciling, OnlyTheOptionThatFailedIsLookedAtAgain) {
+  ipv6Too();
+  auto const machine = startAsked();
+  bench.settle();
+  bench.helper->answers["addRule"] = "no room";
+  bench.rule("acl", 20);
+  bench.settle();
+  bench.helper->answers.clear();
+  machine->asked.clear();
+  EXPECT_THAT(advance(1), Contains("commit pm/input/ipv4"));
+  EXPECT_THAT(machine->asked, Not(IsEmpty()));
+  EXPECT_THAT(machine->asked, Each(ipv4));
+}
+
+// The helper is to be left when the commit returns, but the service machine goes before.
+TEST_F(Reconciling, ANewServiceMachineIsServedThoughTheOldOneWasLeavingItsHelper) {
+  auto const helper = Kor::make<FaultyLog>();
+  bench.helper = helper;
+  bench.start();
+  auto const policy = bench.machine->policyMapSm(input);
+  OneIntfService next;
+  next.helper = Kor::make<CallLog>();
+  helper->deed = [&] {
+    bench.machine->aclHelperIs(Kor::make<CallLog>());
+    policy->serviceIs(nullptr);
+  };
+  bench.settle();
+  EXPECT_THAT(helper->calls, Each(Not(StartsWith("delete"))));
+  policy->serviceIs(&next);
+  policy->reconciler().everythingChanged();
+  bench.settle();
+  EXPECT_THAT(next.helper.as<CallLog>()->calls, Contains("commit pm/input/ipv4"));
+  policy->serviceIs(nullptr);
+}
+
+TEST_F(Reconciling, AnInterfaceIsNoMatterOfPoliciesThatHaveLeftIt) {
+  bench.attach("pm", "Ethernet2");
+  bench.policy("other")->classPrioIs(Kor::Name("c"), 10);
+  auto const machine = startAsked();
+  bench.attach("other", "Ethernet1");
+  bench.settle();
+  machine->askedIntfs.clear();
+  machine->handleIntf(intf("Ethernet1"), false);
+  bench.settle();
+  EXPECT_THAT(machine->askedIntfs, Not(IsEmpty()));
+  EXPECT_THAT(machine->askedIntfs, Each(intf("Ethernet1")));
+}
+
+TEST_F(Reconciling, AMachineThatIsNotActiveLooksAtNoInterface) {
+  bench.start();
+  bench.settle();
+  bench.machine->hasNotificationActiveIs(false);
+  bench.machine->nonexistent = {intf("Ethernet1")};
+  bench.machine->handleIntf(intf("Ethernet1"), false);
+  EXPECT_TRUE(bench.machine->policyMapSm(input)->activeIntf(intf("Ethernet1")));
+  bench.machine->hasNotificationActiveIs(true);
+  EXPECT_FALSE(bench.machine->policyMapSm(input)->activeIntf(intf("Ethernet1")));
+}
+
+// The rule is refused because of what the helper cannot do.
+TEST_F(Reconciling, ARefusalIsShownAtTheClassAndStaysWithoutInterfaces) {
+  Acl::IpRuleConfig deny;
+  deny.permitIs(false);
+  bench.acls->ipAclIs("acl")->ruleIs(10, deny);
+  bench.helper->denyRulesAllowedIs(false);
+  bench.start();
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(input);
+  std::string const refusal = text(status->error());
+  EXPECT_NE(refusal, "");
+  EXPECT_EQ(text(status->classMapStatus("c")->error()), refusal);
+  bench.machine->nonexistent = {intf("Ethernet1")};
+  bench.machine->handleIntf(intf("Ethernet1"), false);
+  bench.settle();
+  EXPECT_EQ(text(status->error()), refusal);
+}
+
+TEST_F(Reconciling, AFailureGoesWithTheHelperThatHadIt) {
+  bench.helper->answers["addRule"] = "no room";
+  bench.start();
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(input);
+  ASSERT_EQ(status->error(), "no room");
+  bench.machine->aclHelperDel();
+  EXPECT_EQ(status->error(), "");
+  EXPECT_EQ(status->failures(), 0U);
+}
+
+TEST_F(Reconciling, ATeardownThatFailsAgainShowsItsLastText) {
+  auto const helper = Kor::make<FaultyLog>();
+  bench.helper = helper;
+  bench.start();
+  bench.settle();
+  helper->thrown = "first";
+  bench.detach("Ethernet1");
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(input);
+  ASSERT_EQ(status->error(), "exception: first");
+  helper->thrown = "second";
+  advance(1);
+  EXPECT_EQ(status->error(), "exception: second");
+  helper->thrown = "";
+  advance(2);
+  EXPECT_FALSE(bench.status->policyMapStatus(input));
+}
+
+}  // namespace
+}  // namespace policymap
