@@ -166,6 +166,9 @@ void ClassMapSm::handleAction() {
   for (auto const& entry : actionSmIteratorConst()) {
     kinds.insert(entry.key());
   }
+  for (auto const& [kind, action] : refused_) {
+    kinds.insert(kind);
+  }
   if (classAction()) {
     for (auto const& entry : classAction()->actionIteratorConst()) {
       kinds.insert(entry.key());

@@ -136,6 +136,18 @@ TEST_F(ClassMachine, TakesAnEmptyAnswerOnceUntilTheConfigurationChanges) {
   EXPECT_TRUE(machine->actionSm(ActionType{4}));
 }
 
+TEST_F(ClassMachine, AnActionThatWasRefusedAMachineLeavesNoTrace) {
+  hooks.refusedKinds = {4};
+  auto const refused = action(4);
+  activate();
+  EXPECT_TRUE(machine->classCommonData()->action(ActionType{4}));
+  actions->actionDel(ActionType{4});
+  EXPECT_FALSE(machine->classCommonData()->action(ActionType{4}));
+  hooks.taken();
+  actions->actionIs(ActionType{4}, refused);
+  EXPECT_THAT(hooks.taken(), ElementsAre("c: createActionSm 4 data action"));
+}
+
 TEST_F(ClassMachine, ARemovedActionMachineIsAZombieAlsoWhenACallerHoldsIt) {
   auto const watched = action(1);
   activate();
