@@ -27,7 +27,7 @@ std::string tinted(TextStyle const& style, Tint tint, std::string_view text);
 
 /// The text cut at blanks into lines of `width` columns at most; a longer word is a line of its
 /// own.
-std::vector<std::string> wrapped(std::string_view text, std::size_t width);
+std::vector<std::string> wrapped(std::string_view original, std::size_t width);
 
 /// As many items on a line as fit into `width` columns, with `separator` between two; no item is
 /// cut.

@@ -88,7 +88,7 @@ class POLICYMAP_API HelperArbiter {
   Answer call(Operation&& operation) {
     Kor::Ptr<Kor::PtrInterface> const pinned = Kor::share(&helper_);
     ++calls_;
-    Answer const answer = answerOf(operation);
+    Answer answer = answerOf(operation);
     if (--calls_ == 0) {
       callsEnded();
     }

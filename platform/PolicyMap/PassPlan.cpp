@@ -66,6 +66,7 @@ std::vector<Step> intfSteps(HelperOperation operation, ClassMapMatchOption optio
   std::set_difference(of.begin(), of.end(), without.begin(), without.end(),
                       std::back_inserter(intfs));
   std::vector<Step> steps;
+  steps.reserve(intfs.size());
   for (Vorel::IntfId const intf : intfs) {
     steps.push_back({operation, option, intf});
   }
