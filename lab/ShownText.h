@@ -13,8 +13,8 @@ namespace lab {
 /// shown already.
 std::string shownText(std::string_view text);
 
-/// The message with its long words cut, and cut itself where it is still long; "..." is behind
-/// each cut.
+/// The message with its long words cut, and cut itself where it is still long; "..." follows each
+/// cut.
 std::string shortened(std::string_view message);
 
 }  // namespace lab

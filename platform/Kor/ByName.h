@@ -67,7 +67,7 @@ class KOR_API AttributeName {
 // The entered type of that qualified name. Raises RangeException "no such type: NAME", likewise.
 [[nodiscard]] KOR_API KorType const& typeNamed(std::string_view name);
 
-// A function is called and everything else is read; the operation behind both has the same code.
+// A function is called and everything else is read; both use the same operation code.
 // These raise OpNotSupportedException for the other kind.
 inline void needCallable(KorAttr const& attr) {
   if (!attr.isFunction()) [[unlikely]] {
@@ -269,8 +269,8 @@ class KOR_API GenericPlace {
   void del() const { operation(AttributeOperation::del); }
 
   // Of a whole collection; for a member these raise BadIndexAttrException, for what is no
-  // collection OpNotSupportedException. A walk survives the removal of members, the one it stands
-  // on included.
+  // collection OpNotSupportedException. A walk survives the removal of members, its current one
+  // included.
   [[nodiscard]] std::size_t size() const {
     return static_cast<std::size_t>(operation(AttributeOperation::count).value().integer());
   }

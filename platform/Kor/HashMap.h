@@ -350,7 +350,7 @@ class HashMap {
     while (members_ != 0) {
       Member* const head = firstFrom(bucketOf(place));
       if (head == nullptr) {
-        return;  // what is left was inserted behind the walk
+        return;  // what is left was inserted before the current place
       }
       place = link(head).reversedHash_;
       Kor::Ptr<Member> const removed = share(head);

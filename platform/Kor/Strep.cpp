@@ -124,7 +124,7 @@ class StringLiteralReader {
   }
 
  private:
-  // The longest of the prefixes that stands here.
+  // The longest prefix that matches here.
   void readPrefix() {
     for (std::string_view const prefix : {"br", "rb", "b", "r", "u"}) {
       std::string_view const ahead = rest(it_, end_).substr(0, prefix.size());

@@ -4,9 +4,9 @@
 // Tracing: lines with a source name and a level, 0 (errors) to 9 (everything).
 //
 // A handle is on up to its level; level 0 is always on. KOR_TRACE=PolicyMapTestSm/8,PolicyMap/1 in
-// the environment sets levels by source name, `*` stands for all, and a name without a level means
-// level 9; what is neither is told on stderr and has no effect. traceLevelIs() does the same by
-// call. A line is formatted only when its level is on: a line that is off costs one load and a
+// the environment sets levels by source name, `*` means every source, and a name without a level
+// means level 9; what is neither is told on stderr and has no effect. traceLevelIs() does the same
+// by call. A line is formatted only when its level is on: a line that is off costs one load and a
 // branch.
 
 #include "Kor/Export.h"

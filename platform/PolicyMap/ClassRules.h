@@ -44,7 +44,7 @@ struct NamedRule {
 template <class Rule>
 class NamedRules final : public Kor::PtrInterface {
  public:
-  // No name stands twice, and every rule matches something.
+  // Names are unique, and every rule matches something.
   explicit NamedRules(std::vector<NamedRule<Rule>> rules) : rules_(std::move(rules)) {}
 
   [[nodiscard]] std::vector<NamedRule<Rule>> const& rules() const { return rules_; }
@@ -88,7 +88,7 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
   using Sources = std::variant<RuleSources<Acl::IpRuleConfig>, RuleSources<Acl::Ip6RuleConfig>,
                                RuleSources<Acl::MacRuleConfig>>;
 
-  // No access list and no name of a rule stands twice among the sources.
+  // Access lists and names of rules are unique among the sources.
   explicit ClassRules(Sources sources);
   ~ClassRules() override;
 

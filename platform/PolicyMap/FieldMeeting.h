@@ -68,7 +68,7 @@ Meeting meet(Acl::AddressMatch<Traits> const& a, Acl::AddressMatch<Traits> const
 
 Meeting meet(Acl::TtlMatch const& a, Acl::TtlMatch const& b, Acl::TtlMatch& both);
 
-/// A port match and, unless empty, the ranges that it stands for.
+/// A port match and, unless empty, the exact ranges it represents.
 struct ExactPorts {
   Acl::PortMatch const& match;
   PortRanges const& exact;
