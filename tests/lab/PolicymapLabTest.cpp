@@ -81,13 +81,14 @@ TEST_F(PolicymapLab, AnAssertionEndsAScriptButNoSessionAtATerminal) {
   if (shell("script -qec true /dev/null").status != 0) {
     GTEST_SKIP() << "script finds no pseudo-terminal here: the prompt was not tried";
   }
+  // Copies of what was typed, which the line editor keeps to the end. Nothing here calls it.
+  std::string const kept = file("kept.supp", "leak:^wcsdup$\n");
   Process const typed = shell("(while IFS= read -r line; do sleep 0.2; printf '%s\\r' \"$line\"; "
                               "done <" +
                               script +
                               "; sleep 0.2; printf 'quit\\r'; sleep 0.5) | TERM=xterm "
-                              "ASAN_OPTIONS=detect_leaks=0 "  // the line editor keeps its copies
-                              "script -qec '" +
-                              binary + " shell' /dev/null");
+                              "LSAN_OPTIONS=print_suppressions=0:suppressions=" +
+                              kept + " script -qec '" + binary + " shell' /dev/null");
   EXPECT_EQ(typed.status, 0);
   auto const told = typed.out.find("Kor/Ptr: assertion \"object_ != nullptr\" failed at ");
   ASSERT_NE(told, std::string::npos) << typed.out;
