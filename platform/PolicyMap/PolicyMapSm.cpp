@@ -242,7 +242,7 @@ void PolicyMapSm::bringClass(Kor::Name const& name) {
     return;
   }
   if (leftClasses_.erase(name) != 0) {
-    reconciler_->classChanged(name);  // its status may have been passed over while it was away
+    reconciler_->rulesChanged();  // its status may have been passed over while it was away
   }
   if (Kor::Ptr<PolicyMap::ClassMapSm> const machine = classMapSm(name)) {
     machine->classMapConfigIs(map);
@@ -282,7 +282,7 @@ void PolicyMapSm::makeClassMachine(Kor::Name const& name, Kor::Ptr<ClassMapConfi
     status->errorIs({});  // that the class-map is missing
     machine->classMapStatusIs(status);
   }
-  reconciler_->classChanged(name);
+  reconciler_->rulesChanged();
 }
 
 // Below a service-policy machine the class machine stays until the event loop turns: a class that

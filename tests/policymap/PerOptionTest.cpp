@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <PolicyMap/PerOption.h>
+
+#include <gmock/gmock.h>
+
+#include <vector>
+
+namespace policymap {
+namespace {
+
+using PolicyMap::allMatchOptions;
+using PolicyMap::ClassMapMatchOption;
+using PolicyMap::PerOption;
+using testing::Each;
+using testing::ElementsAre;
+
+TEST(PerOption, HoldsOneValuePerOption) {
+  PerOption<int> values;
+  EXPECT_THAT(std::vector(values.begin(), values.end()), Each(0));
+  int next = 0;
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    values[option] = ++next;
+  }
+  EXPECT_THAT(std::vector(values.begin(), values.end()), ElementsAre(1, 2, 3, 4));
+  EXPECT_EQ(values[ClassMapMatchOption::ipv4], 1);
+  EXPECT_EQ(values[ClassMapMatchOption::ipv6], 2);
+  EXPECT_EQ(values[ClassMapMatchOption::mac], 3);
+  EXPECT_EQ(values[ClassMapMatchOption::mpls], 4);
+}
+
+TEST(PerOption, OfAnUnknownOptionIsThatOfMpls) {
+  PerOption<int> values;
+  values[ClassMapMatchOption{77}] = 5;
+  EXPECT_EQ(values[ClassMapMatchOption::mpls], 5);
+  PerOption<int> const& constant = values;
+  EXPECT_EQ(constant[ClassMapMatchOption{99}], 5);
+}
+
+}  // namespace
+}  // namespace policymap
