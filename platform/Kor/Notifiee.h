@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Notification: how observers register with an object and are told of its changes.
+// Notification: how observers register with an object and are notified of its changes.
 //
 // An observed class X derives from its root and from NotifieeList, and declares
 //
