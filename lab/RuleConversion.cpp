@@ -8,7 +8,7 @@ namespace lab {
 
 namespace {
 
-template <typename Match>
+template <class Match>
 Match addressMatch(Address const& address) {
   typename Match::Bytes value{};
   typename Match::Bytes mask{};
@@ -17,7 +17,7 @@ Match addressMatch(Address const& address) {
   return Match(value, mask);
 }
 
-template <typename Configured, typename Source>
+template <class Configured, class Source>
 Configured withAddresses(Source const& rule) {
   Configured configured;
   using Match = typename Configured::AddressMatch;
@@ -26,13 +26,13 @@ Configured withAddresses(Source const& rule) {
   return configured;
 }
 
-template <typename Match>
+template <class Match>
 Match numberMatch(NumberMatch const& match) {
   switch (match.comparison) {
   case Comparison::any: break;
   case Comparison::eq: return Match::eq(match.low);
   case Comparison::neq: return Match::neq(match.low);
-  // The bounds are those of the numbers that match.
+  // The bounds are those of the matching numbers.
   case Comparison::lt: return Match::lt(match.high + 1);
   case Comparison::gt: return Match::gt(match.low - 1);
   case Comparison::range: return Match::range(match.low, match.high);
@@ -48,12 +48,12 @@ Acl::PortMatch portMatch(PortRange const& range) {
                                  : Acl::PortMatch::range(range.low, range.high);
 }
 
-template <typename Number>
+template <class Number>
 Acl::OptionalNumber optionalNumber(std::optional<Number> const& number) {
   return number ? Acl::OptionalNumber(*number) : Acl::OptionalNumber();
 }
 
-template <typename Configured>
+template <class Configured>
 Configured ipRule(IpRule const& rule) {
   auto configured = withAddresses<Configured>(rule);
   configured.permitIs(rule.verdict == Verdict::permit);
@@ -81,7 +81,7 @@ Acl::MacRuleConfig macRule(MacRule const& rule) {
   return configured;
 }
 
-template <typename Configured>
+template <class Configured>
 Configured filterRule(FilterRule const& rule) {
   auto configured = withAddresses<Configured>(rule);
   configured.protocolIs(optionalNumber(rule.protocol));

@@ -31,7 +31,7 @@ constexpr NamedFlag tcpFlags[] = {
     {"rst", tcp_flag::rst}, {"syn", tcp_flag::syn}, {"urg", tcp_flag::urg},
 };
 
-/// The comparison word that comes next, taken; `any` when there is none.
+// Consumes the next word if it is a comparison; otherwise returns `any`.
 Comparison acceptComparison(Lexer& lexer) noexcept {
   for (auto const& [name, comparison] : comparisons) {
     if (lexer.accept(name)) {
@@ -41,9 +41,9 @@ Comparison acceptComparison(Lexer& lexer) noexcept {
   return Comparison::any;
 }
 
-/// Reads the operands of a comparison on numbers up to `highest`. A comparison that no number can
-/// meet is refused by the bounds of its operand. `takeOperand(low, high)` reads one of them.
-template <typename TakeOperand>
+// Parses the operands of a comparison on numbers up to `highest`. The bounds of the operand exclude
+// comparisons that no number satisfies. `takeOperand(low, high)` parses one operand.
+template <class TakeOperand>
 NumberMatch takeOperands(Comparison comparison, std::uint64_t highest, TakeOperand takeOperand) {
   auto const match = [comparison](std::uint64_t low, std::uint64_t high) {
     return NumberMatch{comparison, static_cast<std::uint16_t>(low),
@@ -104,7 +104,8 @@ AddressBytes takeWildcard(Lexer& lexer, Family family) {
   return invertedBits(family, takeAddress(lexer, family, "wildcard bits"));
 }
 
-/// `any` and `host A`, which every kind of list has; none when the next word is neither.
+// Parses `any` or `host A`, which are common to all kinds of lists; none if the next word is
+// neither.
 std::optional<Address> takeAnyOrHost(Lexer& lexer, Family family, std::string_view what) {
   if (lexer.accept("any")) {
     return Address{};
@@ -159,10 +160,10 @@ bool isMacAddress(Token const& token) {
   return parseAddress(Family::mac, token.text, bytes);
 }
 
-/// Is the MAC address that comes next a mask of the source before it? `A B` is a source and a
-/// destination, so that the second one can be the mask of the source only if a destination follows
-/// it. Raises SyntaxFailure at the source when the lexer `atSource` begins three addresses and no
-/// more, since either of the first two could be what the mask belongs to.
+// True if the next MAC address is a mask of the source before it. `A B` is a source and a
+// destination, so the second address can be the source's mask only if a destination follows it.
+// Raises SyntaxFailure at the source if the lexer `atSource` is at exactly three addresses, because
+// the mask could then belong to either of the first two.
 bool sourceMaskFollows(Lexer const& lexer, Lexer const& atSource) {
   if (!isMacAddress(lexer.peek())) {
     return false;
@@ -211,7 +212,7 @@ std::optional<std::uint8_t> takeProtocol(Lexer& lexer, Family family) {
   return number;
 }
 
-/// The part of a rule behind its addresses, in any order, each option once.
+// The options after the addresses of a rule, in any order, each at most once.
 class IpOptions {
  public:
   IpOptions(Lexer& lexer, IpRule& rule) : lexer_(lexer), rule_(rule) {}

@@ -41,7 +41,7 @@ std::string protocolText(OptionalNumber protocol, std::string_view anyProtocol) 
 constexpr std::array<std::string_view, 8> flagNames{"fin", "syn", "rst", "psh",
                                                     "ack", "urg", "ece", "cwr"};
 
-// "+syn -ack": what must be set and what must be clear.
+// "+syn -ack": the flags that must be set and those that must be clear.
 std::string flagsText(TcpFlags flags) {
   std::string text;
   for (unsigned bit = 0; bit < flagNames.size(); ++bit) {

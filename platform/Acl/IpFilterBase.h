@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// IpFilterBase: what IPv4 and IPv6 rules match besides the addresses.
+// IpFilterBase: the fields that IPv4 and IPv6 rules match besides the addresses.
 //
-// Every writer checks its value before it stores it and raises RangeException
-// "IpFilterBase::ATTRIBUTE < LOWEST or > HIGHEST not allowed".
+// Every setter checks its value first and raises RangeException "IpFilterBase::ATTRIBUTE < LOWEST
+// or > HIGHEST not allowed".
 
 #include "Acl/NumberMatch.h"
 #include "Acl/OptionalNumber.h"
@@ -38,44 +38,44 @@ class POLICYMAP_API IpFilterBase {
         Kor::field("vni", &F::vni, &F::vniIs));
   }
 
-  /// Permit (the default) or deny.
+  // True: permit (the default). False: deny.
   [[nodiscard]] bool permit() const { return permit_; }
   void permitIs(bool permit) { permit_ = permit; }
-  /// 0 to 255, none for any.
+  // 0 to 255; none matches any.
   [[nodiscard]] OptionalNumber protocol() const { return protocol_.get(); }
   void protocolIs(OptionalNumber protocol);
   [[nodiscard]] PortMatch srcPort() const { return srcPort_; }
   void srcPortIs(PortMatch const& srcPort) { srcPort_ = srcPort; }
   [[nodiscard]] PortMatch dstPort() const { return dstPort_; }
   void dstPortIs(PortMatch const& dstPort) { dstPort_ = dstPort; }
-  /// 0 to 63, none for any.
+  // 0 to 63; none matches any.
   [[nodiscard]] OptionalNumber dscp() const { return dscp_.get(); }
   void dscpIs(OptionalNumber dscp);
   [[nodiscard]] TtlMatch ttl() const { return ttl_; }
   void ttlIs(TtlMatch const& ttl) { ttl_ = ttl; }
   [[nodiscard]] TcpFlags tcpFlags() const { return tcpFlags_; }
   void tcpFlagsIs(TcpFlags const& tcpFlags) { tcpFlags_ = tcpFlags; }
-  /// Only packets of an established connection.
+  // Matches only packets of an established connection.
   [[nodiscard]] bool established() const { return established_; }
   void establishedIs(bool established) { established_ = established; }
-  /// Only packets with ACK or RST (or both) set, which no value and mask can say.
+  // Matches only packets with ACK or RST (or both) set, which value and mask cannot express.
   [[nodiscard]] bool ackOrRst() const { return ackOrRst_; }
   void ackOrRstIs(bool ackOrRst) { ackOrRst_ = ackOrRst; }
-  /// Only fragments behind the first.
+  // Matches non-initial fragments only.
   [[nodiscard]] bool fragments() const { return fragments_; }
   void fragmentsIs(bool fragments) { fragments_ = fragments; }
-  /// 0 to 255, none for any.
+  // 0 to 255; none matches any.
   [[nodiscard]] OptionalNumber icmpType() const { return icmpType_.get(); }
   void icmpTypeIs(OptionalNumber icmpType);
   [[nodiscard]] OptionalNumber icmpCode() const { return icmpCode_.get(); }
   void icmpCodeIs(OptionalNumber icmpCode);
-  /// Tenant network and virtual network identifier, 0 to 16777215; 0 for any.
+  // Tenant network and virtual network identifier, 0 to 16777215; 0 matches any.
   [[nodiscard]] std::uint32_t tni() const { return tni_; }
   void tniIs(std::int64_t tni);
   [[nodiscard]] std::uint32_t vni() const { return vni_; }
   void vniIs(std::int64_t vni);
 
-  /// Whether there can be no packet that it takes, as with ports `lt 0`.
+  // True if no packet can match, e.g. ports `lt 0`.
   [[nodiscard]] bool matchesNothing() const {
     return srcPort_.matchesNothing() || dstPort_.matchesNothing() || ttl_.matchesNothing();
   }
@@ -84,8 +84,7 @@ class POLICYMAP_API IpFilterBase {
   std::strong_ordering operator<=>(IpFilterBase const&) const = default;
 
  protected:
-  /// The line of a rule with these addresses; `anyProtocol` stands for the protocol when that is
-  /// any.
+  // The line of a rule with these addresses. `anyProtocol` is the word for any protocol.
   [[nodiscard]] std::string describeFilter(std::string_view anyProtocol, std::string_view source,
                                            std::string_view destination) const;
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// MacFilter: what MAC rules match besides the addresses.
+// MacFilter: the fields that MAC rules match besides the addresses.
 //
-// Every writer checks its value before it stores it and raises RangeException
-// "MacFilter::ATTRIBUTE < LOWEST or > HIGHEST not allowed".
+// Every setter checks its value first and raises RangeException "MacFilter::ATTRIBUTE < LOWEST or >
+// HIGHEST not allowed".
 
 #include "Acl/OptionalNumber.h"
 #include "Kor/Strep.h"
@@ -29,29 +29,29 @@ class POLICYMAP_API MacFilter {
                       Kor::field("mplsInnerLabel", &F::mplsInnerLabel, &F::mplsInnerLabelIs));
   }
 
-  /// Permit (the default) or deny.
+  // True: permit (the default). False: deny.
   [[nodiscard]] bool permit() const { return permit_; }
   void permitIs(bool permit) { permit_ = permit; }
-  /// 0 to 65535, none for any.
+  // 0 to 65535; none matches any.
   [[nodiscard]] OptionalNumber ethertype() const { return ethertype_.get(); }
   void ethertypeIs(OptionalNumber ethertype);
-  /// 1 to 4094, none for any.
+  // 1 to 4094; none matches any.
   [[nodiscard]] OptionalNumber vlan() const { return vlan_.get(); }
   void vlanIs(OptionalNumber vlan);
-  /// The outer and the next MPLS label, 0 to 1048575, none for any.
+  // The outer and the next MPLS label, 0 to 1048575; none matches any.
   [[nodiscard]] OptionalNumber mplsLabel() const { return mplsLabel_.get(); }
   void mplsLabelIs(OptionalNumber mplsLabel);
   [[nodiscard]] OptionalNumber mplsInnerLabel() const { return mplsInnerLabel_.get(); }
   void mplsInnerLabelIs(OptionalNumber mplsInnerLabel);
 
-  /// Whether there can be no packet that it takes: every MAC match takes some.
+  // Always false: every MAC rule matches some packets.
   [[nodiscard]] static bool matchesNothing() { return false; }
 
   bool operator==(MacFilter const&) const = default;
   std::strong_ordering operator<=>(MacFilter const&) const = default;
 
  protected:
-  /// The line of a rule with these addresses; `anyProtocol` stands before them.
+  // The line of a rule with these addresses, preceded by `anyProtocol`.
   [[nodiscard]] std::string describeFilter(std::string_view anyProtocol, std::string_view source,
                                            std::string_view destination) const;
 

@@ -8,7 +8,7 @@
 
 namespace Acl {
 
-/// A rule's line in the making: words with single blanks between them. Empty words leave no trace.
+// Builds the line of a rule: words separated by single blanks. Empty words are ignored.
 class Words {
  public:
   explicit Words(bool permit) : text_(permit ? "permit" : "deny") {}
