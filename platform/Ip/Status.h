@@ -39,8 +39,8 @@ class POLICYMAP_API Status : public AddressStatus<Status> {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  KOR_VALUE_COLLECTION(Status, intfAddress, IntfAddress, Vorel::IntfId, Address, ,
-                       { addressChanged(key); })
+  KOR_VALUE_COLLECTION(Status, intfAddress, IntfAddress, Vorel::IntfId, Address,
+                       KOR_ON_CHANGE(addressChanged(key)))
 };
 
 }  // namespace Ip

@@ -42,10 +42,9 @@ class POLICYMAP_API ClassMapSubConfig : public Kor::Entity {
   [[nodiscard]] ClassMapMatchType matchType() const { return matchType_; }
   void matchTypeIs(ClassMapMatchType type);
 
-  KOR_VALUE_COLLECTION(ClassMapSubConfig, match, Match, std::uint32_t, ClassMapMatch, ,
-                       { announceMatch(key); })
+  KOR_VALUE_COLLECTION(ClassMapSubConfig, match, Match, std::uint32_t, ClassMapMatch,
+                       KOR_ON_CHANGE(announceMatch(key)))
 
- public:
   static constexpr Kor::AttributeId matchTypeId = 258;
   static constexpr Kor::AttributeId matchId = 259;
 
@@ -131,9 +130,8 @@ class POLICYMAP_API ClassMapTypeConfig : public Kor::Entity {
   [[nodiscard]] static Kor::KorType* _fwkType();
 
   KOR_OWNED_COLLECTION(ClassMapTypeConfig, classMapConfig, ClassMapConfig, Kor::Name,
-                       PolicyMap::ClassMapConfig, , { announceClassMapConfig(key); })
+                       PolicyMap::ClassMapConfig, KOR_ON_CHANGE(announceClassMapConfig(key)))
 
- public:
   static constexpr Kor::AttributeId classMapConfigId = 258;
 
  private:

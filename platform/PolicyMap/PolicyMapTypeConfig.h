@@ -77,10 +77,9 @@ class POLICYMAP_API ClassAction : public Kor::Entity, public Kor::HashMapLink<Cl
   [[nodiscard]] Kor::Name const& className() const { return name(); }
 
   // action(kind) answers the action or null.
-  KOR_VALUE_COLLECTION(ClassAction, action, Action, ActionType, Kor::Ptr<PolicyMap::Action>, ,
-                       { announceAction(key); })
+  KOR_VALUE_COLLECTION(ClassAction, action, Action, ActionType, Kor::Ptr<PolicyMap::Action>,
+                       KOR_ON_CHANGE(announceAction(key)))
 
- public:
   static constexpr Kor::AttributeId actionId = 258;
 
  private:
@@ -116,20 +115,19 @@ class POLICYMAP_API PolicyMapSubConfig : public Kor::Entity {
   [[nodiscard]] static Kor::KorType* _fwkType();
 
   // The priority of each class; lower numbers come first, equal ones by class name.
-  KOR_VALUE_COLLECTION(PolicyMapSubConfig, classPrio, ClassPrio, Kor::Name, std::uint32_t, ,
-                       { announceClassPrio(key); })
+  KOR_VALUE_COLLECTION(PolicyMapSubConfig, classPrio, ClassPrio, Kor::Name, std::uint32_t,
+                       KOR_ON_CHANGE(announceClassPrio(key)))
   // The class at each priority: follows classPrio by itself. Of several classes at one priority,
   // the one written last.
-  KOR_VALUE_COLLECTION(PolicyMapSubConfig, prioClass, PrioClass, std::uint32_t, Kor::Name, ,
-                       { announcePrioClass(key); })
+  KOR_VALUE_COLLECTION(PolicyMapSubConfig, prioClass, PrioClass, std::uint32_t, Kor::Name,
+                       KOR_ON_CHANGE(announcePrioClass(key)))
   KOR_OWNED_COLLECTION(PolicyMapSubConfig, classAction, ClassAction, Kor::Name,
-                       PolicyMap::ClassAction, , { announceClassAction(key); })
+                       PolicyMap::ClassAction, KOR_ON_CHANGE(announceClassAction(key)))
   // Matches written in the policy itself, by class; they serve where no class-map of that name
   // exists.
   KOR_VALUE_COLLECTION(PolicyMapSubConfig, rawClassMap, RawClassMap, Kor::Name,
-                       Kor::Ptr<ClassMapSubConfig>, , { announceRawClassMap(key); })
+                       Kor::Ptr<ClassMapSubConfig>, KOR_ON_CHANGE(announceRawClassMap(key)))
 
- public:
   // Classes in the order in which they are programmed.
   [[nodiscard]] std::vector<Kor::Name> classesInOrder() const;
 
@@ -219,13 +217,12 @@ class POLICYMAP_API PolicyMapTypeConfig : public Kor::Entity {
   [[nodiscard]] static Kor::KorType* _fwkType();
 
   KOR_OWNED_COLLECTION(PolicyMapTypeConfig, policyMapConfig, PolicyMapConfig, Kor::Name,
-                       PolicyMap::PolicyMapConfig, , { announcePolicyMapConfig(key); })
+                       PolicyMap::PolicyMapConfig, KOR_ON_CHANGE(announcePolicyMapConfig(key)))
   // The policy-map attached at an interface in a direction. Writers throw a RangeException for a
   // direction other than "input" and "output".
   KOR_VALUE_COLLECTION(PolicyMapTypeConfig, servicePolicy, ServicePolicy, ServicePolicyKey,
-                       Kor::Name, , { announceServicePolicy(key); })
+                       Kor::Name, KOR_ON_CHANGE(announceServicePolicy(key)))
 
- public:
   static constexpr Kor::AttributeId policyMapConfigId = 258;
   static constexpr Kor::AttributeId servicePolicyId = 259;
 

@@ -126,10 +126,9 @@ class POLICYMAP_API ClassMapStatus : public Kor::Entity, public Kor::HashMapLink
   void programmedIs(bool programmed);
 
   // Packets that each rule had matched when counts were last asked for.
-  KOR_VALUE_COLLECTION(ClassMapStatus, hitCount, HitCount, AclRuleKey, std::uint64_t, ,
-                       { announceHitCount(key); })
+  KOR_VALUE_COLLECTION(ClassMapStatus, hitCount, HitCount, AclRuleKey, std::uint64_t,
+                       KOR_ON_CHANGE(announceHitCount(key)))
 
- public:
   static constexpr Kor::AttributeId errorId = 258;
   static constexpr Kor::AttributeId programmedId = 259;
   static constexpr Kor::AttributeId hitCountId = 260;
@@ -179,22 +178,21 @@ class POLICYMAP_API PolicyMapStatus : public Kor::Entity, public Kor::HashMapLin
   void errorIs(Kor::String const& error);
 
   // The options for which the policy stands in the hardware; absent: it does not.
-  KOR_VALUE_COLLECTION(PolicyMapStatus, programmed, Programmed, ClassMapMatchOption, bool, ,
-                       { announceProgrammed(key); })
+  KOR_VALUE_COLLECTION(PolicyMapStatus, programmed, Programmed, ClassMapMatchOption, bool,
+                       KOR_ON_CHANGE(announceProgrammed(key)))
   // What went wrong, by option; absent: nothing.
-  KOR_VALUE_COLLECTION(PolicyMapStatus, failure, Failure, ClassMapMatchOption, PolicyFailure, ,
-                       { announceFailure(key); })
+  KOR_VALUE_COLLECTION(PolicyMapStatus, failure, Failure, ClassMapMatchOption, PolicyFailure,
+                       KOR_ON_CHANGE(announceFailure(key)))
   KOR_OWNED_COLLECTION(PolicyMapStatus, classMapStatus, ClassMapStatus, Kor::Name,
-                       PolicyMap::ClassMapStatus, , { announceClassMapStatus(key); })
+                       PolicyMap::ClassMapStatus, KOR_ON_CHANGE(announceClassMapStatus(key)))
   // When each option that stands was last programmed, in seconds of the event loop's clock; absent:
   // it does not stand.
   KOR_VALUE_COLLECTION(PolicyMapStatus, timeProgrammed, TimeProgrammed, ClassMapMatchOption, double,
-                       , { announceTimeProgrammed(key); })
+                       KOR_ON_CHANGE(announceTimeProgrammed(key)))
   // Where the policy is applied; membership alone counts.
-  KOR_VALUE_COLLECTION(PolicyMapStatus, appliedIntf, AppliedIntf, OptionIntf, bool, ,
-                       { announceAppliedIntf(key); })
+  KOR_VALUE_COLLECTION(PolicyMapStatus, appliedIntf, AppliedIntf, OptionIntf, bool,
+                       KOR_ON_CHANGE(announceAppliedIntf(key)))
 
- public:
   // Where the policy is applied for one option, ascending.
   [[nodiscard]] std::vector<Vorel::IntfId> intfs(ClassMapMatchOption option) const;
 
@@ -251,9 +249,8 @@ class POLICYMAP_API PolicyMapTypeStatus : public Kor::Entity {
   [[nodiscard]] static Kor::KorType* _fwkType();
 
   KOR_OWNED_COLLECTION(PolicyMapTypeStatus, policyMapStatus, PolicyMapStatus, PolicyMapSmKey,
-                       PolicyMap::PolicyMapStatus, , { announcePolicyMapStatus(key); })
+                       PolicyMap::PolicyMapStatus, KOR_ON_CHANGE(announcePolicyMapStatus(key)))
 
- public:
   static constexpr Kor::AttributeId policyMapStatusId = 258;
 
  private:
@@ -291,9 +288,8 @@ class POLICYMAP_API PolicyMapStatusRequestDir : public Kor::Entity {
   // A new number asks for the counts of that policy once more; they stand in its class statuses
   // when the event loop has turned.
   KOR_VALUE_COLLECTION(PolicyMapStatusRequestDir, countRequest, CountRequest, PolicyMapSmKey,
-                       std::uint32_t, , { announceCountRequest(key); })
+                       std::uint32_t, KOR_ON_CHANGE(announceCountRequest(key)))
 
- public:
   static constexpr Kor::AttributeId countRequestId = 258;
 
  private:

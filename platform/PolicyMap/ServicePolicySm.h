@@ -66,10 +66,9 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   virtual void allowMacAclIs(bool allow);
   virtual void commonDataDel();
   virtual void commonDataIs(Kor::Ptr<PolicyMapGlobalData> const& commonData);
-  KOR_VALUE_COLLECTION(ServicePolicySm, policyMapSm, PolicyMapSm, PolicyMapSmKey,
-                       Kor::Ptr<PolicyMap::PolicyMapSm>, virtual, {})
+  KOR_VIRTUAL_VALUE_COLLECTION(ServicePolicySm, policyMapSm, PolicyMapSm, PolicyMapSmKey,
+                               Kor::Ptr<PolicyMap::PolicyMapSm>)
 
- public:
   // Seconds: the first and the longest wait before a failed policy is tried again, and how long an
   // asynchronous result may take. A RangeException refuses what is not above 0, and a retryMin
   // above retryMax.
