@@ -3,10 +3,10 @@
 
 // IpAclConfig, Ip6AclConfig, MacAclConfig: access lists, rules by sequence number.
 //
-// A list stands in a Config and tells it of every announced change of a rule, for as long as it
-// stands there. Rules put in by newRule() are announced to nobody, as in every collection; the next
-// rulesBySeq() has them all the same. Do not write through korRule(seq)->valueIs(): an entry does
-// not know its list.
+// A list that is a member of a Config reports every announced change of a rule to it. Rules that
+// newRule() inserts are not announced, as in every collection; the next rulesBySeq() contains them
+// nevertheless. Do not write through korRule(seq)->valueIs(): an entry does not know its list, so
+// such a write is not announced, and rulesBySeq() may miss it.
 
 #include "Acl/AclRules.h"
 #include "Acl/Ip6RuleConfig.h"
@@ -19,7 +19,7 @@
 #include "Kor/Notifiee.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <cstdint>
 #include <utility>
@@ -29,14 +29,14 @@ namespace Acl {
 
 class Config;
 
-/// What a list is apart from the type of its rules.
+/// The part of a list that does not depend on the type of its rules.
 class POLICYMAP_API AclBase : public Kor::Entity {
  public:
   ~AclBase() override;
 
   static constexpr Kor::AttributeId ruleId = 258;
 
-  /// The key under which the list stands in its Config.
+  /// The key of the list in its Config.
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
 
  protected:
@@ -81,7 +81,7 @@ class POLICYMAP_API MacAclRules : public AclBase {
   using AclBase::AclBase;
 };
 
-/// Hears of an access list of type `List`.
+/// Observes an access list of type `List`.
 template <class List>
 class AclNotifieeConst : public Kor::NotifieeOf<List, Kor::Entity::NotifieeConst> {
  public:
@@ -117,8 +117,8 @@ class POLICYMAP_API AclConfigBase : public Rules, public Kor::HashMapLink<Self> 
     return Rules::newRule(seq, rule);
   }
 
-  /// The rules as they stand, by ascending sequence number; never null. Made on demand and kept
-  /// until the next edit, so between edits every call answers the same object.
+  /// The current rules by ascending sequence number; never null. Created on demand and kept
+  /// until the next edit, so between edits every call returns the same object.
   [[nodiscard]] RulesPtr rulesBySeq() const;
 
  protected:

@@ -10,7 +10,7 @@
 #include "Kor/Notifiee.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 namespace Acl {
 

@@ -205,7 +205,7 @@ GenericValue data(Instance const& self, KorAttr const& attr, AttributeOperation 
   return {};
 }
 
-// The queries that all collections answer.
+// The queries that all collections support.
 template <class Self, class Attribute>
 GenericValue query(Instance const& self, KorAttr const& attr, AttributeOperation const& operation) {
   using Key = typename Attribute::Key;

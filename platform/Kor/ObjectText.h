@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Text forms of objects: Ptr('Ns::Type', 3), with the name behind the number for an entity that has
-// one, and None for a null pointer. The number stands for the object from the first time that it is
-// printed until it dies, and is never given again, so the text reads back as the same object or
+// Text forms of objects: Ptr('Ns::Type', 3), with the name after the number for an entity that has
+// one, and None for a null pointer. The number identifies the object from the first time it is
+// printed until it dies, and is never reused, so the text reads back as the same object or
 // not at all.
 
 #include "Kor/Export.h"
@@ -16,13 +16,15 @@
 namespace Kor {
 
 KOR_API String8 valueToStrep(PtrInterface const* object);
+// Invalidates the text of a dying object that was printed.
+void forgetText(PtrInterface const* object) noexcept;
 
 template <class T>
 requires std::is_base_of_v<PtrInterface, T> String8 valueToStrep(Ptr<T> const& object) {
   return valueToStrep(static_cast<PtrInterface const*>(object.get()));
 }
 
-// Raises RangeException "no such object: TEXT" for a number that stands for no living object, or
+// Raises RangeException "no such object: TEXT" for a number that identifies no living object, or
 // for one of another type or name.
 KOR_API Ptr<PtrInterface> sequenceToObject(TextIterator& it, TextIterator const& end);
 // The same for an object of `type` or a type derived from it; raises RangeException

@@ -3,7 +3,7 @@
 
 // PtrInterface: the root of every counted framework object.
 //
-// Life of an object: it is built with a count of 1, Ptr<T> counts it up and down, and when the
+// Life of an object: it is created with a count of 1, Ptr<T> counts it up and down, and when the
 // count reaches zero zeroReferencesIs() ends it. From that moment the count is pinned: a hook that
 // runs during the destruction may take and drop pointers to the dying object.
 
@@ -28,7 +28,7 @@ class KOR_API PtrInterface {
   PtrInterface(PtrInterface const&) = delete;
   PtrInterface& operator=(PtrInterface const&) = delete;
 
-  // The virtual slots, in this order; every class below adds its own behind them.
+  // The virtual slots, in this order; every derived class adds its own after them.
 
   // Switches the object's own reactions on or off. The root stores the state.
   virtual void hasNotificationActiveIs(bool active);
@@ -59,7 +59,7 @@ class KOR_API PtrInterface {
   }
   [[nodiscard]] std::uint32_t references() const { return references_; }
 
-  // NOLINTNEXTLINE(misc-new-delete-overloads): its delete is the one that is told the size
+  // NOLINTNEXTLINE(misc-new-delete-overloads): its delete is the one that takes the size
   static void* operator new(std::size_t size) { return MemoryPool::allocate(size); }
   static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void operator delete(void* memory, std::size_t size) noexcept {
@@ -73,8 +73,6 @@ class KOR_API PtrInterface {
   friend String8 valueToStrep(PtrInterface const* object);
 
   void lastReferenceGone() const noexcept;
-  // The object has been printed, and dies: its text reads back no more.
-  void textForgotten() const noexcept;
 
   mutable std::uint32_t references_ = 1;
   bool notificationActive_ = false;

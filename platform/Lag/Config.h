@@ -9,7 +9,7 @@
 #include "Kor/Notifiee.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 #include <map>
@@ -30,7 +30,7 @@ class POLICYMAP_API ConfigMembers : public Kor::Entity {
 };
 
 /// `memberOf` maps a member to its port-channel. Do not write through
-/// korMemberOf(member)->valueIs(): the index does not see it.
+/// korMemberOf(member)->valueIs(): the index would miss it.
 class POLICYMAP_API Config : public ConfigMembers {
  public:
   using Ptr = Kor::Ptr<Config>;
@@ -45,7 +45,7 @@ class POLICYMAP_API Config : public ConfigMembers {
 
   Kor::Ptr<KorMemberOf> newMemberOf(Vorel::IntfId const& member, Vorel::IntfId const& portChannel);
 
-  /// The members of a port-channel in ascending order. The reference is good until the next edit.
+  /// The members of a port-channel in ascending order. The reference is valid until the next edit.
   [[nodiscard]] std::vector<Vorel::IntfId> const& members(Vorel::IntfId portChannel) const;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
@@ -55,7 +55,7 @@ class POLICYMAP_API Config : public ConfigMembers {
   void memberChanged(Vorel::IntfId member) override;
 
  private:
-  // Brings the index up to date with what `member` is a member of now.
+  // Updates the index for `member`.
   void reindex(Vorel::IntfId member);
 
   std::map<Vorel::IntfId, std::vector<Vorel::IntfId>> members_;  // by port-channel; none is empty
@@ -68,7 +68,7 @@ class POLICYMAP_API Config::NotifieeConst
   using NotifieeOf::NotifieeOf;
   ~NotifieeConst() override;
 
-  /// That interface joined, left or changed its port-channel; members() says so already.
+  /// That interface joined, left or changed its port-channel; members() reflects it already.
   virtual void onMember(Vorel::IntfId member);
 };
 

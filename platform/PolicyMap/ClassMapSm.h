@@ -4,11 +4,11 @@
 #include "Kor/Reactor.h"
 #include "PolicyMap/ActionSm.h"
 #include "PolicyMap/ClassMapSmCommonData.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
 #include "PolicyMap/Settling.h"
+#include "PolicyMapExport.h"
 
 #include <set>
 

@@ -8,8 +8,8 @@
 #include "PolicyMap/Action.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
 #include "PolicyMap/ClassRules.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
+#include "PolicyMapExport.h"
 
 #include <array>
 

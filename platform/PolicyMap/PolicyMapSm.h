@@ -3,13 +3,13 @@
 
 #include "Kor/Reactor.h"
 #include "PolicyMap/ClassMapSm.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapSmCommonData.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
 #include "PolicyMap/PolicyReconciler.h"
 #include "PolicyMap/Settling.h"
+#include "PolicyMapExport.h"
 
 #include <map>
 #include <memory>

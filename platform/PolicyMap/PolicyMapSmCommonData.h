@@ -3,8 +3,8 @@
 
 #include "Kor/Collection.h"
 #include "PolicyMap/ClassMapMatchOption.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapSmKey.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 #include <vector>

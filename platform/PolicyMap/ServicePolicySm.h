@@ -7,12 +7,12 @@
 #include "Ip6/Status.h"
 #include "Kor/Reactor.h"
 #include "Lag/Config.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapAclHelper.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapSm.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
+#include "PolicyMapExport.h"
 #include "Routing/RoutingInfo.h"
 #include "Routing6/RoutingInfo.h"
 

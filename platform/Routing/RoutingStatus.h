@@ -7,7 +7,7 @@
 #include "Kor/Entity.h"
 #include "Kor/Notifiee.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 namespace Routing {
