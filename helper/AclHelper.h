@@ -95,10 +95,9 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
   void handleAsyncTrigger();
 
   // The records. newTestData() is silent; every other change calls onTestData(key).
-  KOR_OWNED_COLLECTION(AclHelper, testData, TestData, AclPolicyType, AclPolicyData, ,
-                       { announceTestData(key); })
+  KOR_OWNED_COLLECTION(AclHelper, testData, TestData, AclPolicyType, AclPolicyData,
+                       KOR_ON_CHANGE(announceTestData(key)))
 
- public:
   // Each setter does nothing when the value is the one that it has; otherwise it notifies. A change
   // of asyncTrigger delivers the pending result before that.
   [[nodiscard]] std::uint32_t asyncTrigger() const { return asyncTrigger_; }

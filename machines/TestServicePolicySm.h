@@ -47,8 +47,8 @@ class POLICYMAPTEST_API TestServicePolicySm : public Toggles<PolicyMap::ServiceP
 
   // Each change re-evaluates its interface at once, before the write returns; an end of the machine
   // does not.
-  KOR_VALUE_COLLECTION(TestServicePolicySm, nonexistentIntf, NonexistentIntf, Vorel::IntfId, bool, ,
-                       { handleIntf(key, false); })
+  KOR_VALUE_COLLECTION(TestServicePolicySm, nonexistentIntf, NonexistentIntf, Vorel::IntfId, bool,
+                       KOR_ON_CHANGE(handleIntf(key, false)))
 
  protected:
   TestServicePolicySm(Kor::Ptr<PolicyMap::PolicyMapTypeConfig const> const& policyConfig,

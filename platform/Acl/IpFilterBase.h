@@ -10,7 +10,7 @@
 #include "Acl/OptionalNumber.h"
 #include "Acl/TcpFlags.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <cstdint>

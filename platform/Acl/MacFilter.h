@@ -8,7 +8,7 @@
 
 #include "Acl/OptionalNumber.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <cstdint>

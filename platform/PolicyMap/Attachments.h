@@ -7,7 +7,7 @@
 //   Attachments::Change const change = attachments.set({intf, "input"}, "web");
 //   // change.left and change.joined say which policies have another set of interfaces now
 
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "PolicyMap/PolicyMapSmKey.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "Vorel/IntfId.h"

@@ -4,11 +4,11 @@
 #include "Kor/Reactor.h"
 #include "PolicyMap/ActionSm.h"
 #include "PolicyMap/ClassMapSmCommonData.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
 #include "PolicyMap/Settling.h"
+#include "PolicyMapExport.h"
 
 #include <set>
 
@@ -88,12 +88,11 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   virtual void classCommonDataIs(Kor::Ptr<ClassMapSmCommonData> const& commonData);
   virtual void classMapStatusIs(Kor::Ptr<ClassMapStatus> const& status);
 
-  KOR_VALUE_COLLECTION(ClassMapSm, classMapMatchSm, ClassMapMatchSm, ClassMapMatchOption,
-                       Kor::Ptr<PolicyMap::ClassMapMatchSm>, virtual, {})
-  KOR_VALUE_COLLECTION(ClassMapSm, actionSm, ActionSm, ActionType, Kor::Ptr<PolicyMap::ActionSm>,
-                       virtual, {})
+  KOR_VIRTUAL_VALUE_COLLECTION(ClassMapSm, classMapMatchSm, ClassMapMatchSm, ClassMapMatchOption,
+                               Kor::Ptr<PolicyMap::ClassMapMatchSm>)
+  KOR_VIRTUAL_VALUE_COLLECTION(ClassMapSm, actionSm, ActionSm, ActionType,
+                               Kor::Ptr<PolicyMap::ActionSm>)
 
- public:
   virtual void actionsActiveIs(bool active);
   virtual void initializingIs(bool initializing);
   virtual void initializedIs(bool initialized);

@@ -15,8 +15,8 @@
 #include "Kor/String.h"
 #include "PolicyMap/AsyncOperationResult.h"
 #include "PolicyMap/ClassMapMatchOption.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapSmKey.h"
+#include "PolicyMapExport.h"
 
 #include <deque>
 #include <exception>

@@ -7,7 +7,7 @@
 #include "Ip/Status.h"
 #include "Ip6/Status.h"
 #include "PolicyMap/ClassMapMatchOption.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Routing/RoutingInfo.h"
 #include "Routing6/RoutingInfo.h"
 #include "Vorel/IntfId.h"

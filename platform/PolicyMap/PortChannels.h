@@ -7,7 +7,7 @@
 // It goes one step up only: where a port-channel is entered as a member of another one, the members
 // of the first are no members of the second.
 
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 #include <map>

@@ -6,8 +6,8 @@
 #include "Acl/Config.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
 #include "PolicyMap/ClassRules.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/RuleLimits.h"
+#include "PolicyMapExport.h"
 
 #include <array>
 #include <string>

@@ -18,7 +18,6 @@
 #include "Ip6/Status.h"
 #include "Lag/Config.h"
 #include "PolicyMap/Attachments.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/IntfEligibility.h"
 #include "PolicyMap/PerOption.h"
 #include "PolicyMap/PolicyMapAclHelper.h"
@@ -29,6 +28,7 @@
 #include "PolicyMap/PortChannels.h"
 #include "PolicyMap/ServicePolicyWatches.h"
 #include "PolicyMap/Waits.h"
+#include "PolicyMapExport.h"
 #include "Routing/RoutingInfo.h"
 #include "Routing6/RoutingInfo.h"
 
@@ -81,10 +81,9 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   virtual void commonDataIs(Kor::Ptr<PolicyMapGlobalData> const& commonData) {
     commonData_ = commonData;
   }
-  KOR_VALUE_COLLECTION(ServicePolicySm, policyMapSm, PolicyMapSm, PolicyMapSmKey,
-                       Kor::Ptr<PolicyMap::PolicyMapSm>, virtual, {})
+  KOR_VIRTUAL_VALUE_COLLECTION(ServicePolicySm, policyMapSm, PolicyMapSm, PolicyMapSmKey,
+                               Kor::Ptr<PolicyMap::PolicyMapSm>)
 
- public:
   // Seconds. Waits says what they mean; it refuses bad ones by a RangeException.
   virtual void retryMinIs(double seconds) { waits_.retryMinIs(seconds); }
   virtual void retryMaxIs(double seconds) { waits_.retryMaxIs(seconds); }

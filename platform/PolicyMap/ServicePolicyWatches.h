@@ -10,7 +10,7 @@
 #include "Kor/Reactor.h"
 #include "Lag/Config.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "PolicyMap/PolicyMapAclHelper.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"

@@ -5,7 +5,7 @@
 // asynchronous result may take. A wait is above 0, and retryMin is not above retryMax. Anything
 // else is refused by a Kor::RangeException, which names the attribute, and changes nothing.
 
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 namespace PolicyMap {
 
