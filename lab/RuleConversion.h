@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// From rules and addresses as they are read to those that are configured.
+// From addresses and filter sets as they are read to what is configured.
 #pragma once
 
 #include "lab/FilterSet.h"
@@ -17,10 +17,6 @@
 
 namespace lab {
 
-/// A rule of any family as access lists and class-maps hold it.
-using ConfiguredRule = PolicyMap::ClassMapMatch::Rule;
-
-ConfiguredRule configuredRule(Rule const& rule);
 /// The sixth column of a filter set is no part of the rule.
 ConfiguredRule configuredRule(FilterRule const& rule, Family family);
 
@@ -29,6 +25,16 @@ PolicyMap::ClassMapMatchOption matchOption(Family family);
 
 /// A match on a rule of its own.
 PolicyMap::ClassMapMatch ownMatch(ConfiguredRule const& rule);
+
+/// A set of addresses as an Acl::IpAddressMatch, Ip6AddressMatch or MacAddressMatch.
+template <typename Match>
+Match addressMatch(Address const& address) {
+  typename Match::Bytes value{};
+  typename Match::Bytes mask{};
+  std::copy_n(address.value.begin(), Match::size, value.begin());
+  std::copy_n(address.mask.begin(), Match::size, mask.begin());
+  return Match(value, mask);
+}
 
 /// The address of an interface as an Ip::Address or Ip6::Address.
 template <typename Configured>
