@@ -14,7 +14,7 @@ using PolicyMapTest::AclHelper;
 
 struct Attribute {
   std::string_view name;
-  void (AclHelper::*write)(Kor::String8);
+  void (AclHelper::*write)(Kor::String);
 };
 
 constexpr std::array attributes{
@@ -58,7 +58,7 @@ Fault readFault(std::string_view argument) {
 }
 
 void inject(AclHelper& helper, Fault const& fault) {
-  (helper.*find(fault.name)->write)(Kor::String8(fault.text));
+  (helper.*find(fault.name)->write)(Kor::String(fault.text));
 }
 
 void clearFaults(AclHelper& helper) {

@@ -9,7 +9,7 @@ namespace lab {
 
 namespace {
 
-template <typename Value>
+template <class Value>
 struct Named {
   std::string_view name;
   Value value;
@@ -164,8 +164,8 @@ constexpr NamedPort etherTypes[] = {
     {"lldp", 0x88cc},
 };
 
-// The tables are short and words of other lengths are refused at once, so that a scan is enough.
-template <typename Value, std::size_t Size>
+// A linear scan is enough: the tables are short, and words of other lengths are rejected at once.
+template <class Value, std::size_t Size>
 std::optional<Value> find(Named<Value> const (&table)[Size], std::string_view name) noexcept {
   for (auto const& entry : table) {
     if (equalsKeyword(name, entry.name)) {

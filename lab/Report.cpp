@@ -28,9 +28,9 @@ struct Totals {
   }
 };
 
-// For a person
+// Text
 
-/// The sub-rules, where there is more to them than the match says.
+// The sub-rules, unless they add nothing to the match.
 std::vector<std::string> portLines(RuleRecord const& rule, TextStyle const& style) {
   bool const plain = rule.subRules.size() == 1 && !rule.subRules.front().needsRangeChecker();
   if (plain) {
@@ -143,7 +143,7 @@ void printSkipped(std::ostream& out, TextStyle const& style, SkippedLines const&
   table.print(out, style);
 }
 
-// As JSON
+// JSON
 
 Json jsonOf(RuleRecord const& rule) {
   Json subRules = Json::array();
@@ -201,7 +201,7 @@ std::string dumped(Json const& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-/// Prints the rules one by one, so that there is never a tree of all of them.
+// Prints the rules one by one, so that a complete tree is never in memory.
 void printRecordJson(std::ostream& out, PolicyRecord const& record, WithRules withRules) {
   std::string text = dumped(jsonOf(record));
   if (withRules == WithRules::no) {
@@ -251,7 +251,7 @@ void printStatuses(std::ostream& out, TextStyle const& style, Session const& ses
               2);
   std::vector<StatusRow> const rows = readStatuses(session);
   if (rows.empty()) {
-    out << "  no policy stands, and none has failed\n\n";
+    out << "  no policy is programmed, and none has failed\n\n";
     return;
   }
   for (StatusRow const& row : rows) {

@@ -13,7 +13,7 @@ Acl::PortMatch portMatch(PortRange const& range) {
                                  : Acl::PortMatch::range(range.low, range.high);
 }
 
-template <typename Configured>
+template <class Configured>
 Configured filterRule(FilterRule const& rule) {
   using Match = typename Configured::AddressMatch;
   Configured configured;

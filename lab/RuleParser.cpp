@@ -58,7 +58,8 @@ AddressBytes takeWildcard(Lexer& lexer, Family family) {
   return invertedBits(family, takeAddress(lexer, family, "wildcard bits"));
 }
 
-/// `any` and `host A`, which every kind of list has; none when the next word is neither.
+// Parses `any` or `host A`, which are common to all kinds of lists; none if the next word is
+// neither.
 std::optional<Address> takeAnyOrHost(Lexer& lexer, Family family, std::string_view what) {
   if (lexer.accept("any")) {
     return Address{};
@@ -113,10 +114,10 @@ bool isMacAddress(Token const& token) {
   return parseAddress(Family::mac, token.text, bytes);
 }
 
-/// Is the MAC address that comes next a mask of the source before it? `A B` is a source and a
-/// destination, so that the second one can be the mask of the source only if a destination follows
-/// it. Raises SyntaxFailure at the source when the lexer `atSource` begins three addresses and no
-/// more, since either of the first two could be what the mask belongs to.
+// True if the next MAC address is a mask of the source before it. `A B` is a source and a
+// destination, so the second address can be the source's mask only if a destination follows it.
+// Raises SyntaxFailure at the source if the lexer `atSource` is at exactly three addresses, because
+// the mask could then belong to either of the first two.
 bool sourceMaskFollows(Lexer const& lexer, Lexer const& atSource) {
   if (!isMacAddress(lexer.peek())) {
     return false;
@@ -174,7 +175,7 @@ Acl::IpRuleConfig parseStandardRule(Lexer& lexer, Verdict verdict) {
   return rule;
 }
 
-template <typename Rule>
+template <class Rule>
 Rule parseIpRule(Lexer& lexer, Family family, Verdict verdict) {
   using Match = typename Rule::AddressMatch;
   Rule rule;

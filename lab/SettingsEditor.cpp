@@ -12,12 +12,12 @@ namespace lab {
 
 namespace {
 
-/// A statement that cannot be carried out.
+// A statement that is invalid for the current settings.
 struct Failure {
   SourcePosition position;
   std::string expected;
   std::string found;
-  /// As a skipped line.
+  // As a skipped line.
   std::string kind;
 };
 
@@ -44,9 +44,9 @@ class Editor {
   }
 
  private:
-  // Faults
+  // Errors
 
-  /// `found` is what the statement is about, as the message is to show it.
+  // `found` is the text that the message quotes.
   [[noreturn]] void fail(std::string expected, std::string found, std::string kind) const {
     throw Failure{statement_->subjectPosition(), std::move(expected), std::move(found),
                   std::move(kind)};
@@ -92,8 +92,8 @@ class Editor {
     settings_.listsOf(body.list.family).erase(body.list.name.text);
   }
 
-  /// Without a number an entry that is there already is not repeated, so that a text can be loaded
-  /// once more without effect.
+  // Without a number, an entry that already exists is not repeated, so loading a text again has no
+  // effect.
   void addEntry(AccessListId const& id, std::optional<std::uint32_t> const& sequence,
                 ListEntry entry) {
     auto& entries = existingList(id).entries;
@@ -102,7 +102,7 @@ class Editor {
     }
     std::optional<std::uint32_t> const number = sequence ? sequence : entries.nextNumber();
     if (!number) {
-      fail("a sequence number: there is none left behind the last entry of " + nameOf(id),
+      fail("a sequence number: none is left after the last entry of " + nameOf(id),
            statement_->subject.text, "access-list entry (number)");
     }
     entries.put(*number, std::move(entry));
@@ -176,7 +176,7 @@ class Editor {
     if (remove) {
       matches.erase(*place);
     } else if (!place) {
-      // Numbers only come from here, ten per line of input.
+      // Numbers cannot run out: only this line assigns them, ten per line of input.
       matches.put(matches.nextNumber().value(), match);
     }
   }
@@ -261,9 +261,10 @@ class Editor {
 
   Vorel::IntfId intfOf(Name const& name) const {
     try {
-      return Vorel::IntfId(Kor::String8(name.text));
+      return Vorel::IntfId(Kor::String(name.text));
     } catch (Kor::RangeException const&) {
-      fail("an interface name, as Ethernet3/1, PortChannel7 or Vlan10", name, "interface (name)");
+      fail("an interface name such as Ethernet3/1, PortChannel7 or Vlan10", name,
+           "interface (name)");
     }
   }
   InterfaceSettings& interfaceOf(Name const& name) { return settings_.interfaces[intfOf(name)]; }
@@ -294,9 +295,9 @@ class Editor {
   }
 
   static std::string textOf(InterfacePrefix const& prefix, Family family) {
-    Kor::String8 const text = family == Family::ip4
-                                  ? interfaceAddress<::Ip::Address>(prefix).text()
-                                  : interfaceAddress<::Ip6::Address>(prefix).text();
+    Kor::String const text = family == Family::ip4
+                                 ? interfaceAddress<::Ip::Address>(prefix).text()
+                                 : interfaceAddress<::Ip6::Address>(prefix).text();
     return text.stdString();
   }
 
@@ -316,7 +317,7 @@ class Editor {
     }
     if (!intf.isPhysical() || intf.isSubIntf()) {
       fail("a command for " + body.interface.text +
-               ", which joins no channel-group: it is no physical interface",
+               ", which cannot join a channel-group: it is not a physical interface",
            statement_->subject.text, "channel-group (interface)");
     }
     interface.channelGroup = body.group;
@@ -348,7 +349,7 @@ class Editor {
 
 void editSettings(Settings& settings, PolicyText& text, Reading reading) {
   Editor editor(settings);
-  std::map<std::uint32_t, std::string> passedOver;  // kinds of lines, by number
+  std::map<std::uint32_t, std::string> passedOver;  // kinds of skipped lines, by number
   for (Statement const& statement : text.statements) {
     std::uint32_t const line = statement.position.line;
     if (auto const block = passedOver.find(statement.block); block != passedOver.end()) {

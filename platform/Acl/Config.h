@@ -14,7 +14,7 @@
 
 namespace Acl {
 
-// The collections of Config; not to be used for itself.
+// Implementation base of Config. Do not use directly.
 class POLICYMAP_API ConfigLists : public Kor::Entity {
   KOR_OWNED_COLLECTION(ConfigLists, ipAcl, IpAcl, Kor::Name, IpAclConfig, , ;)
   KOR_OWNED_COLLECTION(ConfigLists, ip6Acl, Ip6Acl, Kor::Name, Ip6AclConfig, , ;)
@@ -52,13 +52,14 @@ class POLICYMAP_API Config : public ConfigLists {
 
   template <class List>
   List adopted(List list);
-  // A list was created or removed, or a rule of a list that stands here has changed.
+  // Announces that a list was created or removed, or that a rule of a list in this Config has
+  // changed.
   void listChanged(IpAclConfig const* list) const;
   void listChanged(Ip6AclConfig const* list) const;
   void listChanged(MacAclConfig const* list) const;
 };
 
-/// A hook runs when a list is created, when it is removed, and when a rule of it changes.
+// A hook is called when a list is created or removed, or when one of its rules changes.
 class POLICYMAP_API Config::NotifieeConst
     : public Kor::NotifieeOf<Config, Kor::Entity::NotifieeConst> {
  public:

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// IpFilterBase: what IPv4 and IPv6 rules match besides the addresses.
+// IpFilterBase: the fields that IPv4 and IPv6 rules match besides the addresses.
 //
 // ACL_IP_FILTER_FIELDS is the one list of the fields. Each row gives a field its storage, its
 // reader x(), its writer xIs(value), its place in hash, order, text form and registration, and its
-// meeting in intersections; describe() and whoever else treats the fields one by one do not compile
-// until they have said what a new field means to them.
+// meeting in intersections. Code that treats the fields one by one, such as describe(), does not
+// compile until it covers a new field.
 //
 //   permit              permit (the default) or deny
 //   protocol            0 to 255, none for any
@@ -20,8 +20,8 @@
 //   icmpType, icmpCode  0 to 255, none for any
 //   tni, vni            tenant and virtual network identifier, 0 to 16777215, 0 for any
 //
-// A writer checks the value before it stores it and raises RangeException
-// "IpFilterBase::ATTRIBUTE < LOWEST or > HIGHEST not allowed".
+// Every setter checks its value first and raises RangeException "IpFilterBase::ATTRIBUTE < LOWEST
+// or > HIGHEST not allowed".
 
 #include "Acl/FilterField.h"
 #include "Acl/NumberMatch.h"
@@ -79,7 +79,7 @@ class POLICYMAP_API IpFilterBase {
   ACL_IP_FILTER_FIELDS(ACL_ROW)
 #undef ACL_ROW
 
-  /// Whether there can be no packet that it takes, as with ports `lt 0`.
+  // True if no packet can match, e.g. ports `lt 0`.
   [[nodiscard]] bool matchesNothing() const {
     return srcPort().matchesNothing() || dstPort().matchesNothing() || ttl().matchesNothing();
   }
@@ -88,8 +88,7 @@ class POLICYMAP_API IpFilterBase {
   std::strong_ordering operator<=>(IpFilterBase const&) const = default;
 
  protected:
-  /// The line of a rule with these addresses; `anyProtocol` stands for the protocol when that is
-  /// any.
+  // The line of a rule with these addresses. `anyProtocol` is the word for any protocol.
   [[nodiscard]] std::string describeFilter(std::string_view anyProtocol, std::string_view source,
                                            std::string_view destination) const;
 

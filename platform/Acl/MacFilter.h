@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// MacFilter: what MAC rules match besides the addresses.
+// MacFilter: the fields that MAC rules match besides the addresses.
 //
 // ACL_MAC_FILTER_FIELDS is the one list of the fields; see IpFilterBase.h.
 //
@@ -10,8 +10,8 @@
 //   vlan                       1 to 4094, none for any
 //   mplsLabel, mplsInnerLabel  the outer and the next MPLS label, 0 to 1048575, none for any
 //
-// A writer checks the value before it stores it and raises RangeException
-// "MacFilter::ATTRIBUTE < LOWEST or > HIGHEST not allowed".
+// Every setter checks its value first and raises RangeException "MacFilter::ATTRIBUTE < LOWEST or >
+// HIGHEST not allowed".
 
 #include "Acl/FilterField.h"
 #include "Kor/Strep.h"
@@ -55,7 +55,7 @@ class POLICYMAP_API MacFilter {
   ACL_MAC_FILTER_FIELDS(ACL_ROW)
 #undef ACL_ROW
 
-  /// Whether there can be no packet that it takes: every MAC match takes some.
+  // Always false: every MAC rule matches some packets.
   [[nodiscard]] static bool matchesNothing() {
     return false;
   }
@@ -64,7 +64,7 @@ class POLICYMAP_API MacFilter {
   std::strong_ordering operator<=>(MacFilter const&) const = default;
 
  protected:
-  /// The line of a rule with these addresses; `anyProtocol` stands before them.
+  // The line of a rule with these addresses, preceded by `anyProtocol`.
   [[nodiscard]] std::string describeFilter(std::string_view anyProtocol, std::string_view source,
                                            std::string_view destination) const;
 

@@ -13,7 +13,7 @@
 
 namespace Acl {
 
-// Appends words with single blanks between them, and nothing for an empty word.
+// Builds the line of a rule: words separated by single blanks. Empty words are ignored.
 class Words {
  public:
   explicit Words(bool permit) : text_(permit ? "permit" : "deny") {}

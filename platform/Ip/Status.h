@@ -27,7 +27,7 @@ POLICYMAP_API Kor::KorType* Ip::InterfaceAddress<Ip::AddressTraits>::_fwkType();
 
 namespace Ip {
 
-/// The IPv4 addresses of interfaces. Hooks of its notifiees: onIntfAddress(IntfId).
+// The IPv4 addresses of interfaces. Notifiee hook: onIntfAddress(IntfId).
 class POLICYMAP_API Status : public AddressStatus<Status> {
  public:
   using Ptr = Kor::Ptr<Status>;

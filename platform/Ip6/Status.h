@@ -27,7 +27,7 @@ POLICYMAP_API Kor::KorType* Ip::InterfaceAddress<Ip6::AddressTraits>::_fwkType()
 
 namespace Ip6 {
 
-/// The IPv6 addresses of interfaces. Hooks of its notifiees: onIntfAddress(IntfId).
+// The IPv6 addresses of interfaces. Notifiee hook: onIntfAddress(IntfId).
 class POLICYMAP_API Status : public Ip::AddressStatus<Status> {
  public:
   using Ptr = Kor::Ptr<Status>;

@@ -4,7 +4,7 @@
 namespace Kor {
 namespace {
 
-// So far from zero that no pointer taken and dropped during destruction reaches it.
+// High enough that pointers copied and released during destruction cannot reach zero.
 constexpr std::uint32_t pinned = 0x80000000U;
 
 }  // namespace

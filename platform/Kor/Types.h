@@ -5,7 +5,7 @@
 
 namespace Kor {
 
-// Names one attribute of a type: 128 x inheritance level + 2 + place among the type's own
+// Identifies one attribute of a type: 128 x inheritance level + 2 + its place among the type's own
 // attributes.
 using AttributeId = std::uint32_t;
 

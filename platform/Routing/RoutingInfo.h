@@ -9,7 +9,7 @@
 
 namespace Routing {
 
-/// IPv4 routing. Hooks of its notifiees: onRouting(), onRoutedIntf(IntfId).
+// IPv4 routing. Notifiee hooks: onRouting(), onRoutedIntf(IntfId).
 class POLICYMAP_API RoutingInfo : public RoutingInfoBase<RoutingInfo> {
  public:
   using Ptr = Kor::Ptr<RoutingInfo>;

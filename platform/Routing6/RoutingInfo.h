@@ -9,7 +9,7 @@
 
 namespace Routing6 {
 
-/// IPv6 routing. Hooks of its notifiees: onRouting(), onRoutedIntf(IntfId).
+// IPv6 routing. Notifiee hooks: onRouting(), onRoutedIntf(IntfId).
 class POLICYMAP_API RoutingInfo : public Routing::RoutingInfoBase<RoutingInfo> {
  public:
   using Ptr = Kor::Ptr<RoutingInfo>;
