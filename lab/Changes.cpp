@@ -146,7 +146,7 @@ class PolicyChanges {
       line("rules", Tint::changed,
            nameOf(is.key) + ": sub-rules " + step(was.subRules.size(), is.subRules.size()));
     }
-    for (std::size_t i = 0; i != actionKinds; ++i) {
+    for (std::size_t i = 0; i != was.actions.size(); ++i) {
       if (was.actions[i] != is.actions[i]) {
         ++movedActions_[{is.key.className().stdString(), i, was.actions[i], is.actions[i]}];
       }
@@ -158,8 +158,8 @@ class PolicyChanges {
     for (auto const& [moved, count] : movedActions_) {
       auto const& [className, action, was, is] = moved;
       line("actions", Tint::changed,
-           "class " + className + ": action" + std::to_string(action + 1) + " " + step(was, is) +
-               " (" + counted(count, "rule") + ")");
+           "class " + className + ": " + std::string(PolicyMapTest::testActionNames[action]) + " " +
+               step(was, is) + " (" + counted(count, "rule") + ")");
     }
   }
 

@@ -134,7 +134,7 @@ void classMapIs(PolicyMap::ClassMapSubConfig& subConfig, ClassMap const& before,
            });
 }
 
-// The differences between the three kinds of actions.
+// The differences between the kinds of actions.
 struct ActionKind {
   Kor::Ptr<PolicyMap::Action> (*make)(Kor::Name const& className, std::uint32_t value);
   void (*valueIs)(Kor::Ptr<PolicyMap::Action> const& action, std::uint32_t value);
@@ -151,13 +151,15 @@ constexpr ActionKind actionKind = {
       action.as<Action>()->valueIs(value);
     }};
 
-constexpr std::array<ActionKind, actionKinds> kindsOfActions = {
-    actionKind<PolicyMapTest::TestAction1, PolicyMapTest::testAction1Factory>,
-    actionKind<PolicyMapTest::TestAction2, PolicyMapTest::testAction2Factory>,
-    actionKind<PolicyMapTest::TestAction3, PolicyMapTest::testAction3Factory>};
+constexpr std::array kindsOfActions{
+#define POLICYMAPTEST_ROW(kind) \
+  actionKind<PolicyMapTest::TestAction##kind, PolicyMapTest::testAction##kind##Factory>,
+    POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
+};
 
 void actionsAre(PolicyMap::ClassAction& classAction, ClassActions const& values) {
-  for (std::size_t i = 0; i != actionKinds; ++i) {
+  for (std::size_t i = 0; i != values.size(); ++i) {
     PolicyMap::ActionType const type{static_cast<std::int32_t>(i + 1)};
     auto const action = classAction.action(type);
     if (!values[i]) {

@@ -17,16 +17,11 @@ struct Attribute {
   void (AclHelper::*write)(Kor::String);
 };
 
-constexpr std::array<Attribute, 8> attributes{{
-    {"createError", &AclHelper::createErrorIs},
-    {"deleteError", &AclHelper::deleteErrorIs},
-    {"commitError", &AclHelper::commitErrorIs},
-    {"addIntfError", &AclHelper::addIntfErrorIs},
-    {"removeIntfError", &AclHelper::removeIntfErrorIs},
-    {"addRuleError", &AclHelper::addRuleErrorIs},
-    {"updateActionError", &AclHelper::updateActionErrorIs},
-    {"rangeCheckerError", &AclHelper::rangeCheckerErrorIs},
-}};
+constexpr std::array attributes{
+#define POLICYMAPTEST_ROW(name, Name) Attribute{#name, &AclHelper::name##Is},
+    POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
+};
 
 Attribute const* find(std::string_view name) {
   for (Attribute const& attribute : attributes) {

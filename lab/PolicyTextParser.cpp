@@ -3,6 +3,7 @@
 
 #include "lab/Lexer.h"
 #include "lab/RuleParser.h"
+#include "records/TestActionKinds.h"
 
 #include <algorithm>
 #include <array>
@@ -41,6 +42,20 @@ Name nameOf(Token const& token) {
 Name withoutColumn(Name name) {
   name.column = 0;
   return name;
+}
+
+// Consumes the name of a test action and returns its kind.
+std::uint8_t takeActionKind(Lexer& lexer) {
+  auto const& names = PolicyMapTest::testActionNames;
+  std::string expected;
+  for (std::size_t i = 0; i != names.size(); ++i) {
+    if (lexer.accept(names[i])) {
+      return static_cast<std::uint8_t>(i + 1);
+    }
+    char const* const separator = i == 0 ? "" : i + 1 == names.size() ? " or " : ", ";
+    expected.append(separator).append(names[i]);
+  }
+  lexer.fail(std::move(expected));
 }
 
 enum class Mode : std::uint8_t { top, accessList, classMap, policyMap, policyClass, interface };
@@ -468,7 +483,7 @@ bool Parser::accessListEntry(Lexer& lexer, bool remove) {
     return false;
   }
   lexer.next();
-  Rule const rule = parseRule(lexer, ruleKind_, permit ? Verdict::permit : Verdict::deny);
+  ConfiguredRule const rule = parseRule(lexer, ruleKind_, permit ? Verdict::permit : Verdict::deny);
   if (remove) {
     emit(RuleRemove{list_, rule});
   } else {
@@ -556,7 +571,8 @@ void Parser::matchFamily(Lexer& lexer, Family family, bool remove) {
   if (!deny) {
     lexer.accept("permit");
   }
-  Rule const rule = parseRule(lexer, extendedRule(family), deny ? Verdict::deny : Verdict::permit);
+  ConfiguredRule const rule =
+      parseRule(lexer, extendedRule(family), deny ? Verdict::deny : Verdict::permit);
   emit(ClassMatchRule{outer_, rule, remove});
 }
 
@@ -609,14 +625,8 @@ void Parser::policyClass(Lexer& lexer, bool remove) {
 }
 
 void Parser::setAction(Lexer& lexer, bool remove) {
-  PolicyClassAction body{outer_, className_, 0, std::nullopt};
   isAbout(lexer.peek());
-  for (std::uint8_t action = 1; action <= 3 && body.action == 0; ++action) {
-    body.action = lexer.accept("action" + std::to_string(action)) ? action : std::uint8_t{0};
-  }
-  if (body.action == 0) {
-    lexer.fail("action1, action2 or action3");
-  }
+  PolicyClassAction body{outer_, className_, takeActionKind(lexer), std::nullopt};
   if (!remove || !lexer.peek().atEnd()) {
     body.value = static_cast<std::uint32_t>(takeNumber(lexer, "action value", 0, highestWord));
   }

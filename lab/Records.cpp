@@ -30,10 +30,10 @@ ConfiguredRule matchOf(AclPolicyData const& data, AclRuleKey const& key) {
 }
 
 RuleRecord readRule(AclPolicyData const& data, AclRuleKey const& key) {
-  RuleRecord rule{key,
-                  matchOf(data, key),
-                  {data.ruleAction1(key), data.ruleAction2(key), data.ruleAction3(key)},
-                  {}};
+  RuleRecord rule{key, matchOf(data, key), {}, {}};
+#define POLICYMAPTEST_ROW(kind) rule.actions[(kind)-1] = data.ruleAction##kind(key);
+  POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
   if (auto const subRules = data.subRulesForKey(key)) {
     rule.subRules.reserve(subRules->subRules());
     for (auto const& entry : subRules->subRuleIteratorConst()) {

@@ -20,7 +20,8 @@ namespace lab {
 struct RuleRecord {
   PolicyMap::AclRuleKey key;
   ConfiguredRule match;
-  std::array<std::uint32_t, actionKinds> actions{};
+  // By kind.
+  std::array<std::uint32_t, PolicyMapTest::testActionKinds> actions{};
   // Ordered by their ports.
   std::vector<PolicyMap::SubRuleData> subRules;
 

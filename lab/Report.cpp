@@ -50,21 +50,22 @@ std::vector<std::string> portLines(RuleRecord const& rule, TextStyle const& styl
 
 void printRules(std::ostream& out, TextStyle const& style, PolicyRecord const& record) {
   using Align = Table::Align;
-  Table table({{"class"},
-               {"list"},
-               {"seq", Align::right},
-               {"action1", Align::right},
-               {"action2", Align::right},
-               {"action3", Align::right},
-               {"sub-rules", Align::right},
-               {"match"}},
-              2);
+  std::vector<Table::Column> columns{{"class"}, {"list"}, {"seq", Align::right}};
+  for (std::string_view const name : PolicyMapTest::testActionNames) {
+    columns.push_back({std::string(name), Align::right});
+  }
+  columns.push_back({"sub-rules", Align::right});
+  columns.push_back({"match"});
+  Table table(std::move(columns), 2);
   for (RuleRecord const& rule : record.rules) {
-    table.add({rule.key.className().stdString(), rule.key.aclName().stdString(),
-               std::to_string(rule.key.seqno()), std::to_string(rule.actions[0]),
-               std::to_string(rule.actions[1]), std::to_string(rule.actions[2]),
-               std::to_string(rule.subRules.size()), describe(rule.match)},
-              portLines(rule, style));
+    std::vector<std::string> cells{rule.key.className().stdString(), rule.key.aclName().stdString(),
+                                   std::to_string(rule.key.seqno())};
+    for (std::uint32_t const value : rule.actions) {
+      cells.push_back(std::to_string(value));
+    }
+    cells.push_back(std::to_string(rule.subRules.size()));
+    cells.push_back(describe(rule.match));
+    table.add(std::move(cells), portLines(rule, style));
   }
   table.print(out, style);
 }
@@ -149,14 +150,15 @@ Json jsonOf(RuleRecord const& rule) {
   for (PolicyMap::SubRuleData const& subRule : rule.subRules) {
     subRules.push_back(describe(subRule));
   }
-  return {{"class", rule.key.className().view()},
-          {"acl", rule.key.aclName().view()},
-          {"seq", rule.key.seqno()},
-          {"match", describe(rule.match)},
-          {"action1", rule.actions[0]},
-          {"action2", rule.actions[1]},
-          {"action3", rule.actions[2]},
-          {"subRules", std::move(subRules)}};
+  Json json{{"class", rule.key.className().view()},
+            {"acl", rule.key.aclName().view()},
+            {"seq", rule.key.seqno()},
+            {"match", describe(rule.match)}};
+  for (std::size_t i = 0; i != rule.actions.size(); ++i) {
+    json[std::string(PolicyMapTest::testActionNames[i])] = rule.actions[i];
+  }
+  json["subRules"] = std::move(subRules);
+  return json;
 }
 
 Json jsonOf(std::vector<Vorel::IntfId> const& intfs) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Conversion of parsed rules and addresses to configured ones.
+// Conversion of parsed addresses and filter sets to what is configured.
 
 #include "lab/FilterSet.h"
 #include "lab/Statement.h"
@@ -18,10 +18,6 @@
 
 namespace lab {
 
-// A rule of any family, as in access lists and class-maps.
-using ConfiguredRule = PolicyMap::ClassMapMatch::Rule;
-
-ConfiguredRule configuredRule(Rule const& rule);
 // Ignores the sixth column of the filter set.
 ConfiguredRule configuredRule(FilterRule const& rule, Family family);
 
@@ -30,6 +26,16 @@ PolicyMap::ClassMapMatchOption matchOption(Family family);
 
 // A match on a rule in the class-map itself.
 PolicyMap::ClassMapMatch ownMatch(ConfiguredRule const& rule);
+
+// A set of addresses as an Acl::IpAddressMatch, Ip6AddressMatch or MacAddressMatch.
+template <class Match>
+Match addressMatch(Address const& address) {
+  typename Match::Bytes value{};
+  typename Match::Bytes mask{};
+  std::copy_n(address.value.begin(), Match::size, value.begin());
+  std::copy_n(address.mask.begin(), Match::size, mask.begin());
+  return Match(value, mask);
+}
 
 // The address of an interface as an Ip::Address or Ip6::Address.
 template <class Configured>

@@ -16,6 +16,8 @@ enum class RuleKind : std::uint8_t {
   mac,
 };
 
+enum class Verdict : std::uint8_t { permit, deny };
+
 constexpr RuleKind extendedRule(Family family) noexcept {
   return family == Family::ip4   ? RuleKind::ip4
          : family == Family::ip6 ? RuleKind::ip6
@@ -23,6 +25,6 @@ constexpr RuleKind extendedRule(Family family) noexcept {
 }
 
 // Parses what follows `permit` or `deny`, up to the end of the line. Raises SyntaxFailure.
-Rule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict);
+ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict);
 
 }  // namespace lab

@@ -9,6 +9,7 @@
 #include "lab/NumberedEntries.h"
 #include "lab/RuleConversion.h"
 #include "lab/Statement.h"
+#include "records/TestActionKinds.h"
 
 #include <PolicyMap/ClassMapMatch.h>
 #include <Vorel/IntfId.h>
@@ -96,10 +97,8 @@ struct ClassMap {
   NumberedEntries<PolicyMap::ClassMapMatch, MatchHash> matches;
 };
 
-constexpr std::size_t actionKinds = 3;
-
-// The values of a class's actions; none for a missing action.
-using ClassActions = std::array<std::optional<std::uint32_t>, actionKinds>;
+// The values of the actions of one class, by kind; none for an action that it does not have.
+using ClassActions = std::array<std::optional<std::uint32_t>, PolicyMapTest::testActionKinds>;
 
 struct PolicyMapSettings {
   // The classes in matching order.

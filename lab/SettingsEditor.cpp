@@ -34,8 +34,6 @@ std::string nameOf(AccessListId const& list) {
   return nameOf(list.family) + " access-list " + list.name.text;
 }
 
-constexpr std::array<std::string_view, actionKinds> actionNames = {"action1", "action2", "action3"};
-
 class Editor {
  public:
   explicit Editor(Settings& settings) : settings_(settings) {}
@@ -110,15 +108,14 @@ class Editor {
     entries.put(*number, std::move(entry));
   }
 
-  void apply(RuleAdd const& body) { addEntry(body.list, body.sequence, configuredRule(body.rule)); }
+  void apply(RuleAdd const& body) { addEntry(body.list, body.sequence, body.rule); }
   void apply(RemarkAdd const& body) { addEntry(body.list, body.sequence, Remark{body.text}); }
 
   void apply(RuleRemove const& body) {
-    ConfiguredRule const rule = configuredRule(body.rule);
     auto& entries = existingList(body.list).entries;
-    std::optional<std::uint32_t> const number = entries.numberOf(rule);
+    std::optional<std::uint32_t> const number = entries.numberOf(body.rule);
     if (!number) {
-      fail("a rule of " + nameOf(body.list), describe(rule), "no rule (absent)");
+      fail("a rule of " + nameOf(body.list), describe(body.rule), "no rule (absent)");
     }
     entries.erase(*number);
   }
@@ -194,9 +191,8 @@ class Editor {
             body.nested);
   }
   void apply(ClassMatchRule const& body) {
-    ConfiguredRule const rule = configuredRule(body.rule);
-    matchIs(body.classMap, ownMatch(rule), body.remove,
-            {describe(rule), statement_->subject.column});
+    matchIs(body.classMap, ownMatch(body.rule), body.remove,
+            {describe(body.rule), statement_->subject.column});
   }
 
   // Policy-maps
@@ -255,8 +251,8 @@ class Editor {
     }
     std::size_t const action = body.action - std::size_t{1};
     if (!body.value && !found->second[action]) {
-      fail("an action of class " + body.className.text, std::string(actionNames[action]),
-           "no set (absent)");
+      fail("an action of class " + body.className.text,
+           std::string(PolicyMapTest::testActionNames[action]), "no set (absent)");
     }
     found->second[action] = body.value;
   }

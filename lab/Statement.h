@@ -6,8 +6,9 @@
 // order. The parser does not check that the named objects exist.
 
 #include "lab/Address.h"
-#include "lab/PortNames.h"
 #include "lab/SourceText.h"
+
+#include <PolicyMap/ClassMapMatch.h>
 
 #include <cstdint>
 #include <optional>
@@ -26,69 +27,8 @@ struct Name {
   bool operator==(Name const& other) const { return text == other.text; }
 };
 
-enum class Verdict : std::uint8_t { permit, deny };
-
-enum class Comparison : std::uint8_t { any, eq, neq, lt, gt, range };
-
-// A condition on a number. The numbers from `low` to `high` match, inclusive. For `neq` both are
-// the one number that does not match. For `any` both are 0.
-struct NumberMatch {
-  Comparison comparison = Comparison::any;
-  std::uint16_t low = 0;
-  std::uint16_t high = 0;
-
-  bool operator==(NumberMatch const&) const = default;
-};
-
-// Bits of IpRule::tcpFlags, with the values of the TCP header.
-namespace tcp_flag {
-constexpr std::uint8_t fin = 0x01;
-constexpr std::uint8_t syn = 0x02;
-constexpr std::uint8_t rst = 0x04;
-constexpr std::uint8_t psh = 0x08;
-constexpr std::uint8_t ack = 0x10;
-constexpr std::uint8_t urg = 0x20;
-}  // namespace tcp_flag
-
-// A rule of an IPv4 or IPv6 list.
-struct IpRule {
-  Verdict verdict = Verdict::permit;
-  Family family = Family::ip4;
-  // None for every protocol.
-  std::optional<std::uint8_t> protocol;
-  Address source;
-  Address destination;
-  NumberMatch sourcePort;
-  NumberMatch destinationPort;
-  // 0 to 63.
-  std::optional<std::uint8_t> dscp;
-  // Numbers from 0 to 255.
-  NumberMatch ttl;
-  // Flags that must be set (tcp_flag); 0 for no condition.
-  std::uint8_t tcpFlags = 0;
-  bool established = false;
-  // ACK or RST set.
-  bool ackOrRst = false;
-  // Matches non-initial fragments only.
-  bool fragments = false;
-  std::optional<IcmpMessage> icmp;
-
-  bool operator==(IpRule const&) const = default;
-};
-
-// A rule of a MAC list.
-struct MacRule {
-  Verdict verdict = Verdict::permit;
-  Address source;
-  Address destination;
-  std::optional<std::uint16_t> etherType;
-  // 1 to 4094.
-  std::optional<std::uint16_t> vlan;
-
-  bool operator==(MacRule const&) const = default;
-};
-
-using Rule = std::variant<IpRule, MacRule>;
+// A rule of any family as access lists and class-maps hold it.
+using ConfiguredRule = PolicyMap::ClassMapMatch::Rule;
 
 // Identifies one access list. Lists of different families may share a name.
 struct AccessListId {
@@ -112,12 +52,12 @@ struct AccessListRemove {
 struct RuleAdd {
   AccessListId list;
   std::optional<std::uint32_t> sequence;
-  Rule rule;
+  ConfiguredRule rule;
 };
 // `no permit ...`: removes the entry with an equal rule.
 struct RuleRemove {
   AccessListId list;
-  Rule rule;
+  ConfiguredRule rule;
 };
 // `[SEQ] remark TEXT`.
 struct RemarkAdd {
@@ -167,7 +107,7 @@ struct ClassMatchClass {
 // `match ip|ipv6|mac RULE`, or its `no` form.
 struct ClassMatchRule {
   Name classMap;
-  Rule rule;
+  ConfiguredRule rule;
   bool remove = false;
 };
 
@@ -191,11 +131,11 @@ struct PolicyClassRemove {
   Name className;
 };
 
-// `set actionN VALUE`; `no set actionN` has no value.
+// `set ACTION VALUE`; `no set ACTION` has no value.
 struct PolicyClassAction {
   Name policyMap;
   Name className;
-  // 1, 2 or 3.
+  // The number of a kind of test action, from 1.
   std::uint8_t action = 1;
   std::optional<std::uint32_t> value;
 };

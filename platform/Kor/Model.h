@@ -25,6 +25,7 @@
 #include "Kor/KorType.h"
 #include "Kor/Strep.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -560,6 +561,16 @@ constexpr std::array<AttrModel, sizeof...(I)> fieldAttrs(std::index_sequence<I..
 template <class Self, bool writable = false>
 inline constexpr auto fieldsOf = fieldAttrs<Self, writable>(
     std::make_index_sequence<std::tuple_size_v<decltype(Self::korFields())>>());
+
+// A table made of parts, in their order.
+template <std::size_t... sizes>
+constexpr std::array<AttrModel, (sizes + ...)> joined(
+    std::array<AttrModel, sizes> const&... parts) {
+  std::array<AttrModel, (sizes + ...)> all{};
+  auto end = all.begin();
+  ((end = std::copy(parts.begin(), parts.end(), end)), ...);
+  return all;
+}
 
 // Functions for constructors by name: one creates a value, the other an object.
 template <class Self, class... Parts>

@@ -50,7 +50,7 @@ AttributeId numberOf(KorType const* type, AttrModel const& model, AttributeId& o
     return 0;
   }
   KorAttr const* const inherited = type->attr(model.name);
-  return inherited != nullptr ? inherited->id() : 128 * type->level() + 2 + own++;
+  return inherited != nullptr ? inherited->id() : firstAttributeId(type->level()) + own++;
 }
 
 void registerAttr(KorType* type, AttrModel const& model, AttributeId& own) {

@@ -9,4 +9,9 @@ namespace Kor {
 // attributes.
 using AttributeId = std::uint32_t;
 
+// The first of a type's own attributes. A root type has level 0.
+constexpr AttributeId firstAttributeId(std::uint32_t level) {
+  return 128 * level + 2;
+}
+
 }  // namespace Kor

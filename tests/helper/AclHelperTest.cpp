@@ -5,11 +5,14 @@
 #include "support/VirtualSlot.h"
 #include "support/Watcher.h"
 
+#include <Kor/KorAttr.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -437,6 +440,23 @@ TEST(AclHelperShape, HasATypeBelowThatOfTheInterface) {
   EXPECT_EQ(helper->fwkType(), AclHelper::_fwkType());
   EXPECT_EQ(helper->fwkType()->name(), "PolicyMapTest::AclHelper");
   EXPECT_EQ(helper->fwkType()->base(), PolicyMapAclHelper::_fwkType());
+}
+
+TEST(AclHelperIds, AreThoseOfTheRegisteredAttributes) {
+  std::vector<std::pair<char const*, Kor::AttributeId>> const ids{
+      {"scheduleAsyncResult", AclHelper::scheduleAsyncResultId},
+      {"asyncTrigger", AclHelper::asyncTriggerId},
+      {"handleAsyncTrigger", AclHelper::handleAsyncTriggerId},
+      {"asyncError", AclHelper::asyncErrorId},
+      {"pseudoAsync", AclHelper::pseudoAsyncId},
+      {"testData", AclHelper::testDataId},
+#define ROW(name, Name) {#name, AclHelper::name##Id},
+      POLICYMAPTEST_HELPER_ERRORS(ROW)
+#undef ROW
+  };
+  for (auto const& [name, id] : ids) {
+    EXPECT_EQ(Kor::KorAttr::attr(AclHelper::_fwkType(), name)->id(), id) << name;
+  }
 }
 
 }  // namespace

@@ -50,34 +50,12 @@ class DoingLog final : public CallLog {
   std::string word;
   std::function<void()> deed;
 
-  Kor::String addRule(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
-                      PolicyData const& data, ClassData const& classData) override {
-    act("addRule");
-    return CallLog::addRule(key, subRule, data, classData);
-  }
-  Kor::String updateAction(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
-                           PolicyData const& data, ClassData const& classData) override {
-    act("update");
-    return CallLog::updateAction(key, subRule, data, classData);
-  }
-  Kor::String createPolicy(PolicyData const& data, ClassMapMatchOption option) override {
-    act("create");
-    return CallLog::createPolicy(data, option);
-  }
-  Kor::String commitPolicy(PolicyData const& data, ClassMapMatchOption option) override {
-    act("commit");
-    return CallLog::commitPolicy(data, option);
-  }
-  Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) override {
-    act("delete");
-    return CallLog::deletePolicy(data, option);
-  }
-
- private:
-  void act(std::string_view operation) const {
-    if (operation == word) {
+ protected:
+  void around(TestSupport::HelperCall& call, Proceed const& proceed) override {
+    if (wordOf(call) == word) {
       deed();
     }
+    CallLog::around(call, proceed);
   }
 };
 

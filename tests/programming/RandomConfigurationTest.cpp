@@ -62,11 +62,8 @@ int actionOf(PolicyMap::ClassMapSmCommonData const& data) {
 }
 
 // Keeps what it is told and notes every call out of order.
-class OrderedHelper : public PolicyMap::PolicyMapAclHelper {
+class OrderedHelper : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapAclHelper> {
  public:
-  using PolicyData = PolicyMap::PolicyMapSmCommonData::PtrConst;
-  using ClassData = PolicyMap::ClassMapSmCommonData::PtrConst;
-
   Hardware hardware;
   std::set<std::pair<PolicyMapSmKey, ClassMapMatchOption>> dirty;  // not committed
   std::vector<std::string> mistakes;
@@ -146,10 +143,6 @@ class OrderedHelper : public PolicyMap::PolicyMapAclHelper {
     updating = {};
     updated = data->policyKey();
     return {};
-  }
-  std::uint64_t getCountForRule(AclRuleKey const& /*key*/, PolicyData const& /*data*/,
-                                ClassData const& /*classData*/) override {
-    return 0;
   }
 
  private:
