@@ -52,9 +52,6 @@ PassRun::Outcome PassRun::run() {
     if (outcome == Outcome::done || outcome == Outcome::failed) {
       outcome = settle(step, outcome);
     }
-    if (outcome == Outcome::failed) {
-      break;
-    }
     if (outcome != Outcome::done) {
       return outcome;
     }

@@ -13,7 +13,7 @@ PolicyReconciler::PolicyReconciler(Policy& policy)
     : policy_(policy),
       retryTimer_([this] {
         due_.failedDue();
-        requestTurn();
+        schedule();
       }),
       resultTimer_([this] { timedOut(); }) {}
 
@@ -48,17 +48,11 @@ void PolicyReconciler::abandonTurn() {
 
 // marks -----------------------------------------------------------------------------------
 
-void PolicyReconciler::requestTurn() {
-  if (service_ != nullptr) {
-    schedule();
-  }
-}
-
 // What failed is tried again at once, and if it fails again the waits start over.
 void PolicyReconciler::relevantChange() {
   retryTimer_.startOver();
   due_.failedDue();
-  requestTurn();
+  schedule();
 }
 
 void PolicyReconciler::scheduleRetry() {
@@ -69,7 +63,7 @@ void PolicyReconciler::scheduleRetry() {
 
 void PolicyReconciler::countsRequested() {
   countsRequested_ = true;
-  requestTurn();
+  schedule();
 }
 
 void PolicyReconciler::wantedIs(bool wanted) {
@@ -240,7 +234,7 @@ void PolicyReconciler::turnEnded() {
     return;
   }
   if (due_.any() || countsRequested_) {
-    requestTurn();
+    schedule();
   } else if (due_.unwanted() && !ownsAnything()) {
     service_->policyGone(policy_.key());
   }
@@ -282,7 +276,7 @@ void PolicyReconciler::leave() {
   }
   leaving_ = nullptr;
   publisher_.allClassesDue();
-  requestTurn();
+  schedule();
   publish();
 }
 

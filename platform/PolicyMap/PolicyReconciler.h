@@ -95,7 +95,6 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
 
   class PlanningTurn;
 
-  void requestTurn();
   void relevantChange();
   void scheduleRetry();
 

@@ -237,6 +237,7 @@ TEST_F(AsyncArbiter, AResultThatComesLaterReachesTheHolder) {
 }
 
 TEST_F(AsyncArbiter, TheFirstResultInsideTheCallDecides) {
+  TestSupport::TraceRecorder const trace("PolicyMap", 1);
   arbiter.request(a);
   EXPECT_EQ(start([&] {
               arbiter.resultIs({"first", 0});
@@ -245,6 +246,7 @@ TEST_F(AsyncArbiter, TheFirstResultInsideTheCallDecides) {
             }),
             "first");
   EXPECT_THAT(journal, ElementsAre("a granted"));
+  EXPECT_EQ(trace.lines().size(), 1U) << "the second result";
 }
 
 TEST_F(AsyncArbiter, ATextOfTheCallIsItsResult) {

@@ -285,6 +285,19 @@ TEST_F(Run, ABracketThatCannotBeClosedIsTheFailureOfWhatItUpdated) {
   EXPECT_EQ(state[ipv6].failure.error(), "locked");
   EXPECT_EQ(state[ipv6].failure.operation(), "endUpdateActions");
   EXPECT_TRUE(!state[ClassMapMatchOption::mac].failure);
+  EXPECT_THAT(holder.told, ElementsAre("update failed"));
+  EXPECT_TRUE(!!run->failure());
+}
+
+TEST_F(Run, WhenItIsAbandonedAtTheEndOfABracketItTellsNothing) {
+  standing();
+  theClass.data->updateAclActionsInc(1);
+  helper->answers["end"] = "locked";
+  helper->word = "end";
+  helper->deed = [this] { run->abandon(); };
+  EXPECT_EQ(start(update({ipv4})).run(), Outcome::abandoned);
+  EXPECT_THAT(holder.told, IsEmpty());
+  EXPECT_FALSE(!!state[ipv4].failure);
 }
 
 TEST_F(Run, ABracketThatCannotBeClosedBlamesNoRule) {

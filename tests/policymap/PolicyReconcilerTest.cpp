@@ -382,5 +382,62 @@ TEST_F(Reconciling, ActionsThatMovedWhileTheMachineWasOffAreUpdatedWhenItIsOn) {
   EXPECT_THAT(bench.settle(), Contains("update pm/input/ipv4 c:acl:10"));
 }
 
+// It is still created there, as far as is known.
+TEST_F(Reconciling, AHelperThatComesBackAfterADeletionThatThrewIsCreatedAgain) {
+  auto const helper = Kor::make<FaultyLog>();
+  bench.helper = helper;
+  bench.start();
+  bench.settle();
+  helper->thrown = "stuck";
+  bench.machine->aclHelperDel();
+  helper->thrown = "";
+  bench.machine->aclHelperIs(helper);
+  EXPECT_THAT(bench.settle(), Contains("recreate pm/input/ipv4"));
+}
+
+// The first policy waits for a result when the machine is switched off; the second is next.
+TEST_F(Reconciling, ATurnThatComesWhileTheMachineIsOffProgramsNothing) {
+  bench.policy("zz")->classPrioIs(Kor::Name("c"), 10);
+  bench.attach("zz", "Ethernet2");
+  bench.helper->asyncOperationsIs(true);
+  bench.start();
+  bench.settle();
+  bench.machine->hasNotificationActiveIs(false);
+  bench.helper->asyncOperationResultIs({"", 1});
+  bench.helper->asyncOperationResultIs({"", 2});
+  EXPECT_THAT(bench.settle(), Each(Not(StartsWith("create zz"))));
+  bench.machine->hasNotificationActiveIs(true);
+  EXPECT_THAT(bench.settle(), Contains("create zz/input/ipv4"));
+}
+
+// Does something once, when an option has failed.
+class FailureHook final : public PolicyMap::PolicyMapStatus::NotifieeConst {
+ public:
+  FailureHook(PolicyMap::PolicyMapStatus const* status, std::function<void()> deed)
+      : NotifieeConst(status), deed_(std::move(deed)) {}
+  void onFailure(ClassMapMatchOption const& /*option*/) override {
+    if (auto const once = std::exchange(deed_, nullptr)) {
+      once();
+    }
+  }
+
+ private:
+  std::function<void()> deed_;
+};
+
+TEST_F(Reconciling, AnObserverOfARefusalThatTakesTheMachineAwayEndsThePublication) {
+  Acl::IpRuleConfig deny;
+  deny.permitIs(false);
+  bench.acls->ipAclIs("acl")->ruleIs(10, deny);
+  bench.helper->denyRulesAllowedIs(false);
+  bench.start();
+  auto const status = bench.status->policyMapStatus(input);
+  auto const hook = Kor::make<FailureHook>(
+      status.get(), [&] { bench.machine->policyMapSm(input)->serviceIs(nullptr); });
+  bench.settle();
+  EXPECT_EQ(status->failures(), 1U);
+  EXPECT_EQ(status->classMapStatus("c")->error(), "");
+}
+
 }  // namespace
 }  // namespace policymap
