@@ -6,6 +6,7 @@
 
 #include <Kor/Assert.h>
 #include <Kor/EventLoop.h>
+#include <PolicyMap/PerOption.h>
 
 #include <ostream>
 #include <utility>
@@ -44,11 +45,10 @@ void recordActions(AclPolicyData& data, AclRuleKey const& key, TestClassCommonDa
 }
 
 void recordMatch(AclPolicyData& data, AclRuleKey const& key, ClassMapSmCommonData const& rules) {
-  switch (key.matchOption()) {
-  case ClassMapMatchOption::ipv4: data.ruleMatchIs(key, rules.getIpRule(key)); break;
-  case ClassMapMatchOption::ipv6: data.ruleMatch6Is(key, rules.getIp6Rule(key)); break;
-  default: data.ruleMatchMacIs(key, rules.getMacRule(key)); break;
-  }
+  auto const mac = [&] { data.ruleMatchMacIs(key, rules.getMacRule(key)); };
+  PolicyMap::forOption(
+      key.matchOption(), [&] { data.ruleMatchIs(key, rules.getIpRule(key)); },
+      [&] { data.ruleMatch6Is(key, rules.getIp6Rule(key)); }, mac, mac);
 }
 
 }  // namespace
@@ -87,7 +87,7 @@ Kor::String AclHelper::createPolicy(PolicyMapSmCommonData::PtrConst const& polic
                  "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
                  "PolicyMap::ClassMapMatchOption): policyData="
                      << TracedPolicy(policyData) << ", matchOption=" << matchOption);
-  Ptr const pinned = Kor::share(this);  // a new record is announced, and the helper may go
+  Ptr const pinned = Kor::share(this);  // an observer of a new record may release the helper
   // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): so may the caller's pointer
   PolicyMapSmCommonData::PtrConst const policy = policyData;
   AclPolicyData::Ptr const data = testDataIs(AclPolicyType(policy->policyKey(), matchOption));
@@ -336,7 +336,7 @@ void AclHelper::handleAsyncTrigger() {
 template <class... Args>
 void AclHelper::announce(Kor::AttributeId id, void (NotifieeConst::*hook)(Args...),
                          Args const&... args) {
-  // Copies: an argument may lie in what a hook lets go.
+  // Copies: an argument may lie in an object that a hook releases.
   notify<NotifieeConst>(
       this, AclHelper::_fwkType(), id,
       [hook, ... held = args](NotifieeConst& notifiee) { (notifiee.*hook)(held...); });
@@ -359,7 +359,7 @@ void AclHelper::asyncTriggerIs(std::uint32_t trigger) {
   if (trigger == asyncTrigger_) {
     return;
   }
-  Ptr const pinned = Kor::share(this);  // whoever waits for the result may let the helper go
+  Ptr const pinned = Kor::share(this);  // a caller that waits for the result may release the helper
   asyncTrigger_ = trigger;
   handleAsyncTrigger();
   announce(asyncTriggerId, &NotifieeConst::onAsyncTrigger);
