@@ -489,7 +489,11 @@ TEST_F(ClassMachine, AnActionThatIsConfiguredDuringTheCleanupGetsNoMachine) {
    public:
     Adder(PolicyMap::ClassMapSmCommonData const* data, std::function<void()> deed)
         : NotifieeConst(data), deed_(std::move(deed)) {}
-    void onUpdateAclActions() override { deed_(); }
+    void onUpdateAclActions() override {
+      if (auto const once = std::exchange(deed_, nullptr)) {
+        once();
+      }
+    }
 
    private:
     std::function<void()> deed_;
