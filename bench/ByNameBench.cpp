@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// One number read and written, and a function of two arguments called, by name: against a direct
-// virtual call with a variant, and against the meta-object systems that are installed.
+// Reads and writes one number and calls a function of two arguments by name. Compared with a direct
+// virtual call with a variant, and with the meta-object systems that are installed.
 
 #include <Kor/ByName.h>
 #include <Kor/Registration.h>
@@ -59,7 +59,7 @@ constexpr Kor::TypeModel model = M::object(attrs, M::constructor<&make>());
 
 constexpr Kor::AttributeId readingId = 130;
 
-// What one writes by hand when attributes have numbers.
+// The usual hand-written equivalent, with numbered attributes.
 using Variant = std::variant<std::monostate, bool, std::int64_t, double, std::string>;
 class Numbered {
  public:
@@ -92,7 +92,7 @@ class NumberedMeter final : public Numbered {
   std::string unit_;
 };
 
-// Which object it is, the compiler is not to know.
+// Hides the object from the optimiser.
 template <class T>
 T* hidden(T* object) {
   benchmark::DoNotOptimize(object);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // One policy of 1000 rules through the helper: create, add every rule with its match, sub-rule and
-// three action values, 16 interfaces, commit, update every action, delete. Beside it what people
-// write by hand: fakes that record the same fields in std::map and std::unordered_map, and a mock
-// of the helper.
+// three action values, 16 interfaces, commit, update every action, delete. Compared with
+// hand-written fakes that record the same fields in std::map and std::unordered_map, and with a
+// mock of the helper.
 
 #include "helper/AclHelper.h"
 #include "machines/TestClassCommonData.h"
@@ -28,7 +28,7 @@ using PolicyMap::SubRuleData;
 constexpr std::uint32_t ruleCount = 1000;
 constexpr std::uint32_t intfCount = 16;
 
-// What the framework hands to a helper.
+// The arguments that the framework passes to a helper.
 struct Policy {
   Kor::Ptr<Acl::Config> acls = Kor::make<Acl::Config>();
   PolicyMap::PolicyMapSmCommonData::Ptr policyData =
@@ -48,7 +48,7 @@ struct Policy {
       keys.emplace_back("class", "acl", seqno, ClassMapMatchOption::ipv4);
     }
     for (std::uint32_t number = 1; number <= intfCount; ++number) {
-      intfs.emplace_back(Kor::String8("Ethernet" + std::to_string(number)));
+      intfs.emplace_back(Kor::String("Ethernet" + std::to_string(number)));
     }
     classData->action1ValueIs(1);
     classData->action2ValueIs(2);
@@ -56,7 +56,7 @@ struct Policy {
   }
 };
 
-// The calls of one life of the policy.
+// The calls from the creation of the policy to its deletion.
 template <class Helper>
 void drive(Helper& helper, Policy const& policy) {
   auto const option = ClassMapMatchOption::ipv4;
@@ -101,7 +101,7 @@ using TreeSet = std::set<Key>;
 template <class Key>
 using TableSet = std::unordered_set<Key, Hash>;
 
-// A fake as a test author would write it: the same fields, the standard library's collections.
+// A typical hand-written fake: the same fields in standard collections.
 template <template <class, class> class Map, template <class> class Set>
 class Fake {
  public:
@@ -209,7 +209,7 @@ class Mock {
   MOCK_METHOD(Kor::String, deletePolicy, (PolicyData const&, ClassMapMatchOption));
 };
 
-// Every call goes on to a fake that records.
+// Every call is forwarded to a fake that records.
 void mockThatRecords(benchmark::State& state) {
   Policy const policy;
   Fake<Table, TableSet> fake;

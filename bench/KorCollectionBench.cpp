@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A keyed collection of counted members against std::unordered_map: find, insert, iterate.
+// A keyed collection of counted members, compared with std::unordered_map: find, insert, iterate.
 
 #include <Kor/HashMap.h>
 #include <Kor/PtrInterface.h>
@@ -32,7 +32,7 @@ class Entry : public Kor::PtrInterface, public Kor::HashMapLink<Entry<Key>> {
   std::uint64_t value_;
 };
 
-// The same operations over both, so that each benchmark is written once.
+// A common interface to both, so that each benchmark is written once.
 template <class K>
 class Ours {
  public:
@@ -53,7 +53,7 @@ class Ours {
   Kor::HashMap<Entry<Key>> map_;
 };
 
-// Through the iterator that users have, which counts the member under it.
+// Iterates with the public iterator, which counts the current member.
 template <class K>
 class OursByCursor : public Ours<K> {
  public:
@@ -85,7 +85,7 @@ class Standard {
   std::unordered_map<Key, std::uint64_t> map_;
 };
 
-// A fixed shuffle of keys that have no pattern: one without collisions would flatter either side.
+// A fixed shuffle of keys without a pattern. Keys free of collisions would favour one side.
 template <class Key>
 std::vector<Key> keys(std::int64_t count, std::uint32_t seed) {
   std::vector<std::uint32_t> numbers(static_cast<std::size_t>(count));
@@ -154,7 +154,7 @@ void iterate(benchmark::State& state) {
 }
 
 using Number = std::uint32_t;
-using SharedText = Kor::String8;  // carries its hash
+using SharedText = Kor::String;  // stores its hash
 using StandardText = std::string;
 
 void sizes(benchmark::internal::Benchmark* benchmark) {

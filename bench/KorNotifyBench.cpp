@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// An attribute write with 0, 1, 4 and 64 observers, against callbacks by hand that give the same
-// guarantees: a snapshot of the list, entries that know that they have left, exceptions kept from
-// the writer.
+// An attribute write with 0, 1, 4 and 64 observers, compared with hand-written callbacks that give
+// the same guarantees: they iterate over a snapshot of the list, skip removed entries, and keep
+// exceptions from the writer.
 
 #include <Kor/Entity.h>
 
@@ -52,7 +52,8 @@ class CountingNotifiee : public Lamp::NotifieeConst {
   int calls = 0;
 };
 
-// What one writes by hand: the list is copied for each walk, an entry that has left is skipped.
+// The usual hand-written equivalent: it copies the list for each iteration and skips removed
+// entries.
 class HandLamp {
  public:
   using Callback = std::function<void()>;
@@ -88,7 +89,7 @@ class HandLamp {
   std::vector<std::shared_ptr<Connection>> connections_;
 };
 
-// The bare minimum, without any guarantee: no list may change while it is walked.
+// The minimum without guarantees: the list must not change during an iteration.
 class BareLamp {
  public:
   class Observer {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Copy and release of a counted pointer, against std::shared_ptr.
+// Copies and releases a counted pointer, compared with std::shared_ptr.
 
 #include <Kor/PtrInterface.h>
 
@@ -22,7 +22,7 @@ void copyAndRelease(benchmark::State& state) {
   }
 }
 
-// std::shared_ptr counts without atomics as long as the program has never had a second thread.
+// std::shared_ptr counts without atomics until the program creates its second thread.
 void copyAndReleaseShared(benchmark::State& state) {
   auto const thing = std::make_shared<int>(7);
   for (auto _ : state) {
@@ -30,7 +30,7 @@ void copyAndReleaseShared(benchmark::State& state) {
     benchmark::DoNotOptimize(copy);
   }
 }
-// Registered last: from here on the program counts as one with threads.
+// Registered last: from here on the program counts as multi-threaded.
 void copyAndReleaseSharedWithThreads(benchmark::State& state) {
   std::atomic<bool> stop = false;
   std::thread idle([&stop] { stop.wait(false); });

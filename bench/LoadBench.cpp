@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Opening the library in a process that has not seen it: linking and the registration of all types.
-// Each measurement is a fresh fork.
+// Opens the library in a fresh process: linking and the registration of all types. Each measurement
+// forks.
 
 #include <Kor/KorType.h>
 
@@ -17,8 +17,8 @@
 
 namespace {
 
-// Opens the libraries in a child and answers how long the last one took, in seconds; negative when
-// that failed.
+// Opens the libraries in a child process. Returns how long the last one took, in seconds; negative
+// on failure.
 double secondsToOpen(std::initializer_list<char const*> libraries) {
   std::array<int, 2> ends{};
   if (pipe(ends.data()) != 0) {
@@ -45,7 +45,7 @@ double secondsToOpen(std::initializer_list<char const*> libraries) {
 }
 
 void measure(benchmark::State& state, std::initializer_list<char const*> libraries) {
-  static_cast<void>(Kor::KorType::all());  // Kor is there already
+  static_cast<void>(Kor::KorType::all());  // Kor is loaded already
   for (auto _ : state) {
     double const seconds = secondsToOpen(libraries);
     if (seconds < 0) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a change to one policy costs among few and among many policies: it should make no
-// difference.
+// The cost of a change to one policy among few and among many policies. It should be the same.
 
 #include "helper/AclHelper.h"
 #include "machines/PolicyMapTestSm.h"
@@ -20,10 +19,10 @@ namespace {
 using PolicyMap::ClassMapMatchOption;
 
 Kor::Name nameOf(char const* kind, std::uint32_t number) {
-  return Kor::Name(Kor::String8(kind + std::to_string(number)));
+  return Kor::Name(Kor::String(kind + std::to_string(number)));
 }
 
-// Policies of one class with a list of ten rules each, every one at an interface of its own.
+// Policies of one class with a list of ten rules each, each attached to its own interface.
 class Policies {
  public:
   explicit Policies(std::uint32_t count) {
@@ -56,7 +55,7 @@ class Policies {
     Kor::EventLoop::global().runUntilIdle();
   }
 
-  // Each of these programs the one policy once more.
+  // Each of these functions makes the one policy be programmed again.
   void changeRule() {
     acls_->ipAcl(nameOf("acl", changed_))->ruleIs(10, rule(++changes_ % 60000));
     Kor::EventLoop::global().runUntilIdle();
@@ -78,8 +77,8 @@ class Policies {
     return config;
   }
   static Vorel::IntfId intf(std::uint32_t number) {
-    return Vorel::IntfId(Kor::String8("Ethernet" + std::to_string(number / 1000 + 1) + "/" +
-                                      std::to_string(number % 1000 + 1)));
+    return Vorel::IntfId(Kor::String("Ethernet" + std::to_string(number / 1000 + 1) + "/" +
+                                     std::to_string(number % 1000 + 1)));
   }
 
   Kor::Ptr<Acl::Config> acls_ = Kor::make<Acl::Config>();
@@ -105,7 +104,8 @@ double medianSeconds(Policies& policies) {
   return seconds[runs / 2];
 }
 
-// `ratio`: the change among many over the same change among ten, medians, measured in turn.
+// `ratio`: the median time of a change among many policies over that among ten, measured
+// alternately.
 template <void (Policies::*change)()>
 void oneOf(benchmark::State& state) {
   Policies few(10);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// From configuration to records: what a policy of N rules costs, and whether twice the rules cost
+// From configuration to records: the cost of a policy of N rules, and whether twice the rules cost
 // about twice the time and memory.
 
 #include "helper/AclHelper.h"
@@ -34,8 +34,8 @@ Acl::IpRuleConfig ruleNumber(std::uint32_t number) {
   return rule;
 }
 
-// One policy of one class on one list, attached at one interface, and all that it takes to program
-// it.
+// One policy of one class on one list, attached to one interface, with the objects needed to
+// program it.
 class Policy {
  public:
   explicit Policy(std::uint32_t rules) {
@@ -50,7 +50,7 @@ class Policy {
     auto const policy = Kor::make<PolicyMap::PolicyMapSubConfig>("policy");
     policy->classPrioIs("class", 1);
     policies_->policyMapConfigIs("policy")->currentSubConfigIs(policy);
-    policies_->servicePolicyIs({Vorel::IntfId(Kor::String8("Ethernet1")), "input"}, "policy");
+    policies_->servicePolicyIs({Vorel::IntfId(Kor::String("Ethernet1")), "input"}, "policy");
     helper_->subRulesForL4PortsIs(true);
     machine_ = PolicyMapTest::testServicePolicySmFactory(
         policies_, classes_, nullptr, Kor::make<PolicyMap::PolicyMapTypeStatus>(), acls_, nullptr,
@@ -88,8 +88,8 @@ double residentBytes() {
   return static_cast<double>(pages) * static_cast<double>(sysconf(_SC_PAGESIZE));
 }
 
-// Measured in a process of its own. The benchmarks that use it stand first: a process that has
-// programmed nothing has no memory that its children could use again.
+// Measures in a process of its own. The benchmarks that use it come first: a process that has
+// programmed nothing has no free memory for its children to reuse.
 Cost costOf(std::uint32_t rules) {
   std::array<int, 2> pipe{};
   if (::pipe(pipe.data()) != 0) {
@@ -129,7 +129,7 @@ Cost medianCostOf(std::uint32_t rules) {
   return {seconds[runs / 2], bytes[runs / 2]};
 }
 
-// Medians of five: how much more N rules cost than N / 2.
+// Median of five: the cost of N rules over that of N / 2.
 void doubling(benchmark::State& state) {
   auto const rules = static_cast<std::uint32_t>(state.range(0));
   for (auto _ : state) {
@@ -175,14 +175,14 @@ void oneRuleChanged(benchmark::State& state) {
 }
 BENCHMARK(oneRuleChanged)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 
-// A policy of N classes of one rule each, with one action.
+// A policy of N classes with one rule and one action each.
 class ManyClasses {
  public:
   explicit ManyClasses(std::uint32_t classes) {
     Kor::EventLoop::global().virtualTimeIs(true);
     auto const policy = Kor::make<PolicyMap::PolicyMapSubConfig>("policy");
     for (std::uint32_t number = 0; number < classes; ++number) {
-      Kor::Name const name(Kor::String8("class" + std::to_string(number)));
+      Kor::Name const name(Kor::String("class" + std::to_string(number)));
       acls_->ipAclIs(name)->ruleIs(10, ruleNumber(number));
       auto const matches = Kor::make<PolicyMap::ClassMapSubConfig>(name);
       matches->matchIs(1, PolicyMap::ClassMapMatch::acl(ClassMapMatchOption::ipv4, name));
@@ -200,10 +200,10 @@ class ManyClasses {
   }
   void program() { Kor::EventLoop::global().runUntilIdle(); }
   void attach(char const* where) {
-    policies_->servicePolicyIs({Vorel::IntfId(Kor::String8(where)), "input"}, "policy");
+    policies_->servicePolicyIs({Vorel::IntfId(Kor::String(where)), "input"}, "policy");
   }
   void detach(char const* where) {
-    policies_->servicePolicyDel({Vorel::IntfId(Kor::String8(where)), "input"});
+    policies_->servicePolicyDel({Vorel::IntfId(Kor::String(where)), "input"});
   }
   void changeOneAction() { action_->valueIs(action_->value() + 1); }
 
@@ -216,7 +216,7 @@ class ManyClasses {
   Kor::Ptr<PolicyMapTest::TestServicePolicySm> machine_;
 };
 
-// What one change costs in a policy of N classes: the same for every N.
+// The cost of one change in a policy of N classes, which should not depend on N.
 void oneActionAmongClasses(benchmark::State& state) {
   ManyClasses policy(static_cast<std::uint32_t>(state.range(0)));
   for (auto _ : state) {

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# One shared library from the sources below some folders, and the CMake package that carries it.
+# Functions for shared libraries and for the CMake packages that contain them.
 include(CMakePackageConfigHelpers)
 
-# link_if_there(<target> <kind> <library>...): links those of the libraries that are built.
+# link_if_there(<target> <kind> <library>...): links those of the libraries that are being built.
 function(link_if_there target kind)
   foreach(library IN LISTS ARGN)
     if(TARGET ${library})
@@ -15,8 +15,8 @@ endfunction()
 # add_project_library(<name> PACKAGE <package> FOLDERS <folder>... HEADERS_TO <folder>
 #                     [DEPENDS <target>...])
 #
-# Builds lib<name> from all sources below FOLDERS, makes it known as <package>::<name>, and installs
-# it and the headers (below include/HEADERS_TO) as part of the package.
+# Builds lib<name> from all sources below FOLDERS, with the alias <package>::<name>, and installs it
+# and its headers (below include/HEADERS_TO) as part of the package.
 function(add_project_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "PACKAGE;HEADERS_TO" "FOLDERS;DEPENDS")
   list(TRANSFORM arg_FOLDERS APPEND "/*.cpp" OUTPUT_VARIABLE patterns)
@@ -28,7 +28,7 @@ function(add_project_library name)
 
   add_library(${name} SHARED ${sources})
   add_library(${arg_PACKAGE}::${name} ALIAS ${name})
-  # What the package's version file says as well: before 1.0, minor versions differ.
+  # As in the package's version file: before 1.0, minor versions are incompatible.
   set(compatible ${PROJECT_VERSION_MAJOR})
   if(PROJECT_VERSION_MAJOR EQUAL 0)
     set(compatible ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
@@ -58,7 +58,7 @@ function(add_project_library name)
   endforeach()
 endfunction()
 
-# install_license(<component>): each component carries the licence, as share/doc/<component>/LICENSE.
+# install_license(<component>): installs the licence as share/doc/<component>/LICENSE.
 function(install_license component)
   install(
     FILES "${PROJECT_SOURCE_DIR}/LICENSE"
@@ -68,7 +68,7 @@ endfunction()
 
 # install_project_package(<package> LIBRARIES <name>... [DEPENDS <package>...])
 #
-# Installs what find_package(<package>) reads; DEPENDS are the packages that it finds first.
+# Installs the files for find_package(<package>), which first finds the packages in DEPENDS.
 function(install_project_package package)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LIBRARIES;DEPENDS")
   foreach(library IN LISTS arg_LIBRARIES)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# Finds the installed platform, or says at once what is missing.
+# Finds the installed platform. Fails during configuration if part of it is missing.
 set(platformVersion ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 find_package(PolicyMapPlatform ${platformVersion} QUIET CONFIG)
 if(NOT PolicyMapPlatform_FOUND)
@@ -15,7 +15,7 @@ if(NOT PolicyMapPlatform_FOUND)
       "found in CMAKE_PREFIX_PATH ('${CMAKE_PREFIX_PATH}') or PolicyMapPlatform_DIR.${seen}")
 endif()
 
-# A package whose headers were left behind would fail at the first #include.
+# Without this check, a package without headers would fail only at the first #include.
 get_target_property(folders PolicyMapPlatform::Kor INTERFACE_INCLUDE_DIRECTORIES)
 foreach(header Kor/Ptr.h PolicyMap/ServicePolicySm.h Acl/Config.h)
   list(TRANSFORM folders APPEND "/${header}" OUTPUT_VARIABLE places)

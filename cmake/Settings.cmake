@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# How everything in this tree is compiled and linked. Nothing here is seen by those who use an
-# installed package.
+# Compiler and linker settings of this tree. They do not affect users of the installed packages.
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
@@ -14,16 +13,16 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN")
-set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)  # a platform that is installed elsewhere
+set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)  # finds a platform installed elsewhere
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  # At -O3 this version sees overlapping copies inside std::string that are not there.
+  # At -O3 this version warns about overlapping copies in std::string, which do not occur.
   add_compile_options(-Wno-restrict)
 endif()
 
-# __FILE__ names a file as an #include does: "Kor/HashMap.h", "records/AclPolicyData.cpp". The
-# compilers take the last map that fits, so the longer path stands last.
+# __FILE__ is the path used in #include: "Kor/HashMap.h", "records/AclPolicyData.cpp". The compilers
+# use the last matching map, so the longer path comes last.
 add_compile_options("-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/="
                     "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/platform/=")
 
@@ -36,8 +35,8 @@ function(hide_source_paths_of target)
 endfunction()
 
 if(POLICYMAPTEST_SANITIZE)
-  # Sanitizers rewrite what the optimiser sees, and g++ then warns about code that is not there:
-  # warnings are judged by the other builds.
+  # Sanitizers change the code that the optimiser sees, which causes false warnings of g++. The
+  # other builds check warnings.
   add_compile_options(-O1 -g1 -fno-omit-frame-pointer -fsanitize=address,leak,undefined
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=address,leak,undefined)
@@ -45,7 +44,7 @@ else()
   if(POLICYMAPTEST_WERROR)
     add_compile_options(-Werror)
   endif()
-  # Unreferenced sections are dropped, so what is only read through its section must be retained.
+  # Drops unreferenced sections. Data that is only read through its section must be retained.
   add_compile_options(-ffunction-sections -fdata-sections)
   add_link_options(-Wl,--gc-sections -Wl,--no-undefined)
 endif()

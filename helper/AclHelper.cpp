@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "helper/AclHelper.h"
 
+#include "helper/OperationTrace.h"
 #include "machines/TestClassCommonData.h"
+#include "records/TestActionKinds.h"
 #include "records/Trace.h"
 
 #include <Kor/Assert.h>
 #include <Kor/EventLoop.h>
 #include <PolicyMap/PerOption.h>
 
-#include <ostream>
 #include <utility>
 
 namespace PolicyMapTest {
@@ -21,27 +22,10 @@ using PolicyMap::SubRuleData;
 
 namespace {
 
-// How trace lines name the data of a policy and of a class.
-struct TracedPolicy {
-  PolicyMapSmCommonData const* data;
-  explicit TracedPolicy(PolicyMapSmCommonData::PtrConst const& policyData)
-      : data(policyData.get()) {}
-  friend std::ostream& operator<<(std::ostream& out, TracedPolicy const& traced) {
-    return traced.data == nullptr ? out << "None" : out << traced.data->policyKey();
-  }
-};
-struct TracedClass {
-  ClassMapSmCommonData const* data;
-  explicit TracedClass(ClassMapSmCommonData::PtrConst const& classData) : data(classData.get()) {}
-  friend std::ostream& operator<<(std::ostream& out, TracedClass const& traced) {
-    return traced.data == nullptr ? out << "None" : out << traced.data->name();
-  }
-};
-
 void recordActions(AclPolicyData& data, AclRuleKey const& key, TestClassCommonData const& values) {
-  data.ruleAction1Is(key, values.action1Value());
-  data.ruleAction2Is(key, values.action2Value());
-  data.ruleAction3Is(key, values.action3Value());
+#define POLICYMAPTEST_ROW(kind) data.ruleAction##kind##Is(key, values.action##kind##Value());
+  POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
 }
 
 void recordMatch(AclPolicyData& data, AclRuleKey const& key, ClassMapSmCommonData const& rules) {
@@ -82,13 +66,10 @@ void AclHelper::hwInit() {}
 
 Kor::String AclHelper::createPolicy(PolicyMapSmCommonData::PtrConst const& policyData,
                                     ClassMapMatchOption matchOption) {
-  KOR_TRACE_LINE(traceHandle(), 8,
-                 "virtual Kor::String PolicyMapTest::AclHelper::createPolicy("
-                 "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
-                 "PolicyMap::ClassMapMatchOption): policyData="
-                     << TracedPolicy(policyData) << ", matchOption=" << matchOption);
-  Ptr const pinned = Kor::share(this);  // an observer of a new record may release the helper
-  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): so may the caller's pointer
+  traceOperation("Kor::String", "createPolicy", Traced{"policyData", policyData},
+                 Traced{"matchOption", matchOption});
+  Ptr const pinned = Kor::share(this);  // observers of a new record may drop the helper
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): and the caller's pointer
   PolicyMapSmCommonData::PtrConst const policy = policyData;
   AclPolicyData::Ptr const data = testDataIs(AclPolicyType(policy->policyKey(), matchOption));
   KOR_ASSERT_AS(sourceName, "!data->created()", !data->created());
@@ -97,9 +78,10 @@ Kor::String AclHelper::createPolicy(PolicyMapSmCommonData::PtrConst const& polic
   KOR_ASSERT_AS(sourceName, "data->ruleMatchs() == 0", data->ruleMatchs() == 0);
   KOR_ASSERT_AS(sourceName, "data->ruleMatch6s() == 0", data->ruleMatch6s() == 0);
   KOR_ASSERT_AS(sourceName, "data->ruleMatchMacs() == 0", data->ruleMatchMacs() == 0);
-  KOR_ASSERT_AS(sourceName, "data->ruleAction1s() == 0", data->ruleAction1s() == 0);
-  KOR_ASSERT_AS(sourceName, "data->ruleAction2s() == 0", data->ruleAction2s() == 0);
-  KOR_ASSERT_AS(sourceName, "data->ruleAction3s() == 0", data->ruleAction3s() == 0);
+#define POLICYMAPTEST_ROW(kind) \
+  KOR_ASSERT_AS(sourceName, "data->ruleAction" #kind "s() == 0", data->ruleAction##kind##s() == 0);
+  POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
   for (Vorel::IntfId const intf : policy->intfs(matchOption)) {
     data->intfIs(intf, true);
   }
@@ -108,11 +90,8 @@ Kor::String AclHelper::createPolicy(PolicyMapSmCommonData::PtrConst const& polic
 
 Kor::String AclHelper::recreatePolicy(PolicyMapSmCommonData::PtrConst const& policyData,
                                       ClassMapMatchOption matchOption) {
-  KOR_TRACE_LINE(traceHandle(), 8,
-                 "virtual Kor::String PolicyMapTest::AclHelper::recreatePolicy("
-                 "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
-                 "PolicyMap::ClassMapMatchOption): policyData="
-                     << TracedPolicy(policyData) << ", matchOption=" << matchOption);
+  traceOperation("Kor::String", "recreatePolicy", Traced{"policyData", policyData},
+                 Traced{"matchOption", matchOption});
   Ptr const pinned = Kor::share(this);
   // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): overrides may drop the caller's
   PolicyMapSmCommonData::PtrConst const policy = policyData;
@@ -120,7 +99,7 @@ Kor::String AclHelper::recreatePolicy(PolicyMapSmCommonData::PtrConst const& pol
     deletePolicy(policy, matchOption);
     return createPolicy(policy, matchOption);
   } catch (...) {
-    // An operation that throws counts as not carried out, so the policy is still created.
+    // An operation that throws counts as not carried out: the policy is still created.
     if (AclPolicyData::Ptr const data = testData(AclPolicyType(policy->policyKey(), matchOption))) {
       data->createdIs(true);
     }
@@ -130,11 +109,8 @@ Kor::String AclHelper::recreatePolicy(PolicyMapSmCommonData::PtrConst const& pol
 
 Kor::String AclHelper::deletePolicy(PolicyMapSmCommonData::PtrConst const& policyData,
                                     ClassMapMatchOption matchOption) {
-  KOR_TRACE_LINE(traceHandle(), 8,
-                 "virtual Kor::String PolicyMapTest::AclHelper::deletePolicy("
-                 "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
-                 "PolicyMap::ClassMapMatchOption): policyData="
-                     << TracedPolicy(policyData) << ", matchOption=" << matchOption);
+  traceOperation("Kor::String", "deletePolicy", Traced{"policyData", policyData},
+                 Traced{"matchOption", matchOption});
   AclPolicyData::Ptr const data = testData(AclPolicyType(policyData->policyKey(), matchOption));
   KOR_ASSERT_AS(sourceName, "data", data);
   KOR_ASSERT_AS(sourceName, "data->created()", data->created());
@@ -143,20 +119,17 @@ Kor::String AclHelper::deletePolicy(PolicyMapSmCommonData::PtrConst const& polic
   data->ruleMatch6DelAll();
   data->ruleMatchMacDelAll();
   data->subRulesForKeyDelAll();
-  data->ruleAction1DelAll();
-  data->ruleAction2DelAll();
-  data->ruleAction3DelAll();
+#define POLICYMAPTEST_ROW(kind) data->ruleAction##kind##DelAll();
+  POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
   data->intfDelAll();
   return deleteError_;
 }
 
 Kor::String AclHelper::commitPolicy(PolicyMapSmCommonData::PtrConst const& policyData,
                                     ClassMapMatchOption matchOption) {
-  KOR_TRACE_LINE(traceHandle(), 8,
-                 "virtual Kor::String PolicyMapTest::AclHelper::commitPolicy("
-                 "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
-                 "PolicyMap::ClassMapMatchOption): policyData="
-                     << TracedPolicy(policyData) << ", matchOption=" << matchOption);
+  traceOperation("Kor::String", "commitPolicy", Traced{"policyData", policyData},
+                 Traced{"matchOption", matchOption});
   AclPolicyData::Ptr const data = testData(AclPolicyType(policyData->policyKey(), matchOption));
   KOR_ASSERT_AS(sourceName, "data", data);
   data->commitCountInc(1);
@@ -166,13 +139,9 @@ Kor::String AclHelper::commitPolicy(PolicyMapSmCommonData::PtrConst const& polic
 
 Kor::String AclHelper::addIntfToPolicy(PolicyMapSmCommonData::PtrConst const& policyData,
                                        Vorel::IntfId intf, ClassMapMatchOption matchOption) {
-  KOR_TRACE_LINE(traceHandle(), 8,
-                 "virtual Kor::String PolicyMapTest::AclHelper::addIntfToPolicy("
-                 "const PolicyMap::PolicyMapSmCommonData::PtrConst&, Vorel::IntfId, "
-                 "PolicyMap::ClassMapMatchOption): policyData="
-                     << TracedPolicy(policyData) << ", intf=" << intf
-                     << ", matchOption=" << matchOption);
-  Ptr const pinned = Kor::share(this);  // a new record is announced
+  traceOperation("Kor::String", "addIntfToPolicy", Traced{"policyData", policyData},
+                 Traced{"intf", intf}, Traced{"matchOption", matchOption});
+  Ptr const pinned = Kor::share(this);  // observers of a new record may drop the helper
   AclPolicyData::Ptr const data = testDataIs(AclPolicyType(policyData->policyKey(), matchOption));
   data->intfIs(intf, true);
   return result(addIntfError_);
@@ -180,12 +149,8 @@ Kor::String AclHelper::addIntfToPolicy(PolicyMapSmCommonData::PtrConst const& po
 
 Kor::String AclHelper::removeIntfFromPolicy(PolicyMapSmCommonData::PtrConst const& policyData,
                                             Vorel::IntfId intf, ClassMapMatchOption matchOption) {
-  KOR_TRACE_LINE(traceHandle(), 8,
-                 "virtual Kor::String PolicyMapTest::AclHelper::removeIntfFromPolicy("
-                 "const PolicyMap::PolicyMapSmCommonData::PtrConst&, Vorel::IntfId, "
-                 "PolicyMap::ClassMapMatchOption): policyData="
-                     << TracedPolicy(policyData) << ", intf=" << intf
-                     << ", matchOption=" << matchOption);
+  traceOperation("Kor::String", "removeIntfFromPolicy", Traced{"policyData", policyData},
+                 Traced{"intf", intf}, Traced{"matchOption", matchOption});
   AclPolicyData::Ptr const data = testData(AclPolicyType(policyData->policyKey(), matchOption));
   if (data) {
     data->intfDel(intf);
@@ -198,14 +163,9 @@ Kor::String AclHelper::removeIntfFromPolicy(PolicyMapSmCommonData::PtrConst cons
 Kor::String AclHelper::addRule(AclRuleKey const& key, SubRuleData const& subRule,
                                PolicyMapSmCommonData::PtrConst const& policyCommonData,
                                ClassMapSmCommonData::PtrConst const& classCommonData) {
-  KOR_TRACE_LINE(traceHandle(), 8,
-                 "virtual Kor::String PolicyMapTest::AclHelper::addRule("
-                 "const PolicyMap::AclRuleKey&, const PolicyMap::SubRuleData&, "
-                 "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
-                 "const PolicyMap::ClassMapSmCommonData::PtrConst&): key="
-                     << key << ", subRule=" << subRule
-                     << ", policyCommonData=" << TracedPolicy(policyCommonData)
-                     << ", classCommonData=" << TracedClass(classCommonData));
+  traceOperation("Kor::String", "addRule", Traced{"key", key}, Traced{"subRule", subRule},
+                 Traced{"policyCommonData", policyCommonData},
+                 Traced{"classCommonData", classCommonData});
   if (!rangeCheckerError_.empty() && (subRule.srcPortRange() || subRule.dstPortRange())) {
     return rangeCheckerError_;
   }
@@ -229,14 +189,9 @@ Kor::String AclHelper::addRule(AclRuleKey const& key, SubRuleData const& subRule
 Kor::String AclHelper::updateAction(AclRuleKey const& key, SubRuleData const& subRuleData,
                                     PolicyMapSmCommonData::PtrConst const& policyCommonData,
                                     ClassMapSmCommonData::PtrConst const& classCommonData) {
-  KOR_TRACE_LINE(traceHandle(), 8,
-                 "virtual Kor::String PolicyMapTest::AclHelper::updateAction("
-                 "const PolicyMap::AclRuleKey&, const PolicyMap::SubRuleData&, "
-                 "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
-                 "const PolicyMap::ClassMapSmCommonData::PtrConst&): key="
-                     << key << ", subRuleData=" << subRuleData
-                     << ", policyCommonData=" << TracedPolicy(policyCommonData)
-                     << ", classCommonData=" << TracedClass(classCommonData));
+  traceOperation("Kor::String", "updateAction", Traced{"key", key},
+                 Traced{"subRuleData", subRuleData}, Traced{"policyCommonData", policyCommonData},
+                 Traced{"classCommonData", classCommonData});
   auto const testClassData = classCommonData.as<TestClassCommonData const>();
   KOR_ASSERT_AS(sourceName, "testClassData", testClassData);
   AclPolicyData::Ptr const data =
@@ -253,12 +208,8 @@ Kor::String AclHelper::updateAction(AclRuleKey const& key, SubRuleData const& su
 
 Kor::String AclHelper::beginUpdateActions(PolicyMapSmCommonData::PtrConst const& policyCommonData,
                                           ClassMapSmCommonData::PtrConst const& classCommonData) {
-  KOR_TRACE_LINE(traceHandle(), 8,
-                 "virtual Kor::String PolicyMapTest::AclHelper::beginUpdateActions("
-                 "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
-                 "const PolicyMap::ClassMapSmCommonData::PtrConst&): policyCommonData="
-                     << TracedPolicy(policyCommonData)
-                     << ", classCommonData=" << TracedClass(classCommonData));
+  traceOperation("Kor::String", "beginUpdateActions", Traced{"policyCommonData", policyCommonData},
+                 Traced{"classCommonData", classCommonData});
   updateActionsCounted("begin update count for ", policyCommonData, classCommonData,
                        &AclPolicyData::beginUpdateActionCountInc);
   return {};
@@ -266,12 +217,8 @@ Kor::String AclHelper::beginUpdateActions(PolicyMapSmCommonData::PtrConst const&
 
 Kor::String AclHelper::endUpdateActions(PolicyMapSmCommonData::PtrConst const& policyCommonData,
                                         ClassMapSmCommonData::PtrConst const& classCommonData) {
-  KOR_TRACE_LINE(traceHandle(), 8,
-                 "virtual Kor::String PolicyMapTest::AclHelper::endUpdateActions("
-                 "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
-                 "const PolicyMap::ClassMapSmCommonData::PtrConst&): policyCommonData="
-                     << TracedPolicy(policyCommonData)
-                     << ", classCommonData=" << TracedClass(classCommonData));
+  traceOperation("Kor::String", "endUpdateActions", Traced{"policyCommonData", policyCommonData},
+                 Traced{"classCommonData", classCommonData});
   updateActionsCounted("end update count for ", policyCommonData, classCommonData,
                        &AclPolicyData::endUpdateActionCountInc);
   return {};
@@ -286,8 +233,9 @@ void AclHelper::updateActionsCounted(std::string_view text,
     if (data && data->created()) {
       std::uint32_t const count = ((*data).*increment)(1);
       KOR_TRACE_LINE(traceHandle(), 5,
-                     text << policyCommonData->policyKey() << " - " << TracedClass(classCommonData)
-                          << "[" << option << "] is now " << count);
+                     text << policyCommonData->policyKey() << " - "
+                          << (Traced{"classCommonData", classCommonData}) << "[" << option
+                          << "] is now " << count);
     }
   }
 }
@@ -295,13 +243,9 @@ void AclHelper::updateActionsCounted(std::string_view text,
 std::uint64_t AclHelper::getCountForRule(AclRuleKey const& key,
                                          PolicyMapSmCommonData::PtrConst const& policyCommonData,
                                          ClassMapSmCommonData::PtrConst const& classCommonData) {
-  KOR_TRACE_LINE(traceHandle(), 8,
-                 "virtual uint64_t PolicyMapTest::AclHelper::getCountForRule("
-                 "const PolicyMap::AclRuleKey&, "
-                 "const PolicyMap::PolicyMapSmCommonData::PtrConst&, "
-                 "const PolicyMap::ClassMapSmCommonData::PtrConst&): key="
-                     << key << ", policyCommonData=" << TracedPolicy(policyCommonData)
-                     << ", classCommonData=" << TracedClass(classCommonData));
+  traceOperation("uint64_t", "getCountForRule", Traced{"key", key},
+                 Traced{"policyCommonData", policyCommonData},
+                 Traced{"classCommonData", classCommonData});
   return 10;
 }
 
@@ -319,7 +263,7 @@ void AclHelper::scheduleAsyncResult(Kor::String8 error) {
   KOR_TRACE_LINE(
       traceHandle(), 8,
       "void PolicyMapTest::AclHelper::scheduleAsyncResult(Kor::String): error=" << error);
-  Ptr const pinned = Kor::share(this);  // the change of asyncError is announced
+  Ptr const pinned = Kor::share(this);  // observers of asyncError may drop the helper
   asyncErrorIs(std::move(error));
   if (pseudoAsync_) {
     handleAsyncTrigger();
@@ -336,7 +280,7 @@ void AclHelper::handleAsyncTrigger() {
 template <class... Args>
 void AclHelper::announce(Kor::AttributeId id, void (NotifieeConst::*hook)(Args...),
                          Args const&... args) {
-  // Copies: an argument may lie in an object that a hook releases.
+  // Copies: a hook may destroy what an argument refers to.
   notify<NotifieeConst>(
       this, AclHelper::_fwkType(), id,
       [hook, ... held = args](NotifieeConst& notifiee) { (notifiee.*hook)(held...); });
@@ -359,7 +303,7 @@ void AclHelper::asyncTriggerIs(std::uint32_t trigger) {
   if (trigger == asyncTrigger_) {
     return;
   }
-  Ptr const pinned = Kor::share(this);  // a caller that waits for the result may release the helper
+  Ptr const pinned = Kor::share(this);  // a client that gets the result may drop the helper
   asyncTrigger_ = trigger;
   handleAsyncTrigger();
   announce(asyncTriggerId, &NotifieeConst::onAsyncTrigger);
@@ -377,29 +321,10 @@ void AclHelper::asyncErrorIs(Kor::String8 error) {
 void AclHelper::pseudoAsyncIs(bool pseudoAsync) {
   attributeIs(pseudoAsync_, pseudoAsync, pseudoAsyncId, &NotifieeConst::onPseudoAsync);
 }
-void AclHelper::createErrorIs(Kor::String8 error) {
-  attributeIs(createError_, error, createErrorId, &NotifieeConst::onCreateError);
-}
-void AclHelper::deleteErrorIs(Kor::String8 error) {
-  attributeIs(deleteError_, error, deleteErrorId, &NotifieeConst::onDeleteError);
-}
-void AclHelper::commitErrorIs(Kor::String8 error) {
-  attributeIs(commitError_, error, commitErrorId, &NotifieeConst::onCommitError);
-}
-void AclHelper::addIntfErrorIs(Kor::String8 error) {
-  attributeIs(addIntfError_, error, addIntfErrorId, &NotifieeConst::onAddIntfError);
-}
-void AclHelper::removeIntfErrorIs(Kor::String8 error) {
-  attributeIs(removeIntfError_, error, removeIntfErrorId, &NotifieeConst::onRemoveIntfError);
-}
-void AclHelper::addRuleErrorIs(Kor::String8 error) {
-  attributeIs(addRuleError_, error, addRuleErrorId, &NotifieeConst::onAddRuleError);
-}
-void AclHelper::updateActionErrorIs(Kor::String8 error) {
-  attributeIs(updateActionError_, error, updateActionErrorId, &NotifieeConst::onUpdateActionError);
-}
-void AclHelper::rangeCheckerErrorIs(Kor::String8 error) {
-  attributeIs(rangeCheckerError_, error, rangeCheckerErrorId, &NotifieeConst::onRangeCheckerError);
-}
+#define POLICYMAPTEST_ROW(name, Name)                                \
+  void AclHelper::name##Is(Kor::String8 error) {                     \
+    attributeIs(name##_, error, name##Id, &NotifieeConst::on##Name); \
+  }
+POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
 
 }  // namespace PolicyMapTest

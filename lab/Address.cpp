@@ -10,10 +10,10 @@ namespace lab {
 
 namespace {
 
-// No notation of one address is longer than eight groups and their separators.
+// The longest address text: eight groups with separators, the last one in IPv4 notation.
 constexpr std::size_t longestAddress = 45;
 
-/// Cuts the text before the next `separator` off `rest`; the whole rest when there is none.
+// Removes and returns the text before the next `separator`, or all of `rest` if there is none.
 std::string_view cutBefore(std::string_view& rest, char separator) noexcept {
   std::size_t const end = std::min(rest.find(separator), rest.size());
   std::string_view const part = rest.substr(0, end);
@@ -37,7 +37,7 @@ bool parseIp4(std::string_view text, std::uint8_t* bytes) noexcept {
   for (std::size_t index = 0; index != 4; ++index) {
     std::string_view const part = cutBefore(text, '.');
     std::uint64_t value = 0;
-    // A leading zero means an octal number elsewhere, so that it is nobody's safe guess.
+    // Elsewhere a leading zero means octal, so neither interpretation is safe.
     bool const leadingZero = part.size() > 1 && part.front() == '0';
     if (leadingZero || !parseNumber(part, 0, 255, value)) {
       return false;
@@ -47,7 +47,7 @@ bool parseIp4(std::string_view text, std::uint8_t* bytes) noexcept {
   return true;
 }
 
-/// Reads the groups of one side of "::" into `bytes`, at most 16; -1 when they are malformed.
+// Parses the groups on one side of "::" into `bytes`, at most 16. Returns -1 if they are malformed.
 int parseIp6Groups(std::string_view text, AddressBytes& bytes) noexcept {
   std::size_t used = 0;
   if (text.empty()) {
@@ -83,7 +83,7 @@ bool parseIp6(std::string_view text, AddressBytes& bytes) noexcept {
   }
   bool const dottedHead = text.substr(0, gap).find('.') != std::string_view::npos;
   int const tailSize = parseIp6Groups(text.substr(gap + 2), tail);
-  // The gap stands for at least one group of zeros.
+  // The gap replaces at least one group of zeros.
   if (dottedHead || headSize < 0 || tailSize < 0 || headSize + tailSize > 14) {
     return false;
   }

@@ -41,12 +41,12 @@ std::string nameOf(AclRuleKey const& key) {
   return key.className().stdString() + list + " " + std::to_string(key.seqno());
 }
 
-template <typename Value>
+template <class Value>
 std::string step(Value const& before, Value const& after) {
   return std::to_string(before) + " -> " + std::to_string(after);
 }
 
-/// Prints the changes of one policy, its title before the first of them.
+// Prints the changes of one policy. The title comes before the first change.
 class PolicyChanges {
  public:
   PolicyChanges(std::ostream& out, TextStyle const& style, PolicyRecord const& before,
@@ -73,7 +73,7 @@ class PolicyChanges {
     std::string head(topic == topic_ ? "" : topic);
     head.resize(topicWidth, ' ');
     topic_ = topic;
-    // Colour goes round the lines, so that its length does not count.
+    // Tinted after wrapping, because the colour codes have no width.
     for (std::string const& part : wrapped(text, style_.width - topicWidth - 2)) {
       out_ << "  " << head << tinted(style_, tint, part) << "\n";
       head.assign(topicWidth, ' ');
@@ -146,24 +146,24 @@ class PolicyChanges {
       line("rules", Tint::changed,
            nameOf(is.key) + ": sub-rules " + step(was.subRules.size(), is.subRules.size()));
     }
-    for (std::size_t i = 0; i != actionKinds; ++i) {
+    for (std::size_t i = 0; i != was.actions.size(); ++i) {
       if (was.actions[i] != is.actions[i]) {
         ++movedActions_[{is.key.className().stdString(), i, was.actions[i], is.actions[i]}];
       }
     }
   }
 
-  /// The rules of a class share its actions.
+  // The rules of a class share its actions, so these changes are counted by class.
   void actions() {
     for (auto const& [moved, count] : movedActions_) {
       auto const& [className, action, was, is] = moved;
       line("actions", Tint::changed,
-           "class " + className + ": action" + std::to_string(action + 1) + " " + step(was, is) +
-               " (" + counted(count, "rule") + ")");
+           "class " + className + ": " + std::string(PolicyMapTest::testActionNames[action]) + " " +
+               step(was, is) + " (" + counted(count, "rule") + ")");
     }
   }
 
-  /// The order of rules that stand in both.
+  // The order of the rules that are in both records.
   void order() {
     RulesByKey const old = byKey(before_);
     RulesByKey const now = byKey(after_);
@@ -210,7 +210,7 @@ auto identityOf(PolicyRecord const& record) {
   return std::tie(record.policy, record.direction, record.option);
 }
 
-/// A record from before the policy was there.
+// An empty record for a policy that did not exist before.
 PolicyRecord nothingOf(PolicyRecord const& record) {
   PolicyRecord nothing;
   nothing.policy = record.policy;
@@ -224,7 +224,7 @@ PolicyRecord nothingOf(PolicyRecord const& record) {
 bool printChanges(std::ostream& out, TextStyle const& style,
                   std::vector<PolicyRecord> const& before, std::vector<PolicyRecord> const& after) {
   bool any = false;
-  // Records come and stay.
+  // Records are never removed.
   for (PolicyRecord const& record : after) {
     auto const was = std::lower_bound(
         before.begin(), before.end(), record,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What became of the records between two points in time.
 #pragma once
+
+// The differences between two sets of records.
 
 #include "lab/Records.h"
 #include "lab/TextLayout.h"
@@ -10,9 +11,9 @@
 
 namespace lab {
 
-/// Prints, per policy and option: counters, interfaces, rules added, removed and changed, and
-/// actions by class and value. Both are in the order of readRecords. False when nothing differs,
-/// which is said too.
+// Prints, per policy and option, the differences in counters, interfaces, rules, and actions by
+// class and value. Both sets must be in the order of readRecords. If nothing differs, prints so and
+// returns false.
 bool printChanges(std::ostream& out, TextStyle const& style,
                   std::vector<PolicyRecord> const& before, std::vector<PolicyRecord> const& after);
 

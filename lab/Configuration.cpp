@@ -11,8 +11,8 @@ namespace lab {
 
 namespace {
 
-/// Walks two ordered maps side by side: calls visit(key, before, after), null for what is missing.
-template <typename Map, typename Visit>
+// Iterates over two ordered maps in parallel: calls visit(key, before, after), null if missing.
+template <class Map, class Visit>
 void walkBoth(Map const& before, Map const& after, Visit visit) {
   auto was = before.begin();
   auto is = after.begin();
@@ -31,7 +31,7 @@ void walkBoth(Map const& before, Map const& after, Visit visit) {
   }
 }
 
-/// How each kind of rule is kept in the configuration of access lists.
+// How the configuration of access lists stores each kind of rule.
 struct IpLists {
   using Rule = Acl::IpRuleConfig;
   static auto find(Acl::Config& acls, Kor::Name const& name) { return acls.ipAcl(name); }
@@ -62,8 +62,8 @@ struct MacLists {
   static void remove(Acl::Config& acls, Kor::Name const& name) { acls.macAclDel(name); }
 };
 
-/// Remarks are no part of the configuration.
-template <typename Rule>
+// Null for a remark: remarks are not part of the configuration.
+template <class Rule>
 Rule const* ruleOf(ListEntry const* entry) {
   if (entry == nullptr || std::holds_alternative<Remark>(*entry)) {
     return nullptr;
@@ -71,8 +71,8 @@ Rule const* ruleOf(ListEntry const* entry) {
   return &std::get<Rule>(std::get<ConfiguredRule>(*entry));
 }
 
-/// Built whole before anybody hears of it.
-template <typename Lists>
+// Filled without notifications, then announced as a whole.
+template <class Lists>
 void newList(Acl::Config& acls, Kor::Name const& name, AccessList const& settings) {
   auto const list = Lists::make(acls, name);
   for (auto const& [number, entry] : settings.entries.byNumber()) {
@@ -83,7 +83,7 @@ void newList(Acl::Config& acls, Kor::Name const& name, AccessList const& setting
   Lists::announce(acls, list);
 }
 
-template <typename Lists>
+template <class Lists>
 void editList(Acl::Config& acls, Kor::Name const& name, AccessList const& before,
               AccessList const& after) {
   using Rule = typename Lists::Rule;
@@ -100,7 +100,7 @@ void editList(Acl::Config& acls, Kor::Name const& name, AccessList const& before
            });
 }
 
-template <typename Lists>
+template <class Lists>
 void listsOfFamilyAre(Acl::Config& acls, Settings::Lists const& before,
                       Settings::Lists const& after) {
   walkBoth(
@@ -116,7 +116,7 @@ void listsOfFamilyAre(Acl::Config& acls, Settings::Lists const& before,
       });
 }
 
-/// A class-map that does not say otherwise by name.
+// The settings of a new class-map.
 ClassMap const noMatches;
 
 void classMapIs(PolicyMap::ClassMapSubConfig& subConfig, ClassMap const& before,
@@ -134,13 +134,13 @@ void classMapIs(PolicyMap::ClassMapSubConfig& subConfig, ClassMap const& before,
            });
 }
 
-/// What the three kinds of actions differ in.
+// The differences between the kinds of actions.
 struct ActionKind {
   Kor::Ptr<PolicyMap::Action> (*make)(Kor::Name const& className, std::uint32_t value);
   void (*valueIs)(Kor::Ptr<PolicyMap::Action> const& action, std::uint32_t value);
 };
 
-template <typename Action, auto factory>
+template <class Action, auto factory>
 constexpr ActionKind actionKind = {
     [](Kor::Name const& className, std::uint32_t value) -> Kor::Ptr<PolicyMap::Action> {
       Kor::Ptr<Action> const action = factory(className, Zub::UniqueId::next());
@@ -151,13 +151,15 @@ constexpr ActionKind actionKind = {
       action.as<Action>()->valueIs(value);
     }};
 
-constexpr std::array<ActionKind, actionKinds> kindsOfActions = {
-    actionKind<PolicyMapTest::TestAction1, PolicyMapTest::testAction1Factory>,
-    actionKind<PolicyMapTest::TestAction2, PolicyMapTest::testAction2Factory>,
-    actionKind<PolicyMapTest::TestAction3, PolicyMapTest::testAction3Factory>};
+constexpr std::array kindsOfActions{
+#define POLICYMAPTEST_ROW(kind) \
+  actionKind<PolicyMapTest::TestAction##kind, PolicyMapTest::testAction##kind##Factory>,
+    POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
+};
 
 void actionsAre(PolicyMap::ClassAction& classAction, ClassActions const& values) {
-  for (std::size_t i = 0; i != actionKinds; ++i) {
+  for (std::size_t i = 0; i != values.size(); ++i) {
     PolicyMap::ActionType const type{static_cast<std::int32_t>(i + 1)};
     auto const action = classAction.action(type);
     if (!values[i]) {
@@ -170,7 +172,7 @@ void actionsAre(PolicyMap::ClassAction& classAction, ClassActions const& values)
   }
 }
 
-/// Priorities go up in tens from the first class.
+// Priorities increase in tens from the first class.
 void classesAre(PolicyMap::PolicyMapSubConfig& subConfig, PolicyMapSettings const& before,
                 PolicyMapSettings const& after) {
   constexpr std::uint32_t step = 10;
@@ -262,8 +264,8 @@ void Configuration::interfacesAre(Settings const& next) {
 
 namespace {
 
-/// A switchport's addresses do not count, and of several one counts.
-template <typename Address, typename Status>
+// A switchport has no address; any other interface has its first one.
+template <class Address, class Status>
 void addressIs(Status& status, Vorel::IntfId intf, InterfaceSettings const& settings,
                InterfaceAddresses const& addresses) {
   if (addresses.empty() || settings.switchport.value_or(false)) {

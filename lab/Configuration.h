@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The configuration and status objects that the machines watch, and how they come to say what the
-// settings say.
 #pragma once
+
+// The configuration and status objects that the machines observe.
 
 #include "lab/Settings.h"
 
@@ -20,13 +20,13 @@ namespace lab {
 
 class Configuration {
  public:
-  /// Called with an interface that is shut down (true) or no longer is.
+  // Called when an interface is shut down (true) or enabled again (false).
   using OnShutdown = std::function<void(Vorel::IntfId, bool)>;
 
   Configuration();
 
-  /// Writes what differs from the settings before, and nothing else: objects that stay are edited
-  /// in place, the value of an action too.
+  // Writes only the differences from the previous settings. Objects that remain are edited in
+  // place, including the values of actions.
   void settingsAre(Settings const& settings);
   Settings const& settings() const { return settings_; }
   void onShutdownIs(OnShutdown onShutdown) { onShutdown_ = std::move(onShutdown); }

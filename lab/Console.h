@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where the program speaks to, and with what status it ends.
 #pragma once
+
+// Output streams and exit status.
 
 #include "lab/TextLayout.h"
 
@@ -13,17 +14,17 @@ struct Console {
   std::ostream& out;
   std::ostream& err;
   TextStyle style;
-  /// A person watches `err` and would like to see progress there.
+  // Show progress on `err`, which is a terminal.
   bool progress = false;
 };
 
 enum class ExitStatus : int {
   success = 0,
-  notProgrammed = 1,  ///< a policy could not be programmed
-  badInput = 2,       ///< bad usage, or input that cannot be taken
+  notProgrammed = 1,  // a policy could not be programmed
+  badInput = 2,       // bad usage, or invalid input
 };
 
-/// Options that do not go together. what() says how they would.
+// A combination of options that is not allowed. what() says what is required.
 class UsageError : public std::runtime_error {
  public:
   using runtime_error::runtime_error;

@@ -14,19 +14,14 @@ using PolicyMapTest::AclHelper;
 
 struct Attribute {
   std::string_view name;
-  void (AclHelper::*write)(Kor::String8);
+  void (AclHelper::*write)(Kor::String);
 };
 
-constexpr std::array<Attribute, 8> attributes{{
-    {"createError", &AclHelper::createErrorIs},
-    {"deleteError", &AclHelper::deleteErrorIs},
-    {"commitError", &AclHelper::commitErrorIs},
-    {"addIntfError", &AclHelper::addIntfErrorIs},
-    {"removeIntfError", &AclHelper::removeIntfErrorIs},
-    {"addRuleError", &AclHelper::addRuleErrorIs},
-    {"updateActionError", &AclHelper::updateActionErrorIs},
-    {"rangeCheckerError", &AclHelper::rangeCheckerErrorIs},
-}};
+constexpr std::array attributes{
+#define POLICYMAPTEST_ROW(name, Name) Attribute{#name, &AclHelper::name##Is},
+    POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
+};
 
 Attribute const* find(std::string_view name) {
   for (Attribute const& attribute : attributes) {
@@ -63,7 +58,7 @@ Fault readFault(std::string_view argument) {
 }
 
 void inject(AclHelper& helper, Fault const& fault) {
-  (helper.*find(fault.name)->write)(Kor::String8(fault.text));
+  (helper.*find(fault.name)->write)(Kor::String(fault.text));
 }
 
 void clearFaults(AclHelper& helper) {

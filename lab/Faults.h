@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Faults: what can be made to fail, and what is done after everything is loaded.
 #pragma once
+
+// Injected faults, and the steps performed after everything is loaded.
 
 #include "helper/AclHelper.h"
 
@@ -10,37 +11,37 @@
 
 namespace lab {
 
-/// One injected error of the helper.
+// One injected error of the helper.
 struct Fault {
-  /// An attribute of the helper, as "commitError".
+  // The helper's attribute, e.g. "commitError".
   std::string name;
-  /// What the operation answers; empty for success.
+  // The error that the operation returns; empty for success.
   std::string text;
 };
 
-/// The attributes that take a text, in the order in which they are documented.
+// The attributes that hold an injected error, in the order of the documentation.
 std::vector<std::string> faultNames();
 
-/// Reads "NAME=TEXT". Raises UsageError, which lists the names, when there is no such attribute.
+// Parses "NAME=TEXT". Raises UsageError with the valid names if there is no such attribute.
 Fault readFault(std::string_view argument);
 
 void inject(PolicyMapTest::AclHelper& helper, Fault const& fault);
 void clearFaults(PolicyMapTest::AclHelper& helper);
 
-/// Seconds that may pass at once: what is tried again for ever would take ever.
+// Seconds. Operations that are retried forever would keep a longer advance running.
 constexpr double longestAdvance = 1e6;
 
-/// Something to be done after everything is loaded.
+// An action performed after everything is loaded.
 struct Step {
   enum class Kind : std::uint8_t {
-    clear,    ///< no operation fails any more
-    trigger,  ///< the pending asynchronous result is delivered
-    advance,  ///< virtual time passes, longestAdvance at most
+    clear,    // removes all injected errors
+    trigger,  // delivers the pending asynchronous result
+    advance,  // advances virtual time, by longestAdvance at most
   };
 
   Kind kind = Kind::clear;
   double seconds = 0;
-  /// As it was written, for headings.
+  // As written on the command line, for headings.
   std::string text;
 };
 

@@ -11,7 +11,7 @@ namespace lab {
 
 namespace {
 
-/// Reads one line of a set; the family is that of the first rule.
+// Parses one line of a set. The first rule determines the family.
 class FilterLine {
  public:
   FilterLine(std::string_view line, Family family, bool familyKnown)

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reads filter sets in the ClassBench line format, one rule to a line:
+#pragma once
+
+// Parses filter sets in the ClassBench line format, one rule per line:
 //
 //   @SOURCE/LEN  DESTINATION/LEN  LOW : HIGH  LOW : HIGH  PROTOCOL/MASK  FLAGS/MASK
 //
-// with blanks or tabs between the columns, ports first of the source, then of the destination, and
-// the last two columns hexadecimal. Empty lines mean nothing; anything behind the sixth column is
-// refused.
-#pragma once
+// Columns are separated by blanks or tabs. The source ports come before the destination ports, and
+// the last two columns are hexadecimal. Empty lines are ignored. Text after the sixth column is an
+// error.
 
 #include "lab/Address.h"
 #include "lab/SourceText.h"
@@ -17,7 +18,7 @@
 
 namespace lab {
 
-/// Ports from `low` to `high`, both included.
+// Ports from `low` to `high`, inclusive.
 struct PortRange {
   std::uint16_t low = 0;
   std::uint16_t high = 65535;
@@ -26,17 +27,16 @@ struct PortRange {
   bool isAny() const noexcept { return low == 0 && high == 65535; }
 };
 
-/// One line of a filter set.
+// One line of a filter set.
 struct FilterRule {
-  /// Prefixes; bits behind the prefix length are dropped.
+  // Prefixes, with host bits cleared.
   Address source;
   Address destination;
   PortRange sourcePort;
   PortRange destinationPort;
-  /// None for every protocol (mask 0x00).
+  // None: every protocol (mask 0x00).
   std::optional<std::uint8_t> protocol;
-  /// The sixth column as it stands. It is not a set of TCP flags and no part of what a rule
-  /// matches.
+  // The sixth column as written. It does not denote TCP flags and is not part of the match.
   std::uint16_t flags = 0;
   std::uint16_t flagsMask = 0;
   std::uint32_t line = 0;
@@ -44,20 +44,20 @@ struct FilterRule {
   bool operator==(FilterRule const&) const = default;
 };
 
-/// The rules of a file in its order, equal ones kept; all are of one family (IPv4 or IPv6).
+// The rules of a file in file order, including duplicates. All are of one family, IPv4 or IPv6.
 struct FilterSet {
   Family family = Family::ip4;
   std::vector<FilterRule> rules;
 };
 
-/// What to make of a port range other than 0 : 65535 on a rule whose protocol has no ports, or
-/// which is for every protocol.
+// How to handle a port range other than 0 : 65535 on a rule for all protocols or for a protocol
+// without ports.
 enum class PortRanges : std::uint8_t {
-  onPortProtocols,  ///< an error: TCP, UDP and SCTP alone have ports
-  onAnyProtocol,    ///< taken as it stands
+  onPortProtocols,  // an error: only TCP, UDP and SCTP have ports
+  onAnyProtocol,    // accepted as written
 };
 
-/// Raises InputError at the first fault. Time and memory grow in proportion to the text.
+// Raises InputError at the first error. Time and memory are linear in the size of the text.
 FilterSet readFilterSet(SourceText const& source,
                         PortRanges portRanges = PortRanges::onPortProtocols);
 

@@ -8,12 +8,12 @@ namespace lab {
 
 namespace {
 
-/// splitmix64: the standard library's distributions differ between implementations, this does not.
+// splitmix64: unlike the standard distributions, it is the same in every implementation.
 class Numbers {
  public:
   explicit Numbers(std::uint64_t seed) noexcept : state_(seed) {}
 
-  /// A number below `limit`.
+  // Returns a number below `limit`.
   unsigned below(unsigned limit) noexcept {
     state_ += 0x9e3779b97f4a7c15U;
     std::uint64_t mixed = state_;
@@ -30,15 +30,15 @@ class Numbers {
 // Wide enough for the longest line: two IPv6 prefixes of two groups each.
 using LineBuffer = std::array<char, 160>;
 
-template <typename... Values>
+template <class... Values>
 void append(std::string& text, char const* format, Values... values) {
   LineBuffer buffer{};
   int const size = std::snprintf(buffer.data(), buffer.size(), format, values...);
   text.append(buffer.data(), static_cast<std::size_t>(size));
 }
 
-// Each number is drawn in a statement of its own: the order in which a call's arguments are made
-// differs between compilers.
+// Each number is drawn in its own statement, because the evaluation order of arguments differs
+// between compilers.
 void appendPrefix(std::string& text, Numbers& numbers, Family family) {
   unsigned const high = numbers.below(65536);
   unsigned const low = numbers.below(65536);

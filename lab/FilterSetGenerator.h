@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Filter sets of any size for tests of scale and benchmarks.
 #pragma once
+
+// Generates filter sets of any size for scale tests and benchmarks.
 
 #include "lab/Address.h"
 
@@ -10,9 +11,9 @@
 
 namespace lab {
 
-/// A filter set of this many rules as text that readFilterSet takes without options. Equal
-/// arguments give equal texts on every machine, and a smaller set is the beginning of a larger one.
-/// About one rule in eight has a port range, one in eight is for a protocol without ports.
+// Returns a filter set of this many rules as text for readFilterSet. Equal arguments give equal
+// texts on every machine, and a smaller set is a prefix of a larger one. About one rule in eight
+// has a port range, and one in eight has a protocol without ports.
 std::string generateFilterSet(std::size_t rules, std::uint64_t seed = 1,
                               Family family = Family::ip4);
 

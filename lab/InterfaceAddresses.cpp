@@ -27,7 +27,7 @@ void InterfaceAddresses::addSecondary(InterfacePrefix const& prefix) {
   if (number) {
     entries_.erase(*number);
   }
-  // Numbers only come from here, ten per line of input.
+  // Numbers cannot run out: only this line assigns them, ten per line of input.
   entries_.put(entries_.nextNumber().value(), prefix);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The addresses of an interface in one family.
 #pragma once
+
+// The addresses of an interface in one family.
 
 #include "lab/NumberedEntries.h"
 #include "lab/Statement.h"
@@ -13,32 +14,32 @@ struct PrefixHash {
   std::uint32_t operator()(InterfacePrefix const& prefix) const;
 };
 
-/// At most one primary address, and others after it in the order in which they were given. An
-/// address is there once. Every edit takes the same time however many addresses there are.
+// At most one primary address, followed by secondary ones in the order in which they were added. No
+// address appears twice. The time of an edit does not depend on the number of addresses.
 class InterfaceAddresses {
  public:
   bool empty() const { return byNumber().empty(); }
   std::size_t size() const { return byNumber().size(); }
-  /// The first address; there must be one.
+  // The first address. There must be one.
   InterfacePrefix const& first() const { return byNumber().begin()->second; }
-  /// By ascending numbers that mean nothing else.
+  // In order. The numbers have no other meaning.
   NumberedEntries<InterfacePrefix, PrefixHash>::ByNumber const& byNumber() const {
     return entries_.byNumber();
   }
 
-  /// In place of the primary address before it, if there is one.
+  // Replaces the primary address, if there is one.
   void addPrimary(InterfacePrefix const& prefix);
-  /// After the others. An address that was added so before keeps its place.
+  // Appends an address. One that is already secondary keeps its place.
   void addSecondary(InterfacePrefix const& prefix);
-  /// False when there is no such address.
+  // Returns false if there is no such address.
   bool erase(InterfacePrefix const& prefix);
   void clear() { entries_ = {}; }
 
-  /// The same addresses in the same order, with the same primary one.
+  // Same addresses in the same order, with the same primary address.
   bool operator==(InterfaceAddresses const& other) const;
 
  private:
-  /// Lower than any number that a secondary address gets.
+  // Below every number of a secondary address.
   static constexpr std::uint32_t primary = 1;
 
   NumberedEntries<InterfacePrefix, PrefixHash> entries_;

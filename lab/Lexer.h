@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Cuts one line into words, one at a time: nothing is stored per word, so that the length of a line
-// costs time but no memory.
 #pragma once
+
+// Splits one line into words, one at a time. No word is stored, so the memory does not depend on
+// the length of the line.
 
 #include <cstddef>
 #include <cstdint>
@@ -10,43 +11,42 @@
 
 namespace lab {
 
-/// A word of a line and the column (from 1) of its first byte. An empty text is the end of the
-/// line.
+// A word of a line and the column (from 1) of its first byte. An empty text is the end of the line.
 struct Token {
   std::string_view text;
   std::uint32_t column = 1;
 
   bool atEnd() const noexcept { return text.empty(); }
-  /// Is this the keyword `word`, written in lower case, in any mixture of cases?
+  // True if this is the keyword `word`, given in lower case. Ignores case.
   bool is(std::string_view word) const noexcept;
 };
 
-/// A line that does not follow the syntax: what would have been accepted, and what stood there.
-/// Never leaves the parsers, which turn it into an InputError or skip the line.
+// A syntax error: what was expected, and what was found. Never leaves the parsers, which convert it
+// to an InputError or skip the line.
 struct SyntaxFailure {
   std::string expected;
   Token found;
 };
 
-/// The words of one line, from left to right. Blanks and tabs separate words.
+// The words of one line, from left to right. Blanks and tabs separate words.
 class Lexer {
  public:
   explicit Lexer(std::string_view line) noexcept;
 
-  /// The next word, which stays the next word.
+  // The next word, without consuming it.
   Token peek() const noexcept { return current_; }
-  /// The word after the next one.
+  // The word after the next one.
   Token peekSecond() const noexcept;
-  /// Takes the next word.
+  // Consumes and returns the next word.
   Token next() noexcept;
-  /// Takes the next word if it is the keyword `word`.
+  // Consumes the next word if it is the keyword `word`.
   bool accept(std::string_view word) noexcept;
-  /// Everything up to the end of the line without blanks around it; taken.
+  // Consumes the rest of the line and returns it without surrounding blanks.
   Token rest() noexcept;
 
-  /// Raises SyntaxFailure unless all words are taken.
+  // Raises SyntaxFailure unless all words are consumed.
   void expectEnd(std::string_view expected = "end of line") const;
-  /// Raises SyntaxFailure at the next word.
+  // Raises SyntaxFailure at the next word.
   [[noreturn]] void fail(std::string expected) const;
 
  private:
@@ -58,22 +58,22 @@ class Lexer {
   Token current_;
 };
 
-/// Does `text`, in any mixture of cases, equal `lowerCase`?
+// True if `text` equals `lowerCase`, ignoring the case of `text`.
 bool equalsKeyword(std::string_view text, std::string_view lowerCase) noexcept;
 
-/// Reads a whole decimal number between `low` and `high` (signs and other bases are refused);
-/// false when `text` is anything else.
+// Parses a decimal number between `low` and `high`, without sign or base. Returns false for any
+// other text.
 bool parseNumber(std::string_view text, std::uint64_t low, std::uint64_t high,
                  std::uint64_t& value) noexcept;
 
-/// The same for a hexadecimal number that starts with "0x".
+// The same for a hexadecimal number that starts with "0x".
 bool parseHexNumber(std::string_view text, std::uint64_t high, std::uint64_t& value) noexcept;
 
-/// Takes a decimal number between `low` and `high`; raises SyntaxFailure with "WHAT LOW-HIGH".
+// Consumes a decimal number between `low` and `high`. Raises SyntaxFailure "WHAT LOW-HIGH".
 std::uint64_t takeNumber(Lexer& lexer, std::string_view what, std::uint64_t low,
                          std::uint64_t high);
 
-/// Takes a name: 1 to 255 printable ASCII characters. Raises SyntaxFailure with `what`.
+// Consumes a name: 1 to 255 printable ASCII characters. Raises SyntaxFailure with `what`.
 Token takeName(Lexer& lexer, std::string_view what);
 
 }  // namespace lab

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Names in an order of choice.
 #pragma once
+
+// An ordered list of names.
 
 #include <string>
 #include <unordered_map>
@@ -8,19 +9,19 @@
 
 namespace lab {
 
-/// Every edit takes the same time however many names there are, and wherever it is made. No name
-/// is empty, and none is there twice.
+// The time of an edit does not depend on the number of names or on the place of the edit. Names are
+// unique and not empty.
 class NameOrder {
  public:
   bool has(std::string const& name) const { return links_.count(name) != 0; }
-  /// From the first to the last; takes time for each.
+  // From first to last. Linear in the number of names.
   std::vector<std::string> names() const;
 
-  /// `name` must not be there.
+  // `name` must be absent.
   void append(std::string const& name) { insert(name, {}); }
-  /// `name` must not be there, `other` must.
+  // `name` must be absent, `other` present.
   void insertBefore(std::string const& name, std::string const& other) { insert(name, other); }
-  /// `name` must be there.
+  // `name` must be present.
   void erase(std::string const& name);
 
  private:
@@ -31,8 +32,8 @@ class NameOrder {
 
   void insert(std::string const& name, std::string const& next);
 
-  /// Neighbours by name and not by place, so that a copy is one of its own. The empty name is
-  /// before the first and after the last one.
+  // Neighbours are linked by name, not by pointer, so the list can be copied. The empty name
+  // precedes the first name and follows the last.
   std::unordered_map<std::string, Links> links_{{std::string(), {}}};
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Entries in the order of their numbers, found by number and by value.
 #pragma once
+
+// Entries ordered by number, found by number and by value.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,13 +13,13 @@
 
 namespace lab {
 
-/// `Value` is compared by ==; `Hash` is a function object that answers 32 bits of it.
-template <typename Value, typename Hash>
+// `Value` is compared by ==. `Hash` is a function object that returns a 32-bit hash of it.
+template <class Value, class Hash>
 class NumberedEntries {
  public:
   using ByNumber = std::map<std::uint32_t, Value>;
 
-  /// How far behind the last entry one without a number goes.
+  // The distance between the last entry and one appended without a number.
   static constexpr std::uint32_t step = 10;
 
   ByNumber const& byNumber() const noexcept { return byNumber_; }
@@ -28,7 +29,7 @@ class NumberedEntries {
     return found == byNumber_.end() ? nullptr : &found->second;
   }
 
-  /// The lowest number under which an equal value stands.
+  // The lowest number of an entry with an equal value.
   std::optional<std::uint32_t> numberOf(Value const& value) {
     index();
     std::uint32_t const hash = Hash()(value);
@@ -40,7 +41,7 @@ class NumberedEntries {
     return std::nullopt;
   }
 
-  /// The number of an entry that comes without one; none when there is no room behind the last.
+  // The number for an entry that is appended without one; none if the numbers are exhausted.
   std::optional<std::uint32_t> nextNumber() const {
     std::uint32_t const last = byNumber_.empty() ? 0 : byNumber_.rbegin()->first;
     if (last > std::numeric_limits<std::uint32_t>::max() - step) {
@@ -49,7 +50,7 @@ class NumberedEntries {
     return last + step;
   }
 
-  /// Stores a value, in place of the one of that number if there is one.
+  // Stores a value; replaces the entry of that number.
   void put(std::uint32_t number, Value value) {
     erase(number);
     if (indexed_) {
@@ -58,7 +59,7 @@ class NumberedEntries {
     byNumber_.emplace_hint(byNumber_.end(), number, std::move(value));
   }
 
-  /// False when no entry has that number.
+  // Returns false if no entry has that number.
   bool erase(std::uint32_t number) {
     auto const found = byNumber_.find(number);
     if (found == byNumber_.end()) {
@@ -72,7 +73,7 @@ class NumberedEntries {
   }
 
  private:
-  // A caller that never asks by value does not pay for it.
+  // Built on the first search by value.
   void index() {
     if (!indexed_) {
       for (auto const& [number, value] : byNumber_) {

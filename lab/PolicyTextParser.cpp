@@ -3,6 +3,7 @@
 
 #include "lab/Lexer.h"
 #include "lab/RuleParser.h"
+#include "records/TestActionKinds.h"
 
 #include <algorithm>
 #include <array>
@@ -15,11 +16,11 @@ namespace {
 
 constexpr std::uint64_t highestWord = std::numeric_limits<std::uint32_t>::max();
 
-// The flavours of class-maps and policy-maps whose syntax is that of plain ones.
+// The types of class-maps and policy-maps that share the syntax of plain ones.
 constexpr std::array<std::string_view, 3> knownTypes = {"inspect", "qos", "traffic"};
 
-// Commands we do not know that open blocks of their own, so that no line behind them belongs to the
-// mode before. Only commands that are nothing else inside of an interface or a list may stand here.
+// Unsupported commands that open their own blocks and so end the current mode. Only commands that
+// are not also valid inside an interface or a list may be listed here.
 constexpr std::array<std::string_view, 9> foreignBlocks = {
     "banner", "control-plane", "line", "object-group", "route-map",
     "router", "template",      "zone", "zone-pair"};
@@ -37,10 +38,24 @@ Name nameOf(Token const& token) {
   return {std::string(token.text), token.column};
 }
 
-/// A name as later statements of its mode carry it.
+// Later statements of the mode carry the name without a column.
 Name withoutColumn(Name name) {
   name.column = 0;
   return name;
+}
+
+// Consumes the name of a test action and returns its kind.
+std::uint8_t takeActionKind(Lexer& lexer) {
+  auto const& names = PolicyMapTest::testActionNames;
+  std::string expected;
+  for (std::size_t i = 0; i != names.size(); ++i) {
+    if (lexer.accept(names[i])) {
+      return static_cast<std::uint8_t>(i + 1);
+    }
+    char const* const separator = i == 0 ? "" : i + 1 == names.size() ? " or " : ", ";
+    expected.append(separator).append(names[i]);
+  }
+  lexer.fail(std::move(expected));
 }
 
 enum class Mode : std::uint8_t { top, accessList, classMap, policyMap, policyClass, interface };
@@ -55,7 +70,8 @@ class Parser {
  private:
   using Handler = void (Parser::*)(Lexer& lexer, bool remove);
 
-  /// A command by its first one or two keywords, which are taken when its handler is called.
+  // A command, identified by its first one or two keywords. They are consumed before the handler is
+  // called.
   struct Command {
     std::string_view first;
     std::string_view second;
@@ -63,7 +79,7 @@ class Parser {
     bool removable = true;
   };
 
-  /// What a mode understands, and how a message speaks of it.
+  // The commands of a mode, and their description for messages.
   struct ModeCommands {
     Command const* begin;
     Command const* end;
@@ -124,12 +140,12 @@ class Parser {
     result_.statements.push_back({position_, block(), subject_, std::move(body)});
   }
   void isAbout(Token const& word) { subject_ = nameOf(word); }
-  /// What follows stands in a mode that the present line opens.
+  // The following lines belong to the mode that the current line opens.
   void enter(Mode mode) {
     mode_ = mode;
     modeLine_ = position_.line;
   }
-  /// The line of the command that opened the mode.
+  // The line of the command that opened the mode.
   std::uint32_t block() const {
     return mode_ == Mode::top ? 0 : mode_ == Mode::policyClass ? classLine_ : modeLine_;
   }
@@ -138,29 +154,30 @@ class Parser {
   bool lenient_;
   PolicyText result_;
 
-  /// The first word of the current line, and the one that it is about.
+  // The first word of the current line, and the one that messages quote.
   SourcePosition position_;
   Name subject_;
   Mode mode_ = Mode::top;
-  /// Where the mode was opened, and, in a policy-map, where the class was.
+  // The lines that opened the mode and, in a policy-map, the class.
   std::uint32_t modeLine_ = 0;
   std::uint32_t classLine_ = 0;
-  /// Column of the command that opened the mode; whether a line below it was indented deeper.
+  // Column of the command that opened the mode, and whether any line of the mode is indented more
+  // deeply.
   std::uint32_t modeColumn_ = 1;
   bool bodyIsIndented_ = false;
-  /// What the lines of the mode belong to; only those of the mode mean anything.
+  // The objects that the lines of the mode belong to. Only those of the current mode are valid.
   AccessListId list_;
   RuleKind ruleKind_ = RuleKind::ip4;
   Name outer_;  // class-map, policy-map or interface
   Name className_;
-  /// The list that one-line commands filled last, if no other command came between, and where.
+  // The list that one-line commands filled last without another command in between, and its line.
   std::string numbered_;
   std::uint32_t numberedLine_ = 0;
 
-  /// Column and kind of the skipped line whose block we may be in; column 0 for none.
+  // Column and kind of the skipped line whose block may still continue; column 0 for none.
   std::uint32_t skippedColumn_ = 0;
   std::string skippedKind_;
-  /// Lines up to the one with this text are a banner; none outside banners.
+  // The last line of the current banner; none outside banners.
   std::optional<std::string> bannerEnd_;
   SourcePosition bannerPosition_;
 };
@@ -251,7 +268,7 @@ void Parser::refuse(Token const& first, SyntaxFailure const& failure) {
   skip(first, failure);
 }
 
-/// Does the line belong to something that was skipped before it? Counts it then.
+// True if the line belongs to something that was skipped before it. Counts the line then.
 bool Parser::skippedBefore(Token const& first) {
   if (bannerEnd_) {
     result_.skipped.add("banner");
@@ -292,7 +309,7 @@ void Parser::parseCommand(Lexer& lexer, Token const& first) {
   bool const remove = lexer.accept("no");
   ModeCommands const inMode = commandsOf(mode_);
   if (Command const* const command = find(commandsOf(Mode::top), lexer, remove)) {
-    // The mode ends with the command's name already: what follows a faulty header is not for it.
+    // Even a faulty command ends the mode: the lines after it must not be applied to the old mode.
     Mode const before = std::exchange(mode_, Mode::top);
     modeColumn_ = position_.column;
     bodyIsIndented_ = false;
@@ -308,12 +325,12 @@ void Parser::parseCommand(Lexer& lexer, Token const& first) {
   } else if (Command const* const inner = find(inMode, lexer, remove)) {
     run(*inner, lexer, remove);
   } else {
-    // Not thrown: a lenient reading may meet millions of them.
+    // Not thrown: a lenient reading may encounter millions of them.
     refuse(first, unknownCommand(lexer, inMode, remove));
   }
 }
 
-/// Points at the second word when the first one begins a command.
+// Reports the second word if the first one begins a command.
 SyntaxFailure Parser::unknownCommand(Lexer& lexer, ModeCommands const& commands, bool remove) {
   std::string seconds;
   for (ModeCommands const& list : {commandsOf(Mode::top), commands}) {
@@ -344,7 +361,7 @@ void Parser::skip(Token const& first, SyntaxFailure const& failure) {
   }
 }
 
-/// Finds out how the banner ends if it does not end with the line that begins it.
+// Determines the end of the banner, unless it ends on its first line.
 void Parser::openBanner(Token const& first) {
   Lexer lexer(reader_.line());
   lexer.next();
@@ -355,7 +372,7 @@ void Parser::openBanner(Token const& first) {
   if (text.empty()) {
     bannerEnd_ = "EOF";
   } else {
-    // The end is marked by a character of choice, or by the two that stand for a control character.
+    // The end mark is a character, or the two characters that denote a control character.
     std::size_t const size = text.front() == '^' && text.size() > 1 ? 2 : 1;
     std::string_view const mark = text.substr(0, size);
     bool const isWord = (mark.front() >= '0' && mark.front() <= '9') ||
@@ -402,7 +419,7 @@ void Parser::accessList(Lexer& lexer, Family family, bool remove, RuleKind kind)
   enter(Mode::accessList);
 }
 
-/// One line that names its list by number, as if the list's mode held for just this line.
+// One line that names its list by number, as if the list's mode were open for this line.
 void Parser::numberedAccessList(Lexer& lexer, bool remove) {
   std::uint64_t number = 0;
   Token const token = lexer.peek();
@@ -430,7 +447,7 @@ void Parser::numberedAccessList(Lexer& lexer, bool remove) {
     return;
   }
   if (numbered_ != name) {
-    // Opened only now that the line is understood.
+    // Opened only after the line was parsed.
     result_.statements.insert(result_.statements.begin() + static_cast<std::ptrdiff_t>(before),
                               {position_, 0, subject_, AccessListOpen{list_, standard}});
     numbered_ = name;
@@ -439,7 +456,7 @@ void Parser::numberedAccessList(Lexer& lexer, bool remove) {
   result_.statements.back().block = numberedLine_;
 }
 
-/// Reads an entry of the list; false when the line is none and no word of it was taken.
+// Parses an entry of the list. Returns false, without consuming a word, if the line is not one.
 bool Parser::accessListEntry(Lexer& lexer, bool remove) {
   std::optional<std::uint32_t> sequence;
   std::uint64_t number = 0;
@@ -466,7 +483,7 @@ bool Parser::accessListEntry(Lexer& lexer, bool remove) {
     return false;
   }
   lexer.next();
-  Rule const rule = parseRule(lexer, ruleKind_, permit ? Verdict::permit : Verdict::deny);
+  ConfiguredRule const rule = parseRule(lexer, ruleKind_, permit ? Verdict::permit : Verdict::deny);
   if (remove) {
     emit(RuleRemove{list_, rule});
   } else {
@@ -498,7 +515,7 @@ void Parser::removeSequence(Lexer& lexer, std::uint32_t sequence) {
 
 // Class-maps
 
-/// `type WORD`, where other words than the known ones are passed over only by a lenient reading.
+// Parses `type WORD`. Only a lenient reading accepts unknown types.
 std::string Parser::takeType(Lexer& lexer) const {
   if (!lexer.accept("type")) {
     return {};
@@ -554,7 +571,8 @@ void Parser::matchFamily(Lexer& lexer, Family family, bool remove) {
   if (!deny) {
     lexer.accept("permit");
   }
-  Rule const rule = parseRule(lexer, extendedRule(family), deny ? Verdict::deny : Verdict::permit);
+  ConfiguredRule const rule =
+      parseRule(lexer, extendedRule(family), deny ? Verdict::deny : Verdict::permit);
   emit(ClassMatchRule{outer_, rule, remove});
 }
 
@@ -571,7 +589,7 @@ void Parser::policyMap(Lexer& lexer, bool remove) {
   PolicyMapOpen open;
   open.type = takeType(lexer);
   open.policyMap = nameOf(takeName(lexer, "a policy-map name"));
-  // Some dialects fix the direction here; ours is given where the policy-map is attached.
+  // Some dialects specify the direction here; this one does so where the policy-map is attached.
   if (!lexer.accept("in")) {
     lexer.accept("out");
   }
@@ -586,7 +604,8 @@ void Parser::policyMap(Lexer& lexer, bool remove) {
 }
 
 void Parser::policyClass(Lexer& lexer, bool remove) {
-  // As with the headers at the top, what follows a faulty one is not for the class before.
+  // Even a faulty header ends the mode: the lines after it must not be applied to the previous
+  // class.
   mode_ = Mode::policyMap;
   takeType(lexer);
   Name name = nameOf(takeName(lexer, "a class name"));
@@ -606,14 +625,8 @@ void Parser::policyClass(Lexer& lexer, bool remove) {
 }
 
 void Parser::setAction(Lexer& lexer, bool remove) {
-  PolicyClassAction body{outer_, className_, 0, std::nullopt};
   isAbout(lexer.peek());
-  for (std::uint8_t action = 1; action <= 3 && body.action == 0; ++action) {
-    body.action = lexer.accept("action" + std::to_string(action)) ? action : std::uint8_t{0};
-  }
-  if (body.action == 0) {
-    lexer.fail("action1, action2 or action3");
-  }
+  PolicyClassAction body{outer_, className_, takeActionKind(lexer), std::nullopt};
   if (!remove || !lexer.peek().atEnd()) {
     body.value = static_cast<std::uint32_t>(takeNumber(lexer, "action value", 0, highestWord));
   }

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reads policy text, the configuration language described in docs/policy-text.md, into statements.
+#pragma once
+
+// Parses policy text, the configuration language described in docs/policy-text.md.
 //
 //   auto text = lab::parsePolicyText(lab::SourceText::fromFile("edge.cfg"), lab::Reading::strict);
 //   for (lab::Statement const& statement : text.statements) { ... }
-#pragma once
 
 #include "lab/SkippedLines.h"
 #include "lab/SourceText.h"
@@ -14,26 +15,25 @@
 namespace lab {
 
 enum class Reading : std::uint8_t {
-  strict,   ///< every line must be understood
-  lenient,  ///< what is not understood is passed over, by whole lines, and counted
+  strict,   // every line must be valid
+  lenient,  // unknown lines are skipped whole, and counted
 };
 
-/// A file of policy text, understood.
+// The content of a policy text file.
 struct PolicyText {
-  /// In the order of the lines.
+  // In file order.
   std::vector<Statement> statements;
-  /// Empty after a strict reading.
+  // Empty after a strict reading.
   SkippedLines skipped;
 };
 
-/// Takes time and memory in proportion to the text, whatever it holds. Raises InputError at the
-/// first fault: a line that does not follow the syntax (strict), a NUL byte, a banner that does not
-/// end (lenient).
-///
-/// A lenient reading passes over a line that it does not understand to its end, the lines indented
-/// deeper below it, and the text of banners. When such a line is indented no deeper than the
-/// command that opened the mode, it ends the mode if the mode's other lines are indented deeper or
-/// if it starts a block of its own (router, line, object-group, ...).
+// Time and memory are linear in the size of the text. Raises InputError at the first error: a
+// syntax error (strict), a NUL byte, or an unterminated banner (lenient).
+//
+// A lenient reading skips each line that it cannot parse, the more deeply indented lines below it,
+// and the text of banners. If such a line is not indented more deeply than the command that opened
+// the mode, it ends the mode if the mode's other lines are indented more deeply, or if it starts a
+// block of its own (router, line, object-group, ...).
 PolicyText parsePolicyText(SourceText const& source, Reading reading);
 
 }  // namespace lab

@@ -3,11 +3,13 @@
 
 #include "lab/Lexer.h"
 
+#include <Acl/Protocols.h>
+
 namespace lab {
 
 namespace {
 
-template <typename Value>
+template <class Value>
 struct Named {
   std::string_view name;
   Value value;
@@ -17,12 +19,11 @@ using NamedByte = Named<std::uint8_t>;
 using NamedPort = Named<std::uint16_t>;
 using NamedMessage = Named<IcmpMessage>;
 
-constexpr NamedByte protocols[] = {
-    {"ah", 51},    {"ahp", 51},   {"egp", 8},     {"eigrp", 88},    {"esp", 50},
-    {"gre", 47},   {"icmp6", 58}, {"icmpv6", 58}, {"igmp", 2},      {"igp", 9},
-    {"igrp", 9},   {"ipinip", 4}, {"ipip", 4},    {"isis", 124},    {"l2tp", 115},
-    {"nos", 94},   {"ospf", 89},  {"pcp", 108},   {"pim", 103},     {"rsvp", 46},
-    {"sctp", 132}, {"tcp", 6},    {"udp", 17},    {"udplite", 136}, {"vrrp", 112},
+// Those that rules do not print (see Acl/Protocols.h).
+constexpr NamedByte furtherProtocols[] = {
+    {"ah", 51},    {"egp", 8},   {"icmpv6", 58},   {"igp", 9},    {"igrp", 9},
+    {"ipinip", 4}, {"ipip", 4},  {"isis", 124},    {"l2tp", 115}, {"nos", 94},
+    {"pcp", 108},  {"rsvp", 46}, {"udplite", 136}, {"vrrp", 112},
 };
 
 constexpr NamedPort tcpPorts[] = {
@@ -163,8 +164,8 @@ constexpr NamedPort etherTypes[] = {
     {"lldp", 0x88cc},
 };
 
-// The tables are short and words of other lengths are refused at once, so that a scan is enough.
-template <typename Value, std::size_t Size>
+// A linear scan is enough: the tables are short, and words of other lengths are rejected at once.
+template <class Value, std::size_t Size>
 std::optional<Value> find(Named<Value> const (&table)[Size], std::string_view name) noexcept {
   for (auto const& entry : table) {
     if (equalsKeyword(name, entry.name)) {
@@ -180,7 +181,12 @@ std::optional<std::uint8_t> protocolNumber(Family family, std::string_view name)
   if (equalsKeyword(name, "icmp")) {
     return family == Family::ip6 ? protocol::icmp6 : protocol::icmp;
   }
-  return find(protocols, name);
+  for (Acl::Protocol const& protocol : Acl::protocols) {
+    if (equalsKeyword(name, protocol.name)) {
+      return protocol.number;
+    }
+  }
+  return find(furtherProtocols, name);
 }
 
 std::optional<std::uint16_t> portNumber(std::uint8_t protocol, std::string_view name) noexcept {

@@ -36,7 +36,7 @@ std::string listOf(std::vector<Vorel::IntfId> const& intfs) {
   return text;
 }
 
-/// The problems of one policy-map in one direction.
+// The problems of one policy-map in one direction.
 class PolicyProblems {
  public:
   PolicyProblems(Session const& session, PolicyMap::PolicyMapSmKey const& key,
@@ -57,7 +57,7 @@ class PolicyProblems {
       findOfClass(className);
     }
     auto const status = session_.status().policyMapStatus(key_);
-    // A class that keeps its policy from being programmed has told why.
+    // The failing class may have reported the error already.
     if (status && !status->error().empty() && told_.count(status->error().stdString()) == 0) {
       add(Kind::failed, where_, status->error().stdString());
     }
@@ -83,12 +83,12 @@ class PolicyProblems {
     }
   }
 
-  // What a class failed with, which its status shows before what it lacks.
+  // The error of a class, which takes precedence over its missing objects.
   std::string errorOf(std::string const& className) const {
     auto const status = session_.status().policyMapStatus(key_);
     if (status) {
       for (auto const& failure : status->failureIteratorConst()) {
-        if (failure.value().className() == Kor::String8(className)) {
+        if (failure.value().className() == Kor::String(className)) {
           return failure.value().error().stdString();
         }
       }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What keeps policies from being programmed as they are written.
 #pragma once
+
+// Problems that keep policies from being programmed as configured.
 
 #include "lab/Session.h"
 
@@ -11,20 +12,20 @@ namespace lab {
 
 struct Problem {
   enum class Kind : std::uint8_t {
-    missing,  ///< something is referred to that does not exist
-    failed,   ///< a policy or a class of it could not be programmed
+    missing,  // a referenced object does not exist
+    failed,   // a policy or one of its classes could not be programmed
   };
 
   Kind kind = Kind::failed;
-  /// Where, as "policy-map EDGE (input), class WEB".
+  // Location, e.g. "policy-map EDGE (input), class WEB".
   std::string where;
   std::string text;
 };
 
-/// By policy-map, direction and place of the class. What is attached nowhere is not looked at.
+// Ordered by policy-map, direction and place of the class. Ignores objects that are not attached.
 std::vector<Problem> findProblems(Session const& session);
 
-/// "policy-map EDGE (input), class WEB: missing ip access-list WEB".
+// "policy-map EDGE (input), class WEB: missing ip access-list WEB".
 std::string toText(Problem const& problem);
 
 }  // namespace lab

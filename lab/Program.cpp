@@ -20,19 +20,19 @@ ExitStatus fail(Console const& console, std::string_view message) {
   return ExitStatus::badInput;
 }
 
-/// The status, unless what was printed could not be written.
+// Returns `status`, or reports an error if the output could not be written.
 ExitStatus finished(Console const& console, ExitStatus status) {
   return console.out.flush() ? status : fail(console, "the output cannot be written");
 }
 
-/// As usual, but what the command line says is shown to a person.
+// The default message, with the text of the command line made safe for the terminal.
 std::string failureMessage(CLI::App const* program, CLI::Error const& error) {
   std::string const usual = CLI::FailureMessage::simple(program, error);
   std::size_t const size = std::string_view(error.what()).size();
   return shownText(error.what()) + usual.substr(size);
 }
 
-/// While it exists, trace lines are shown to a person on `err` of the console.
+// While it exists, trace lines are written to the console's `err`, safe for the terminal.
 class ShownTraces {
  public:
   explicit ShownTraces(Console const& console)
@@ -78,7 +78,7 @@ ExitStatus runProgram(int argc, char const* const* argv, Console const& console)
   try {
     program.parse(argc, argv);
   } catch (CLI::ParseError const& error) {
-    // Asking for help is one of them.
+    // A request for help is also raised as an error.
     bool const asked = program.exit(error, console.out, console.err) == 0;
     return asked ? finished(console, ExitStatus::success) : ExitStatus::badInput;
   }

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// The program policymap-lab, apart from the process it runs in.
 #pragma once
+
+// The program policymap-lab, independent of its process.
 
 #include "lab/Console.h"
 
 namespace lab {
 
-/// Reads the command line and does what it asks for. Faults are told on `err` of the console.
+// Parses the command line and runs it. Errors are reported on the console's `err`.
 ExitStatus runProgram(int argc, char const* const* argv, Console const& console);
 
 }  // namespace lab

@@ -26,7 +26,7 @@ void Progress::draw() {
   }
   drawn_ = now;
   visible_ = true;
-  // The total is an estimate: the bar stays full when there is more.
+  // The total is an estimate: the bar stays full if there are more steps.
   std::uint64_t const done = std::min(done_, total_);
   std::size_t const filled = static_cast<std::size_t>(done * width / total_);
   *out_ << "\r" << what_ << " [" << std::string(filled, '#') << std::string(width - filled, '.')

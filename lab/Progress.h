@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// A progress bar for a person who waits.
 #pragma once
+
+// A progress bar for the terminal.
 
 #include <chrono>
 #include <cstdint>
@@ -10,12 +11,11 @@
 
 namespace lab {
 
-/// Draws one line over and over, from the time on when the work has taken long enough to be
-/// noticed. Without a stream it does nothing.
+// Redraws one line once the work has taken a noticeable time. Without a stream it does nothing.
 class Progress {
  public:
   using Clock = std::chrono::steady_clock;
-  /// Nothing is drawn before this time has passed.
+  // Nothing is drawn before this time has passed.
   static constexpr std::chrono::milliseconds patience{500};
 
   explicit Progress(std::ostream* out = nullptr, std::chrono::milliseconds delay = patience)
@@ -26,20 +26,20 @@ class Progress {
 
   bool wanted() const { return out_ != nullptr; }
 
-  /// A piece of work begins, made of `total` steps as far as is known.
+  // Starts a piece of work with an estimated number of steps.
   void begin(std::string_view what, std::uint64_t total);
-  /// One more step is done.
+  // Completes one step.
   void step() {
     ++done_;
     if (out_ != nullptr && (done_ & stepMask) == 0) {
       draw();
     }
   }
-  /// Takes the bar off the screen.
+  // Removes the bar from the screen.
   void clear();
 
  private:
-  // The clock is read once in so many steps.
+  // The clock is read once per this many steps.
   static constexpr std::uint64_t stepMask = 0xff;
 
   void draw();

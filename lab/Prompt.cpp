@@ -11,7 +11,7 @@ namespace {
 
 constexpr int remembered = 1000;
 
-/// What all of them begin with.
+// The common prefix of all names.
 std::string commonBeginning(std::vector<std::string> const& names) {
   std::string common = names.front();
   for (std::string const& name : names) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Lines from a person at a terminal, with editing, history and completion.
 #pragma once
+
+// Interactive input lines with editing, history and completion.
 
 #include <functional>
 #include <memory>
@@ -13,7 +14,7 @@ namespace lab {
 
 class Prompt {
  public:
-  /// Answers what may stand in place of the last name of the line.
+  // Returns the completions of the last name of the line.
   using Completions = std::function<std::vector<std::string>(std::string_view line)>;
 
   Prompt(std::string prompt, Completions completions);
@@ -21,7 +22,7 @@ class Prompt {
   Prompt& operator=(Prompt const&) = delete;
   ~Prompt();
 
-  /// The next line without its end; none at the end of input.
+  // The next line without its line end; none at the end of input.
   std::optional<std::string> next();
 
  private:

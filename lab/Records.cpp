@@ -30,10 +30,10 @@ ConfiguredRule matchOf(AclPolicyData const& data, AclRuleKey const& key) {
 }
 
 RuleRecord readRule(AclPolicyData const& data, AclRuleKey const& key) {
-  RuleRecord rule{key,
-                  matchOf(data, key),
-                  {data.ruleAction1(key), data.ruleAction2(key), data.ruleAction3(key)},
-                  {}};
+  RuleRecord rule{key, matchOf(data, key), {}, {}};
+#define POLICYMAPTEST_ROW(kind) rule.actions[(kind)-1] = data.ruleAction##kind(key);
+  POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
   if (auto const subRules = data.subRulesForKey(key)) {
     rule.subRules.reserve(subRules->subRules());
     for (auto const& entry : subRules->subRuleIteratorConst()) {
@@ -44,7 +44,7 @@ RuleRecord readRule(AclPolicyData const& data, AclRuleKey const& key) {
   return rule;
 }
 
-/// The keys of the recorded rules, of which there is one per match.
+// The keys of the recorded rules. Each key has one match.
 std::vector<AclRuleKey> keysOf(AclPolicyData const& data) {
   std::vector<AclRuleKey> keys;
   auto const add = [&keys](auto matches) {
@@ -58,8 +58,7 @@ std::vector<AclRuleKey> keysOf(AclPolicyData const& data) {
   return keys;
 }
 
-/// The keys in the order in which the machines hold their rules; those that no machine knows are
-/// last, by key.
+// The keys in the order of the machines' rules. Unknown keys come last, in key order.
 std::vector<AclRuleKey> keysInOrder(Session const& session, AclPolicyData const& data) {
   std::vector<AclRuleKey> all = keysOf(data);
   std::unordered_set<AclRuleKey, KeyHash> left(all.begin(), all.end());

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The helper's records as values in an order that a person expects, and the same in every run.
 #pragma once
+
+// The helper's records as values, in a readable order that is the same in every run.
 
 #include "lab/RuleConversion.h"
 #include "lab/Session.h"
@@ -19,14 +20,15 @@ namespace lab {
 struct RuleRecord {
   PolicyMap::AclRuleKey key;
   ConfiguredRule match;
-  std::array<std::uint32_t, actionKinds> actions{};
-  /// In the order of their ports.
+  // By kind.
+  std::array<std::uint32_t, PolicyMapTest::testActionKinds> actions{};
+  // Ordered by their ports.
   std::vector<PolicyMap::SubRuleData> subRules;
 
   bool operator==(RuleRecord const&) const = default;
 };
 
-/// One policy for one match option.
+// One policy for one match option.
 struct PolicyRecord {
   std::string policy;
   std::string direction;
@@ -37,12 +39,12 @@ struct PolicyRecord {
   std::uint32_t commitCount = 0;
   std::uint32_t beginUpdateActionCount = 0;
   std::uint32_t endUpdateActionCount = 0;
-  /// Ascending.
+  // In ascending order.
   std::vector<Vorel::IntfId> interfaces;
   std::uint64_t ruleCount = 0;
   std::uint64_t subRuleCount = 0;
-  /// By class in the order of the policy-map, then as the machines hold them, unless left out. The
-  /// order in which they were programmed is not recorded.
+  // By class in the order of the policy-map, and within a class in the order of the machines. Empty
+  // if left out. The order of programming is not recorded.
   std::vector<RuleRecord> rules;
 
   bool operator==(PolicyRecord const&) const = default;
@@ -50,19 +52,19 @@ struct PolicyRecord {
 
 enum class WithRules : std::uint8_t { no, yes };
 
-/// Calls `visit` for one record after the other, by policy-map, direction and option, so that no
-/// more than one is held.
+// Calls `visit` for each record, ordered by policy-map, direction and option. Holds one record at a
+// time.
 void forEachRecord(Session const& session, WithRules withRules,
                    std::function<void(PolicyRecord const&)> const& visit);
 
-/// All of them at once.
+// All records at once.
 std::vector<PolicyRecord> readRecords(Session const& session, WithRules withRules = WithRules::yes);
 
-/// The ports of a sub-rule: "src 1024-2047, dst 80"; "any ports" for all. A range that needs a
-/// range checker has "(range checker)" behind it.
+// The ports of a sub-rule: "src 1024-2047, dst 80", or "any ports" for all. A range that needs a
+// range checker is followed by " (range checker)".
 std::string describe(PolicyMap::SubRuleData const& subRule);
 
-/// "ipv4", "ipv6", "mac" or "mpls".
+// "ipv4", "ipv6", "mac" or "mpls".
 std::string toText(PolicyMap::ClassMapMatchOption option);
 
 }  // namespace lab

@@ -28,9 +28,9 @@ struct Totals {
   }
 };
 
-// For a person
+// Text
 
-/// The sub-rules, where there is more to them than the match says.
+// The sub-rules, unless they add nothing to the match.
 std::vector<std::string> portLines(RuleRecord const& rule, TextStyle const& style) {
   bool const plain = rule.subRules.size() == 1 && !rule.subRules.front().needsRangeChecker();
   if (plain) {
@@ -50,21 +50,22 @@ std::vector<std::string> portLines(RuleRecord const& rule, TextStyle const& styl
 
 void printRules(std::ostream& out, TextStyle const& style, PolicyRecord const& record) {
   using Align = Table::Align;
-  Table table({{"class"},
-               {"list"},
-               {"seq", Align::right},
-               {"action1", Align::right},
-               {"action2", Align::right},
-               {"action3", Align::right},
-               {"sub-rules", Align::right},
-               {"match"}},
-              2);
+  std::vector<Table::Column> columns{{"class"}, {"list"}, {"seq", Align::right}};
+  for (std::string_view const name : PolicyMapTest::testActionNames) {
+    columns.push_back({std::string(name), Align::right});
+  }
+  columns.push_back({"sub-rules", Align::right});
+  columns.push_back({"match"});
+  Table table(std::move(columns), 2);
   for (RuleRecord const& rule : record.rules) {
-    table.add({rule.key.className().stdString(), rule.key.aclName().stdString(),
-               std::to_string(rule.key.seqno()), std::to_string(rule.actions[0]),
-               std::to_string(rule.actions[1]), std::to_string(rule.actions[2]),
-               std::to_string(rule.subRules.size()), describe(rule.match)},
-              portLines(rule, style));
+    std::vector<std::string> cells{rule.key.className().stdString(), rule.key.aclName().stdString(),
+                                   std::to_string(rule.key.seqno())};
+    for (std::uint32_t const value : rule.actions) {
+      cells.push_back(std::to_string(value));
+    }
+    cells.push_back(std::to_string(rule.subRules.size()));
+    cells.push_back(describe(rule.match));
+    table.add(std::move(cells), portLines(rule, style));
   }
   table.print(out, style);
 }
@@ -142,21 +143,22 @@ void printSkipped(std::ostream& out, TextStyle const& style, SkippedLines const&
   table.print(out, style);
 }
 
-// As JSON
+// JSON
 
 Json jsonOf(RuleRecord const& rule) {
   Json subRules = Json::array();
   for (PolicyMap::SubRuleData const& subRule : rule.subRules) {
     subRules.push_back(describe(subRule));
   }
-  return {{"class", rule.key.className().view()},
-          {"acl", rule.key.aclName().view()},
-          {"seq", rule.key.seqno()},
-          {"match", describe(rule.match)},
-          {"action1", rule.actions[0]},
-          {"action2", rule.actions[1]},
-          {"action3", rule.actions[2]},
-          {"subRules", std::move(subRules)}};
+  Json json{{"class", rule.key.className().view()},
+            {"acl", rule.key.aclName().view()},
+            {"seq", rule.key.seqno()},
+            {"match", describe(rule.match)}};
+  for (std::size_t i = 0; i != rule.actions.size(); ++i) {
+    json[std::string(PolicyMapTest::testActionNames[i])] = rule.actions[i];
+  }
+  json["subRules"] = std::move(subRules);
+  return json;
 }
 
 Json jsonOf(std::vector<Vorel::IntfId> const& intfs) {
@@ -199,7 +201,7 @@ std::string dumped(Json const& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-/// Prints the rules one by one, so that there is never a tree of all of them.
+// Prints the rules one by one, so that a complete tree is never in memory.
 void printRecordJson(std::ostream& out, PolicyRecord const& record, WithRules withRules) {
   std::string text = dumped(jsonOf(record));
   if (withRules == WithRules::no) {
@@ -249,7 +251,7 @@ void printStatuses(std::ostream& out, TextStyle const& style, Session const& ses
               2);
   std::vector<StatusRow> const rows = readStatuses(session);
   if (rows.empty()) {
-    out << "  no policy stands, and none has failed\n\n";
+    out << "  no policy is programmed, and none has failed\n\n";
     return;
   }
   for (StatusRow const& row : rows) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a session has programmed, for a person and as JSON.
 #pragma once
+
+// The programmed state of a session, as text and as JSON.
 
 #include "lab/Problems.h"
 #include "lab/Records.h"
@@ -11,21 +12,20 @@
 
 namespace lab {
 
-/// One table per policy and option, totals, problems, and the lines passed over. Without rules the
-/// tables are left out, and all else stays.
+// One table per policy and option, totals, problems, and skipped lines. Without rules, only the
+// tables are omitted.
 void printReport(std::ostream& out, TextStyle const& style, Session const& session,
                  std::vector<Problem> const& problems, WithRules withRules);
 
-/// One line per policy and option: whether it stands, since when as it is, and what went wrong; the
-/// interfaces stand below.
+// One line per policy and option (state, time, failure), with its interfaces below.
 void printStatuses(std::ostream& out, TextStyle const& style, Session const& session);
 
-/// One object: "policies", "totals", "skipped" (lines by kind) and "status"; docs/lab.md describes
-/// it. One line per rule. Holds no more than one policy in memory. Without rules, "rules" is left
-/// out of each policy.
+// One object: "policies", "totals", "skipped" (lines by kind) and "status", as described in
+// docs/lab.md. One line per rule. Holds one policy in memory at a time. Without rules, each policy
+// omits "rules".
 void printJson(std::ostream& out, Session const& session, WithRules withRules);
 
-/// "policy-map EDGE, input, ipv4".
+// "policy-map EDGE, input, ipv4".
 std::string titleOf(PolicyRecord const& record);
 
 }  // namespace lab

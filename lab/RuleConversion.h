@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// From rules and addresses as they are read to those that are configured.
 #pragma once
+
+// Conversion of parsed addresses and filter sets to what is configured.
 
 #include "lab/FilterSet.h"
 #include "lab/Statement.h"
@@ -17,28 +18,34 @@
 
 namespace lab {
 
-/// A rule of any family as access lists and class-maps hold it.
-using ConfiguredRule = PolicyMap::ClassMapMatch::Rule;
-
-ConfiguredRule configuredRule(Rule const& rule);
-/// The sixth column of a filter set is no part of the rule.
+// Ignores the sixth column of the filter set.
 ConfiguredRule configuredRule(FilterRule const& rule, Family family);
 
-/// What a class-map matches on with lists and rules of this family.
+// The match option of a class-map with lists and rules of this family.
 PolicyMap::ClassMapMatchOption matchOption(Family family);
 
-/// A match on a rule of its own.
+// A match on a rule in the class-map itself.
 PolicyMap::ClassMapMatch ownMatch(ConfiguredRule const& rule);
 
-/// The address of an interface as an Ip::Address or Ip6::Address.
-template <typename Configured>
+// A set of addresses as an Acl::IpAddressMatch, Ip6AddressMatch or MacAddressMatch.
+template <class Match>
+Match addressMatch(Address const& address) {
+  typename Match::Bytes value{};
+  typename Match::Bytes mask{};
+  std::copy_n(address.value.begin(), Match::size, value.begin());
+  std::copy_n(address.mask.begin(), Match::size, mask.begin());
+  return Match(value, mask);
+}
+
+// The address of an interface as an Ip::Address or Ip6::Address.
+template <class Configured>
 Configured interfaceAddress(InterfacePrefix const& prefix) {
   typename Configured::Bytes bytes{};
   std::copy_n(prefix.address.begin(), Configured::size, bytes.begin());
   return Configured(bytes, prefix.length);
 }
 
-/// One line as in a configuration.
+// One line of configuration.
 inline std::string describe(ConfiguredRule const& rule) {
   return std::visit([](auto const& some) { return some.describe(); }, rule);
 }

@@ -1,63 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/RuleParser.h"
 
+#include "lab/Comparison.h"
+#include "lab/IpOptions.h"
+#include "lab/PortNames.h"
+#include "lab/RuleConversion.h"
+
 #include <string>
 #include <string_view>
 
 namespace lab {
 
 namespace {
-
-constexpr std::uint64_t highestPort = 65535;
-constexpr std::uint64_t highestTtl = 255;
-
-struct NamedComparison {
-  std::string_view name;
-  Comparison comparison;
-};
-
-constexpr NamedComparison comparisons[] = {
-    {"eq", Comparison::eq}, {"neq", Comparison::neq},     {"lt", Comparison::lt},
-    {"gt", Comparison::gt}, {"range", Comparison::range},
-};
-
-struct NamedFlag {
-  std::string_view name;
-  std::uint8_t bit;
-};
-
-constexpr NamedFlag tcpFlags[] = {
-    {"ack", tcp_flag::ack}, {"fin", tcp_flag::fin}, {"psh", tcp_flag::psh},
-    {"rst", tcp_flag::rst}, {"syn", tcp_flag::syn}, {"urg", tcp_flag::urg},
-};
-
-/// The comparison word that comes next, taken; `any` when there is none.
-Comparison acceptComparison(Lexer& lexer) noexcept {
-  for (auto const& [name, comparison] : comparisons) {
-    if (lexer.accept(name)) {
-      return comparison;
-    }
-  }
-  return Comparison::any;
-}
-
-/// Reads the operands of a comparison on numbers up to `highest`. A comparison that no number can
-/// meet is refused by the bounds of its operand. `takeOperand(low, high)` reads one of them.
-template <typename TakeOperand>
-NumberMatch takeOperands(Comparison comparison, std::uint64_t highest, TakeOperand takeOperand) {
-  auto const match = [comparison](std::uint64_t low, std::uint64_t high) {
-    return NumberMatch{comparison, static_cast<std::uint16_t>(low),
-                       static_cast<std::uint16_t>(high)};
-  };
-  if (comparison == Comparison::lt) {
-    return match(0, takeOperand(std::uint64_t{1}, highest) - 1);
-  }
-  if (comparison == Comparison::gt) {
-    return match(takeOperand(std::uint64_t{0}, highest - 1) + 1, highest);
-  }
-  std::uint64_t const low = takeOperand(std::uint64_t{0}, highest);
-  return match(low, comparison == Comparison::range ? takeOperand(low, highest) : low);
-}
 
 std::uint64_t takePort(Lexer& lexer, std::uint8_t protocol, std::uint64_t low, std::uint64_t high) {
   std::uint64_t port = 0;
@@ -73,16 +27,16 @@ std::uint64_t takePort(Lexer& lexer, std::uint8_t protocol, std::uint64_t low, s
   return port;
 }
 
-NumberMatch takePorts(Lexer& lexer, std::optional<std::uint8_t> protocol) {
+Acl::PortMatch takePorts(Lexer& lexer, std::optional<std::uint8_t> protocol) {
   Lexer const before = lexer;
-  Comparison const comparison = acceptComparison(lexer);
-  if (comparison == Comparison::any) {
+  Acl::MatchOp const comparison = acceptComparison(lexer);
+  if (comparison == Acl::MatchOp::any) {
     return {};
   }
   if (!protocol || !hasPorts(*protocol)) {
     before.fail("protocol tcp, udp or sctp before a port");
   }
-  return takeOperands(comparison, highestPort, [&](std::uint64_t low, std::uint64_t high) {
+  return takeOperands<Acl::PortMatch>(comparison, [&](std::uint64_t low, std::uint64_t high) {
     return takePort(lexer, *protocol, low, high);
   });
 }
@@ -104,7 +58,8 @@ AddressBytes takeWildcard(Lexer& lexer, Family family) {
   return invertedBits(family, takeAddress(lexer, family, "wildcard bits"));
 }
 
-/// `any` and `host A`, which every kind of list has; none when the next word is neither.
+// Parses `any` or `host A`, which are common to all kinds of lists; none if the next word is
+// neither.
 std::optional<Address> takeAnyOrHost(Lexer& lexer, Family family, std::string_view what) {
   if (lexer.accept("any")) {
     return Address{};
@@ -159,10 +114,10 @@ bool isMacAddress(Token const& token) {
   return parseAddress(Family::mac, token.text, bytes);
 }
 
-/// Is the MAC address that comes next a mask of the source before it? `A B` is a source and a
-/// destination, so that the second one can be the mask of the source only if a destination follows
-/// it. Raises SyntaxFailure at the source when the lexer `atSource` begins three addresses and no
-/// more, since either of the first two could be what the mask belongs to.
+// True if the next MAC address is a mask of the source before it. `A B` is a source and a
+// destination, so the second address can be the source's mask only if a destination follows it.
+// Raises SyntaxFailure at the source if the lexer `atSource` is at exactly three addresses, because
+// the mask could then belong to either of the first two.
 bool sourceMaskFollows(Lexer const& lexer, Lexer const& atSource) {
   if (!isMacAddress(lexer.peek())) {
     return false;
@@ -211,166 +166,61 @@ std::optional<std::uint8_t> takeProtocol(Lexer& lexer, Family family) {
   return number;
 }
 
-/// The part of a rule behind its addresses, in any order, each option once.
-class IpOptions {
- public:
-  IpOptions(Lexer& lexer, IpRule& rule) : lexer_(lexer), rule_(rule) {}
-
-  void takeAll() {
-    while (!lexer_.peek().atEnd()) {
-      if (!takeDscp() && !takeTtl() && !takeTcpFlag() && !takeIcmp() && !takeWord()) {
-        lexer_.fail(
-            "a rule option (dscp, ttl, established, ack-or-rst, a TCP flag, an ICMP message, "
-            "fragments, log) or end of line");
-      }
-    }
-  }
-
- private:
-  bool takeDscp() {
-    if (!lexer_.peek().is("dscp")) {
-      return false;
-    }
-    refuseIf(rule_.dscp.has_value(), "one dscp in a rule");
-    lexer_.next();
-    std::uint64_t value = 0;
-    if (auto const named = dscpNumber(lexer_.peek().text)) {
-      value = *named;
-    } else if (!parseNumber(lexer_.peek().text, 0, 63, value)) {
-      lexer_.fail("dscp 0-63 or a DSCP name");
-    }
-    lexer_.next();
-    rule_.dscp = static_cast<std::uint8_t>(value);
-    return true;
-  }
-
-  bool takeTtl() {
-    if (!lexer_.peek().is("ttl")) {
-      return false;
-    }
-    refuseIf(rule_.ttl.comparison != Comparison::any, "one ttl in a rule");
-    lexer_.next();
-    Comparison const written = acceptComparison(lexer_);
-    rule_.ttl = takeOperands(written == Comparison::any ? Comparison::eq : written, highestTtl,
-                             [this](std::uint64_t low, std::uint64_t high) {
-                               return takeNumber(lexer_, "ttl", low, high);
-                             });
-    return true;
-  }
-
-  bool takeTcpFlag() {
-    std::uint8_t bits = 0;
-    for (auto const& flag : tcpFlags) {
-      bits = lexer_.peek().is(flag.name) ? flag.bit : bits;
-    }
-    bool const established = lexer_.peek().is("established");
-    bool const ackOrRst = lexer_.peek().is("ack-or-rst");
-    if (bits == 0 && !established && !ackOrRst) {
-      return false;
-    }
-    refuseIf(rule_.protocol != protocol::tcp, "protocol tcp before a TCP flag");
-    rule_.tcpFlags = static_cast<std::uint8_t>(rule_.tcpFlags | bits);
-    rule_.established = rule_.established || established;
-    rule_.ackOrRst = rule_.ackOrRst || ackOrRst;
-    lexer_.next();
-    return true;
-  }
-
-  bool takeIcmp() {
-    if (rule_.protocol != protocol::icmp && rule_.protocol != protocol::icmp6) {
-      return false;
-    }
-    auto message = icmpMessage(*rule_.protocol, lexer_.peek().text);
-    std::uint64_t number = 0;
-    bool const numeric = parseNumber(lexer_.peek().text, 0, UINT64_MAX, number);
-    if (!message && !numeric) {
-      return false;
-    }
-    refuseIf(rule_.icmp.has_value(), "one ICMP message in a rule");
-    if (numeric) {
-      message = IcmpMessage{takeIcmpNumber("ICMP type"), std::nullopt};
-      if (parseNumber(lexer_.peek().text, 0, UINT64_MAX, number)) {
-        message->code = takeIcmpNumber("ICMP code");
-      }
-    } else {
-      lexer_.next();
-    }
-    rule_.icmp = message;
-    return true;
-  }
-
-  std::uint8_t takeIcmpNumber(std::string_view what) {
-    return static_cast<std::uint8_t>(takeNumber(lexer_, what, 0, 255));
-  }
-
-  bool takeWord() {
-    if (lexer_.accept("fragments")) {
-      rule_.fragments = true;
-      return true;
-    }
-    return lexer_.accept("log") || lexer_.accept("log-input");
-  }
-
-  void refuseIf(bool refused, std::string_view expected) const {
-    if (refused) {
-      lexer_.fail(std::string(expected));
-    }
-  }
-
-  Lexer& lexer_;
-  IpRule& rule_;
-};
-
-IpRule parseStandardRule(Lexer& lexer, Verdict verdict) {
-  IpRule rule;
-  rule.verdict = verdict;
-  rule.source = takeIp4Address(lexer, "source", true);
+Acl::IpRuleConfig parseStandardRule(Lexer& lexer, Verdict verdict) {
+  Acl::IpRuleConfig rule;
+  rule.permitIs(verdict == Verdict::permit);
+  rule.sourceIs(addressMatch<Acl::IpAddressMatch>(takeIp4Address(lexer, "source", true)));
   lexer.accept("log");
   lexer.expectEnd("log or end of line");
   return rule;
 }
 
-IpRule parseIpRule(Lexer& lexer, Family family, Verdict verdict) {
-  IpRule rule;
-  rule.verdict = verdict;
-  rule.family = family;
-  rule.protocol = takeProtocol(lexer, family);
-  rule.source = takeIpAddress(lexer, family, "source");
-  rule.sourcePort = takePorts(lexer, rule.protocol);
-  rule.destination = takeIpAddress(lexer, family, "destination");
-  rule.destinationPort = takePorts(lexer, rule.protocol);
-  IpOptions(lexer, rule).takeAll();
+template <class Rule>
+Rule parseIpRule(Lexer& lexer, Family family, Verdict verdict) {
+  using Match = typename Rule::AddressMatch;
+  Rule rule;
+  rule.permitIs(verdict == Verdict::permit);
+  std::optional<std::uint8_t> const protocol = takeProtocol(lexer, family);
+  if (protocol) {
+    rule.protocolIs(*protocol);
+  }
+  rule.sourceIs(addressMatch<Match>(takeIpAddress(lexer, family, "source")));
+  rule.srcPortIs(takePorts(lexer, protocol));
+  rule.destinationIs(addressMatch<Match>(takeIpAddress(lexer, family, "destination")));
+  rule.dstPortIs(takePorts(lexer, protocol));
+  takeIpOptions(lexer, rule);
   return rule;
 }
 
-bool takeEtherType(Lexer& lexer, MacRule& rule) {
+bool takeEtherType(Lexer& lexer, Acl::MacRuleConfig& rule) {
   std::uint64_t number = 0;
   auto type = etherTypeNumber(lexer.peek().text);
   if (parseNumber(lexer.peek().text, 0, 0xffff, number) ||
       parseHexNumber(lexer.peek().text, 0xffff, number)) {
     type = static_cast<std::uint16_t>(number);
   }
-  if (!type || rule.etherType) {
+  if (!type || rule.ethertype()) {
     return false;
   }
-  rule.etherType = type;
+  rule.ethertypeIs(*type);
   lexer.next();
   return true;
 }
 
-bool takeVlan(Lexer& lexer, MacRule& rule) {
-  if (rule.vlan || !lexer.accept("vlan")) {
+bool takeVlan(Lexer& lexer, Acl::MacRuleConfig& rule) {
+  if (rule.vlan() || !lexer.accept("vlan")) {
     return false;
   }
-  rule.vlan = static_cast<std::uint16_t>(takeNumber(lexer, "vlan", 1, 4094));
+  rule.vlanIs(takeNumber(lexer, "vlan", 1, 4094));
   return true;
 }
 
-MacRule parseMacRule(Lexer& lexer, Verdict verdict) {
-  MacRule rule;
-  rule.verdict = verdict;
-  rule.source = takeMacAddress(lexer, "source", false);
-  rule.destination = takeMacAddress(lexer, "destination", true);
+Acl::MacRuleConfig parseMacRule(Lexer& lexer, Verdict verdict) {
+  using Match = Acl::MacAddressMatch;
+  Acl::MacRuleConfig rule;
+  rule.permitIs(verdict == Verdict::permit);
+  rule.sourceIs(addressMatch<Match>(takeMacAddress(lexer, "source", false)));
+  rule.destinationIs(addressMatch<Match>(takeMacAddress(lexer, "destination", true)));
   while (!lexer.peek().atEnd()) {
     if (!takeEtherType(lexer, rule) && !takeVlan(lexer, rule) && !lexer.accept("log")) {
       lexer.fail("an Ethernet type, vlan, log or end of line");
@@ -381,11 +231,11 @@ MacRule parseMacRule(Lexer& lexer, Verdict verdict) {
 
 }  // namespace
 
-Rule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict) {
+ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict) {
   switch (kind) {
   case RuleKind::standardIp4: return parseStandardRule(lexer, verdict);
-  case RuleKind::ip4: return parseIpRule(lexer, Family::ip4, verdict);
-  case RuleKind::ip6: return parseIpRule(lexer, Family::ip6, verdict);
+  case RuleKind::ip4: return parseIpRule<Acl::IpRuleConfig>(lexer, Family::ip4, verdict);
+  case RuleKind::ip6: return parseIpRule<Acl::Ip6RuleConfig>(lexer, Family::ip6, verdict);
   case RuleKind::mac: break;
   }
   return parseMacRule(lexer, verdict);

@@ -1,20 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-// The grammar of one rule, the same for the entries of access lists and for rules written in
-// class-maps.
 #pragma once
+
+// The grammar of one rule, for entries of access lists and for rules in class-maps.
 
 #include "lab/Lexer.h"
 #include "lab/Statement.h"
 
 namespace lab {
 
-/// What a rule is measured against.
+// Selects the grammar.
 enum class RuleKind : std::uint8_t {
-  standardIp4,  ///< a source address alone
+  standardIp4,  // a source address only
   ip4,
   ip6,
   mac,
 };
+
+enum class Verdict : std::uint8_t { permit, deny };
 
 constexpr RuleKind extendedRule(Family family) noexcept {
   return family == Family::ip4   ? RuleKind::ip4
@@ -22,8 +24,7 @@ constexpr RuleKind extendedRule(Family family) noexcept {
                                  : RuleKind::mac;
 }
 
-/// Reads what follows `permit` or `deny`, up to the end of the line. Raises SyntaxFailure; nothing
-/// of a rule is returned that was not understood to its end.
-Rule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict);
+// Parses what follows `permit` or `deny`, up to the end of the line. Raises SyntaxFailure.
+ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict);
 
 }  // namespace lab

@@ -18,7 +18,7 @@ namespace {
 constexpr std::size_t mostClasses = 1000000;
 constexpr std::size_t mostInterfaces = 65535;
 
-/// SECONDS as a time that can pass; none when it is none.
+// Parses SECONDS; none if it is not a valid time to advance.
 std::optional<double> secondsOf(std::string const& text) {
   double value = 0;
   char const* const end = text.data() + text.size();
@@ -31,7 +31,7 @@ std::string faultOfAdvance(std::string const& seconds) {
   return secondsOf(seconds) ? "" : "SECONDS must be 0 to 1000000, not " + seconds;
 }
 
-/// What keeps the run from being a success.
+// True if the problem makes the run fail.
 bool counts(Problem const& problem, bool lenient) {
   return problem.kind == Problem::Kind::failed || !lenient;
 }
@@ -54,7 +54,7 @@ void RunVerb::addInputOptions() {
   CLI::Option* const files =
       command_->add_option("files", files_, "Policy text")->type_name("FILE")->group(group);
   CLI::Option* const lenient =
-      command_->add_flag("--lenient", lenient_, "Pass over what is not understood, and count it")
+      command_->add_flag("--lenient", lenient_, "Skip and count lines that are not understood")
           ->group(group);
   CLI::Option* const rules =
       command_->add_option("--rules", rulesFile_, "A filter set in the ClassBench line format")
@@ -62,7 +62,8 @@ void RunVerb::addInputOptions() {
           ->group(group)
           ->excludes(files)
           ->excludes(lenient);
-  command_->add_option("--classes", layout_.classes, "Cut the filter set into so many classes")
+  command_
+      ->add_option("--classes", layout_.classes, "Split the filter set into this number of classes")
       ->type_name("K")
       ->check(CLI::Range(std::size_t{1}, mostClasses))
       ->capture_default_str()
@@ -70,7 +71,7 @@ void RunVerb::addInputOptions() {
       ->needs(rules);
   command_
       ->add_option("--interfaces", layout_.interfaces,
-                   "Attach the filter set to so many interfaces")
+                   "Attach the filter set to this number of interfaces")
       ->type_name("N")
       ->check(CLI::Range(std::size_t{1}, mostInterfaces))
       ->capture_default_str()
@@ -78,7 +79,7 @@ void RunVerb::addInputOptions() {
       ->needs(rules);
   command_
       ->add_flag("--ports-on-any-protocol", portsOnAnyProtocol_,
-                 "Take port ranges on protocols without ports too")
+                 "Accept port ranges on protocols without ports")
       ->group(group)
       ->needs(rules);
 }
@@ -102,7 +103,7 @@ void RunVerb::addHelperOptions() {
   addSwitch("--expand-port-channels", session_.expandPortChannels,
             "Program the members of port-channels");
   addSwitch("--sub-rules-for-ports", session_.subRulesForPorts,
-            "Cut port ranges into sub-rules, without range checkers");
+            "Split port ranges into sub-rules, without range checkers");
   addSwitch("--reprogram-on-intf-change", session_.reprogramOnIntfChange,
             "Program a policy again when its interfaces change");
   addSwitch("--no-deny-rules", session_.denyRules, "No deny rules");
@@ -127,10 +128,10 @@ void RunVerb::addFaultOptions() {
   command_->add_flag("--async", session_.async,
                      "Commits and interface operations wait for a trigger");
   command_->add_flag("--pseudo-async", session_.pseudoAsync,
-                     "Their results come later in form, but at once");
+                     "Results are asynchronous, but available immediately");
   command_
       ->add_option("--inject", faults_,
-                   "Let an operation answer TEXT, as commitError='table full'; may repeat")
+                   "Let an operation fail with TEXT,\ne.g. commitError='table full'; may repeat")
       ->type_name("NAME=TEXT")
       ->allow_extra_args(false);
   command_
@@ -140,7 +141,8 @@ void RunVerb::addFaultOptions() {
             steps_.push_back(
                 {what == "clear" ? Step::Kind::clear : Step::Kind::trigger, 0, "--then " + what});
           },
-          "Afterwards take the faults back (clear), or let\na result arrive (trigger); may repeat")
+          "Afterwards remove the faults (clear), or deliver\nthe pending result (trigger); may "
+          "repeat")
       ->type_name("WHAT")
       ->check(CLI::IsMember({"clear", "trigger"}))
       ->trigger_on_parse();
@@ -151,7 +153,7 @@ void RunVerb::addFaultOptions() {
             steps_.push_back(
                 {Step::Kind::advance, secondsOf(seconds).value(), "--advance " + seconds});
           },
-          "Afterwards let virtual time pass; may repeat,\nin order with --then")
+          "Afterwards advance virtual time; may repeat,\nin order with --then")
       ->type_name("SECONDS")
       ->check(&faultOfAdvance)
       ->trigger_on_parse();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// `policymap-lab run`: loads policy text or a filter set and shows what was programmed.
 #pragma once
+
+// `policymap-lab run`: loads policy text or a filter set and shows what was programmed.
 
 #include "lab/Session.h"
 #include "lab/Verb.h"
@@ -23,7 +24,7 @@ class RunVerb : public Verb {
   void addHelperOptions();
   void addMachineOptions();
   void addFaultOptions();
-  /// A switch of the session that the option turns away from its default.
+  // Adds a flag that inverts the default of a session option.
   void addSwitch(std::string const& name, bool& value, std::string const& text);
 
   void loadFiles(Session& session, Console const& console) const;

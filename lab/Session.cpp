@@ -12,7 +12,7 @@ namespace lab {
 
 namespace {
 
-/// Counts the rules that it is given for a progress bar.
+// Counts the rules added to it for a progress bar.
 class WatchedHelper : public PolicyMapTest::AclHelper {
  public:
   WatchedHelper(SessionOptions const& options, Progress& progress)
@@ -65,7 +65,7 @@ std::uint64_t rulesIn(Settings const& settings) {
   return rules;
 }
 
-/// One class with its class-map and access list of the same name.
+// Adds one class with its class-map and access list of the same name.
 void addClass(Settings& settings, std::string const& name, PolicyMapSettings& policyMap) {
   policyMap.order.append(name);
   policyMap.actions.try_emplace(name);

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// A session: the configuration, the machines that watch it, the helper that they program, and the
-// event loop with virtual time on which all of it runs.
+#pragma once
+
+// A session: the configuration, the machines that observe it, the helper that they program, and the
+// event loop, with virtual time.
 //
 //   lab::Session session({});
 //   session.load(lab::SourceText::fromFile("edge.cfg"), lab::Reading::strict);
 //   for (lab::PolicyRecord const& record : lab::readRecords(session)) { ... }
-#pragma once
 
 #include "helper/AclHelper.h"
 #include "lab/Configuration.h"
@@ -23,8 +24,8 @@
 
 namespace lab {
 
-/// What the hardware can do and which interfaces and lists are served. The defaults are those of a
-/// fresh helper and of a machine that serves everything.
+// The hardware's capabilities, and the interfaces and lists that are served. The defaults are those
+// of a new helper and of a machine that serves everything.
 struct SessionOptions {
   bool updateAction = false;
   bool expandPortChannels = false;
@@ -36,10 +37,11 @@ struct SessionOptions {
   bool ackOrRst = true;
   bool established = true;
 
-  /// Whether commits and interface operations answer later, and whether that is at once.
+  // Whether commits and interface operations are asynchronous, and whether their results are
+  // available immediately.
   bool async = false;
   bool pseudoAsync = false;
-  /// In force from the beginning.
+  // Injected from the start.
   std::vector<Fault> faults = {};
 
   bool layer2 = true;
@@ -50,37 +52,37 @@ struct SessionOptions {
   bool macLists = true;
 };
 
-/// How a filter set is laid out.
+// The layout of a filter set.
 struct FilterLayout {
-  /// The rules are cut into so many classes of one policy-map, 1 or more, each with a consecutive
-  /// and nearly equal share of them.
+  // Number of classes in the policy-map, 1 or more. Each gets a consecutive and nearly equal share
+  // of the rules.
   std::size_t classes = 1;
-  /// The policy-map is attached to so many interfaces.
+  // Number of interfaces to which the policy-map is attached.
   std::size_t interfaces = 1;
 };
 
-/// One at a time: the event loop is that of the process.
+// Only one at a time: it uses the event loop of the process.
 class Session {
  public:
-  /// `progress`, if any, must outlive the session.
+  // `progress`, if any, must outlive the session.
   explicit Session(SessionOptions const& options, Progress* progress = nullptr);
   Session(Session const&) = delete;
   Session& operator=(Session const&) = delete;
 
-  /// Takes a file of policy text as an edit of what stands, and runs until nothing is left to do.
-  /// Raises InputError, and has then taken nothing of the file.
+  // Applies a policy text file as an edit of the current settings, and runs until idle. Raises
+  // InputError; the settings are then unchanged.
   void load(SourceText const& source, Reading reading);
 
-  /// Takes a filter set in place of what stands: policy-map "rules" with classes "rules-1",
-  /// "rules-2", ..., each matching the access list of its name with the sequence numbers 10, 20,
-  /// ..., attached for input at Ethernet1, Ethernet2, ...
+  // Replaces the current settings by a filter set: policy-map "rules" with classes "rules-1",
+  // "rules-2", ..., each matching the access list of its name with the sequence numbers 10, 20,
+  // ..., attached for input at Ethernet1, Ethernet2, ...
   void load(FilterSet const& rules, FilterLayout const& layout);
 
-  /// Does one step, and runs until nothing is left to do at the time that it then is.
+  // Performs one step, then runs until idle.
   void perform(Step const& step);
 
   Configuration const& configuration() const { return configuration_; }
-  /// Of all files so far.
+  // Of all files so far.
   SkippedLines const& skipped() const { return skipped_; }
   PolicyMap::PolicyMapTypeStatus const& status() const { return *status_; }
   Kor::Ptr<PolicyMapTest::AclHelper> const& helper() const { return helper_; }

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// Settings: what the input has said so far, as plain values. A copy is cheap, since what is not
-// edited is shared, so a file is tried on a copy and kept only when all of it could be carried out.
 #pragma once
+
+// Settings: the configuration read so far, as plain values. Copies share what is not edited, so
+// they are cheap. A file is applied to a copy, which is kept only if the whole file was valid.
 
 #include "lab/InterfaceAddresses.h"
 #include "lab/NameOrder.h"
 #include "lab/NumberedEntries.h"
 #include "lab/RuleConversion.h"
 #include "lab/Statement.h"
+#include "records/TestActionKinds.h"
 
 #include <PolicyMap/ClassMapMatch.h>
 #include <Vorel/IntfId.h>
@@ -25,22 +27,22 @@
 
 namespace lab {
 
-/// A value shared by copies of the settings until one of them edits it.
-template <typename Value>
+// A value shared by copies of the settings until one of them edits it.
+template <class Value>
 class Shared {
  public:
   Shared() : value_(std::make_shared<Value>()) {}
 
   Value const& operator*() const { return *value_; }
   Value const* operator->() const { return value_.get(); }
-  /// For writing: from here on this copy's own.
+  // For writing. Unshares the value first.
   Value& edit() {
     if (value_.use_count() != 1) {
       value_ = std::make_shared<Value>(*value_);
     }
     return *value_;
   }
-  /// Is it the same object, and so equal for certain?
+  // True if both share one object, and so are equal.
   bool sameAs(Shared const& other) const { return value_ == other.value_; }
 
  private:
@@ -53,14 +55,14 @@ struct Remark {
   bool operator==(Remark const&) const = default;
 };
 
-/// A line of an access list.
+// A line of an access list.
 using ListEntry = std::variant<ConfiguredRule, Remark>;
 
 struct ListEntryHash {
   std::uint32_t operator()(ListEntry const& entry) const;
 };
 
-/// The lines of an access list by number. Remarks are found without a look at the rules.
+// The lines of an access list by number. Remarks are found without a search through the rules.
 class ListEntries {
  public:
   using Entries = NumberedEntries<ListEntry, ListEntryHash>;
@@ -80,7 +82,7 @@ class ListEntries {
 };
 
 struct AccessList {
-  /// Looks at source addresses alone.
+  // Matches source addresses only.
   bool standard = false;
   ListEntries entries;
 };
@@ -91,30 +93,28 @@ struct MatchHash {
 
 struct ClassMap {
   ClassMatch match = ClassMatch::all;
-  /// By place.
+  // By place.
   NumberedEntries<PolicyMap::ClassMapMatch, MatchHash> matches;
 };
 
-constexpr std::size_t actionKinds = 3;
-
-/// The values of the actions of one class, none for an action that it has not.
-using ClassActions = std::array<std::optional<std::uint32_t>, actionKinds>;
+// The values of the actions of one class, by kind; none for an action that it does not have.
+using ClassActions = std::array<std::optional<std::uint32_t>, PolicyMapTest::testActionKinds>;
 
 struct PolicyMapSettings {
-  /// The classes in the order in which they take traffic.
+  // The classes in matching order.
   NameOrder order;
   std::unordered_map<std::string, ClassActions> actions;
 };
 
 struct InterfaceSettings {
   InterfaceAddresses ip4;
-  /// None of them is the primary one.
+  // None of them is primary.
   InterfaceAddresses ip6;
-  /// None unless written.
+  // None unless configured.
   std::optional<bool> switchport;
   bool shutdown = false;
   std::optional<std::uint32_t> channelGroup;
-  /// By Direction; empty for none.
+  // Indexed by Direction; empty for none.
   std::array<std::string, 2> policyMaps;
 
   bool operator==(InterfaceSettings const&) const = default;
@@ -126,7 +126,7 @@ struct Settings {
   Lists& listsOf(Family family) { return lists[static_cast<std::size_t>(family)]; }
   Lists const& listsOf(Family family) const { return lists[static_cast<std::size_t>(family)]; }
 
-  /// By Family.
+  // Indexed by Family.
   std::array<Lists, 3> lists;
   std::map<std::string, Shared<ClassMap>> classMaps;
   std::map<std::string, Shared<PolicyMapSettings>> policyMaps;
@@ -135,7 +135,7 @@ struct Settings {
   bool ip6Routing = false;
 };
 
-/// "input" or "output".
+// "input" or "output".
 char const* toText(Direction direction);
 
 }  // namespace lab

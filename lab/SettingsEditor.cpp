@@ -12,12 +12,12 @@ namespace lab {
 
 namespace {
 
-/// A statement that cannot be carried out.
+// A statement that is invalid for the current settings.
 struct Failure {
   SourcePosition position;
   std::string expected;
   std::string found;
-  /// As a skipped line.
+  // As a skipped line.
   std::string kind;
 };
 
@@ -34,8 +34,6 @@ std::string nameOf(AccessListId const& list) {
   return nameOf(list.family) + " access-list " + list.name.text;
 }
 
-constexpr std::array<std::string_view, actionKinds> actionNames = {"action1", "action2", "action3"};
-
 class Editor {
  public:
   explicit Editor(Settings& settings) : settings_(settings) {}
@@ -46,9 +44,9 @@ class Editor {
   }
 
  private:
-  // Faults
+  // Errors
 
-  /// `found` is what the statement is about, as the message is to show it.
+  // `found` is the text that the message quotes.
   [[noreturn]] void fail(std::string expected, std::string found, std::string kind) const {
     throw Failure{statement_->subjectPosition(), std::move(expected), std::move(found),
                   std::move(kind)};
@@ -94,8 +92,8 @@ class Editor {
     settings_.listsOf(body.list.family).erase(body.list.name.text);
   }
 
-  /// Without a number an entry that is there already is not repeated, so that a text can be loaded
-  /// once more without effect.
+  // Without a number, an entry that already exists is not repeated, so loading a text again has no
+  // effect.
   void addEntry(AccessListId const& id, std::optional<std::uint32_t> const& sequence,
                 ListEntry entry) {
     auto& entries = existingList(id).entries;
@@ -104,21 +102,20 @@ class Editor {
     }
     std::optional<std::uint32_t> const number = sequence ? sequence : entries.nextNumber();
     if (!number) {
-      fail("a sequence number: there is none left behind the last entry of " + nameOf(id),
+      fail("a sequence number: none is left after the last entry of " + nameOf(id),
            statement_->subject.text, "access-list entry (number)");
     }
     entries.put(*number, std::move(entry));
   }
 
-  void apply(RuleAdd const& body) { addEntry(body.list, body.sequence, configuredRule(body.rule)); }
+  void apply(RuleAdd const& body) { addEntry(body.list, body.sequence, body.rule); }
   void apply(RemarkAdd const& body) { addEntry(body.list, body.sequence, Remark{body.text}); }
 
   void apply(RuleRemove const& body) {
-    ConfiguredRule const rule = configuredRule(body.rule);
     auto& entries = existingList(body.list).entries;
-    std::optional<std::uint32_t> const number = entries.numberOf(rule);
+    std::optional<std::uint32_t> const number = entries.numberOf(body.rule);
     if (!number) {
-      fail("a rule of " + nameOf(body.list), describe(rule), "no rule (absent)");
+      fail("a rule of " + nameOf(body.list), describe(body.rule), "no rule (absent)");
     }
     entries.erase(*number);
   }
@@ -179,7 +176,7 @@ class Editor {
     if (remove) {
       matches.erase(*place);
     } else if (!place) {
-      // Numbers only come from here, ten per line of input.
+      // Numbers cannot run out: only this line assigns them, ten per line of input.
       matches.put(matches.nextNumber().value(), match);
     }
   }
@@ -194,9 +191,8 @@ class Editor {
             body.nested);
   }
   void apply(ClassMatchRule const& body) {
-    ConfiguredRule const rule = configuredRule(body.rule);
-    matchIs(body.classMap, ownMatch(rule), body.remove,
-            {describe(rule), statement_->subject.column});
+    matchIs(body.classMap, ownMatch(body.rule), body.remove,
+            {describe(body.rule), statement_->subject.column});
   }
 
   // Policy-maps
@@ -255,8 +251,8 @@ class Editor {
     }
     std::size_t const action = body.action - std::size_t{1};
     if (!body.value && !found->second[action]) {
-      fail("an action of class " + body.className.text, std::string(actionNames[action]),
-           "no set (absent)");
+      fail("an action of class " + body.className.text,
+           std::string(PolicyMapTest::testActionNames[action]), "no set (absent)");
     }
     found->second[action] = body.value;
   }
@@ -265,9 +261,10 @@ class Editor {
 
   Vorel::IntfId intfOf(Name const& name) const {
     try {
-      return Vorel::IntfId(Kor::String8(name.text));
+      return Vorel::IntfId(Kor::String(name.text));
     } catch (Kor::RangeException const&) {
-      fail("an interface name, as Ethernet3/1, PortChannel7 or Vlan10", name, "interface (name)");
+      fail("an interface name such as Ethernet3/1, PortChannel7 or Vlan10", name,
+           "interface (name)");
     }
   }
   InterfaceSettings& interfaceOf(Name const& name) { return settings_.interfaces[intfOf(name)]; }
@@ -298,9 +295,9 @@ class Editor {
   }
 
   static std::string textOf(InterfacePrefix const& prefix, Family family) {
-    Kor::String8 const text = family == Family::ip4
-                                  ? interfaceAddress<::Ip::Address>(prefix).text()
-                                  : interfaceAddress<::Ip6::Address>(prefix).text();
+    Kor::String const text = family == Family::ip4
+                                 ? interfaceAddress<::Ip::Address>(prefix).text()
+                                 : interfaceAddress<::Ip6::Address>(prefix).text();
     return text.stdString();
   }
 
@@ -320,7 +317,7 @@ class Editor {
     }
     if (!intf.isPhysical() || intf.isSubIntf()) {
       fail("a command for " + body.interface.text +
-               ", which joins no channel-group: it is no physical interface",
+               ", which cannot join a channel-group: it is not a physical interface",
            statement_->subject.text, "channel-group (interface)");
     }
     interface.channelGroup = body.group;
@@ -352,7 +349,7 @@ class Editor {
 
 void editSettings(Settings& settings, PolicyText& text, Reading reading) {
   Editor editor(settings);
-  std::map<std::uint32_t, std::string> passedOver;  // kinds of lines, by number
+  std::map<std::uint32_t, std::string> passedOver;  // kinds of skipped lines, by number
   for (Statement const& statement : text.statements) {
     std::uint32_t const line = statement.position.line;
     if (auto const block = passedOver.find(statement.block); block != passedOver.end()) {

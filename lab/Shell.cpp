@@ -28,9 +28,9 @@ constexpr std::string_view helpText =
     "  NAME.collection[KEY]            a member; assign to set it\n"
     "  NAME.collection[KEY] = []       create a member of an owned collection\n"
     "  NAME.function(VALUE, ...)       call\n"
-    "  del NAME.collection[KEY]        take a member out\n"
+    "  del NAME.collection[KEY]        remove a member\n"
     "  del NAME                        forget a name\n"
-    "  run | advance SECONDS           let the event loop work; its time is virtual\n"
+    "  run | advance SECONDS           run the event loop; its time is virtual\n"
     "  objects | types [NAME] | help | quit\n"
     "Values are written as they print: 7, 'text', True, None, [1, 2], Value(...), Ptr(...).\n";
 
@@ -61,7 +61,7 @@ bool isValueWord(std::string_view word) {
   return word == "True" || word == "False" || word == "None";
 }
 
-/// What an expression stands for: a place that can be written, or a value.
+// The result of an expression: a writable place, or a value.
 using Result = std::variant<GenericRef, GenericPlace>;
 
 GenericRef valueOf(Result const& result) {
@@ -71,19 +71,19 @@ GenericRef valueOf(Result const& result) {
   return std::get<GenericRef>(result);
 }
 
-/// A value as it is written, for a person.
+// The text form of a value, safe for the terminal.
 std::string textOf(GenericRef const& value) {
   return shownText(Kor::valueToStrep(value.value()).view());
 }
 
 }  // namespace
 
-/// Reads and evaluates one line from left to right.
+// Parses and evaluates one line from left to right.
 class Shell::Parser {
  public:
   using Objects = std::map<std::string, GenericRef, std::less<>>;
 
-  /// `start` is where reading begins; columns are those of the whole line.
+  // `start` is where parsing begins; columns refer to the whole line.
   Parser(std::string_view line, Objects const& objects, std::size_t start = 0)
       : line_(line), objects_(objects), at_(start) {}
 
@@ -130,7 +130,7 @@ class Shell::Parser {
     }
     return std::string(line_.substr(start, at_ - start));
   }
-  /// A name, or names with `::` between them.
+  // A name, or several joined by `::`.
   std::string qualifiedName(std::string_view what) {
     std::string word = name(what);
     while (line_.substr(at_).starts_with("::")) {
@@ -139,8 +139,7 @@ class Shell::Parser {
     }
     return word;
   }
-  /// The command that the line is, as a word of its own; empty when it is none. Then nothing is
-  /// read.
+  // Consumes and returns the command if the next word is one; otherwise empty.
   std::string_view command() {
     skip();
     std::size_t const start = at_;
@@ -149,7 +148,7 @@ class Shell::Parser {
     }
     std::string_view const word = line_.substr(start, at_ - start);
     bool const separate = at_ == line_.size() || isBlank(line_[at_]) || line_[at_] == '#';
-    // A name that is a command too is written to.
+    // Before `=`, a command word is the name of an object.
     if (separate && !at('=') &&
         std::find(std::begin(commands), std::end(commands), word) != std::end(commands)) {
       return word;
@@ -157,7 +156,7 @@ class Shell::Parser {
     at_ = start;
     return {};
   }
-  /// What was read from `start` on, without blanks around it.
+  // The text consumed since `start`, without surrounding blanks.
   [[nodiscard]] std::string_view textFrom(std::size_t start) const {
     return trimmed(line_.substr(start, at_ - start));
   }
@@ -170,11 +169,11 @@ class Shell::Parser {
   static constexpr unsigned deepest = 200;
   static constexpr std::size_t longestName = 255;
 
-  /// What the attributes, keys and calls behind `result` lead to.
+  // Applies the attributes, keys and calls that follow `result`.
   Result reached(Result result) {
     while (true) {
       if (take('.')) {
-        // Assigning to a place would write to it.
+        // Not an assignment: assigning to a place writes to it.
         GenericPlace attribute = valueOf(result)[name("an attribute")];
         result.emplace<GenericPlace>(std::move(attribute));
       } else if (take('[')) {
@@ -247,7 +246,7 @@ class Shell::Parser {
     return object->second;
   }
 
-  /// True, False, None, Value(, Ptr(, float(, and texts with a prefix.
+  // True, False, None, Value(, Ptr(, float(, and texts with a prefix.
   [[nodiscard]] bool isLiteral() const {
     std::string_view const ahead = line_.substr(at_);
     std::size_t length = 0;
@@ -261,13 +260,13 @@ class Shell::Parser {
            behind == '\'' || behind == '"';
   }
   Result literal() {
-    Kor::String8 const text(line_);
+    Kor::String const text(line_);
     Kor::TextIterator it(text, at_);
     GenericValue value;
     try {
       Kor::sequenceToValue(it, text.end(), value);
     } catch (Kor::RangeException const& error) {
-      throw ShellError(error.text());  // it names the place itself
+      throw ShellError(error.text());  // the text already contains the position
     }
     at_ = it.position();
     return GenericRef(value);
@@ -276,7 +275,7 @@ class Shell::Parser {
   std::string_view line_;
   Objects const& objects_;
   std::size_t at_;
-  unsigned depth_ = 0;  // of expressions within expressions
+  unsigned depth_ = 0;  // nesting depth of the current expression
 };
 
 void Shell::execute(std::string const& written) {
@@ -315,7 +314,7 @@ bool Shell::quits(std::string_view line) {
   return parser.command() == "quit" && parser.atEnd();
 }
 
-/// NAME = VALUE
+// NAME = VALUE
 bool Shell::kept(std::string_view line) {
   Parser parser(line, objects_);
   if (parser.atEnd() || !isNameStart(line[parser.place()])) {
@@ -327,7 +326,7 @@ bool Shell::kept(std::string_view line) {
     return false;
   }
   if (isValueWord(name)) {
-    Parser(line, objects_, start).fail(name + " is a value and no name");
+    Parser(line, objects_, start).fail(name + " is a value, not a name");
   }
   GenericRef const value = valueOf(parser.expression());
   parser.needEnd();
@@ -335,7 +334,7 @@ bool Shell::kept(std::string_view line) {
   return true;
 }
 
-/// Forgets a name, or takes a member out.
+// Removes a name or a member.
 void Shell::del(std::string_view line, std::size_t start) {
   Parser parser(line, objects_, start);
   if (!parser.atEnd() && isNameStart(line[parser.place()])) {
@@ -349,7 +348,7 @@ void Shell::del(std::string_view line, std::size_t start) {
   parser.needEnd();
   auto const* const place = std::get_if<GenericPlace>(&result);
   if (place == nullptr) {
-    parser.fail("only a member can be taken out");
+    parser.fail("only a member can be removed");
   }
   place->del();
 }
@@ -360,7 +359,7 @@ void Shell::advance(std::string_view line, std::size_t start) {
   std::string const written(parser.textFrom(start));
   parser.needEnd();
   if (!(seconds >= 0 && seconds <= longestAdvance)) {
-    throw Kor::RangeException("time passes by 0 to 1000000 seconds, not by " + written);
+    throw Kor::RangeException("the time to advance must be 0 to 1000000 seconds, not " + written);
   }
   Kor::EventLoop::global().runFor(seconds);
 }
@@ -461,13 +460,13 @@ std::vector<std::string> Shell::completions(std::string_view line) const {
     }
   };
   if (start > 0 && line[start - 1] == '.') {
-    // The longest end of what stands before the dot that is an expression on its own.
+    // The longest part before the dot that is a complete expression.
     std::string_view const before = line.substr(0, start - 1);
     for (std::size_t from = 0; from < before.size(); ++from) {
       if (!isNameStart(before[from]) || (from > 0 && isNamePart(before[from - 1]))) {
         continue;
       }
-      // Calls are not made while somebody types.
+      // Completion must not call functions.
       if (before.substr(from).find('(') != std::string_view::npos) {
         continue;
       }

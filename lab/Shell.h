@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-// The language of `policymap-lab shell`: one line builds, reads, writes or calls objects by name.
+#pragma once
+
+// The language of `policymap-lab shell`. Each line creates, reads, writes or calls objects by name:
 //
-//   helper = PolicyMapTest::AclHelper(True, False)     builds, and keeps under a name
+//   helper = PolicyMapTest::AclHelper(True, False)     creates an object and names it
 //   helper.commitError = 'table full'                  writes
 //   helper.testData[key].commitCount                   reads
 //   helper.createPolicy(data, 'ipv4')                  calls
-//   del helper.testData[key]                           takes a member out, or forgets a name
+//   del helper.testData[key]                           removes a member, or a name
 //   run, advance 5, objects, types, types NAME, help   commands
 //
 // Values are written as they print: numbers, float('inf'), texts, True, False, None, [lists],
 // Value(…), Ptr(…).
-#pragma once
 
 #include "lab/Console.h"
 
@@ -25,7 +26,7 @@
 
 namespace lab {
 
-/// A line that cannot be understood. what() says where, with the 1-based column.
+// An invalid line. what() gives the 1-based column and the reason.
 class ShellError : public std::runtime_error {
  public:
   using runtime_error::runtime_error;
@@ -35,14 +36,13 @@ class Shell {
  public:
   explicit Shell(Console const& console) : console_(console) {}
 
-  /// Does what the line says and prints what it answers. Raises ShellError and the exceptions of
-  /// the generic interface; a line that raises one has changed nothing, unless the function that it
-  /// called has.
+  // Executes the line and prints its result. Raises ShellError and the exceptions of the generic
+  // interface. A line that raises has changed nothing, except what a called function has changed.
   void execute(std::string const& written);
-  /// Does the line end the session? What reads the lines must see to it.
+  // True if the line ends the session. The caller must check it; execute() does not.
   [[nodiscard]] static bool quits(std::string_view line);
-  /// The names that can stand at the end of the line instead of the beginning of a name that is
-  /// there: commands, kept objects and types, or behind a dot the attributes of what is before it.
+  // Completions of the name at the end of the line: commands, named objects and types, or after a
+  // dot the attributes of the expression before it.
   [[nodiscard]] std::vector<std::string> completions(std::string_view line) const;
 
  private:

@@ -22,19 +22,19 @@ namespace {
 constexpr std::size_t longestLine = std::size_t{1} << 20U;
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-/// What an exception says, for a person.
+// The message of an exception, safe for the terminal.
 std::string messageOf(std::exception const& error) {
   return shownText(shortened(error.what()));
 }
 
-/// The lines of a script, as far as they can be lines of one.
+// The lines of a script, with a limit on their length.
 class ScriptLines {
  public:
   explicit ScriptLines(std::istream& script) : script_(script), buffer_(longestLine + 1) {}
 
   std::size_t number() const { return number_; }
   std::string_view line() const { return line_; }
-  /// False at the end. Raises ShellError for a line of more than `longestLine` bytes.
+  // Returns false at the end. Raises ShellError for a line of more than `longestLine` bytes.
   bool next() {
     script_.getline(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
     auto size = static_cast<std::size_t>(script_.gcount());
@@ -60,7 +60,7 @@ class ScriptLines {
   std::size_t number_ = 0;
 };
 
-/// While it exists, an assertion ends the process as a line of a script that fails does.
+// While it exists, an assertion ends the process like a failing script line.
 class ScriptAssertions {
  public:
   ScriptAssertions(std::string const& name, ScriptLines const& lines, Console const& console)
@@ -84,7 +84,7 @@ class ScriptAssertions {
   }
 
  private:
-  // Without the destructors of static objects: they could meet what is broken.
+  // Skips the destructors of static objects, which could access the broken state.
   static void end(Kor::AssertionFailure const& failure) {
     std::_Exit(static_cast<int>(current_->fail(shownText(toText(failure)))));
   }

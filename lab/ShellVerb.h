@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// `policymap-lab shell`: objects by name, from a prompt, from files, or from standard input.
 #pragma once
+
+// `policymap-lab shell`: objects by name, from a prompt, files or standard input.
 
 #include "lab/Shell.h"
 #include "lab/Verb.h"
@@ -25,18 +26,18 @@ class ShellVerb : public Verb {
   std::vector<std::string> files_;
 };
 
-/// The next line that a person typed; none at the end.
+// The next interactive line; none at the end of input.
 using NextLine = std::function<std::optional<std::string>()>;
 
-/// Does line after line until the end or `quit`, and goes on after one that fails. So it does after
-/// an assertion: a line is tried in a copy of the process before it is done.
+// Executes lines until the end of input or `quit`. Continues after a line that fails, even by an
+// assertion, because each line is first tried in a copy of the process.
 ExitStatus runPrompt(Shell& shell, NextLine const& next, Console const& console);
 
-/// Runs a script line by line. The first line that fails ends it, with its number and the error on
-/// `console.err`. So does an assertion, which ends the process with the status of bad input.
+// Runs a script line by line. The first line that fails ends it, with its number and the error on
+// `console.err`. An assertion ends the process with the exit status badInput.
 ExitStatus runScript(std::istream& script, Console const& console);
-/// The same on a shell that may have run others before. `name` stands before the number of a line
-/// that fails.
+// The same on a shell that may have run other scripts. `name` precedes the number of a line that
+// fails.
 ExitStatus runScript(Shell& shell, std::istream& script, std::string const& name,
                      Console const& console);
 

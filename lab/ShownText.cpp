@@ -14,13 +14,14 @@ constexpr std::size_t longestWord = 64;
 constexpr std::size_t restOfWord = 40;
 constexpr std::size_t longestMessage = 1000;
 
-/// The character at the beginning of a text; its size is 0 where no UTF-8 character is.
+// The first character of a text; its size is 0 for invalid UTF-8.
 struct Character {
   std::uint32_t code = 0;
   std::size_t size = 0;
 };
 
-/// How many bytes a first byte announces, with which bits of its own, for codes from where on.
+// What the first byte of a UTF-8 sequence determines: its length, its payload bits and the lowest
+// valid code.
 struct Announced {
   std::uint8_t mask;
   std::uint8_t mark;
@@ -58,7 +59,7 @@ struct CodeRange {
 };
 constexpr std::array<CodeRange, 6> unshown{{{0x00, 0x1f},      // control characters
                                             {0x7f, 0x9f},      // more of them
-                                            {0x061c, 0x061c},  // a mark of direction
+                                            {0x061c, 0x061c},  // a direction mark
                                             {0x200e, 0x200f},  // more of them
                                             {0x2028, 0x202e},  // separators, embeddings, overrides
                                             {0x2066, 0x2069}}};  // isolates

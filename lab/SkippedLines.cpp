@@ -12,7 +12,7 @@ constexpr std::size_t kindLimit = 256;
 constexpr std::size_t wordLimit = 32;
 constexpr int wordsInKind = 3;
 
-// Keywords that say little without the one behind them.
+// Keywords that are reported together with the next word.
 constexpr std::array<std::string_view, 9> prefixes = {
     "no", "ip", "ipv6", "mac", "match", "set", "switchport", "service", "spanning-tree"};
 
@@ -25,7 +25,7 @@ bool isKeywordPart(char character) noexcept {
          character == '_';
 }
 
-/// The word in lower case and of bounded length if it looks like a keyword; otherwise empty.
+// Returns the word in lower case, truncated, if it looks like a keyword; otherwise empty.
 std::string keyword(std::string_view word) {
   if (!word.empty() && word.back() == ':') {
     word.remove_suffix(1);
@@ -43,7 +43,7 @@ std::string keyword(std::string_view word) {
   return text;
 }
 
-/// Passes over what stands in front of the verb of an access-list entry.
+// Skips what precedes the verb of an access-list entry.
 void passEntryNumber(Lexer& lexer) {
   lexer.accept("access-list");
   std::uint64_t number = 0;

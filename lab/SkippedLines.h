@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The account of the lines that a lenient reading passed over.
 #pragma once
+
+// Counts the lines that a lenient reading skipped.
 
 #include "lab/Lexer.h"
 
@@ -11,14 +12,14 @@
 
 namespace lab {
 
-/// How many lines were passed over, by kind. Neither the number of kinds nor their length grows
-/// with the input: what comes after the first 256 kinds is counted as "other".
+// Counts of skipped lines by kind. Memory is bounded: after the first 256 kinds, further ones count
+// as "other".
 class SkippedLines {
  public:
   void add(std::string const& kind, std::uint64_t lines = 1);
 
   std::uint64_t total() const noexcept { return total_; }
-  /// In the order of the kinds' names.
+  // Ordered by the names of the kinds.
   std::map<std::string, std::uint64_t> const& byKind() const noexcept { return byKind_; }
 
  private:
@@ -26,11 +27,10 @@ class SkippedLines {
   std::uint64_t total_ = 0;
 };
 
-/// The kind of a line that was not understood: its leading keywords in lower case, as in
-/// "object-group", "match protocol", "no ip source-route"; where a known command has an unknown
-/// part, that part in brackets: "permit (addrgroup)", "permit (value)" for something that is no
-/// keyword, "permit (incomplete)" for a line that ends too early. A line that does not start with a
-/// keyword is "(text)".
+// The kind of a skipped line: its leading keywords in lower case, e.g. "object-group", "match
+// protocol", "no ip source-route". If a known command has an unknown part, that part is in
+// parentheses: "permit (addrgroup)", "permit (value)" if it is not a keyword, "permit (incomplete)"
+// if the line ends too early. A line that does not start with a keyword is "(text)".
 std::string skippedKind(std::string_view line, SyntaxFailure const& failure);
 
 }  // namespace lab

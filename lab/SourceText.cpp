@@ -83,7 +83,7 @@ SourceText SourceText::fromFile(std::string const& path, std::size_t limit) {
                        "a file of at most " + std::to_string(limit) + " bytes", "a longer one");
     }
   }
-  // A directory opens like a file; only reading it fails.
+  // A directory can be opened like a file; only reading it fails.
   if (std::ferror(file.get()) != 0) {
     failReading(path, errno);
   }

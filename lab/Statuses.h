@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// How the policies stand, as the machines publish it.
 #pragma once
+
+// The state of the policies as published by the machines.
 
 #include "lab/Session.h"
 
@@ -10,26 +11,26 @@
 
 namespace lab {
 
-/// One policy for one option: it stands, or it failed, or (a failed update in place that is not
-/// mended yet) both.
+// One policy for one option: programmed, failed, or both (an update in place that failed and is not
+// repaired yet).
 struct StatusRow {
   std::string policy;
   std::string direction;
   PolicyMap::ClassMapMatchOption option{};
   bool programmed = false;
-  /// Virtual seconds; none while it does not stand.
+  // Virtual seconds; none while not programmed.
   std::optional<double> timeProgrammed;
-  /// Where it is applied, ascending.
+  // The interfaces where it is applied, ascending.
   std::vector<Vorel::IntfId> interfaces;
   std::string error;
-  /// Of the helper; empty when the core refused the policy.
+  // The failed operation of the helper; empty if the core rejected the policy.
   std::string operation;
   std::string className;
-  /// "LIST SEQ", of the rule that failed; empty for none.
+  // "LIST SEQ" of the rule that failed; empty for none.
   std::string rule;
 };
 
-/// By policy, direction and option.
+// By policy, direction and option.
 std::vector<StatusRow> readStatuses(Session const& session);
 
 }  // namespace lab

@@ -10,7 +10,7 @@ namespace lab {
 
 namespace {
 
-// A column is kept this wide at least, however far to the right it starts.
+// Minimum width of a column, however far to the right it starts.
 constexpr std::size_t narrowest = 30;
 
 std::size_t roomBehind(std::size_t width, std::size_t used) {
@@ -96,7 +96,7 @@ void Table::add(std::vector<std::string> cells, std::vector<std::string> below) 
   rows_.push_back({std::move(cells), std::move(below)});
 }
 
-/// All cells but the last.
+// All cells except the last.
 std::string Table::lead(std::vector<std::string> const& cells) const {
   std::string line(indentation_, ' ');
   for (std::size_t i = 0; i + 1 != cells.size(); ++i) {

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Text that a person reads: colour, wrapping and columns. Bytes that would steer a terminal are
-// escaped on the way (lab/ShownText.h).
 #pragma once
+
+// Layout of text for a terminal: colour, wrapping and columns. Bytes that could control a terminal
+// are escaped (lab/ShownText.h).
 
 #include <cstddef>
 #include <cstdint>
@@ -12,34 +13,34 @@
 
 namespace lab {
 
-/// What is printed to, and how.
+// The properties of the output.
 struct TextStyle {
-  /// Terminal colours; only where a person looks.
+  // Use terminal colours.
   bool color = false;
-  /// Lines are wrapped before this column where a blank allows it.
+  // Lines are wrapped at blanks before this column.
   std::size_t width = 100;
 };
 
 enum class Tint : std::uint8_t { none, heading, good, bad, changed, faint };
 
-/// The text in a colour, if there is colour.
+// The text in a colour, if colours are enabled.
 std::string tinted(TextStyle const& style, Tint tint, std::string_view text);
 
-/// The text cut at blanks into lines of `width` columns at most; a longer word is a line of its
-/// own.
+// Splits the text at blanks into lines of at most `width` columns. A longer word gets a line of its
+// own.
 std::vector<std::string> wrapped(std::string_view original, std::size_t width);
 
-/// As many items on a line as fit into `width` columns, with `separator` between two; no item is
-/// cut.
+// Joins items into lines of at most `width` columns, with `separator` between two items. Items are
+// not split.
 std::vector<std::string> wrappedItems(std::vector<std::string> const& items,
                                       std::string_view separator, std::size_t width);
 
-/// Prints `head` and behind it `text`, wrapped, with lines after the first indented by the length
-/// of `head`. No line ends with blanks.
+// Prints `head` followed by `text`, wrapped and indented by the length of `head`. No line ends with
+// blanks.
 void printWrapped(std::ostream& out, TextStyle const& style, std::string_view head,
                   std::string_view text);
 
-/// A table whose last column is wrapped.
+// A table whose last column is wrapped.
 class Table {
  public:
   enum class Align : std::uint8_t { left, right };
@@ -50,7 +51,7 @@ class Table {
 
   Table(std::vector<Column> columns, std::size_t indentation);
 
-  /// As many cells as there are columns. The lines of `below` stand under the row as they are.
+  // One cell per column. The lines of `below` are printed under the row as they are.
   void add(std::vector<std::string> cells, std::vector<std::string> below = {});
   void print(std::ostream& out, TextStyle const& style) const;
 
@@ -68,7 +69,7 @@ class Table {
   std::vector<Row> rows_;
 };
 
-/// "1 rule", "2 rules".
+// "1 rule", "2 rules".
 std::string counted(std::uint64_t count, std::string_view noun);
 
 }  // namespace lab

@@ -13,7 +13,7 @@ namespace lab {
 
 namespace {
 
-/// Where the copy reports to.
+// The file that the copy reports to.
 int reportFile = -1;
 
 void report(Kor::AssertionFailure const& failure) {
@@ -39,9 +39,9 @@ void report(Kor::AssertionFailure const& failure) {
   try {
     action();
   } catch (...) {
-    // It is raised again where the action is done.
+    // The real run raises it again.
   }
-  ::_exit(0);  // what was buffered before belongs to the process that was copied
+  ::_exit(0);  // buffered output belongs to the original process
 }
 
 std::string readAll(int file) {

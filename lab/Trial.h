@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What would end the process if it were done.
 #pragma once
+
+// Tries an action that might end the process.
 
 #include <Kor/Assert.h>
 
@@ -9,15 +10,15 @@
 
 namespace lab {
 
-/// An assertion as it is reported: its source, its text and its place.
+// An assertion as reported: source, text and position.
 std::string toText(Kor::AssertionFailure const& failure);
 
-/// Does `action` in a copy of the process, whose output is discarded, and returns what ends the
-/// copy: an assertion or a signal. Empty when `action` returns or raises an exception. This process
-/// stays as it is. Raises std::system_error when the process cannot be copied.
-///
-/// An assertion handler that raises an exception would not do: functions on the way are noexcept,
-/// and what they began would stay half done.
+// Runs `action` in a copy of the process and discards its output. Returns the assertion or signal
+// that ends the copy, or an empty text if `action` returns or raises an exception. This process is
+// not affected. Raises std::system_error if the process cannot be copied.
+//
+// An assertion handler that raises an exception would not be enough: it may pass through noexcept
+// functions, and would leave interrupted operations incomplete.
 std::string endOf(std::function<void()> const& action);
 
 }  // namespace lab

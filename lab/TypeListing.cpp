@@ -35,7 +35,7 @@ std::string listOf(std::vector<Kor::ArgumentSpec> const& args) {
   return "(" + text + ")";
 }
 
-/// An attribute that a type has from its base is shown there.
+// Inherited attributes are listed with the base.
 bool isOwn(KorType const& type, KorAttr const& attr) {
   return attr.owner() == &type;
 }
@@ -43,7 +43,7 @@ bool isOwn(KorType const& type, KorAttr const& attr) {
 std::string nameSpaceOf(KorType const& type) {
   std::string_view const name = type.name();
   auto const colons = name.rfind("::");
-  // What belongs to no namespace belongs to the language, and is listed with the framework.
+  // Types without a namespace are built-in, and are listed with the framework.
   return std::string(colons == std::string_view::npos ? "Kor" : name.substr(0, colons));
 }
 
@@ -89,7 +89,7 @@ std::string described(KorType const& type) {
   return text;
 }
 
-/// In a Markdown table a bar ends the cell.
+// A bar would end the cell of a Markdown table.
 std::string row(std::vector<std::string> const& cells) {
   std::string line = "|";
   for (std::string const& cell : cells) {
@@ -156,7 +156,7 @@ std::vector<Kor::KorType const*> typesNamed(std::string const& name) {
     }
   }
   if (found.empty()) {
-    found.push_back(&Kor::typeNamed(name));  // tells what names there are
+    found.push_back(&Kor::typeNamed(name));  // raises the exception with suggestions
   }
   return found;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is registered: types and their attributes, as tables, JSON and reference pages.
 #pragma once
+
+// Lists the registered types and their attributes, as tables, JSON and reference pages.
 
 #include "lab/Console.h"
 
@@ -15,20 +16,20 @@
 
 namespace lab {
 
-/// "data", "read-only", "collection", "owned collection" or "function".
+// "data", "read-only", "collection", "owned collection" or "function".
 std::string kindOf(Kor::KorAttr const& attr);
-/// What it holds or answers: "bool", "Vorel::IntfId → bool", "(key: PolicyMap::AclRuleKey) → void".
+// The type of its value: "bool", "Vorel::IntfId → bool", "(key: PolicyMap::AclRuleKey) → void".
 std::string shapeOf(Kor::KorAttr const& attr);
-/// "entity", "value" or "object".
+// "entity", "value" or "object".
 std::string kindOf(Kor::KorType const& type);
 
-/// The type of that qualified name, or all whose short name it is. Raises RangeException.
+// The type with that qualified name, or all with that short name. Raises RangeException.
 std::vector<Kor::KorType const*> typesNamed(std::string const& name);
 
 void printTypes(std::vector<Kor::KorType const*> const& types, Console const& console);
 void printType(Kor::KorType const& type, Console const& console);
 nlohmann::ordered_json typesAsJson(std::vector<Kor::KorType const*> const& types);
-/// The reference as Markdown: the text of each page by file name.
+// The reference in Markdown: the text of each page by file name.
 std::map<std::string, std::string> referencePages(std::vector<Kor::KorType const*> const& types);
 
 }  // namespace lab

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// `policymap-lab types`: lists what can be reached by name.
 #pragma once
+
+// `policymap-lab types`: lists the types that can be accessed by name.
 
 #include "lab/Verb.h"
 

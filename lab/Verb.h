@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// One thing that the program can do: `policymap-lab VERB [OPTION]... [FILE]...`.
 #pragma once
+
+// A subcommand of the program: `policymap-lab VERB [OPTION]... [FILE]...`.
 
 #include "lab/Console.h"
 
@@ -11,8 +12,8 @@
 
 namespace lab {
 
-/// Its constructor adds a subcommand with its options; values land in the verb when the command
-/// line is read.
+// The constructor adds the subcommand and its options. Parsing the command line stores their values
+// in the verb.
 class Verb {
  public:
   Verb() = default;
@@ -20,13 +21,13 @@ class Verb {
   Verb& operator=(Verb const&) = delete;
   virtual ~Verb() = default;
 
-  /// The subcommand that stands for it.
+  // The subcommand of this verb.
   virtual CLI::App const& command() const = 0;
-  /// Called when it was asked for. May raise UsageError and InputError.
+  // Called if the subcommand was given. May raise UsageError and InputError.
   virtual ExitStatus run(Console const& console) = 0;
 };
 
-/// All verbs, in the order of the help text.
+// All verbs, in the order of the help text.
 std::vector<std::unique_ptr<Verb>> makeVerbs(CLI::App& program);
 
 }  // namespace lab

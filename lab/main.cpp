@@ -15,7 +15,7 @@ bool isSet(char const* variable) {
   return value != nullptr && *value != '\0';
 }
 
-/// Does a person look at it, on a terminal that knows control sequences?
+// True if the file is a terminal that supports control sequences.
 bool isTerminal(int file) {
   char const* const kind = std::getenv("TERM");
   return isatty(file) == 1 && kind != nullptr && std::string_view(kind) != "dumb";

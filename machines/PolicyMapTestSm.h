@@ -3,8 +3,8 @@
 
 // All test machines, the test actions and the factories:
 //
-//   testAction1Factory, testAction2Factory, testAction3Factory   machines/TestAction.h
-//   testServicePolicySmFactory                                   machines/TestServicePolicySm.h
+//   testAction1Factory, testAction2Factory, ...   machines/TestAction.h
+//   testServicePolicySmFactory                    machines/TestServicePolicySm.h
 
 #include "machines/TestAction.h"           // IWYU pragma: export
 #include "machines/TestActionSm.h"         // IWYU pragma: export

@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The three test actions: their only content is a number. They differ in their kind alone, so
-// TestActionOf has all that they do, and TestAction1, TestAction2 and TestAction3 give it names.
+// The test actions TestAction1, TestAction2, ... (see records/TestActionKinds.h), whose only
+// content is a number. They differ in nothing but their kind: TestActionOf has the behaviour, and
+// the named classes are what is created and registered.
 
 #include "records/Export.h"
+#include "records/TestActionKinds.h"
 
 #include <PolicyMap/Action.h>
 #include <Zub/UniqueId.h>
 
 #include <cstdint>
+#include <string_view>
 
 namespace PolicyMapTest {
 
@@ -38,55 +41,37 @@ class POLICYMAPTEST_API TestActionOf : public PolicyMap::Action {
   [[nodiscard]] static Kor::KorType* _fwkType();
 
   [[nodiscard]] Kor::String8 attributeString(Kor::AttributeId id) const override;
-  // Whether `other` is an action of this class that holds the same value. Class name and id do not
-  // count.
+  // True for an action of this class with the same value; class name and id are not compared.
   [[nodiscard]] bool equalTo(Kor::Ptr<PolicyMap::Action const> const& other) const override;
 
   [[nodiscard]] std::uint32_t value() const { return value_; }
-  // A change reaches the machines of this action first, then the notifiees.
+  // Does nothing when the value is equal. A change reaches the machines of this action first, then
+  // the notifiees.
   void valueIs(std::uint32_t value);
 
   static constexpr PolicyMap::ActionType testActionType{kind};
-  static constexpr Kor::AttributeId valueId = 386;
+  static constexpr Kor::AttributeId valueId = Kor::firstAttributeId(3);
 
  private:
   std::uint32_t value_ = 0;
 };
 
-class POLICYMAPTEST_API TestAction1 : public TestActionOf<TestAction1, 1> {
- public:
-  using Ptr = Kor::Ptr<TestAction1>;
-  using PtrConst = Kor::Ptr<TestAction1 const>;
-  using TestActionOf::TestActionOf;
-  ~TestAction1() override;
-};
+// The factories return a new action with the value 0; never null.
+#define POLICYMAPTEST_ROW(kind)                                                            \
+  class POLICYMAPTEST_API TestAction##kind : public TestActionOf<TestAction##kind, kind> { \
+   public:                                                                                 \
+    using Ptr = Kor::Ptr<TestAction##kind>;                                                \
+    using PtrConst = Kor::Ptr<TestAction##kind const>;                                     \
+    static constexpr std::string_view korTypeName = "PolicyMapTest::TestAction" #kind;     \
+    using TestActionOf::TestActionOf;                                                      \
+    ~TestAction##kind() override;                                                          \
+  };                                                                                       \
+  extern template class TestActionOf<TestAction##kind, kind>;                              \
+  [[nodiscard]] POLICYMAPTEST_API Kor::Ptr<TestAction##kind> testAction##kind##Factory(    \
+      Kor::Name className, Zub::UniqueId const& id);
 
-class POLICYMAPTEST_API TestAction2 : public TestActionOf<TestAction2, 2> {
- public:
-  using Ptr = Kor::Ptr<TestAction2>;
-  using PtrConst = Kor::Ptr<TestAction2 const>;
-  using TestActionOf::TestActionOf;
-  ~TestAction2() override;
-};
+POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
 
-class POLICYMAPTEST_API TestAction3 : public TestActionOf<TestAction3, 3> {
- public:
-  using Ptr = Kor::Ptr<TestAction3>;
-  using PtrConst = Kor::Ptr<TestAction3 const>;
-  using TestActionOf::TestActionOf;
-  ~TestAction3() override;
-};
-
-extern template class TestActionOf<TestAction1, 1>;
-extern template class TestActionOf<TestAction2, 2>;
-extern template class TestActionOf<TestAction3, 3>;
-
-// A new action in a pointer that is never null.
-[[nodiscard]] POLICYMAPTEST_API Kor::Ptr<TestAction1> testAction1Factory(Kor::Name className,
-                                                                         Zub::UniqueId const& id);
-[[nodiscard]] POLICYMAPTEST_API Kor::Ptr<TestAction2> testAction2Factory(Kor::Name className,
-                                                                         Zub::UniqueId const& id);
-[[nodiscard]] POLICYMAPTEST_API Kor::Ptr<TestAction3> testAction3Factory(Kor::Name className,
-                                                                         Zub::UniqueId const& id);
+#undef POLICYMAPTEST_ROW
 
 }  // namespace PolicyMapTest

@@ -5,38 +5,31 @@
 
 #include <Kor/Assert.h>
 
-#include <array>
 #include <cstdint>
 #include <string_view>
 
 namespace PolicyMapTest {
 namespace {
 
-// What tells the three kinds apart.
-struct Kind {
-  std::string_view typeName;
-  std::string_view cleanupTrace;
-  std::string_view handleActionTrace;
-  std::uint32_t (TestClassCommonData::*value)() const;
-  void (TestClassCommonData::*valueIs)(std::uint32_t);
-};
-
-constexpr std::array<Kind, 3> kinds{{
-    {"PolicyMapTest::TestAction1Sm", "virtual void PolicyMapTest::TestAction1Sm::cleanup()",
-     "virtual void PolicyMapTest::TestAction1Sm::handleAction()",
-     &TestClassCommonData::action1Value, &TestClassCommonData::action1ValueIs},
-    {"PolicyMapTest::TestAction2Sm", "virtual void PolicyMapTest::TestAction2Sm::cleanup()",
-     "virtual void PolicyMapTest::TestAction2Sm::handleAction()",
-     &TestClassCommonData::action2Value, &TestClassCommonData::action2ValueIs},
-    {"PolicyMapTest::TestAction3Sm", "virtual void PolicyMapTest::TestAction3Sm::cleanup()",
-     "virtual void PolicyMapTest::TestAction3Sm::handleAction()",
-     &TestClassCommonData::action3Value, &TestClassCommonData::action3ValueIs},
-}};
-
+// What the machine of one kind of action writes, and what it traces.
 template <class Action>
-constexpr Kind const& kindOf = kinds[static_cast<std::size_t>(Action::testActionType) - 1];
+struct Kind;
 
-// Counted: what a write sets off may take the data away from the machine, or end it.
+#define POLICYMAPTEST_ROW(kind)                                                  \
+  template <>                                                                    \
+  struct Kind<TestAction##kind> {                                                \
+    static constexpr std::string_view cleanupTrace =                             \
+        "virtual void PolicyMapTest::TestAction" #kind "Sm::cleanup()";          \
+    static constexpr std::string_view handleActionTrace =                        \
+        "virtual void PolicyMapTest::TestAction" #kind "Sm::handleAction()";     \
+    static constexpr auto value = &TestClassCommonData::action##kind##Value;     \
+    static constexpr auto valueIs = &TestClassCommonData::action##kind##ValueIs; \
+  };
+POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
+
+// A reference of its own: an observer of the write may take the data away from the machine, or
+// destroy it.
 Kor::Ptr<TestClassCommonData> testDataOf(PolicyMap::ActionSm const& machine) {
   auto classData = machine.classCommonData().as<TestClassCommonData>();
   KOR_ASSERT_AS(sourceName, "classData", classData);
@@ -62,25 +55,25 @@ Kor::KorType const* TestActionSmOf<Self, Action>::fwkType() const {
 }
 template <class Self, class Action>
 Kor::KorType* TestActionSmOf<Self, Action>::_fwkType() {
-  static Kor::KorType type(kindOf<Action>.typeName, ActionSm::_fwkType());
+  static Kor::KorType type(Self::korTypeName, ActionSm::_fwkType());
   return &type;
 }
 
 template <class Self, class Action>
 void TestActionSmOf<Self, Action>::cleanup() {
-  KOR_TRACE_LINE(traceHandle(), 8, kindOf<Action>.cleanupTrace);
+  KOR_TRACE_LINE(traceHandle(), 8, Kind<Action>::cleanupTrace);
   auto const classData = testDataOf(*this);
-  ((*classData).*kindOf<Action>.valueIs)(0);
+  ((*classData).*Kind<Action>::valueIs)(0);
   classData->updateAclActionsInc(1);
 }
 
 template <class Self, class Action>
 void TestActionSmOf<Self, Action>::handleAction() {
-  KOR_TRACE_LINE(traceHandle(), 8, kindOf<Action>.handleActionTrace);
+  KOR_TRACE_LINE(traceHandle(), 8, Kind<Action>::handleActionTrace);
   auto const classData = testDataOf(*this);
   std::uint32_t const value = this->action().template as<Action const>()->value();
-  if (((*classData).*kindOf<Action>.value)() != value) {
-    ((*classData).*kindOf<Action>.valueIs)(value);
+  if (((*classData).*Kind<Action>::value)() != value) {
+    ((*classData).*Kind<Action>::valueIs)(value);
     classData->updateAclActionsInc(1);
   }
 }
@@ -97,34 +90,19 @@ Kor::Ptr<Self> TestActionSmOf<Self, Action>::create(
   return machine;
 }
 
-template class TestActionSmOf<TestAction1Sm, TestAction1>;
-template class TestActionSmOf<TestAction2Sm, TestAction2>;
-template class TestActionSmOf<TestAction3Sm, TestAction3>;
+// NOLINTBEGIN(readability-identifier-naming): the published names
+#define POLICYMAPTEST_ROW(kind)                                                 \
+  template class TestActionSmOf<TestAction##kind##Sm, TestAction##kind>;        \
+  TestAction##kind##Sm::~TestAction##kind##Sm() = default;                      \
+  Kor::Ptr<TestAction##kind##Sm> TestAction##kind##Sm::TestAction##kind##SmIs(  \
+      Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,         \
+      Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,       \
+      Kor::Ptr<PolicyMap::ClassMapSmCommonData> const& classCommonData,         \
+      Kor::Ptr<PolicyMap::Action const> const& action) {                        \
+    return create(globalCommonData, policyCommonData, classCommonData, action); \
+  }
 
-TestAction1Sm::~TestAction1Sm() = default;
-TestAction2Sm::~TestAction2Sm() = default;
-TestAction3Sm::~TestAction3Sm() = default;
-
-Kor::Ptr<TestAction1Sm> TestAction1Sm::TestAction1SmIs(
-    Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
-    Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,
-    Kor::Ptr<PolicyMap::ClassMapSmCommonData> const& classCommonData,
-    Kor::Ptr<PolicyMap::Action const> const& action) {
-  return create(globalCommonData, policyCommonData, classCommonData, action);
-}
-Kor::Ptr<TestAction2Sm> TestAction2Sm::TestAction2SmIs(
-    Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
-    Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,
-    Kor::Ptr<PolicyMap::ClassMapSmCommonData> const& classCommonData,
-    Kor::Ptr<PolicyMap::Action const> const& action) {
-  return create(globalCommonData, policyCommonData, classCommonData, action);
-}
-Kor::Ptr<TestAction3Sm> TestAction3Sm::TestAction3SmIs(
-    Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
-    Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,
-    Kor::Ptr<PolicyMap::ClassMapSmCommonData> const& classCommonData,
-    Kor::Ptr<PolicyMap::Action const> const& action) {
-  return create(globalCommonData, policyCommonData, classCommonData, action);
-}
+POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+// NOLINTEND(readability-identifier-naming)
 
 }  // namespace PolicyMapTest

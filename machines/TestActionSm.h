@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The machines of the three test actions. Each copies the value of its action into the class common
-// data and asks for the rules' actions to be programmed again. They differ in their kind alone, so
-// TestActionSmOf has all that they do.
+// The machines of the test actions, TestAction1Sm, TestAction2Sm, ... (see
+// records/TestActionKinds.h). Each copies the value of its action into the class common data and
+// requests that the rules' actions are programmed again. They differ in nothing but their kind:
+// TestActionSmOf has the behaviour.
 
 #include "machines/TestAction.h"
 #include "machines/TestClassCommonData.h"
@@ -11,6 +12,8 @@
 #include "records/Export.h"
 
 #include <PolicyMap/ActionSm.h>
+
+#include <string_view>
 
 namespace PolicyMapTest {
 
@@ -23,84 +26,53 @@ class POLICYMAPTEST_API TestActionSmOf : public Toggles<PolicyMap::ActionSm> {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // Writes 0 and asks for programming, also when it is 0 already. Asserts "classData": the class
-  // common data are a TestClassCommonData.
+  // Writes 0 and requests programming, even if the value is 0 already. Asserts "classData": the
+  // class common data are a TestClassCommonData.
   void cleanup() override;
-  // Writes the action's value and asks for programming if it differs. Asserts "classData", too; the
-  // action is of the machine's own kind.
+  // Writes the action's value and requests programming if it differs. Asserts "classData" too. The
+  // action must be of the machine's kind.
   void handleAction() override;
 
  protected:
-  // Any pointer may be null, but without common data and action the first handleAction() ends the
-  // process.
+  // Any pointer may be null, but handleAction() terminates the process without class common data or
+  // action.
   TestActionSmOf(Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
                  Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,
                  Kor::Ptr<PolicyMap::ClassMapSmCommonData> const& classCommonData,
                  Kor::Ptr<PolicyMap::Action const> const& action);
 
-  // A new machine that has handled its action once and then switched its notifications on.
+  // Returns a new machine that has handled its action once and whose notifications are on.
   static Kor::Ptr<Self> create(Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
                                Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,
                                Kor::Ptr<PolicyMap::ClassMapSmCommonData> const& classCommonData,
                                Kor::Ptr<PolicyMap::Action const> const& action);
 };
 
-class POLICYMAPTEST_API TestAction1Sm : public TestActionSmOf<TestAction1Sm, TestAction1> {
- public:
-  using Ptr = Kor::Ptr<TestAction1Sm>;
-  using PtrConst = Kor::Ptr<TestAction1Sm const>;
-  ~TestAction1Sm() override;
+// TestActionNSmIs is the published name of what creates a machine.
+// NOLINTBEGIN(readability-identifier-naming)
+#define POLICYMAPTEST_ROW(kind)                                                             \
+  class POLICYMAPTEST_API TestAction##kind##Sm                                              \
+      : public TestActionSmOf<TestAction##kind##Sm, TestAction##kind> {                     \
+   public:                                                                                  \
+    using Ptr = Kor::Ptr<TestAction##kind##Sm>;                                             \
+    using PtrConst = Kor::Ptr<TestAction##kind##Sm const>;                                  \
+    static constexpr std::string_view korTypeName = "PolicyMapTest::TestAction" #kind "Sm"; \
+    ~TestAction##kind##Sm() override;                                                       \
+    static Kor::Ptr<TestAction##kind##Sm> TestAction##kind##SmIs(                           \
+        Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,                   \
+        Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,                 \
+        Kor::Ptr<PolicyMap::ClassMapSmCommonData> const& classCommonData,                   \
+        Kor::Ptr<PolicyMap::Action const> const& action);                                   \
+                                                                                            \
+   protected:                                                                               \
+    friend class TestActionSmOf<TestAction##kind##Sm, TestAction##kind>;                    \
+    using TestActionSmOf::TestActionSmOf;                                                   \
+  };                                                                                        \
+  extern template class TestActionSmOf<TestAction##kind##Sm, TestAction##kind>;
 
-  // NOLINTNEXTLINE(readability-identifier-naming): the published name
-  static Kor::Ptr<TestAction1Sm> TestAction1SmIs(
-      Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
-      Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,
-      Kor::Ptr<PolicyMap::ClassMapSmCommonData> const& classCommonData,
-      Kor::Ptr<PolicyMap::Action const> const& action);
+POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+// NOLINTEND(readability-identifier-naming)
 
- protected:
-  friend class TestActionSmOf<TestAction1Sm, TestAction1>;
-  using TestActionSmOf::TestActionSmOf;
-};
-
-class POLICYMAPTEST_API TestAction2Sm : public TestActionSmOf<TestAction2Sm, TestAction2> {
- public:
-  using Ptr = Kor::Ptr<TestAction2Sm>;
-  using PtrConst = Kor::Ptr<TestAction2Sm const>;
-  ~TestAction2Sm() override;
-
-  // NOLINTNEXTLINE(readability-identifier-naming): the published name
-  static Kor::Ptr<TestAction2Sm> TestAction2SmIs(
-      Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
-      Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,
-      Kor::Ptr<PolicyMap::ClassMapSmCommonData> const& classCommonData,
-      Kor::Ptr<PolicyMap::Action const> const& action);
-
- protected:
-  friend class TestActionSmOf<TestAction2Sm, TestAction2>;
-  using TestActionSmOf::TestActionSmOf;
-};
-
-class POLICYMAPTEST_API TestAction3Sm : public TestActionSmOf<TestAction3Sm, TestAction3> {
- public:
-  using Ptr = Kor::Ptr<TestAction3Sm>;
-  using PtrConst = Kor::Ptr<TestAction3Sm const>;
-  ~TestAction3Sm() override;
-
-  // NOLINTNEXTLINE(readability-identifier-naming): the published name
-  static Kor::Ptr<TestAction3Sm> TestAction3SmIs(
-      Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
-      Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,
-      Kor::Ptr<PolicyMap::ClassMapSmCommonData> const& classCommonData,
-      Kor::Ptr<PolicyMap::Action const> const& action);
-
- protected:
-  friend class TestActionSmOf<TestAction3Sm, TestAction3>;
-  using TestActionSmOf::TestActionSmOf;
-};
-
-extern template class TestActionSmOf<TestAction1Sm, TestAction1>;
-extern template class TestActionSmOf<TestAction2Sm, TestAction2>;
-extern template class TestActionSmOf<TestAction3Sm, TestAction3>;
+#undef POLICYMAPTEST_ROW
 
 }  // namespace PolicyMapTest

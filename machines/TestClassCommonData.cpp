@@ -32,14 +32,11 @@ void TestClassCommonData::valueIs(std::uint32_t& stored, std::uint32_t value, Ko
                         [hook](NotifieeConst& notifiee) { (notifiee.*hook)(); });
 }
 
-void TestClassCommonData::action1ValueIs(std::uint32_t value) {
-  valueIs(action1Value_, value, action1ValueId, &NotifieeConst::onAction1Value);
-}
-void TestClassCommonData::action2ValueIs(std::uint32_t value) {
-  valueIs(action2Value_, value, action2ValueId, &NotifieeConst::onAction2Value);
-}
-void TestClassCommonData::action3ValueIs(std::uint32_t value) {
-  valueIs(action3Value_, value, action3ValueId, &NotifieeConst::onAction3Value);
-}
+#define POLICYMAPTEST_ROW(kind)                                          \
+  void TestClassCommonData::action##kind##ValueIs(std::uint32_t value) { \
+    valueIs(values_[(kind)-1], value, action##kind##ValueId,             \
+            &NotifieeConst::onAction##kind##Value);                      \
+  }
+POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
 
 }  // namespace PolicyMapTest

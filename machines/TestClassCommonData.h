@@ -2,15 +2,17 @@
 #pragma once
 
 #include "records/Export.h"
+#include "records/TestActionKinds.h"
 
 #include <PolicyMap/ClassMapSmCommonData.h>
 
+#include <array>
 #include <cstdint>
 
 namespace PolicyMapTest {
 
-// The data of one class, with the numbers that its test actions carry. The action machines write
-// them, and the helper copies them into every rule that it records.
+// The data of one class with the values of its test actions. The action machines write them, and
+// the helper copies them into every rule that it records.
 class POLICYMAPTEST_API TestClassCommonData : public PolicyMap::ClassMapSmCommonData {
  public:
   using Ptr = Kor::Ptr<TestClassCommonData>;
@@ -18,7 +20,7 @@ class POLICYMAPTEST_API TestClassCommonData : public PolicyMap::ClassMapSmCommon
   class NotifieeConst;
   class Notifiee;
 
-  // All three values 0. Any pointer may be null.
+  // All values are 0. Any pointer may be null.
   TestClassCommonData(Kor::Name name, Kor::Ptr<PolicyMap::ClassMapSubConfig const> classMap,
                       Kor::Ptr<Acl::Config const> aclConfig);
   ~TestClassCommonData() override;
@@ -26,26 +28,23 @@ class POLICYMAPTEST_API TestClassCommonData : public PolicyMap::ClassMapSmCommon
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // A write that changes something notifies. It asks for no programming: the action machines do
-  // that by updateAclActionsInc().
-  [[nodiscard]] std::uint32_t action1Value() const { return action1Value_; }
-  void action1ValueIs(std::uint32_t value);
-  [[nodiscard]] std::uint32_t action2Value() const { return action2Value_; }
-  void action2ValueIs(std::uint32_t value);
-  [[nodiscard]] std::uint32_t action3Value() const { return action3Value_; }
-  void action3ValueIs(std::uint32_t value);
-
-  static constexpr Kor::AttributeId action1ValueId = 258;
-  static constexpr Kor::AttributeId action2ValueId = 259;
-  static constexpr Kor::AttributeId action3ValueId = 260;
+  // For each kind of test action action1Value(), action1ValueIs(value), action1ValueId and so on.
+  // A write that changes the value notifies. It does not request programming: the action machines
+  // do, with updateAclActionsInc().
+#define POLICYMAPTEST_ROW(kind)                             \
+  [[nodiscard]] std::uint32_t action##kind##Value() const { \
+    return values_[(kind)-1];                               \
+  }                                                         \
+  void action##kind##ValueIs(std::uint32_t value);          \
+  static constexpr Kor::AttributeId action##kind##ValueId = Kor::firstAttributeId(2) + (kind)-1;
+  POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
 
  private:
   using Hook = void (NotifieeConst::*)();
   void valueIs(std::uint32_t& stored, std::uint32_t value, Kor::AttributeId id, Hook hook);
 
-  std::uint32_t action1Value_ = 0;
-  std::uint32_t action2Value_ = 0;
-  std::uint32_t action3Value_ = 0;
+  std::array<std::uint32_t, testActionKinds> values_{};
 };
 
 class POLICYMAPTEST_API TestClassCommonData::NotifieeConst
@@ -53,9 +52,10 @@ class POLICYMAPTEST_API TestClassCommonData::NotifieeConst
  public:
   using NotifieeOf::NotifieeOf;
   ~NotifieeConst() override;
-  virtual void onAction1Value() {}
-  virtual void onAction2Value() {}
-  virtual void onAction3Value() {}
+#define POLICYMAPTEST_ROW(kind) \
+  virtual void onAction##kind##Value() {}
+  POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
 };
 
 class POLICYMAPTEST_API TestClassCommonData::Notifiee : public TestClassCommonData::NotifieeConst {

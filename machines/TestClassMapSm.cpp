@@ -48,15 +48,12 @@ Kor::Ptr<PolicyMap::ActionSm> TestClassMapSm::createActionSm(PolicyMap::ActionTy
   Kor::Ptr<PolicyMap::Action const> const action = classAction()->action(actionType);
   KOR_ASSERT_AS(sourceName, "action", action);
   switch (actionType) {
-  case TestAction1::testActionType:
-    return TestAction1Sm::TestAction1SmIs(globalCommonData(), policyCommonData(), classCommonData(),
-                                          action);
-  case TestAction2::testActionType:
-    return TestAction2Sm::TestAction2SmIs(globalCommonData(), policyCommonData(), classCommonData(),
-                                          action);
-  case TestAction3::testActionType:
-    return TestAction3Sm::TestAction3SmIs(globalCommonData(), policyCommonData(), classCommonData(),
-                                          action);
+#define POLICYMAPTEST_ROW(kind)                                                                 \
+  case TestAction##kind::testActionType:                                                        \
+    return TestAction##kind##Sm::TestAction##kind##SmIs(globalCommonData(), policyCommonData(), \
+                                                        classCommonData(), action);
+    POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
   default:
     KOR_TRACE_LINE(traceHandle(), 0, "Unexpected action type " << actionType);
     return nullptr;

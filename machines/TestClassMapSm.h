@@ -8,7 +8,7 @@
 
 namespace PolicyMapTest {
 
-// The machine of one class with test actions: it makes test action machines and a
+// The machine of one class with test actions: it creates test action machines and a
 // TestClassCommonData.
 class POLICYMAPTEST_API TestClassMapSm : public Toggles<PolicyMap::ClassMapSm> {
  public:
@@ -20,11 +20,11 @@ class POLICYMAPTEST_API TestClassMapSm : public Toggles<PolicyMap::ClassMapSm> {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // The machine of the configured action of that kind; it has handled its action when this returns.
-  // Null, with a trace line, for kinds other than 1, 2 and 3. Asserts "action": there is an action
-  // of that kind. The class action must be there.
+  // Returns the machine of the configured action of that kind, which has handled its action
+  // already. Returns null and traces for a kind that is no test action. Asserts "action": an action
+  // of that kind is configured. The class action must not be null.
   Kor::Ptr<PolicyMap::ActionSm> createActionSm(PolicyMap::ActionType actionType) override;
-  // The global data must be there.
+  // The global data must not be null.
   Kor::Ptr<PolicyMap::ClassMapSmCommonData> createCommonData() override;
 
  protected:
@@ -36,9 +36,9 @@ class POLICYMAPTEST_API TestClassMapSm : public Toggles<PolicyMap::ClassMapSm> {
 
  private:
   friend class TestPolicyMapSm;
-  friend struct MachinesByName;  // what builds machines from a type name
+  friend struct MachinesByName;  // creates machines from a type name
 
-  // A new machine whose notifications are on.
+  // Returns a new machine whose notifications are on.
   static Kor::Ptr<TestClassMapSm> make(
       Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
       Kor::Ptr<PolicyMap::PolicyMapSmCommonData> const& policyCommonData,

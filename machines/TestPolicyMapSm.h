@@ -19,7 +19,7 @@ class POLICYMAPTEST_API TestPolicyMapSm : public Toggles<PolicyMap::PolicyMapSm>
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // A new machine whose notifications are on; never null.
+  // Returns a new machine whose notifications are on; never null.
   Kor::Ptr<PolicyMap::ClassMapSm> createClassMapSm(
       Kor::Ptr<PolicyMap::ClassMapConfig const> const& map,
       Kor::Ptr<PolicyMap::ClassMapSubConfig const> const& rawMap,
@@ -34,9 +34,9 @@ class POLICYMAPTEST_API TestPolicyMapSm : public Toggles<PolicyMap::PolicyMapSm>
 
  private:
   friend class TestServicePolicySm;
-  friend struct MachinesByName;  // what builds machines from a type name
+  friend struct MachinesByName;  // creates machines from a type name
 
-  // A new machine whose notifications are on.
+  // Returns a new machine whose notifications are on.
   static Kor::Ptr<TestPolicyMapSm> make(
       Kor::Ptr<PolicyMap::PolicyMapGlobalData> const& globalCommonData,
       PolicyMap::PolicyMapSmKey const& key,

@@ -11,7 +11,7 @@ namespace PolicyMapTest {
 
 class TestServicePolicySm;
 
-// A new root machine whose notifications are on; never null. The arguments are those of
+// Returns a new root machine whose notifications are on; never null. The arguments are those of
 // PolicyMap::ServicePolicySm; any pointer may be null.
 [[nodiscard]] POLICYMAPTEST_API Kor::Ptr<TestServicePolicySm> testServicePolicySmFactory(
     Kor::Ptr<PolicyMap::PolicyMapTypeConfig const> const& policyConfig,
@@ -26,7 +26,7 @@ class TestServicePolicySm;
     Kor::Ptr<PolicyMap::PolicyMapAclHelper> const& aclHelper, Kor::Ptr<Acl::AclDiff> const& aclDiff,
     bool allowL2Intf, bool allowL3Intf, bool allowMgmtIntf);
 
-// The root of a tree of test machines. The test says which interfaces do not exist.
+// The root of a tree of test machines. The test lists the interfaces that do not exist.
 class POLICYMAPTEST_API TestServicePolicySm : public Toggles<PolicyMap::ServicePolicySm> {
  public:
   using Ptr = Kor::Ptr<TestServicePolicySm>;
@@ -37,18 +37,17 @@ class POLICYMAPTEST_API TestServicePolicySm : public Toggles<PolicyMap::ServiceP
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // Every interface exists but those for which nonexistentIntf holds true.
+  // False only for interfaces whose entry in nonexistentIntf is true.
   [[nodiscard]] bool intfExists(Vorel::IntfId intf) const override;
-  // A new TestPolicyMapSm whose notifications are on; never null.
+  // Returns a new TestPolicyMapSm whose notifications are on; never null.
   Kor::Ptr<PolicyMap::PolicyMapSm> createPolicyMapSm(
       PolicyMap::PolicyMapSmKey const& key,
       Kor::Ptr<PolicyMap::PolicyMapConfig const> const& policyMapConfig,
       Kor::Ptr<PolicyMap::PolicyMapStatus> const& status) override;
 
-  // Each change re-evaluates its interface at once, before the write returns; an end of the machine
-  // does not.
-  KOR_VALUE_COLLECTION(TestServicePolicySm, nonexistentIntf, NonexistentIntf, Vorel::IntfId, bool, ,
-                       { handleIntf(key, false); })
+  // A change re-evaluates the interface before the write returns. Destroying the machine does not.
+  KOR_VALUE_COLLECTION(TestServicePolicySm, nonexistentIntf, NonexistentIntf, Vorel::IntfId, bool,
+                       KOR_ON_CHANGE(handleIntf(key, false)))
 
  protected:
   TestServicePolicySm(Kor::Ptr<PolicyMap::PolicyMapTypeConfig const> const& policyConfig,

@@ -7,12 +7,12 @@
 
 namespace PolicyMapTest {
 
-// What every test machine does with the toggles of its base `Machine`: a toggle that would change
-// nothing is not passed on, and destruction quiets the reactors first.
+// The toggles of the base `Machine` as every test machine has them: a toggle that changes nothing
+// is ignored, and destruction stops the reactors first.
 template <class Machine>
 class POLICYMAPTEST_API Toggles : public Machine {
  public:
-  // A machine with data of its own makes this call at the beginning of its destructor, too.
+  // A derived class with data members makes the same call at the beginning of its own destructor.
   ~Toggles() override { Toggles::korDoZombieReactors(true); }
 
   void hasNotificationActiveIs(bool active) override {
@@ -20,7 +20,7 @@ class POLICYMAPTEST_API Toggles : public Machine {
       Machine::hasNotificationActiveIs(active);
     }
   }
-  // The mark for deletion follows when the reactors are done.
+  // The machine is marked for deletion after the reactors have stopped.
   void korDoZombieReactors(bool zombie) override {
     if (zombie != this->korMarkedForDeletion()) {
       Machine::korDoZombieReactors(zombie);

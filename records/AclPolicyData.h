@@ -16,15 +16,15 @@
 
 namespace PolicyMapTest {
 
-// Everything that the helper has recorded about one programmed policy. It stores, counts and
-// answers look-ups; it decides nothing and notifies nobody.
+// Everything that the helper has recorded about one policy and option. Plain storage: it checks
+// nothing and notifies of nothing.
 class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
                                         public Kor::HashMapLink<AclPolicyData> {
  public:
   using Ptr = Kor::Ptr<AclPolicyData>;
   using PtrConst = Kor::Ptr<AclPolicyData const>;
 
-  // Empty: all counters 0, not dirty, not created.
+  // Empty: all counters are 0, not dirty, not created.
   explicit AclPolicyData(AclPolicyType const& key);
   ~AclPolicyData() override;
 
@@ -37,28 +37,28 @@ class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
  private:
   AclPolicyType key_;
 
-  // Values of the three test actions, by rule.
+  // The values of the test actions, by rule: one collection for each kind in
+  // records/TestActionKinds.h.
   KOR_VALUE_COLLECTION(AclPolicyData, ruleAction1, RuleAction1, PolicyMap::AclRuleKey,
-                       std::uint32_t, , {})
+                       std::uint32_t)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleAction2, RuleAction2, PolicyMap::AclRuleKey,
-                       std::uint32_t, , {})
+                       std::uint32_t)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleAction3, RuleAction3, PolicyMap::AclRuleKey,
-                       std::uint32_t, , {})
+                       std::uint32_t)
   // What the rules match.
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatch, RuleMatch, PolicyMap::AclRuleKey,
-                       Acl::IpRuleConfig, , {})
+                       Acl::IpRuleConfig)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatch6, RuleMatch6, PolicyMap::AclRuleKey,
-                       Acl::Ip6RuleConfig, , {})
+                       Acl::Ip6RuleConfig)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatchMac, RuleMatchMac, PolicyMap::AclRuleKey,
-                       Acl::MacRuleConfig, , {})
-  // Who holds the sub-rules of a rule keeps them beyond their removal from here.
+                       Acl::MacRuleConfig)
+  // A caller that holds the sub-rules of a rule keeps them after their removal from here.
   KOR_OWNED_COLLECTION(AclPolicyData, subRulesForKey, SubRulesForKey, PolicyMap::AclRuleKey,
-                       SubRuleDataCollection, , {})
+                       SubRuleDataCollection)
   // The interfaces to which the policy is applied.
-  KOR_VALUE_COLLECTION(AclPolicyData, intf, Intf, Vorel::IntfId, bool, , {})
+  KOR_VALUE_COLLECTION(AclPolicyData, intf, Intf, Vorel::IntfId, bool)
 
- public:
-  // Counters: ...Is stores, ...Inc adds, wraps and answers the new value.
+  // Counters: ...Inc adds, modulo 2^32, and returns the new value.
   [[nodiscard]] std::uint32_t commitCount() const { return commitCount_; }
   void commitCountIs(std::uint32_t count) { commitCount_ = count; }
   std::uint32_t commitCountInc(std::uint32_t count) { return commitCount_ += count; }
@@ -83,7 +83,7 @@ class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
     return endUpdateActionCount_ += count;
   }
 
-  // Whether the policy stands in the simulated hardware.
+  // Whether the policy exists in the simulated hardware.
   [[nodiscard]] bool created() const { return created_; }
   void createdIs(bool created) { created_ = created; }
 

@@ -12,15 +12,15 @@
 
 namespace PolicyMapTest {
 
-// The identity of one policy that the helper was asked to program: which policy-map machine, and
-// for which match option. A value; it does not change once it is built.
+// The key of a record: which policy-map machine programs the policy, and for which match option. An
+// immutable value.
 class POLICYMAPTEST_API AclPolicyType final {
  public:
-  // The empty identity: empty key, option 0.
+  // Empty key, option 0.
   AclPolicyType() = default;
   AclPolicyType(PolicyMap::PolicyMapSmKey policyKey, PolicyMap::ClassMapMatchOption option)
       : policyKey_(std::move(policyKey)), option_(option) {}
-  // Reads one text form and leaves `it` behind it and the white space that follows. Attributes may
+  // Reads one text form and leaves `it` after it and the white space that follows. Attributes may
   // come in any order, the last of a repeated one counts, a missing one stays empty. Raises
   // Kor::RangeException.
   AclPolicyType(Kor::String8::IteratorConst& it, Kor::String8::IteratorConst const& end);
@@ -28,12 +28,12 @@ class POLICYMAPTEST_API AclPolicyType final {
   [[nodiscard]] PolicyMap::PolicyMapSmKey const& policyKey() const { return policyKey_; }
   [[nodiscard]] PolicyMap::ClassMapMatchOption option() const { return option_; }
 
-  // What a collection hashes by, before it reverses the bits.
+  // The hash that collections use, before they reverse its bits.
   [[nodiscard]] std::uint32_t hash() const {
     return hashOfParts(policyKey_.first().hash(), policyKey_.second().hash(), option_);
   }
-  // From the hashes of the key's two texts. Identities that differ in the option alone differ by
-  // just that difference, so that they part in the first bits of the reversed hash.
+  // From the hashes of the key's two texts. Keys that differ only in `option` have adjacent hashes,
+  // so their reversed hashes differ in the top bits and land in different buckets.
   [[nodiscard]] static constexpr std::uint32_t hashOfParts(std::uint32_t first,
                                                            std::uint32_t second,
                                                            PolicyMap::ClassMapMatchOption option) {
@@ -42,7 +42,7 @@ class POLICYMAPTEST_API AclPolicyType final {
     return mixed + (mixed << 15) + static_cast<std::uint32_t>(option);
   }
 
-  // By key, then option as a signed number.
+  // Ordered by key, then by option as a signed number.
   bool operator==(AclPolicyType const& other) const {
     return policyKey_ == other.policyKey_ && option_ == other.option_;
   }
@@ -54,7 +54,7 @@ class POLICYMAPTEST_API AclPolicyType final {
   bool operator>=(AclPolicyType const& other) const { return !(*this < other); }
   bool operator<=(AclPolicyType const& other) const { return !(other < *this); }
   bool operator>(AclPolicyType const& other) const { return !(*this <= other); }
-  // True for the empty identity alone.
+  // True only for the default value.
   bool operator!() const { return *this == AclPolicyType(); }
 
   [[nodiscard]] static Kor::KorType* _fwkType();
@@ -67,7 +67,7 @@ class POLICYMAPTEST_API AclPolicyType final {
 
 // Value('PolicyMapTest::AclPolicyType', ** {'policyKey': Value(...), 'option': 'ipv4'})
 POLICYMAPTEST_API Kor::String8 valueToStrep(AclPolicyType const& type);
-// Writes the text form, whatever the stream's width and flags.
+// Writes the text form and ignores the stream's width and flags.
 POLICYMAPTEST_API std::ostream& operator<<(std::ostream& out, AclPolicyType const& type);
 
 }  // namespace PolicyMapTest

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-/// Marks what libPolicyMapTest offers to others; everything else stays inside the library.
+// Exports a class or function from libPolicyMapTest. What is not marked is internal.
 #define POLICYMAPTEST_API __attribute__((visibility("default")))

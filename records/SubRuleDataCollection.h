@@ -9,8 +9,8 @@
 
 namespace PolicyMapTest {
 
-// The sub-rules that the helper was given for one rule of one policy, each with a flag. A sub-rule
-// may be present with its flag false.
+// The sub-rules that were added for one rule of one policy. The helper sets each to true; a test
+// may store false, and the sub-rule is then present all the same.
 class POLICYMAPTEST_API SubRuleDataCollection : public Kor::PtrInterface,
                                                 public Kor::HashMapLink<SubRuleDataCollection> {
  public:
@@ -29,7 +29,7 @@ class POLICYMAPTEST_API SubRuleDataCollection : public Kor::PtrInterface,
  private:
   PolicyMap::AclRuleKey key_;
 
-  KOR_VALUE_COLLECTION(SubRuleDataCollection, subRule, SubRule, PolicyMap::SubRuleData, bool, , {})
+  KOR_VALUE_COLLECTION(SubRuleDataCollection, subRule, SubRule, PolicyMap::SubRuleData, bool)
 };
 
 }  // namespace PolicyMapTest

@@ -5,7 +5,7 @@
 
 namespace PolicyMapTest {
 
-// The name under which the library traces and asserts.
+// The source name of the library's trace lines and assertions.
 inline constexpr char const* sourceName = "PolicyMapTestSm";
 
 inline Kor::TraceHandle const& traceHandle() {

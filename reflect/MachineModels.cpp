@@ -4,7 +4,7 @@
 
 namespace PolicyMapTest {
 
-// The way to the machines that nobody but their parents build.
+// Access to the machines that only their parents create.
 struct MachinesByName {
   static constexpr auto* makeClassMapSm = &TestClassMapSm::make;
   static constexpr auto* makePolicyMapSm = &TestPolicyMapSm::make;
@@ -40,9 +40,10 @@ namespace ofClassCommonData {
 using T = TestClassCommonData;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::data<&T::action1Value, &T::action1ValueIs>("action1Value"),
-    M::data<&T::action2Value, &T::action2ValueIs>("action2Value"),
-    M::data<&T::action3Value, &T::action3ValueIs>("action3Value"),
+#define POLICYMAPTEST_ROW(kind) \
+  M::data<&T::action##kind##Value, &T::action##kind##ValueIs>("action" #kind "Value"),
+    POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
 };
 T::Ptr make(Kor::Name const& name, PolicyMap::ClassMapSubConfig::PtrConst const& classMap,
             Acl::Config::PtrConst const& aclConfig) {
@@ -85,15 +86,16 @@ constexpr std::array attrs{
 
 }  // namespace
 
-constexpr std::array<TypeModel, 3> testActionModels{
-    actionModel<TestAction1, &testAction1Factory>,
-    actionModel<TestAction2, &testAction2Factory>,
-    actionModel<TestAction3, &testAction3Factory>,
+constexpr std::array<TypeModel, testActionKinds> testActionModels{
+#define POLICYMAPTEST_ROW(kind) actionModel<TestAction##kind, &testAction##kind##Factory>,
+    POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
 };
-constexpr std::array<TypeModel, 3> testActionSmModels{
-    actionSmModel<TestAction1Sm, &TestAction1Sm::TestAction1SmIs>,
-    actionSmModel<TestAction2Sm, &TestAction2Sm::TestAction2SmIs>,
-    actionSmModel<TestAction3Sm, &TestAction3Sm::TestAction3SmIs>,
+constexpr std::array<TypeModel, testActionKinds> testActionSmModels{
+#define POLICYMAPTEST_ROW(kind) \
+  actionSmModel<TestAction##kind##Sm, &TestAction##kind##Sm::TestAction##kind##SmIs>,
+    POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
 };
 constexpr TypeModel testClassCommonDataModel = ofClassCommonData::M::object(
     ofClassCommonData::attrs,

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The tables of the library's fourteen types. From a type's table come its registration, its
-// adapter, its attribute names and its by-name constructor.
+// The tables of the library's types. A type's registration, adapter, attribute names and by-name
+// constructor come from its table.
+
+#include "records/TestActionKinds.h"
 
 #include <Kor/Model.h>
 
@@ -11,12 +13,12 @@
 
 namespace PolicyMapTest {
 
-extern std::array<Kor::TypeModel, 3> const testActionModels;  // of TestAction1, 2 and 3
+extern std::array<Kor::TypeModel, testActionKinds> const testActionModels;  // by kind
 extern Kor::TypeModel const aclPolicyTypeModel;
 extern Kor::TypeModel const subRuleDataCollectionModel;
 extern Kor::TypeModel const aclPolicyDataModel;
 extern Kor::TypeModel const aclHelperModel;
-extern std::array<Kor::TypeModel, 3> const testActionSmModels;
+extern std::array<Kor::TypeModel, testActionKinds> const testActionSmModels;
 extern Kor::TypeModel const testClassCommonDataModel;
 extern Kor::TypeModel const testClassMapSmModel;
 extern Kor::TypeModel const testPolicyMapSmModel;

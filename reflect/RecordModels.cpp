@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "records/AclPolicyData.h"
+#include "records/TestActionKinds.h"
 #include "reflect/Models.h"
 
 namespace PolicyMapTest {
@@ -45,10 +46,10 @@ constexpr AttrModel data(std::string_view name) {
 
 constexpr std::array attrs{
     M::key<&T::key>("key"),
-    M::collection<T::RuleAction1Attribute>("ruleAction1"),
-    M::collection<T::RuleAction2Attribute>("ruleAction2"),
-    M::collection<T::RuleAction3Attribute>("ruleAction3"),
-    M::collection<T::RuleMatchAttribute>("ruleMatch"),
+#define POLICYMAPTEST_ROW(kind) M::collection<T::RuleAction##kind##Attribute>("ruleAction" #kind),
+    POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
+        M::collection<T::RuleMatchAttribute>("ruleMatch"),
     M::collection<T::RuleMatch6Attribute>("ruleMatch6"),
     M::collection<T::RuleMatchMacAttribute>("ruleMatchMac"),
     M::owned<T::SubRulesForKeyAttribute>("subRulesForKey"),

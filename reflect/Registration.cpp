@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What runs when the library is loaded: two initialisers, in the order in which they stand here.
+// What runs when the library is loaded: two initialisers, in the order of this file.
 
 #include "helper/AclHelper.h"
 #include "machines/PolicyMapTestSm.h"
@@ -15,30 +15,39 @@
 namespace PolicyMapTest {
 namespace {
 
+#define POLICYMAPTEST_ACTION_NAME(kind) "PolicyMapTest::TestAction" #kind "\0"
+#define POLICYMAPTEST_MACHINE_NAME(kind) "PolicyMapTest::TestAction" #kind "Sm\0"
+#define POLICYMAPTEST_ACTION_MODEL(kind) &testActionModels[(kind)-1],
+#define POLICYMAPTEST_MACHINE_MODEL(kind) &testActionSmModels[(kind)-1],
+#define POLICYMAPTEST_TYPES(kind) TestAction##kind, TestAction##kind##Sm,
+
 // The library's types by name, in order of registration. Tools read the section without loading
 // the library.
 [[gnu::section(".kor.type"), gnu::used, gnu::retain]] constexpr char typeNames[] =
-    "PolicyMapTest::TestAction1\0"
-    "PolicyMapTest::TestAction2\0"
-    "PolicyMapTest::TestAction3\0"
-    "PolicyMapTest::AclPolicyType\0"
-    "PolicyMapTest::SubRuleDataCollection\0"
-    "PolicyMapTest::AclPolicyData\0"
-    "PolicyMapTest::AclHelper\0"
-    "PolicyMapTest::TestAction1Sm\0"
-    "PolicyMapTest::TestAction2Sm\0"
-    "PolicyMapTest::TestAction3Sm\0"
-    "PolicyMapTest::TestClassCommonData\0"
-    "PolicyMapTest::TestClassMapSm\0"
-    "PolicyMapTest::TestPolicyMapSm\0"
-    "PolicyMapTest::TestServicePolicySm";
+    POLICYMAPTEST_ACTION_KINDS(
+        POLICYMAPTEST_ACTION_NAME) "PolicyMapTest::AclPolicyType\0"
+                                   "PolicyMapTest::SubRuleDataCollection\0"
+                                   "PolicyMapTest::AclPolicyData\0"
+                                   "PolicyMapTest::AclHelper\0" POLICYMAPTEST_ACTION_KINDS(
+                                       POLICYMAPTEST_MACHINE_NAME) "PolicyMapTest::"
+                                                                   "TestClassCommonData\0"
+                                                                   "PolicyMapTest::TestClassMapSm\0"
+                                                                   "PolicyMapTest::"
+                                                                   "TestPolicyMapSm\0"
+                                                                   "PolicyMapTest::"
+                                                                   "TestServicePolicySm";
 
-constexpr std::array<Kor::TypeModel const*, 14> models{
-    &testActionModels[0],   &testActionModels[1],        &testActionModels[2],
-    &aclPolicyTypeModel,    &subRuleDataCollectionModel, &aclPolicyDataModel,
-    &aclHelperModel,        &testActionSmModels[0],      &testActionSmModels[1],
-    &testActionSmModels[2], &testClassCommonDataModel,   &testClassMapSmModel,
-    &testPolicyMapSmModel,  &testServicePolicySmModel,
+constexpr std::array models{
+    POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ACTION_MODEL)  //
+        & aclPolicyTypeModel,
+    &subRuleDataCollectionModel,
+    &aclPolicyDataModel,
+    &aclHelperModel,
+    POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_MACHINE_MODEL)  //
+        & testClassCommonDataModel,
+    &testClassMapSmModel,
+    &testPolicyMapSmModel,
+    &testServicePolicySmModel,
 };
 
 // Every record exists before the first is filled.
@@ -51,8 +60,8 @@ void makeRecords() {
   makeRecords<PolicyMap::Action, PolicyMap::ActionSm, PolicyMap::ClassMapSm,
               PolicyMap::ClassMapSmCommonData, PolicyMap::PolicyMapAclHelper,
               PolicyMap::PolicyMapSm, PolicyMap::ServicePolicySm, AclHelper, AclPolicyData,
-              AclPolicyType, SubRuleDataCollection, TestAction1, TestAction1Sm, TestAction2,
-              TestAction2Sm, TestAction3, TestAction3Sm, TestClassCommonData, TestClassMapSm,
+              AclPolicyType, SubRuleDataCollection,
+              POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_TYPES) TestClassCommonData, TestClassMapSm,
               TestPolicyMapSm, TestServicePolicySm, Kor::PtrInterface>();
   Kor::registerTypes("PolicyMapTest", models);
   return true;

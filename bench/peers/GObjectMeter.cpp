@@ -22,7 +22,7 @@ guint weigh(Meter* meter, guint a, guint b) {
   return meter->reading ^ b;
 }
 
-// Unpacks the arguments, as generated marshallers do.
+// Unpacks the arguments like generated marshallers.
 void marshalWeigh(GClosure* closure, GValue* result, guint /*count*/, GValue const* args,
                   gpointer /*hint*/, gpointer data) {
   using Callback = guint (*)(Meter*, guint, guint);

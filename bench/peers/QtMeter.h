@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The benchmarked object as Qt's meta-object system has it. Qt's flags of the compiler do not
-// reach further than here: the benchmark knows only this interface.
+// The benchmarked object in Qt's meta-object system. The benchmark sees only this interface, so
+// that Qt's compiler flags apply to this file alone.
 
 #include <cstdint>
 #include <memory>

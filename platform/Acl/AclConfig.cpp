@@ -24,12 +24,13 @@ template <class Self, class Rules>
 void AclConfigBase<Self, Rules>::ruleChanged(std::uint32_t seq) {
   snapshot_ = nullptr;
   auto const* const self = static_cast<Self const*>(this);
-  // A hook may take the list out of its Config, which then is not to be told.
+  // A hook may remove the list from its Config; the Config must not be notified then.
   Kor::Ptr<Self const> const pinned = Kor::share(self);
   this->template attributeChanged<Self>(AclBase::ruleId,
                                         [seq](NotifieeConst& notifiee) { notifiee.onRule(seq); });
-  if (this->fwkHmNext() != nullptr) {
-    owner_->listChanged(self);
+  // A hook may have removed the list from its Config.
+  if (owner_ != nullptr) {
+    owner_->listChanged(*self);
   }
 }
 

@@ -3,10 +3,9 @@
 
 // IpAclConfig, Ip6AclConfig, MacAclConfig: access lists, rules by sequence number.
 //
-// A list stands in a Config and tells it of every announced change of a rule, for as long as it
-// stands there. Rules put in by newRule() are announced to nobody, as in every collection; the next
-// rulesBySeq() has them all the same. Do not write through korRule(seq)->valueIs(): an entry does
-// not know its list.
+// A list in a Config reports every announced change of a rule to it. As in every collection, rules
+// stored by newRule() are not announced, but the next rulesBySeq() includes them. Do not write
+// through korRule(seq)->valueIs(): an entry does not know its list.
 
 #include "Acl/AclRules.h"
 #include "Acl/Ip6RuleConfig.h"
@@ -19,7 +18,7 @@
 #include "Kor/Notifiee.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <cstdint>
 #include <utility>
@@ -29,20 +28,20 @@ namespace Acl {
 
 class Config;
 
-/// What a list is apart from the type of its rules.
+// The part of a list that does not depend on the type of its rules.
 class POLICYMAP_API AclBase : public Kor::Entity {
  public:
   ~AclBase() override;
 
   static constexpr Kor::AttributeId ruleId = 258;
 
-  /// The key under which the list stands in its Config.
+  // The key of the list in its Config.
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
 
  protected:
   using Entity::Entity;
 
-  /// A rule was stored or removed: announces it.
+  // Announces that a rule was stored or removed.
   virtual void ruleChanged(std::uint32_t seq) = 0;
 };
 
@@ -52,7 +51,8 @@ class POLICYMAP_API IpAclRules : public AclBase {
  public:
   using Rule = IpRuleConfig;
 
-  KOR_VALUE_COLLECTION(IpAclRules, rule, Rule, std::uint32_t, IpRuleConfig, , { ruleChanged(key); })
+  KOR_VALUE_COLLECTION(IpAclRules, rule, Rule, std::uint32_t, IpRuleConfig,
+                       KOR_ON_CHANGE(ruleChanged(key)))
 
  protected:
   using AclBase::AclBase;
@@ -62,8 +62,8 @@ class POLICYMAP_API Ip6AclRules : public AclBase {
  public:
   using Rule = Ip6RuleConfig;
 
-  KOR_VALUE_COLLECTION(Ip6AclRules, rule, Rule, std::uint32_t, Ip6RuleConfig, ,
-                       { ruleChanged(key); })
+  KOR_VALUE_COLLECTION(Ip6AclRules, rule, Rule, std::uint32_t, Ip6RuleConfig,
+                       KOR_ON_CHANGE(ruleChanged(key)))
 
  protected:
   using AclBase::AclBase;
@@ -73,21 +73,21 @@ class POLICYMAP_API MacAclRules : public AclBase {
  public:
   using Rule = MacRuleConfig;
 
-  KOR_VALUE_COLLECTION(MacAclRules, rule, Rule, std::uint32_t, MacRuleConfig, ,
-                       { ruleChanged(key); })
+  KOR_VALUE_COLLECTION(MacAclRules, rule, Rule, std::uint32_t, MacRuleConfig,
+                       KOR_ON_CHANGE(ruleChanged(key)))
 
  protected:
   using AclBase::AclBase;
 };
 
-/// Hears of an access list of type `List`.
+// Observes an access list of type `List`.
 template <class List>
 class AclNotifieeConst : public Kor::NotifieeOf<List, Kor::Entity::NotifieeConst> {
  public:
   using NotifieeConst = AclNotifieeConst;
 
   using Kor::NotifieeOf<List, Kor::Entity::NotifieeConst>::NotifieeOf;
-  /// The rule of that number was stored, replaced or removed.
+  // The rule of that number was stored, replaced or removed.
   virtual void onRule([[maybe_unused]] std::uint32_t seq) {}
 };
 template <class List>
@@ -98,7 +98,7 @@ class AclNotifiee : public AclNotifieeConst<List> {
   using AclNotifieeConst<List>::AclNotifieeConst;
 };
 
-/// What the three kinds of lists share; `Rules` is the collection that `Self` builds on.
+// Common base of the three kinds of lists. `Rules` is the collection that `Self` derives from.
 template <class Self, class Rules>
 class POLICYMAP_API AclConfigBase : public Rules, public Kor::HashMapLink<Self> {
  public:
@@ -109,26 +109,26 @@ class POLICYMAP_API AclConfigBase : public Rules, public Kor::HashMapLink<Self> 
 
   explicit AclConfigBase(Kor::Name name) : Rules(std::move(name)) {}
 
+  void korOwnerIs(Config* owner) { owner_ = owner; }
+
   Kor::Ptr<typename Rules::KorRule> newRule(std::uint32_t const& seq, Rule const& rule) {
     snapshot_ = nullptr;
     return Rules::newRule(seq, rule);
   }
 
-  /// The rules as they stand, by ascending sequence number; never null. Made on demand and kept
-  /// until the next edit, so between edits every call answers the same object.
+  // The current rules, by ascending sequence number; never null. The snapshot is created on demand
+  // and kept until the next edit, so calls between edits return the same object.
   [[nodiscard]] RulesPtr rulesBySeq() const;
 
  protected:
   void ruleChanged(std::uint32_t seq) override;
 
  private:
-  friend class Config;
-
   mutable RulesPtr snapshot_;  // null after an edit
-  Config* owner_ = nullptr;    // to be followed only while this list is linked there
+  Config* owner_ = nullptr;    // valid only while this list is linked there
 };
 
-/// An access list of IPv4 rules.
+// An access list of IPv4 rules.
 class POLICYMAP_API IpAclConfig final : public AclConfigBase<IpAclConfig, IpAclRules> {
  public:
   using Ptr = Kor::Ptr<IpAclConfig>;
@@ -141,7 +141,7 @@ class POLICYMAP_API IpAclConfig final : public AclConfigBase<IpAclConfig, IpAclR
   [[nodiscard]] static Kor::KorType* _fwkType();
 };
 
-/// An access list of IPv6 rules.
+// An access list of IPv6 rules.
 class POLICYMAP_API Ip6AclConfig final : public AclConfigBase<Ip6AclConfig, Ip6AclRules> {
  public:
   using Ptr = Kor::Ptr<Ip6AclConfig>;
@@ -154,7 +154,7 @@ class POLICYMAP_API Ip6AclConfig final : public AclConfigBase<Ip6AclConfig, Ip6A
   [[nodiscard]] static Kor::KorType* _fwkType();
 };
 
-/// An access list of MAC rules.
+// An access list of MAC rules.
 class POLICYMAP_API MacAclConfig final : public AclConfigBase<MacAclConfig, MacAclRules> {
  public:
   using Ptr = Kor::Ptr<MacAclConfig>;

@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// AclDiff: what changed between two versions of an access list, and whether that makes a difference
-// to what is programmed.
+// AclDiff: the differences between two versions of an access list, and whether they affect what is
+// programmed.
 //
-// What counts is which rule has which number. The order in which edits were made, rules taken out
-// and put back, or written over by equal ones: all that leaves no trace. A rule that matches
-// nothing may come, go and change; it is never programmed.
+// Only the final rule at each number counts. The order of the edits, rules that were removed and
+// restored, and rules that were overwritten by equal ones do not matter. Nor do rules that match
+// nothing, because they are never programmed.
 //
-// A rule that moves to another number is a difference, also where the order of the rules stays as
-// it was and no packet fares otherwise: the number is part of the key under which the rule is
-// programmed, its actions are updated and its hits are counted. Were it not programmed again, all
-// these would go on under a number that the list does not have.
+// A rule that moves to another number is a difference, even if the order of the rules stays the
+// same and no packet is treated differently. The number is part of the key under which the rule is
+// programmed, its actions are updated and its hits are counted, so the rule must be programmed
+// again under the new number.
 
 #include "Acl/AclRules.h"
 #include "Kor/KorType.h"
 #include "Kor/Ptr.h"
 #include "Kor/PtrInterface.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -26,11 +26,11 @@
 
 namespace Acl {
 
-/// Sequence numbers, ascending.
+// Sequence numbers, ascending.
 struct AclChange {
   std::vector<std::uint32_t> added;
   std::vector<std::uint32_t> removed;
-  std::vector<std::uint32_t> changed;  ///< in both versions, with different rules
+  std::vector<std::uint32_t> changed;  // in both versions, with different rules
 
   [[nodiscard]] bool operator!() const {
     return added.empty() && removed.empty() && changed.empty();
@@ -38,7 +38,7 @@ struct AclChange {
   friend bool operator==(AclChange const&, AclChange const&) = default;
 };
 
-/// Without state. A null version is an empty list. Both operations take time linear in the rules.
+// Stateless. A null version is an empty list. Both operations are linear in the number of rules.
 class POLICYMAP_API AclDiff : public Kor::PtrInterface {
  public:
   using Ptr = Kor::Ptr<AclDiff>;
@@ -54,8 +54,8 @@ class POLICYMAP_API AclDiff : public Kor::PtrInterface {
     return change;
   }
 
-  /// Whether it makes no difference which of them is programmed: those rules that match something
-  /// are equal and have equal numbers.
+  // True if both versions program the same: the rules that match something are equal and have equal
+  // numbers.
   template <class Rule>
   [[nodiscard]] bool sameEffect(Kor::Ptr<AclRules<Rule> const> const& oldRules,
                                 Kor::Ptr<AclRules<Rule> const> const& newRules) const {

@@ -12,8 +12,7 @@
 
 namespace Acl {
 
-/// The rules of an access list at one time, by ascending sequence number. Never changes, so two of
-/// them are two versions of the list.
+// An immutable snapshot of the rules of an access list, by ascending sequence number.
 template <class Rule>
 class AclRules final : public Kor::PtrInterface {
  public:
@@ -21,7 +20,7 @@ class AclRules final : public Kor::PtrInterface {
   using PtrConst = Kor::Ptr<AclRules const>;
   using Entry = std::pair<std::uint32_t, Rule>;
 
-  /// `rules` are in any order; no number stands twice.
+  // `rules` may be in any order, but each number at most once.
   explicit AclRules(std::vector<Entry> rules) : rules_(std::move(rules)) {
     std::sort(rules_.begin(), rules_.end(),
               [](Entry const& a, Entry const& b) { return a.first < b.first; });
@@ -33,7 +32,7 @@ class AclRules final : public Kor::PtrInterface {
   [[nodiscard]] auto begin() const { return rules_.begin(); }
   [[nodiscard]] auto end() const { return rules_.end(); }
 
-  /// The rule of that number, null when there is none.
+  // The rule of that number, null if there is none.
   [[nodiscard]] Rule const* rule(std::uint32_t seq) const {
     auto const at =
         std::lower_bound(rules_.begin(), rules_.end(), seq,

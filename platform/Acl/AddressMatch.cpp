@@ -16,7 +16,7 @@ std::array<std::uint8_t, size> leadingBits(std::size_t length) {
   return mask;
 }
 
-// What stands behind the '/': a number of leading bits, or a mask.
+// Parses the part after the '/': a number of leading bits, or a mask.
 template <std::size_t size>
 bool readMask(std::string_view text, std::array<std::uint8_t, size>& mask) {
   std::size_t length = 0;

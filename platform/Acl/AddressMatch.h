@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// IpAddressMatch, Ip6AddressMatch, MacAddressMatch: a set of addresses, those that agree with a
-// value in every bit of a mask. The mask may have holes.
+// IpAddressMatch, Ip6AddressMatch, MacAddressMatch: the set of addresses that equal a value in
+// every bit of a mask. The mask may have holes.
 //
 // Prints as a Python string: 'any', '10.1.2.3' (one address), '10.0.0.0/8' (leading bits; not for
-// MAC) or '10.0.0.1/255.0.0.255'. All four forms are read back, for every family.
+// MAC) or '10.0.0.1/255.0.0.255'. All four forms are parsed for every family.
 
 #include "Acl/OptionalNumber.h"
 #include "Kor/KorType.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <array>
 #include <compare>
@@ -27,36 +27,36 @@ class POLICYMAP_API AddressMatch {
  public:
   static constexpr std::size_t size = Traits::size;
   static constexpr std::string_view korTypeName = Traits::typeName;
-  /// In network order.
+  // In network order.
   using Bytes = std::array<std::uint8_t, size>;
 
-  /// Every address.
+  // Matches every address.
   AddressMatch() = default;
-  /// The addresses that agree with `value` in the bits of `mask`; other bits of `value` are
-  /// cleared.
+  // Matches the addresses that equal `value` in the bits of `mask`. Clears the other bits of
+  // `value`.
   AddressMatch(Bytes const& value, Bytes const& mask);
-  /// The same from IPv4 words, 0x0a000000 for 10.0.0.0.
+  // The same from IPv4 words, e.g. 0x0a000000 for 10.0.0.0.
   AddressMatch(std::uint32_t value, std::uint32_t mask) requires(size == 4)
       : AddressMatch(bytesOf(value), bytesOf(mask)) {}
-  /// Reads any of the forms above. Raises RangeException "IpAddressMatch: 'TEXT' is not an address
-  /// match".
+  // Parses any of the forms above. Raises RangeException "IpAddressMatch: 'TEXT' is not an address
+  // match".
   explicit AddressMatch(std::string_view text);
 
   [[nodiscard]] static AddressMatch any() { return {}; }
   [[nodiscard]] static AddressMatch host(Bytes const& address);
-  /// Raises RangeException "IpAddressMatch::length < 0 or > 32 not allowed".
+  // Raises RangeException "IpAddressMatch::length < 0 or > 32 not allowed".
   [[nodiscard]] static AddressMatch prefix(Bytes const& address, std::int64_t length);
 
   [[nodiscard]] Bytes const& value() const { return value_; }
   [[nodiscard]] Bytes const& mask() const { return mask_; }
   [[nodiscard]] bool isAny() const { return mask_ == Bytes{}; }
   [[nodiscard]] bool isHost() const { return length() == static_cast<std::int64_t>(size * 8); }
-  /// Number of leading bits of the mask, none when it has holes.
+  // Number of leading bits of the mask; none if it has holes.
   [[nodiscard]] OptionalNumber length() const;
   [[nodiscard]] bool matches(Bytes const& address) const;
-  /// As it prints, without quotes.
+  // The printed form without quotes.
   [[nodiscard]] std::string text() const;
-  /// As in a configuration: "any", "host A", "A/LENGTH", "A wildcard W".
+  // The configuration syntax: "any", "host A", "A/LENGTH", "A wildcard W".
   [[nodiscard]] std::string describe() const;
 
   [[nodiscard]] bool operator!() const { return isAny(); }
@@ -66,16 +66,15 @@ class POLICYMAP_API AddressMatch {
   [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
-  friend Kor::String8 valueToStrep(AddressMatch const& match) {
-    return Kor::valueToStrep(Kor::String8(match.text()));
+  friend Kor::String valueToStrep(AddressMatch const& match) {
+    return Kor::valueToStrep(Kor::String(match.text()));
   }
   friend void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
                               AddressMatch& match) {
-    Kor::String8 text;
+    Kor::String text;
     Kor::sequenceToValue(it, end, text);
     match = AddressMatch(text.view());
   }
-  /// Writes the text form.
   friend std::ostream& operator<<(std::ostream& out, AddressMatch const& match) {
     return out << valueToStrep(match);
   }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What every value of this library gets from its table of fields (see Kor/Strep.h).
+// Operations derived from the field table of a value type (see Kor/Strep.h).
 
 #include "Kor/Hash.h"
 #include "Kor/Strep.h"
@@ -11,7 +11,7 @@
 
 namespace Acl {
 
-/// The hash over all fields, in their order.
+// The hash over all fields, in their order.
 template <Kor::ValueWithFields T>
 [[nodiscard]] std::uint32_t hashOfFields(T const& value) {
   std::uint32_t hash = 0;

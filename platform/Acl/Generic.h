@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// How what a rule may have or not goes in and out of generic values.
+// Conversion of optional numbers and rules to and from generic values.
 
 #include "Acl/OptionalNumber.h"
 #include "Acl/OptionalRule.h"
 #include "Kor/Generic.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
-/// A number or null.
+// A number or null.
 template <>
 struct POLICYMAP_API Kor::Generic<Acl::OptionalNumber> {
   static KorType* record();
@@ -17,7 +17,7 @@ struct POLICYMAP_API Kor::Generic<Acl::OptionalNumber> {
   static bool take(GenericValue const& from, Acl::OptionalNumber& to);
 };
 
-/// A rule of any kind or null.
+// A rule of any kind, or null.
 template <>
 struct POLICYMAP_API Kor::Generic<Acl::OptionalRule> {
   static KorType* record();

@@ -5,18 +5,18 @@
 #include "Acl/IpFilterBase.h"
 #include "Acl/RuleConfig.h"
 #include "Kor/KorType.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <string_view>
 
 namespace Acl {
 
-/// One rule of an IPv6 access list. A value, without memory of its own.
+// One rule of an IPv6 access list. A value that allocates no memory.
 class POLICYMAP_API Ip6RuleConfig
     : public RuleConfig<Ip6RuleConfig, IpFilterBase, Ip6AddressMatch> {
  public:
   static constexpr std::string_view korTypeName = "Acl::Ip6RuleConfig";
-  /// What stands for the protocol in describe() when the rule takes any.
+  // The word for any protocol in describe().
   static constexpr std::string_view anyProtocol = "ipv6";
 
   [[nodiscard]] static Kor::KorType* _fwkType();

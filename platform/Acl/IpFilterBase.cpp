@@ -1,30 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Acl/IpFilterBase.h"
 
-#include "Acl/RangeCheck.h"
+#include "Acl/Protocols.h"
 #include "Acl/Words.h"
 
 #include <array>
 
 namespace Acl {
 namespace {
-
-struct Protocol {
-  std::int64_t number;
-  std::string_view name;
-};
-constexpr std::array<Protocol, 12> protocols{{{1, "icmp"},
-                                              {2, "igmp"},
-                                              {6, "tcp"},
-                                              {17, "udp"},
-                                              {47, "gre"},
-                                              {50, "esp"},
-                                              {51, "ahp"},
-                                              {58, "icmp6"},
-                                              {88, "eigrp"},
-                                              {89, "ospf"},
-                                              {103, "pim"},
-                                              {132, "sctp"}}};
 
 std::string protocolText(OptionalNumber protocol, std::string_view anyProtocol) {
   if (!protocol) {
@@ -38,46 +21,32 @@ std::string protocolText(OptionalNumber protocol, std::string_view anyProtocol) 
   return std::to_string(*protocol);
 }
 
-constexpr std::array<std::string_view, 8> flagNames{"fin", "syn", "rst", "psh",
-                                                    "ack", "urg", "ece", "cwr"};
+// The fields that are said after the addresses, in the order of the line.
+using F = IpFilterBase;
+constexpr std::array options{
+    option<F, &F::icmpType>("icmpType", "icmp-type"),
+    option<F, &F::icmpCode>("icmpCode", "icmp-code"),
+    option<F, &F::tcpFlags>("tcpFlags", ""),
+    option<F, &F::established>("established", "established"),
+    option<F, &F::ackOrRst>("ackOrRst", "ack-or-rst"),
+    option<F, &F::fragments>("fragments", "fragments"),
+    option<F, &F::dscp>("dscp", "dscp"),
+    option<F, &F::ttl>("ttl", "ttl"),
+    option<F, &F::tni>("tni", "tni"),
+    option<F, &F::vni>("vni", "vni"),
+};
 
-// "+syn -ack": what must be set and what must be clear.
-std::string flagsText(TcpFlags flags) {
-  std::string text;
-  for (unsigned bit = 0; bit < flagNames.size(); ++bit) {
-    if ((flags.mask() >> bit & 1U) != 0) {
-      text.append(text.empty() ? "" : " ").append((flags.value() >> bit & 1U) != 0 ? "+" : "-");
-      text.append(flagNames[bit]);
+constexpr bool describes(std::string_view field) {
+  for (auto const& known : options) {
+    if (known.field == field) {
+      return true;
     }
   }
-  return text;
+  return field == "permit" || field == "protocol" || field == "srcPort" || field == "dstPort";
 }
+static_assert(saysEachField<IpFilterBase>(describes), "describe() leaves out a field");
 
 }  // namespace
-
-void IpFilterBase::protocolIs(OptionalNumber protocol) {
-  protocol_.set(checked("IpFilterBase::protocol", protocol, 0, 255));
-}
-
-void IpFilterBase::dscpIs(OptionalNumber dscp) {
-  dscp_.set(checked("IpFilterBase::dscp", dscp, 0, 63));
-}
-
-void IpFilterBase::icmpTypeIs(OptionalNumber icmpType) {
-  icmpType_.set(checked("IpFilterBase::icmpType", icmpType, 0, 255));
-}
-
-void IpFilterBase::icmpCodeIs(OptionalNumber icmpCode) {
-  icmpCode_.set(checked("IpFilterBase::icmpCode", icmpCode, 0, 255));
-}
-
-void IpFilterBase::tniIs(std::int64_t tni) {
-  tni_ = static_cast<std::uint32_t>(inRange("IpFilterBase::tni", tni, 0, 16777215));
-}
-
-void IpFilterBase::vniIs(std::int64_t vni) {
-  vni_ = static_cast<std::uint32_t>(inRange("IpFilterBase::vni", vni, 0, 16777215));
-}
 
 std::string IpFilterBase::describeFilter(std::string_view anyProtocol, std::string_view source,
                                          std::string_view destination) const {
@@ -87,16 +56,9 @@ std::string IpFilterBase::describeFilter(std::string_view anyProtocol, std::stri
   words.add(srcPort().describe());
   words.add(destination);
   words.add(dstPort().describe());
-  words.add("icmp-type", icmpType());
-  words.add("icmp-code", icmpCode());
-  words.add(flagsText(tcpFlags()));
-  words.addIf(established(), "established");
-  words.addIf(ackOrRst(), "ack-or-rst");
-  words.addIf(fragments(), "fragments");
-  words.add("dscp", dscp());
-  words.add(ttl().isAny() ? std::string() : "ttl " + ttl().describe());
-  words.add("tni", tni() == 0 ? OptionalNumber() : OptionalNumber(tni()));
-  words.add("vni", vni() == 0 ? OptionalNumber() : OptionalNumber(vni()));
+  for (auto const& said : options) {
+    said.add(words, said.label, *this);
+  }
   return words.text();
 }
 

@@ -1,16 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// IpFilterBase: what IPv4 and IPv6 rules match besides the addresses.
+// IpFilterBase: the fields that IPv4 and IPv6 rules match besides the addresses.
 //
-// Every writer checks its value before it stores it and raises RangeException
-// "IpFilterBase::ATTRIBUTE < LOWEST or > HIGHEST not allowed".
+// ACL_IP_FILTER_FIELDS is the one list of the fields. Each row gives a field its storage, its
+// reader x(), its writer xIs(value), its place in hash, order, text form and registration, and its
+// meeting in intersections. Code that treats the fields one by one, such as describe(), does not
+// compile until it covers a new field.
+//
+//   permit              permit (the default) or deny
+//   protocol            0 to 255, none for any
+//   srcPort, dstPort    of protocols with ports
+//   dscp                0 to 63, none for any
+//   ttl                 0 to 255
+//   tcpFlags            flags that must be set or clear
+//   established         only packets of an established connection
+//   ackOrRst            only packets with ACK or RST (or both) set, which no TcpFlags can say
+//   fragments           only non-initial fragments
+//   icmpType, icmpCode  0 to 255, none for any
+//   tni, vni            tenant and virtual network identifier, 0 to 16777215, 0 for any
+//
+// Every setter checks its value first and raises RangeException "IpFilterBase::ATTRIBUTE < LOWEST
+// or > HIGHEST not allowed".
 
+#include "Acl/FilterField.h"
 #include "Acl/NumberMatch.h"
-#include "Acl/OptionalNumber.h"
 #include "Acl/TcpFlags.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <cstdint>
@@ -20,90 +37,65 @@
 
 namespace Acl {
 
+using ByteField = OptionalField<std::uint16_t, 0, 255>;
+using DscpField = OptionalField<std::uint8_t, 0, 63>;
+using NetworkField = NumberField<std::uint32_t, 16777215>;
+using PortField = PlainField<PortMatch>;
+using TtlField = PlainField<TtlMatch>;
+using TcpFlagsField = PlainField<TcpFlags>;
+
+#define ACL_IP_FILTER_FIELDS(ROW) \
+  ROW(permit, PermitField)        \
+  ROW(protocol, ByteField)        \
+  ROW(srcPort, PortField)         \
+  ROW(dstPort, PortField)         \
+  ROW(dscp, DscpField)            \
+  ROW(ttl, TtlField)              \
+  ROW(tcpFlags, TcpFlagsField)    \
+  ROW(established, FlagField)     \
+  ROW(ackOrRst, FlagField)        \
+  ROW(fragments, FlagField)       \
+  ROW(icmpType, ByteField)        \
+  ROW(icmpCode, ByteField)        \
+  ROW(tni, NetworkField)          \
+  ROW(vni, NetworkField)
+
 class POLICYMAP_API IpFilterBase {
  public:
   static constexpr auto filterFields() {
     using F = IpFilterBase;
-    return std::tuple(
-        Kor::field("permit", &F::permit, &F::permitIs),
-        Kor::field("protocol", &F::protocol, &F::protocolIs),
-        Kor::field("srcPort", &F::srcPort, &F::srcPortIs),
-        Kor::field("dstPort", &F::dstPort, &F::dstPortIs), Kor::field("dscp", &F::dscp, &F::dscpIs),
-        Kor::field("ttl", &F::ttl, &F::ttlIs), Kor::field("tcpFlags", &F::tcpFlags, &F::tcpFlagsIs),
-        Kor::field("established", &F::established, &F::establishedIs),
-        Kor::field("ackOrRst", &F::ackOrRst, &F::ackOrRstIs),
-        Kor::field("fragments", &F::fragments, &F::fragmentsIs),
-        Kor::field("icmpType", &F::icmpType, &F::icmpTypeIs),
-        Kor::field("icmpCode", &F::icmpCode, &F::icmpCodeIs), Kor::field("tni", &F::tni, &F::tniIs),
-        Kor::field("vni", &F::vni, &F::vniIs));
+#define ACL_ROW(name, Field) Kor::field(#name, &F::name, &F::name##Is),
+    return std::tuple{ACL_IP_FILTER_FIELDS(ACL_ROW)};
+#undef ACL_ROW
   }
 
-  /// Permit (the default) or deny.
-  [[nodiscard]] bool permit() const { return permit_; }
-  void permitIs(bool permit) { permit_ = permit; }
-  /// 0 to 255, none for any.
-  [[nodiscard]] OptionalNumber protocol() const { return protocol_.get(); }
-  void protocolIs(OptionalNumber protocol);
-  [[nodiscard]] PortMatch srcPort() const { return srcPort_; }
-  void srcPortIs(PortMatch const& srcPort) { srcPort_ = srcPort; }
-  [[nodiscard]] PortMatch dstPort() const { return dstPort_; }
-  void dstPortIs(PortMatch const& dstPort) { dstPort_ = dstPort; }
-  /// 0 to 63, none for any.
-  [[nodiscard]] OptionalNumber dscp() const { return dscp_.get(); }
-  void dscpIs(OptionalNumber dscp);
-  [[nodiscard]] TtlMatch ttl() const { return ttl_; }
-  void ttlIs(TtlMatch const& ttl) { ttl_ = ttl; }
-  [[nodiscard]] TcpFlags tcpFlags() const { return tcpFlags_; }
-  void tcpFlagsIs(TcpFlags const& tcpFlags) { tcpFlags_ = tcpFlags; }
-  /// Only packets of an established connection.
-  [[nodiscard]] bool established() const { return established_; }
-  void establishedIs(bool established) { established_ = established; }
-  /// Only packets with ACK or RST (or both) set, which no value and mask can say.
-  [[nodiscard]] bool ackOrRst() const { return ackOrRst_; }
-  void ackOrRstIs(bool ackOrRst) { ackOrRst_ = ackOrRst; }
-  /// Only fragments behind the first.
-  [[nodiscard]] bool fragments() const { return fragments_; }
-  void fragmentsIs(bool fragments) { fragments_ = fragments; }
-  /// 0 to 255, none for any.
-  [[nodiscard]] OptionalNumber icmpType() const { return icmpType_.get(); }
-  void icmpTypeIs(OptionalNumber icmpType);
-  [[nodiscard]] OptionalNumber icmpCode() const { return icmpCode_.get(); }
-  void icmpCodeIs(OptionalNumber icmpCode);
-  /// Tenant network and virtual network identifier, 0 to 16777215; 0 for any.
-  [[nodiscard]] std::uint32_t tni() const { return tni_; }
-  void tniIs(std::int64_t tni);
-  [[nodiscard]] std::uint32_t vni() const { return vni_; }
-  void vniIs(std::int64_t vni);
+#define ACL_ROW(name, Field)                    \
+  [[nodiscard]] Field::Value name() const {     \
+    return name##_.get();                       \
+  }                                             \
+  void name##Is(Field::Parameter value) {       \
+    name##_.set("IpFilterBase::" #name, value); \
+  }
+  ACL_IP_FILTER_FIELDS(ACL_ROW)
+#undef ACL_ROW
 
-  /// Whether there can be no packet that it takes, as with ports `lt 0`.
+  // True if no packet can match, e.g. ports `lt 0`.
   [[nodiscard]] bool matchesNothing() const {
-    return srcPort_.matchesNothing() || dstPort_.matchesNothing() || ttl_.matchesNothing();
+    return srcPort().matchesNothing() || dstPort().matchesNothing() || ttl().matchesNothing();
   }
 
   bool operator==(IpFilterBase const&) const = default;
   std::strong_ordering operator<=>(IpFilterBase const&) const = default;
 
  protected:
-  /// The line of a rule with these addresses; `anyProtocol` stands for the protocol when that is
-  /// any.
+  // The line of a rule with these addresses. `anyProtocol` is the word for any protocol.
   [[nodiscard]] std::string describeFilter(std::string_view anyProtocol, std::string_view source,
                                            std::string_view destination) const;
 
  private:
-  std::uint32_t tni_ = 0;
-  std::uint32_t vni_ = 0;
-  PortMatch srcPort_;
-  PortMatch dstPort_;
-  StoredOptional<std::uint16_t> protocol_;
-  StoredOptional<std::uint16_t> icmpType_;
-  StoredOptional<std::uint16_t> icmpCode_;
-  StoredOptional<std::uint8_t> dscp_;
-  TtlMatch ttl_;
-  TcpFlags tcpFlags_;
-  bool permit_ = true;
-  bool established_ = false;
-  bool ackOrRst_ = false;
-  bool fragments_ = false;
+#define ACL_ROW(name, Field) Field name##_;
+  ACL_IP_FILTER_FIELDS(ACL_ROW)
+#undef ACL_ROW
 };
 
 }  // namespace Acl

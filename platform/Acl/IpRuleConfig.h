@@ -5,17 +5,17 @@
 #include "Acl/IpFilterBase.h"
 #include "Acl/RuleConfig.h"
 #include "Kor/KorType.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <string_view>
 
 namespace Acl {
 
-/// One rule of an IPv4 access list. A value, without memory of its own.
+// One rule of an IPv4 access list. A value that allocates no memory.
 class POLICYMAP_API IpRuleConfig : public RuleConfig<IpRuleConfig, IpFilterBase, IpAddressMatch> {
  public:
   static constexpr std::string_view korTypeName = "Acl::IpRuleConfig";
-  /// What stands for the protocol in describe() when the rule takes any.
+  // The word for any protocol in describe().
   static constexpr std::string_view anyProtocol = "ip";
 
   [[nodiscard]] static Kor::KorType* _fwkType();

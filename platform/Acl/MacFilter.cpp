@@ -1,26 +1,34 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Acl/MacFilter.h"
 
-#include "Acl/RangeCheck.h"
 #include "Acl/Words.h"
+
+#include <array>
 
 namespace Acl {
 
-void MacFilter::ethertypeIs(OptionalNumber ethertype) {
-  ethertype_.set(checked("MacFilter::ethertype", ethertype, 0, 65535));
-}
+namespace {
 
-void MacFilter::vlanIs(OptionalNumber vlan) {
-  vlan_.set(checked("MacFilter::vlan", vlan, 1, 4094));
-}
+// The fields that are said after the addresses, in the order of the line.
+using F = MacFilter;
+constexpr std::array options{
+    option<F, &F::ethertype>("ethertype", "ethertype"),
+    option<F, &F::vlan>("vlan", "vlan"),
+    option<F, &F::mplsLabel>("mplsLabel", "mpls-label"),
+    option<F, &F::mplsInnerLabel>("mplsInnerLabel", "mpls-inner-label"),
+};
 
-void MacFilter::mplsLabelIs(OptionalNumber mplsLabel) {
-  mplsLabel_.set(checked("MacFilter::mplsLabel", mplsLabel, 0, 1048575));
+constexpr bool describes(std::string_view field) {
+  for (auto const& known : options) {
+    if (known.field == field) {
+      return true;
+    }
+  }
+  return field == "permit";
 }
+static_assert(saysEachField<MacFilter>(describes), "describe() leaves out a field");
 
-void MacFilter::mplsInnerLabelIs(OptionalNumber mplsInnerLabel) {
-  mplsInnerLabel_.set(checked("MacFilter::mplsInnerLabel", mplsInnerLabel, 0, 1048575));
-}
+}  // namespace
 
 std::string MacFilter::describeFilter(std::string_view anyProtocol, std::string_view source,
                                       std::string_view destination) const {
@@ -28,10 +36,9 @@ std::string MacFilter::describeFilter(std::string_view anyProtocol, std::string_
   words.add(anyProtocol);
   words.add(source);
   words.add(destination);
-  words.add("ethertype", ethertype());
-  words.add("vlan", vlan());
-  words.add("mpls-label", mplsLabel());
-  words.add("mpls-inner-label", mplsInnerLabel());
+  for (auto const& said : options) {
+    said.add(words, said.label, *this);
+  }
   return words.text();
 }
 

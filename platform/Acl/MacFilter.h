@@ -1,14 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// MacFilter: what MAC rules match besides the addresses.
+// MacFilter: the fields that MAC rules match besides the addresses.
 //
-// Every writer checks its value before it stores it and raises RangeException
-// "MacFilter::ATTRIBUTE < LOWEST or > HIGHEST not allowed".
+// ACL_MAC_FILTER_FIELDS is the one list of the fields; see IpFilterBase.h.
+//
+//   permit                     permit (the default) or deny
+//   ethertype                  0 to 65535, none for any
+//   vlan                       1 to 4094, none for any
+//   mplsLabel, mplsInnerLabel  the outer and the next MPLS label, 0 to 1048575, none for any
+//
+// Every setter checks its value first and raises RangeException "MacFilter::ATTRIBUTE < LOWEST or >
+// HIGHEST not allowed".
 
-#include "Acl/OptionalNumber.h"
+#include "Acl/FilterField.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <cstdint>
@@ -18,49 +25,53 @@
 
 namespace Acl {
 
+using EthertypeField = OptionalField<std::uint32_t, 0, 65535>;
+using VlanField = OptionalField<std::uint16_t, 1, 4094>;
+using MplsLabelField = OptionalField<std::uint32_t, 0, 1048575>;
+
+#define ACL_MAC_FILTER_FIELDS(ROW) \
+  ROW(permit, PermitField)         \
+  ROW(ethertype, EthertypeField)   \
+  ROW(vlan, VlanField)             \
+  ROW(mplsLabel, MplsLabelField)   \
+  ROW(mplsInnerLabel, MplsLabelField)
+
 class POLICYMAP_API MacFilter {
  public:
   static constexpr auto filterFields() {
     using F = MacFilter;
-    return std::tuple(Kor::field("permit", &F::permit, &F::permitIs),
-                      Kor::field("ethertype", &F::ethertype, &F::ethertypeIs),
-                      Kor::field("vlan", &F::vlan, &F::vlanIs),
-                      Kor::field("mplsLabel", &F::mplsLabel, &F::mplsLabelIs),
-                      Kor::field("mplsInnerLabel", &F::mplsInnerLabel, &F::mplsInnerLabelIs));
+#define ACL_ROW(name, Field) Kor::field(#name, &F::name, &F::name##Is),
+    return std::tuple{ACL_MAC_FILTER_FIELDS(ACL_ROW)};
+#undef ACL_ROW
   }
 
-  /// Permit (the default) or deny.
-  [[nodiscard]] bool permit() const { return permit_; }
-  void permitIs(bool permit) { permit_ = permit; }
-  /// 0 to 65535, none for any.
-  [[nodiscard]] OptionalNumber ethertype() const { return ethertype_.get(); }
-  void ethertypeIs(OptionalNumber ethertype);
-  /// 1 to 4094, none for any.
-  [[nodiscard]] OptionalNumber vlan() const { return vlan_.get(); }
-  void vlanIs(OptionalNumber vlan);
-  /// The outer and the next MPLS label, 0 to 1048575, none for any.
-  [[nodiscard]] OptionalNumber mplsLabel() const { return mplsLabel_.get(); }
-  void mplsLabelIs(OptionalNumber mplsLabel);
-  [[nodiscard]] OptionalNumber mplsInnerLabel() const { return mplsInnerLabel_.get(); }
-  void mplsInnerLabelIs(OptionalNumber mplsInnerLabel);
+#define ACL_ROW(name, Field)                 \
+  [[nodiscard]] Field::Value name() const {  \
+    return name##_.get();                    \
+  }                                          \
+  void name##Is(Field::Parameter value) {    \
+    name##_.set("MacFilter::" #name, value); \
+  }
+  ACL_MAC_FILTER_FIELDS(ACL_ROW)
+#undef ACL_ROW
 
-  /// Whether there can be no packet that it takes: every MAC match takes some.
-  [[nodiscard]] static bool matchesNothing() { return false; }
+  // Always false: every MAC rule matches some packets.
+  [[nodiscard]] static bool matchesNothing() {
+    return false;
+  }
 
   bool operator==(MacFilter const&) const = default;
   std::strong_ordering operator<=>(MacFilter const&) const = default;
 
  protected:
-  /// The line of a rule with these addresses; `anyProtocol` stands before them.
+  // The line of a rule with these addresses, preceded by `anyProtocol`.
   [[nodiscard]] std::string describeFilter(std::string_view anyProtocol, std::string_view source,
                                            std::string_view destination) const;
 
  private:
-  StoredOptional<std::uint32_t> ethertype_;
-  StoredOptional<std::uint32_t> mplsLabel_;
-  StoredOptional<std::uint32_t> mplsInnerLabel_;
-  StoredOptional<std::uint16_t> vlan_;
-  bool permit_ = true;
+#define ACL_ROW(name, Field) Field name##_;
+  ACL_MAC_FILTER_FIELDS(ACL_ROW)
+#undef ACL_ROW
 };
 
 }  // namespace Acl

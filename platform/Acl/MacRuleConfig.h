@@ -5,17 +5,17 @@
 #include "Acl/MacFilter.h"
 #include "Acl/RuleConfig.h"
 #include "Kor/KorType.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <string_view>
 
 namespace Acl {
 
-/// One rule of a MAC access list. A value, without memory of its own.
+// One rule of a MAC access list. A value that allocates no memory.
 class POLICYMAP_API MacRuleConfig : public RuleConfig<MacRuleConfig, MacFilter, MacAddressMatch> {
  public:
   static constexpr std::string_view korTypeName = "Acl::MacRuleConfig";
-  /// What stands for the protocol in describe() when the rule takes any.
+  // The word for any protocol in describe().
   static constexpr std::string_view anyProtocol{};
 
   [[nodiscard]] static Kor::KorType* _fwkType();

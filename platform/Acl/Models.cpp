@@ -14,7 +14,7 @@ using Kor::Model;
 using Kor::TypeModel;
 
 template <class Match>
-Match addressMatch(Kor::String8 const& text) {
+Match addressMatch(Kor::String const& text) {
   return Match(text.view());
 }
 template <class Match>
@@ -23,7 +23,7 @@ template <class Match>
 constexpr TypeModel ofAddressMatch = Model<Match>::value(
     addressMatchAttrs<Match>, Model<Match>::template constructor<&addressMatch<Match>>("text"));
 
-// What prints as one of several types, or None.
+// Parses a text form that may be of several types, or None.
 template <class Optional>
 Kor::GenericValue parseOptional(Kor::TextIterator& it, Kor::TextIterator const& end) {
   return Kor::Generic<Optional>::value(Kor::sequenceTo<Optional>(it, end));

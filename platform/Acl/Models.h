@@ -7,7 +7,7 @@
 
 namespace Acl {
 
-/// The tables of the types of this namespace, in order of registration.
+// The tables of this namespace's types, in order of registration.
 [[nodiscard]] std::span<Kor::TypeModel const* const> models();
 
 }  // namespace Acl

@@ -17,7 +17,7 @@ Kor::KorType* korEnumType(MatchOp /*any*/) {
   return &type;
 }
 
-Kor::String8 valueToStrep(MatchOp op) {
+Kor::String valueToStrep(MatchOp op) {
   return Kor::enumToStrep(opNames, static_cast<std::int32_t>(op));
 }
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// PortMatch and TtlMatch: which numbers of a header field a rule takes.
+// PortMatch and TtlMatch: the values of a header field that a rule matches.
 
 #include "Acl/Fields.h"
 #include "Kor/KorType.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <array>
 #include <compare>
@@ -18,17 +18,17 @@
 
 namespace Acl {
 
-/// `any` takes every number, also those of packets that have none.
+// `any` matches every number, and also packets without that field.
 enum class MatchOp : std::uint8_t { any, eq, neq, lt, gt, range };
 
 POLICYMAP_API Kor::KorType* korEnumType(MatchOp /*any*/);
-POLICYMAP_API Kor::String8 valueToStrep(MatchOp op);
+POLICYMAP_API Kor::String valueToStrep(MatchOp op);
 POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
                                    MatchOp& op);
-/// Writes the bare name.
+// Writes the bare name.
 POLICYMAP_API std::ostream& operator<<(std::ostream& out, MatchOp op);
 
-/// The numbers from `low` to `high`, both included.
+// The numbers from `low` to `high`, inclusive.
 template <class Number>
 struct NumberRange {
   Number low = 0;
@@ -37,7 +37,7 @@ struct NumberRange {
   friend auto operator<=>(NumberRange const&, NumberRange const&) = default;
 };
 
-/// Up to two ranges, ascending and apart from each other.
+// Up to two ranges, ascending and not adjacent.
 template <class Number>
 class NumberRanges {
  public:
@@ -54,8 +54,8 @@ class NumberRanges {
   std::size_t count_ = 0;
 };
 
-/// An operator and its numbers. Of `any` low and high are 0, of an operator with one number both
-/// are that number, so that equal matches compare equal.
+// An operator and its numbers. With `any`, low and high are 0; with an operator of one number, both
+// are that number. So equal matches compare equal.
 template <class Traits>
 class POLICYMAP_API NumberMatch {
  public:
@@ -70,10 +70,10 @@ class POLICYMAP_API NumberMatch {
                       Kor::field("high", &NumberMatch::high, &NumberMatch::highIs));
   }
 
-  /// Any number.
+  // Matches any number.
   NumberMatch() = default;
-  /// `high` counts for ranges alone. Raises RangeException "PortMatch::low < 0 or > 65535 not
-  /// allowed", the same for high, and "PortMatch::high < low not allowed".
+  // `high` is used only with `range`. Raises RangeException "PortMatch::low < 0 or > 65535 not
+  // allowed", the same for high, and "PortMatch::high < low not allowed".
   NumberMatch(MatchOp op, std::int64_t low, std::int64_t high = 0);
 
   [[nodiscard]] static NumberMatch any() { return {}; }
@@ -89,13 +89,13 @@ class POLICYMAP_API NumberMatch {
   [[nodiscard]] Number low() const { return low_; }
   [[nodiscard]] Number high() const { return high_; }
   [[nodiscard]] bool isAny() const { return op_ == MatchOp::any; }
-  /// The numbers taken; none for `lt 0` and for `gt` the highest.
+  // The matching numbers; empty for `lt 0` and for `gt` the highest.
   [[nodiscard]] Ranges ranges() const;
-  /// Whether there are none.
+  // True if ranges() is empty.
   [[nodiscard]] bool matchesNothing() const {
     return (op_ == MatchOp::lt && low_ == 0) || (op_ == MatchOp::gt && low_ == highest);
   }
-  /// As in a configuration: "eq 80", "range 20 21"; empty for any.
+  // The configuration syntax: "eq 80", "range 20 21"; empty for any.
   [[nodiscard]] std::string describe() const;
 
   [[nodiscard]] bool operator!() const { return isAny(); }

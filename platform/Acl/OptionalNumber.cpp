@@ -3,7 +3,7 @@
 
 namespace Acl {
 
-Kor::String8 valueToStrep(OptionalNumber number) {
+Kor::String valueToStrep(OptionalNumber number) {
   return number ? Kor::valueToStrep(*number) : "None";
 }
 

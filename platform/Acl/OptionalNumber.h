@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// OptionalNumber: a number that a rule may or may not match on. Prints as the number or None.
+// OptionalNumber: a number or none. Prints as the number or None.
 
 #include "Kor/Assert.h"
 #include "Kor/Hash.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <concepts>
@@ -28,7 +28,7 @@ class POLICYMAP_API OptionalNumber {
 
   [[nodiscard]] constexpr explicit operator bool() const { return present_; }
   [[nodiscard]] constexpr bool operator!() const { return !present_; }
-  /// The number; there must be one.
+  // The number. Asserts that there is one.
   [[nodiscard]] std::int64_t operator*() const {
     KOR_ASSERT(present_);
     return number_;
@@ -37,7 +37,7 @@ class POLICYMAP_API OptionalNumber {
     return present_ ? number_ : other;
   }
 
-  // None first.
+  // None compares less than every number.
   friend constexpr bool operator==(OptionalNumber const&, OptionalNumber const&) = default;
   friend constexpr std::strong_ordering operator<=>(OptionalNumber const&,
                                                     OptionalNumber const&) = default;
@@ -50,12 +50,12 @@ class POLICYMAP_API OptionalNumber {
   std::int64_t number_ = 0;
 };
 
-POLICYMAP_API Kor::String8 valueToStrep(OptionalNumber number);
+POLICYMAP_API Kor::String valueToStrep(OptionalNumber number);
 POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
                                    OptionalNumber& number);
 POLICYMAP_API std::ostream& operator<<(std::ostream& out, OptionalNumber number);
 
-/// How a rule keeps one: in a Storage word, which must hold the largest number plus one.
+// Compact storage of an optional number. Storage must be able to hold the largest number plus one.
 template <std::unsigned_integral Storage>
 class StoredOptional {
  public:
@@ -68,7 +68,7 @@ class StoredOptional {
   friend constexpr auto operator<=>(StoredOptional const&, StoredOptional const&) = default;
 
  private:
-  Storage raw_ = 0;  // 0 for none, else the number plus one
+  Storage raw_ = 0;  // 0 for none, otherwise the number plus one
 };
 
 }  // namespace Acl

@@ -8,7 +8,7 @@
 namespace Acl {
 namespace {
 
-// Reads the rule if it is of that type.
+// Parses the rule if it is of type `Rule`.
 template <class Rule>
 bool readRule(std::string_view typeName, Kor::TextIterator& it, Kor::TextIterator const& end,
               OptionalRule& rule) {
@@ -21,7 +21,7 @@ bool readRule(std::string_view typeName, Kor::TextIterator& it, Kor::TextIterato
 
 }  // namespace
 
-Kor::String8 valueToStrep(OptionalRule const& rule) {
+Kor::String valueToStrep(OptionalRule const& rule) {
   auto const print = [](auto const& some) { return Kor::valueToStrep(some); };
   return rule ? std::visit(print, *rule) : "None";
 }
@@ -35,7 +35,7 @@ void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end, Option
   Kor::TextIterator ahead = it;
   Kor::needString(ahead, end, "Value ( ");
   auto const column = ahead.position();
-  auto const typeName = Kor::sequenceTo<Kor::String8>(ahead, end);
+  auto const typeName = Kor::sequenceTo<Kor::String>(ahead, end);
   if (!readRule<IpRuleConfig>(typeName.view(), it, end, rule) &&
       !readRule<Ip6RuleConfig>(typeName.view(), it, end, rule) &&
       !readRule<MacRuleConfig>(typeName.view(), it, end, rule)) {

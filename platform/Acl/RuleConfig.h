@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What the rules of the three kinds of access lists have in common: source and destination, and the
+// Common part of the rules of the three kinds of access lists: source, destination and the
 // operations of a value.
 
 #include "Acl/Fields.h"
@@ -15,8 +15,8 @@
 
 namespace Acl {
 
-/// `Self` is the rule, `Filter` what it matches besides the addresses, `Match` its kind of address
-/// set. A default-built rule permits everything.
+// `Self` is the rule, `Filter` the fields it matches besides the addresses, `Match` its type of
+// address set. A default-constructed rule permits everything.
 template <class Self, class Filter, class Match>
 class RuleConfig : public Filter {
  public:
@@ -35,12 +35,12 @@ class RuleConfig : public Filter {
   [[nodiscard]] Match const& destination() const { return destination_; }
   void destinationIs(Match const& destination) { destination_ = destination; }
 
-  /// One line as in a configuration, as "permit tcp 10.0.0.0/8 eq 80 any established".
+  // One line of configuration, e.g. "permit tcp 10.0.0.0/8 eq 80 any established".
   [[nodiscard]] std::string describe() const {
     return this->describeFilter(Self::anyProtocol, source_.describe(), destination_.describe());
   }
 
-  /// True for a default-built rule alone.
+  // True only for a default-constructed rule.
   [[nodiscard]] bool operator!() const { return *this == RuleConfig(); }
   bool operator==(RuleConfig const&) const = default;
   std::strong_ordering operator<=>(RuleConfig const&) const = default;

@@ -4,7 +4,7 @@
 #include "Acl/Fields.h"
 #include "Kor/KorType.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <cstdint>
@@ -13,8 +13,8 @@
 
 namespace Acl {
 
-/// The TCP flags that a rule looks at, and what they must be: bit 0 FIN, 1 SYN, 2 RST, 3 PSH, 4
-/// ACK, 5 URG, 6 ECE, 7 CWR. Value bits outside the mask are clear.
+// The TCP flags that a rule checks, and their required values: bit 0 FIN, 1 SYN, 2 RST, 3 PSH, 4
+// ACK, 5 URG, 6 ECE, 7 CWR. Value bits outside the mask are clear.
 class POLICYMAP_API TcpFlags {
  public:
   static constexpr std::uint8_t fin = 1, syn = 2, rst = 4, psh = 8, ack = 16, urg = 32, ece = 64,
@@ -25,9 +25,9 @@ class POLICYMAP_API TcpFlags {
                       Kor::field("mask", &TcpFlags::mask, &TcpFlags::maskIs));
   }
 
-  /// Looks at none.
+  // Checks no flags.
   TcpFlags() = default;
-  /// Raises RangeException "TcpFlags::value < 0 or > 255 not allowed", the same for mask.
+  // Raises RangeException "TcpFlags::value < 0 or > 255 not allowed", the same for mask.
   TcpFlags(std::int64_t value, std::int64_t mask);
 
   [[nodiscard]] std::uint8_t value() const { return value_; }

@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Acl/OptionalNumber.h"
+// The line in which a rule describes itself, as in a configuration.
 
+#include "Acl/NumberMatch.h"
+#include "Acl/OptionalNumber.h"
+#include "Acl/TcpFlags.h"
+
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace Acl {
 
-/// A rule's line in the making: words with single blanks between them. Empty words leave no trace.
+// Builds the line of a rule: words separated by single blanks. Empty words are ignored.
 class Words {
  public:
   explicit Words(bool permit) : text_(permit ? "permit" : "deny") {}
@@ -31,5 +36,38 @@ class Words {
  private:
   std::string text_;
 };
+
+// Appends what the line says of a field, by the type of the field; nothing if it matches any
+// packet.
+inline void say(Words& words, std::string_view label, bool condition) {
+  words.addIf(condition, label);
+}
+inline void say(Words& words, std::string_view label, OptionalNumber number) {
+  words.add(label, number);
+}
+// An identifier, 0 for any.
+inline void say(Words& words, std::string_view label, std::uint32_t identifier) {
+  words.add(label, identifier == 0 ? OptionalNumber() : OptionalNumber(identifier));
+}
+inline void say(Words& words, std::string_view label, TtlMatch const& ttl) {
+  words.addIf(!ttl.isAny(), label);
+  words.add(ttl.describe());
+}
+// Without the label: "+syn -ack".
+void say(Words& words, std::string_view label, TcpFlags flags);
+
+// One field of a filter as the line says it.
+template <class Filter>
+struct Option {
+  std::string_view field;
+  std::string_view label;
+  void (*add)(Words& words, std::string_view label, Filter const& filter);
+};
+template <class Filter, auto get>
+constexpr Option<Filter> option(std::string_view field, std::string_view label) {
+  return {field, label, [](Words& words, std::string_view said, Filter const& filter) {
+            say(words, said, (filter.*get)());
+          }};
+}
 
 }  // namespace Acl

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The tables of addresses of interfaces and of their statuses, for IPv4 and IPv6.
+// The tables of interface addresses and of their statuses, for IPv4 and IPv6.
 
 #include "Kor/Model.h"
 
@@ -10,7 +10,7 @@
 namespace Ip {
 
 template <class Address>
-Address makeAddress(Kor::String8 const& text) {
+Address makeAddress(Kor::String const& text) {
   return text.empty() ? Address() : Address(text.view());
 }
 template <class Address>

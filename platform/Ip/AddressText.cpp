@@ -22,7 +22,7 @@ void appendHex(std::string& text, unsigned value, std::size_t leastDigits) {
   text.append(leastDigits > count ? leastDigits - count : 0, '0').append(digits.data(), count);
 }
 
-// A whole text as a number of at most `mostDigits` digits.
+// Parses the whole text as a number of at most `mostDigits` digits.
 template <class Number>
 bool readWhole(std::string_view text, int base, std::size_t mostDigits, Number& number) {
   if (text.empty() || text.size() > mostDigits) {
@@ -32,7 +32,7 @@ bool readWhole(std::string_view text, int base, std::size_t mostDigits, Number& 
   return error == std::errc() && stop == text.data() + text.size();
 }
 
-// Cuts off and answers what stands before the first `separator`; all when there is none.
+// Removes and returns the part before the first `separator`, or all if there is none.
 std::string_view cut(std::string_view& text, char separator) {
   auto const at = text.find(separator);
   std::string_view const part = text.substr(0, at);
@@ -56,7 +56,7 @@ bool readIp(std::string_view text, std::span<std::uint8_t> bytes) {
   }
   return std::all_of(bytes.begin(), bytes.end(), [&](std::uint8_t& byte) {
     std::string_view const part = cut(text, '.');
-    // A leading zero means an octal number elsewhere, so that any guess is unsafe.
+    // Elsewhere a leading zero means octal, so neither interpretation is safe.
     bool const leadingZero = part.size() > 1 && part.front() == '0';
     return !leadingZero && readWhole(part, 10, 3, byte);
   });
@@ -74,7 +74,7 @@ std::string macText(std::span<std::uint8_t const> bytes) {
 }
 
 bool readMac(std::string_view text, std::span<std::uint8_t> bytes) {
-  // "0123.4567.89ab" is 14 characters, "01:23:45:67:89:ab" 17.
+  // "0123.4567.89ab" has 14 characters, "01:23:45:67:89:ab" has 17.
   bool const dotted = text.size() == 14;
   char const separator = dotted ? '.' : text.find('-') == std::string_view::npos ? ':' : '-';
   std::size_t const digits = dotted ? 4 : 2;
@@ -135,7 +135,8 @@ std::string ip6Text(std::span<std::uint8_t const> bytes) {
   return text;
 }
 
-// Groups joined by ':', the last perhaps an IPv4 address; an empty text is no group.
+// Parses groups joined by ':', the last one optionally an IPv4 address. An empty text has no
+// groups.
 bool readGroups(std::string_view text, Groups& address, std::size_t& count) {
   count = 0;
   while (!text.empty()) {
@@ -149,7 +150,7 @@ bool readGroups(std::string_view text, Groups& address, std::size_t& count) {
       return false;
     }
     if (!last && text.empty()) {
-      return false;  // a ':' with nothing behind it
+      return false;  // a ':' without a group after it
     }
   }
   return true;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What the addresses of interfaces and their statuses share between IPv4 and IPv6.
+// The common part of IPv4 and IPv6 interface addresses and their statuses.
 
 #include "Ip/AddressText.h"
 #include "Kor/Entity.h"
@@ -11,7 +11,7 @@
 #include "Kor/Notifiee.h"
 #include "Kor/Strep.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 #include <array>
@@ -24,29 +24,29 @@
 
 namespace Ip {
 
-/// The address of an interface and the length of its network's prefix. Prints as a Python string,
-/// '10.1.2.3/24'; no address as ''.
+// The address of an interface and its prefix length. Prints as a Python string, '10.1.2.3/24'; no
+// address prints as ''.
 template <class Traits>
 class POLICYMAP_API InterfaceAddress {
  public:
   static constexpr std::size_t size = Traits::size;
   static constexpr std::size_t bits = size * 8;
   static constexpr std::string_view korTypeName = Traits::typeName;
-  /// In network order.
+  // In network order.
   using Bytes = std::array<std::uint8_t, size>;
 
-  /// No address.
+  // No address.
   InterfaceAddress() = default;
-  /// Raises RangeException "Ip::Address::length < 0 or > 32 not allowed".
+  // Raises RangeException "Ip::Address::length < 0 or > 32 not allowed".
   InterfaceAddress(Bytes const& bytes, std::int64_t length);
-  /// Reads "10.1.2.3/24"; without a length it is that of one address. Raises RangeException
-  /// "Ip::Address: 'TEXT' is not an address".
+  // Parses "10.1.2.3/24"; the default length covers one address. Raises RangeException
+  // "Ip::Address: 'TEXT' is not an address".
   explicit InterfaceAddress(std::string_view text);
 
   [[nodiscard]] Bytes const& bytes() const { return bytes_; }
   [[nodiscard]] std::uint8_t length() const { return length_; }
 
-  /// No address: 0.0.0.0/0 is none.
+  // True if there is no address. 0.0.0.0/0 is no address.
   [[nodiscard]] bool operator!() const { return *this == InterfaceAddress(); }
   friend auto operator<=>(InterfaceAddress const&, InterfaceAddress const&) = default;
   [[nodiscard]] std::uint32_t hash() const;
@@ -54,18 +54,17 @@ class POLICYMAP_API InterfaceAddress {
   [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
-  /// As it prints, without quotes.
-  [[nodiscard]] Kor::String8 text() const;
-  friend Kor::String8 valueToStrep(InterfaceAddress const& address) {
+  // The printed form without quotes.
+  [[nodiscard]] Kor::String text() const;
+  friend Kor::String valueToStrep(InterfaceAddress const& address) {
     return Kor::valueToStrep(address.text());
   }
   friend void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
                               InterfaceAddress& address) {
-    Kor::String8 text;
+    Kor::String text;
     Kor::sequenceToValue(it, end, text);
     address = text.empty() ? InterfaceAddress() : InterfaceAddress(text.view());
   }
-  /// Writes the text form.
   friend std::ostream& operator<<(std::ostream& out, InterfaceAddress const& address) {
     return out << valueToStrep(address);
   }
@@ -107,18 +106,18 @@ std::uint32_t InterfaceAddress<Traits>::hash() const {
 }
 
 template <class Traits>
-Kor::String8 InterfaceAddress<Traits>::text() const {
+Kor::String InterfaceAddress<Traits>::text() const {
   return !*this ? "" : addressText(bytes_) + "/" + std::to_string(length_);
 }
 
-/// Hears of a status of type `Status` that keeps addresses by interface.
+// Observes a status of type `Status`, which holds addresses by interface.
 template <class Status>
 class AddressNotifieeConst : public Kor::NotifieeOf<Status, Kor::Entity::NotifieeConst> {
  public:
   using NotifieeConst = AddressNotifieeConst;
 
   using Kor::NotifieeOf<Status, Kor::Entity::NotifieeConst>::NotifieeOf;
-  /// That interface got, changed or lost its address.
+  // The address of that interface was set, changed or removed.
   virtual void onIntfAddress([[maybe_unused]] Vorel::IntfId intf) {}
 };
 template <class Status>
@@ -129,7 +128,7 @@ class AddressNotifiee : public AddressNotifieeConst<Status> {
   using AddressNotifieeConst<Status>::AddressNotifieeConst;
 };
 
-/// The status of type `Self`, apart from its collection.
+// Base of the status `Self`, which adds the collection.
 template <class Self>
 class AddressStatus : public Kor::Entity {
  public:

@@ -6,7 +6,7 @@
 #include "Kor/KorType.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 #include <cstddef>
@@ -27,7 +27,7 @@ POLICYMAP_API Kor::KorType* Ip::InterfaceAddress<Ip6::AddressTraits>::_fwkType()
 
 namespace Ip6 {
 
-/// The IPv6 addresses of interfaces. Hooks of its notifiees: onIntfAddress(IntfId).
+// The IPv6 addresses of interfaces. Notifiee hook: onIntfAddress(IntfId).
 class POLICYMAP_API Status : public Ip::AddressStatus<Status> {
  public:
   using Ptr = Kor::Ptr<Status>;
@@ -39,8 +39,8 @@ class POLICYMAP_API Status : public Ip::AddressStatus<Status> {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  KOR_VALUE_COLLECTION(Status, intfAddress, IntfAddress, Vorel::IntfId, Address, ,
-                       { addressChanged(key); })
+  KOR_VALUE_COLLECTION(Status, intfAddress, IntfAddress, Vorel::IntfId, Address,
+                       KOR_ON_CHANGE(addressChanged(key)))
 };
 
 }  // namespace Ip6

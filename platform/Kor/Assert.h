@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Assertions: a broken promise of our own code. They are on in every build type, print
+// Assertions check the promises of this code itself. They are on in every build type. A failed one
+// prints
 //
 //   SOURCE: assertion "TEXT" failed at FILE:LINE
 //
-// to stderr and end the process. Bad input is not for assertions: it raises Kor::Exception.
+// to stderr and ends the process. Bad input raises Kor::Exception instead.
 
 #include "Kor/Export.h"
 
@@ -13,9 +14,9 @@
 
 namespace Kor {
 
-// What an assertion reports. All views live until the process ends.
+// The views stay valid until the process ends.
 struct AssertionFailure {
-  std::string_view source;  // who asserts, as "Kor/HashMap"
+  std::string_view source;  // the asserting source, e.g. "Kor/HashMap"
   std::string_view text;    // the asserted expression
   std::string_view file;
   int line;
@@ -23,14 +24,13 @@ struct AssertionFailure {
 
 using AssertionHandler = void (*)(AssertionFailure const&);
 
-// Installs what runs instead of the print to stderr and answers the handler before it; null
-// restores the print. A handler that returns does not save the process: abort() follows.
+// Installs the handler that runs instead of the print to stderr, and returns the previous one. Null
+// restores the print. If the handler returns, the process aborts.
 KOR_API AssertionHandler assertionHandlerIs(AssertionHandler handler);
 
 [[noreturn]] KOR_API void assertionFailed(AssertionFailure const& failure);
 
-// The last folder and the base name of a path without its ending: "platform/Kor/HashMap.h" is
-// "Kor/HashMap".
+// The last folder and the stem of a path: "platform/Kor/HashMap.h" gives "Kor/HashMap".
 constexpr std::string_view sourceNameOf(std::string_view path) {
   auto const ending = path.rfind('.');
   std::string_view const stem = path.substr(0, ending);
@@ -44,7 +44,7 @@ constexpr std::string_view sourceNameOf(std::string_view path) {
 
 }  // namespace Kor
 
-// Asserts `condition` under a source name and a text of its own, both string literals.
+// Asserts `condition` with the given source name and text, both string literals.
 #define KOR_ASSERT_AS(source, text, condition)                        \
   do {                                                                \
     if (!(condition)) [[unlikely]] {                                  \
@@ -52,5 +52,5 @@ constexpr std::string_view sourceNameOf(std::string_view path) {
     }                                                                 \
   } while (false)
 
-// Asserts `condition` with its own spelling as the text and the file as the source name.
+// Asserts `condition`. The text is its spelling, the source name is that of the file.
 #define KOR_ASSERT(condition) KOR_ASSERT_AS(::Kor::sourceNameOf(__FILE__), #condition, condition)

@@ -12,7 +12,7 @@ char lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-// How many letters must be added, dropped or replaced to make one of the other, whatever the case.
+// The edit distance of two names, ignoring case.
 std::size_t distance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
@@ -28,7 +28,7 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
-// " (did you mean A or B?)" for what is near enough to be a slip.
+// " (did you mean A or B?)" for names close enough to be a typing error, otherwise empty.
 std::string nearest(std::string_view wrong, std::vector<std::string_view> const& names) {
   constexpr std::size_t most = 3;
   std::vector<std::pair<std::size_t, std::string_view>> near;
@@ -106,7 +106,7 @@ GenericPlace GenericPlace::at(GenericValue const& key) const {
 
 bool GenericPlace::has(GenericValue const& key) const {
   if (isWholeCollection()) {
-    // The query that looks at the key and reads no member.
+    // This query checks the type of the key but reads no member.
     at(key).operation(AttributeOperation::next);
   }
   for (auto const& [present, member] : *this) {

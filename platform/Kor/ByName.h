@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Objects by name: for those who have no class header, or want none.
+// Access to objects by name, without their class headers.
 //
 //   Kor::GenericRef helper = Kor::construct("PolicyMapTest::AclHelper", true, false);
 //   helper["commitError"] = "table full";
@@ -11,13 +11,13 @@
 //   }
 //   auto const created = helper["testData"][key]["created"].as<bool>();
 //
-// Names are looked up where they are used. A Kor::AttributeName is looked up once and can be kept:
+// Names are looked up on each use. A Kor::AttributeName keeps the result and can be reused:
 //
 //   static Kor::AttributeName const commitCount("commitCount");
 //   helper.get(commitCount);
 //
-// Errors: the exceptions of the generic interface, and RangeException for a name that there is not,
-// with the nearest ones that there are.
+// Errors: the exceptions of the generic interface, and RangeException for an unknown name. Its text
+// suggests the nearest known names.
 
 #include "Kor/Export.h"
 #include "Kor/Generic.h"
@@ -40,12 +40,12 @@ namespace Kor {
 class GenericPlace;
 class GenericRef;
 
-// An attribute's name that remembers where it was found last.
+// An attribute name that caches its last lookup.
 class KOR_API AttributeName {
  public:
   explicit AttributeName(std::string_view name) : name_(name) {}
   [[nodiscard]] std::string const& name() const { return name_; }
-  // The attribute of that name in `type`. Raises RangeException when there is none.
+  // Returns the attribute of that name in `type`. Raises RangeException if there is none.
   [[nodiscard]] KorAttr const& in(KorType const* type) const {
     if (type != type_) [[unlikely]] {
       find(type);
@@ -61,14 +61,15 @@ class KOR_API AttributeName {
   mutable KorAttr const* attr_ = nullptr;
 };
 
-// The attribute of that name in `type`. Raises RangeException "TYPE has no such attribute: NAME",
-// with the nearest names behind it.
+// Returns the attribute of that name in `type`. Raises RangeException "TYPE has no such attribute:
+// NAME", followed by the nearest names.
 [[nodiscard]] KOR_API KorAttr const& attributeNamed(KorType const* type, std::string_view name);
-// The entered type of that qualified name. Raises RangeException "no such type: NAME", likewise.
+// Returns the registered type of that qualified name. Raises RangeException "no such type: NAME",
+// followed by the nearest names.
 [[nodiscard]] KOR_API KorType const& typeNamed(std::string_view name);
 
-// A function is called and everything else is read; both use the same operation code.
-// These raise OpNotSupportedException for the other kind.
+// Calling a function and reading data share one operation code. These raise OpNotSupportedException
+// for an attribute of the other kind.
 inline void needCallable(KorAttr const& attr) {
   if (!attr.isFunction()) [[unlikely]] {
     GenericIf::throwOpNotSupportedException(attr.name(), AttributeOperation::get);
@@ -80,7 +81,7 @@ inline void needReadable(KorAttr const& attr) {
   }
 }
 
-// What C++ has as a generic value.
+// Converts a C++ value to a generic value.
 template <class T>
 [[nodiscard]] GenericValue generic(T const& value) {
   if constexpr (std::constructible_from<GenericValue, T const&>) {
@@ -88,19 +89,19 @@ template <class T>
   } else if constexpr (std::convertible_to<T const&, GenericValue>) {
     return static_cast<GenericValue>(value);
   } else if constexpr (std::convertible_to<T const&, std::string_view>) {
-    return String8(std::string_view(value));
+    return String(std::string_view(value));
   } else {
     return Generic<T>::value(value);
   }
 }
 
-// A generic value as C++ has it. Raises TypeException with the type that was expected and `name`.
+// Converts a generic value to T. Raises TypeException with the expected type and `name`.
 template <class T>
 [[nodiscard]] T converted(GenericValue const& value, std::string_view name) {
   if constexpr (std::same_as<T, GenericValue>) {
     return value;
   } else if constexpr (std::same_as<T, std::string>) {
-    return converted<String8>(value, name).stdString();
+    return converted<String>(value, name).stdString();
   } else {
     T result{};
     if (!Generic<T>::take(value, result)) {
@@ -110,7 +111,7 @@ template <class T>
   }
 }
 
-// A value that was read, answered or built; mostly an object, whose attributes it reaches.
+// A generic value with access to its attributes, if it is an object or a value with attributes.
 class KOR_API GenericRef {
  public:
   GenericRef() = default;
@@ -123,7 +124,7 @@ class KOR_API GenericRef {
   [[nodiscard]] GenericValue const& value() const { return value_; }
   // NOLINTNEXTLINE(google-explicit-constructor): arguments are given as generic values
   operator GenericValue() const { return value_; }
-  // Whether there is a value, and not a null pointer.
+  // True for any value except a null pointer.
   explicit operator bool() const { return value_.present() && !value_.isNull(); }
   [[nodiscard]] bool isNull() const { return value_.isNull(); }
   template <class T>
@@ -131,11 +132,11 @@ class KOR_API GenericRef {
     return converted<T>(value_, "value");
   }
 
-  // Of an object or a model value; for anything else these raise RangeException "VALUE has no
-  // attributes".
+  // These require an object or a model value. For any other value they raise RangeException "VALUE
+  // has no attributes".
   [[nodiscard]] KorType const* type() const { return adapter().type(); }
   [[nodiscard]] bool isConst() const { return value_.isConst(); }
-  // The same, not to be changed.
+  // The same value, read-only.
   [[nodiscard]] GenericRef asConst() const {
     GenericValue value = value_;
     value.makeConst();
@@ -144,7 +145,7 @@ class KOR_API GenericRef {
   [[nodiscard]] GenericIf adapter() const;
 
   [[nodiscard]] GenericPlace operator[](std::string_view name) const;
-  // Raises as reading the place of that name does.
+  // Raises the same errors as reading the place of that name.
   [[nodiscard]] GenericValue get(AttributeName const& name) const {
     KorAttr const& attr = attributeOf(name);
     if (attr.reader() == nullptr) [[unlikely]] {
@@ -157,7 +158,8 @@ class KOR_API GenericRef {
     KorAttr const& attr = attributeOf(name);
     GenericIf::attributeOp(instance(), attr, {0, AttributeOperation::set, {}, std::move(value)});
   }
-  // Calls a function with these arguments. Raises OpNotSupportedException for what is no function.
+  // Calls a function with these arguments. Raises OpNotSupportedException if the attribute is not a
+  // function.
   template <class... Args>
   GenericRef call(AttributeName const& name, Args const&... args) const {
     KorAttr const& attr = attributeOf(name);
@@ -172,7 +174,7 @@ class KOR_API GenericRef {
     return call(AttributeName(name), args...);
   }
 
-  // As GenericValue compares.
+  // Compares like GenericValue.
   template <class T>
   bool operator==(T const& other) const {
     return value_ == generic(other);
@@ -198,7 +200,7 @@ class KOR_API GenericRef {
   GenericValue value_;
 };
 
-// An attribute of an object, or a member of a collection: what stands left of an assignment.
+// An attribute of an object or a member of a collection. It can be read, assigned and called.
 class KOR_API GenericPlace {
  public:
   class Iterator;
@@ -214,7 +216,7 @@ class KOR_API GenericPlace {
     return attr_->isCollection() && !index_.present();
   }
 
-  // What stands there. Raises OpNotSupportedException for a function and TypeException "kor_index"
+  // Reads the value. Raises OpNotSupportedException for a function and TypeException "kor_index"
   // for a whole collection.
   [[nodiscard]] GenericRef get() const {
     needReadable(*attr_);
@@ -226,13 +228,13 @@ class KOR_API GenericPlace {
   [[nodiscard]] T as() const {
     return converted<T>(get().value(), attr_->name().view());
   }
-  // Writes the data, or sets the member.
+  // Writes the data or sets the member.
   template <class T>
   requires(!std::same_as<T, GenericPlace>) GenericPlace& operator=(T const& value) {
     operation(AttributeOperation::set, generic(value));
     return *this;
   }
-  // Writes what stands at another place; it does not become that place.
+  // Writes the value of the other place. Does not rebind this place.
   GenericPlace& operator=(GenericPlace const& other) {  // NOLINT(cert-oop54-cpp): a write
     operation(AttributeOperation::set, other);
     return *this;
@@ -241,43 +243,43 @@ class KOR_API GenericPlace {
     return *this = static_cast<GenericPlace const&>(other);
   }
 
-  // Of a collection: the member at that key. Of anything else: the attribute of that name of the
-  // object that stands there.
+  // For a collection, the member at that key. Otherwise the attribute of that name in the object at
+  // this place.
   template <class K>
   [[nodiscard]] GenericPlace operator[](K const& key) const {
     return at(generic(key));
   }
-  // Calls the function that the place is. Raises OpNotSupportedException for any other place.
+  // Calls the function at this place. Raises OpNotSupportedException if it is not a function.
   template <class... Args>
   GenericRef operator()(Args const&... args) const {
     return invoke(GenericList::of(generic(args)...));
   }
-  // The same with the arguments in a list.
+  // Calls the function with the arguments in a list.
   GenericValue invoke(GenericList::Ptr const& args) const {
     needCallable(*attr_);
     return self_.attributeOp(*attr_, {attr_->id(), AttributeOperation::get, index_, args});
   }
-  // Calls a function of the object that stands there.
+  // Calls a function of the object at this place.
   template <class... Args>
   GenericRef call(std::string_view name, Args const&... args) const {
     return get().call(name, args...);
   }
 
-  // Of a member of an owned collection: creates it unless it is there.
+  // Creates the member of an owned collection, or returns the existing one.
   GenericRef create() const { return operation(AttributeOperation::set, GenericList::of()); }
-  // Of a member: takes it out.
+  // Removes the member from its collection.
   void del() const { operation(AttributeOperation::del); }
 
-  // Of a whole collection; for a member these raise BadIndexAttrException, for what is no
-  // collection OpNotSupportedException. A walk survives the removal of members, its current one
-  // included.
+  // These require a whole collection. For a member they raise BadIndexAttrException, for any other
+  // attribute OpNotSupportedException. Members may be removed during iteration, including the
+  // current one.
   [[nodiscard]] std::size_t size() const {
     return static_cast<std::size_t>(operation(AttributeOperation::count).value().integer());
   }
   [[nodiscard]] Iterator begin() const;
   [[nodiscard]] std::default_sentinel_t end() const { return {}; }
-  // Whether there is a member at that key; raises TypeException "kor_index" for one of a wrong
-  // type. Walks the keys.
+  // True if a member exists at that key. Raises TypeException "kor_index" for a key of the wrong
+  // type. Takes time linear in the size of the collection.
   template <class K>
   [[nodiscard]] bool contains(K const& key) const {
     return has(generic(key));
@@ -301,13 +303,13 @@ class KOR_API GenericPlace {
   GenericValue index_;
 };
 
-// Walks a collection in its own order; gives pairs of key and member.
+// Iterates over a collection in its own order, as pairs of key and member.
 class KOR_API GenericPlace::Iterator {
  public:
   using value_type = std::pair<GenericRef, GenericRef>;
   using difference_type = std::ptrdiff_t;
 
-  // `key` is where the walk begins.
+  // Starts at `key`.
   Iterator(GenericIf self, KorAttr const& attr, GenericValue key)
       : self_(std::move(self)), attr_(&attr), key_(std::move(key)) {}
   [[nodiscard]] value_type operator*() const;
@@ -321,7 +323,7 @@ class KOR_API GenericPlace::Iterator {
   GenericValue key_;
 };
 
-// A new object, or a value, of the type of that qualified name.
+// Creates an object or a value of the type with that qualified name.
 template <class... Args>
 [[nodiscard]] GenericRef construct(std::string_view typeName, Args const&... args) {
   return genericConstruct(typeNamed(typeName), GenericList::of(generic(args)...)).value();

@@ -16,7 +16,7 @@ KorType* Entity::_fwkType() {
   return &type;
 }
 
-String8 Entity::attributeString(AttributeId id) const {
+String Entity::attributeString(AttributeId id) const {
   return fwkType()->attributeString(id);
 }
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Entity: a named object that notifies.
+// Entity: a named object that notifies its observers.
 //
-// Two ways to learn of a change. A notifiee hears the hooks of one class, one per attribute. A
-// reader of the attribute log hears of every stored change of an object of any class, by attribute
-// identifier, right after the store and before the notifiees.
+// Two kinds of observers exist. A notifiee implements the hooks of one class, one per attribute. An
+// attribute log reader is notified of every stored change of an entity of any class, by attribute
+// identifier. The log readers run directly after the store, before the notifiees.
 
 #include "Kor/Export.h"
 #include "Kor/Notifiee.h"
@@ -30,10 +30,10 @@ class KOR_API Entity : public PtrInterface, public NotifieeList {
   [[nodiscard]] KorType const* fwkType() const override;
   [[nodiscard]] static KorType* _fwkType();
 
-  // The name of an attribute of this object, "unknown" for an identifier that it has not.
-  [[nodiscard]] virtual String8 attributeString(AttributeId id) const;
+  // The name of an attribute of this object; "unknown" if it has no such attribute.
+  [[nodiscard]] virtual String attributeString(AttributeId id) const;
 
-  // Attaches and detaches a reader of this object's attribute log; both may repeat.
+  // Attaches or detaches a reader of this object's attribute log. Repeating either has no effect.
   virtual void attributeLogReaderIs(Kor::Ptr<AttributeLogReader> const& reader) const;
   virtual void attributeLogReaderDel(Kor::Ptr<AttributeLogReader> const& reader) const;
 
@@ -42,16 +42,16 @@ class KOR_API Entity : public PtrInterface, public NotifieeList {
   static constexpr AttributeId nameId = 130;
 
  protected:
-  // Announces a stored change: first to the readers of the attribute log, then by `hook` to the
-  // notifiees of X. Whoever writes calls it right after the store. The hook owns what it passes on:
-  // a key may lie in a member that an earlier notifiee has let go.
+  // Announces a stored change, first to the log readers, then by `hook` to the notifiees of X. To
+  // be called directly after the store. The hook must own the values it passes on: an earlier
+  // notifiee may release the member that holds the key.
   template <class X, class Hook>
   void attributeChanged(AttributeId id, Hook&& hook) const {
     if (notifiees() == 0 && log_.notifiees() == 0) [[likely]] {
       return;
     }
     X const* const changed = static_cast<X const*>(this);
-    // A reader may drop the last reference; the notifiees are called all the same.
+    // A reader may drop the last reference; the notifiees are still called.
     Kor::Ptr<X const> const pinned = log_.notifiees() == 0 ? nullptr : share(changed);
     attributeLogged(id);
     notify<typename X::NotifieeConst>(changed, X::_fwkType(), id, hook);
@@ -87,7 +87,7 @@ class KOR_API Entity::Notifiee : public Entity::NotifieeConst {
   ~Notifiee() override;
 };
 
-// Hears of every stored change of the entity that it is attached to.
+// Observes every stored change of one entity.
 class KOR_API AttributeLogReader : public NotifieeBase {
  public:
   AttributeLogReader();
@@ -95,7 +95,7 @@ class KOR_API AttributeLogReader : public NotifieeBase {
 
   virtual void onAttribute(Entity const& entity, AttributeId id) = 0;
 
-  // Reads another entity's log, or none.
+  // Reads the log of another entity, or of none if null.
   void notifierIs(Entity const* entity);
 
  private:

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The event loop: activities run when somebody turns it, never by itself.
+// The event loop. Activities run only while a caller runs the loop.
 //
-// Order: by due time, and among equal times in the order of scheduling. Time is the machine's
-// clock, or virtual: then it stands still except where runFor() moves it, and every run gives the
-// same order.
+// Order: by due time; activities with equal due times run in scheduling order. Time is the
+// machine's clock or virtual. Virtual time advances only in runFor(), so every run gives the same
+// order.
 
 #include "Kor/Export.h"
 
@@ -18,27 +18,28 @@ namespace Kor {
 
 class EventLoop;
 
-// Something to be done later on the loop. Destroying it takes it off.
+// An action to be run later by the loop. Destroying it cancels it.
 class KOR_API Activity {
  public:
-  Activity();  // on the process's own loop
+  Activity();  // on the global loop
   explicit Activity(EventLoop& loop) : loop_(&loop) {}
   Activity(Activity const&) = delete;
   Activity& operator=(Activity const&) = delete;
   virtual ~Activity();
 
-  // Puts it at the end of what is due now; nothing when it is scheduled for now or earlier already.
+  // Schedules it after everything that is due now. Does nothing if it is already scheduled for now
+  // or earlier.
   void schedule();
-  // Due `seconds` from now, instead of whatever was scheduled. More than 0 seconds is later than
-  // now, however little it is.
+  // Schedules it `seconds` from now and replaces an earlier schedule. Any positive value is later
+  // than now, however small.
   void scheduleIn(double seconds);
   void cancel();
   [[nodiscard]] bool scheduled() const { return scheduled_; }
-  // When it is due, in seconds of the loop's clock; meaningful while scheduled.
+  // Due time in seconds of the loop's clock. Valid only while scheduled.
   [[nodiscard]] double dueTime() const { return due_; }
 
  protected:
-  // Runs once per scheduling, no longer scheduled when it starts.
+  // Runs once per schedule. scheduled() is already false when it starts.
   virtual void run() = 0;
 
  private:
@@ -52,7 +53,7 @@ class KOR_API Activity {
 
 class KOR_API EventLoop {
  public:
-  // The process's loop: the one whose clock Kor::now() reads.
+  // The loop of the process. Kor::now() reads its clock.
   static EventLoop& global();
 
   EventLoop() = default;
@@ -60,17 +61,17 @@ class KOR_API EventLoop {
   EventLoop& operator=(EventLoop const&) = delete;
   ~EventLoop();
 
-  // Seconds: since the epoch, or since virtual time was switched on.
+  // Seconds since the epoch, or since virtual time was switched on.
   [[nodiscard]] double now() const;
-  // Switching it on starts virtual time at 0, also when it was on.
+  // Switching virtual time on resets it to 0, even if it was already on.
   void virtualTimeIs(bool isVirtual);
   [[nodiscard]] bool virtualTime() const { return virtual_; }
 
-  // Runs all that is due, and what that makes due, until nothing is due at the present time.
+  // Runs everything that is due, including what becomes due meanwhile. Does not wait.
   void runUntilIdle();
-  // Runs what comes due during the next `seconds`, and answers when they have passed.
+  // Runs everything that becomes due within `seconds`; returns when they have elapsed.
   void runFor(double seconds);
-  // Scheduled activities, due or not.
+  // Number of scheduled activities, due or not.
   [[nodiscard]] std::size_t pending() const { return queue_.size(); }
 
  private:
@@ -88,7 +89,7 @@ class KOR_API EventLoop {
   void waitUntil(double time);
 
   std::set<Activity*, Earlier> queue_;
-  std::uint64_t scheduled_ = 0;  // number of schedulings so far
+  std::uint64_t scheduled_ = 0;  // schedules so far
   bool virtual_ = false;
   double virtualNow_ = 0;
 };
@@ -106,7 +107,7 @@ class KOR_API Timer final : public Activity {
   std::function<void()> call_;
 };
 
-// The time of the process's loop in seconds.
+// The time of the global loop in seconds.
 KOR_API double now();
 
 }  // namespace Kor

@@ -8,7 +8,7 @@
 
 namespace Kor {
 
-// Root of everything the framework throws. what() is the text, whole.
+// Root of the framework's exceptions. what() returns the whole text.
 class KOR_API Exception : public std::exception {
  public:
   explicit Exception(std::string text) : text_(std::move(text)) {}
@@ -21,7 +21,7 @@ class KOR_API Exception : public std::exception {
   std::string text_;
 };
 
-// A value that is not allowed: out of range, of the wrong form, missing.
+// A value is out of range, malformed or missing.
 class KOR_API RangeException : public Exception {
  public:
   using Exception::Exception;

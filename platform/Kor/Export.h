@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-/// Marks what libKor offers to others; everything else stays inside the library.
+// Marks the public interface of libKor. All other symbols are hidden.
 #define KOR_API __attribute__((visibility("default")))

@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Generic<T>: how a C++ type goes in and out of generic values.
+// Generic<T>: conversion between a C++ type and generic values.
 //
 //   type()          the record of T
 //   value(t)        the generic value of t
-//   take(g, t)      stores the content of g in t; false, and t unchanged, when g is no T
+//   take(g, t)      stores the content of g in t; if g is not a T, returns false and leaves t
+//                   unchanged
 //
-// Numbers: an integer must be in T's range; an integer is good for a double, nothing else converts.
-// An enumeration takes its names and any signed 32-bit number, one of a narrower type the numbers
-// in use. A pointer takes null and objects of its type and derived ones; a const object is good for
-// a pointer to const alone. A model value takes values of its type; one whose text form is a plain
-// text takes that text too.
+// Numbers: an integer must be in T's range. An integer converts to double; there are no other
+// conversions between numbers. An enumeration accepts its names and any signed 32-bit number; a
+// narrower one accepts only the numbers in use. A pointer accepts null and objects of its type and
+// of derived types; a const object converts only to a pointer to const. A model value accepts
+// values of its type; if its text form is a plain text, it accepts that text too.
 
 #include "Kor/Export.h"
 #include "Kor/GenericValue.h"
@@ -29,7 +30,7 @@
 
 namespace Kor {
 
-// The records of types that are no classes: bool, int32_t, uint32_t, uint64_t, …, double, void,
+// The records of non-class types: bool, int8_t to int64_t, uint8_t to uint64_t, double, void,
 // Kor::String, Kor::Name, and Kor::List for lists.
 template <class T>
 KorType* primitiveType();
@@ -44,17 +45,17 @@ extern template KOR_API KorType* primitiveType<std::uint16_t>();
 extern template KOR_API KorType* primitiveType<std::uint32_t>();
 extern template KOR_API KorType* primitiveType<std::uint64_t>();
 extern template KOR_API KorType* primitiveType<double>();
-extern template KOR_API KorType* primitiveType<String8>();
+extern template KOR_API KorType* primitiveType<String>();
 extern template KOR_API KorType* primitiveType<Name>();
 extern template KOR_API KorType* primitiveType<GenericList>();
 
-// A class with a record of its own.
+// A class with a record.
 template <class T>
 concept ModelType = requires {
   { T::_fwkType() } -> std::convertible_to<KorType const*>;
 };
 
-// An enumeration with a record: the function korEnumType(E) in its namespace answers it.
+// An enumeration with a record, returned by korEnumType(E) in the enumeration's namespace.
 template <class T>
 concept ModelEnum = std::is_enum_v<T> && requires(T value) {
   { korEnumType(value) } -> std::convertible_to<KorType const*>;
@@ -83,7 +84,7 @@ struct Generic<bool> {
 
 template <std::integral Number>
 struct Generic<Number> {
-  // Alike numbers share a record, whatever C++ calls them.
+  // C++ types of the same size and sign share a record.
   using Same = std::conditional_t<
       std::is_signed_v<Number>,
       std::conditional_t<
@@ -124,10 +125,10 @@ struct Generic<double> {
   }
 };
 
-template <std::derived_from<String8> Text>
+template <std::derived_from<String> Text>
 struct Generic<Text> {
   static KorType const* type() { return primitiveType<Text>(); }
-  static GenericValue value(Text const& text) { return String8(text); }
+  static GenericValue value(Text const& text) { return String(text); }
   static bool take(GenericValue const& from, Text& to) {
     if (from.kind() != GenericValue::Kind::text) {
       return false;
@@ -161,7 +162,7 @@ struct Generic<Enum> {
   }
 
  private:
-  static bool read(String8 const& strep, Enum& to) {
+  static bool read(String const& strep, Enum& to) {
     try {
       to = strepToValue<Enum>(strep);
       return true;
@@ -197,7 +198,7 @@ class TypedBox final : public ValueBox {
   [[nodiscard]] bool equals(ValueBox const& other) const override {
     return value_ == static_cast<TypedBox const&>(other).value_;
   }
-  [[nodiscard]] String8 text() const override { return valueToStrep(value_); }
+  [[nodiscard]] String text() const override { return valueToStrep(value_); }
   [[nodiscard]] T const& value() const { return value_; }
   [[nodiscard]] T& value() { return value_; }
 
@@ -208,7 +209,7 @@ class TypedBox final : public ValueBox {
 template <ModelType T>
 requires(!std::is_base_of_v<PtrInterface, T>) struct Generic<T> {
   static KorType const* type() { return T::_fwkType(); }
-  // What is read is a copy, so it is const: a change to it would be lost.
+  // A read returns a copy. It is const because a change to it would be lost.
   static GenericValue value(T const& value) { return boxed(value, true); }
   static GenericValue boxed(T const& value, bool isConst) {
     return {Ptr<ValueBox const>(new TypedBox<T>(value)), isConst};

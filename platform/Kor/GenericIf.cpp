@@ -13,7 +13,7 @@ namespace {
 
 using Kind = GenericValue::Kind;
 
-std::string typeError(String8 const& typeName, String8 const& name) {
+std::string typeError(String const& typeName, String const& name) {
   return "type error: " + (typeName.empty() ? "" : typeName.stdString() + " expected for ") +
          name.stdString();
 }
@@ -22,11 +22,11 @@ char peek(TextIterator const& it, TextIterator const& end) {
   return it == end ? '\0' : *it;
 }
 
-// The type named at the head of `Value('Ns::Type', …`.
+// The type named at the start of `Value('Ns::Type', …`.
 KorType const& valueTypeAt(TextIterator it, TextIterator const& end) {
   needString(it, end, "Value ( ");
   auto const column = it.position();
-  String8 name;
+  String name;
   sequenceToValue(it, end, name);
   KorType const* const type = KorType::named(name.view());
   if (type == nullptr || type->operations().parse == nullptr) {
@@ -50,7 +50,7 @@ GenericValue numberAt(TextIterator& it, TextIterator const& end) {
   return sequenceToUnsigned(it, end, UINT64_MAX);
 }
 
-// Lists in lists in lists: far more than anybody writes, far less than the stack bears.
+// Nesting limit of parsed lists: far above any real input, far below what the stack allows.
 constexpr unsigned deepest = 200;
 
 void valueAt(TextIterator& it, TextIterator const& end, GenericValue& value, unsigned depth);
@@ -97,7 +97,7 @@ void valueAt(TextIterator& it, TextIterator const& end, GenericValue& value, uns
              ahead.starts_with("float")) {
     value = numberAt(it, end);
   } else if (head == '\'' || head == '"' || ahead.find_first_of("'\"") < 3) {
-    String8 text;
+    String text;
     sequenceToValue(it, end, text);
     value = text;
   } else {
@@ -105,8 +105,8 @@ void valueAt(TextIterator& it, TextIterator const& end, GenericValue& value, uns
   }
 }
 
-// Lists may be nested deeper than the stack bears, so the places that are open stand in a vector.
-String8 listToStrep(GenericList const& whole) {
+// Lists may be nested too deep for recursion, so the open positions are in a vector.
+String listToStrep(GenericList const& whole) {
   struct Place {
     GenericList const& list;
     std::size_t next = 0;
@@ -134,23 +134,23 @@ String8 listToStrep(GenericList const& whole) {
 
 }  // namespace
 
-TypeException::TypeException(String8 typeName, String8 name)
+TypeException::TypeException(String typeName, String name)
     : Exception(typeError(typeName, name)),
       typeName_(std::move(typeName)),
       name_(std::move(name)) {}
 TypeException::~TypeException() = default;
 
-OpNotSupportedException::OpNotSupportedException(String8 name, std::uint32_t code)
+OpNotSupportedException::OpNotSupportedException(String name, std::uint32_t code)
     : Exception("operation " + std::to_string(code) + " not supported: " + name.stdString()),
       name_(std::move(name)),
       code_(code) {}
 OpNotSupportedException::~OpNotSupportedException() = default;
 
-BadIndexAttrException::BadIndexAttrException(String8 name)
+BadIndexAttrException::BadIndexAttrException(String name)
     : Exception("attribute takes no index: " + name.stdString()), name_(std::move(name)) {}
 BadIndexAttrException::~BadIndexAttrException() = default;
 
-UnknownArgException::UnknownArgException(String8 name)
+UnknownArgException::UnknownArgException(String name)
     : Exception("too many arguments: " + name.stdString()), name_(std::move(name)) {}
 UnknownArgException::~UnknownArgException() = default;
 
@@ -170,19 +170,19 @@ GenericValue GenericIf::value() const {
   return {object_, const_};
 }
 
-void GenericIf::throwTypeException(String8 const& name) {
+void GenericIf::throwTypeException(String const& name) {
   throw TypeException(name);
 }
-void GenericIf::throwTypeException(String8 const& typeName, String8 const& name) {
+void GenericIf::throwTypeException(String const& typeName, String const& name) {
   throw TypeException(typeName, name);
 }
-void GenericIf::throwOpNotSupportedException(String8 const& name, std::uint32_t code) {
+void GenericIf::throwOpNotSupportedException(String const& name, std::uint32_t code) {
   throw OpNotSupportedException(name, code);
 }
-void GenericIf::throwBadIndexAttrException(String8 const& name) {
+void GenericIf::throwBadIndexAttrException(String const& name) {
   throw BadIndexAttrException(name);
 }
-void GenericIf::throwUnknownArgException(String8 const& name) {
+void GenericIf::throwUnknownArgException(String const& name) {
   throw UnknownArgException(name);
 }
 void GenericIf::throwConstException() {
@@ -201,7 +201,7 @@ GenericIf genericConstruct(KorType const& type, GenericValue const& arguments) {
   return GenericIf(type.operations().construct(type, arguments));
 }
 
-String8 valueToStrep(GenericValue const& value) {
+String valueToStrep(GenericValue const& value) {
   switch (value.kind()) {
   case Kind::boolean: return valueToStrep(value.boolean());
   case Kind::integer: return valueToStrep(value.integer());

@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// GenericIf: the adapter through which an object or a value is reached without its class: by
-// attribute identifier, operation code and generic arguments.
+// GenericIf: access to an object or a value without its class, by attribute identifier, operation
+// code and generic arguments.
 //
-// Which operation an attribute takes, and what it answers:
+// Operations and their results:
 //
 //   data               0 reads it; 128 writes the value
-//   collection         0 the member at the index, the default or null when there is none; 1 the
-//                      number of members; 2 the first key; 3 the key behind the index, which need
-//                      not be a member; both nothing at the end; 128 sets the member at the index;
-//                      129 deletes it
-//   owned collection   the same; 128 takes the list [] or [key] and answers the member
+//   collection         0 returns the member at the index, or the default or null if there is none;
+//                      1 the number of members; 2 the first key; 3 the key after the index, which
+//                      need not be a member; 2 and 3 return no value at the end; 128 sets the
+//                      member at the index; 129 deletes it
+//   owned collection   the same, but 128 takes the list [] or [key] and returns the member
 //   function           0 calls it with a list of arguments
 //
-// Errors are the typed exceptions below, and nothing has changed when one is raised.
+// Errors are the typed exceptions below. A call that raises one changes nothing.
 
 #include "Kor/Exception.h"
 #include "Kor/Export.h"
@@ -31,54 +31,54 @@ namespace Kor {
 // An argument, a value or an index is missing or of the wrong type.
 class KOR_API TypeException : public Exception {
  public:
-  explicit TypeException(String8 name) : TypeException({}, std::move(name)) {}
-  TypeException(String8 typeName, String8 name);
+  explicit TypeException(String name) : TypeException({}, std::move(name)) {}
+  TypeException(String typeName, String name);
   ~TypeException() override;
-  // The type that was expected; empty where it goes without saying.
-  [[nodiscard]] String8 const& typeName() const { return typeName_; }
-  // What is missing or wrong: an attribute, an argument, "kor_index" or "List".
-  [[nodiscard]] String8 const& name() const { return name_; }
+  // The expected type; empty if it is obvious.
+  [[nodiscard]] String const& typeName() const { return typeName_; }
+  // The missing or wrong item: an attribute, an argument, "kor_index" or "List".
+  [[nodiscard]] String const& name() const { return name_; }
 
  private:
-  String8 typeName_;
-  String8 name_;
+  String typeName_;
+  String name_;
 };
 
-// The attribute does not take that operation.
+// The attribute does not support the operation.
 class KOR_API OpNotSupportedException : public Exception {
  public:
-  OpNotSupportedException(String8 name, std::uint32_t code);
+  OpNotSupportedException(String name, std::uint32_t code);
   ~OpNotSupportedException() override;
-  // The attribute, "unknown" when there is none of that identifier.
-  [[nodiscard]] String8 const& name() const { return name_; }
+  // The attribute; "unknown" if no attribute has that identifier.
+  [[nodiscard]] String const& name() const { return name_; }
   [[nodiscard]] std::uint32_t code() const { return code_; }
 
  private:
-  String8 name_;
+  String name_;
   std::uint32_t code_;
 };
 
-// An index was given where there is nothing to index.
+// An index was given for an attribute without an index.
 class KOR_API BadIndexAttrException : public Exception {
  public:
-  explicit BadIndexAttrException(String8 name);
+  explicit BadIndexAttrException(String name);
   ~BadIndexAttrException() override;
-  [[nodiscard]] String8 const& name() const { return name_; }
+  [[nodiscard]] String const& name() const { return name_; }
 
  private:
-  String8 name_;
+  String name_;
 };
 
-// More arguments than a function or constructor takes.
+// More arguments than the function or constructor takes.
 class KOR_API UnknownArgException : public Exception {
  public:
-  explicit UnknownArgException(String8 name);
+  explicit UnknownArgException(String name);
   ~UnknownArgException() override;
   // The function, or the short name of the constructor's type.
-  [[nodiscard]] String8 const& name() const { return name_; }
+  [[nodiscard]] String const& name() const { return name_; }
 
  private:
-  String8 name_;
+  String name_;
 };
 
 // A modifying operation on a const instance.
@@ -110,14 +110,14 @@ class KOR_API GenericIf {
   using AttributeOp = AttributeOperation;
   using List_ = GenericList;
 
-  // `object` is an instance of `type`, or a box with one.
+  // `object` is an instance of `type`, or a box that holds one.
   GenericIf(Ptr<PtrInterface const> object, KorType const* type, bool isConst)
       : object_(std::move(object)), type_(type), const_(isConst) {}
-  // The adapter of what a generic value refers to: a box or an object.
+  // The adapter of the box or object that `value` refers to.
   explicit GenericIf(GenericValue const& value);
 
-  // Answers a request, by the attribute's identifier: const first, then whether there is such an
-  // attribute, then what the attribute itself asks.
+  // Performs a request. Checks const first, then that the attribute exists, then the attribute's
+  // own conditions.
   GenericValue attributeOp(AttributeOp const& operation) const {
     needModifiable(const_, operation);
     KorAttr const* const attr = type_->attr(operation.attribute);
@@ -126,8 +126,8 @@ class KOR_API GenericIf {
     }
     return attr->access()({object_.get(), const_}, *attr, operation);
   }
-  // The same on an attribute of this type, whatever its identifier; so the attributes that share
-  // the identifier 0 are reached.
+  // The same for a given attribute of this type. This also reaches attributes that share the
+  // identifier 0.
   GenericValue attributeOp(KorAttr const& attr, AttributeOp const& operation) const {
     return attributeOp({object_.get(), const_}, attr, operation);
   }
@@ -141,15 +141,15 @@ class KOR_API GenericIf {
   [[nodiscard]] KorType const* type() const { return type_; }
   [[nodiscard]] bool isConst() const { return const_; }
   [[nodiscard]] Ptr<PtrInterface const> const& object() const { return object_; }
-  // What refers to the same, with the same const flag.
+  // The object or value that this adapter refers to, with the same const flag.
   [[nodiscard]] GenericValue value() const;
-  [[nodiscard]] String8 attributeString(AttributeId id) const { return type_->attributeString(id); }
+  [[nodiscard]] String attributeString(AttributeId id) const { return type_->attributeString(id); }
 
-  [[noreturn]] static void throwTypeException(String8 const& name);
-  [[noreturn]] static void throwTypeException(String8 const& typeName, String8 const& name);
-  [[noreturn]] static void throwOpNotSupportedException(String8 const& name, std::uint32_t code);
-  [[noreturn]] static void throwBadIndexAttrException(String8 const& name);
-  [[noreturn]] static void throwUnknownArgException(String8 const& name);
+  [[noreturn]] static void throwTypeException(String const& name);
+  [[noreturn]] static void throwTypeException(String const& typeName, String const& name);
+  [[noreturn]] static void throwOpNotSupportedException(String const& name, std::uint32_t code);
+  [[noreturn]] static void throwBadIndexAttrException(String const& name);
+  [[noreturn]] static void throwUnknownArgException(String const& name);
   [[noreturn]] static void throwConstException();
 
  private:
@@ -164,13 +164,13 @@ class KOR_API GenericIf {
   bool const_;
 };
 
-// The adapter of a counted object, seen as some type in its lineage.
+// The adapter of a counted object, viewed as one of its base types.
 class KOR_API GenericIfPtrInterface : public GenericIf {
  public:
   using GenericIf::GenericIf;
   explicit GenericIfPtrInterface(GenericIf adapter) : GenericIf(std::move(adapter)) {}
-  // The same object seen as its base type; of the root, the root again. An identifier that a type
-  // does not own is answered by this adapter.
+  // The same object viewed as its base type; the root returns itself. This adapter handles the
+  // identifiers that a type does not own.
   [[nodiscard]] GenericIfPtrInterface baseGenericIf() const;
 };
 
@@ -179,7 +179,7 @@ class KOR_API GenericIfEntity : public GenericIfPtrInterface {
  public:
   using GenericIfPtrInterface::GenericIfPtrInterface;
 
-  // Walks the attributes of an object in the order in which the type lists them.
+  // Iterates over the attributes of an object in the order of its type.
   class AttributeIterator {
    public:
     explicit AttributeIterator(KorType const* type) : type_(type) {}
@@ -201,18 +201,17 @@ class KOR_API GenericIfEntity : public GenericIfPtrInterface {
   }
 };
 
-// The by-name constructor: builds an instance of `type` from a list of its constructor's arguments.
-// Raises TypeException and UnknownArgException as above, and RangeException for a type that cannot
-// be built.
+// Creates an instance of `type` from the list of its constructor arguments. Raises TypeException
+// and UnknownArgException as above, and RangeException if the type has no constructor by name.
 KOR_API GenericIf genericConstruct(KorType const& type, GenericValue const& arguments);
 
 // Text forms of generic values ---------------------------------------------------------------
 
-// As the value itself prints; a list is a list of these; no value prints as None.
-KOR_API String8 valueToStrep(GenericValue const& value);
-// Reads any text form: numbers, texts, True, False, None, lists, values and objects. Raises
+// Prints as the value itself does, a list as a list of these, and no value as None.
+KOR_API String valueToStrep(GenericValue const& value);
+// Parses any text form: numbers, texts, True, False, None, lists, values and objects. Raises
 // RangeException.
-KOR_API void sequenceToValue(String8::IteratorConst& it, String8::IteratorConst const& end,
+KOR_API void sequenceToValue(String::IteratorConst& it, String::IteratorConst const& end,
                              GenericValue& value);
 
 }  // namespace Kor

@@ -10,7 +10,7 @@ namespace {
 
 using Kind = GenericValue::Kind;
 
-// Whether a value that prints as a plain text, such as an enumeration's, prints as this one.
+// True if a value that prints as a plain text, e.g. an enumeration's, prints as `text`.
 bool printsAs(GenericValue const& value, GenericValue const& text) {
   return text.kind() == Kind::text &&
          (value.kind() == Kind::enumeration || value.kind() == Kind::value) &&
@@ -39,7 +39,7 @@ bool isNumber(GenericValue const& value) {
   return value.isInteger() || value.kind() == Kind::real || value.kind() == Kind::enumeration;
 }
 
-// Lists may be nested deeper than the stack bears, so the places that are open stand in a vector.
+// Lists may be nested too deep for recursion, so the open positions are in a vector.
 bool equalLists(GenericList const& left, GenericList const& right) {
   struct Place {
     GenericList const& a;
@@ -82,7 +82,7 @@ GenericValue::GenericValue(Kor::Ptr<GenericList> const& list)
 
 void GenericValue::copyCounted(GenericValue const& other) noexcept {
   switch (kind_) {
-  case Kind::text: new (&payload_.text) String8(other.payload_.text); break;
+  case Kind::text: new (&payload_.text) String(other.payload_.text); break;
   case Kind::list: new (&payload_.list) Kor::Ptr<GenericList>(other.payload_.list); break;
   default:
     payload_.object = other.payload_.object;
@@ -93,7 +93,7 @@ void GenericValue::copyCounted(GenericValue const& other) noexcept {
 
 void GenericValue::release() noexcept {
   switch (kind_) {
-  case Kind::text: payload_.text.~String8(); break;
+  case Kind::text: payload_.text.~String(); break;
   case Kind::list: payload_.list.~Ptr(); break;
   default: payload_.object->deleteRef(); break;
   }
@@ -136,7 +136,7 @@ void GenericList::destroy(GenericList* list) noexcept {
         continue;
       }
       GenericList* const inner = value.payload_.list.get();
-      value.kind_ = Kind::none;  // its reference is given up here
+      value.kind_ = Kind::none;  // its reference is released here
       if (--inner->references_ == 0) {
         inner->nextToDestroy_ = next;
         next = inner;

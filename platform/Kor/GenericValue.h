@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// GenericValue: any value that an attribute can have, an argument can be, or a function can answer.
+// GenericValue: any attribute value, argument or result.
 //
-// Numbers, texts and enumerations stand in it directly. A value of a model type stands in a counted
-// box, an object is referred to; both carry a const flag. Copies of a generic value share box,
-// object and list.
+// Numbers, texts and enumerations are stored directly. A value of a model type is stored in a
+// counted box; an object is referenced. Both carry a const flag. Copies share the box, object or
+// list.
 
 #include "Kor/Export.h"
 #include "Kor/KorType.h"
@@ -23,25 +23,25 @@ namespace Kor {
 
 class GenericList;
 
-// A value of a model type, counted. fwkType() is the type of the value.
+// A counted value of a model type. fwkType() returns the type of the value.
 class KOR_API ValueBox : public PtrInterface {
  public:
   ~ValueBox() override;
-  // `other` holds a value of the same type.
+  // `other` must hold a value of the same type.
   [[nodiscard]] virtual bool equals(ValueBox const& other) const = 0;
-  [[nodiscard]] virtual String8 text() const = 0;
+  [[nodiscard]] virtual String text() const = 0;
 };
 
 class KOR_API GenericValue {
  public:
   enum class Kind : std::uint8_t {
-    none,  // no value at all
+    none,  // no value
     null,  // a null pointer
     boolean,
     integer,  // at most 2^63 - 1
-    natural,  // from 2^63 on
+    natural,  // 2^63 and above
     real,
-    enumeration,  // a number with a type that may have a name for it
+    enumeration,  // a number with its enumeration type
     text,
     list,
     value,  // of a model type, in a box
@@ -63,14 +63,14 @@ class KOR_API GenericValue {
     }
   }
   GenericValue(double number) noexcept : kind_(Kind::real) { payload_.real = number; }
-  GenericValue(String8 text) noexcept : kind_(Kind::text) {
-    new (&payload_.text) String8(std::move(text));
+  GenericValue(String text) noexcept : kind_(Kind::text) {
+    new (&payload_.text) String(std::move(text));
   }
-  GenericValue(char const* text) : GenericValue(String8(text)) {}
-  GenericValue(std::string const& text) : GenericValue(String8(text)) {}
+  GenericValue(char const* text) : GenericValue(String(text)) {}
+  GenericValue(std::string const& text) : GenericValue(String(text)) {}
   GenericValue(Kor::Ptr<GenericList> const& list);
   // NOLINTEND(google-explicit-constructor)
-  // `type` is that of the enumeration.
+  // `type` is the enumeration's type.
   GenericValue(KorType const* type, std::int32_t number) noexcept
       : kind_(Kind::enumeration), number_(number) {
     payload_.type = type;
@@ -116,16 +116,16 @@ class KOR_API GenericValue {
   }
 
   [[nodiscard]] Kind kind() const { return kind_; }
-  // Whether there is a value; null is one.
+  // True if there is a value. Null is a value.
   [[nodiscard]] bool present() const { return kind_ != Kind::none; }
   [[nodiscard]] bool isNull() const { return kind_ == Kind::null; }
   [[nodiscard]] bool isInteger() const { return kind_ == Kind::integer || kind_ == Kind::natural; }
-  // Whether a box or object may not be changed through this value. False for all other kinds.
+  // True if the box or object must not be changed through this value. False for all other kinds.
   [[nodiscard]] bool isConst() const { return const_; }
-  // Forbids to change the box or object through this value.
+  // Makes the box or object read-only through this value.
   void makeConst() { const_ = kind_ == Kind::object || kind_ == Kind::value; }
 
-  // The content; the kind must be the one named.
+  // The content. The caller must check the kind first.
   [[nodiscard]] bool boolean() const { return payload_.integer != 0; }
   [[nodiscard]] std::int64_t integer() const { return payload_.integer; }
   [[nodiscard]] std::uint64_t natural() const {
@@ -134,14 +134,14 @@ class KOR_API GenericValue {
   [[nodiscard]] double real() const { return payload_.real; }
   [[nodiscard]] std::int32_t enumeration() const { return number_; }
   [[nodiscard]] KorType const* enumerationType() const { return payload_.type; }
-  [[nodiscard]] String8 const& text() const { return payload_.text; }
+  [[nodiscard]] String const& text() const { return payload_.text; }
   [[nodiscard]] GenericList const& list() const;
   [[nodiscard]] Kor::Ptr<GenericList> const& listPtr() const { return payload_.list; }
-  // Of a box or an object.
+  // For a box or an object.
   [[nodiscard]] PtrInterface const* object() const { return payload_.object; }
 
-  // Numbers compare by value, whatever their kind; boxes by their values, objects by identity. What
-  // prints as a plain text, an enumeration's value for one, is equal to that text.
+  // Numbers compare by value, whatever their kind; boxes by their values, objects by identity. A
+  // value that prints as a plain text, e.g. an enumeration's, equals that text.
   KOR_API friend bool operator==(GenericValue const& a, GenericValue const& b);
   // Writes the text form.
   KOR_API friend std::ostream& operator<<(std::ostream& out, GenericValue const& value);
@@ -170,7 +170,7 @@ class KOR_API GenericValue {
     std::int64_t integer;
     double real;
     KorType const* type;
-    String8 text;
+    String text;
     Kor::Ptr<GenericList> list;
     PtrInterface const* object;  // counted
   };
@@ -181,15 +181,15 @@ class KOR_API GenericValue {
   Payload payload_;
 };
 
-// An ordered list of generic values: the arguments of a constructor or function, or a result. Lists
-// may be nested to any depth; a list must not contain itself.
+// An ordered list of generic values: arguments or a result. Lists may be nested to any depth, but
+// must not contain themselves.
 class KOR_API GenericList {
  public:
   using Ptr = Kor::Ptr<GenericList>;
 
   GenericList() = default;
   explicit GenericList(std::vector<GenericValue> values) : own_(std::move(values)), values_(own_) {}
-  // A list over values that stand elsewhere and outlive it. For one on the stack: share() it.
+  // A view of values owned elsewhere, which must outlive it. Use share() for a list on the stack.
   explicit GenericList(std::span<GenericValue const> values) : values_(values) {}
   GenericList(GenericList const&) = delete;
   GenericList& operator=(GenericList const&) = delete;
@@ -205,7 +205,7 @@ class KOR_API GenericList {
 
   [[nodiscard]] std::size_t size() const { return values_.size(); }
   [[nodiscard]] bool empty() const { return values_.empty(); }
-  // The value at a place, no value behind the end.
+  // The value at `place`, or no value past the end.
   [[nodiscard]] GenericValue const& operator[](std::size_t place) const {
     return place < values_.size() ? values_[place] : none();
   }
@@ -228,7 +228,7 @@ class KOR_API GenericList {
 
  private:
   static GenericValue const& none();
-  // Destroys a list and the lists in it that are referred to from nowhere else, without recursion.
+  // Destroys a list and the nested lists that only it refers to, without recursion.
   static void destroy(GenericList* list) noexcept;
 
   std::vector<GenericValue> own_;

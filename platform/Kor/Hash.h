@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// 32-bit hashes: the same with every compiler and on every run. No hash throws or allocates.
+// 32-bit hashes, identical with every compiler and in every run. They never throw or allocate.
 
 #include <cstdint>
 #include <string_view>
@@ -26,19 +26,20 @@ constexpr std::uint32_t hashBytes(std::string_view text) {
   return hash;
 }
 
-// Spreads a number over all 32 bits; one to one.
+// Spreads a number over all 32 bits; a bijection.
 constexpr std::uint32_t hashNumber(std::uint32_t number) {
   number = (number ^ (number >> 16)) * 0x7feb352dU;
   number = (number ^ (number >> 15)) * 0x846ca68bU;
   return number ^ (number >> 16);
 }
 
-// Takes one more word into a hash.
+// Mixes one more word into a hash.
 constexpr std::uint32_t hashCombine(std::uint32_t hash, std::uint32_t word) {
   return hashNumber(hash ^ (word + 0x9e3779b9U + (hash << 6) + (hash >> 2)));
 }
 
-// The hash of a collection key: numbers and enumerations here, every other key by its hash().
+// The hash of a collection key. Numbers and enumerations are hashed here; other keys provide
+// hash().
 template <class Key>
 [[nodiscard]] constexpr std::uint32_t hashOf(Key const& key) {
   if constexpr (std::is_enum_v<Key> || std::is_integral_v<Key>) {

@@ -3,23 +3,22 @@
 
 // HashMap: an intrusive keyed collection of counted members.
 //
-// Order: a member stands in one of 2^k buckets, chosen by the top k bits of bitReverse(hash); the
-// chain of a bucket is ordered by that reversed hash, ties by key `<`. So the whole map is walked
-// in ascending reversed hash whatever k is, and neither growing, which splits chains, nor
-// shrinking, which joins them, disturbs a walk. Keys are equal by `==`. A member's hash is computed
+// Order: a member is in one of 2^k buckets, chosen by the top k bits of bitReverse(hash). The chain
+// of a bucket is ordered by that reversed hash, ties by key `<`. So an iteration visits the members
+// in ascending reversed hash, whatever k is. Neither growth, which splits chains, nor shrinking,
+// which joins them, disturbs an iteration. Keys are equal by `==`. A member's hash is computed
 // once, when it is linked.
 //
-// Cost: a walk takes time in proportion to the members that are there now, however many there once
-// were. Taking out all members one by one, always the first, is linear as a whole.
+// Cost: an iteration is linear in the current number of members, not in the largest number so far.
+// Removing all members one by one, each time the first, is linear in total.
 //
-// A member type M derives from HashMapLink<M>, is counted (newRef, deleteRef) and answers fwkKey().
-// A member stands in one map at a time: linking a linked one is the assertion "t->fwkHmNext() ==
-// 0".
+// A member type M derives from HashMapLink<M>, is counted (newRef, deleteRef) and provides
+// fwkKey(). A member can be in one map at a time: linking a linked one is the assertion
+// "t->fwkHmNext() == 0".
 //
-// Cursors: a cursor counts the member under it and stays correct whatever happens to the map
-// meanwhile: the member under it or its neighbours may be removed, and the map may grow. When all
-// are removed there is nothing behind its member, whatever is linked afterwards, and when the map
-// dies the cursor is at its end.
+// Cursors: a cursor counts its member and stays valid whatever happens to the map. Its member or
+// the neighbours may be removed, and the map may grow. After removeAll() the cursor has no next
+// member, whatever is linked afterwards. When the map is destroyed the cursor moves to its end.
 
 #include "Kor/Assert.h"
 #include "Kor/Hash.h"
@@ -38,14 +37,14 @@ namespace Kor {
 template <class Member>
 class HashMap;
 
-// What a map keeps in a member.
+// The map's data in a member.
 template <class Member>
 class HashMapLink {
  public:
   HashMapLink(HashMapLink const&) = delete;
   HashMapLink& operator=(HashMapLink const&) = delete;
 
-  // Null when not linked. The last of a chain is its own next.
+  // Null if not linked. The last member of a chain points to itself.
   [[nodiscard]] Member* fwkHmNext() const { return next_; }
 
  protected:
@@ -78,9 +77,9 @@ class HashMap {
   }
 
   [[nodiscard]] std::uint32_t members() const { return members_; }
-  // How many chains there are: what a whole walk looks at besides the members.
+  // Number of chains. A full iteration inspects each of them.
   [[nodiscard]] std::uint32_t bucketCount() const { return 1U << bits_; }
-  // Where first() begins to look: the buckets before it are empty.
+  // Where first() starts. The buckets before it are empty.
   [[nodiscard]] std::uint32_t firstBucket() const { return firstBucket_; }
 
   template <class Key>
@@ -102,14 +101,13 @@ class HashMap {
     return nullptr;
   }
 
-  // Links a member. One that stands under an equal key leaves and is answered; the new one takes
-  // its place.
+  // Links a member. Replaces a member with an equal key and returns the old one.
   Kor::Ptr<Member> insert(Kor::Ptr<Member> const& linked) {
     Member* const t = linked.get();
     KOR_ASSERT_AS("Kor/HashMap", "t->fwkHmNext() == 0", link(t).next_ == nullptr);
     auto const& key = t->fwkKey();
     std::uint32_t const reversed = bitReverse(hashOf(key));
-    // At most half full, so that most chains are one member long.
+    // At most half full, so most chains have one member.
     if (members_ != 0 && 2 * members_ >= bucketCount()) {
       grow();
     }
@@ -137,7 +135,8 @@ class HashMap {
     return replaced;
   }
 
-  // Unlinks the member under `key`; null when there is none. `key` may lie in that member.
+  // Unlinks and returns the member at `key`, null if there is none. `key` may be part of that
+  // member.
   template <class Key>
   Kor::Ptr<Member> remove(Key const& key) {
     Member* const member = find(key);
@@ -157,15 +156,14 @@ class HashMap {
     return removed;
   }
 
-  // Unlinks all.
   void clear() {
     unlinkAll();
     shrinkIfSparse();
   }
 
-  // One walk in order that unlinks each member and then calls announce(Ptr<Member>), which may do
-  // anything to the map: a member that it links ahead of the walk goes too, one behind it stays.
-  // Cursors that are open when it begins keep their member and go to their end from there.
+  // Unlinks each member in order and then calls announce(Ptr<Member>), which may change the map: a
+  // member linked ahead of the current place is removed too, one linked before it stays. Cursors
+  // that are open at the start keep their member and then move to their end.
   template <class Announce>
   void removeAll(Announce&& announce) {
     for (Cursor* open = cursors_; open != nullptr; open = open->older_) {
@@ -174,21 +172,21 @@ class HashMap {
     Cursor cursor(*this);
     cursor.removesAll_ = true;
     while (Kor::Ptr<Member> const removed = cursor.member_) {
-      // The end of the member before may have removed this one.
+      // Destroying the previous member may have removed this one.
       if (link(removed.get()).next_ != nullptr) {
         remove(removed.get());
         announce(removed);
       }
       if (cursor.map_ == nullptr) {
-        return;  // the map died
+        return;  // the map was destroyed
       }
-      // The place of a member that has left is still in its link.
+      // The link of a removed member still holds its place.
       cursor.member_ = share(upperBound(link(removed.get()).reversedHash_, removed->fwkKey()));
       cursor.removals_ = removals_;
     }
   }
 
-  // The first member, null when empty; the one behind a linked member, null behind the last.
+  // The first member, null if empty; the next after a linked member, null after the last.
   [[nodiscard]] Member* first() const {
     if (members_ == 0) {
       return nullptr;
@@ -201,7 +199,7 @@ class HashMap {
     Member* const successor = after(member);
     return successor != nullptr ? successor : firstFrom(bucketOf(link(member).reversedHash_) + 1);
   }
-  // The first member behind the place of `key`, whether or not a member stands there.
+  // The first member after the place of `key`, whether or not `key` is present.
   template <class Key>
   [[nodiscard]] Member* upperBound(Key const& key) const {
     return upperBound(bitReverse(hashOf(key)), key);
@@ -223,12 +221,12 @@ class HashMap {
   }
 
   [[nodiscard]] std::uint32_t bucketOf(std::uint32_t reversed) const {
-    // In two steps: a shift by the full width, for a single bucket, is undefined.
+    // Two steps: a shift by the full width, for a single bucket, is undefined.
     return (reversed >> 1) >> (31U - bits_);
   }
 
   [[nodiscard]] Member* firstFrom(std::uint32_t bucket) const {
-    // Members are fetched ahead of the walk: first the heads, then what follows them.
+    // Prefetches the heads of chains, then their next members.
     constexpr std::uint32_t headsAhead = 24;
     constexpr std::uint32_t nextsAhead = 8;
     for (std::uint32_t const count = bucketCount(); bucket < count; ++bucket) {
@@ -273,8 +271,8 @@ class HashMap {
     member->deleteRef();
   }
 
-  // Twice the buckets. A chain is in reversed-hash order, so it is cut at the first member whose
-  // next bit is set; nothing is hashed again.
+  // Doubles the buckets. A chain is ordered by reversed hash, so it is cut at the first member
+  // whose next bit is set. No key is hashed again.
   void grow() {
     std::uint32_t const oldCount = bucketCount();
     auto* const wider = new Member*[std::size_t{2} * oldCount];
@@ -298,8 +296,8 @@ class HashMap {
     firstBucket_ *= 2;
   }
 
-  // Growth leaves a map a quarter full, so one that has just grown or shrunk is far from doing the
-  // other.
+  // Growth leaves a map a quarter full, so a map that has just grown or shrunk is far from the
+  // other threshold.
   void shrinkIfSparse() {
     constexpr std::uint32_t smallest = 16;
     while (members_ < bucketCount() / 16 && bucketCount() > smallest)
@@ -310,8 +308,8 @@ class HashMap {
       }
   }
 
-  // Half the buckets, each made of two neighbours' chains: the order stays. Without memory for them
-  // the map stays as it is: a removal does not fail.
+  // Halves the buckets. Each new chain joins two neighbours, so the order stays. Without memory the
+  // map stays as it is, because a removal must not fail.
   bool shrink() {
     std::uint32_t const newCount = bucketCount() / 2;
     auto* const narrower = new (std::nothrow) Member*[newCount];
@@ -343,14 +341,14 @@ class HashMap {
     buckets_ = buckets;
   }
 
-  // By place, not by bucket: a member that goes may insert or remove others, and so change how many
-  // buckets there are.
+  // Iterates by place, not by bucket: a destroyed member may insert or remove others and so change
+  // the number of buckets.
   void unlinkAll() {
     std::uint32_t place = 0;
     while (members_ != 0) {
       Member* const head = firstFrom(bucketOf(place));
       if (head == nullptr) {
-        return;  // what is left was inserted before the current place
+        return;  // the rest was inserted before the current place
       }
       place = link(head).reversedHash_;
       Kor::Ptr<Member> const removed = share(head);
@@ -358,16 +356,16 @@ class HashMap {
     }
   }
 
-  Member** buckets_ = &single_;  // a map of few members needs no memory of its own
+  Member** buckets_ = &single_;  // small maps need no allocation
   Member* single_ = nullptr;
   Cursor* cursors_ = nullptr;  // open on this map
   std::uint32_t members_ = 0;
-  std::uint32_t removals_ = 0;  // tells a cursor that its neighbourhood may have changed
+  std::uint32_t removals_ = 0;  // lets a cursor detect that its neighbours may have changed
   std::uint32_t bits_ = 0;
-  mutable std::uint32_t firstBucket_ = 0;  // moves on where first() finds nothing
+  mutable std::uint32_t firstBucket_ = 0;  // advances when first() finds nothing
 };
 
-// A place in a map, or its end.
+// A position in a map, or its end.
 template <class Member>
 class HashMap<Member>::Cursor {
  public:
@@ -392,7 +390,7 @@ class HashMap<Member>::Cursor {
   }
   ~Cursor() { detach(); }
 
-  // The member under the cursor, also when it has left the map; null at the end.
+  // The member at the cursor, even if it has left the map; null at the end.
   [[nodiscard]] Kor::Ptr<Member> const& member() const { return member_; }
 
   void advance() {
@@ -406,7 +404,8 @@ class HashMap<Member>::Cursor {
     }
   }
 
-  // Removes the member under the cursor, which stays readable there; null when it is gone already.
+  // Removes and returns the member at the cursor, which the cursor keeps; null if it is already
+  // gone.
   Kor::Ptr<Member> remove() {
     if (map_ == nullptr || !member_ || map_->find(member_->fwkKey()) != member_.get()) {
       return nullptr;
@@ -417,8 +416,8 @@ class HashMap<Member>::Cursor {
  private:
   friend class HashMap;
 
-// g++ 12 takes a cursor on the stack for one that the map still knows after its scope: it does not
-// see that detach() always runs.
+// g++ 12 warns that the map keeps the address of a cursor on the stack. It does not see that
+// detach() always runs.
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdangling-pointer"
@@ -446,7 +445,8 @@ class HashMap<Member>::Cursor {
       map_ = nullptr;
     }
   }
-  // At the end for good. The member goes last: with it other cursors may go, and this one.
+  // Moves to the end for good. Releases the member last: that may destroy other cursors, even this
+  // one.
   void mapGone() {
     Kor::Ptr<Member> const held = std::move(member_);
     detach();
@@ -456,7 +456,7 @@ class HashMap<Member>::Cursor {
   Kor::Ptr<Member> member_;
   std::uint32_t removals_ = 0;
   bool removesAll_ = false;
-  bool over_ = false;  // all were removed under it: nothing comes behind its member
+  bool over_ = false;  // the map was emptied by removeAll(): there is no next member
   Cursor* newer_ = nullptr;
   Cursor* older_ = nullptr;
 };

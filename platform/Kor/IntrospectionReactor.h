@@ -8,7 +8,7 @@
 
 namespace Kor {
 
-// Hears of every registration while libraries are loaded, in nested brackets:
+// Observes the registrations while libraries are loaded, in nested scopes:
 //
 //   handleNameSpace                         handleScopeExit
 //     handleType                 handleScopeExit
@@ -17,15 +17,15 @@ namespace Kor {
 // A type's inherited attributes are announced before its own.
 //
 // A reactor must not throw. Registration runs in an initialiser of the library that is being
-// loaded, and an exception ends that initialiser. Mostly the program ends with it, since dlopen()
-// is declared not to throw. Where the exception is caught all the same, the library stays open, its
-// types are not registered, and opening it again does not run the initialiser again.
+// loaded, and an exception ends that initialiser. Usually it also ends the program, since dlopen()
+// is declared not to throw. If the exception is caught nevertheless, the library stays open and its
+// types stay unregistered; opening it again does not run the initialiser again.
 class KOR_API IntrospectionReactor {
  public:
-  // The one that registration reports to; at first one that ignores everything.
+  // The reactor that registration reports to. The initial one ignores everything.
   [[nodiscard]] static IntrospectionReactor& global();
-  // Installs another one, which must outlive its use; null: the first one again. Answers the one
-  // that was installed.
+  // Installs a reactor, which must outlive its use, and returns the previous one. Null restores the
+  // initial one.
   static IntrospectionReactor* globalIs(IntrospectionReactor* reactor);
 
   IntrospectionReactor() = default;
@@ -34,7 +34,7 @@ class KOR_API IntrospectionReactor {
   virtual ~IntrospectionReactor();
 
   virtual void handleNameSpace(Name const& name);
-  // `base` is null for a type without one. Size, flags and arguments are not set yet.
+  // `base` is null for a type without one. Size, flags and arguments are set later.
   virtual void handleType(KorType const* type, KorType const* base);
   virtual void handleAttr(KorAttr::PtrConst const& attr);
   virtual void handleAttrContextExit();

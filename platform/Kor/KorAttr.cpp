@@ -64,7 +64,7 @@ KorAttr::Ptr KorAttr::enter(KorType* type, Ptr attr) {
     idForgotten(type, **at);
     *at = attr;
   }
-  // Of the attributes that share 0, the generic interface answers for the key.
+  // Of the attributes that share 0, the generic interface finds only the key.
   if (attr->id() != 0 || attr->name() == "fwkKey") {
     auto& byId = type->attrById_;
     if (byId.size() <= attr->id()) {

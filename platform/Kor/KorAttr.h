@@ -16,7 +16,7 @@ namespace Kor {
 
 struct AttributeOperation;
 
-// What an attribute is asked of: an object or a box, which the asker keeps alive.
+// The target of an operation: an object or a box. The caller keeps it alive.
 struct Instance {
   PtrInterface const* object;
   bool isConst;
@@ -27,7 +27,7 @@ class KOR_API KorAttr {
   using Ptr = Kor::Ptr<KorAttr>;
   using PtrConst = Kor::Ptr<KorAttr const>;
 
-  // Two words of bits that are passed through as registered.
+  // Two words of flag bits, stored as registered.
   class AttrFlags {
    public:
     constexpr AttrFlags() = default;
@@ -60,7 +60,7 @@ class KOR_API KorAttr {
     }
 
     [[nodiscard]] constexpr std::uint32_t value() const { return value_; }
-    // The value can be chosen freely, whatever the owner's other attributes are.
+    // The value can be chosen independently of the owner's other attributes.
     [[nodiscard]] constexpr bool isIndependentDomainAttr() const { return (value_ & 2U) != 0; }
     // It is called, not stored.
     [[nodiscard]] constexpr bool isFunction() const { return (value_ & 8U) != 0; }
@@ -83,28 +83,28 @@ class KOR_API KorAttr {
     std::uint32_t value_ = 0;
   };
 
-  // Answers an operation of the generic interface on this attribute of that object.
+  // Performs an operation of the generic interface on this attribute of an object.
   using Access = GenericValue (*)(Instance const& self, KorAttr const& attr,
                                   AttributeOperation const& operation);
-  // Reads plain data, where no operation is to be told apart from others.
+  // Reads plain data directly, without an operation code.
   using Reader = GenericValue (*)(Instance const& self);
 
-  // The attribute of that name, null when there is none.
+  // Returns the attribute of that name, null if there is none.
   [[nodiscard]] static Ptr attr(KorType const* type, std::string_view name);
-  // Takes an attribute out; one that is not there is no error.
+  // Removes an attribute. Does nothing if there is none of that name.
   static void attrDel(KorType* type, std::string_view name);
-  // Registers an attribute at the end, or in the place of one of that name. `keyAttr` is given for
-  // a collection whose members are created from their key: the attribute of the member that is
-  // given.
+  // Registers an attribute at the end, or replaces the one of that name in its place. `keyAttr` is
+  // for a collection that creates its members from their key: it is the member's attribute that
+  // holds the key.
   static Ptr attrIs(KorType* type, Name name, KorType const* valueType, Ptr const& keyAttr,
                     Ptr const& indexAttr, AttrFlags flags, AttributeId id);
 
   [[nodiscard]] Name const& name() const { return name_; }
-  // The type that registered this record: for an overridden function the last one that did.
+  // The type that registered this record; for an overridden function, the most derived one.
   [[nodiscard]] KorType const* owner() const { return owner_; }
-  // Of the value, of a collection's members, or of a function's result.
+  // The type of the value, of a collection's members, or of a function's result.
   [[nodiscard]] KorType const* valueType() const { return valueType_; }
-  // Of the keys of a collection, else null.
+  // The key type of a collection, otherwise null.
   [[nodiscard]] KorType const* keyType() const { return keyType_; }
   [[nodiscard]] Ptr const& keyAttr() const { return keyAttr_; }
   [[nodiscard]] Ptr const& indexAttr() const { return indexAttr_; }
@@ -114,20 +114,20 @@ class KOR_API KorAttr {
   [[nodiscard]] AttributeId id() const { return id_; }
   [[nodiscard]] bool isFunction() const { return introspection_.isFunction(); }
   [[nodiscard]] bool isCollection() const { return keyType_ != nullptr; }
-  // A collection of objects that it creates from their key.
+  // True for a collection of objects that it creates from their key.
   [[nodiscard]] bool isOwnedCollection() const { return bool(keyAttr_); }
 
-  // Of a function, in calling order.
+  // The arguments of a function, in calling order.
   [[nodiscard]] std::vector<ArgumentSpec> const& args() const { return args_; }
   void newArg(Name name, Name typeName);
 
-  // What answers for it; until that is set, something that refuses every operation.
+  // The accessor. Until set, it rejects every operation.
   [[nodiscard]] Access access() const { return access_; }
   void accessIs(Access answers) { access_ = answers; }
-  // Null for what is no data.
+  // Null unless the attribute is data.
   [[nodiscard]] Reader reader() const { return reader_; }
   void readerIs(Reader answers) { reader_ = answers; }
-  // Whether operation 128 can succeed: on data, to write it; on a collection, to set a member.
+  // True if operation 128 can succeed: it writes data or sets a member of a collection.
   [[nodiscard]] bool isWritable() const { return isWritable_; }
   void isWritableIs(bool writable) { isWritable_ = writable; }
 
@@ -148,7 +148,7 @@ class KOR_API KorAttr {
   static GenericValue unanswered(Instance const& self, KorAttr const& attr,
                                  AttributeOperation const& operation);
   static Ptr enter(KorType* type, Ptr attr);
-  // The identifier of `attr` answers no more.
+  // Removes the identifier of `attr` from the lookup.
   static void idForgotten(KorType* type, KorAttr const& attr);
 
   mutable std::uint32_t references_ = 1;

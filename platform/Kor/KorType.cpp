@@ -16,7 +16,7 @@ struct Directory {
   std::vector<KorType const*> inOrder;
 };
 
-// Never destroyed: libraries that go at process end still look types up.
+// Never destroyed: libraries that are unloaded at exit still look up types.
 Directory& directory() {
   static auto* const it = new Directory();
   return *it;
@@ -59,13 +59,13 @@ KorAttr const* KorType::attr(std::string_view name) const {
   return it == attrs_.end() ? nullptr : it->get();
 }
 
-String8 KorType::attributeString(AttributeId id) const {
+String KorType::attributeString(AttributeId id) const {
   if (!hasGenericIfSupport_ && base_ != nullptr) {
     return base_->attributeString(id);
   }
-  // The hooks of the framework share 0 with the key: no name goes with that number.
+  // The framework's hooks share 0 with the key, so that number has no name.
   KorAttr const* const found = id == 0 ? nullptr : attr(id);
-  return found == nullptr ? String8("unknown") : String8(found->name());
+  return found == nullptr ? String("unknown") : String(found->name());
 }
 
 GenericIf KorType::genericIf(Ptr<PtrInterface const> const& object, bool isConst) const {

@@ -3,8 +3,8 @@
 
 // KorType: the record of one model type, and the directory of all records by name.
 //
-// A record is made on first use by T::_fwkType() and lives until the process ends; records compare
-// by address. It is filled once, while the library that holds the type is loaded, and never changed
+// T::_fwkType() creates the record on first use. It lives until the process ends. Records compare
+// by address. A record is filled once, while the library of the type is loaded, and never changes
 // afterwards.
 
 #include "Kor/Export.h"
@@ -26,21 +26,21 @@ class KorAttr;
 class KorType;
 class PtrInterface;
 
-// One argument of a constructor or of a function. The type goes by its name, so that it need not be
-// registered before the arguments that have it.
+// One argument of a constructor or a function. It names its type, so that the type may be
+// registered later.
 struct ArgumentSpec {
   Name name;
   Name typeName;
 };
 
-// What a type that is reached by name can do beyond its attributes.
+// What a type can do by name, beyond its attributes.
 struct TypeOperations {
-  // Builds an instance; `list` is the list of the constructor's arguments.
+  // Creates an instance from the list of constructor arguments.
   GenericValue (*construct)(KorType const& type, GenericValue const& list) = nullptr;
-  // Reads a value from its text form and leaves the iterator behind it.
-  GenericValue (*parse)(String8::IteratorConst& it, String8::IteratorConst const& end) = nullptr;
-  // Prints an enumeration's value.
-  String8 (*print)(GenericValue const& value) = nullptr;
+  // Parses a value from its text form and leaves the iterator after it.
+  GenericValue (*parse)(String::IteratorConst& it, String::IteratorConst const& end) = nullptr;
+  // Prints a value of an enumeration.
+  String (*print)(GenericValue const& value) = nullptr;
 };
 
 class KOR_API KorType {
@@ -52,34 +52,34 @@ class KOR_API KorType {
   ~KorType();
 
   [[nodiscard]] std::string_view name() const { return name_; }
-  // The name behind the last "::".
+  // The name after the last "::".
   [[nodiscard]] std::string_view shortName() const;
   [[nodiscard]] KorType const* base() const { return base_; }
   // Inheritance level: 0 for a root and for a value type.
   [[nodiscard]] std::uint32_t level() const { return level_; }
 
-  // Whether this type is `other` or derives from it. Constant time.
+  // True if this type is `other` or derives from it. Constant time.
   [[nodiscard]] bool isA(KorType const* other) const {
     return level_ >= other->level_ && lineage_[other->level_] == other;
   }
 
   // Registration -----------------------------------------------------------------------------
 
-  // What a type does not say of itself it has from its base.
+  // Inherited from the base type unless set.
   [[nodiscard]] bool isEntity() const {
     return isEntity_ || (base_ != nullptr && base_->isEntity());
   }
   void isEntityIs(bool entity) { isEntity_ = entity; }
   [[nodiscard]] bool isValue() const { return isValue_; }
   void isValueIs(bool value) { isValue_ = value; }
-  // Whether instances can be reached by name.
+  // True if instances can be accessed by name.
   [[nodiscard]] bool hasGenericIfSupport() const { return hasGenericIfSupport_; }
   void hasGenericIfSupportIs(bool supported) { hasGenericIfSupport_ = supported; }
-  // Of an instance, in bytes; 0 while unregistered.
+  // Size of an instance in bytes; 0 until registered.
   [[nodiscard]] std::size_t size() const { return size_; }
   void sizeIs(std::size_t size) { size_ = size; }
 
-  // In the order in which a by-name constructor takes them.
+  // In the order in which the constructor takes them by name.
   [[nodiscard]] std::vector<ArgumentSpec> const& constructorArgs() const {
     return constructorArgs_;
   }
@@ -88,28 +88,28 @@ class KOR_API KorType {
   [[nodiscard]] TypeOperations const& operations() const { return operations_; }
   void operationsAre(TypeOperations const& operations) { operations_ = operations; }
 
-  // Takes over the attributes of the base type, in its order. Done once, before own ones.
+  // Copies the attributes of the base type, in its order. Called once, before own attributes.
   void attrsInherited();
-  // Inherited ones first, in the order of the base; then own ones in the order of registration.
+  // Inherited attributes in the order of the base, then own ones in the order of registration.
   [[nodiscard]] std::vector<Ptr<KorAttr>> const& attrs() const { return attrs_; }
-  // The attribute of that name, null when there is none.
+  // Returns the attribute of that name, null if there is none.
   [[nodiscard]] KorAttr const* attr(std::string_view name) const;
-  // The attribute that the generic interface knows under `id`, null when there is none. Under 0 it
-  // knows the key alone. Constant time.
+  // Returns the attribute of that identifier, null if there is none. Several attributes share 0; it
+  // finds only the key. Constant time.
   [[nodiscard]] KorAttr const* attr(AttributeId id) const {
     return id < attrById_.size() ? attrById_[id] : nullptr;
   }
-  // The name of that attribute, "unknown" when there is none. A type that is not registered has the
+  // Returns the name of that attribute, "unknown" if there is none. An unregistered type uses the
   // attributes of its base.
-  [[nodiscard]] String8 attributeString(AttributeId id) const;
+  [[nodiscard]] String attributeString(AttributeId id) const;
 
-  // The adapter of an object or value of this type.
+  // Returns the adapter of an object or value of this type.
   [[nodiscard]] GenericIf genericIf(Ptr<PtrInterface const> const& object, bool isConst) const;
 
-  // Enters the record into the directory under its qualified name; that it is the record's own, and
-  // that no other record has it, is asserted. Doing it again changes nothing.
+  // Enters the record into the directory. Asserts that `name` is the record's own and that no other
+  // record has it. Repeating it has no effect.
   static void typeNodeIs(KorType* type, std::string_view name);
-  // The record of that qualified name, null when none is entered.
+  // Returns the record of that qualified name, null if none is entered.
   [[nodiscard]] static KorType const* named(std::string_view name);
   // All entered records, in order of entry.
   [[nodiscard]] static std::vector<KorType const*> const& all();

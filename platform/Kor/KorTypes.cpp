@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The framework's own types: records of what is no class, and the tables of the roots.
+// Records of the framework's non-class types, and the tables of the root classes.
 
 #include "Kor/Entity.h"
 #include "Kor/Registration.h"
@@ -35,7 +35,7 @@ constexpr std::string_view nameOf<std::uint64_t> = "uint64_t";
 template <>
 constexpr std::string_view nameOf<double> = "double";
 template <>
-constexpr std::string_view nameOf<String8> = "Kor::String";
+constexpr std::string_view nameOf<String> = "Kor::String";
 template <>
 constexpr std::string_view nameOf<Name> = "Kor::Name";
 template <>
@@ -59,7 +59,7 @@ template KOR_API KorType* primitiveType<std::uint16_t>();
 template KOR_API KorType* primitiveType<std::uint32_t>();
 template KOR_API KorType* primitiveType<std::uint64_t>();
 template KOR_API KorType* primitiveType<double>();
-template KOR_API KorType* primitiveType<String8>();
+template KOR_API KorType* primitiveType<String>();
 template KOR_API KorType* primitiveType<Name>();
 template KOR_API KorType* primitiveType<GenericList>();
 
@@ -87,8 +87,7 @@ constexpr std::array<TypeModel const*, 2> models{&root, &entity};
 
 [[maybe_unused]] bool const registered = [] {
   enterPrimitives<void, bool, std::int8_t, std::int16_t, std::int32_t, std::int64_t, std::uint8_t,
-                  std::uint16_t, std::uint32_t, std::uint64_t, double, String8, Name,
-                  GenericList>();
+                  std::uint16_t, std::uint32_t, std::uint64_t, double, String, Name, GenericList>();
   registerTypes("Kor", models);
   enterTypes(models);
   return true;

@@ -6,7 +6,7 @@
 namespace Kor {
 namespace {
 
-// Slabs are linked so that they stay reachable: what a leak checker calls lost is then really lost.
+// Slabs are linked so that they stay reachable; a leak checker then reports only real leaks.
 struct Slab {
   Slab* next;
 };
@@ -38,7 +38,7 @@ void* MemoryPool::refill(std::size_t size) {
   std::size_t const blockSize = std::max<std::size_t>(sizeClass, 1) * granule;
   auto* const memory = static_cast<std::byte*>(::operator new(slabSize));
   slabs = new (memory) Slab{slabs};
-  // Handed out in ascending addresses: objects made one after the other lie beside each other.
+  // Ascending addresses: objects created in sequence are adjacent.
   std::byte* const first = memory + granule;
   std::size_t const count = (slabSize - granule) / blockSize;
   Block* chain = nullptr;

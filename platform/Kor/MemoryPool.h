@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Memory for the many small objects: free lists by size class, filled from slabs that are kept
-// until the process ends. An allocation is a pop, a release a push.
+// Allocation of small objects: free lists by size class, filled from slabs that are kept until the
+// process ends. An allocation is a pop, a release is a push.
 //
-// A libKor that was built with a sanitizer passes every request to the heap, so that leaks and
-// stale uses are seen. That is a fact of the library and the same for all that use it, however they
-// were compiled themselves: memory allocated in one of them may be released in another. A program
-// built with the address sanitizer runs on a normal libKor; it sees the slabs, not the blocks in
-// them. A normal program on a sanitized libKor passes through as well; it has to be started with
-// the sanitizer's runtime in LD_PRELOAD, since that must come first.
+// A sanitized libKor forwards every request to the heap, so that leaks and uses after release are
+// found. This depends on the library alone, not on how its users were compiled, because one may
+// release what another has allocated. A program built with the address sanitizer can run on a
+// normal libKor; it sees the slabs but not the blocks in them. A normal program can run on a
+// sanitized libKor if it is started with the sanitizer's runtime in LD_PRELOAD, which must be
+// loaded first.
 
 #include "Kor/Export.h"
 #include "Kor/Thread.h"
@@ -21,13 +21,13 @@ namespace Kor {
 class MemoryPool {
  public:
   static constexpr std::size_t granule = 16;
-  static constexpr std::size_t largest = 512;  // larger requests go to the heap
+  static constexpr std::size_t largest = 512;  // larger requests use the heap
 
   // Raises std::bad_alloc. The memory is aligned for every fundamental type.
   static void* allocate(std::size_t size) {
     KOR_ASSERT_OWNING_THREAD();
     if (size <= largest) {
-      // A library that passes through has empty lists.
+      // The lists are empty if the pool passes through to the heap.
       Block*& head = state.freeLists[classOf(size)];
       if (Block* const block = head) [[likely]] {
         head = block->next;
@@ -38,7 +38,7 @@ class MemoryPool {
     return ::operator new(size);
   }
 
-  // `size` is that of the allocation.
+  // `size` must be the allocated size.
   static void release(void* memory, std::size_t size) noexcept {
     if (size <= largest && !state.passesThrough) [[likely]] {
       Block*& head = state.freeLists[classOf(size)];

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Model<T>: the table of a type, from which its registration, its adapter, its attribute names and
-// its by-name constructor are made.
+// Model<T>: the table of a type. Registration, adapter, attribute names and the constructor by name
+// are all derived from it.
 //
 //   using M = Kor::Model<Shelf>;
 //   constexpr std::array attrs{
@@ -15,8 +15,8 @@
 //   ...
 //   Kor::registerTypes("Library", {&shelf, ...});
 //
-// Identifiers are not written down: an attribute that overrides one of the base keeps its number,
-// and the others count from 128 x level + 2.
+// Identifiers are computed: an attribute that overrides an inherited one keeps its number, the
+// others count from 128 x level + 2.
 
 #include "Kor/Export.h"
 #include "Kor/Generic.h"
@@ -25,6 +25,7 @@
 #include "Kor/KorType.h"
 #include "Kor/Strep.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -41,19 +42,19 @@ inline constexpr KorAttr::AttrFlags data{0x220143};
 inline constexpr KorAttr::AttrFlags recordData{0x220103};
 inline constexpr KorAttr::AttrFlags key{0x220109, 0x40000400};  // given at construction
 inline constexpr KorAttr::AttrFlags lastKey{0x22010f};
-inline constexpr KorAttr::AttrFlags derived{0x220001};  // computed, or set by its owner alone
+inline constexpr KorAttr::AttrFlags derived{0x220001};  // computed, or set only by its owner
 inline constexpr KorAttr::AttrFlags fwkKey{0x200001};
 inline constexpr KorAttr::AttrFlags collection{0x1a20103};
 inline constexpr KorAttr::AttrFlags owned{0x9a20103, 0x10000400};
 inline constexpr KorAttr::AttrFlags settableOwned{0x9a20143, 0x10000400};
 inline constexpr KorAttr::AttrFlags function{0x20001};
-inline constexpr KorAttr::AttrFlags factory{0x8020001};  // answers a new object
+inline constexpr KorAttr::AttrFlags factory{0x8020001};  // returns a new object
 inline constexpr KorAttr::AttrFlags hook{0x1};
 }  // namespace Flags
 
 using TypeGetter = KorType const* (*)();
 
-// A function's or constructor's arguments, in order.
+// The arguments of a function or constructor, in order.
 struct ArgumentModel {
   static constexpr std::size_t most = 15;
 
@@ -62,7 +63,7 @@ struct ArgumentModel {
   std::size_t count = 0;
 };
 
-// One line of a table.
+// One row of a table.
 struct AttrModel {
   enum class Kind : std::uint8_t { data, collection, owned, function };
 
@@ -96,18 +97,18 @@ struct TypeModel {
   TypeOperations operations;
 };
 
-// How the functions of a table answer; a table's author needs nothing of it.
+// The accessors of the attributes. The author of a table does not need them.
 namespace Adapter {
 
 [[noreturn]] KOR_API void refuse(KorAttr const& attr, AttributeOperation const& operation);
 KOR_API void needNoIndex(KorAttr const& attr, AttributeOperation const& operation);
 KOR_API GenericList const& needList(GenericValue const& value);
-// Function calls: code, index.
+// Checks the operation code and the index of a function call.
 KOR_API void needCall(KorAttr const& attr, AttributeOperation const& operation);
 
 template <class Self>
 Self& subject(Instance const& self) {
-  // The generic interface has seen to const before it asks a table.
+  // The generic interface has already checked const.
   auto* const object = const_cast<PtrInterface*>(self.object);
   if constexpr (std::is_base_of_v<PtrInterface, Self>) {
     return static_cast<Self&>(*object);
@@ -116,7 +117,7 @@ Self& subject(Instance const& self) {
   }
 }
 
-// What is reached through a const instance is const.
+// Anything read through a const instance is const.
 template <class Value>
 GenericValue member(Instance const& self, Value const& value) {
   GenericValue generic = Generic<Value>::value(value);
@@ -129,7 +130,7 @@ GenericValue member(Instance const& self, Value const& value) {
 }
 
 template <class T>
-T taken(GenericValue const& from, String8 const& name) {
+T taken(GenericValue const& from, String const& name) {
   T value{};
   if (!Generic<T>::take(from, value)) [[unlikely]] {
     GenericIf::throwTypeException(name);
@@ -155,13 +156,14 @@ constexpr bool isMemberOf(Function* /*function*/) {
   return false;
 }
 
-// Calls a member, or a function that takes the object first, so that the call can be inlined.
+// Calls a member, or a function that takes the object first. Written so that the call can be
+// inlined.
 template <auto function, class Self, class... Args>
 decltype(auto) call(Self& self, Args&&... args) {
   if constexpr (isMemberOf<Self>(function)) {
     return (self.*function)(std::forward<Args>(args)...);
   } else {
-    // A base's member too: called directly, g++ takes the base for a punned pointer.
+    // Includes members of a base: for a direct call, g++ warns about type punning.
     return std::invoke(function, self, std::forward<Args>(args)...);
   }
 }
@@ -205,20 +207,22 @@ GenericValue data(Instance const& self, KorAttr const& attr, AttributeOperation 
   return {};
 }
 
-// The queries that all collections answer.
+// The queries common to all collections.
 template <class Self, class Attribute>
 GenericValue query(Instance const& self, KorAttr const& attr, AttributeOperation const& operation) {
   using Key = typename Attribute::Key;
   Self const& owner = subject<Self>(self);
   switch (operation.code) {
-  case AttributeOperation::count: needNoIndex(attr, operation); return Attribute::members(owner);
+  case AttributeOperation::count:
+    needNoIndex(attr, operation);
+    return Attribute::collection(owner).members();
   case AttributeOperation::first: {
     needNoIndex(attr, operation);
-    Key const* const key = Attribute::firstKey(owner);
+    Key const* const key = Attribute::collection(owner).firstKey();
     return key == nullptr ? GenericValue() : Generic<Key>::value(*key);
   }
   case AttributeOperation::next: {
-    Key const* const key = Attribute::keyAfter(owner, takenIndex<Key>(operation));
+    Key const* const key = Attribute::collection(owner).keyAfter(takenIndex<Key>(operation));
     return key == nullptr ? GenericValue() : Generic<Key>::value(*key);
   }
   default: refuse(attr, operation);
@@ -236,7 +240,7 @@ GenericValue collection(Instance const& self, KorAttr const& attr,
     return member<Value>(self, Attribute::value(owner, takenIndex<Key>(operation)));
   case AttributeOperation::set: {
     auto const key = takenIndex<Key>(operation);
-    Attribute::set(owner, key, taken<Value>(operation.value, attr.name()));
+    Attribute::is(owner, key, taken<Value>(operation.value, attr.name()));
     return {};
   }
   case AttributeOperation::del: Attribute::remove(owner, takenIndex<Key>(operation)); return {};
@@ -260,7 +264,7 @@ GenericValue owned(Instance const& self, KorAttr const& attr, AttributeOperation
     Key given{};
     bool const same = list.empty() || (Generic<Key>::take(list[0], given) && given == key);
     needKeyAlone(list, same, attr.valueType());
-    return member<MemberPtr>(self, Attribute::make(owner, key));
+    return member<MemberPtr>(self, Attribute::is(owner, key));
   }
   case AttributeOperation::del: Attribute::remove(owner, takenIndex<Key>(operation)); return {};
   default: return query<Self, Attribute>(self, attr, operation);
@@ -282,10 +286,10 @@ struct FunctionTraits<R (C::*)(Args...)> : FunctionTraits<R (*)(Args...)> {};
 template <class C, class R, class... Args>
 struct FunctionTraits<R (C::*)(Args...) const> : FunctionTraits<R (*)(Args...)> {};
 
-// The elements of the list, converted in order; then `surplus` for what is left over.
+// Converts the elements of the list in order. Raises UnknownArgException for surplus elements.
 template <class Values>
 Values takenList(GenericList const& list, std::vector<ArgumentSpec> const& args,
-                 String8 const& owner) {
+                 String const& owner) {
   Values values;
   auto const take = [&]<std::size_t... I>(std::index_sequence<I...>) {
     ((std::get<I>(values) = taken<std::tuple_element_t<I, Values>>(list[I], args[I].name)), ...);
@@ -321,7 +325,7 @@ GenericValue function(Instance const& self, KorAttr const& attr,
   }
 }
 
-// Two overloads under one name: without elements the one without arguments.
+// Two overloads with one name. An empty list calls the one without arguments.
 template <class Self, auto withArgs, auto without>
 GenericValue overloaded(Instance const& self, KorAttr const& attr,
                         AttributeOperation const& operation) {
@@ -356,13 +360,13 @@ GenericValue parseEnum(TextIterator& it, TextIterator const& end) {
 }
 
 template <class Enum>
-String8 printEnum(GenericValue const& value) {
+String printEnum(GenericValue const& value) {
   return valueToStrep(static_cast<Enum>(value.enumeration()));
 }
 
 }  // namespace Adapter
 
-// A by-name constructor: the function that builds, and the names of its arguments.
+// A constructor by name: the creating function and the names of its arguments.
 struct ConstructorModel {
   ArgumentModel args;
   GenericValue (*construct)(KorType const& type, GenericValue const& arguments) = nullptr;
@@ -406,7 +410,7 @@ class Model {
     return attr;
   }
 
-  // `Attribute` is what the collection macros leave in the class.
+  // `Attribute` is the type that the collection macros define in the class.
   template <class Attribute>
   static constexpr AttrModel collection(std::string_view name) {
     AttrModel attr;
@@ -447,19 +451,19 @@ class Model {
     attr.args = arguments<Traits>(argNames...);
     return attr;
   }
-  // Answers a new object.
+  // Returns a new object.
   template <auto call, class... Names>
   static constexpr AttrModel factory(std::string_view name, Names... argNames) {
     return function<call>(name, argNames...).with(Flags::factory);
   }
-  // One of the framework's own hooks, which have no number.
+  // A hook of the framework. It has no number.
   template <auto call, class... Names>
   static constexpr AttrModel hook(std::string_view name, Names... argNames) {
     AttrModel attr = function<call>(name, argNames...).with(Flags::hook);
     attr.withoutNumber = true;
     return attr;
   }
-  // The two hooks that every machine has. The argument of the first goes by the hook's own name.
+  // The two hooks of every machine. The first one's argument has the hook's own name.
   static constexpr AttrModel activeHook() {
     return hook<&Self::hasNotificationActiveIs>("hasNotificationActiveIs",
                                                 "hasNotificationActiveIs");
@@ -467,7 +471,7 @@ class Model {
   static constexpr AttrModel zombieHook() {
     return hook<&Self::korDoZombieReactors>("korDoZombieReactors", "on");
   }
-  // Two overloads under one name; the record is that of the first.
+  // Two overloads with one name. The record describes the first.
   template <auto withArgs, auto without, class... Names>
   static constexpr AttrModel overloaded(std::string_view name, Names... argNames) {
     AttrModel attr = function<withArgs>(name, argNames...);
@@ -475,14 +479,14 @@ class Model {
     return attr;
   }
 
-  // `make` answers a pointer to the new object, or the new value.
+  // `make` returns a pointer to the new object, or the new value.
   template <auto make, class... Names>
   static constexpr ConstructorModel constructor(Names... argNames) {
     using Traits = Adapter::FunctionTraits<decltype(make)>;
     return {arguments<Traits>(argNames...), &Adapter::construct<make>};
   }
 
-  // The table's whole. Without a constructor, instances cannot be built by name.
+  // The complete table. Without a constructor, no instances can be created by name.
   static constexpr TypeModel object(std::span<AttrModel const> attrs,
                                     ConstructorModel const& constructor = {}) {
     TypeModel model;
@@ -526,7 +530,7 @@ class Model {
   }
 };
 
-// An enumeration: no attributes, text forms alone.
+// An enumeration has text forms but no attributes.
 template <class Enum>
 constexpr TypeModel enumModel() {
   TypeModel model;
@@ -540,8 +544,8 @@ constexpr TypeModel enumModel() {
 
 // The table of a value type that lists its fields for its text form.
 //
-// Values of few parts are built from all of them and are read only then; `writable` ones are
-// changed field by field, through setters that check.
+// By default the fields are given at construction and are read-only. If `writable`, they are
+// written one by one through setters that check.
 template <class Self, bool writable, std::size_t... I>
 constexpr std::array<AttrModel, sizeof...(I)> fieldAttrs(std::index_sequence<I...> /*places*/) {
   auto const attr = []<std::size_t J>(std::integral_constant<std::size_t, J>) {
@@ -558,7 +562,17 @@ template <class Self, bool writable = false>
 inline constexpr auto fieldsOf = fieldAttrs<Self, writable>(
     std::make_index_sequence<std::tuple_size_v<decltype(Self::korFields())>>());
 
-// Makers for constructors by name: of a value, of an object.
+// A table made of parts, in their order.
+template <std::size_t... sizes>
+constexpr std::array<AttrModel, (sizes + ...)> joined(
+    std::array<AttrModel, sizes> const&... parts) {
+  std::array<AttrModel, (sizes + ...)> all{};
+  auto end = all.begin();
+  ((end = std::copy(parts.begin(), parts.end(), end)), ...);
+  return all;
+}
+
+// Functions for constructors by name: one creates a value, the other an object.
 template <class Self, class... Parts>
 Self makeValue(Parts... parts) {
   return Self(std::move(parts)...);
@@ -568,8 +582,7 @@ Ptr<Self> makeObject(Parts... parts) {
   return make<Self>(std::move(parts)...);
 }
 
-// The table of a value type that is built from all its fields, in their order, and is read only
-// then.
+// The table of a value type that is constructed from all its fields, in order, and then read-only.
 template <class Self>
 constexpr TypeModel fieldsModel() {
   constexpr auto constructor = []<std::size_t... I>(std::index_sequence<I...>) {

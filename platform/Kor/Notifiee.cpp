@@ -53,7 +53,7 @@ void NotifieeBase::listIs(NotifieeList* list) {
     return;
   }
   if (list_ != nullptr) {
-    // The registration may be the last to hold this notifiee; it must last until the move is done.
+    // The registration may hold the last reference to this notifiee, which must survive the move.
     Kor::Ptr<NotifieeBase> const pinned = share(this);
     list_->remove(this);
     if (list != nullptr) {
@@ -73,7 +73,7 @@ NotifieeList::~NotifieeList() {
     entry->notifiee->list_ = nullptr;
     entry->notifiee->entry_ = nullptr;
   }
-  // Only now: a notifiee that ends may take others out, and they must know that they are out.
+  // Last: a destroyed notifiee may unregister others, which must already be marked as unregistered.
   for (NotifieeBase::Entry* const entry : *entries) {
     std::exchange(entry->notifiee, nullptr)->deleteRef();
   }

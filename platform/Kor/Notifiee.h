@@ -1,24 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Notification: who watches an object, and how a change reaches them.
+// Notification: how observers register with an object and are notified of its changes.
 //
-// A watched class X has a NotifieeList beside its root and declares
+// An observed class X derives from its root and from NotifieeList, and declares
 //
 //   class X::NotifieeConst : public Kor::NotifieeOf<X, Base::NotifieeConst> {
 //    public:
 //     using NotifieeOf::NotifieeOf;
 //     virtual void onColour() {}
 //   };
-//   class X::Notifiee : public X::NotifieeConst { ... };   // for watchers that modify the object
+//   class X::Notifiee : public X::NotifieeConst { ... };   // for observers that modify the object
 //
-// Order: the list is in registration order. A walk goes over the entries that stand when it begins:
-// who registers meanwhile is called from the next walk on; an entry that left is skipped, also when
-// the same notifiee has registered again. A hook's exception goes to that notifiee's
-// onNotificationException and never further. A write inside a hook runs to its end first.
+// Order: notifiees are called in registration order. An iteration covers the entries that exist
+// when it begins. A notifiee that registers meanwhile is called from the next iteration on. An
+// entry that was removed is skipped, even if the same notifiee has registered again. An exception
+// of a hook goes to that notifiee's onNotificationException and no further. A write inside a hook,
+// with its notifications, completes before the hook continues.
 //
 // Ownership: the list counts its entries and an entry counts its notifiee, so a registered notifiee
-// lives. A notifiee refers to its subject uncounted; a subject that dies leaves it with none.
+// stays alive. A notifiee refers to its subject uncounted; when the subject is destroyed, the
+// notifiee has none.
 
 #include "Kor/Export.h"
 #include "Kor/KorType.h"
@@ -35,18 +37,19 @@ namespace Kor {
 class NotifieeList;
 class PtrInterface;
 
-// Root of all notifiees; counted on its own.
+// Root of all notifiees, with its own count.
 class KOR_API NotifieeBase {
  public:
   NotifieeBase(NotifieeBase const&) = delete;
   NotifieeBase& operator=(NotifieeBase const&) = delete;
   virtual ~NotifieeBase();
 
-  // A hook of this notifiee threw while the attribute `id` was announced; called inside the
-  // handler, so `throw;` gives the exception. What leaves this function goes no further.
+  // Called if a hook of this notifiee threw while the attribute `id` was announced. It runs inside
+  // the handler, so `throw;` raises the exception again. Exceptions that leave this function are
+  // dropped.
   virtual void onNotificationException(AttributeId id);
 
-  // Whether some object is watched.
+  // True if an object is observed.
   [[nodiscard]] bool registered() const { return list_ != nullptr; }
 
   void newRef() const noexcept { ++references_; }
@@ -59,8 +62,8 @@ class KOR_API NotifieeBase {
  protected:
   NotifieeBase() = default;
 
-  // Moves this notifiee to `list` (null: to none). Registering where it stands already does
-  // nothing.
+  // Moves this notifiee to `list`, or to none if null. Does nothing if it is registered there
+  // already.
   void listIs(NotifieeList* list);
   [[nodiscard]] NotifieeList* list() const { return list_; }
   void kindIs(KorType const* kind) { kind_ = kind; }
@@ -68,10 +71,10 @@ class KOR_API NotifieeBase {
  private:
   friend class NotifieeList;
 
-  // One registration. It outlives its notifiee's registration while a walk's snapshot holds it.
+  // One registration. A snapshot can keep it alive after the notifiee has unregistered.
   struct Entry {
     std::uint32_t references;
-    NotifieeBase* notifiee;  // counted; null once unregistered
+    NotifieeBase* notifiee;  // counted; null after unregistering
 
     void deleteRef();
   };
@@ -82,7 +85,7 @@ class KOR_API NotifieeBase {
   KorType const* kind_ = nullptr;  // the class whose hooks this notifiee has
 };
 
-// The mix-in that makes an object watchable. No virtual function; one pointer wide.
+// Mix-in for observable objects. No virtual functions; one pointer wide.
 class KOR_API NotifieeList {
  public:
   NotifieeList() = default;
@@ -95,8 +98,8 @@ class KOR_API NotifieeList {
   }
 
  protected:
-  // Calls `hook(notifiee)` on every notifiee that is a Notifiee of type `kind`. `subject` stays
-  // alive for the whole walk. Without notifiees this is one branch.
+  // Calls `hook(notifiee)` for every notifiee of type `kind`. Keeps `subject` alive meanwhile.
+  // Without notifiees it costs one branch.
   template <class Notifiee, class Subject, class Hook>
   void notify(Subject const* subject, KorType const* kind, AttributeId id, Hook&& hook) const {
     if (entries_ == nullptr) [[likely]] {
@@ -117,7 +120,7 @@ class KOR_API NotifieeList {
  private:
   friend class NotifieeBase;
 
-  // The entries themselves follow this header in the same allocation.
+  // The entries follow this header in the same allocation.
   struct alignas(void*) Entries {
     std::uint32_t references;
     std::uint32_t count;
@@ -128,7 +131,7 @@ class KOR_API NotifieeList {
 
     static std::size_t sizeFor(std::uint32_t capacity);
     static Entries* make(std::uint32_t capacity);
-    // A list of its own for the caller, with room for `wanted`; gives up the caller's share of this
+    // Returns an unshared list with room for `wanted` entries. Gives up the caller's share of this
     // one.
     Entries* owned(std::uint32_t wanted);
     void deleteRef() {
@@ -139,18 +142,17 @@ class KOR_API NotifieeList {
     void release();
   };
 
-  // One walk over a snapshot. The list is copied on write while a walk holds it, so taking the
-  // snapshot is one count, however long the list is.
+  // One iteration over a snapshot. The list is copied on write while an iteration holds it, so a
+  // snapshot costs one increment, however long the list is.
   class Walk {
    public:
     explicit Walk(Entries* entries) : entries_(entries) { ++entries_->references; }
     Walk(Walk const&) = delete;
     Walk& operator=(Walk const&) = delete;
     ~Walk() { entries_->deleteRef(); }
-    // The next registered notifiee of that kind, kept alive until the call after this one; null at
-    // the end.
+    // The next registered notifiee of that kind, kept alive until the next call; null at the end.
     NotifieeBase* next(KorType const* kind) {
-      // Before looking for the next one: the end of this one may take that one out.
+      // Released first: destroying this notifiee may unregister the next one.
       current_ = nullptr;
       while (position_ < entries_->count) {
         NotifieeBase* const notifiee = entries_->begin()[position_++]->notifiee;
@@ -172,30 +174,30 @@ class KOR_API NotifieeList {
   void remove(NotifieeBase* notifiee);
   static void deliverException(NotifieeBase& notifiee, AttributeId id) noexcept;
 
-  Entries* entries_ = nullptr;  // null when nobody watches
+  Entries* entries_ = nullptr;  // null without notifiees
 };
 
-// What X::NotifieeConst derives from: registration with an X, and the mark by which a walk knows
-// which hooks a notifiee has. `Base` is NotifieeBase or the NotifieeConst of X's base class.
+// Base of X::NotifieeConst: registers with an X, and records which hooks a notifiee has. `Base` is
+// NotifieeBase or the NotifieeConst of X's base class.
 template <class X, class Base = NotifieeBase>
 class NotifieeOf : public Base {
  public:
-  // Registers at once when there is an object.
+  // Registers immediately if `notifier` is not null.
   explicit NotifieeOf(X const* notifier = nullptr) {
     this->kindIs(X::_fwkType());
     notifierIs(notifier);
   }
   explicit NotifieeOf(Kor::Ptr<X const> const& notifier) : NotifieeOf(notifier.get()) {}
 
-  // Watches another object, or none.
+  // Observes another object, or none if null.
   void notifierIs(X const* notifier) {
-    // Watching does not change the watched object: its list is no part of its value.
+    // Observing does not change the object: its list is not part of its value.
     this->listIs(const_cast<X*>(notifier));
   }
   void notifierIs(std::nullptr_t) { notifierIs(static_cast<X const*>(nullptr)); }
   void notifierIs(Kor::Ptr<X const> const& notifier) { notifierIs(notifier.get()); }
 
-  // The watched object, null when there is none.
+  // The observed object, or null.
   [[nodiscard]] X const* notifier() const { return static_cast<X const*>(this->list()); }
 };
 

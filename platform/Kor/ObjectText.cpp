@@ -9,7 +9,7 @@
 namespace Kor {
 namespace {
 
-// The objects that were printed and live. Never destroyed: objects may die after everything static.
+// Living objects that were printed. Never destroyed: objects may outlive static objects.
 struct Printed {
   std::unordered_map<std::uint64_t, PtrInterface const*> byNumber;
   std::unordered_map<PtrInterface const*, std::uint64_t> numbers;
@@ -35,7 +35,7 @@ Name nameOf(PtrInterface const* object) {
                                                     : Name();
 }
 
-std::string textOf(String8 const& typeName, std::uint64_t number, String8 const& name) {
+std::string textOf(String const& typeName, std::uint64_t number, String const& name) {
   std::string text = "Ptr(" + valueToStrep(typeName).stdString() + ", " + std::to_string(number);
   if (!name.empty()) {
     text += ", " + valueToStrep(name).stdString();
@@ -45,14 +45,14 @@ std::string textOf(String8 const& typeName, std::uint64_t number, String8 const&
 
 }  // namespace
 
-void PtrInterface::textForgotten() const noexcept {
+void forgetText(PtrInterface const* object) noexcept {
   Printed& all = printed();
-  auto const at = all.numbers.find(this);
+  auto const at = all.numbers.find(object);
   all.byNumber.erase(at->second);
   all.numbers.erase(at);
 }
 
-String8 valueToStrep(PtrInterface const* object) {
+String valueToStrep(PtrInterface const* object) {
   if (object == nullptr) {
     return "None";
   }
@@ -67,11 +67,11 @@ Ptr<PtrInterface> sequenceToObject(TextIterator& it, TextIterator const& end) {
     return nullptr;
   }
   needString(it, end, "Ptr (");
-  String8 typeName;
+  String typeName;
   sequenceToValue(it, end, typeName);
   needString(it, end, " ,");
   auto const number = sequenceToUnsigned(it, end, UINT64_MAX);
-  String8 name;
+  String name;
   skipSpace(it, end);
   if (takeString(it, end, ",")) {
     sequenceToValue(it, end, name);
@@ -82,7 +82,7 @@ Ptr<PtrInterface> sequenceToObject(TextIterator& it, TextIterator const& end) {
       nameOf(at->second) != name) {
     throw RangeException("no such object: " + textOf(typeName, number, name));
   }
-  // Whoever can print an object through a const pointer may read it back as what it is.
+  // A caller that can print an object through a const pointer may parse it back as non-const.
   return share(const_cast<PtrInterface*>(at->second));
 }
 

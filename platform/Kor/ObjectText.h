@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Text forms of objects: Ptr('Ns::Type', 3), with the name behind the number for an entity that has
-// one, and None for a null pointer. The number stands for the object from the first time that it is
-// printed until it dies, and is never given again, so the text reads back as the same object or
-// not at all.
+// Text forms of objects: Ptr('Ns::Type', 3), with the name after the number for an entity that has
+// one, and None for a null pointer. An object gets its number when it is first printed and keeps it
+// until it is destroyed. Numbers are never reused, so the text parses back to the same object or to
+// none.
 
 #include "Kor/Export.h"
 #include "Kor/Ptr.h"
@@ -15,18 +15,20 @@
 
 namespace Kor {
 
-KOR_API String8 valueToStrep(PtrInterface const* object);
+KOR_API String valueToStrep(PtrInterface const* object);
+// Invalidates the text of a dying object that was printed.
+void forgetText(PtrInterface const* object) noexcept;
 
 template <class T>
-requires std::is_base_of_v<PtrInterface, T> String8 valueToStrep(Ptr<T> const& object) {
+requires std::is_base_of_v<PtrInterface, T> String valueToStrep(Ptr<T> const& object) {
   return valueToStrep(static_cast<PtrInterface const*>(object.get()));
 }
 
-// Raises RangeException "no such object: TEXT" for a number that stands for no living object, or
-// for one of another type or name.
+// Raises RangeException "no such object: TEXT" if no living object has that number, or if its type
+// or name differs.
 KOR_API Ptr<PtrInterface> sequenceToObject(TextIterator& it, TextIterator const& end);
-// The same for an object of `type` or a type derived from it; raises RangeException
-// "TYPE expected, not OTHER" for one of another type.
+// The same for an object of `type` or a type derived from it. Raises RangeException "TYPE expected,
+// not OTHER" for an object of another type.
 KOR_API Ptr<PtrInterface> sequenceToObject(TextIterator& it, TextIterator const& end,
                                            KorType const* type);
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Ptr<T>: a counted pointer to an object that carries its own count (newRef, deleteRef).
+// Ptr<T>: a counted pointer to an object with an intrusive count (newRef, deleteRef).
 //
 //   Ptr<Thing> thing(new Thing());      // a new object's count is 1, and the pointer adopts it
 //   Ptr<Thing> other = thing;           // 2
 //   Ptr<Thing const> seen = thing;      // 3
 //   Ptr<Thing> self = Kor::share(this); // an existing object: adds to the count
 //
-// Counting is not atomic. A Ptr is as large as a raw pointer. Using a null one is an assertion.
+// Counting is not atomic. A Ptr has the size of a raw pointer. Dereferencing null is an assertion.
 
 #include "Kor/Assert.h"
 #include "Kor/Exception.h"
@@ -28,7 +28,7 @@ class Ptr {
   constexpr Ptr() noexcept = default;
   // NOLINTNEXTLINE(google-explicit-constructor): null is a value of every pointer
   constexpr Ptr(std::nullptr_t) noexcept {}
-  // Adopts the count of one that a new object starts with. For an object that others hold: share().
+  // Adopts the initial count of a new object. For an existing object use share().
   explicit Ptr(T* adopted) noexcept : object_(adopted) {}
 
   Ptr(Ptr const& other) noexcept : object_(other.object_) { retain(); }
@@ -57,7 +57,7 @@ class Ptr {
   }
 
   void swap(Ptr& other) noexcept { std::swap(object_, other.object_); }
-  // Gives the counted reference up without releasing it.
+  // Gives up the counted reference without releasing it.
   [[nodiscard]] T* release() noexcept { return std::exchange(object_, nullptr); }
 
   [[nodiscard]] T* get() const noexcept { return object_; }
@@ -65,7 +65,7 @@ class Ptr {
   T* operator->() const { return checked(); }
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
-  // This object viewed as a U: null when it is none, or when there is no object.
+  // Returns this object as a U, or null if it is not a U or null.
   template <class U>
   [[nodiscard]] Ptr<U> as() const {
     Ptr<U> view(dynamic_cast<U*>(object_));
@@ -102,7 +102,7 @@ class Ptr {
   T* object_ = nullptr;
 };
 
-// A counted pointer to an object that is counted already; null for null.
+// Returns a counted pointer to an existing object; null for null.
 template <class T>
 [[nodiscard]] Ptr<T> share(T* existing) noexcept {
   Ptr<T> pointer(existing);
@@ -110,13 +110,13 @@ template <class T>
   return pointer;
 }
 
-// A new object in a counted pointer.
+// Creates an object in a counted pointer.
 template <class T, class... Args>
 [[nodiscard]] Ptr<T> make(Args&&... args) {
   return Ptr<T>(new T(std::forward<Args>(args)...));
 }
 
-// What a creator that must not answer null passes its result through. Raises RangeException.
+// Returns `pointer`. Raises RangeException if it is null.
 template <class T>
 [[nodiscard]] Ptr<T> validPtr(Ptr<T> pointer) {
   if (!pointer) {

@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Kor/PtrInterface.h"
 
+#include "Kor/ObjectText.h"
+
 namespace Kor {
 namespace {
 
-// So far from zero that no pointer taken and dropped during destruction reaches it.
+// High enough that pointers copied and released during destruction cannot reach zero.
 constexpr std::uint32_t pinned = 0x80000000U;
 
 }  // namespace
 
 PtrInterface::~PtrInterface() {
   if (hasText_) {
-    textForgotten();
+    forgetText(this);
   }
 }
 
@@ -48,7 +50,7 @@ KorType* PtrInterface::_fwkType() {
 void PtrInterface::lastReferenceGone() const noexcept {
   references_ = pinned;
   if (hasText_) {
-    textForgotten();
+    forgetText(this);
     hasText_ = false;
   }
   const_cast<PtrInterface*>(this)->zeroReferencesIs();

@@ -3,9 +3,9 @@
 
 // PtrInterface: the root of every counted framework object.
 //
-// Life of an object: it is built with a count of 1, Ptr<T> counts it up and down, and when the
-// count reaches zero zeroReferencesIs() ends it. From that moment the count is pinned: a hook that
-// runs during the destruction may take and drop pointers to the dying object.
+// Lifetime: an object is created with a count of 1, and Ptr<T> counts it. When the count reaches
+// zero, zeroReferencesIs() destroys it. From then on the count is pinned, so hooks that run during
+// the destruction may copy and release pointers to the object.
 
 #include "Kor/Export.h"
 #include "Kor/KorType.h"
@@ -18,7 +18,7 @@
 namespace Kor {
 
 class PtrInterface;
-KOR_API String8 valueToStrep(PtrInterface const* object);
+KOR_API String valueToStrep(PtrInterface const* object);
 
 class KOR_API PtrInterface {
  public:
@@ -28,18 +28,18 @@ class KOR_API PtrInterface {
   PtrInterface(PtrInterface const&) = delete;
   PtrInterface& operator=(PtrInterface const&) = delete;
 
-  // The virtual slots, in this order; every class below adds its own behind them.
+  // The order of these virtual functions is fixed. Derived classes add theirs after them.
 
-  // Switches the object's own reactions on or off. The root stores the state.
+  // Switches the object's own reactions on or off. The root only stores the state.
   virtual void hasNotificationActiveIs(bool active);
-  // Number of broken invariants that the framework part, or the whole object, finds in itself.
+  // Number of broken invariants found in the framework part, or in the whole object.
   [[nodiscard]] virtual std::uint32_t korAuditErrors() const;
   [[nodiscard]] virtual std::uint32_t auditErrors() const;
-  // False once the object has begun to die.
+  // Set to false when the destruction begins.
   virtual void isNondestructingIs(bool nondestructing);
-  // The count has reached zero: ends the object.
+  // Destroys the object. Called when the count has reached zero.
   virtual void zeroReferencesIs();
-  // The record of the object's own type.
+  // The record of the most derived type.
   [[nodiscard]] virtual KorType const* fwkType() const;
   virtual ~PtrInterface();
 
@@ -50,7 +50,7 @@ class KOR_API PtrInterface {
   [[nodiscard]] bool korMarkedForDeletion() const { return markedForDeletion_; }
   void korMarkedForDeletionIs(bool marked) { markedForDeletion_ = marked; }
 
-  // Counting; Ptr<T> does it.
+  // Used by Ptr<T>.
   void newRef() const noexcept { ++references_; }
   void deleteRef() const noexcept {
     if (--references_ == 0) [[unlikely]] {
@@ -59,7 +59,7 @@ class KOR_API PtrInterface {
   }
   [[nodiscard]] std::uint32_t references() const { return references_; }
 
-  // NOLINTNEXTLINE(misc-new-delete-overloads): its delete is the one that is told the size
+  // NOLINTNEXTLINE(misc-new-delete-overloads): the matching delete is the sized one
   static void* operator new(std::size_t size) { return MemoryPool::allocate(size); }
   static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void operator delete(void* memory, std::size_t size) noexcept {
@@ -70,11 +70,9 @@ class KOR_API PtrInterface {
   PtrInterface() = default;
 
  private:
-  friend String8 valueToStrep(PtrInterface const* object);
+  friend String valueToStrep(PtrInterface const* object);
 
   void lastReferenceGone() const noexcept;
-  // The object has been printed, and dies: its text reads back no more.
-  void textForgotten() const noexcept;
 
   mutable std::uint32_t references_ = 1;
   bool notificationActive_ = false;

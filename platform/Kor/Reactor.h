@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Reactor: a machine's typed watch on an object. It holds the object and owns the small notifiee
-// through which it hears; it is quiet until hasNotificationActiveIs(true) and lets go on
+// Reactor: a machine's typed observer of an object. It holds the object and owns the notifiee that
+// observes it. It is inactive until hasNotificationActiveIs(true), and stops on
 // korDoZombieReactors(true).
 //
-//   // ThingWatch is a Thing::NotifieeConst or a log reader; the machine's constructor makes it.
+//   // ThingWatch is a Thing::NotifieeConst or a log reader; the machine's constructor creates it.
 //   Kor::Reactor<Thing, ThingWatch> thing_{Kor::make<ThingWatch>(this)};
-//   thing_.objectIs(thing);  // watches it when active, remembers it when not
+//   thing_.objectIs(thing);  // observed while the reactor is active
 
 #include "Kor/Entity.h"
 #include "Kor/Ptr.h"
@@ -23,7 +23,7 @@ class Reactor {
   explicit Reactor(Kor::Ptr<Watch> watch) : watch_(std::move(watch)) {}
   Reactor(Reactor const&) = delete;
   Reactor& operator=(Reactor const&) = delete;
-  // Quiet from here on, whoever still holds the notifiee.
+  // Stops observing, even if the notifiee is still referenced elsewhere.
   ~Reactor() {
     if (watch_) {
       watch_->notifierIs(nullptr);
@@ -31,7 +31,7 @@ class Reactor {
   }
 
   [[nodiscard]] Kor::Ptr<T> const& object() const { return object_; }
-  // Whether the object exists and is being listened to.
+  // True if there is an object and it is being observed.
   [[nodiscard]] bool listening() const { return active_ && !zombie_ && object_; }
 
   void objectIs(Kor::Ptr<T> object) {
@@ -56,7 +56,7 @@ class Reactor {
   bool zombie_ = false;
 };
 
-// A reader of the attribute log that calls a member function of the machine that owns it.
+// An attribute log reader that calls a member function of its machine.
 template <class Machine>
 class LogWatch : public AttributeLogReader {
  public:

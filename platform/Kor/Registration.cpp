@@ -9,8 +9,8 @@
 namespace Kor {
 namespace {
 
-// The attribute that a collection knows its members of this type by: the one named `key`, else what
-// the members' constructor is given.
+// The attribute that holds the key in the members of a collection: the one named `key`, otherwise
+// the first constructor argument.
 KorAttr::Ptr keyAttrOf(KorType const* member) {
   KorAttr::Ptr keyAttr = KorAttr::attr(member, "key");
   if (!keyAttr && !member->constructorArgs().empty()) {
@@ -34,7 +34,7 @@ KorAttr::Ptr define(KorType* type, AttrModel const& model, AttributeId id) {
     KorAttr::attrDel(type, model.name);
     return KorAttr::attrIs(type, name, valueType, keyAttrOf(valueType), nullptr, model.flags, id);
   case AttrModel::Kind::function:
-    // What takes no arguments replaces the inherited one in its place.
+    // A function without arguments replaces the inherited one in its place.
     if (model.args.count != 0) {
       KorAttr::attrDel(type, model.name);
     }
@@ -44,13 +44,13 @@ KorAttr::Ptr define(KorType* type, AttrModel const& model, AttributeId id) {
   return nullptr;
 }
 
-// The number that an attribute of that name has already, or the next free one of its type.
+// The number of an inherited attribute of that name, otherwise the next free one of the type.
 AttributeId numberOf(KorType const* type, AttrModel const& model, AttributeId& own) {
   if (model.withoutNumber) {
     return 0;
   }
   KorAttr const* const inherited = type->attr(model.name);
-  return inherited != nullptr ? inherited->id() : 128 * type->level() + 2 + own++;
+  return inherited != nullptr ? inherited->id() : firstAttributeId(type->level()) + own++;
 }
 
 void registerAttr(KorType* type, AttrModel const& model, AttributeId& own) {
@@ -60,7 +60,7 @@ void registerAttr(KorType* type, AttrModel const& model, AttributeId& own) {
   attr->readerIs(model.reads);
   attr->isWritableIs(model.writable);
   if (model.kind == AttrModel::Kind::data || model.kind == AttrModel::Kind::collection) {
-    return;  // announced itself
+    return;  // has announced itself
   }
   attr->introspectionFlagsIs(model.introspection);
   for (std::size_t i = 0; i < model.args.count; ++i) {

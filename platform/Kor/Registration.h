@@ -10,7 +10,7 @@
 namespace Kor {
 
 // Fills the records of the types of one namespace from their tables, in order, and reports every
-// step to the global introspection reactor. A type stands behind its base.
+// step to the global introspection reactor. A base must come before the types derived from it.
 KOR_API void registerTypes(std::string_view nameSpace, std::span<TypeModel const* const> types);
 
 // Enters the records into the directory of types.

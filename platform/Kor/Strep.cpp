@@ -64,7 +64,7 @@ void appendUtf8(std::string& text, std::uint32_t code) {
   }
 }
 
-// Length of the UTF-8 sequence that starts `bytes`, 0 when it is none.
+// Length of the UTF-8 sequence at the start of `bytes`; 0 if it is invalid.
 std::size_t utf8Length(std::string_view bytes) {
   auto const byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
   std::size_t length = 0;
@@ -100,7 +100,7 @@ void appendHexEscape(std::string& text, char c) {
   text.push_back(digits[byte & 0x0f]);
 }
 
-// Reads the literal behind its opening quote.
+// Reads a literal, starting after its opening quote.
 class StringLiteralReader {
  public:
   StringLiteralReader(TextIterator& it, TextIterator const& end) : it_(it), end_(end) {}
@@ -124,7 +124,7 @@ class StringLiteralReader {
   }
 
  private:
-  // The longest prefix that matches here.
+  // Consumes the longest prefix that matches here.
   void readPrefix() {
     for (std::string_view const prefix : {"br", "rb", "b", "r", "u"}) {
       std::string_view const ahead = rest(it_, end_).substr(0, prefix.size());
@@ -143,7 +143,7 @@ class StringLiteralReader {
     readPrefix();
     opening_ = it_.position();
     for (std::string_view const quote : {"'''", "\"\"\"", "'", "\""}) {
-      // Two quotes that no third follows are an empty text.
+      // Two quotes without a third are an empty text.
       if (takeString(it_, end_, quote)) {
         quote_ = quote;
         return;
@@ -179,11 +179,11 @@ class StringLiteralReader {
       readOctal();
     } else if (isLineEnd(c)) {
       ++it_;
-      readLineEnd();  // an escaped line end is nothing
+      readLineEnd();  // an escaped line end is dropped
     } else if (c == 'N' && !bytes_) {
-      fail("bad escape", it_.position());  // names of characters are not known here
+      fail("bad escape", it_.position());  // character names are not supported
     } else {
-      text_.append(ahead.substr(0, 2));  // as Python does: an unknown escape stands for itself
+      text_.append(ahead.substr(0, 2));  // as in Python, an unknown escape is kept as written
       advance(it_, 2);
     }
   }
@@ -225,7 +225,7 @@ class StringLiteralReader {
     }
     return "\n";
   }
-  // The next bytes, which are there.
+  // Consumes `bytes` bytes, which must be available.
   std::string_view take(std::size_t bytes) {
     std::string_view const taken = rest(it_, end_).substr(0, bytes);
     advance(it_, bytes);
@@ -241,10 +241,10 @@ class StringLiteralReader {
   std::string text_;
 };
 
-// Digits of a number in a text, underscores between them, up to where they end.
+// A run of digits, possibly with underscores between them.
 struct Digits {
-  std::string plain;       // without the underscores
-  std::size_t length = 0;  // as they stand
+  std::string plain;       // without underscores
+  std::size_t length = 0;  // with underscores
 };
 
 Digits digitsOf(std::string_view text, unsigned base) {
@@ -266,7 +266,7 @@ Digits digitsOf(std::string_view text, unsigned base) {
 struct IntegerLiteral {
   bool negative = false;
   unsigned base = 10;
-  Digits digits;           // none: there is no integer
+  Digits digits;           // empty: no integer
   std::size_t length = 0;  // with sign and prefix
 };
 
@@ -285,7 +285,7 @@ IntegerLiteral integerLiteral(std::string_view text) {
   }
   literal.digits = digitsOf(text.substr(std::min(sign + prefix, text.size())), literal.base);
   if (literal.digits.plain.empty() && prefix != 0) {
-    // Nothing behind the prefix: the number is its zero.
+    // No digits after the prefix: the number is the prefix's zero.
     prefix = 0;
     literal.base = 10;
     literal.digits = digitsOf(text.substr(sign), 10);
@@ -294,7 +294,7 @@ IntegerLiteral integerLiteral(std::string_view text) {
   return literal;
 }
 
-// A decimal number with or without fraction and exponent, at the start of a text.
+// A decimal number at the start of a text, with optional fraction and exponent.
 struct FloatLiteral {
   std::string plain;  // without plus and underscores
   std::size_t length = 0;
@@ -321,7 +321,7 @@ FloatLiteral floatLiteral(std::string_view text) {
   if (!some) {
     return {};
   }
-  // An exponent without digits is none: the number ends before it.
+  // An exponent without digits does not belong to the number.
   std::string_view const tail = next();
   if (tail.starts_with('e') || tail.starts_with('E')) {
     std::size_t const sign = tail.size() > 1 && (tail[1] == '-' || tail[1] == '+') ? 1 : 0;
@@ -347,7 +347,7 @@ Number readInteger(TextIterator& it, TextIterator const& end, Number lowest, Num
   std::uint64_t magnitude = 0;
   auto const result = std::from_chars(digits.data(), digits.data() + digits.size(), magnitude,
                                       static_cast<int>(literal.base));
-  // Minus zero is zero, which an unsigned number can be as well.
+  // Minus zero is zero, so it is valid for unsigned numbers too.
   std::uint64_t const most = literal.negative
                                  ? (std::is_signed_v<Number> ? std::uint64_t{1} << 63 : 0)
                                  : static_cast<std::uint64_t>(std::numeric_limits<Number>::max());
@@ -361,7 +361,7 @@ Number readInteger(TextIterator& it, TextIterator const& end, Number lowest, Num
 
 }  // namespace
 
-String8 valueToStrep(String8 const& text) {
+String valueToStrep(String const& text) {
   std::string literal("'");
   std::string_view const bytes = text.view();
   for (std::size_t i = 0; i < bytes.size();) {
@@ -389,7 +389,7 @@ String8 valueToStrep(String8 const& text) {
   return literal;
 }
 
-String8 valueToStrep(double number) {
+String valueToStrep(double number) {
   if (std::isnan(number)) {
     return "float('nan')";
   }
@@ -405,10 +405,10 @@ String8 valueToStrep(double number) {
   return text;
 }
 
-String8 signedToStrep(std::int64_t number) {
+String signedToStrep(std::int64_t number) {
   return std::to_string(number);
 }
-String8 unsignedToStrep(std::uint64_t number) {
+String unsignedToStrep(std::uint64_t number) {
   return std::to_string(number);
 }
 
@@ -441,13 +441,13 @@ void needString(TextIterator& it, TextIterator const& end, std::string_view patt
   }
 }
 
-void sequenceToValue(TextIterator& it, TextIterator const& end, String8& text) {
+void sequenceToValue(TextIterator& it, TextIterator const& end, String& text) {
   skipSpace(it, end);
-  text = String8(StringLiteralReader(it, end).read());
+  text = String(StringLiteralReader(it, end).read());
 }
 
 void sequenceToValue(TextIterator& it, TextIterator const& end, Name& text) {
-  sequenceToValue(it, end, static_cast<String8&>(text));
+  sequenceToValue(it, end, static_cast<String&>(text));
 }
 
 void sequenceToValue(TextIterator& it, TextIterator const& end, bool& value) {
@@ -505,7 +505,7 @@ std::uint64_t sequenceToUnsigned(TextIterator& it, TextIterator const& end, std:
   return readInteger<std::uint64_t>(it, end, 0, highest);
 }
 
-void rethrowFromDeserializeAttr(RangeException const& error, String8 const& name) {
+void rethrowFromDeserializeAttr(RangeException const& error, String const& name) {
   throw RangeException("attribute '" + name.stdString() + "': " + error.text());
 }
 
@@ -518,15 +518,15 @@ void needEnd(TextIterator const& it) {
   }
 }
 
-String8 enumToText(EnumNames const& names, std::int32_t value) {
+String enumToText(EnumNames const& names, std::int32_t value) {
   if (value >= 0 && static_cast<std::size_t>(value) < names.count) {
     return names.names[value];
   }
   return signedToStrep(value);
 }
 
-String8 enumToStrep(EnumNames const& names, std::int32_t value) {
-  String8 const text = enumToText(names, value);
+String enumToStrep(EnumNames const& names, std::int32_t value) {
+  String const text = enumToText(names, value);
   bool const named = value >= 0 && static_cast<std::size_t>(value) < names.count;
   return named ? "'" + text + "'" : text;
 }
@@ -535,7 +535,7 @@ std::int32_t sequenceToEnum(TextIterator& it, TextIterator const& end, EnumNames
   skipSpace(it, end);
   char const c = peek(it, end);
   if (c == '\'' || c == '"') {
-    String8 text;
+    String text;
     sequenceToValue(it, end, text);
     for (std::size_t i = 0; i < names.count; ++i) {
       if (text.view() == names.names[i]) {
@@ -574,17 +574,17 @@ bool ValueReader::more(TextIterator& it, TextIterator const& end) const {
   return false;
 }
 
-String8 ValueReader::attributeName(TextIterator& it, TextIterator const& end, bool first) {
+String ValueReader::attributeName(TextIterator& it, TextIterator const& end, bool first) {
   if (!first) {
     needString(it, end, ", ");
   }
-  String8 name;
+  String name;
   sequenceToValue(it, end, name);
   needString(it, end, " : ");
   return name;
 }
 
-void ValueReader::unknownAttribute(String8 const& name) const {
+void ValueReader::unknownAttribute(String const& name) const {
   throw RangeException(std::string(shortTypeName(typeName_)) +
                        " has no such attribute: " + name.stdString());
 }

@@ -5,20 +5,20 @@
 //
 // Every form is a Python expression. A value with attributes prints as
 //   Value('Ns::Type', ** {'first': ..., 'second': ...})
-// texts as Python string literals, numbers, True and False, None for a null pointer. What prints
-// parses back to an equal value, and white space is free between tokens. White space is blank, \t,
-// \n, \v, \f, \r in every locale.
+// Texts print as Python string literals, a null pointer as None; numbers, True and False as in
+// Python. A printed value parses back to an equal one. White space (blank, \t, \n, \v, \f, \r, in
+// every locale) is optional between tokens.
 //
-// A text may be written with a Python string or bytes literal: either quote, once or three times;
-// the prefixes r, u, b, br and rb in either case; all escapes but \N{...}. Texts are bytes, so
-// escapes mean bytes: \xe9 and \351 are that one byte, \u00e9 the two bytes of its UTF-8. An octal
-// escape above \377 and a surrogate are no bytes and are refused, as \N{...} is. Literals that
-// stand side by side are not joined, and formatted ones are not read.
+// A text may be a Python string or bytes literal: either quote, single or triple; the prefixes r,
+// u, b, br and rb in either case; all escapes except \N{...}. Texts are bytes, so escapes denote
+// bytes: \xe9 and \351 are that one byte, \u00e9 the two bytes of its UTF-8. An octal escape above
+// \377, a surrogate and \N{...} are rejected. Adjacent literals are not joined, and formatted
+// literals are not supported.
 //
-// All parsers raise RangeException; its text names the 0-based column in the whole text and, inside
-// a value, the attribute. Where the iterator stands after an error is unspecified.
+// All parsers raise RangeException. Its text gives the 0-based column in the whole text and, inside
+// a value, the attribute. After an error the position of the iterator is unspecified.
 //
-// A value type takes part by listing its fields once:
+// A value type takes part by listing its fields:
 //
 //   struct Point {
 //     static constexpr std::string_view korTypeName = "Ns::Point";
@@ -27,9 +27,9 @@
 //     }
 //   };
 //
-// which gives valueToStrep(point), out << point, sequenceToValue(it, end, point) and
-// strepToValue<Point>(text). The first two are found by argument-dependent look-up when the type's
-// namespace says `using Kor::valueToStrep; using Kor::operator<<;`.
+// This provides valueToStrep(point), out << point, sequenceToValue(it, end, point) and
+// strepToValue<Point>(text). The first two are found by argument-dependent lookup if the type's
+// namespace declares `using Kor::valueToStrep; using Kor::operator<<;`.
 
 #include "Kor/Exception.h"
 #include "Kor/Export.h"
@@ -47,20 +47,20 @@
 
 namespace Kor {
 
-using TextIterator = String8::IteratorConst;
+using TextIterator = String::IteratorConst;
 
 // printing ------------------------------------------------------------------------------
 
-KOR_API String8 valueToStrep(String8 const& text);  // a single-quoted literal
-inline String8 valueToStrep(Name const& text) {
-  return valueToStrep(String8(text));
+KOR_API String valueToStrep(String const& text);  // a single-quoted literal
+inline String valueToStrep(Name const& text) {
+  return valueToStrep(String(text));
 }
-KOR_API String8 valueToStrep(double number);  // the shortest text that reads back
-KOR_API String8 signedToStrep(std::int64_t number);
-KOR_API String8 unsignedToStrep(std::uint64_t number);
+KOR_API String valueToStrep(double number);  // the shortest text that parses back
+KOR_API String signedToStrep(std::int64_t number);
+KOR_API String unsignedToStrep(std::uint64_t number);
 
 template <std::integral Number>
-String8 valueToStrep(Number number) {
+String valueToStrep(Number number) {
   if constexpr (std::same_as<Number, bool>) {
     return number ? "True" : "False";
   } else if constexpr (std::is_signed_v<Number>) {
@@ -72,22 +72,21 @@ String8 valueToStrep(Number number) {
 
 // tokens --------------------------------------------------------------------------------
 
-// Consumes `pattern`; a blank in it stands for optional white space. Raises "expected TOKEN at
-// column N", the token without its blanks and N behind the white space that was skipped.
+// Consumes `pattern`, in which a blank means optional white space. Raises "expected TOKEN at column
+// N": TOKEN is the pattern without blanks, N the column after the skipped white space.
 KOR_API void needString(TextIterator& it, TextIterator const& end, std::string_view pattern);
-// Skips white space.
 KOR_API void skipSpace(TextIterator& it, TextIterator const& end);
-// Consumes `token` if it stands here.
+// Consumes `token` if it is next and returns whether it did.
 KOR_API bool takeString(TextIterator& it, TextIterator const& end, std::string_view token);
 
 // parsing -------------------------------------------------------------------------------
 
-KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, String8& text);
+KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, String& text);
 KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, Name& text);
 KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, bool& value);
 KOR_API void sequenceToValue(TextIterator& it, TextIterator const& end, double& value);
-// An integer literal (12, -0x1f, 0b101, 0o17, 1_000) in [lowest, highest]; raises "NUMBER out of
-// range at column N".
+// Parses an integer literal (12, -0x1f, 0b101, 0o17, 1_000) in [lowest, highest]. Raises "NUMBER
+// out of range at column N".
 KOR_API std::int64_t sequenceToInteger(TextIterator& it, TextIterator const& end,
                                        std::int64_t lowest, std::int64_t highest);
 KOR_API std::uint64_t sequenceToUnsigned(TextIterator& it, TextIterator const& end,
@@ -104,11 +103,11 @@ requires(!std::same_as<Number, bool>) void sequenceToValue(TextIterator& it,
   }
 }
 
-// Throws `error` again with "attribute 'NAME': " in front.
+// Raises `error` again, prefixed with "attribute 'NAME': ".
 [[noreturn]] KOR_API void rethrowFromDeserializeAttr(RangeException const& error,
-                                                     String8 const& name);
+                                                     String const& name);
 
-// A type whose text form is read by its constructor from an iterator pair.
+// A type whose text form is parsed by its constructor from an iterator pair.
 template <class T>
 concept ReadByConstructor = std::constructible_from<T, TextIterator&, TextIterator const&>;
 
@@ -123,9 +122,9 @@ T sequenceTo(TextIterator& it, TextIterator const& end) {
   }
 }
 
-// Reads the value of the attribute `name`; a RangeException is rethrown with that name.
+// Parses the value of the attribute `name`. A RangeException is raised again with that name.
 template <class T>
-T deserializeAttr(TextIterator& it, TextIterator const& end, String8 const& name) {
+T deserializeAttr(TextIterator& it, TextIterator const& end, String const& name) {
   try {
     return sequenceTo<T>(it, end);
   } catch (RangeException const& error) {
@@ -135,36 +134,36 @@ T deserializeAttr(TextIterator& it, TextIterator const& end, String8 const& name
 
 KOR_API void needEnd(TextIterator const& it);
 
-// Parses a whole text. Raises "junk at column N deserializing TEXT" when something follows the
-// value. The second argument only picks the type.
+// Parses a whole text. Raises "junk at column N deserializing TEXT" if anything follows the value.
+// The second argument only selects the type.
 template <class T>
-T strepToValue(String8 const& text, T* /*type*/) {
+T strepToValue(String const& text, T* /*type*/) {
   TextIterator it = text.begin();
   T value = sequenceTo<T>(it, text.end());
   needEnd(it);
   return value;
 }
 template <class T>
-T strepToValue(String8 const& text) {
+T strepToValue(String const& text) {
   return strepToValue<T>(text, static_cast<T*>(nullptr));
 }
 
 // enumerations --------------------------------------------------------------------------
 
-// The names of an enumeration's values 0, 1, 2, …; other values are printed and read as numbers.
+// The names of the values 0, 1, 2, … of an enumeration. Other values print and parse as numbers.
 struct EnumNames {
   std::string_view type;  // short type name
   std::string_view const* names;
   std::size_t count;
 };
-KOR_API String8 enumToText(EnumNames const& names, std::int32_t value);   // bare name or number
-KOR_API String8 enumToStrep(EnumNames const& names, std::int32_t value);  // 'name' or number
+KOR_API String enumToText(EnumNames const& names, std::int32_t value);   // bare name or number
+KOR_API String enumToStrep(EnumNames const& names, std::int32_t value);  // 'name' or number
 KOR_API std::int32_t sequenceToEnum(TextIterator& it, TextIterator const& end,
                                     EnumNames const& names);
 
 // values with attributes ----------------------------------------------------------------
 
-// One attribute of a value type: how it is read and, unless it cannot, written.
+// One attribute of a value type, with its getter and, unless it is read-only, its setter.
 template <class Getter, class Setter>
 struct Field {
   std::string_view name;
@@ -187,8 +186,8 @@ constexpr std::string_view shortTypeName(std::string_view qualified) {
   return colons == std::string_view::npos ? qualified : qualified.substr(colons + 2);
 }
 
-// Reads the frame of a value text and calls readField(it, end, name) for each attribute, which
-// answers whether there is such an attribute.
+// Parses the frame of a value text. Calls readField(it, end, name) for each attribute; it returns
+// false if there is no such attribute.
 class KOR_API ValueReader {
  public:
   explicit ValueReader(std::string_view typeName) : typeName_(typeName) {}
@@ -197,7 +196,7 @@ class KOR_API ValueReader {
   void read(TextIterator& it, TextIterator const& end, ReadField&& readField) const {
     open(it, end);
     for (bool first = true; more(it, end); first = false) {
-      String8 const name = attributeName(it, end, first);
+      String const name = attributeName(it, end, first);
       if (!readField(it, end, name)) {
         unknownAttribute(name);
       }
@@ -206,16 +205,16 @@ class KOR_API ValueReader {
 
  private:
   void open(TextIterator& it, TextIterator const& end) const;
-  // False when the closing brace and parenthesis have been read.
+  // Returns false once the closing brace and parenthesis are consumed.
   bool more(TextIterator& it, TextIterator const& end) const;
-  static String8 attributeName(TextIterator& it, TextIterator const& end, bool first);
-  [[noreturn]] void unknownAttribute(String8 const& name) const;
+  static String attributeName(TextIterator& it, TextIterator const& end, bool first);
+  [[noreturn]] void unknownAttribute(String const& name) const;
 
   std::string_view typeName_;
 };
 
 template <ValueWithFields T>
-String8 valueToStrep(T const& value) {
+String valueToStrep(T const& value) {
   std::string text("Value('");
   text.append(T::korTypeName).append("', ** {");
   std::string_view separator;
@@ -229,17 +228,16 @@ String8 valueToStrep(T const& value) {
   return text;
 }
 
-// Writes the text form.
 template <ValueWithFields T>
 std::ostream& operator<<(std::ostream& out, T const& value) {
   return out << valueToStrep(value);
 }
 
-// Reads into `value`: attributes in any order; the last of a repeated one counts; a missing one
-// keeps what stands in `value`.
+// Parses into `value`. The attributes may come in any order; the last of a repeated one counts; a
+// missing one keeps its value.
 template <ValueWithFields T>
 void readValueFields(TextIterator& it, TextIterator const& end, T& value) {
-  auto const readField = [&](TextIterator& at, TextIterator const& last, String8 const& name) {
+  auto const readField = [&](TextIterator& at, TextIterator const& last, String const& name) {
     auto const take = [&](auto const& field) {
       if (name.view() != field.name) {
         return false;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// String8: immutable text, shared by its copies, one pointer wide. Any bytes, NUL included. The
-// hash is computed when the text is made and travels with it.
+// String: immutable text, shared by its copies, one pointer wide. It may contain any bytes,
+// including NUL. The hash is computed on construction and stored with the text.
 
 #include "Kor/Export.h"
 #include "Kor/Hash.h"
@@ -52,7 +52,7 @@ class KOR_API String8 {
   [[nodiscard]] std::size_t length() const { return text_ == nullptr ? 0 : text_->length; }
   [[nodiscard]] bool empty() const { return text_ == nullptr; }
   [[nodiscard]] bool operator!() const { return empty(); }
-  // NUL-terminated; valid while this or a copy lives.
+  // NUL-terminated; valid while this or a copy exists.
   [[nodiscard]] char const* charPtr() const { return text_ == nullptr ? "" : text_->bytes(); }
   [[nodiscard]] std::string_view view() const { return {charPtr(), length()}; }
   [[nodiscard]] std::string stdString() const { return std::string(view()); }
@@ -61,7 +61,7 @@ class KOR_API String8 {
   }
   char operator[](std::size_t position) const { return view()[position]; }
 
-  // Compared as unsigned bytes, a prefix first.
+  // Compares unsigned bytes; a prefix is less.
   friend bool operator==(String8 const& a, String8 const& b) {
     return a.text_ == b.text_ || (a.hash() == b.hash() && a.view() == b.view());
   }
@@ -71,7 +71,7 @@ class KOR_API String8 {
   friend bool operator==(String8 const& a, char const* b) { return a.view() == b; }
   friend String8 operator+(String8 const& a, String8 const& b);
   friend std::ostream& operator<<(std::ostream& out, String8 const& text) {
-    out.width(0);  // neither padded nor left to pad what comes next
+    out.width(0);  // neither pads the text nor leaves a width for the next output
     return out.write(text.charPtr(), static_cast<std::streamsize>(text.length()));
   }
 
@@ -95,7 +95,7 @@ KOR_API String8 operator+(String8 const& a, String8 const& b);
 
 using String = String8;
 
-// A position in a text; it keeps the text alive and knows its 0-based byte offset.
+// A position in a text. It keeps the text alive and knows its 0-based byte offset.
 class String8::IteratorConst {
  public:
   IteratorConst() = default;
@@ -110,7 +110,7 @@ class String8::IteratorConst {
     return *this;
   }
   void positionIs(std::size_t position) { position_ = position; }
-  // Positions of one text compare by offset.
+  // Compares the offsets. Both must be positions in the same text.
   friend bool operator==(IteratorConst const& a, IteratorConst const& b) {
     return a.position_ == b.position_;
   }
@@ -127,7 +127,7 @@ inline String8::IteratorConst String8::end() const {
   return IteratorConst(*this, length());
 }
 
-// A short name. A text in every respect; the type says that it names something.
+// A short name. It behaves like any text; the type documents that it names something.
 class KOR_API Name : public String8 {
  public:
   using String8::String8;

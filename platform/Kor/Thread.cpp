@@ -11,8 +11,7 @@ std::thread::id const owningThread = std::this_thread::get_id();
 }  // namespace
 
 bool onOwningThread() {
-  // Before our own static objects stand, another library's are being built: still the loading
-  // thread.
+  // Not initialised yet: called from another library's static initialisers, on the loading thread.
   return owningThread == std::thread::id() || std::this_thread::get_id() == owningThread;
 }
 

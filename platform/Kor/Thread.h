@@ -2,7 +2,7 @@
 #pragma once
 
 // The framework is single-threaded by contract: no locks, no atomics. A debug build asserts that it
-// is used from the thread that loaded it; other builds pay nothing.
+// is used from the thread that loaded it. Other builds do not check.
 
 #include "Kor/Export.h"
 

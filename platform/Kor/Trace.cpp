@@ -26,7 +26,7 @@ bool isLevel(std::string_view text) {
   return text.size() == 1 && text[0] >= '0' && text[0] <= '9';
 }
 
-// Without the text forms of Kor: static objects may not be there yet.
+// Uses no text forms of Kor: its static objects may not be initialised yet.
 void refuse(std::string_view setting) {
   std::fputs("KOR_TRACE: expected NAME or NAME/LEVEL with a level from 0 to 9, found '", stderr);
   for (char const c : setting) {
@@ -39,7 +39,7 @@ void refuse(std::string_view setting) {
   std::fputs("'\n", stderr);
 }
 
-// What is known about levels, and what must be told of them.
+// The requested levels and the handles they apply to.
 struct Registry {
   std::vector<std::pair<std::string, int>> levels;  // in the order given; later ones win
   std::vector<TraceHandle*> handles;
@@ -54,8 +54,8 @@ struct Registry {
       rest.remove_prefix(std::min(comma + 1, rest.size()));
     }
   }
-  // "NAME/LEVEL"; a name alone means every level, and nothing at all means nothing. Anything else
-  // is told on stderr and switches nothing.
+  // Reads "NAME/LEVEL". A name alone means every level; an empty setting is ignored. Anything else
+  // is reported on stderr and ignored.
   void read(std::string_view setting) {
     auto const slash = setting.find('/');
     std::string_view const name = setting.substr(0, slash);

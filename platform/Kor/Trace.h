@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Tracing: lines with a source name and a level, 0 (errors) to 9 (everything).
+// Tracing: lines with a source name and a level from 0 (errors) to 9 (everything).
 //
-// A handle is on up to its level; level 0 is always on. KOR_TRACE=PolicyMapTestSm/8,PolicyMap/1 in
-// the environment sets levels by source name, `*` means every source, and a name without a level
-// means level 9; what is neither is told on stderr and has no effect. traceLevelIs() does the same
-// by call. A line is formatted only when its level is on: a line that is off costs one load and a
-// branch.
+// A handle is on up to its level; level 0 is always on. The environment variable KOR_TRACE sets
+// levels by source name: KOR_TRACE=PolicyMapTestSm/8,PolicyMap/1. `*` means every source, and a
+// name without a level means level 9. An invalid setting is reported on stderr and ignored.
+// traceLevelIs() sets a level from code. A line is formatted only if its level is on; otherwise it
+// costs one load and one branch.
 
 #include "Kor/Export.h"
 
@@ -19,10 +19,10 @@
 
 namespace Kor {
 
-// Receives the finished lines, without line end.
+// Receives complete lines, without line end.
 using TraceSink = std::function<void(std::string_view source, int level, std::string_view text)>;
 
-// One source of trace lines; usually a static object of the source file or library.
+// One source of trace lines; usually a static object of a source file or library.
 class KOR_API TraceHandle {
  public:
   // `name` is a literal.
@@ -43,9 +43,9 @@ class KOR_API TraceHandle {
   int level_ = 0;
 };
 
-// Switches the handles of that name on up to `level`, those made later too; "*" means all.
+// Sets the level of all handles of that name, including those created later. "*" means all handles.
 KOR_API void traceLevelIs(std::string_view source, int level);
-// Installs a sink and answers the one before it; an empty sink restores the print to stderr.
+// Installs a sink and returns the previous one. An empty sink restores the print to stderr.
 KOR_API TraceSink traceSinkIs(TraceSink sink);
 
 }  // namespace Kor

@@ -5,8 +5,13 @@
 
 namespace Kor {
 
-// Names one attribute of a type: 128 x inheritance level + 2 + place among the type's own
+// Identifies one attribute of a type: 128 x inheritance level + 2 + its place among the type's own
 // attributes.
 using AttributeId = std::uint32_t;
+
+// The first of a type's own attributes. A root type has level 0.
+constexpr AttributeId firstAttributeId(std::uint32_t level) {
+  return 128 * level + 2;
+}
 
 }  // namespace Kor

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Lag::Input::Config: which interfaces are members of which port-channel.
+// Lag::Input::Config: the port-channel memberships of interfaces.
 
 #include "Kor/Collection.h"
 #include "Kor/Entity.h"
@@ -9,7 +9,7 @@
 #include "Kor/Notifiee.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 #include <map>
@@ -17,16 +17,20 @@
 
 namespace Lag::Input {
 
-// The collection of Config; not to be used for itself.
+// Implementation base of Config. Do not use directly.
 class POLICYMAP_API ConfigMembers : public Kor::Entity {
-  KOR_VALUE_COLLECTION(ConfigMembers, memberOf, MemberOf, Vorel::IntfId, Vorel::IntfId, , ;)
+  KOR_VALUE_COLLECTION(ConfigMembers, memberOf, MemberOf, Vorel::IntfId, Vorel::IntfId,
+                       KOR_ON_CHANGE(memberChanged(key)))
 
  protected:
   using Entity::Entity;
+
+  // `member` joined, left or changed its port-channel: announces it.
+  virtual void memberChanged(Vorel::IntfId member) = 0;
 };
 
-/// `memberOf` maps a member to its port-channel. Do not write through
-/// korMemberOf(member)->valueIs(): the index does not see it.
+// `memberOf` maps a member to its port-channel. Do not write through
+// korMemberOf(member)->valueIs(), which bypasses the index.
 class POLICYMAP_API Config : public ConfigMembers {
  public:
   using Ptr = Kor::Ptr<Config>;
@@ -41,19 +45,20 @@ class POLICYMAP_API Config : public ConfigMembers {
 
   Kor::Ptr<KorMemberOf> newMemberOf(Vorel::IntfId const& member, Vorel::IntfId const& portChannel);
 
-  /// The members of a port-channel in ascending order. The reference is good until the next edit.
+  // The members of a port-channel in ascending order. The reference is valid until the next edit.
   [[nodiscard]] std::vector<Vorel::IntfId> const& members(Vorel::IntfId portChannel) const;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
- private:
-  friend class ConfigMembers;
+ protected:
+  void memberChanged(Vorel::IntfId member) override;
 
-  // Brings the index up to date with what `member` is a member of now.
+ private:
+  // Updates the index for the current port-channel of `member`.
   void reindex(Vorel::IntfId member);
 
-  std::map<Vorel::IntfId, std::vector<Vorel::IntfId>> members_;  // by port-channel; none is empty
+  std::map<Vorel::IntfId, std::vector<Vorel::IntfId>> members_;  // by port-channel, never empty
   std::map<Vorel::IntfId, Vorel::IntfId> indexedUnder_;          // by member
 };
 
@@ -63,7 +68,7 @@ class POLICYMAP_API Config::NotifieeConst
   using NotifieeOf::NotifieeOf;
   ~NotifieeConst() override;
 
-  /// That interface joined, left or changed its port-channel; members() says so already.
+  // The interface joined, left or changed its port-channel. members() is already up to date.
   virtual void onMember(Vorel::IntfId member);
 };
 

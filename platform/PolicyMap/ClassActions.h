@@ -10,10 +10,10 @@
 
 #include "PolicyMap/ActionSm.h"
 #include "PolicyMap/ActionType.h"
+#include "PolicyMap/ClassAction.h"
 #include "PolicyMap/ClassMapSmCommonData.h"
-#include "PolicyMap/Export.h"
-#include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/Settling.h"
+#include "PolicyMapExport.h"
 
 #include <map>
 #include <set>

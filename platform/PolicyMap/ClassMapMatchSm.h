@@ -8,7 +8,7 @@
 #include "Kor/PtrInterface.h"
 #include "PolicyMap/ClassMapMatchOption.h"
 #include "PolicyMap/ClassRules.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 namespace PolicyMap {
 

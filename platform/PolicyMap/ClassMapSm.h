@@ -13,10 +13,10 @@
 #include "PolicyMap/ClassMapMatchSm.h"
 #include "PolicyMap/ClassMapSmCommonData.h"
 #include "PolicyMap/CompiledRules.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
+#include "PolicyMapExport.h"
 
 #include <memory>
 
@@ -76,12 +76,11 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   virtual void classCommonDataIs(Kor::Ptr<ClassMapSmCommonData> const& commonData);
   virtual void classMapStatusIs(Kor::Ptr<ClassMapStatus> const& status);
 
-  KOR_VALUE_COLLECTION(ClassMapSm, classMapMatchSm, ClassMapMatchSm, ClassMapMatchOption,
-                       Kor::Ptr<PolicyMap::ClassMapMatchSm>, virtual, {})
-  KOR_VALUE_COLLECTION(ClassMapSm, actionSm, ActionSm, ActionType, Kor::Ptr<PolicyMap::ActionSm>,
-                       virtual, {})
+  KOR_VIRTUAL_VALUE_COLLECTION(ClassMapSm, classMapMatchSm, ClassMapMatchSm, ClassMapMatchOption,
+                               Kor::Ptr<PolicyMap::ClassMapMatchSm>)
+  KOR_VIRTUAL_VALUE_COLLECTION(ClassMapSm, actionSm, ActionSm, ActionType,
+                               Kor::Ptr<PolicyMap::ActionSm>)
 
- public:
   virtual void actionsActiveIs(bool active);
   virtual void initializingIs(bool initializing) { initializing_ = initializing; }
   virtual void initializedIs(bool initialized);

@@ -8,9 +8,9 @@
 #include "PolicyMap/Action.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
 #include "PolicyMap/ClassRules.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PerOption.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
+#include "PolicyMapExport.h"
 
 namespace PolicyMap {
 
@@ -34,10 +34,10 @@ class POLICYMAP_API ClassMapSmCommonData : public Kor::PtrInterface, public Kor:
   virtual void classMapStatusIs(Kor::Ptr<ClassMapStatus> const& status);
 
   // The configured actions of the class.
-  KOR_VALUE_COLLECTION(ClassMapSmCommonData, action, Action, ActionType,
-                       Kor::Ptr<PolicyMap::Action const>, virtual, { announceAction(key); })
+  KOR_VIRTUAL_VALUE_COLLECTION(ClassMapSmCommonData, action, Action, ActionType,
+                               Kor::Ptr<PolicyMap::Action const>,
+                               KOR_ON_CHANGE(announceAction(key)))
 
- public:
   // Counts the requests to program the actions of the class's rules once more. Adds and wraps,
   // notifies, and returns the new value; 0 does nothing.
   virtual std::uint32_t updateAclActionsInc(std::uint32_t count);

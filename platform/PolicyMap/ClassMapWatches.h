@@ -9,8 +9,8 @@
 
 #include "Kor/Reactor.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
+#include "PolicyMapExport.h"
 
 #include <functional>
 #include <map>

@@ -13,8 +13,8 @@
 #include "Kor/String.h"
 #include "PolicyMap/AclRuleKey.h"
 #include "PolicyMap/ClassMapMatchOption.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/RuleIntersection.h"
+#include "PolicyMapExport.h"
 
 #include <algorithm>
 #include <compare>

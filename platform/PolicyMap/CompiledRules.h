@@ -11,11 +11,11 @@
 //   }
 //   rules.of(ClassMapMatchOption::ipv4)->forEach(...);
 
-#include "PolicyMap/ClassMapTypeConfig.h"
+#include "PolicyMap/ClassMapSubConfig.h"
 #include "PolicyMap/ClassRules.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PerOption.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
+#include "PolicyMapExport.h"
 
 #include <functional>
 

@@ -2,6 +2,7 @@
 //
 // Actions, the machines, what they share, and the helper that they program through.
 
+#include "PolicyMap/HelperOperationModels.h"
 #include "PolicyMap/Models.h"
 #include "PolicyMap/PolicyMapAclHelper.h"
 #include "PolicyMap/ServicePolicySm.h"
@@ -88,7 +89,7 @@ constexpr TypeModel model =
 namespace ofAclHelper {
 using T = PolicyMapAclHelper;
 using M = Model<T>;
-constexpr std::array attrs{
+constexpr std::array capabilityAttrs{
     M::data<&T::updateActionSupported, &T::updateActionSupportedIs>("updateActionSupported"),
     M::data<&T::reprogramPolicyOnIntfChange, &T::reprogramPolicyOnIntfChangeIs>(
         "reprogramPolicyOnIntfChange"),
@@ -101,25 +102,12 @@ constexpr std::array attrs{
     M::data<&T::subRulesForL4Ports, &T::subRulesForL4PortsIs>("subRulesForL4Ports"),
     M::data<&T::asyncOperations, &T::asyncOperationsIs>("asyncOperations"),
     M::data<&T::asyncOperationResult, &T::asyncOperationResultIs>("asyncOperationResult"),
-    M::function<&T::hwInit>("hwInit"),
-    M::function<&T::createPolicy>("createPolicy", "policyData", "matchOption"),
-    M::function<&T::recreatePolicy>("recreatePolicy", "policyData", "matchOption"),
-    M::function<&T::deletePolicy>("deletePolicy", "policyData", "matchOption"),
-    M::function<&T::commitPolicy>("commitPolicy", "policyData", "matchOption"),
-    M::function<&T::addIntfToPolicy>("addIntfToPolicy", "policyData", "intf", "matchOption"),
-    M::function<&T::removeIntfFromPolicy>("removeIntfFromPolicy", "policyData", "intf",
-                                          "matchOption"),
-    M::function<&T::addRule>("addRule", "key", "subRule", "policyCommonData", "classCommonData"),
-    M::function<&T::beginUpdateActions>("beginUpdateActions", "policyCommonData",
-                                        "classCommonData"),
-    M::function<&T::updateAction>("updateAction", "key", "subRuleData", "policyCommonData",
-                                  "classCommonData"),
-    M::function<&T::endUpdateActions>("endUpdateActions", "policyCommonData", "classCommonData"),
-    M::function<&T::getCountForRule>("getCountForRule", "key", "policyCommonData",
-                                     "classCommonData"),
+};
+constexpr std::array showAttrs{
     M::function<&T::showAclRule>("showAclRule", "key"),
     M::function<&T::showAclSummary>("showAclSummary"),
 };
+constexpr auto attrs = Kor::joined(capabilityAttrs, helperOperationAttrs<T>, showAttrs);
 constexpr TypeModel model = M::object(attrs);
 }  // namespace ofAclHelper
 

@@ -12,28 +12,30 @@
 
 namespace PolicyMap {
 
+// The operations that passes are made of, and how statuses call them. addRule stands for all rules
+// of a pass, updateAction for all rules of one class in every option.
+#define POLICYMAP_HELPER_OPERATIONS(ROW)  \
+  ROW(createPolicy, "createPolicy")       \
+  ROW(recreatePolicy, "recreatePolicy")   \
+  ROW(addRule, "addRule")                 \
+  ROW(addIntf, "addIntfToPolicy")         \
+  ROW(removeIntf, "removeIntfFromPolicy") \
+  ROW(commitPolicy, "commitPolicy")       \
+  ROW(deletePolicy, "deletePolicy")       \
+  ROW(updateAction, "updateAction")
+
 enum class HelperOperation : std::uint8_t {
-  createPolicy,
-  recreatePolicy,
-  addRule,  // all rules of a pass
-  addIntf,
-  removeIntf,
-  commitPolicy,
-  deletePolicy,
-  updateAction,  // all rules of one class, in every option
+#define POLICYMAP_ROW(operation, name) operation,
+  POLICYMAP_HELPER_OPERATIONS(POLICYMAP_ROW)
+#undef POLICYMAP_ROW
 };
 
-// As statuses call the operation.
 [[nodiscard]] constexpr std::string_view nameOf(HelperOperation operation) {
   switch (operation) {
-  case HelperOperation::createPolicy: return "createPolicy";
-  case HelperOperation::recreatePolicy: return "recreatePolicy";
-  case HelperOperation::addRule: return "addRule";
-  case HelperOperation::addIntf: return "addIntfToPolicy";
-  case HelperOperation::removeIntf: return "removeIntfFromPolicy";
-  case HelperOperation::commitPolicy: return "commitPolicy";
-  case HelperOperation::deletePolicy: return "deletePolicy";
-  case HelperOperation::updateAction: return "updateAction";
+#define POLICYMAP_ROW(operation, name) \
+  case HelperOperation::operation: return name;
+    POLICYMAP_HELPER_OPERATIONS(POLICYMAP_ROW)
+#undef POLICYMAP_ROW
   }
   return {};
 }

@@ -30,6 +30,10 @@ constexpr decltype(auto) forOption(ClassMapMatchOption option, Ipv4&& ipv4, Ipv6
 template <class T>
 class PerOption {
  public:
+  PerOption() = default;
+  // The same value for every option.
+  explicit PerOption(T const& value) { values_.fill(value); }
+
   [[nodiscard]] T& operator[](ClassMapMatchOption option) { return values_[placeOf(option)]; }
   [[nodiscard]] T const& operator[](ClassMapMatchOption option) const {
     return values_[placeOf(option)];

@@ -59,7 +59,7 @@ void PolicyClasses::bring(Kor::Name const& name) {
     return;
   }
   if (left_.erase(name) != 0) {
-    policy_.classChanged(name);  // its status may have been passed over while it was away
+    policy_.rulesChanged();  // its status may have been passed over while it was away
   }
   if (Kor::Ptr<ClassMapSm> const machine = policy_.classMapSm(name)) {
     machine->classMapConfigIs(map);
@@ -85,7 +85,7 @@ void PolicyClasses::build(Kor::Name const& name, Kor::Ptr<ClassMapConfig const> 
     status->errorIs({});  // that the class-map is missing
     machine->classMapStatusIs(status);
   }
-  policy_.classChanged(name);
+  policy_.rulesChanged();
 }
 
 void PolicyClasses::leave(Kor::Name const& name) {

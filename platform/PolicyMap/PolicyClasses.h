@@ -14,10 +14,10 @@
 
 #include "PolicyMap/ClassMapSm.h"
 #include "PolicyMap/ClassMapWatches.h"
-#include "PolicyMap/Export.h"
-#include "PolicyMap/PolicyMapTypeConfig.h"
-#include "PolicyMap/PolicyMapTypeStatus.h"
+#include "PolicyMap/PolicyMapStatus.h"
+#include "PolicyMap/PolicyMapSubConfig.h"
 #include "PolicyMap/Settling.h"
+#include "PolicyMapExport.h"
 
 #include <set>
 #include <vector>
@@ -45,9 +45,7 @@ class POLICYMAP_API PolicyClasses {
     virtual void classMapSmDel(Kor::Name const& name) = 0;
     // Whether dropLeft() will be called after rulesChanged().
     [[nodiscard]] virtual bool dropsLeftLater() const = 0;
-    // The class has another machine, or is back: its status is due.
-    virtual void classChanged(Kor::Name const& name) = 0;
-    // The set of class machines, or what it will be, has changed.
+    // A class has another machine, has left or is back.
     virtual void rulesChanged() = 0;
   };
 

@@ -46,7 +46,6 @@ class PolicyMapSm::ClassesPolicy final : public PolicyClasses::Policy {
   }
   void classMapSmDel(Kor::Name const& name) override { machine_.classMapSmDel(name); }
   bool dropsLeftLater() const override { return machine_.reconciler_->attached(); }
-  void classChanged(Kor::Name const& name) override { machine_.reconciler_->classChanged(name); }
   void rulesChanged() override { machine_.reconciler_->rulesChanged(); }
   void classRulesChanged(ClassMapMatchOption option) override {
     machine_.reconciler_->rulesChanged(option);

@@ -11,13 +11,13 @@
 #include "Kor/Reactor.h"
 #include "PolicyMap/ClassMapSm.h"
 #include "PolicyMap/ClassMapWatches.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyClasses.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapSmCommonData.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
 #include "PolicyMap/PolicyReconciler.h"
+#include "PolicyMapExport.h"
 
 #include <memory>
 #include <set>
@@ -51,22 +51,20 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
   virtual void handleInitialized();
 
   virtual void policyMapIs(Kor::Ptr<PolicyMapSubConfig const> const& policyMap);
-  KOR_VALUE_COLLECTION(PolicyMapSm, classMapSm, ClassMapSm, Kor::Name,
-                       Kor::Ptr<PolicyMap::ClassMapSm>, virtual, {})
+  KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, classMapSm, ClassMapSm, Kor::Name,
+                               Kor::Ptr<PolicyMap::ClassMapSm>)
   // Attached interfaces, and whether each counts.
-  KOR_VALUE_COLLECTION(PolicyMapSm, activeIntf, ActiveIntf, Vorel::IntfId, bool, virtual,
-                       { handleActiveIntf(key); })
+  KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, activeIntf, ActiveIntf, Vorel::IntfId, bool,
+                               KOR_ON_CHANGE(handleActiveIntf(key)))
 
- public:
   virtual void policyCommonDataDel();
   virtual void policyCommonDataIs(Kor::Ptr<PolicyMapSmCommonData> const& commonData);
-  KOR_VALUE_COLLECTION(PolicyMapSm, prioClass, PrioClass, std::uint32_t, Kor::Name, virtual, {})
-  KOR_VALUE_COLLECTION(PolicyMapSm, classPrio, ClassPrio, Kor::Name, std::uint32_t, virtual, {})
+  KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, prioClass, PrioClass, std::uint32_t, Kor::Name)
+  KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, classPrio, ClassPrio, Kor::Name, std::uint32_t)
   // When each option was last programmed, in seconds of the event loop's clock.
-  KOR_VALUE_COLLECTION(PolicyMapSm, timeProgrammed, TimeProgrammed, ClassMapMatchOption, double,
-                       virtual, {})
+  KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, timeProgrammed, TimeProgrammed, ClassMapMatchOption,
+                               double)
 
- public:
   virtual void actionsActiveIs(bool active);
   virtual void initializedIs(bool initialized);
   virtual void korDoZombieReactors(bool zombie);

@@ -6,9 +6,9 @@
 #include "Acl/Config.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
 #include "PolicyMap/ClassRules.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PerOption.h"
 #include "PolicyMap/RuleLimits.h"
+#include "PolicyMapExport.h"
 
 #include <string>
 #include <vector>

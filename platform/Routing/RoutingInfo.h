@@ -4,12 +4,12 @@
 #include "Kor/KorType.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Routing/RoutingStatus.h"
 
 namespace Routing {
 
-/// IPv4 routing. Hooks of its notifiees: onRouting(), onRoutedIntf(IntfId).
+// IPv4 routing. Notifiee hooks: onRouting(), onRoutedIntf(IntfId).
 class POLICYMAP_API RoutingInfo : public RoutingInfoBase<RoutingInfo> {
  public:
   using Ptr = Kor::Ptr<RoutingInfo>;

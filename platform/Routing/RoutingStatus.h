@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What the routing information of IPv4 and IPv6 shares.
+// The common part of IPv4 and IPv6 routing information.
 
 #include "Kor/Collection.h"
 #include "Kor/Entity.h"
 #include "Kor/Notifiee.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 namespace Routing {
 
-/// Whether routing is on, and on which interfaces.
+// Whether routing is enabled, globally and by interface.
 class POLICYMAP_API RoutingStatus : public Kor::Entity {
  public:
   ~RoutingStatus() override;
@@ -20,7 +20,7 @@ class POLICYMAP_API RoutingStatus : public Kor::Entity {
   static constexpr Kor::AttributeId routingId = 258;
   static constexpr Kor::AttributeId routedIntfId = 259;
 
-  /// The switch for the whole system; off at first.
+  // The global switch; off by default.
   [[nodiscard]] bool routing() const { return routing_; }
   void routingIs(bool routing) {
     if (routing != routing_) {
@@ -29,8 +29,8 @@ class POLICYMAP_API RoutingStatus : public Kor::Entity {
     }
   }
 
-  KOR_VALUE_COLLECTION(RoutingStatus, routedIntf, RoutedIntf, Vorel::IntfId, bool, ,
-                       { routedIntfChanged(key); })
+  KOR_VALUE_COLLECTION(RoutingStatus, routedIntf, RoutedIntf, Vorel::IntfId, bool,
+                       KOR_ON_CHANGE(routedIntfChanged(key)))
 
  protected:
   using Entity::Entity;
@@ -42,7 +42,7 @@ class POLICYMAP_API RoutingStatus : public Kor::Entity {
   bool routing_ = false;
 };
 
-/// Hears of routing information of type `Info`.
+// Observes routing information of type `Info`.
 template <class Info>
 class RoutingNotifieeConst : public Kor::NotifieeOf<Info, Kor::Entity::NotifieeConst> {
  public:
@@ -60,7 +60,7 @@ class RoutingNotifiee : public RoutingNotifieeConst<Info> {
   using RoutingNotifieeConst<Info>::RoutingNotifieeConst;
 };
 
-/// Announces what changes in routing information of type `Self`.
+// Announces the changes of routing information of type `Self`.
 template <class Self>
 class RoutingInfoBase : public RoutingStatus {
  public:

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t mostNumbers = 4;
 
-// What the names of a kind look like.
+// The naming rules of a kind.
 struct KindTraits {
   std::string_view name;      // as it prints
   std::string_view spelling;  // in lower case, without hyphens
@@ -32,7 +32,7 @@ struct KindTraits {
 constexpr std::uint32_t slot = 65535;
 constexpr std::uint32_t logical = 2147483647;
 
-// By IntfKind.
+// Indexed by IntfKind.
 constexpr std::array<KindTraits, 15> kinds{{
     {"", "", "", 0, 0, 0, false, false},
     {"Ethernet", "ethernet", "", 0, slot, mostNumbers, true, true},
@@ -56,7 +56,7 @@ KindTraits const& traitsOf(IntfKind kind) {
   return kinds[static_cast<std::size_t>(kind)];
 }
 
-// What identifies an interface. Numbers behind the last are 0.
+// The identity of an interface. Unused numbers are 0.
 struct Shape {
   IntfKind kind = IntfKind::none;
   std::uint8_t count = 0;
@@ -92,7 +92,7 @@ bool isLetter(char c) {
   return lowerCase(c) >= 'a' && lowerCase(c) <= 'z';
 }
 
-// The kind that `word`, in lower case, names or abbreviates; none if it is none or several.
+// The kind that `word`, in lower case, names or abbreviates; none if unknown or ambiguous.
 IntfKind kindOf(std::string_view word) {
   auto const begins = [&](std::string_view spelling) { return spelling.starts_with(word); };
   IntfKind found = IntfKind::none;
@@ -114,7 +114,7 @@ IntfKind kindOf(std::string_view word) {
   return found;
 }
 
-// Reads a name from front to back; nothing where it is none.
+// Parses a name from left to right. Returns nothing if it is invalid.
 class NameReader {
  public:
   explicit NameReader(std::string_view name) : rest_(name) {}
@@ -141,8 +141,7 @@ class NameReader {
   }
 
  private:
-  // The letters in front, lower-cased, with the hyphens between them left out; blanks behind them
-  // are skipped.
+  // The leading letters in lower case, without the hyphens between them. Skips blanks after them.
   std::string kindWord() {
     std::string word;
     while (!rest_.empty() && !isDigit(rest_.front()) && rest_.front() != ' ') {
@@ -179,16 +178,16 @@ class NameReader {
   std::string_view rest_;
 };
 
-// All interfaces that were named so far. Index 0 is no interface.
+// All interfaces named so far. Index 0 is no interface.
 class Table {
  public:
   struct Row {
     Shape shape;
     std::uint32_t hash;
-    Kor::String8 name;
+    Kor::String name;
   };
 
-  // Never destroyed: an IntfId may be looked at until the very end of the process.
+  // Never destroyed: an IntfId may be used until the very end of the process.
   static Table& instance() {
     static Table& table = *new Table();
     return table;
@@ -220,13 +219,13 @@ Table::Row const& rowOf(std::uint32_t index) {
   return Table::instance().row(index);
 }
 
-std::string notAName(Kor::String8 const& name) {
+std::string notAName(Kor::String const& name) {
   return "IntfId: '" + name.stdString() + "' is not an interface name";
 }
 
 }  // namespace
 
-IntfId::IntfId(Kor::String8 const& name) {
+IntfId::IntfId(Kor::String const& name) {
   auto const shape = NameReader(name.view()).read();
   if (!shape) {
     throw Kor::RangeException(notAName(name));
@@ -259,7 +258,7 @@ IntfId IntfId::parent() const {
   return parent;
 }
 
-Kor::String8 IntfId::name() const {
+Kor::String IntfId::name() const {
   return rowOf(index_).name;
 }
 
@@ -276,7 +275,7 @@ std::strong_ordering IntfId::compare(IntfId a, IntfId b) {
   if (auto const order = left.kind <=> right.kind; std::is_neq(order)) {
     return order;
   }
-  // Ethernet3 before Ethernet3/0: a name before those that it begins.
+  // Ethernet3 before Ethernet3/0: a prefix comes first.
   auto const numbers = std::lexicographical_compare_three_way(
       left.numbers.begin(), left.numbers.begin() + left.count, right.numbers.begin(),
       right.numbers.begin() + right.count);
@@ -288,14 +287,14 @@ Kor::KorType* IntfId::_fwkType() {
   return &type;
 }
 
-Kor::String8 valueToStrep(IntfId intf) {
+Kor::String valueToStrep(IntfId intf) {
   return Kor::valueToStrep(intf.name());
 }
 
 void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end, IntfId& intf) {
   Kor::skipSpace(it, end);
   std::size_t const column = it.position();
-  Kor::String8 name;
+  Kor::String name;
   Kor::sequenceToValue(it, end, name);
   if (name.empty()) {
     intf = IntfId();

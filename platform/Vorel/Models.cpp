@@ -12,7 +12,7 @@ using M = Kor::Model<IntfId>;
 
 constexpr std::array attrs{M::key<&IntfId::name>("name")};
 
-IntfId make(Kor::String8 const& name) {
+IntfId make(Kor::String const& name) {
   return name.empty() ? IntfId() : IntfId(name);
 }
 

@@ -7,7 +7,7 @@ namespace Zub {
 
 UniqueId UniqueId::next() {
   static std::uint64_t lastNumber = 0;
-  return UniqueId(Kor::String8("id-" + std::to_string(++lastNumber)));
+  return UniqueId(Kor::String("id-" + std::to_string(++lastNumber)));
 }
 
 Kor::KorType* UniqueId::_fwkType() {

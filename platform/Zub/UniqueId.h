@@ -6,7 +6,7 @@
 #include "Kor/KorType.h"
 #include "Kor/Strep.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <cstdint>
@@ -24,13 +24,13 @@ class POLICYMAP_API UniqueId {
     return std::tuple(Kor::field("value", &UniqueId::value, &UniqueId::valueIs));
   }
 
-  /// Identifies nothing.
+  // Identifies nothing.
   UniqueId() = default;
-  explicit UniqueId(Kor::String8 value) : value_(std::move(value)) {}
-  /// An identifier that no earlier call answered: "id-1", "id-2", … in every process.
+  explicit UniqueId(Kor::String value) : value_(std::move(value)) {}
+  // Returns an identifier that no earlier call has returned: "id-1", "id-2", … in every process.
   [[nodiscard]] static UniqueId next();
 
-  [[nodiscard]] Kor::String8 value() const { return value_; }
+  [[nodiscard]] Kor::String value() const { return value_; }
 
   [[nodiscard]] bool operator!() const { return value_.empty(); }
   friend bool operator==(UniqueId const&, UniqueId const&) = default;
@@ -40,15 +40,14 @@ class POLICYMAP_API UniqueId {
   [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
-  /// Writes the text form.
   friend std::ostream& operator<<(std::ostream& out, UniqueId const& id) {
     return out << Kor::valueToStrep(id);
   }
 
  private:
-  void valueIs(Kor::String8 const& value) { value_ = value; }
+  void valueIs(Kor::String const& value) { value_ = value; }
 
-  Kor::String8 value_;
+  Kor::String value_;
 };
 
 }  // namespace Zub

@@ -196,11 +196,11 @@ TEST(FailedUpdate, OfOneOptionLeavesTheOthersUpdatedInPlace) {
   scenario.actionIs("pm", "c", 1, 7);
   scenario.start();
   scenario.settle();
-  helper->failureIs(TestSupport::Fault::updateAction, 1, false);
+  helper->failureIs(TestSupport::Fault::updateActionError, 1, false);
   scenario.actionIs("pm", "c", 1, 9);
   scenario.settle();
   // The rule behind the failed one is not updated any more, but created anew.
-  EXPECT_EQ(helper->calls(TestSupport::Fault::updateAction), 2U);
+  EXPECT_EQ(helper->calls(TestSupport::Fault::updateActionError), 2U);
   EXPECT_EQ(counts(scenario.record()), "create 2, commit 2, update 1/1, created, clean");
   EXPECT_EQ(counts(scenario.record(ClassMapMatchOption::ipv6)),
             "create 1, commit 2, update 1/1, created, clean");

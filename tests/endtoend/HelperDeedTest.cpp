@@ -173,7 +173,21 @@ TEST_F(HelperDeed, AnInitialisationThatThrowsStopsNothing) {
 
 // Turning the event loop.
 
-class Turning : public HelperDeed, public testing::WithParamInterface<char const*> {};
+class Turning : public HelperDeed, public testing::WithParamInterface<char const*> {
+ protected:
+  // Rules, interfaces and actions change; together with detach() all operations are called.
+  void change() {
+    scenario.rule("acl", 20);
+    scenario.attach("pm", "Ethernet2");
+    scenario.settle();
+    scenario.actionIs("pm", "c", 1, 5);
+    scenario.settle();
+  }
+  void detach(char const* intf) {
+    scenario.detach(intf);
+    scenario.settle();
+  }
+};
 
 INSTANTIATE_TEST_SUITE_P(In, Turning,
                          testing::Values("createPolicy", "recreatePolicy", "deletePolicy",
@@ -183,18 +197,12 @@ INSTANTIATE_TEST_SUITE_P(In, Turning,
 
 TEST_P(Turning, TheLoopDuringAChangeIsHarmless) {
   helper->doInside(GetParam(), [this] { scenario.settle(); });
-  scenario.rule("acl", 20);
-  scenario.attach("pm", "Ethernet2");
-  scenario.settle();
-  scenario.actionIs("pm", "c", 1, 5);
-  scenario.settle();
-  scenario.detach("Ethernet2");
-  scenario.settle();
+  change();
+  detach("Ethernet2");
   EXPECT_EQ(scenario.policyStatus()->error(), "");
   EXPECT_EQ(scenario.record()->ruleMatchs(), 2U);
   EXPECT_EQ(scenario.record()->ruleAction1(Scenario::ruleKey("c", "acl", 20)), 5U);
-  scenario.detach("Ethernet1");
-  scenario.settle();
+  detach("Ethernet1");
   EXPECT_FALSE(scenario.record()->created());
 }
 
@@ -205,19 +213,12 @@ TEST_P(Turning, TheLoopWithChangesIsHarmless) {
     scenario.attach("pm", "Ethernet3");
     scenario.settle();
   });
-  scenario.rule("acl", 20);
-  scenario.attach("pm", "Ethernet2");
-  scenario.settle();
-  scenario.actionIs("pm", "c", 1, 5);
-  scenario.settle();
-  scenario.detach("Ethernet1");
-  scenario.settle();
-  scenario.detach("Ethernet2");
-  scenario.settle();
+  change();
+  detach("Ethernet1");
+  detach("Ethernet2");
   EXPECT_EQ(scenario.policyStatus() ? scenario.policyStatus()->error() : "", "");
   EXPECT_EQ(scenario.record()->created(), helper->doneInside());
-  scenario.detach("Ethernet3");
-  scenario.settle();
+  detach("Ethernet3");
   EXPECT_FALSE(scenario.record()->created());
 }
 
@@ -246,15 +247,9 @@ TEST_P(Turning, AHelperThatIsTakenAwayThereIsLeft) {
     scenario.machine->aclHelperDel();
     scenario.settle();
   });
-  scenario.rule("acl", 20);
-  scenario.attach("pm", "Ethernet2");
-  scenario.settle();
-  scenario.actionIs("pm", "c", 1, 5);
-  scenario.settle();
-  scenario.detach("Ethernet2");
-  scenario.settle();
-  scenario.detach("Ethernet1");
-  scenario.settle();
+  change();
+  detach("Ethernet2");
+  detach("Ethernet1");
   EXPECT_FALSE(scenario.record()->created());
   for (auto const option : PolicyMap::allMatchOptions) {
     EXPECT_FALSE(scenario.record(option)->created());

@@ -93,7 +93,7 @@ TEST(SettingsEditor, EntryTakesThePlaceOfTheOneOfItsNumber) {
 
 TEST(SettingsEditor, NothingGoesBehindTheHighestNumber) {
   EXPECT_EQ(errorOfEdit("ip access-list L\n4294967295 permit ip any any\n deny ip any any"),
-            "t:3:2: expected a sequence number: there is none left behind the last entry of ip "
+            "t:3:2: expected a sequence number: none is left after the last entry of ip "
             "access-list L, found 'deny'");
 }
 
@@ -282,7 +282,7 @@ TEST(SettingsEditor, InterfaceNameMustBeOne) {
   for (std::string const name : {"Ethernet", "Vlan4095", "Vlan0", "Frobnicator1", "Ethernet1/"}) {
     EXPECT_EQ(
         errorOfEdit("!\ninterface " + name),
-        "t:2:11: expected an interface name, as Ethernet3/1, PortChannel7 or Vlan10, found '" +
+        "t:2:11: expected an interface name such as Ethernet3/1, PortChannel7 or Vlan10, found '" +
             name + "'");
   }
 }
@@ -370,7 +370,7 @@ TEST(SettingsEditor, OnlyPhysicalInterfacesAreMembers) {
   for (std::string const name : {"Vlan10", "PortChannel7", "Loopback0", "Ethernet1.5"}) {
     EXPECT_EQ(errorOfEdit("interface " + name + "\nchannel-group 7"),
               "t:2:1: expected a command for " + name +
-                  ", which joins no channel-group: it is no physical interface, found "
+                  ", which cannot join a channel-group: it is not a physical interface, found "
                   "'channel-group'");
   }
 }

@@ -120,8 +120,8 @@ TEST_F(ShellTest, AdvanceLetsVirtualTimePass) {
   Kor::EventLoop::global().virtualTimeIs(true);
   run("advance 2.5");
   EXPECT_EQ(Kor::now(), 2.5);
-  EXPECT_EQ(errorOf("advance -1"), "time passes by 0 to 1000000 seconds, not by -1");
-  EXPECT_EQ(errorOf("advance 1e7"), "time passes by 0 to 1000000 seconds, not by 1e7");
+  EXPECT_EQ(errorOf("advance -1"), "the time to advance must be 0 to 1000000 seconds, not -1");
+  EXPECT_EQ(errorOf("advance 1e7"), "the time to advance must be 0 to 1000000 seconds, not 1e7");
   EXPECT_EQ(Kor::now(), 2.5);
 }
 
@@ -132,7 +132,7 @@ TEST_F(ShellTest, AdvanceTakesOneNumberAndNothingElse) {
   EXPECT_EQ(errorOf("  advance 5 s"), "column 13: expected the end of the line");
   EXPECT_EQ(errorOf("advance"), "column 8: expected a value");
   EXPECT_EQ(errorOf("advance float('nan') # x"),
-            "time passes by 0 to 1000000 seconds, not by float('nan')");
+            "the time to advance must be 0 to 1000000 seconds, not float('nan')");
   EXPECT_EQ(Kor::now(), 0);
   run("advance .5 # a half");
   run("advance\t2\r");
@@ -154,7 +154,7 @@ TEST_F(ShellTest, ACommandIsAWordOfItsOwn) {
 
 TEST_F(ShellTest, AValueIsNoName) {
   for (std::string const name : {"True", "False", "None"}) {
-    EXPECT_EQ(errorOf(" " + name + " = 5"), "column 2: " + name + " is a value and no name");
+    EXPECT_EQ(errorOf(" " + name + " = 5"), "column 2: " + name + " is a value, not a name");
   }
   run("Trueness = 5");
   EXPECT_EQ(run("Trueness"), "5\n");

@@ -18,9 +18,6 @@ using TestSupport::NormalForm;
 
 // the helper ------------------------------------------------------------------------------------
 
-using PolicyData = PolicyMap::PolicyMapSmCommonData::PtrConst;
-using ClassData = PolicyMap::ClassMapSmCommonData::PtrConst;
-
 namespace {
 
 Coverage& mutableCoverage() {
@@ -28,9 +25,8 @@ Coverage& mutableCoverage() {
   return coverage;
 }
 
-Kor::String counted(Kor::String const& error) {
+void counted(Kor::String const& error) {
   mutableCoverage().failures += error.empty() ? 0 : 1;
-  return error;
 }
 
 }  // namespace
@@ -44,41 +40,21 @@ void OrderedHelper::asyncOperationResultIs(PolicyMap::AsyncOperationResult const
   AclHelper::asyncOperationResultIs(result);
 }
 
-Kor::String OrderedHelper::createPolicy(PolicyData const& policyData,
-                                        ClassMapMatchOption matchOption) {
-  order_[{policyData->policyKey(), matchOption}].clear();
-  return counted(AclHelper::createPolicy(policyData, matchOption));
-}
-Kor::String OrderedHelper::deletePolicy(PolicyData const& policyData,
-                                        ClassMapMatchOption matchOption) {
-  order_[{policyData->policyKey(), matchOption}].clear();
-  return counted(AclHelper::deletePolicy(policyData, matchOption));
-}
-Kor::String OrderedHelper::commitPolicy(PolicyData const& policyData,
-                                        ClassMapMatchOption matchOption) {
-  ++waits_;
-  return counted(AclHelper::commitPolicy(policyData, matchOption));
-}
-Kor::String OrderedHelper::addIntfToPolicy(PolicyData const& policyData, Vorel::IntfId intf,
-                                           ClassMapMatchOption matchOption) {
-  ++waits_;
-  return counted(AclHelper::addIntfToPolicy(policyData, intf, matchOption));
-}
-Kor::String OrderedHelper::removeIntfFromPolicy(PolicyData const& policyData, Vorel::IntfId intf,
-                                                ClassMapMatchOption matchOption) {
-  ++waits_;
-  return counted(AclHelper::removeIntfFromPolicy(policyData, intf, matchOption));
-}
-Kor::String OrderedHelper::addRule(PolicyMap::AclRuleKey const& key,
-                                   PolicyMap::SubRuleData const& subRule,
-                                   PolicyData const& policyCommonData,
-                                   ClassData const& classCommonData) {
-  std::vector<PolicyMap::AclRuleKey>& order =
-      order_[{policyCommonData->policyKey(), key.matchOption()}];
-  if (order.empty() || order.back() != key) {
-    order.push_back(key);
+void OrderedHelper::around(TestSupport::HelperCall& call, Proceed const& proceed) {
+  if (call.operation == "createPolicy" || call.operation == "deletePolicy") {
+    order_[{(*call.policy)->policyKey(), *call.option}].clear();
+  } else if (call.operation == "commitPolicy" || call.intf) {
+    ++waits_;
+  } else if (call.operation == "addRule") {
+    std::vector<PolicyMap::AclRuleKey>& order = order_[{(*call.policy)->policyKey(), *call.option}];
+    if (order.empty() || order.back() != *call.rule) {
+      order.push_back(*call.rule);
+    }
   }
-  return counted(AclHelper::addRule(key, subRule, policyCommonData, classCommonData));
+  proceed();
+  if (call.operation != "recreatePolicy") {  // whose deletion and creation are counted
+    counted(call.error);
+  }
 }
 
 // names and values ------------------------------------------------------------------------------

@@ -8,6 +8,7 @@
 #include "machines/TestServicePolicySm.h"
 #include "model/Operation.h"
 #include "model/ReferenceModel.h"
+#include "support/ForwardingHelper.h"
 
 #include <array>
 #include <functional>
@@ -17,25 +18,9 @@
 namespace Model {
 
 // A recording helper that also knows the order of the rules and how often it was called.
-class OrderedHelper : public PolicyMapTest::AclHelper {
+class OrderedHelper : public TestSupport::ForwardingHelper<PolicyMapTest::AclHelper> {
  public:
-  OrderedHelper() : AclHelper(false, false) {}
-
-  Kor::String createPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
-                           PolicyMap::ClassMapMatchOption matchOption) override;
-  Kor::String deletePolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
-                           PolicyMap::ClassMapMatchOption matchOption) override;
-  Kor::String commitPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
-                           PolicyMap::ClassMapMatchOption matchOption) override;
-  Kor::String addIntfToPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
-                              Vorel::IntfId intf,
-                              PolicyMap::ClassMapMatchOption matchOption) override;
-  Kor::String removeIntfFromPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
-                                   Vorel::IntfId intf,
-                                   PolicyMap::ClassMapMatchOption matchOption) override;
-  Kor::String addRule(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
-                      PolicyMap::PolicyMapSmCommonData::PtrConst const& policyCommonData,
-                      PolicyMap::ClassMapSmCommonData::PtrConst const& classCommonData) override;
+  OrderedHelper() : ForwardingHelper(false, false) {}
 
   // Operations whose result may come later.
   [[nodiscard]] std::size_t waits() const { return waits_; }
@@ -44,6 +29,9 @@ class OrderedHelper : public PolicyMapTest::AclHelper {
       PolicyMapTest::AclPolicyType const& type) {
     return order_[type];
   }
+
+ protected:
+  void around(TestSupport::HelperCall& call, Proceed const& proceed) override;
 
  private:
   std::size_t waits_ = 0;

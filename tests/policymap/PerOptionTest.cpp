@@ -8,30 +8,33 @@
 namespace policymap {
 namespace {
 
+using PolicyMap::allMatchOptions;
 using PolicyMap::ClassMapMatchOption;
 using PolicyMap::forOption;
 using PolicyMap::PerOption;
+using testing::Each;
 using testing::ElementsAre;
 
-std::vector<int> listed(PerOption<int> const& values) {
-  return {values.begin(), values.end()};
-}
-
-TEST(PerOption, HoldsOneValueForEachOptionInTheOrderOfTheOptions) {
+TEST(PerOption, HoldsOneValuePerOption) {
   PerOption<int> values;
-  EXPECT_THAT(listed(values), ElementsAre(0, 0, 0, 0));
-  int next = 1;
-  for (ClassMapMatchOption const option : PolicyMap::allMatchOptions) {
-    values[option] = next++;
+  EXPECT_THAT(std::vector(values.begin(), values.end()), Each(0));
+  int next = 0;
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    values[option] = ++next;
   }
-  EXPECT_THAT(listed(values), ElementsAre(1, 2, 3, 4));
+  EXPECT_THAT(std::vector(values.begin(), values.end()), ElementsAre(1, 2, 3, 4));
+  EXPECT_EQ(values[ClassMapMatchOption::ipv4], 1);
+  EXPECT_EQ(values[ClassMapMatchOption::ipv6], 2);
+  EXPECT_EQ(values[ClassMapMatchOption::mac], 3);
+  EXPECT_EQ(values[ClassMapMatchOption::mpls], 4);
 }
 
-TEST(PerOption, ServesEveryFurtherOptionAsMpls) {
+TEST(PerOption, OfAnUnknownOptionIsThatOfMpls) {
   PerOption<int> values;
-  values[ClassMapMatchOption{9}] = 5;
-  EXPECT_THAT(listed(values), ElementsAre(0, 0, 0, 5));
-  EXPECT_EQ(values[ClassMapMatchOption{-1}], 5);
+  values[ClassMapMatchOption{77}] = 5;
+  EXPECT_EQ(values[ClassMapMatchOption::mpls], 5);
+  PerOption<int> const& constant = values;
+  EXPECT_EQ(constant[ClassMapMatchOption{99}], 5);
 }
 
 TEST(ForOption, CallsTheFunctionOfTheOptionAlone) {

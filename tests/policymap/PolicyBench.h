@@ -4,6 +4,8 @@
 // What tests of the core need around it: a helper that writes down every call, machines that create
 // nothing but base machines, and short ways to configure.
 
+#include "support/ForwardingHelper.h"
+
 #include <Kor/EventLoop.h>
 #include <PolicyMap/PolicyMapAclHelper.h>
 #include <PolicyMap/ServicePolicySm.h>
@@ -12,6 +14,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -29,12 +32,10 @@ inline std::string text(auto const& value) {
   return out.str();
 }
 
-// Writes down every call as one line and answers "" or the text that was asked for.
-class CallLog : public PolicyMap::PolicyMapAclHelper {
+// Writes down every call as one line and returns "" or the text that was asked for. The line begins
+// with the operation without its object: "create", "addIntf".
+class CallLog : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapAclHelper> {
  public:
-  using PolicyData = PolicyMap::PolicyMapSmCommonData::PtrConst;
-  using ClassData = PolicyMap::ClassMapSmCommonData::PtrConst;
-
   std::vector<std::string> calls;
   std::map<std::string, std::string> answers;  // by the first word of the line
 
@@ -44,64 +45,56 @@ class CallLog : public PolicyMap::PolicyMapAclHelper {
   // The lines since the last look.
   std::vector<std::string> taken() { return std::exchange(calls, {}); }
 
-  void hwInit() override { say("hwInit"); }
-  Kor::String createPolicy(PolicyData const& data, ClassMapMatchOption option) override {
-    std::string found;
-    for (Vorel::IntfId const bound : data->intfs(option)) {
-      found += " " + text(bound);
+  // The first word of the line.
+  static std::string wordOf(TestSupport::HelperCall const& call) {
+    for (std::string_view const object :
+         {"ToPolicy", "FromPolicy", "Policy", "UpdateActions", "Action"}) {
+      if (call.operation.ends_with(object)) {
+        return std::string(call.operation.substr(0, call.operation.size() - object.size()));
+      }
     }
-    return say("create " + where(data, option) + found);
+    return std::string(call.operation);
   }
-  Kor::String recreatePolicy(PolicyData const& data, ClassMapMatchOption option) override {
-    return say("recreate " + where(data, option));
-  }
-  Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) override {
-    return say("delete " + where(data, option));
-  }
-  Kor::String commitPolicy(PolicyData const& data, ClassMapMatchOption option) override {
-    return say("commit " + where(data, option));
-  }
-  Kor::String addIntfToPolicy(PolicyData const& data, Vorel::IntfId bound,
-                              ClassMapMatchOption option) override {
-    return say("addIntf " + where(data, option) + " " + text(bound));
-  }
-  Kor::String removeIntfFromPolicy(PolicyData const& data, Vorel::IntfId bound,
-                                   ClassMapMatchOption option) override {
-    return say("removeIntf " + where(data, option) + " " + text(bound));
-  }
-  Kor::String addRule(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
-                      PolicyData const& data, ClassData const& classData) override {
-    return say("addRule " + where(data, key.matchOption()) + " " + rule(key) + ports(subRule) +
-               " " + match(key, *classData));
-  }
-  Kor::String beginUpdateActions(PolicyData const& data, ClassData const& classData) override {
-    return say("begin " + policy(data) + " " + text(classData->name()));
-  }
-  Kor::String updateAction(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
-                           PolicyData const& data, ClassData const& /*classData*/) override {
-    return say("update " + where(data, key.matchOption()) + " " + rule(key) + ports(subRule));
-  }
-  Kor::String endUpdateActions(PolicyData const& data, ClassData const& classData) override {
-    return say("end " + policy(data) + " " + text(classData->name()));
-  }
-  std::uint64_t getCountForRule(PolicyMap::AclRuleKey const& key, PolicyData const& /*data*/,
-                                ClassData const& /*classData*/) override {
-    ++countCalls;
-    auto const count = counts.find(key);
-    return count == counts.end() ? 0 : count->second;
+
+ protected:
+  void around(TestSupport::HelperCall& call, Proceed const& /*proceed*/) override {
+    if (call.operation == "getCountForRule") {
+      ++countCalls;
+      auto const found = counts.find(*call.rule);
+      call.count = found == counts.end() ? 0 : found->second;
+      return;
+    }
+    calls.push_back(lineOf(call));
+    auto const answer = answers.find(wordOf(call));
+    if (answer != answers.end()) {
+      call.error = answer->second;
+    }
   }
 
  private:
-  Kor::String say(std::string const& line) {
-    calls.push_back(line);
-    auto const answer = answers.find(line.substr(0, line.find(' ')));
-    return answer == answers.end() ? Kor::String() : Kor::String(answer->second);
+  static std::string lineOf(TestSupport::HelperCall const& call) {
+    std::string line = wordOf(call);
+    if (call.policy != nullptr) {
+      line += " " + policy(*call.policy) + (call.option ? "/" + text(*call.option) : "");
+    }
+    if (call.operation == "createPolicy") {
+      for (Vorel::IntfId const bound : (*call.policy)->intfs(*call.option)) {
+        line += " " + text(bound);
+      }
+    }
+    if (call.intf) {
+      line += " " + text(*call.intf);
+    }
+    if (call.rule != nullptr) {
+      line += " " + rule(*call.rule) + ports(*call.subRule);
+      line += call.operation == "addRule" ? " " + match(*call.rule, **call.classData) : "";
+    } else if (call.classData != nullptr) {
+      line += " " + text((*call.classData)->name());
+    }
+    return line;
   }
   static std::string policy(PolicyData const& data) {
     return text(data->policyKey().first()) + "/" + text(data->policyKey().second());
-  }
-  static std::string where(PolicyData const& data, ClassMapMatchOption option) {
-    return policy(data) + "/" + text(option);
   }
   static std::string rule(PolicyMap::AclRuleKey const& key) {
     return text(key.className()) + ":" + text(key.aclName()) + ":" + std::to_string(key.seqno());

@@ -80,7 +80,6 @@ class PlainPolicy final : public PolicyClasses::Policy {
   }
   void classMapSmDel(Kor::Name const& name) override { machines.erase(name); }
   bool dropsLeftLater() const override { return later; }
-  void classChanged(Kor::Name const& name) override { hooks.say("changed " + text(name)); }
   void rulesChanged() override { hooks.say("rules changed"); }
   void classRulesChanged(ClassMapMatchOption option) override {
     hooks.say("rules changed " + text(option));
@@ -133,7 +132,7 @@ TEST_F(ConfiguredClasses, GetAMachineWithNameOwnerAndStatus) {
   classMap("c");
   policy.classes->classPrioIs("c", 10);
   EXPECT_THAT(synced(), ElementsAre("create c", "c: createCommonData map global", "c: initialized",
-                                    "changed c"));
+                                    "rules changed"));
   auto const machine = policy.classMapSm("c");
   ASSERT_TRUE(machine);
   EXPECT_EQ(machine->className(), "c");
@@ -233,7 +232,7 @@ TEST_F(ConfiguredClasses, ThatAreBackBeforeTheyAreDroppedKeepTheirMachineAndThei
   auto const kept = policy.classMapSm("c");
   leaves();
   policy.classes->classPrioIs("c", 10);
-  EXPECT_THAT(synced(), ElementsAre("changed c"));
+  EXPECT_THAT(synced(), ElementsAre("rules changed"));
   EXPECT_THAT(synced(), IsEmpty());
   classes.dropLeft();
   EXPECT_EQ(policy.classMapSm("c"), kept);
@@ -250,7 +249,7 @@ TEST_F(ConfiguredClasses, ThatComeBackWhileTheyAreDroppedAreBuiltOnce) {
   classes.dropLeft();
   EXPECT_THAT(policy.hooks.taken(),
               ElementsAre("c: cleanup", "c: zombie", "rules changed", "create c",
-                          "c: createCommonData map global", "c: initialized", "changed c"));
+                          "c: createCommonData map global", "c: initialized", "rules changed"));
   EXPECT_TRUE(policy.classMapSm("c"));
 }
 

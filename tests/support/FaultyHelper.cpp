@@ -7,36 +7,49 @@
 
 namespace TestSupport {
 
-using PolicyMap::AclRuleKey;
-using PolicyMap::SubRuleData;
+namespace {
+
+// What can fail an operation; none for one that always succeeds.
+std::optional<Fault> faultOf(std::string_view operation) {
+  static std::map<std::string_view, Fault> const faults{
+      {"createPolicy", Fault::createError},
+      {"deletePolicy", Fault::deleteError},
+      {"commitPolicy", Fault::commitError},
+      {"addIntfToPolicy", Fault::addIntfError},
+      {"removeIntfFromPolicy", Fault::removeIntfError},
+      {"addRule", Fault::addRuleError},
+      {"updateAction", Fault::updateActionError},
+  };
+  auto const found = faults.find(operation);
+  return found == faults.end() ? std::nullopt : std::optional(found->second);
+}
+
+}  // namespace
 
 std::ostream& operator<<(std::ostream& out, Fault fault) {
   constexpr std::array<std::string_view, allFaults.size()> names{
-      "createError",     "deleteError",  "commitError",       "addIntfError",
-      "removeIntfError", "addRuleError", "updateActionError", "rangeCheckerError"};
+#define FAULT(name, Name) #name,
+      POLICYMAPTEST_HELPER_ERRORS(FAULT)
+#undef FAULT
+  };
   return out << names.at(static_cast<std::size_t>(fault));
 }
 
 FaultyHelper::~FaultyHelper() = default;
 
 FaultyHelper::ErrorIs FaultyHelper::errorIs(Fault fault) {
-  switch (fault) {
-  case Fault::create: return &AclHelper::createErrorIs;
-  case Fault::remove: return &AclHelper::deleteErrorIs;
-  case Fault::commit: return &AclHelper::commitErrorIs;
-  case Fault::addIntf: return &AclHelper::addIntfErrorIs;
-  case Fault::removeIntf: return &AclHelper::removeIntfErrorIs;
-  case Fault::addRule: return &AclHelper::addRuleErrorIs;
-  case Fault::updateAction: return &AclHelper::updateActionErrorIs;
-  case Fault::rangeChecker: break;
-  }
-  return &AclHelper::rangeCheckerErrorIs;
+  constexpr std::array<ErrorIs, allFaults.size()> setters{
+#define FAULT(name, Name) &AclHelper::name##Is,
+      POLICYMAPTEST_HELPER_ERRORS(FAULT)
+#undef FAULT
+  };
+  return setters.at(index(fault));
 }
 
 // Counts one call that a fault can fail, and sets the error for its length when it is the one.
-class FaultyHelper::Call {
+class FaultyHelper::Guard {
  public:
-  Call(FaultyHelper& helper, Fault fault, FiredFault failed) : helper_(helper), fault_(fault) {
+  Guard(FaultyHelper& helper, Fault fault, FiredFault failed) : helper_(helper), fault_(fault) {
     std::uint32_t const number = ++helper.calls_.at(index(fault));
     if (helper.fault_ == fault &&
         (number == helper.number_ || (helper.lasting_ && number > helper.number_))) {
@@ -51,9 +64,9 @@ class FaultyHelper::Call {
       failing_ = true;
     }
   }
-  Call(Call const&) = delete;
-  Call& operator=(Call const&) = delete;
-  ~Call() {
+  Guard(Guard const&) = delete;
+  Guard& operator=(Guard const&) = delete;
+  ~Guard() {
     if (failing_) {
       (helper_.*errorIs(fault_))(Kor::String8());
     }
@@ -91,13 +104,12 @@ void FaultyHelper::asynchronousCall(bool failing) {
   pendingFault_ = failing && !silent ? std::optional(fired_.size() - 1) : std::nullopt;
 }
 
-void FaultyHelper::expectCreated(char const* operation, PolicyData const& policyData,
-                                 Option option) {
-  PolicyMapTest::AclPolicyType const type(policyData->policyKey(), option);
+void FaultyHelper::expectCreated(HelperCall const& call) {
+  PolicyMapTest::AclPolicyType const type((*call.policy)->policyKey(), *call.option);
   auto const record = testData(type);
   if (!record || !record->created()) {
     std::ostringstream text;
-    text << operation << " of " << type << " without a created policy";
+    text << call.operation << " of " << type << " without a created policy";
     violations_.push_back(text.str());
   }
 }
@@ -121,83 +133,64 @@ void FaultyHelper::deliver() {
   asyncTriggerInc(1);
 }
 
-Kor::String FaultyHelper::createPolicy(PolicyData const& policyData, Option matchOption) {
-  Call const call(*this, Fault::create,
-                  {{},
-                   recreating_ ? "recreatePolicy" : "createPolicy",
-                   policyData->policyKey(),
-                   matchOption,
-                   {}});
-  expectBound(policyData, matchOption);
-  return AclHelper::createPolicy(policyData, matchOption);
-}
-
-Kor::String FaultyHelper::recreatePolicy(PolicyData const& policyData, Option matchOption) {
-  recreating_ = true;
-  Kor::String answer = AclHelper::recreatePolicy(policyData, matchOption);
-  recreating_ = false;
-  return answer;
-}
-
-Kor::String FaultyHelper::deletePolicy(PolicyData const& policyData, Option matchOption) {
-  Call const call(*this, Fault::remove,
-                  {{}, "deletePolicy", policyData->policyKey(), matchOption, {}, !recreating_});
-  if (!recreating_) {
-    bound(policyData, matchOption).clear();
+void FaultyHelper::around(HelperCall& call, Proceed const& proceed) {
+  if (call.operation == "recreatePolicy") {
+    recreating_ = true;
+    proceed();
+    recreating_ = false;
+    return;
   }
-  return AclHelper::deletePolicy(policyData, matchOption);
-}
-
-Kor::String FaultyHelper::commitPolicy(PolicyData const& policyData, Option matchOption) {
-  Call const call(*this, Fault::commit,
-                  {{}, "commitPolicy", policyData->policyKey(), matchOption, {}});
-  asynchronousCall(call.failing());
-  expectCreated("commitPolicy", policyData, matchOption);
-  return AclHelper::commitPolicy(policyData, matchOption);
-}
-
-Kor::String FaultyHelper::addIntfToPolicy(PolicyData const& policyData, Vorel::IntfId intf,
-                                          Option matchOption) {
-  Call const call(*this, Fault::addIntf,
-                  {{}, "addIntfToPolicy", policyData->policyKey(), matchOption, {}});
-  asynchronousCall(call.failing());
-  expectCreated("addIntfToPolicy", policyData, matchOption);
-  if (!call.failing()) {
-    bound(policyData, matchOption).insert(intf);
+  std::optional<Fault> const fault = faultOf(call.operation);
+  if (!fault) {
+    proceed();
+    return;
   }
-  return AclHelper::addIntfToPolicy(policyData, intf, matchOption);
-}
-
-Kor::String FaultyHelper::removeIntfFromPolicy(PolicyData const& policyData, Vorel::IntfId intf,
-                                               Option matchOption) {
-  Call const call(*this, Fault::removeIntf,
-                  {{}, "removeIntfFromPolicy", policyData->policyKey(), matchOption, {}});
-  asynchronousCall(call.failing());
-  if (!call.failing()) {
-    bound(policyData, matchOption).erase(intf);
+  FiredFault failed{{}, std::string(call.operation), (*call.policy)->policyKey(), *call.option, {}};
+  if (call.rule != nullptr) {
+    failed.rule = *call.rule;
   }
-  return AclHelper::removeIntfFromPolicy(policyData, intf, matchOption);
-}
-
-Kor::String FaultyHelper::addRule(AclRuleKey const& key, SubRuleData const& subRule,
-                                  PolicyData const& policyCommonData,
-                                  ClassData const& classCommonData) {
-  FiredFault const failed{{}, "addRule", policyCommonData->policyKey(), key.matchOption(), key};
-  std::optional<Call> rangeChecker;
-  if (subRule.needsRangeChecker()) {
-    rangeChecker.emplace(*this, Fault::rangeChecker, failed);
+  if (recreating_ && fault == Fault::createError) {
+    failed.operation = "recreatePolicy";
   }
-  Call const call(*this, Fault::addRule, failed);
-  expectCreated("addRule", policyCommonData, key.matchOption());
-  return AclHelper::addRule(key, subRule, policyCommonData, classCommonData);
+  failed.seen = !recreating_ || fault != Fault::deleteError;
+  std::optional<Guard> rangeChecker;
+  if (fault == Fault::addRuleError && call.subRule->needsRangeChecker()) {
+    rangeChecker.emplace(*this, Fault::rangeCheckerError, failed);
+  }
+  Guard const guard(*this, *fault, failed);
+  watch(call, *fault, guard.failing());
+  proceed();
 }
 
-Kor::String FaultyHelper::updateAction(AclRuleKey const& key, SubRuleData const& subRuleData,
-                                       PolicyData const& policyCommonData,
-                                       ClassData const& classCommonData) {
-  Call const call(*this, Fault::updateAction,
-                  {{}, "updateAction", policyCommonData->policyKey(), key.matchOption(), key});
-  return AclHelper::updateAction(key, subRuleData, policyCommonData, classCommonData);
+void FaultyHelper::watch(HelperCall const& call, Fault fault, bool failing) {
+  PolicyData const& policyData = *call.policy;
+  switch (fault) {
+  case Fault::createError: expectBound(policyData, *call.option); break;
+  case Fault::deleteError:
+    if (!recreating_) {
+      bound(policyData, *call.option).clear();
+    }
+    break;
+  case Fault::commitError:
+    asynchronousCall(failing);
+    expectCreated(call);
+    break;
+  case Fault::addIntfError:
+    asynchronousCall(failing);
+    expectCreated(call);
+    if (!failing) {
+      bound(policyData, *call.option).insert(*call.intf);
+    }
+    break;
+  case Fault::removeIntfError:
+    asynchronousCall(failing);
+    if (!failing) {
+      bound(policyData, *call.option).erase(*call.intf);
+    }
+    break;
+  case Fault::addRuleError: expectCreated(call); break;
+  default: break;
+  }
 }
 
 }  // namespace TestSupport

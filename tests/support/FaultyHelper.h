@@ -2,13 +2,14 @@
 #pragma once
 
 // FaultyHelper: a recording helper that fails one particular call. It counts the calls that each of
-// the eight injected errors can fail; one call, by its number, or all from there on, is given an
+// the injected errors can fail; one call, by its number, or all from there on, is given an
 // error of its own. The helper's attributes are used for it, so answers and records are its own.
 // Or the asynchronous result of the call never comes.
 //
 // Besides it watches the calling order, more strictly than the helper asserts.
 
 #include "helper/AclHelper.h"
+#include "support/ForwardingHelper.h"
 
 #include <array>
 #include <cstdint>
@@ -22,19 +23,17 @@
 
 namespace TestSupport {
 
+// By the attribute of the helper: createError and so on.
 enum class Fault : std::uint8_t {
-  create,
-  remove,
-  commit,
-  addIntf,
-  removeIntf,
-  addRule,
-  updateAction,
-  rangeChecker,
+#define FAULT(name, Name) name,
+  POLICYMAPTEST_HELPER_ERRORS(FAULT)
+#undef FAULT
 };
-inline constexpr std::array allFaults{Fault::create,       Fault::remove,      Fault::commit,
-                                      Fault::addIntf,      Fault::removeIntf,  Fault::addRule,
-                                      Fault::updateAction, Fault::rangeChecker};
+inline constexpr std::array allFaults{
+#define FAULT(name, Name) Fault::name,
+    POLICYMAPTEST_HELPER_ERRORS(FAULT)
+#undef FAULT
+};
 std::ostream& operator<<(std::ostream& out, Fault fault);
 
 // One failed call.
@@ -49,9 +48,9 @@ struct FiredFault {
   bool seen = true;
 };
 
-class FaultyHelper final : public PolicyMapTest::AclHelper {
+class FaultyHelper final : public ForwardingHelper<PolicyMapTest::AclHelper> {
  public:
-  using AclHelper::AclHelper;
+  using ForwardingHelper::ForwardingHelper;
   ~FaultyHelper() override;
 
   // Fails the call of that number, counted from 1 and from the construction; `lasting`: and all
@@ -72,33 +71,18 @@ class FaultyHelper final : public PolicyMapTest::AclHelper {
   [[nodiscard]] bool resultPending() const { return pending_; }
   void deliver();
 
-  using PolicyData = PolicyMap::PolicyMapSmCommonData::PtrConst;
-  using ClassData = PolicyMap::ClassMapSmCommonData::PtrConst;
-  using Option = PolicyMap::ClassMapMatchOption;
-  Kor::String createPolicy(PolicyData const& policyData, Option matchOption) override;
-  Kor::String recreatePolicy(PolicyData const& policyData, Option matchOption) override;
-  Kor::String deletePolicy(PolicyData const& policyData, Option matchOption) override;
-  Kor::String commitPolicy(PolicyData const& policyData, Option matchOption) override;
-  Kor::String addIntfToPolicy(PolicyData const& policyData, Vorel::IntfId intf,
-                              Option matchOption) override;
-  Kor::String removeIntfFromPolicy(PolicyData const& policyData, Vorel::IntfId intf,
-                                   Option matchOption) override;
-  Kor::String addRule(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
-                      PolicyData const& policyCommonData,
-                      ClassData const& classCommonData) override;
-  Kor::String updateAction(PolicyMap::AclRuleKey const& key,
-                           PolicyMap::SubRuleData const& subRuleData,
-                           PolicyData const& policyCommonData,
-                           ClassData const& classCommonData) override;
+ protected:
+  void around(HelperCall& call, Proceed const& proceed) override;
 
  private:
   using ErrorIs = void (AclHelper::*)(Kor::String8);
-  class Call;
+  class Guard;
 
   static std::size_t index(Fault fault) { return static_cast<std::size_t>(fault); }
   static ErrorIs errorIs(Fault fault);
   void asynchronousCall(bool failing);
-  void expectCreated(char const* operation, PolicyData const& policyData, Option option);
+  void watch(HelperCall const& call, Fault fault, bool failing);
+  void expectCreated(HelperCall const& call);
   void expectBound(PolicyData const& policyData, Option option);
   std::set<Vorel::IntfId>& bound(PolicyData const& policyData, Option option) {
     return bound_[{policyData.get(), option}];

@@ -275,7 +275,7 @@ TEST_P(Sweep, AResultThatNeverComesTimesOutAndLeavesNothingBehind) {
   Tally tally;
   NormalForm const expected = ScriptRun(script, Mode::synchronous, {}).records();
   ScriptRun const spared(script, Mode::asynchronous, {});
-  for (Fault const fault : {Fault::commit, Fault::addIntf, Fault::removeIntf}) {
+  for (Fault const fault : {Fault::commitError, Fault::addIntfError, Fault::removeIntfError}) {
     for (std::uint32_t call = 1; call <= spared.helper().calls(fault); ++call) {
       for (bool const lasting : {false, true}) {
         for (Manner const manner : {Manner::silence, Manner::silenceThroughSteps}) {
