@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/IntfEligibility.h"
 
+#include "PolicyMap/PerOption.h"
+
 namespace PolicyMap {
 namespace {
 
@@ -44,12 +46,11 @@ bool IntfEligibility::isAllowed(Vorel::IntfId intf, AllowedKinds const& kinds) c
 }
 
 bool IntfEligibility::allowsOption(Vorel::IntfId intf, ClassMapMatchOption option) const {
-  switch (option) {
-  case ClassMapMatchOption::ipv4: return isLayer2(intf) || hasIp(intf);
-  case ClassMapMatchOption::ipv6: return isLayer2(intf) || hasIp6(intf);
-  case ClassMapMatchOption::mac: return isLayer2(intf) || (isLayer3(intf) && intf.isPhysical());
-  default: return statuses_.routing != nullptr && statuses_.routing->routing();
-  }
+  return forOption(
+      option, [&] { return isLayer2(intf) || hasIp(intf); },
+      [&] { return isLayer2(intf) || hasIp6(intf); },
+      [&] { return isLayer2(intf) || (isLayer3(intf) && intf.isPhysical()); },
+      [&] { return statuses_.routing != nullptr && statuses_.routing->routing(); });
 }
 
 }  // namespace PolicyMap

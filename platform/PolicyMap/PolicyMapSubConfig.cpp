@@ -18,11 +18,12 @@ Kor::KorType* PolicyMapSubConfig::_fwkType() {
   return &type;
 }
 
-std::vector<Kor::Name> PolicyMapSubConfig::classesInOrder() const {
-  std::vector<std::pair<std::uint32_t, Kor::Name>> byPrio;
-  for (auto const& entry : classPrioIteratorConst()) {
-    byPrio.emplace_back(entry.value(), entry.key());
-  }
+namespace {
+
+using ClassesByPrio = std::vector<std::pair<std::uint32_t, Kor::Name>>;
+
+// Equal priorities by name.
+std::vector<Kor::Name> inOrder(ClassesByPrio byPrio) {
   std::sort(byPrio.begin(), byPrio.end());
   std::vector<Kor::Name> classes;
   classes.reserve(byPrio.size());
@@ -30,6 +31,26 @@ std::vector<Kor::Name> PolicyMapSubConfig::classesInOrder() const {
     classes.push_back(std::move(name));
   }
   return classes;
+}
+
+}  // namespace
+
+std::vector<Kor::Name> PolicyMapSubConfig::classesInOrder() const {
+  ClassesByPrio byPrio;
+  for (auto const& entry : classPrioIteratorConst()) {
+    byPrio.emplace_back(entry.value(), entry.key());
+  }
+  return inOrder(std::move(byPrio));
+}
+
+std::vector<Kor::Name> PolicyMapSubConfig::classesInOrder(std::set<Kor::Name> const& names) const {
+  ClassesByPrio byPrio;
+  for (Kor::Name const& name : names) {
+    if (Kor::Ptr<KorClassPrio> const prio = korClassPrio(name)) {
+      byPrio.emplace_back(prio->value(), name);
+    }
+  }
+  return inOrder(std::move(byPrio));
 }
 
 void PolicyMapSubConfig::announceClassPrio(Kor::Name const& name) {

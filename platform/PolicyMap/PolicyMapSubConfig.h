@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -44,6 +45,8 @@ class POLICYMAP_API PolicyMapSubConfig : public Kor::Entity {
 
   // Classes in the order in which they are programmed.
   [[nodiscard]] std::vector<Kor::Name> classesInOrder() const;
+  // The same for those of `names` that are classes. Costs by their number, not by that of all.
+  [[nodiscard]] std::vector<Kor::Name> classesInOrder(std::set<Kor::Name> const& names) const;
 
   static constexpr Kor::AttributeId classPrioId = 258;
   static constexpr Kor::AttributeId prioClassId = 259;

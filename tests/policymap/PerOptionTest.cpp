@@ -10,6 +10,7 @@ namespace {
 
 using PolicyMap::allMatchOptions;
 using PolicyMap::ClassMapMatchOption;
+using PolicyMap::forOption;
 using PolicyMap::PerOption;
 using testing::Each;
 using testing::ElementsAre;
@@ -34,6 +35,19 @@ TEST(PerOption, OfAnUnknownOptionIsThatOfMpls) {
   EXPECT_EQ(values[ClassMapMatchOption::mpls], 5);
   PerOption<int> const& constant = values;
   EXPECT_EQ(constant[ClassMapMatchOption{99}], 5);
+}
+
+TEST(ForOption, CallsTheFunctionOfTheOptionAlone) {
+  auto const called = [](ClassMapMatchOption option) {
+    return forOption(
+        option, [] { return '4'; }, [] { return '6'; }, [] { return 'm'; }, [] { return 'l'; });
+  };
+  EXPECT_EQ(called(ClassMapMatchOption::ipv4), '4');
+  EXPECT_EQ(called(ClassMapMatchOption::ipv6), '6');
+  EXPECT_EQ(called(ClassMapMatchOption::mac), 'm');
+  EXPECT_EQ(called(ClassMapMatchOption::mpls), 'l');
+  EXPECT_EQ(called(ClassMapMatchOption{9}), 'l');
+  EXPECT_EQ(called(ClassMapMatchOption{-1}), 'l');
 }
 
 }  // namespace

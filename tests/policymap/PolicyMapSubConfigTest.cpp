@@ -55,6 +55,8 @@ TEST(PolicyMaps, ClassesOrderByPriorityThenName) {
   subConfig->classPrioIs("a", 10);
   subConfig->classPrioIs("c", 4000000000U);
   EXPECT_THAT(subConfig->classesInOrder(), ElementsAre("z", "a", "b", "c"));
+  EXPECT_THAT(subConfig->classesInOrder({"b", "no-class", "z", "a"}), ElementsAre("z", "a", "b"));
+  EXPECT_THAT(subConfig->classesInOrder({}), IsEmpty());
 }
 
 TEST(PolicyMaps, EachChangeOfClassesIsAnnouncedOnce) {
