@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // docs/policy-text.md against the reader: its examples are read and its names are looked up.
 #include "lab/Parsing.h"
+#include "lab/PortNames.h"
 
 #include <gtest/gtest.h>
 

@@ -415,7 +415,7 @@ class FailureHook final : public PolicyMap::PolicyMapStatus::NotifieeConst {
  public:
   FailureHook(PolicyMap::PolicyMapStatus const* status, std::function<void()> deed)
       : NotifieeConst(status), deed_(std::move(deed)) {}
-  void onFailure(ClassMapMatchOption const& /*option*/) override {
+  void onFailure(ClassMapMatchOption /*option*/) override {
     if (auto const once = std::exchange(deed_, nullptr)) {
       once();
     }
