@@ -11,12 +11,12 @@ step() { printf '\n==== %s\n\n' "$*"; }
 
 step 'examples/campus.cfg: the policies of a small campus'
 cat <<'TEXT'
-Nine classes with IPv4, IPv6 and MAC access lists classify the traffic of three policy-maps, attached
-to offices, a server room, two providers and a management port. There is no switch: the machines
-program a helper that records its calls. One record follows for each policy-map, direction and kind
-of rule: how often it was created and committed, the interfaces it is applied to, and its rules in
-order with the values of their actions. A port range becomes as many sub-rules as a switch without
-range checkers needs.
+Nine classes with IPv4, IPv6 and MAC access lists classify the traffic of three policy-maps,
+attached to offices, a server room, two providers and a management port. There is no switch: the
+machines program a helper that records its calls. One record follows for each policy-map,
+direction and kind of rule: how often it was created and committed, the interfaces it is applied
+to, and its rules in order with the values of their actions. A port range becomes as many
+sub-rules as a switch without range checkers needs.
 
 TEXT
 "${lab[@]}" campus.cfg
