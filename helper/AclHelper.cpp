@@ -8,6 +8,7 @@
 
 #include <Kor/Assert.h>
 #include <Kor/EventLoop.h>
+#include <PolicyMap/PerOption.h>
 
 #include <utility>
 
@@ -28,11 +29,10 @@ void recordActions(AclPolicyData& data, AclRuleKey const& key, TestClassCommonDa
 }
 
 void recordMatch(AclPolicyData& data, AclRuleKey const& key, ClassMapSmCommonData const& rules) {
-  switch (key.matchOption()) {
-  case ClassMapMatchOption::ipv4: data.ruleMatchIs(key, rules.getIpRule(key)); break;
-  case ClassMapMatchOption::ipv6: data.ruleMatch6Is(key, rules.getIp6Rule(key)); break;
-  default: data.ruleMatchMacIs(key, rules.getMacRule(key)); break;
-  }
+  auto const mac = [&] { data.ruleMatchMacIs(key, rules.getMacRule(key)); };
+  PolicyMap::forOption(
+      key.matchOption(), [&] { data.ruleMatchIs(key, rules.getIpRule(key)); },
+      [&] { data.ruleMatch6Is(key, rules.getIp6Rule(key)); }, mac, mac);
 }
 
 }  // namespace

@@ -98,10 +98,9 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
   void handleAsyncTrigger();
 
   // The records. newTestData() does not notify; every other change calls onTestData(key).
-  KOR_OWNED_COLLECTION(AclHelper, testData, TestData, AclPolicyType, AclPolicyData, ,
-                       { announceTestData(key); })
+  KOR_OWNED_COLLECTION(AclHelper, testData, TestData, AclPolicyType, AclPolicyData,
+                       KOR_ON_CHANGE(announceTestData(key)))
 
- public:
   // A setter does nothing if the value is equal; otherwise it stores and then notifies. A change of
   // asyncTrigger delivers the pending result before it notifies.
   [[nodiscard]] std::uint32_t asyncTrigger() const { return asyncTrigger_; }

@@ -2,6 +2,7 @@
 #include "lab/Records.h"
 
 #include <PolicyMap/ClassMapSm.h>
+#include <PolicyMap/PerOption.h>
 #include <PolicyMap/PolicyMapSm.h>
 
 #include <algorithm>
@@ -22,11 +23,10 @@ struct KeyHash {
 };
 
 ConfiguredRule matchOf(AclPolicyData const& data, AclRuleKey const& key) {
-  switch (key.matchOption()) {
-  case ClassMapMatchOption::ipv4: return data.ruleMatch(key);
-  case ClassMapMatchOption::ipv6: return data.ruleMatch6(key);
-  default: return data.ruleMatchMac(key);
-  }
+  auto const mac = [&] { return ConfiguredRule(data.ruleMatchMac(key)); };
+  return PolicyMap::forOption(
+      key.matchOption(), [&] { return ConfiguredRule(data.ruleMatch(key)); },
+      [&] { return ConfiguredRule(data.ruleMatch6(key)); }, mac, mac);
 }
 
 RuleRecord readRule(AclPolicyData const& data, AclRuleKey const& key) {

@@ -46,8 +46,8 @@ class POLICYMAPTEST_API TestServicePolicySm : public Toggles<PolicyMap::ServiceP
       Kor::Ptr<PolicyMap::PolicyMapStatus> const& status) override;
 
   // A change re-evaluates the interface before the write returns. Destroying the machine does not.
-  KOR_VALUE_COLLECTION(TestServicePolicySm, nonexistentIntf, NonexistentIntf, Vorel::IntfId, bool, ,
-                       { handleIntf(key, false); })
+  KOR_VALUE_COLLECTION(TestServicePolicySm, nonexistentIntf, NonexistentIntf, Vorel::IntfId, bool,
+                       KOR_ON_CHANGE(handleIntf(key, false)))
 
  protected:
   TestServicePolicySm(Kor::Ptr<PolicyMap::PolicyMapTypeConfig const> const& policyConfig,

@@ -40,25 +40,24 @@ class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
   // The values of the test actions, by rule: one collection for each kind in
   // records/TestActionKinds.h.
   KOR_VALUE_COLLECTION(AclPolicyData, ruleAction1, RuleAction1, PolicyMap::AclRuleKey,
-                       std::uint32_t, , {})
+                       std::uint32_t)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleAction2, RuleAction2, PolicyMap::AclRuleKey,
-                       std::uint32_t, , {})
+                       std::uint32_t)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleAction3, RuleAction3, PolicyMap::AclRuleKey,
-                       std::uint32_t, , {})
+                       std::uint32_t)
   // What the rules match.
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatch, RuleMatch, PolicyMap::AclRuleKey,
-                       Acl::IpRuleConfig, , {})
+                       Acl::IpRuleConfig)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatch6, RuleMatch6, PolicyMap::AclRuleKey,
-                       Acl::Ip6RuleConfig, , {})
+                       Acl::Ip6RuleConfig)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatchMac, RuleMatchMac, PolicyMap::AclRuleKey,
-                       Acl::MacRuleConfig, , {})
+                       Acl::MacRuleConfig)
   // A caller that holds the sub-rules of a rule keeps them after their removal from here.
   KOR_OWNED_COLLECTION(AclPolicyData, subRulesForKey, SubRulesForKey, PolicyMap::AclRuleKey,
-                       SubRuleDataCollection, , {})
+                       SubRuleDataCollection)
   // The interfaces to which the policy is applied.
-  KOR_VALUE_COLLECTION(AclPolicyData, intf, Intf, Vorel::IntfId, bool, , {})
+  KOR_VALUE_COLLECTION(AclPolicyData, intf, Intf, Vorel::IntfId, bool)
 
- public:
   // Counters: ...Inc adds, modulo 2^32, and returns the new value.
   [[nodiscard]] std::uint32_t commitCount() const { return commitCount_; }
   void commitCountIs(std::uint32_t count) { commitCount_ = count; }

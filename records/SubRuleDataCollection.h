@@ -29,7 +29,7 @@ class POLICYMAPTEST_API SubRuleDataCollection : public Kor::PtrInterface,
  private:
   PolicyMap::AclRuleKey key_;
 
-  KOR_VALUE_COLLECTION(SubRuleDataCollection, subRule, SubRule, PolicyMap::SubRuleData, bool, , {})
+  KOR_VALUE_COLLECTION(SubRuleDataCollection, subRule, SubRule, PolicyMap::SubRuleData, bool)
 };
 
 }  // namespace PolicyMapTest

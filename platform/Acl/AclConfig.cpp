@@ -28,8 +28,9 @@ void AclConfigBase<Self, Rules>::ruleChanged(std::uint32_t seq) {
   Kor::Ptr<Self const> const pinned = Kor::share(self);
   this->template attributeChanged<Self>(AclBase::ruleId,
                                         [seq](NotifieeConst& notifiee) { notifiee.onRule(seq); });
-  if (this->fwkHmNext() != nullptr) {
-    owner_->listChanged(self);
+  // A hook may have removed the list from its Config.
+  if (owner_ != nullptr) {
+    owner_->listChanged(*self);
   }
 }
 

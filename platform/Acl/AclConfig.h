@@ -18,7 +18,7 @@
 #include "Kor/Notifiee.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <cstdint>
 #include <utility>
@@ -51,7 +51,8 @@ class POLICYMAP_API IpAclRules : public AclBase {
  public:
   using Rule = IpRuleConfig;
 
-  KOR_VALUE_COLLECTION(IpAclRules, rule, Rule, std::uint32_t, IpRuleConfig, , { ruleChanged(key); })
+  KOR_VALUE_COLLECTION(IpAclRules, rule, Rule, std::uint32_t, IpRuleConfig,
+                       KOR_ON_CHANGE(ruleChanged(key)))
 
  protected:
   using AclBase::AclBase;
@@ -61,8 +62,8 @@ class POLICYMAP_API Ip6AclRules : public AclBase {
  public:
   using Rule = Ip6RuleConfig;
 
-  KOR_VALUE_COLLECTION(Ip6AclRules, rule, Rule, std::uint32_t, Ip6RuleConfig, ,
-                       { ruleChanged(key); })
+  KOR_VALUE_COLLECTION(Ip6AclRules, rule, Rule, std::uint32_t, Ip6RuleConfig,
+                       KOR_ON_CHANGE(ruleChanged(key)))
 
  protected:
   using AclBase::AclBase;
@@ -72,8 +73,8 @@ class POLICYMAP_API MacAclRules : public AclBase {
  public:
   using Rule = MacRuleConfig;
 
-  KOR_VALUE_COLLECTION(MacAclRules, rule, Rule, std::uint32_t, MacRuleConfig, ,
-                       { ruleChanged(key); })
+  KOR_VALUE_COLLECTION(MacAclRules, rule, Rule, std::uint32_t, MacRuleConfig,
+                       KOR_ON_CHANGE(ruleChanged(key)))
 
  protected:
   using AclBase::AclBase;
@@ -108,6 +109,8 @@ class POLICYMAP_API AclConfigBase : public Rules, public Kor::HashMapLink<Self> 
 
   explicit AclConfigBase(Kor::Name name) : Rules(std::move(name)) {}
 
+  void korOwnerIs(Config* owner) { owner_ = owner; }
+
   Kor::Ptr<typename Rules::KorRule> newRule(std::uint32_t const& seq, Rule const& rule) {
     snapshot_ = nullptr;
     return Rules::newRule(seq, rule);
@@ -121,8 +124,6 @@ class POLICYMAP_API AclConfigBase : public Rules, public Kor::HashMapLink<Self> 
   void ruleChanged(std::uint32_t seq) override;
 
  private:
-  friend class Config;
-
   mutable RulesPtr snapshot_;  // null after an edit
   Config* owner_ = nullptr;    // valid only while this list is linked there
 };

@@ -17,7 +17,7 @@
 #include "Kor/KorType.h"
 #include "Kor/Ptr.h"
 #include "Kor/PtrInterface.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <algorithm>
 #include <cstddef>

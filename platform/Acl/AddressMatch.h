@@ -10,7 +10,7 @@
 #include "Acl/OptionalNumber.h"
 #include "Kor/KorType.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <array>
 #include <compare>

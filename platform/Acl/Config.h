@@ -10,21 +10,11 @@
 #include "Kor/Notifiee.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 namespace Acl {
 
-// Implementation base of Config. Do not use directly.
-class POLICYMAP_API ConfigLists : public Kor::Entity {
-  KOR_OWNED_COLLECTION(ConfigLists, ipAcl, IpAcl, Kor::Name, IpAclConfig, , ;)
-  KOR_OWNED_COLLECTION(ConfigLists, ip6Acl, Ip6Acl, Kor::Name, Ip6AclConfig, , ;)
-  KOR_OWNED_COLLECTION(ConfigLists, macAcl, MacAcl, Kor::Name, MacAclConfig, , ;)
-
- protected:
-  using Entity::Entity;
-};
-
-class POLICYMAP_API Config : public ConfigLists {
+class POLICYMAP_API Config : public Kor::Entity {
  public:
   using Ptr = Kor::Ptr<Config>;
   using PtrConst = Kor::Ptr<Config const>;
@@ -38,25 +28,24 @@ class POLICYMAP_API Config : public ConfigLists {
   static constexpr Kor::AttributeId ip6AclId = 259;
   static constexpr Kor::AttributeId macAclId = 260;
 
-  IpAclConfig::Ptr newIpAcl(Kor::Name const& name);
-  Ip6AclConfig::Ptr newIp6Acl(Kor::Name const& name);
-  MacAclConfig::Ptr newMacAcl(Kor::Name const& name);
+  KOR_OWNED_COLLECTION(Config, ipAcl, IpAcl, Kor::Name, IpAclConfig,
+                       KOR_ON_CHANGE(listChanged(*member)))
+  KOR_OWNED_COLLECTION(Config, ip6Acl, Ip6Acl, Kor::Name, Ip6AclConfig,
+                       KOR_ON_CHANGE(listChanged(*member)))
+  KOR_OWNED_COLLECTION(Config, macAcl, MacAcl, Kor::Name, MacAclConfig,
+                       KOR_ON_CHANGE(listChanged(*member)))
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
  private:
-  friend class ConfigLists;
   template <class Self, class Rules>
   friend class AclConfigBase;
 
-  template <class List>
-  List adopted(List list);
-  // Announces that a list was created or removed, or that a rule of a list in this Config has
-  // changed.
-  void listChanged(IpAclConfig const* list) const;
-  void listChanged(Ip6AclConfig const* list) const;
-  void listChanged(MacAclConfig const* list) const;
+  // A list was created or removed, or a rule of a member has changed.
+  void listChanged(IpAclConfig const& list) const;
+  void listChanged(Ip6AclConfig const& list) const;
+  void listChanged(MacAclConfig const& list) const;
 };
 
 // A hook is called when a list is created or removed, or when one of its rules changes.

@@ -6,7 +6,7 @@
 #include "Acl/OptionalNumber.h"
 #include "Acl/OptionalRule.h"
 #include "Kor/Generic.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 // A number or null.
 template <>

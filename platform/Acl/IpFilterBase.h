@@ -27,7 +27,7 @@
 #include "Acl/NumberMatch.h"
 #include "Acl/TcpFlags.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <cstdint>

@@ -15,7 +15,7 @@
 
 #include "Acl/FilterField.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <cstdint>

@@ -5,7 +5,7 @@
 #include "Acl/MacFilter.h"
 #include "Acl/RuleConfig.h"
 #include "Kor/KorType.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <string_view>
 

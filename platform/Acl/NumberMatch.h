@@ -6,7 +6,7 @@
 #include "Acl/Fields.h"
 #include "Kor/KorType.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <array>
 #include <compare>

@@ -6,7 +6,7 @@
 #include "Kor/Assert.h"
 #include "Kor/Hash.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <concepts>

@@ -7,7 +7,7 @@
 #include "Acl/IpRuleConfig.h"
 #include "Acl/MacRuleConfig.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <optional>
 #include <variant>

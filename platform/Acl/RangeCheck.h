@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Acl/OptionalNumber.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <cstdint>
 #include <string_view>

@@ -3,7 +3,7 @@
 
 // Addresses of 4 (IPv4), 6 (MAC) and 16 (IPv6) bytes in network order, and their text forms.
 
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -11,7 +11,7 @@
 #include "Kor/Notifiee.h"
 #include "Kor/Strep.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 #include <array>

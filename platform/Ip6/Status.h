@@ -6,7 +6,7 @@
 #include "Kor/KorType.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 #include <cstddef>
@@ -39,8 +39,8 @@ class POLICYMAP_API Status : public Ip::AddressStatus<Status> {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  KOR_VALUE_COLLECTION(Status, intfAddress, IntfAddress, Vorel::IntfId, Address, ,
-                       { addressChanged(key); })
+  KOR_VALUE_COLLECTION(Status, intfAddress, IntfAddress, Vorel::IntfId, Address,
+                       KOR_ON_CHANGE(addressChanged(key)))
 };
 
 }  // namespace Ip6

@@ -213,14 +213,16 @@ GenericValue query(Instance const& self, KorAttr const& attr, AttributeOperation
   using Key = typename Attribute::Key;
   Self const& owner = subject<Self>(self);
   switch (operation.code) {
-  case AttributeOperation::count: needNoIndex(attr, operation); return Attribute::members(owner);
+  case AttributeOperation::count:
+    needNoIndex(attr, operation);
+    return Attribute::collection(owner).members();
   case AttributeOperation::first: {
     needNoIndex(attr, operation);
-    Key const* const key = Attribute::firstKey(owner);
+    Key const* const key = Attribute::collection(owner).firstKey();
     return key == nullptr ? GenericValue() : Generic<Key>::value(*key);
   }
   case AttributeOperation::next: {
-    Key const* const key = Attribute::keyAfter(owner, takenIndex<Key>(operation));
+    Key const* const key = Attribute::collection(owner).keyAfter(takenIndex<Key>(operation));
     return key == nullptr ? GenericValue() : Generic<Key>::value(*key);
   }
   default: refuse(attr, operation);
@@ -238,7 +240,7 @@ GenericValue collection(Instance const& self, KorAttr const& attr,
     return member<Value>(self, Attribute::value(owner, takenIndex<Key>(operation)));
   case AttributeOperation::set: {
     auto const key = takenIndex<Key>(operation);
-    Attribute::set(owner, key, taken<Value>(operation.value, attr.name()));
+    Attribute::is(owner, key, taken<Value>(operation.value, attr.name()));
     return {};
   }
   case AttributeOperation::del: Attribute::remove(owner, takenIndex<Key>(operation)); return {};
@@ -262,7 +264,7 @@ GenericValue owned(Instance const& self, KorAttr const& attr, AttributeOperation
     Key given{};
     bool const same = list.empty() || (Generic<Key>::take(list[0], given) && given == key);
     needKeyAlone(list, same, attr.valueType());
-    return member<MemberPtr>(self, Attribute::make(owner, key));
+    return member<MemberPtr>(self, Attribute::is(owner, key));
   }
   case AttributeOperation::del: Attribute::remove(owner, takenIndex<Key>(operation)); return {};
   default: return query<Self, Attribute>(self, attr, operation);

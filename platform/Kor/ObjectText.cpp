@@ -45,9 +45,9 @@ std::string textOf(String const& typeName, std::uint64_t number, String const& n
 
 }  // namespace
 
-void PtrInterface::textForgotten() const noexcept {
+void forgetText(PtrInterface const* object) noexcept {
   Printed& all = printed();
-  auto const at = all.numbers.find(this);
+  auto const at = all.numbers.find(object);
   all.byNumber.erase(at->second);
   all.numbers.erase(at);
 }

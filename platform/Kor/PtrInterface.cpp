@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Kor/PtrInterface.h"
 
+#include "Kor/ObjectText.h"
+
 namespace Kor {
 namespace {
 
@@ -11,7 +13,7 @@ constexpr std::uint32_t pinned = 0x80000000U;
 
 PtrInterface::~PtrInterface() {
   if (hasText_) {
-    textForgotten();
+    forgetText(this);
   }
 }
 
@@ -48,7 +50,7 @@ KorType* PtrInterface::_fwkType() {
 void PtrInterface::lastReferenceGone() const noexcept {
   references_ = pinned;
   if (hasText_) {
-    textForgotten();
+    forgetText(this);
     hasText_ = false;
   }
   const_cast<PtrInterface*>(this)->zeroReferencesIs();

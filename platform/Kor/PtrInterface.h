@@ -73,8 +73,6 @@ class KOR_API PtrInterface {
   friend String valueToStrep(PtrInterface const* object);
 
   void lastReferenceGone() const noexcept;
-  // Invalidates the printed text of a dying object.
-  void textForgotten() const noexcept;
 
   mutable std::uint32_t references_ = 1;
   bool notificationActive_ = false;

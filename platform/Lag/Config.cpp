@@ -14,12 +14,10 @@ Config::Notifiee::~Notifiee() = default;
 
 void Config::NotifieeConst::onMember(Vorel::IntfId /*member*/) {}
 
-void ConfigMembers::memberOfNotify(Vorel::IntfId const& key,
-                                   [[maybe_unused]] Kor::Ptr<KorMemberOf> const& entry) {
-  auto& config = static_cast<Config&>(*this);
-  config.reindex(key);
-  attributeChanged<Config>(Config::memberOfId,
-                           [key](Config::NotifieeConst& notifiee) { notifiee.onMember(key); });
+void Config::memberChanged(Vorel::IntfId member) {
+  reindex(member);
+  attributeChanged<Config>(memberOfId,
+                           [member](NotifieeConst& notifiee) { notifiee.onMember(member); });
 }
 
 Kor::Ptr<Config::KorMemberOf> Config::newMemberOf(Vorel::IntfId const& member,

@@ -9,7 +9,7 @@
 #include "Kor/Notifiee.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 #include <map>
@@ -19,10 +19,14 @@ namespace Lag::Input {
 
 // Implementation base of Config. Do not use directly.
 class POLICYMAP_API ConfigMembers : public Kor::Entity {
-  KOR_VALUE_COLLECTION(ConfigMembers, memberOf, MemberOf, Vorel::IntfId, Vorel::IntfId, , ;)
+  KOR_VALUE_COLLECTION(ConfigMembers, memberOf, MemberOf, Vorel::IntfId, Vorel::IntfId,
+                       KOR_ON_CHANGE(memberChanged(key)))
 
  protected:
   using Entity::Entity;
+
+  // `member` joined, left or changed its port-channel: announces it.
+  virtual void memberChanged(Vorel::IntfId member) = 0;
 };
 
 // `memberOf` maps a member to its port-channel. Do not write through
@@ -47,9 +51,10 @@ class POLICYMAP_API Config : public ConfigMembers {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
- private:
-  friend class ConfigMembers;
+ protected:
+  void memberChanged(Vorel::IntfId member) override;
 
+ private:
   // Updates the index for the current port-channel of `member`.
   void reindex(Vorel::IntfId member);
 

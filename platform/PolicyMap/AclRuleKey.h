@@ -3,8 +3,8 @@
 
 #include "Kor/Strep.h"
 #include "PolicyMap/ClassMapMatchOption.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/ValueText.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <tuple>
@@ -21,7 +21,7 @@ class POLICYMAP_API AclRuleKey {
   AclRuleKey() : AclRuleKey({}, {}, 0, ClassMapMatchOption::ipv4) {}
   AclRuleKey(Kor::Name className, Kor::Name aclName, std::uint32_t seqno,
              ClassMapMatchOption matchOption);
-  // Reads one text form and leaves `it` behind it. Raises Kor::RangeException.
+  // Reads one text form and leaves `it` after it. Raises Kor::RangeException.
   AclRuleKey(Kor::TextIterator& it, Kor::TextIterator const& end);
 
   [[nodiscard]] Kor::Name const& className() const { return className_; }
@@ -33,7 +33,7 @@ class POLICYMAP_API AclRuleKey {
   void seqnoIs(std::uint32_t seqno);
   void matchOptionIs(ClassMapMatchOption option);
 
-  // Computed when the key is built.
+  // Computed when the key is created.
   [[nodiscard]] std::uint32_t hash() const { return hash_; }
 
   friend bool operator==(AclRuleKey const& a, AclRuleKey const& b) {

@@ -3,7 +3,7 @@
 
 #include "Kor/Entity.h"
 #include "PolicyMap/ActionType.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Zub/UniqueId.h"
 
 namespace PolicyMap {

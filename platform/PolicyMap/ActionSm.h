@@ -4,9 +4,9 @@
 #include "Kor/Reactor.h"
 #include "PolicyMap/Action.h"
 #include "PolicyMap/ClassMapSmCommonData.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapSmCommonData.h"
+#include "PolicyMapExport.h"
 
 namespace PolicyMap {
 

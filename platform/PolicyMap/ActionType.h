@@ -2,14 +2,14 @@
 #pragma once
 
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <cstdint>
 #include <ostream>
 
 namespace PolicyMap {
 
-// The kind of an action. Kinds are open: who adds an action class picks a number.
+// The kind of an action. Kinds are open: each new action class picks a number.
 enum class ActionType : std::int32_t {};
 
 POLICYMAP_API Kor::KorType* korEnumType(ActionType /*any*/);

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/ValueText.h"
+#include "PolicyMapExport.h"
 
 #include <tuple>
 
@@ -16,7 +16,7 @@ class POLICYMAP_API AsyncOperationResult {
 
   AsyncOperationResult() = default;
   AsyncOperationResult(Kor::String8 error, double time) : error_(std::move(error)), time_(time) {}
-  // Reads one text form and leaves `it` behind it. Raises Kor::RangeException.
+  // Reads one text form and leaves `it` after it. Raises Kor::RangeException.
   AsyncOperationResult(Kor::TextIterator& it, Kor::TextIterator const& end);
 
   [[nodiscard]] Kor::String8 const& error() const { return error_; }

@@ -2,12 +2,18 @@
 #include "PolicyMap/ClassMapMatch.h"
 
 #include "Kor/Exception.h"
+#include "PolicyMap/NamedEnum.h"
 
+#include <array>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace PolicyMap {
 namespace {
+
+constexpr std::array<std::string_view, 3> kinds{"acl", "classMap", "rule"};
+constexpr Kor::EnumNames kindNames{"Kind", kinds.data(), kinds.size()};
 
 [[noreturn]] void refuse(std::string const& text) {
   throw Kor::RangeException("ClassMapMatch::" + text);
@@ -78,6 +84,24 @@ void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end, ClassM
   ClassMapMatch read;
   Kor::readValueFields(it, end, read);
   match = ClassMapMatch(read.kind_, read.option_, read.name_, read.rule_);
+}
+
+Kor::KorType* korEnumType(ClassMapMatch::Kind /*any*/) {
+  static Kor::KorType type("PolicyMap::ClassMapMatch::Kind", nullptr);
+  return &type;
+}
+
+Kor::String8 valueToStrep(ClassMapMatch::Kind kind) {
+  return Kor::enumToStrep(kindNames, static_cast<std::int32_t>(kind));
+}
+
+void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
+                     ClassMapMatch::Kind& kind) {
+  readNamed(it, end, kindNames, kind);
+}
+
+std::ostream& operator<<(std::ostream& out, ClassMapMatch::Kind kind) {
+  return out << Kor::enumToText(kindNames, static_cast<std::int32_t>(kind));
 }
 
 }  // namespace PolicyMap

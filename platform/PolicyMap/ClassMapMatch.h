@@ -5,8 +5,8 @@
 #include "Kor/Strep.h"
 #include "Kor/String.h"
 #include "PolicyMap/ClassMapMatchOption.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/ValueText.h"
+#include "PolicyMapExport.h"
 
 #include <cstdint>
 #include <ostream>
@@ -24,9 +24,9 @@ class POLICYMAP_API ClassMapMatch {
 
   // The empty match: an access list without a name.
   ClassMapMatch() = default;
-  // From all parts; the option of another class-map does not count. Raises Kor::RangeException
+  // From all parts; the option of another class-map is ignored. Raises Kor::RangeException
   // "ClassMapMatch::PART ..." for a rule without `Kind::rule` or the reverse, a rule with a name,
-  // and a rule that does not go with its option.
+  // and a rule that does not fit its option.
   ClassMapMatch(Kind kind, ClassMapMatchOption option, Kor::Name name,
                 Acl::OptionalRule const& rule);
   static ClassMapMatch acl(ClassMapMatchOption option, Kor::Name name);
@@ -38,11 +38,11 @@ class POLICYMAP_API ClassMapMatch {
                             ClassMapMatchOption option = ClassMapMatchOption::mac);
 
   [[nodiscard]] Kind kind() const { return kind_; }
-  // What is matched on; without meaning for another class-map.
+  // What is matched on; meaningless for another class-map.
   [[nodiscard]] ClassMapMatchOption option() const { return option_; }
   // The access list or class-map; empty for a rule.
   [[nodiscard]] Kor::Name const& name() const { return name_; }
-  // A default-built one unless the match is a rule.
+  // A default-constructed one unless the match is a rule.
   [[nodiscard]] Rule const& rule() const;
   [[nodiscard]] Acl::OptionalRule const& ruleIfAny() const { return rule_; }
 

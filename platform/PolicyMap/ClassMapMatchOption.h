@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <array>
 #include <cstdint>

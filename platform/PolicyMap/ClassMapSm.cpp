@@ -1,39 +1,56 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/ClassMapSm.h"
 
-#include "PolicyMap/RuleCompiler.h"
+#include "PolicyMap/Settling.h"
 
+#include <utility>
 #include <vector>
 
 namespace PolicyMap {
 
-ClassMapMatchSm::~ClassMapMatchSm() = default;
-
-Kor::KorType const* ClassMapMatchSm::fwkType() const {
-  return _fwkType();
-}
-Kor::KorType* ClassMapMatchSm::_fwkType() {
-  static Kor::KorType type("PolicyMap::ClassMapMatchSm", PtrInterface::_fwkType());
-  return &type;
-}
-
-bool ClassMapMatchSm::rulesIs(Kor::Ptr<ClassRules const> const& rules,
-                              Acl::AclDiff const* aclDiff) {
-  if (rules_ && rules_->sameEffect(*rules, aclDiff)) {
-    return false;
-  }
-  rules_ = rules;
-  return true;
-}
-
-// Hears when the actions of the class are to be programmed once more.
+// Observes the requests to program the actions of the class again.
 class ClassMapSm::CommonDataWatch : public ClassMapSmCommonData::NotifieeConst {
  public:
   explicit CommonDataWatch(ClassMapSm* machine) : machine_(machine) {}
-  void onUpdateAclActions() override { machine_->updateAclActionsChanged(); }
+  void onUpdateAclActions() override {
+    if (machine_->owner_ != nullptr) {
+      machine_->owner_->classActionsChanged(machine_->className_);
+    }
+  }
 
  private:
   ClassMapSm* machine_;
+};
+
+// The machine as its actions see it.
+class ClassMapSm::ActingClass final : public ClassActions::Class {
+ public:
+  explicit ActingClass(ClassMapSm& machine) : machine_(machine) {}
+
+  Kor::Ptr<ClassAction const> const& classAction() const override { return machine_.classAction(); }
+  Kor::Ptr<ClassMapSmCommonData> const& classCommonData() const override {
+    return machine_.classCommonData();
+  }
+  std::vector<ActionType> machineKinds() const override {
+    std::vector<ActionType> kinds;
+    for (auto const& entry : machine_.actionSmIteratorConst()) {
+      kinds.push_back(entry.key());
+    }
+    return kinds;
+  }
+  Kor::Ptr<PolicyMap::ActionSm> actionSm(ActionType kind) const override {
+    return machine_.actionSm(kind);
+  }
+  Kor::Ptr<PolicyMap::ActionSm> createActionSm(ActionType kind) override {
+    return machine_.createActionSm(kind);
+  }
+  void actionSmIs(ActionType kind, Kor::Ptr<PolicyMap::ActionSm> const& machine) override {
+    machine_.actionSmIs(kind, machine);
+  }
+  void actionSmDel(ActionType kind) override { machine_.actionSmDel(kind); }
+
+ private:
+  ClassMapSm& machine_;
 };
 
 ClassMapSm::ClassMapSm(Kor::Ptr<PolicyMapGlobalData> globalCommonData,
@@ -48,19 +65,12 @@ ClassMapSm::ClassMapSm(Kor::Ptr<PolicyMapGlobalData> globalCommonData,
       classAction_(Kor::make<Kor::LogWatch<ClassMapSm>>(this, &ClassMapSm::classActionChanged)),
       classMap_(Kor::make<Kor::LogWatch<ClassMapSm>>(this, &ClassMapSm::contentChanged)),
       classCommonData_(Kor::make<CommonDataWatch>(this)),
-      dependencies_([this](DependencyKind kind, Kor::Name const&) { dependencyChanged(kind); }) {
-  if (globalCommonData_) {
-    dependencies_.indexIs(&globalCommonData_->dependencies());
-  }
-  if (classMapConfig) {
-    newClassMapConfig(classMapConfig);
-  }
-  if (rawClassMapSubConfig) {
-    newRawClassMapSubConfig(rawClassMapSubConfig);
-  }
-  if (classAction) {
-    newClassAction(classAction);
-  }
+      compiledRules_(globalCommonData_, [this](DependencyKind kind) { dependencyChanged(kind); }),
+      actingClass_(std::make_unique<ActingClass>(*this)),
+      actions_(*actingClass_) {
+  newClassMapConfig(classMapConfig);
+  newRawClassMapSubConfig(rawClassMapSubConfig);
+  newClassAction(classAction);
 }
 
 ClassMapSm::~ClassMapSm() = default;
@@ -118,35 +128,15 @@ void ClassMapSm::initialize() {
   initializedIs(true);
 }
 
-void ClassMapSm::handleInitialized() {}
-
 void ClassMapSm::cleanup() {
   Kor::Ptr<ClassMapSm> const pinned = Kor::share(this);
   ScopedFlag const flag(cleaningUp_);
-  std::vector<ActionType> kinds;
-  for (auto const& entry : actionSmIteratorConst()) {
-    kinds.push_back(entry.key());
-  }
-  for (ActionType const kind : kinds) {
-    takeDown(kind);
-  }
+  actions_.takeDownAll();
   actionsActiveIs(false);
-}
-
-void ClassMapSm::takeDown(ActionType actionType) {
-  if (Kor::Ptr<PolicyMap::ActionSm> const machine = actionSm(actionType)) {
-    machine->cleanup();
-    machine->korDoZombieReactors(true);
-    actionSmDel(actionType);
-  }
 }
 
 Kor::Ptr<ClassMapMatchSm> ClassMapSm::createMatchSm(ClassMapMatchOption option) {
   return Kor::make<PolicyMap::ClassMapMatchSm>(option);
-}
-
-Kor::Ptr<ActionSm> ClassMapSm::createActionSm(ActionType /*actionType*/) {
-  return nullptr;
 }
 
 Kor::Ptr<ClassMapSmCommonData> ClassMapSm::createCommonData() {
@@ -161,20 +151,8 @@ Kor::Ptr<ClassMapStatus> ClassMapSm::createClassMapStatus() {
 
 void ClassMapSm::handleAction() {
   Kor::Ptr<ClassMapSm> const pinned = Kor::share(this);
-  settlingActions_.lookAgain();  // a kind may be neither configured nor have its machine yet
-  std::set<ActionType> kinds;
-  for (auto const& entry : actionSmIteratorConst()) {
-    kinds.insert(entry.key());
-  }
-  for (auto const& [kind, action] : refused_) {
-    kinds.insert(kind);
-  }
-  if (classAction()) {
-    for (auto const& entry : classAction()->actionIteratorConst()) {
-      kinds.insert(entry.key());
-    }
-  }
-  for (ActionType const kind : kinds) {
+  actions_.lookAgain();  // a kind may be neither configured nor have its machine yet
+  for (ActionType const kind : actions_.kinds()) {
     handleAction(kind);
   }
 }
@@ -185,55 +163,8 @@ void ClassMapSm::handleAction(ActionType actionType) {
   }
   // Observers of the class common data may drop the last reference.
   Kor::Ptr<ClassMapSm> const pinned = Kor::share(this);
-  settlingActions_.settle(actionType, [&] { syncAction(actionType); });
+  actions_.sync(actionType);
   actionsActiveIs(actionSms() != 0);
-}
-
-Kor::Ptr<Action> ClassMapSm::configuredAction(ActionType actionType) const {
-  return classAction() ? classAction()->action(actionType) : nullptr;
-}
-
-void ClassMapSm::syncAction(ActionType actionType) {
-  Kor::Ptr<Action> action;
-  do {
-    action = configuredAction(actionType);
-    commonDataActionIs(actionType, action);
-  } while (action != configuredAction(actionType));
-
-  Kor::Ptr<PolicyMap::ActionSm> const machine = actionSm(actionType);
-  if (!action) {
-    refused_.erase(actionType);
-    takeDown(actionType);
-  } else if (machine) {
-    if (machine->action() != action) {
-      machine->actionIs(action);
-      machine->handleAction();
-    }
-  } else if (classCommonData() && refused_[actionType] != action) {
-    if (Kor::Ptr<PolicyMap::ActionSm> const created = createActionSm(actionType)) {
-      refused_.erase(actionType);
-      actionSmIs(actionType, created);
-    } else {
-      refused_[actionType] = action;
-    }
-  }
-}
-
-void ClassMapSm::commonDataActionIs(ActionType actionType, Kor::Ptr<Action> const& action) {
-  if (!classCommonData()) {
-    return;
-  }
-  if (action) {
-    classCommonData()->actionIs(actionType, action);
-  } else {
-    classCommonData()->actionDel(actionType);
-  }
-}
-
-void ClassMapSm::updateAclActionsChanged() {
-  if (owner_ != nullptr) {
-    owner_->classActionsChanged(className_);
-  }
 }
 
 void ClassMapSm::classActionChanged(Kor::AttributeId /*id*/) {
@@ -254,7 +185,7 @@ void ClassMapSm::handleMatch() {
 }
 
 void ClassMapSm::handleMatch(ClassMapMatchOption option) {
-  rulesStale_ = true;
+  compiledRules_.makeStale();
   if (owner_ != nullptr) {
     owner_->classRulesChanged(option);
   }
@@ -269,7 +200,6 @@ void ClassMapSm::contentChanged(Kor::AttributeId /*id*/) {
 }
 
 void ClassMapSm::dependencyChanged(DependencyKind kind) {
-  rulesStale_ = true;
   if (!reacting()) {
     return;
   }
@@ -284,51 +214,34 @@ void ClassMapSm::dependencyChanged(DependencyKind kind) {
   }
 }
 
-void ClassMapSm::compile() {
-  rulesStale_ = false;
-  Kor::Ptr<ClassMapTypeConfig const> classMaps;
-  Kor::Ptr<Acl::Config const> acls;
-  Acl::AclDiff const* aclDiff = nullptr;
-  if (globalCommonData_) {
-    classMaps = globalCommonData_->classTypeConfig();
-    acls = globalCommonData_->aclConfig();
-    aclDiff = globalCommonData_->aclDiff().get();
+void ClassMapSm::compileIfStale() {
+  if (!compiledRules_.stale()) {
+    return;
   }
-  CompiledClass const compiled = compileClass(classMap(), classMaps, acls);
+  Kor::String const errorBefore = compiledRules_.error();
+  compiledRules_.compile(classMap());
+  bool const errorChanged = compiledRules_.error() != errorBefore;
+  distributeRules();
+  publishError();
+  // An error in the rules of one option refuses those of all.
+  if (errorChanged && owner_ != nullptr) {
+    for (ClassMapMatchOption const option : allMatchOptions) {
+      owner_->classRulesChanged(option);
+    }
+  }
+}
+
+// An option without rules gets no machine.
+void ClassMapSm::distributeRules() {
   for (ClassMapMatchOption const option : allMatchOptions) {
-    Kor::Ptr<ClassRules const> const& rules = compiled.rules[static_cast<std::size_t>(option)];
     Kor::Ptr<PolicyMap::ClassMapMatchSm> machine = classMapMatchSm(option);
-    if (!machine && !rules->empty()) {
+    if (!machine && !compiledRules_.of(option)->empty()) {
       machine = createMatchSm(option);
       classMapMatchSmIs(option, machine);
     }
     if (machine) {
-      machine->rulesIs(rules, aclDiff);
-    }
-  }
-  // An error in the rules of one option refuses those of all.
-  bool const errorChanged = ruleError_ != compiled.error;
-  ruleError_ = compiled.error;
-  std::string missing;
-  for (std::string const& name : compiled.missing) {
-    missing += (missing.empty() ? "missing " : ", missing ") + name;
-  }
-  missing_ = missing;
-  publishError();
-  DependencyIndex::Dependent::Names names;
-  auto const add = [&names](DependencyKind kind, std::vector<Kor::Name> const& some) {
-    for (Kor::Name const& name : some) {
-      names.emplace_back(kind, name);
-    }
-  };
-  add(DependencyKind::ipAcl, compiled.ipAcls);
-  add(DependencyKind::ip6Acl, compiled.ip6Acls);
-  add(DependencyKind::macAcl, compiled.macAcls);
-  add(DependencyKind::classMap, compiled.classMaps);
-  dependencies_.namesAre(std::move(names));
-  if (errorChanged && owner_ != nullptr) {
-    for (ClassMapMatchOption const option : allMatchOptions) {
-      owner_->classRulesChanged(option);
+      machine->rulesIs(compiledRules_.of(option),
+                       globalCommonData_ ? globalCommonData_->aclDiff().get() : nullptr);
     }
   }
 }
@@ -342,18 +255,13 @@ void ClassMapSm::programStateIs(bool programmed, Kor::String const& error) {
 }
 
 void ClassMapSm::publishError() {
-  if (!classMapStatus_) {
-    return;
+  if (classMapStatus_) {
+    classMapStatus_->errorIs(compiledRules_.problems(programError_));
   }
-  Kor::String const& first = programError_.empty() ? ruleError_ : programError_;
-  classMapStatus_->errorIs(first.empty() || missing_.empty() ? first + missing_
-                                                             : first + ", " + missing_);
 }
 
 Kor::Ptr<ClassRules const> ClassMapSm::rules(ClassMapMatchOption option) {
-  if (rulesStale_) {
-    compile();
-  }
+  compileIfStale();
   Kor::Ptr<PolicyMap::ClassMapMatchSm> const machine = classMapMatchSm(option);
   if (machine && machine->rules()) {
     return machine->rules();
@@ -362,17 +270,12 @@ Kor::Ptr<ClassRules const> ClassMapSm::rules(ClassMapMatchOption option) {
 }
 
 Kor::String ClassMapSm::ruleError() {
-  if (rulesStale_) {
-    compile();
-  }
-  return ruleError_;
+  compileIfStale();
+  return compiledRules_.error();
 }
 
 // attributes ----------------------------------------------------------------------------
 
-void ClassMapSm::newClassMapConfig(Kor::Ptr<ClassMapConfig const> const& config) {
-  classMapConfig_.objectIs(config);
-}
 void ClassMapSm::classMapConfigIs(Kor::Ptr<ClassMapConfig const> const& config) {
   if (config == classMapConfig()) {
     return;
@@ -382,13 +285,7 @@ void ClassMapSm::classMapConfigIs(Kor::Ptr<ClassMapConfig const> const& config) 
     classMapIs(configuredClassMap());
   }
 }
-void ClassMapSm::classMapConfigDel() {
-  classMapConfigIs(nullptr);
-}
 
-void ClassMapSm::newRawClassMapSubConfig(Kor::Ptr<ClassMapSubConfig const> const& subConfig) {
-  rawClassMapSubConfig_.objectIs(subConfig);
-}
 void ClassMapSm::rawClassMapSubConfigIs(Kor::Ptr<ClassMapSubConfig const> const& subConfig) {
   if (subConfig == rawClassMapSubConfig()) {
     return;
@@ -398,13 +295,7 @@ void ClassMapSm::rawClassMapSubConfigIs(Kor::Ptr<ClassMapSubConfig const> const&
     classMapIs(configuredClassMap());
   }
 }
-void ClassMapSm::rawClassMapSubConfigDel() {
-  rawClassMapSubConfigIs(nullptr);
-}
 
-void ClassMapSm::newClassAction(Kor::Ptr<ClassAction const> const& classAction) {
-  classAction_.objectIs(classAction);
-}
 void ClassMapSm::classActionIs(Kor::Ptr<ClassAction const> const& classAction) {
   if (classAction == this->classAction()) {
     return;
@@ -413,9 +304,6 @@ void ClassMapSm::classActionIs(Kor::Ptr<ClassAction const> const& classAction) {
   if (reacting()) {
     handleAction();
   }
-}
-void ClassMapSm::classActionDel() {
-  classActionIs(nullptr);
 }
 
 void ClassMapSm::classMapIs(Kor::Ptr<ClassMapSubConfig const> const& classMap) {
@@ -436,9 +324,6 @@ void ClassMapSm::classCommonDataIs(Kor::Ptr<ClassMapSmCommonData> const& commonD
     commonData->classMapStatusIs(classMapStatus_);
   }
 }
-void ClassMapSm::classCommonDataDel() {
-  classCommonDataIs(nullptr);
-}
 
 void ClassMapSm::classMapStatusIs(Kor::Ptr<ClassMapStatus> const& status) {
   classMapStatus_ = status;
@@ -450,9 +335,7 @@ void ClassMapSm::classMapStatusIs(Kor::Ptr<ClassMapStatus> const& status) {
 void ClassMapSm::actionsActiveIs(bool active) {
   actionsActive_ = active;
 }
-void ClassMapSm::initializingIs(bool initializing) {
-  initializing_ = initializing;
-}
+
 void ClassMapSm::initializedIs(bool initialized) {
   if (initialized == initialized_) {
     return;

@@ -1,46 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+// ClassMapSm: the machine of one class of one policy. It runs one machine per configured action
+// (ClassActions), and compiles the class's rules when a caller asks for them (CompiledRules).
+//
+// It is complete when hasNotificationActiveIs(true) returns: it has its class-map, common data,
+// status and action machines, as far as global data and class action exist.
+
 #include "Kor/Reactor.h"
 #include "PolicyMap/ActionSm.h"
+#include "PolicyMap/ClassActions.h"
+#include "PolicyMap/ClassMapMatchSm.h"
 #include "PolicyMap/ClassMapSmCommonData.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMap/CompiledRules.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
-#include "PolicyMap/Settling.h"
+#include "PolicyMapExport.h"
 
-#include <set>
+#include <memory>
 
 namespace PolicyMap {
 
-// The rules of one class for one match option.
-class POLICYMAP_API ClassMapMatchSm : public Kor::PtrInterface {
- public:
-  using Ptr = Kor::Ptr<ClassMapMatchSm>;
-  using PtrConst = Kor::Ptr<ClassMapMatchSm const>;
-
-  explicit ClassMapMatchSm(ClassMapMatchOption option) : option_(option) {}
-  ~ClassMapMatchSm() override;
-
-  [[nodiscard]] Kor::KorType const* fwkType() const override;
-  [[nodiscard]] static Kor::KorType* _fwkType();
-
-  [[nodiscard]] ClassMapMatchOption option() const { return option_; }
-  // Null before the first compilation.
-  [[nodiscard]] Kor::Ptr<ClassRules const> const& rules() const { return rules_; }
-  // Takes rules over unless they make no difference; answers whether they were taken.
-  bool rulesIs(Kor::Ptr<ClassRules const> const& rules, Acl::AclDiff const* aclDiff);
-
- private:
-  ClassMapMatchOption option_;
-  Kor::Ptr<ClassRules const> rules_;
-};
-
-// The machine of one class of one policy: it knows the class's rules and runs one machine per
-// configured action. Once its notifications are on it is complete: class-map, common data, action
-// machines, as far as global data and class action are there. Rules are compiled when somebody asks
-// for them.
 class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
  public:
   using Ptr = Kor::Ptr<ClassMapSm>;
@@ -60,42 +41,48 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // The configured action of a kind came, was replaced, or went.
+  // The configured action of a kind was added, replaced or removed: its machine follows.
   virtual void handleAction(ActionType actionType);
   virtual void handleAction();  // all kinds
-  // What the class matches may have changed.
+  // What the class matches may have changed: its rules are compiled again when a caller asks for
+  // them, and the owner is told.
   virtual void handleMatch(ClassMapMatchOption option);
   virtual void handleMatch();  // all options
 
+  // What the machine is made of. Each may return null: then it does without.
   virtual Kor::Ptr<ClassMapMatchSm> createMatchSm(ClassMapMatchOption option);
-  // Called for a configured kind only; an empty answer is taken once, until the configuration
-  // changes.
-  virtual Kor::Ptr<ActionSm> createActionSm(ActionType actionType);
+  // Called for a configured kind only. After null it is called again when the kind has another
+  // action. The base class returns null.
+  virtual Kor::Ptr<ActionSm> createActionSm(ActionType /*actionType*/) { return nullptr; }
+  // The global data exist.
   virtual Kor::Ptr<ClassMapSmCommonData> createCommonData();
   virtual Kor::Ptr<ClassMapStatus> createClassMapStatus();
-  virtual void handleInitialized();
-  // Lets all action machines go, each after its own cleanup().
+  // The machine is complete: `initialized` became true.
+  virtual void handleInitialized() {}
+  // Takes all action machines down, each after its own cleanup(). Actions that are configured
+  // meanwhile get none.
   virtual void cleanup();
 
-  virtual void classMapConfigDel();
+  // Null takes the object away; ...Del() does the same.
+
+  virtual void classMapConfigDel() { classMapConfigIs(nullptr); }
   virtual void classMapConfigIs(Kor::Ptr<ClassMapConfig const> const& config);
-  virtual void rawClassMapSubConfigDel();
+  virtual void rawClassMapSubConfigDel() { rawClassMapSubConfigIs(nullptr); }
   virtual void rawClassMapSubConfigIs(Kor::Ptr<ClassMapSubConfig const> const& subConfig);
-  virtual void classActionDel();
+  virtual void classActionDel() { classActionIs(nullptr); }
   virtual void classActionIs(Kor::Ptr<ClassAction const> const& classAction);
   virtual void classMapIs(Kor::Ptr<ClassMapSubConfig const> const& classMap);
-  virtual void classCommonDataDel();
+  virtual void classCommonDataDel() { classCommonDataIs(nullptr); }
   virtual void classCommonDataIs(Kor::Ptr<ClassMapSmCommonData> const& commonData);
   virtual void classMapStatusIs(Kor::Ptr<ClassMapStatus> const& status);
 
-  KOR_VALUE_COLLECTION(ClassMapSm, classMapMatchSm, ClassMapMatchSm, ClassMapMatchOption,
-                       Kor::Ptr<PolicyMap::ClassMapMatchSm>, virtual, {})
-  KOR_VALUE_COLLECTION(ClassMapSm, actionSm, ActionSm, ActionType, Kor::Ptr<PolicyMap::ActionSm>,
-                       virtual, {})
+  KOR_VIRTUAL_VALUE_COLLECTION(ClassMapSm, classMapMatchSm, ClassMapMatchSm, ClassMapMatchOption,
+                               Kor::Ptr<PolicyMap::ClassMapMatchSm>)
+  KOR_VIRTUAL_VALUE_COLLECTION(ClassMapSm, actionSm, ActionSm, ActionType,
+                               Kor::Ptr<PolicyMap::ActionSm>)
 
- public:
   virtual void actionsActiveIs(bool active);
-  virtual void initializingIs(bool initializing);
+  virtual void initializingIs(bool initializing) { initializing_ = initializing; }
   virtual void initializedIs(bool initialized);
   virtual void korDoZombieReactors(bool zombie);
 
@@ -105,7 +92,7 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::Ptr<PolicyMapSmCommonData> const& policyCommonData() const {
     return policyCommonData_;
   }
-  // What the reactors watch; null when empty.
+  // What the machine watches; null when there is none.
   [[nodiscard]] Kor::Ptr<ClassMapConfig const> const& classMapConfig() const {
     return classMapConfig_.object();
   }
@@ -126,18 +113,18 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   [[nodiscard]] bool actionsActive() const { return actionsActive_; }
   [[nodiscard]] bool initializing() const { return initializing_; }
   [[nodiscard]] bool initialized() const { return initialized_; }
-  // Of the configured class-map, else of the raw sub-configuration, else empty.
+  // That of the configured class-map, else of the raw matches, else empty.
   [[nodiscard]] Kor::Name name() const;
 
-  // The class's rules as configured now; never null.
+  // The class's rules as configured now; never null. May write the status.
   [[nodiscard]] Kor::Ptr<ClassRules const> rules(ClassMapMatchOption option);
-  // Why the class may not be programmed; empty: it may.
+  // Why the class may not be programmed, for whichever option; empty: it may. May write the status.
   [[nodiscard]] Kor::String ruleError();
-  // How the class stands in the helper, for its status.
+  // Whether rules of the class are programmed, and what failed in the last pass; for its status.
   void programStateIs(bool programmed, Kor::String const& error);
   // `owner` must outlive this machine, or be taken away before; null: none.
   void ownerIs(Owner* owner) { owner_ = owner; }
-  // What the policy calls the class. Raw matches may be called otherwise, or serve several classes.
+  // The name of the class in its policy. Raw matches may have another, or serve several classes.
   [[nodiscard]] Kor::Name const& className() const { return className_; }
   void classNameIs(Kor::Name const& className) { className_ = className; }
 
@@ -149,27 +136,30 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
              Kor::Ptr<ClassMapSubConfig const> const& rawClassMapSubConfig,
              Kor::Ptr<ClassAction const> const& classAction);
 
-  void newClassMapConfig(Kor::Ptr<ClassMapConfig const> const& config);
-  void newRawClassMapSubConfig(Kor::Ptr<ClassMapSubConfig const> const& subConfig);
-  void newClassAction(Kor::Ptr<ClassAction const> const& classAction);
+  void newClassMapConfig(Kor::Ptr<ClassMapConfig const> const& config) {
+    classMapConfig_.objectIs(config);
+  }
+  void newRawClassMapSubConfig(Kor::Ptr<ClassMapSubConfig const> const& subConfig) {
+    rawClassMapSubConfig_.objectIs(subConfig);
+  }
+  void newClassAction(Kor::Ptr<ClassAction const> const& classAction) {
+    classAction_.objectIs(classAction);
+  }
 
  private:
   class CommonDataWatch;
+  class ActingClass;
 
   void dependencyChanged(DependencyKind kind);
   void configChanged(Kor::AttributeId id);
   void contentChanged(Kor::AttributeId id);
   void classActionChanged(Kor::AttributeId id);
-  void updateAclActionsChanged();
   void initialize();
   [[nodiscard]] bool reacting() const { return hasNotificationActive() && !korMarkedForDeletion(); }
   [[nodiscard]] Kor::Ptr<ClassMapSubConfig const> configuredClassMap() const;
-  [[nodiscard]] Kor::Ptr<Action> configuredAction(ActionType actionType) const;
-  void syncAction(ActionType actionType);
-  void takeDown(ActionType actionType);
-  void compile();
+  void compileIfStale();
+  void distributeRules();
   void publishError();
-  void commonDataActionIs(ActionType actionType, Kor::Ptr<Action> const& action);
 
   Kor::Ptr<PolicyMapGlobalData> globalCommonData_;
   Kor::Ptr<PolicyMapSmCommonData> policyCommonData_;
@@ -182,16 +172,13 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   bool actionsActive_ = false;
   bool initializing_ = false;
   bool initialized_ = false;
-  bool rulesStale_ = true;
-  Kor::String ruleError_;
-  Kor::String missing_;                                   // what the class refers to and is absent
-  Kor::String programError_;                              // of the last pass
-  std::map<ActionType, Kor::Ptr<Action const>> refused_;  // actions for which no machine was given
-  DependencyIndex::Dependent dependencies_;  // leaves the index before the global data go
+  CompiledRules compiledRules_;
+  Kor::String programError_;  // of the last pass
+  std::unique_ptr<ActingClass> actingClass_;
+  ClassActions actions_;
+  bool cleaningUp_ = false;
   Owner* owner_ = nullptr;
   Kor::Name className_;
-  Settling<ActionType> settlingActions_;
-  bool cleaningUp_ = false;
 };
 
 }  // namespace PolicyMap

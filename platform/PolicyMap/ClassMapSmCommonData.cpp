@@ -60,14 +60,13 @@ void ClassMapSmCommonData::updateAclActionsIs(std::uint32_t count) {
 }
 
 void ClassMapSmCommonData::rulesIs(ClassMapMatchOption option, Kor::Ptr<ClassRules const> rules) {
-  rules_.at(static_cast<std::size_t>(option)) = std::move(rules);
+  rules_[option] = std::move(rules);
 }
 
 template <class Rule>
 Rule ClassMapSmCommonData::ruleOf(AclRuleKey const& key) const {
-  auto const option = static_cast<std::size_t>(key.matchOption());
-  if (option < rules_.size() && rules_[option]) {
-    if (Rule const* const rule = rules_[option]->find<Rule>(key)) {
+  if (Kor::Ptr<ClassRules const> const& programmed = rules_[key.matchOption()]) {
+    if (Rule const* const rule = programmed->find<Rule>(key)) {
       return *rule;
     }
   }

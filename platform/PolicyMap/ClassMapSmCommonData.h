@@ -8,10 +8,9 @@
 #include "PolicyMap/Action.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
 #include "PolicyMap/ClassRules.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMap/PerOption.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
-
-#include <array>
+#include "PolicyMapExport.h"
 
 namespace PolicyMap {
 
@@ -35,12 +34,12 @@ class POLICYMAP_API ClassMapSmCommonData : public Kor::PtrInterface, public Kor:
   virtual void classMapStatusIs(Kor::Ptr<ClassMapStatus> const& status);
 
   // The configured actions of the class.
-  KOR_VALUE_COLLECTION(ClassMapSmCommonData, action, Action, ActionType,
-                       Kor::Ptr<PolicyMap::Action const>, virtual, { announceAction(key); })
+  KOR_VIRTUAL_VALUE_COLLECTION(ClassMapSmCommonData, action, Action, ActionType,
+                               Kor::Ptr<PolicyMap::Action const>,
+                               KOR_ON_CHANGE(announceAction(key)))
 
- public:
   // Counts the requests to program the actions of the class's rules once more. Adds and wraps,
-  // notifies, and answers the new value; 0 does nothing.
+  // notifies, and returns the new value; 0 does nothing.
   virtual std::uint32_t updateAclActionsInc(std::uint32_t count);
   virtual void updateAclActionsIs(std::uint32_t count);
 
@@ -51,14 +50,13 @@ class POLICYMAP_API ClassMapSmCommonData : public Kor::PtrInterface, public Kor:
   [[nodiscard]] std::uint32_t updateAclActions() const { return updateAclActions_; }
 
   // The match of a rule of this class; a default-built configuration for an unknown key. Rules that
-  // are being programmed are answered as they were when the programming was decided on, all others
-  // as they are configured now.
+  // are being programmed are returned as they were when the pass was planned, all others as they
+  // are configured now.
   [[nodiscard]] Acl::IpRuleConfig getIpRule(AclRuleKey const& key) const;
   [[nodiscard]] Acl::Ip6RuleConfig getIp6Rule(AclRuleKey const& key) const;
   [[nodiscard]] Acl::MacRuleConfig getMacRule(AclRuleKey const& key) const;
 
-  // The rules that the core is about to program, or has programmed, for an option (one of the
-  // four).
+  // The rules that the core is about to program, or has programmed, for an option.
   void rulesIs(ClassMapMatchOption option, Kor::Ptr<ClassRules const> rules);
 
   static constexpr Kor::AttributeId classMapId = 131;
@@ -75,7 +73,7 @@ class POLICYMAP_API ClassMapSmCommonData : public Kor::PtrInterface, public Kor:
   Kor::Ptr<ClassMapSubConfig const> classMap_;
   Kor::Ptr<Acl::Config const> aclConfig_;
   Kor::Ptr<ClassMapStatus> classMapStatus_;
-  std::array<Kor::Ptr<ClassRules const>, 4> rules_;
+  PerOption<Kor::Ptr<ClassRules const>> rules_;
   std::uint32_t updateAclActions_ = 0;
 };
 

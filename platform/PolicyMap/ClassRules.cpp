@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/ClassRules.h"
 
+#include "PolicyMap/PerOption.h"
+
 #include <algorithm>
 
 namespace PolicyMap {
@@ -24,11 +26,10 @@ ClassRules::ClassRules(Sources sources) : sources_(std::move(sources)) {
 ClassRules::~ClassRules() = default;
 
 ClassRules::Sources ClassRules::emptySources(ClassMapMatchOption option) {
-  switch (option) {
-  case ClassMapMatchOption::ipv4: return RuleSources<Acl::IpRuleConfig>();
-  case ClassMapMatchOption::ipv6: return RuleSources<Acl::Ip6RuleConfig>();
-  default: return RuleSources<Acl::MacRuleConfig>();
-  }
+  auto const mac = [] { return Sources(RuleSources<Acl::MacRuleConfig>()); };
+  return forOption(
+      option, [] { return Sources(RuleSources<Acl::IpRuleConfig>()); },
+      [] { return Sources(RuleSources<Acl::Ip6RuleConfig>()); }, mac, mac);
 }
 
 bool ClassRules::empty() const {

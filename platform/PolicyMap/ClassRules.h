@@ -13,8 +13,8 @@
 #include "Kor/String.h"
 #include "PolicyMap/AclRuleKey.h"
 #include "PolicyMap/ClassMapMatchOption.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/RuleIntersection.h"
+#include "PolicyMapExport.h"
 
 #include <algorithm>
 #include <compare>
@@ -92,7 +92,7 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
   explicit ClassRules(Sources sources);
   ~ClassRules() override;
 
-  // The empty sources of an option: MAC rules serve mac, mpls and every further option.
+  // The empty sources of an option: MAC rules serve both mac and mpls.
   static Sources emptySources(ClassMapMatchOption option);
 
   // Whether no rule matches anything.
@@ -119,7 +119,7 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
     return &(*sources)[place].named->rules()[index].exact.rule;
   }
 
-  // Calls visit(RuleRef) for every rule that matches something, in order, until it answers false.
+  // Calls visit(RuleRef) for every rule that matches something, in order, until it returns false.
   template <class Visit>
   void forEach(Visit&& visit) const {
     std::visit(

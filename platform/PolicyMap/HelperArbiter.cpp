@@ -46,13 +46,13 @@ void HelperArbiter::withdraw(Client& client) {
 }
 
 void HelperArbiter::callsEnded() {
-  // The last one in the list may withdraw others.
-  while (!waiting_.empty() && calls_ == 0) {
+  // One that is called may withdraw others.
+  while (!waiting_.empty()) {
     Client* const client = waiting_.front();
     waiting_.erase(waiting_.begin());
     client->callEnded();
   }
-  if (holder_ == nullptr && !queue_.empty()) {
+  if (!queue_.empty()) {
     grantTimer_.schedule();
   }
 }
@@ -89,13 +89,21 @@ void HelperArbiter::createdDel(PolicyMapSmKey const& key, ClassMapMatchOption op
   created_.erase({key, option});
 }
 
+void HelperArbiter::disown(PolicyMapSmKey const& key, Client const& client) {
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    if (creator(key, option) == &client) {
+      createdIs(key, option, nullptr);
+    }
+  }
+}
+
 void HelperArbiter::resultIs(AsyncOperationResult const& result) {
   if (expectingResult_) {
     if (!early_) {
       early_ = result.error();
       return;
     }
-  } else if (pending_ && holder_ != nullptr) {
+  } else if (pending_) {
     pending_ = false;
     // A copy: what follows may overwrite the attribute that the text comes from.
     holder_->resultArrived(Kor::String(result.error()));

@@ -15,8 +15,8 @@
 #include "Kor/String.h"
 #include "PolicyMap/AsyncOperationResult.h"
 #include "PolicyMap/ClassMapMatchOption.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapSmKey.h"
+#include "PolicyMapExport.h"
 
 #include <deque>
 #include <exception>
@@ -77,6 +77,8 @@ class POLICYMAP_API HelperArbiter {
   [[nodiscard]] Client const* creator(PolicyMapSmKey const& key, ClassMapMatchOption option) const;
   void createdIs(PolicyMapSmKey const& key, ClassMapMatchOption option, Client const* creator);
   void createdDel(PolicyMapSmKey const& key, ClassMapMatchOption option);
+  // What the client has created of the policy belongs to no client from now on.
+  void disown(PolicyMapSmKey const& key, Client const& client);
 
   // Whether an operation is on the stack.
   [[nodiscard]] bool calling() const { return calls_ != 0; }

@@ -48,4 +48,21 @@ void publishHitCounts(ClassMapStatus& status, HitCounts const& counts) {
   }
 }
 
+void updateHitCounts(std::vector<Kor::Ptr<ClassMapSm>> const& classes, PolicyMapAclHelper& helper,
+                     PolicyMapSmCommonData::PtrConst const& policyData,
+                     ProgrammedState const& state, std::function<bool()> const& goesOn) {
+  for (Kor::Ptr<ClassMapSm> const& machine : classes) {
+    // Held: an observer may take it away from the machine.
+    Kor::Ptr<ClassMapStatus> const status = machine->classMapStatus();
+    if (!status || !goesOn()) {
+      continue;
+    }
+    HitCounts const counts =
+        readHitCounts(helper, policyData, machine->classCommonData(), state, goesOn);
+    if (goesOn()) {
+      publishHitCounts(*status, counts);
+    }
+  }
+}
+
 }  // namespace PolicyMap

@@ -18,11 +18,6 @@ PassRun::PassRun(Pass pass, Kor::Ptr<PolicyMapAclHelper> helper,
       state_(state),
       observer_(observer) {}
 
-bool PassRun::known(ClassMapMatchOption option) const {
-  return arbiter_.creator(policyData_->policyKey(), option) == &client_ &&
-         !state_[option].classes.empty();
-}
-
 // calls -----------------------------------------------------------------------------------
 
 PassRun::Outcome PassRun::outcomeOf(HelperArbiter::Answer const& answer) {
@@ -56,9 +51,6 @@ PassRun::Outcome PassRun::run() {
     Outcome outcome = perform(step);
     if (outcome == Outcome::done || outcome == Outcome::failed) {
       outcome = settle(step, outcome);
-    }
-    if (outcome == Outcome::failed) {
-      break;
     }
     if (outcome != Outcome::done) {
       return outcome;
@@ -100,7 +92,7 @@ void PassRun::succeeded(Step const& step) {
     state.recreate = false;
     break;
   case HelperOperation::commitPolicy:
-    if (!state.recreate && known(step.option)) {
+    if (!state.recreate) {
       state.failureDel();
       observer_.committed(step.option);
     }
@@ -151,8 +143,7 @@ PassRun::Outcome PassRun::perform(Step const& step) {
     return callAsync(
         [&] { return helper.removeIntfFromPolicy(policyData_, step.intf, step.option); });
   case HelperOperation::commitPolicy:
-    if (pass_.kind == PassKind::updateActions &&
-        (state_[step.option].recreate || !known(step.option))) {
+    if (pass_.kind == PassKind::updateActions && state_[step.option].recreate) {
       return Outcome::done;  // the re-creation that follows commits
     }
     return callAsync([&] { return helper.commitPolicy(policyData_, step.option); });
@@ -208,7 +199,6 @@ PassRun::Outcome PassRun::updateActions(Kor::Ptr<ClassMapSmCommonData> const& da
   Outcome outcome = call([&] { return helper_->beginUpdateActions(policyData_, data); });
   if (outcome == Outcome::failed) {
     firstError = error_;
-    failedRule_.reset();
   }
   bool const begun = outcome == Outcome::done;
   std::uint32_t const updates = data->updateAclActions();
@@ -254,10 +244,9 @@ PassRun::Outcome PassRun::endUpdateActions(Kor::Ptr<ClassMapSmCommonData> const&
     return outcome;
   }
   if (outcome == Outcome::failed) {
-    failedRule_.reset();
     for (ClassMapMatchOption const option : allMatchOptions) {
       ProgrammedClass const* const programmed = state_[option].classes.find(data.get());
-      if (concerned[option] && programmed != nullptr && !state_[option].recreate) {
+      if (concerned[option] && programmed != nullptr) {
         updateFailed(option, programmed->name, "endUpdateActions");
       }
     }
@@ -274,8 +263,8 @@ ProgrammedClass* PassRun::moved(ClassMapMatchOption option, ClassMapSmCommonData
                                 std::uint32_t updates) {
   OptionState& state = state_[option];
   ProgrammedClass* const programmed = state.classes.find(data);
-  bool const update = programmed != nullptr && known(option) && !state.recreate &&
-                      programmed->actionUpdates != updates;
+  bool const update =
+      programmed != nullptr && !state.recreate && programmed->actionUpdates != updates;
   return update ? programmed : nullptr;
 }
 
@@ -285,7 +274,6 @@ PassRun::Outcome PassRun::updateRules(ProgrammedClass const& programmed,
   PortExpansion const expansion = state_[option].expansion;
   // Copied: what an operation does may drop the class.
   ProgrammedClass const updated = programmed;
-  failedRule_.reset();
   updated.rules->forEach([&](auto const& rule) {
     AclRuleKey const key(updated.name, rule.aclName, rule.seqno, option);
     forEachSubRule(rule, expansion, [&](SubRuleData const& subRule) {
@@ -306,8 +294,8 @@ void PassRun::updateFailed(ClassMapMatchOption option, Kor::Name const& classNam
   OptionState& state = state_[option];
   state.recreate = true;
   state.rulesDue = true;
-  state.failureIs(
-      PolicyFailure(error_, Kor::String(operation), className, failedRule_.value_or(AclRuleKey())));
+  AclRuleKey const rule = std::exchange(failedRule_, std::nullopt).value_or(AclRuleKey());
+  state.failureIs(PolicyFailure(error_, Kor::String(operation), className, rule));
   state.updateFailed = true;
 }
 
@@ -317,7 +305,7 @@ PassRun::Outcome PassRun::deletePolicy(ClassMapMatchOption option) {
   if (outcome == Outcome::abandoned) {
     return outcome;
   }
-  if (threw_ && outcome == Outcome::failed) {
+  if (threw_) {
     arbiter_.createdIs(policyData_->policyKey(), option, &client_);
     state_[option].recreate = true;
     deletionThrew_ = true;

@@ -95,7 +95,6 @@ class POLICYMAP_API PassRun {
   Outcome settle(Step const& step, Outcome outcome);
   void succeeded(Step const& step);
   Outcome failed(Step const& step);
-  [[nodiscard]] bool known(ClassMapMatchOption option) const;
 
   Pass pass_;
   std::size_t next_ = 0;

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// PerOption: one value per match option. Every option other than ipv4, ipv6 and mac uses the fourth
-// value, that of mpls.
+// PerOption: one value per match option; forOption: one call per match option. Every option other
+// than ipv4, ipv6 and mac is served as mpls.
+//
+//   PerOption<bool> due;
+//   due[ClassMapMatchOption::mac] = true;
+//   forOption(option, [&] { ip(); }, [&] { ip6(); }, [&] { mac(); }, [&] { mpls(); });
 
 #include "PolicyMap/ClassMapMatchOption.h"
 
@@ -11,9 +15,25 @@
 
 namespace PolicyMap {
 
+// Calls the function of the option and returns what it returns. All four return the same type.
+template <class Ipv4, class Ipv6, class Mac, class Mpls>
+constexpr decltype(auto) forOption(ClassMapMatchOption option, Ipv4&& ipv4, Ipv6&& ipv6, Mac&& mac,
+                                   Mpls&& mpls) {
+  switch (option) {
+  case ClassMapMatchOption::ipv4: return ipv4();
+  case ClassMapMatchOption::ipv6: return ipv6();
+  case ClassMapMatchOption::mac: return mac();
+  default: return mpls();
+  }
+}
+
 template <class T>
 class PerOption {
  public:
+  PerOption() = default;
+  // The same value for every option.
+  explicit PerOption(T const& value) { values_.fill(value); }
+
   [[nodiscard]] T& operator[](ClassMapMatchOption option) { return values_[placeOf(option)]; }
   [[nodiscard]] T const& operator[](ClassMapMatchOption option) const {
     return values_[placeOf(option)];
@@ -27,12 +47,9 @@ class PerOption {
 
  private:
   static constexpr std::size_t placeOf(ClassMapMatchOption option) {
-    switch (option) {
-    case ClassMapMatchOption::ipv4:
-    case ClassMapMatchOption::ipv6:
-    case ClassMapMatchOption::mac: return static_cast<std::size_t>(option);
-    default: return allMatchOptions.size() - 1;
-    }
+    return forOption(
+        option, [] { return std::size_t{0}; }, [] { return std::size_t{1}; },
+        [] { return std::size_t{2}; }, [] { return std::size_t{3}; });
   }
 
   std::array<T, allMatchOptions.size()> values_{};

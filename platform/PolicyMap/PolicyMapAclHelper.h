@@ -13,9 +13,9 @@
 #include "PolicyMap/AclRuleKey.h"
 #include "PolicyMap/AsyncOperationResult.h"
 #include "PolicyMap/ClassMapSmCommonData.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapSmCommonData.h"
 #include "PolicyMap/SubRuleData.h"
+#include "PolicyMapExport.h"
 
 #include <memory>
 

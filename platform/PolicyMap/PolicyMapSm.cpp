@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/PolicyMapSm.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace PolicyMap {
 
@@ -17,34 +17,48 @@ class PolicyMapSm::SubConfigWatch : public PolicyMapSubConfig::NotifieeConst {
   PolicyMapSm* machine_;
 };
 
-// Observes which class-maps there are.
-class PolicyMapSm::ClassTypeWatch : public ClassMapTypeConfig::NotifieeConst {
+// The machine as its classes see it.
+class PolicyMapSm::ClassesPolicy final : public PolicyClasses::Policy {
  public:
-  explicit ClassTypeWatch(PolicyMapSm* machine) : machine_(machine) {}
-  void onClassMapConfig(Kor::Name const& name) override {
-    if (machine_->configured(name)) {
-      machine_->syncClass(name);
+  explicit ClassesPolicy(PolicyMapSm& machine) : machine_(machine) {}
+
+  Kor::Ptr<PolicyMapSubConfig const> const& policyMap() const override {
+    return machine_.policyMap();
+  }
+  void mirrorPrio(Kor::Name const& name) override { machine_.mirrorPrio(name); }
+  std::vector<Kor::Name> machineNames() const override {
+    std::vector<Kor::Name> names;
+    for (auto const& entry : machine_.classMapSmIteratorConst()) {
+      names.push_back(entry.key());
     }
+    return names;
   }
-
- private:
-  PolicyMapSm* machine_;
-};
-
-class PolicyMapSm::ClassOwner final : public ClassMapSm::Owner {
- public:
-  explicit ClassOwner(PolicyMapSm& machine) : machine_(machine) {}
+  Kor::Ptr<PolicyMap::ClassMapSm> classMapSm(Kor::Name const& name) const override {
+    return machine_.classMapSm(name);
+  }
+  Kor::Ptr<PolicyMap::ClassMapSm> createClassMapSm(
+      Kor::Ptr<ClassMapConfig const> const& map, Kor::Ptr<ClassMapSubConfig const> const& rawMap,
+      Kor::Ptr<ClassAction const> const& action) override {
+    return machine_.createClassMapSm(map, rawMap, action);
+  }
+  void classMapSmIs(Kor::Name const& name, Kor::Ptr<PolicyMap::ClassMapSm> const& sm) override {
+    machine_.classMapSmIs(name, sm);
+  }
+  void classMapSmDel(Kor::Name const& name) override { machine_.classMapSmDel(name); }
+  bool dropsLeftLater() const override { return machine_.reconciler_->attached(); }
+  void rulesChanged() override { machine_.reconciler_->rulesChanged(); }
   void classRulesChanged(ClassMapMatchOption option) override {
-    machine_.reconciler().rulesChanged(option);
+    machine_.reconciler_->rulesChanged(option);
   }
-  void classActionsChanged(Kor::Name const& className) override {
-    machine_.reconciler().actionsChanged(className);
+  void classActionsChanged(Kor::Name const& name) override {
+    machine_.reconciler_->actionsChanged(name);
   }
 
  private:
   PolicyMapSm& machine_;
 };
 
+// The machine as the reconciler sees it.
 class PolicyMapSm::ReconciledPolicy final : public PolicyReconciler::Policy {
  public:
   explicit ReconciledPolicy(PolicyMapSm& machine) : machine_(machine) {}
@@ -83,18 +97,20 @@ PolicyMapSm::PolicyMapSm(Kor::Ptr<PolicyMapGlobalData> globalCommonData, PolicyM
     : globalCommonData_(std::move(globalCommonData)),
       key_(std::move(key)),
       policyMapConfig_(Kor::make<Kor::LogWatch<PolicyMapSm>>(this, &PolicyMapSm::configChanged)),
-      classTypeConfig_(Kor::make<ClassTypeWatch>(this)),
+      classMaps_(globalCommonData_,
+                 [this](Kor::Name const& name) {
+                   if (reacting()) {
+                     syncClass(name);
+                   }
+                 }),
       status_(std::move(status)),
       policyMap_(Kor::make<SubConfigWatch>(this)),
-      classOwner_(std::make_unique<ClassOwner>(*this)),
+      classesPolicy_(std::make_unique<ClassesPolicy>(*this)),
+      classes_(*classesPolicy_, classMaps_, status_),
       reconciledPolicy_(std::make_unique<ReconciledPolicy>(*this)),
       reconciler_(std::make_unique<PolicyReconciler>(*reconciledPolicy_)) {
-  if (policyMapConfig) {
-    policyMapConfig_.objectIs(policyMapConfig);
-  }
-  if (classTypeConfig) {
-    classTypeConfig_.objectIs(classTypeConfig);
-  }
+  policyMapConfig_.objectIs(policyMapConfig);
+  classMaps_.classTypeConfigIs(classTypeConfig);
 }
 
 PolicyMapSm::~PolicyMapSm() {
@@ -117,7 +133,7 @@ void PolicyMapSm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
   policyMapConfig_.hasNotificationActiveIs(active);
   policyMap_.hasNotificationActiveIs(active);
-  listenForClassMaps();
+  classMaps_.hasNotificationActiveIs(active);
   if (reacting()) {
     initialize();
   }
@@ -125,21 +141,13 @@ void PolicyMapSm::hasNotificationActiveIs(bool active) {
 
 void PolicyMapSm::korDoZombieReactors(bool zombie) {
   policyMapConfig_.korDoZombieReactors(zombie);
-  classTypeConfig_.korDoZombieReactors(zombie);
+  classMaps_.korDoZombieReactors(zombie);
   policyMap_.korDoZombieReactors(zombie);
-}
-
-// A service-policy machine feeds the index of the global data, which costs what depends on a name.
-// Without it this machine listens for itself.
-void PolicyMapSm::listenForClassMaps() {
-  bool const indexed = reconciler_->attached() && globalCommonData_ &&
-                       globalCommonData_->classTypeConfig() == classTypeConfig();
-  classTypeConfig_.hasNotificationActiveIs(hasNotificationActive() && !indexed);
 }
 
 void PolicyMapSm::serviceIs(PolicyReconciler::Service* service) {
   reconciler_->serviceIs(service);
-  listenForClassMaps();
+  classMaps_.attachedIs(reconciler_->attached());
 }
 
 void PolicyMapSm::initialize() {
@@ -162,14 +170,7 @@ void PolicyMapSm::handleInitialized() {}
 
 void PolicyMapSm::cleanup() {
   Kor::Ptr<PolicyMapSm> const pinned = Kor::share(this);
-  ScopedFlag const flag(cleaningUp_);
-  std::vector<Kor::Name> names;
-  for (auto const& entry : classMapSmIteratorConst()) {
-    names.push_back(entry.key());
-  }
-  for (Kor::Name const& name : names) {
-    dropClassMachine(name);
-  }
+  classes_.takeDownAll();
 }
 
 // classes -------------------------------------------------------------------------------
@@ -184,10 +185,6 @@ void PolicyMapSm::policyMapIs(Kor::Ptr<PolicyMapSubConfig const> const& policyMa
   }
   policyMap_.objectIs(policyMap);
   syncClasses();
-}
-
-bool PolicyMapSm::configured(Kor::Name const& name) const {
-  return policyMap() && policyMap()->korClassPrio(name);
 }
 
 void PolicyMapSm::syncClasses() {
@@ -217,126 +214,16 @@ void PolicyMapSm::catchUp() {
 }
 
 void PolicyMapSm::syncClass(Kor::Name const& name) {
-  if (cleaningUp_) {
-    return;
-  }
   Kor::Ptr<PolicyMapSm> const pinned = Kor::share(this);
-  settlingClasses_.settle(name, [this, held = Kor::Name(name)] { bringClass(held); });
-}
-
-void PolicyMapSm::bringClass(Kor::Name const& name) {
-  prioIs(name);
-  if (!configured(name)) {
-    classWatches_.erase(name);
-    classLeft(name);
-    return;
-  }
-  watchClassMap(name);
-  Kor::Ptr<ClassMapConfig const> const map =
-      classTypeConfig() ? classTypeConfig()->classMapConfig(name) : nullptr;
-  Kor::Ptr<ClassMapSubConfig const> const rawMap = policyMap()->rawClassMap(name);
-  Kor::Ptr<ClassAction const> const action = policyMap()->classAction(name);
-  if (!map && !rawMap) {
-    classLeft(name);
-    publishMissing(name);
-    return;
-  }
-  if (leftClasses_.erase(name) != 0) {
-    reconciler_->classChanged(name);  // its status may have been passed over while it was away
-  }
-  if (Kor::Ptr<PolicyMap::ClassMapSm> const machine = classMapSm(name)) {
-    machine->classMapConfigIs(map);
-    machine->rawClassMapSubConfigIs(rawMap);
-    machine->classActionIs(action);
-  } else {
-    makeClassMachine(name, map, rawMap, action);
-  }
-}
-
-void PolicyMapSm::watchClassMap(Kor::Name const& name) {
-  if (!globalCommonData_ || classWatches_.contains(name)) {
-    return;
-  }
-  auto const react = [this](DependencyKind, Kor::Name const& changed) {
-    if (reacting()) {
-      syncClass(changed);
-    }
-  };
-  auto& watch = classWatches_.try_emplace(name, react).first->second;
-  watch.indexIs(&globalCommonData_->dependencies());
-  watch.namesAre({{DependencyKind::classMap, name}});
-}
-
-void PolicyMapSm::makeClassMachine(Kor::Name const& name, Kor::Ptr<ClassMapConfig const> const& map,
-                                   Kor::Ptr<ClassMapSubConfig const> const& rawMap,
-                                   Kor::Ptr<ClassAction const> const& action) {
-  Kor::Ptr<PolicyMap::ClassMapSm> const machine = createClassMapSm(map, rawMap, action);
-  if (!machine) {
-    return;
-  }
-  machine->ownerIs(classOwner_.get());
-  machine->classNameIs(name);
-  classMapSmIs(name, machine);
-  if (status_ && machine->classMapStatus()) {
-    Kor::Ptr<ClassMapStatus> const status = status_->classMapStatusIs(name);
-    status->errorIs({});  // that the class-map is missing
-    machine->classMapStatusIs(status);
-  }
-  reconciler_->classChanged(name);
-}
-
-// Below a service-policy machine the class machine stays until the event loop turns: a class that
-// is back by then has not left.
-void PolicyMapSm::classLeft(Kor::Name const& name) {
-  if (korClassMapSm(name) && reconciler_->attached()) {
-    leftClasses_.insert(name);
-    reconciler_->rulesChanged();
-  } else if (korClassMapSm(name)) {
-    dropClassMachine(name);
-  } else if (status_ && !configured(name)) {
-    status_->classMapStatusDel(name);
-  }
+  classes_.sync(name);
 }
 
 void PolicyMapSm::dropLeftClasses() {
   Kor::Ptr<PolicyMapSm> const pinned = Kor::share(this);
-  while (!leftClasses_.empty()) {
-    Kor::Name const name = *leftClasses_.begin();
-    leftClasses_.erase(leftClasses_.begin());
-    bool dropped = false;
-    settlingClasses_.settle(name, [&] {
-      if (!std::exchange(dropped, true)) {
-        dropClassMachine(name);
-      }
-      bringClass(name);  // it may have come back meanwhile
-    });
-  }
+  classes_.dropLeft();
 }
 
-void PolicyMapSm::dropClassMachine(Kor::Name const& name) {
-  Kor::Ptr<PolicyMap::ClassMapSm> const machine = classMapSm(name);
-  if (!machine) {
-    return;
-  }
-  machine->ownerIs(nullptr);
-  machine->cleanup();
-  machine->korDoZombieReactors(true);
-  classMapSmDel(name);
-  if (status_) {
-    status_->classMapStatusDel(name);
-  }
-  reconciler_->rulesChanged();
-}
-
-// A class that refers to no class-map has a status that says so.
-void PolicyMapSm::publishMissing(Kor::Name const& name) {
-  if (status_ && !korClassMapSm(name)) {
-    Kor::Ptr<ClassMapStatus> const status = status_->classMapStatusIs(name);
-    status->errorIs(Kor::String("missing class-map " + name.stdString()));
-  }
-}
-
-void PolicyMapSm::prioIs(Kor::Name const& name) {
+void PolicyMapSm::mirrorPrio(Kor::Name const& name) {
   Kor::Ptr<PolicyMapSubConfig::KorClassPrio const> const configured =
       policyMap() ? policyMap()->korClassPrio(name) : nullptr;
   Kor::Ptr<KorClassPrio> const known = korClassPrio(name);
@@ -355,35 +242,25 @@ void PolicyMapSm::prioIs(Kor::Name const& name) {
 }
 
 std::vector<Kor::Ptr<ClassMapSm>> PolicyMapSm::classesInOrder() const {
-  std::vector<Kor::Ptr<PolicyMap::ClassMapSm>> classes;
-  if (policyMap()) {
-    for (Kor::Name const& name : policyMap()->classesInOrder()) {
-      if (Kor::Ptr<PolicyMap::ClassMapSm> const machine = classMapSm(name)) {
-        classes.push_back(machine);
-      }
-    }
-  }
-  return classes;
+  return policyMap() ? machinesOf(policyMap()->classesInOrder())
+                     : std::vector<Kor::Ptr<PolicyMap::ClassMapSm>>();
 }
 
 std::vector<Kor::Ptr<ClassMapSm>> PolicyMapSm::classesInOrder(
     std::set<Kor::Name> const& names) const {
-  std::vector<std::pair<std::uint32_t, Kor::Ptr<PolicyMap::ClassMapSm>>> byPrio;
+  return policyMap() ? machinesOf(policyMap()->classesInOrder(names))
+                     : std::vector<Kor::Ptr<PolicyMap::ClassMapSm>>();
+}
+
+std::vector<Kor::Ptr<ClassMapSm>> PolicyMapSm::machinesOf(
+    std::vector<Kor::Name> const& names) const {
+  std::vector<Kor::Ptr<PolicyMap::ClassMapSm>> machines;
   for (Kor::Name const& name : names) {
-    Kor::Ptr<PolicyMap::ClassMapSm> const machine = classMapSm(name);
-    if (machine && configured(name)) {
-      byPrio.emplace_back(policyMap()->classPrio(name), machine);
+    if (Kor::Ptr<PolicyMap::ClassMapSm> const machine = classMapSm(name)) {
+      machines.push_back(machine);
     }
   }
-  // Equal priorities go by name, as the set does.
-  std::stable_sort(byPrio.begin(), byPrio.end(),
-                   [](auto const& a, auto const& b) { return a.first < b.first; });
-  std::vector<Kor::Ptr<PolicyMap::ClassMapSm>> classes;
-  classes.reserve(byPrio.size());
-  for (auto const& [prio, machine] : byPrio) {
-    classes.push_back(machine);
-  }
-  return classes;
+  return machines;
 }
 
 void PolicyMapSm::handleActiveIntf(Vorel::IntfId /*intf*/) {
@@ -430,8 +307,7 @@ void PolicyMapSm::classTypeConfigIs(Kor::Ptr<ClassMapTypeConfig const> const& co
   if (config == classTypeConfig()) {
     return;
   }
-  classTypeConfig_.objectIs(config);
-  listenForClassMaps();
+  classMaps_.classTypeConfigIs(config);
   if (reacting()) {
     syncClasses();
   }

@@ -1,25 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+// PolicyMapSm: the machine of one policy-map in one direction. It runs one class machine per class
+// (PolicyClasses), knows to which interfaces the policy is attached, and brings the helper to what
+// is configured (PolicyReconciler).
+//
+// It is complete when hasNotificationActiveIs(true) returns: it has its common data and class
+// machines. It programs something only below a service-policy machine (serviceIs).
+
 #include "Kor/Reactor.h"
 #include "PolicyMap/ClassMapSm.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMap/ClassMapWatches.h"
+#include "PolicyMap/PolicyClasses.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapSmCommonData.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
 #include "PolicyMap/PolicyReconciler.h"
-#include "PolicyMap/Settling.h"
+#include "PolicyMapExport.h"
 
-#include <map>
 #include <memory>
 #include <set>
 #include <vector>
 
 namespace PolicyMap {
 
-// The machine of one policy-map in one direction: it runs one class machine per class, knows which
-// interfaces count, and sees to it that the helper has what is configured.
 class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
  public:
   using Ptr = Kor::Ptr<PolicyMapSm>;
@@ -31,38 +36,39 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // Makes the machine of one class. Any pointer may be null, but not both class-map and raw
-  // matches.
+  // Returns the machine of one class; null: the class does without. Any pointer may be null, but
+  // not both class-map and raw matches.
   virtual Kor::Ptr<ClassMapSm> createClassMapSm(Kor::Ptr<ClassMapConfig const> const& map,
                                                 Kor::Ptr<ClassMapSubConfig const> const& rawMap,
                                                 Kor::Ptr<ClassAction const> const& action) = 0;
   virtual Kor::Ptr<PolicyMapSmCommonData> createCommonData();
-  // The interface was attached, detached, or counts differently now.
+  // The interface was attached or detached, or whether it counts has changed.
   virtual void handleActiveIntf(Vorel::IntfId intf);
-  // Lets all class machines go.
+  // Takes all class machines down, each after its own cleanup(). Classes that are configured
+  // meanwhile get none.
   virtual void cleanup();
+  // The machine is complete: `initialized` became true.
   virtual void handleInitialized();
 
   virtual void policyMapIs(Kor::Ptr<PolicyMapSubConfig const> const& policyMap);
-  KOR_VALUE_COLLECTION(PolicyMapSm, classMapSm, ClassMapSm, Kor::Name,
-                       Kor::Ptr<PolicyMap::ClassMapSm>, virtual, {})
+  KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, classMapSm, ClassMapSm, Kor::Name,
+                               Kor::Ptr<PolicyMap::ClassMapSm>)
   // Attached interfaces, and whether each counts.
-  KOR_VALUE_COLLECTION(PolicyMapSm, activeIntf, ActiveIntf, Vorel::IntfId, bool, virtual,
-                       { handleActiveIntf(key); })
+  KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, activeIntf, ActiveIntf, Vorel::IntfId, bool,
+                               KOR_ON_CHANGE(handleActiveIntf(key)))
 
- public:
   virtual void policyCommonDataDel();
   virtual void policyCommonDataIs(Kor::Ptr<PolicyMapSmCommonData> const& commonData);
-  KOR_VALUE_COLLECTION(PolicyMapSm, prioClass, PrioClass, std::uint32_t, Kor::Name, virtual, {})
-  KOR_VALUE_COLLECTION(PolicyMapSm, classPrio, ClassPrio, Kor::Name, std::uint32_t, virtual, {})
+  KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, prioClass, PrioClass, std::uint32_t, Kor::Name)
+  KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, classPrio, ClassPrio, Kor::Name, std::uint32_t)
   // When each option was last programmed, in seconds of the event loop's clock.
-  KOR_VALUE_COLLECTION(PolicyMapSm, timeProgrammed, TimeProgrammed, ClassMapMatchOption, double,
-                       virtual, {})
+  KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, timeProgrammed, TimeProgrammed, ClassMapMatchOption,
+                               double)
 
- public:
   virtual void actionsActiveIs(bool active);
   virtual void initializedIs(bool initialized);
   virtual void korDoZombieReactors(bool zombie);
+  // Null takes the object away; ...Del() does the same.
   virtual void policyMapConfigDel();
   virtual void policyMapConfigIs(Kor::Ptr<PolicyMapConfig const> const& config);
   virtual void classTypeConfigDel();
@@ -76,7 +82,7 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
     return policyMapConfig_.object();
   }
   [[nodiscard]] Kor::Ptr<ClassMapTypeConfig const> const& classTypeConfig() const {
-    return classTypeConfig_.object();
+    return classMaps_.classTypeConfig();
   }
   [[nodiscard]] Kor::Ptr<PolicyMapStatus> const& status() const { return status_; }
   // The sub-configuration in force, null when there is none.
@@ -91,16 +97,15 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
 
   // The class machines in the order in which their rules are programmed.
   [[nodiscard]] std::vector<Kor::Ptr<ClassMapSm>> classesInOrder() const;
-  // The same for those of `names` that are there.
+  // The same for those of `names` that are configured and have a machine.
   [[nodiscard]] std::vector<Kor::Ptr<ClassMapSm>> classesInOrder(
       std::set<Kor::Name> const& names) const;
 
-  // Takes up whatever changed while notifications were off.
+  // Takes up what changed while notifications were off, here and in the class machines.
   void catchUp();
-  // Gives the machine what it needs to program; null: it belongs to no service machine, and
-  // programs nothing.
+  // The service-policy machine, which gives helper and interfaces; null: there is none, and nothing
+  // is programmed. It must outlive this machine, or be taken away before.
   void serviceIs(PolicyReconciler::Service* service);
-  // Brings the helper to what is configured.
   [[nodiscard]] PolicyReconciler& reconciler() { return *reconciler_; }
 
  protected:
@@ -112,46 +117,32 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
 
  private:
   class SubConfigWatch;
-  class ClassTypeWatch;
-  class ClassOwner;
+  class ClassesPolicy;
   class ReconciledPolicy;
 
   void configChanged(Kor::AttributeId id);
   void initialize();
   [[nodiscard]] bool reacting() const { return hasNotificationActive() && !korMarkedForDeletion(); }
-  // Brings one class machine, or all, to what is configured.
+  // Brings one class, or all, to what is configured.
   void syncClass(Kor::Name const& name);
   void syncClasses();
-  void bringClass(Kor::Name const& name);
-  [[nodiscard]] bool configured(Kor::Name const& name) const;
-  void watchClassMap(Kor::Name const& name);
-  void listenForClassMaps();
-  void makeClassMachine(Kor::Name const& name, Kor::Ptr<ClassMapConfig const> const& map,
-                        Kor::Ptr<ClassMapSubConfig const> const& rawMap,
-                        Kor::Ptr<ClassAction const> const& action);
-  void dropClassMachine(Kor::Name const& name);
-  // Drops the machines of classes that have left the configuration and not come back.
+  void mirrorPrio(Kor::Name const& name);
+  // Takes down the machines of classes that have left the configuration and not come back.
   void dropLeftClasses();
-  void classLeft(Kor::Name const& name);
-  void publishMissing(Kor::Name const& name);
-  void prioIs(Kor::Name const& name);
+  [[nodiscard]] std::vector<Kor::Ptr<PolicyMap::ClassMapSm>> machinesOf(
+      std::vector<Kor::Name> const& names) const;
 
   Kor::Ptr<PolicyMapGlobalData> globalCommonData_;
   PolicyMapSmKey key_;
   Kor::Reactor<PolicyMapConfig const, Kor::LogWatch<PolicyMapSm>> policyMapConfig_;
-  // Quiet where the dependency index tells of class-maps.
-  Kor::Reactor<ClassMapTypeConfig const, ClassTypeWatch> classTypeConfig_;
+  ClassMapWatches classMaps_;
   Kor::Ptr<PolicyMapStatus> status_;
   Kor::Reactor<PolicyMapSubConfig const, SubConfigWatch> policyMap_;
   Kor::Ptr<PolicyMapSmCommonData> policyCommonData_;
   bool actionsActive_ = false;
   bool initialized_ = false;
-  std::set<Kor::Name> leftClasses_;  // out of the configuration, their machines still here
-  // On the class-map of each configured class, whether or not it exists.
-  std::map<Kor::Name, DependencyIndex::Dependent> classWatches_;
-  Settling<Kor::Name> settlingClasses_;
-  bool cleaningUp_ = false;
-  std::unique_ptr<ClassOwner> classOwner_;
+  std::unique_ptr<ClassesPolicy> classesPolicy_;
+  PolicyClasses classes_;
   std::unique_ptr<ReconciledPolicy> reconciledPolicy_;
   std::unique_ptr<PolicyReconciler> reconciler_;
 };

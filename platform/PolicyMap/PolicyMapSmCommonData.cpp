@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/PolicyMapSmCommonData.h"
 
+#include "PolicyMap/PerOption.h"
+
 namespace PolicyMap {
 
 PolicyMapSmCommonData::~PolicyMapSmCommonData() = default;
@@ -20,40 +22,28 @@ std::vector<Vorel::IntfId> PolicyMapSmCommonData::intfs(ClassMapMatchOption opti
       all.push_back(entry.key());
     }
   };
-  switch (option) {
-  case ClassMapMatchOption::ipv4: collect(intf4IteratorConst()); break;
-  case ClassMapMatchOption::ipv6: collect(intf6IteratorConst()); break;
-  case ClassMapMatchOption::mac: collect(intfMacIteratorConst()); break;
-  default: collect(intfMplsIteratorConst()); break;
-  }
+  forOption(
+      option, [&] { collect(intf4IteratorConst()); }, [&] { collect(intf6IteratorConst()); },
+      [&] { collect(intfMacIteratorConst()); }, [&] { collect(intfMplsIteratorConst()); });
   return all;
 }
 
 bool PolicyMapSmCommonData::hasIntf(ClassMapMatchOption option, Vorel::IntfId intf) const {
-  switch (option) {
-  case ClassMapMatchOption::ipv4: return bool(korIntf4(intf));
-  case ClassMapMatchOption::ipv6: return bool(korIntf6(intf));
-  case ClassMapMatchOption::mac: return bool(korIntfMac(intf));
-  default: return bool(korIntfMpls(intf));
-  }
+  return forOption(
+      option, [&] { return bool(korIntf4(intf)); }, [&] { return bool(korIntf6(intf)); },
+      [&] { return bool(korIntfMac(intf)); }, [&] { return bool(korIntfMpls(intf)); });
 }
 
 void PolicyMapSmCommonData::intfAdd(ClassMapMatchOption option, Vorel::IntfId intf) {
-  switch (option) {
-  case ClassMapMatchOption::ipv4: intf4Is(intf, true); break;
-  case ClassMapMatchOption::ipv6: intf6Is(intf, true); break;
-  case ClassMapMatchOption::mac: intfMacIs(intf, true); break;
-  default: intfMplsIs(intf, true); break;
-  }
+  forOption(
+      option, [&] { intf4Is(intf, true); }, [&] { intf6Is(intf, true); },
+      [&] { intfMacIs(intf, true); }, [&] { intfMplsIs(intf, true); });
 }
 
 void PolicyMapSmCommonData::intfRemove(ClassMapMatchOption option, Vorel::IntfId intf) {
-  switch (option) {
-  case ClassMapMatchOption::ipv4: intf4Del(intf); break;
-  case ClassMapMatchOption::ipv6: intf6Del(intf); break;
-  case ClassMapMatchOption::mac: intfMacDel(intf); break;
-  default: intfMplsDel(intf); break;
-  }
+  forOption(
+      option, [&] { intf4Del(intf); }, [&] { intf6Del(intf); }, [&] { intfMacDel(intf); },
+      [&] { intfMplsDel(intf); });
 }
 
 void PolicyMapSmCommonData::intfRemoveAll(ClassMapMatchOption option) {

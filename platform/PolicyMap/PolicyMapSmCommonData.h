@@ -3,8 +3,8 @@
 
 #include "Kor/Collection.h"
 #include "PolicyMap/ClassMapMatchOption.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PolicyMapSmKey.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 #include <vector>
@@ -27,12 +27,11 @@ class POLICYMAP_API PolicyMapSmCommonData : public Kor::PtrInterface {
 
   [[nodiscard]] PolicyMapSmKey const& policyKey() const { return policyKey_; }
 
-  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intf4, Intf4, Vorel::IntfId, bool, , {})
-  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intf6, Intf6, Vorel::IntfId, bool, , {})
-  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intfMac, IntfMac, Vorel::IntfId, bool, , {})
-  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intfMpls, IntfMpls, Vorel::IntfId, bool, , {})
+  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intf4, Intf4, Vorel::IntfId, bool)
+  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intf6, Intf6, Vorel::IntfId, bool)
+  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intfMac, IntfMac, Vorel::IntfId, bool)
+  KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intfMpls, IntfMpls, Vorel::IntfId, bool)
 
- public:
   // The members of an option's set in its own order. Options other than ipv4, ipv6 and mac share
   // that of mpls.
   [[nodiscard]] std::vector<Vorel::IntfId> intfs(ClassMapMatchOption option) const;

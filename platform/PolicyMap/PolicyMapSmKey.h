@@ -3,8 +3,8 @@
 
 #include "Kor/Hash.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/ValueText.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <tuple>
@@ -19,7 +19,7 @@ class POLICYMAP_API PolicyMapSmKey {
   PolicyMapSmKey() = default;
   PolicyMapSmKey(Kor::String8 first, Kor::String8 second)
       : first_(std::move(first)), second_(std::move(second)) {}
-  // Reads one text form and leaves `it` behind it. Raises Kor::RangeException.
+  // Reads one text form and leaves `it` after it. Raises Kor::RangeException.
   PolicyMapSmKey(Kor::TextIterator& it, Kor::TextIterator const& end);
 
   [[nodiscard]] Kor::String8 const& first() const { return first_; }

@@ -12,8 +12,8 @@ namespace PolicyMap {
 PolicyReconciler::PolicyReconciler(Policy& policy)
     : policy_(policy),
       retryTimer_([this] {
-        lookAgainAtFailed();
-        requestTurn();
+        due_.failedDue();
+        schedule();
       }),
       resultTimer_([this] { timedOut(); }) {}
 
@@ -24,28 +24,15 @@ PolicyReconciler::~PolicyReconciler() {
 void PolicyReconciler::serviceIs(Service* service) {
   if (service_ != nullptr) {
     for (auto const& helper : {service_->aclHelper(), helper_, leaving_}) {
-      disown(helper);
+      if (helper) {
+        helper->arbiter().disown(policy_.key(), *this);
+        helper->arbiter().withdraw(*this);
+      }
     }
     leaving_ = nullptr;
     abandonTurn();
-    cancel();
-    retryTimer_.cancel();
   }
   service_ = service;
-}
-
-// What is created there belongs to no client any more.
-void PolicyReconciler::disown(Kor::Ptr<PolicyMapAclHelper> const& helper) {
-  if (!helper) {
-    return;
-  }
-  HelperArbiter& arbiter = helper->arbiter();
-  for (ClassMapMatchOption const option : allMatchOptions) {
-    if (arbiter.creator(policy_.key(), option) == this) {
-      arbiter.createdIs(policy_.key(), option, nullptr);
-    }
-  }
-  arbiter.withdraw(*this);
 }
 
 void PolicyReconciler::abandonTurn() {
@@ -61,96 +48,55 @@ void PolicyReconciler::abandonTurn() {
 
 // marks -----------------------------------------------------------------------------------
 
-void PolicyReconciler::requestTurn() {
-  if (service_ != nullptr) {
-    schedule();
-  }
-}
-
 // What failed is tried again at once, and if it fails again the waits start over.
 void PolicyReconciler::relevantChange() {
-  retryDelay_ = 0;
-  retryTimer_.cancel();
-  lookAgainAtFailed();
-  requestTurn();
-}
-
-void PolicyReconciler::lookAgainAtFailed() {
-  for (OptionState& option : state_) {
-    option.intfsDue = option.intfsDue || option.retry;
-  }
+  retryTimer_.startOver();
+  due_.failedDue();
+  schedule();
 }
 
 void PolicyReconciler::scheduleRetry() {
-  if (service_ == nullptr || retryTimer_.scheduled()) {
-    return;
+  if (service_ != nullptr) {
+    retryTimer_.schedule(service_->retryMin(), service_->retryMax());
   }
-  retryDelay_ =
-      retryDelay_ == 0 ? service_->retryMin() : std::min(2 * retryDelay_, service_->retryMax());
-  retryTimer_.scheduleIn(retryDelay_);
-}
-
-bool PolicyReconciler::marked() const {
-  return actionsDue() || countsRequested_ ||
-         std::any_of(state_.begin(), state_.end(), [](OptionState const& o) { return o.due(); });
-}
-
-void PolicyReconciler::rulesChanged(ClassMapMatchOption option) {
-  state_[option].rulesDue = true;
-  relevantChange();
-}
-
-void PolicyReconciler::rulesChanged() {
-  for (OptionState& option : state_) {
-    option.rulesDue = true;
-  }
-  relevantChange();
-}
-
-void PolicyReconciler::actionsChanged(Kor::Name const& className) {
-  changedActions_.insert(className);
-  relevantChange();
-}
-
-void PolicyReconciler::intfsChanged() {
-  for (OptionState& option : state_) {
-    option.intfsDue = true;
-  }
-  relevantChange();
-}
-
-void PolicyReconciler::everythingChanged() {
-  allActionsDue_ = true;
-  rulesChanged();
-}
-
-void PolicyReconciler::classChanged(Kor::Name const& className) {
-  publisher_.classDue(className);
-  rulesChanged();
 }
 
 void PolicyReconciler::countsRequested() {
   countsRequested_ = true;
-  requestTurn();
-}
-
-void PolicyReconciler::reprogram() {
-  for (OptionState& option : state_) {
-    option.recreate = true;
-  }
-  rulesChanged();
+  schedule();
 }
 
 void PolicyReconciler::wantedIs(bool wanted) {
-  if (std::exchange(wanted_, wanted) != wanted) {
-    rulesChanged();
+  if (due_.wantedIs(wanted)) {
+    relevantChange();
   }
 }
 
-void PolicyReconciler::restart() {
-  restart_ = true;
-  rulesChanged();
-}
+// Over when the turn number has changed.
+class PolicyReconciler::PlanningTurn final : public DuePasses::Turn {
+ public:
+  PlanningTurn(PolicyReconciler& reconciler, PolicyMapAclHelper const& helper)
+      : reconciler_(reconciler), helper_(helper), turn_(reconciler.turn_) {}
+
+  bool over() const override { return turn_ != reconciler_.turn_; }
+  PolicyHost& host() override { return *reconciler_.service_; }
+  PolicyMapAclHelper const& helper() const override { return helper_; }
+  PresentPolicy present(ClassMapMatchOption option) const override {
+    return reconciler_.presentPolicy(option);
+  }
+  void refused(ClassMapMatchOption option) override {
+    reconciler_.publish(option);
+    if (!over()) {
+      reconciler_.publishClasses();
+    }
+  }
+  void renewed(Kor::Name const& className) override { reconciler_.publisher_.classDue(className); }
+
+ private:
+  PolicyReconciler& reconciler_;
+  PolicyMapAclHelper const& helper_;
+  unsigned turn_;
+};
 
 // turns -----------------------------------------------------------------------------------
 
@@ -159,13 +105,13 @@ void PolicyReconciler::run() {
   policy_.dropLeftClasses();
   // A turn that goes on, or a helper that is still to be left, takes the changes up when it ends;
   // a machine that is not active does so when it is activated.
-  if (service_ == nullptr || helper_ || leaving_ || (!service_->active() && !unwanted())) {
+  if (service_ == nullptr || helper_ || leaving_ || (!service_->active() && !due_.unwanted())) {
     return;
   }
   helper_ = service_->aclHelper();
   if (helper_) {
     helper_->arbiter().request(*this);
-  } else if (unwanted()) {
+  } else if (due_.unwanted()) {
     service_->policyGone(policy_.key());
   }
 }
@@ -173,13 +119,13 @@ void PolicyReconciler::run() {
 void PolicyReconciler::granted() {
   Kor::Ptr<Kor::PtrInterface> const pinned = policy_.pinned();
   Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
-  if (!service_->active() && !unwanted()) {
-    turnEnded(false);
+  if (!service_->active() && !due_.unwanted()) {
+    turnEnded();
     return;
   }
-  unsigned const turn = turn_;
-  std::optional<Pass> pass = nextPass();
-  if (turn != turn_) {
+  PlanningTurn planning(*this, *helper);
+  std::optional<Pass> pass = due_.next(planning);
+  if (planning.over()) {
     return;
   }
   if (pass) {
@@ -192,8 +138,8 @@ void PolicyReconciler::granted() {
     return;
   }
   readCounts();
-  if (turn == turn_) {
-    turnEnded(false);
+  if (!planning.over()) {
+    turnEnded();
   }
 }
 
@@ -254,7 +200,7 @@ void PolicyReconciler::passEnded(PassRun const& passRun) {
     publish();
   }
   if (turn == turn_) {
-    turnEnded(true);
+    turnEnded();
   }
 }
 
@@ -281,14 +227,15 @@ void PolicyReconciler::tornDown(PassRun const& passRun) {
   }
 }
 
-void PolicyReconciler::turnEnded(bool planned) {
+void PolicyReconciler::turnEnded() {
+  // The next client runs inside release() and may end the service machine.
   std::exchange(helper_, nullptr)->arbiter().release(*this);
   if (service_ == nullptr) {
     return;
   }
-  if (marked() || (planned && unwanted())) {
-    requestTurn();
-  } else if (unwanted() && !ownsAnything()) {
+  if (due_.any() || countsRequested_) {
+    schedule();
+  } else if (due_.unwanted() && !ownsAnything()) {
     service_->policyGone(policy_.key());
   }
 }
@@ -329,157 +276,16 @@ void PolicyReconciler::leave() {
   }
   leaving_ = nullptr;
   publisher_.allClassesDue();
-  requestTurn();
+  schedule();
   publish();
 }
 
 void PolicyReconciler::readCounts() {
-  if (!std::exchange(countsRequested_, false)) {
-    return;
+  if (std::exchange(countsRequested_, false)) {
+    Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
+    updateHitCounts(policy_.classesInOrder(), *helper, policy_.commonData(), state_,
+                    [this, turn = turn_] { return turn == turn_; });
   }
-  unsigned const turn = turn_;
-  Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
-  for (Kor::Ptr<ClassMapSm> const& machine : policy_.classesInOrder()) {
-    if (!machine->classMapStatus()) {
-      continue;
-    }
-    // Held: an observer may take it away from the machine.
-    Kor::Ptr<ClassMapStatus> const status = machine->classMapStatus();
-    HitCounts const counts =
-        readHitCounts(*helper, policy_.commonData(), machine->classCommonData(), state_,
-                      [&] { return turn == turn_; });
-    if (turn == turn_) {
-      publishHitCounts(*status, counts);
-    }
-    if (turn != turn_) {
-      return;
-    }
-  }
-}
-
-// planning --------------------------------------------------------------------------------
-
-std::optional<Pass> PolicyReconciler::nextPass() {
-  unsigned const turn = turn_;
-  for (ClassMapMatchOption const option : allMatchOptions) {
-    if (turn == turn_ && state_[option].due()) {
-      if (std::optional<Pass> pass = planPass(option)) {
-        return pass;
-      }
-    }
-  }
-  return turn == turn_ && actionsDue() ? planUpdate() : std::nullopt;
-}
-
-std::optional<Pass> PolicyReconciler::planPass(ClassMapMatchOption option) {
-  unsigned const turn = turn_;
-  OptionState& state = state_[option];
-  bool const rulesDue = std::exchange(state.rulesDue, false);
-  state.intfsDue = false;
-  if (!rulesDue && state.noClasses && !unwanted() && !presentPolicy(option).owned) {
-    return std::nullopt;
-  }
-  HelperTraits const traits(*helper_);
-  WantedPolicy const wanted = wantedPolicy(option, rulesDue, traits);
-  if (turn != turn_) {
-    return std::nullopt;
-  }
-  OptionPlan plan =
-      planOption(option, wanted, presentPolicy(option), state, traits, service_->aclDiff().get());
-  if (plan.sameRules && wanted.classes) {
-    for (Kor::Name const& renewed : state.classes.adopt(*wanted.classes)) {
-      changedActions_.insert(renewed);
-      publisher_.classDue(renewed);
-    }
-  }
-  if (plan.refusal) {
-    state.refusedIs(*plan.refusal);
-    if (!plan.pass) {
-      publish(option);
-      if (turn == turn_) {
-        publishClasses();
-      }
-    }
-  }
-  return turn == turn_ ? std::move(plan.pass) : std::nullopt;
-}
-
-// A change of interfaces alone does not ask the classes, unless they are to be programmed again.
-WantedPolicy PolicyReconciler::wantedPolicy(ClassMapMatchOption option, bool rulesDue,
-                                            HelperTraits const& traits) {
-  WantedPolicy wanted;
-  if (unwanted()) {
-    return wanted;
-  }
-  OptionState& state = state_[option];
-  bool const isKnown = known(presentPolicy(option), state);
-  unsigned const turn = turn_;
-  if (service_->allowsOption(option)) {
-    wanted.intfs = service_->effectiveIntfs(policy_.key(), option);
-  }
-  if (turn != turn_ || (!rulesDue && wanted.intfs.empty() && (isKnown || !state.failure))) {
-    return wanted;
-  }
-  if (rulesDue || !isKnown || state.recreate || state.expansion != traits.expansion ||
-      state.capabilities != traits.capabilities || (actionsDue() && !traits.updateActions)) {
-    // Of an option that is not allowed too: what is wrong with its rules refuses the others.
-    wanted.classes = wantedClasses(option, wanted.refusal);
-    state.noClasses = wanted.classes->empty() || !!wanted.refusal;
-  } else {
-    wanted.classes.reset();
-  }
-  if (turn == turn_ && !service_->allowsOption(option)) {
-    return {};
-  }
-  return wanted;
-}
-
-ProgrammedClasses PolicyReconciler::wantedClasses(ClassMapMatchOption option,
-                                                  PolicyFailure& refusal) {
-  ProgrammedClasses classes;
-  for (Kor::Ptr<ClassMapSm> const& machine : policy_.classesInOrder()) {
-    Kor::String const error = machine->ruleError();
-    if (!refusal && !error.empty()) {
-      refusal = PolicyFailure(error, {}, machine->className(), {});
-    }
-    Kor::Ptr<ClassRules const> const rules = machine->rules(option);
-    if (!rules->empty() && machine->classCommonData()) {
-      classes.add({machine->className(), machine->classCommonData(), rules});
-    }
-  }
-  return classes;
-}
-
-std::optional<Pass> PolicyReconciler::planUpdate() {
-  bool const all = std::exchange(allActionsDue_, false);
-  std::set<Kor::Name> const names = std::exchange(changedActions_, {});
-  if (unwanted()) {
-    return std::nullopt;
-  }
-  std::vector<Kor::Ptr<ClassMapSmCommonData>> changed;
-  for (auto const& machine : all ? policy_.classesInOrder() : policy_.classesInOrder(names)) {
-    if (machine->classCommonData()) {
-      changed.push_back(machine->classCommonData());
-    }
-  }
-  PerOption<bool> present;
-  for (ClassMapMatchOption const option : allMatchOptions) {
-    present[option] = known(presentPolicy(option), state_[option]);
-  }
-  Pass pass = planActionUpdate(changed, present, state_);
-  if (pass.steps.empty()) {
-    return std::nullopt;
-  }
-  if (helper_->updateActionSupported()) {
-    return pass;
-  }
-  for (Step const& step : pass.steps) {
-    if (step.operation == HelperOperation::commitPolicy) {
-      state_[step.option].recreate = true;
-      state_[step.option].rulesDue = true;
-    }
-  }
-  return nextPass();
 }
 
 PresentPolicy PolicyReconciler::presentPolicy(ClassMapMatchOption option) const {

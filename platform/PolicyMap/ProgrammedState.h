@@ -7,10 +7,10 @@
 #include "PolicyMap/Capabilities.h"
 #include "PolicyMap/ClassMapSmCommonData.h"
 #include "PolicyMap/ClassRules.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/PerOption.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
 #include "PolicyMap/SubRules.h"
+#include "PolicyMapExport.h"
 
 #include <cstdint>
 #include <unordered_map>

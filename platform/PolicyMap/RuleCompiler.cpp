@@ -14,7 +14,7 @@
 namespace PolicyMap {
 namespace {
 
-// Names in the order in which they came, each once.
+// Names in the order in which they were added, each once.
 class Noted {
  public:
   void add(Kor::Name const& name) {
@@ -29,7 +29,7 @@ class Noted {
   std::vector<Kor::Name> names_;
 };
 
-// What one class-map, or one operand of a match-all, stands for.
+// The rules of one class-map, or of one operand of a match-all.
 struct Gathered {
   RuleGatherer<Acl::IpRuleConfig> ipv4;
   RuleGatherer<Acl::Ip6RuleConfig> ipv6;
@@ -49,7 +49,7 @@ class Compiler {
     path_.push_back(classMap.name());
     onPath_.insert(classMap.name());
     enter(classMap, all);
-    // Class-maps nest to any depth, so what is being walked stands here and not on the stack.
+    // Class-maps nest to any depth, so the walk is kept in walks_ and not on the stack.
     while (!walks_.empty()) {
       Walk& walk = walks_.back();
       if (walk.next < walk.matches.size()) {
@@ -59,9 +59,11 @@ class Compiler {
         leave();
       }
     }
-    result_.rules = {
-        Kor::make<ClassRules>(all.ipv4.finish()), Kor::make<ClassRules>(all.ipv6.finish()),
-        Kor::make<ClassRules>(all.mac.finish()), Kor::make<ClassRules>(all.mpls.finish())};
+    using Option = ClassMapMatchOption;
+    result_.rules[Option::ipv4] = Kor::make<ClassRules>(all.ipv4.finish());
+    result_.rules[Option::ipv6] = Kor::make<ClassRules>(all.ipv6.finish());
+    result_.rules[Option::mac] = Kor::make<ClassRules>(all.mac.finish());
+    result_.rules[Option::mpls] = Kor::make<ClassRules>(all.mpls.finish());
     result_.ipAcls = ipAcls_.finish();
     result_.ip6Acls = ip6Acls_.finish();
     result_.macAcls = macAcls_.finish();
@@ -166,7 +168,7 @@ class Compiler {
 
   void addList(ClassMapMatchOption option, Kor::Name const& name, Gathered& into) {
     if (name.empty()) {
-      return;  // the empty match; in rule keys the empty name stands for the class-map itself
+      return;  // the empty match; in rule keys the empty name means the class-map itself
     }
     switch (option) {
     case ClassMapMatchOption::ipv4: addList(into.ipv4, name, ipAcls_); break;

@@ -9,8 +9,8 @@
 #include "Acl/Ip6RuleConfig.h"
 #include "Acl/IpRuleConfig.h"
 #include "Acl/MacRuleConfig.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/FieldMeeting.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <string_view>

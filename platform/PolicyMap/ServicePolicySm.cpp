@@ -1,148 +1,39 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/ServicePolicySm.h"
 
-#include "Kor/Exception.h"
 #include "PolicyMap/HelperArbiter.h"
 
-#include <algorithm>
-#include <sstream>
+#include <set>
+#include <utility>
 
 namespace PolicyMap {
-namespace {
 
-// Refuses a number of seconds for an attribute.
-void requireWait(char const* attribute, double seconds, bool good, char const* requirement,
-                 std::optional<double> bound = std::nullopt) {
-  if (!good) {
-    std::ostringstream text;
-    text << "ServicePolicySm::" << attribute << " " << seconds << " not allowed, " << requirement;
-    if (bound) {
-      text << " " << *bound;
-    }
-    throw Kor::RangeException(text.str());
-  }
-}
-
-}  // namespace
-
-// What the machine hears from the objects it watches.
-
-class ServicePolicySm::PolicyWatch : public PolicyMapTypeConfig::NotifieeConst {
+// What the machine does when it hears something.
+class ServicePolicySm::Reactions final : public ServicePolicyWatches::Owner {
  public:
-  explicit PolicyWatch(ServicePolicySm* machine) : machine_(machine) {}
-  void onPolicyMapConfig(Kor::Name const& name) override { machine_->handlePolicyMapConfig(name); }
-  void onServicePolicy(ServicePolicyKey const& key) override {
-    machine_->servicePolicyChanged(key);
+  explicit Reactions(ServicePolicySm& machine) : machine_(machine) {}
+
+  void policyMapConfigChanged(Kor::Name const& policyMapName) override {
+    machine_.handlePolicyMapConfig(policyMapName);
   }
-
- private:
-  ServicePolicySm* machine_;
-};
-
-class ServicePolicySm::ClassMapWatch : public ClassMapTypeConfig::NotifieeConst {
- public:
-  explicit ClassMapWatch(ServicePolicySm* machine) : machine_(machine) {}
-  void onClassMapConfig(Kor::Name const& name) override {
-    machine_->dependencyChanged(DependencyKind::classMap, name);
+  void servicePolicyChanged(ServicePolicyKey const& place) override {
+    machine_.syncAttachment(place);
   }
-
- private:
-  ServicePolicySm* machine_;
-};
-
-class ServicePolicySm::AclWatch : public Acl::Config::NotifieeConst {
- public:
-  explicit AclWatch(ServicePolicySm* machine) : machine_(machine) {}
-  void onIpAcl(Kor::Name name) override {
-    machine_->dependencyChanged(DependencyKind::ipAcl, name);
+  void dependencyChanged(DependencyKind kind, Kor::Name const& name) override {
+    machine_.dependencyChanged(kind, name);
   }
-  void onIp6Acl(Kor::Name name) override {
-    machine_->dependencyChanged(DependencyKind::ip6Acl, name);
-  }
-  void onMacAcl(Kor::Name name) override {
-    machine_->dependencyChanged(DependencyKind::macAcl, name);
-  }
-
- private:
-  ServicePolicySm* machine_;
-};
-
-class ServicePolicySm::LagWatch : public Lag::Input::Config::NotifieeConst {
- public:
-  explicit LagWatch(ServicePolicySm* machine) : machine_(machine) {}
-  void onMember(Vorel::IntfId member) override { machine_->memberChanged(member); }
-
- private:
-  ServicePolicySm* machine_;
-};
-
-class ServicePolicySm::RequestWatch : public PolicyMapStatusRequestDir::NotifieeConst {
- public:
-  explicit RequestWatch(ServicePolicySm* machine) : machine_(machine) {}
-  void onCountRequest(PolicyMapSmKey const& key) override {
-    if (Kor::Ptr<PolicyMap::PolicyMapSm> const policy = machine_->policyMapSm(key)) {
-      policy->reconciler().countsRequested();
+  void countRequested(PolicyMapSmKey const& policy) override {
+    if (Kor::Ptr<PolicyMap::PolicyMapSm> const machine = machine_.policyMapSm(policy)) {
+      machine->reconciler().countsRequested();
     }
   }
+  void memberChanged(Vorel::IntfId member) override { machine_.syncMember(member); }
+  void intfChanged(Vorel::IntfId intf) override { machine_.handleIntf(intf, false); }
+  void routingChanged() override { machine_.allIntfsChanged(); }
+  void capabilitiesChanged() override { machine_.rulesChanged(); }
 
  private:
-  ServicePolicySm* machine_;
-};
-
-class ServicePolicySm::IpWatch : public Ip::Status::NotifieeConst {
- public:
-  explicit IpWatch(ServicePolicySm* machine) : machine_(machine) {}
-  void onIntfAddress(Vorel::IntfId intf) override { machine_->handleIntf(intf, false); }
-
- private:
-  ServicePolicySm* machine_;
-};
-
-class ServicePolicySm::Ip6Watch : public Ip6::Status::NotifieeConst {
- public:
-  explicit Ip6Watch(ServicePolicySm* machine) : machine_(machine) {}
-  void onIntfAddress(Vorel::IntfId intf) override { machine_->handleIntf(intf, false); }
-
- private:
-  ServicePolicySm* machine_;
-};
-
-class ServicePolicySm::RoutingWatch : public Routing::RoutingInfo::NotifieeConst {
- public:
-  explicit RoutingWatch(ServicePolicySm* machine) : machine_(machine) {}
-  void onRouting() override { machine_->allIntfsChanged(); }
-  void onRoutedIntf(Vorel::IntfId intf) override { machine_->handleIntf(intf, false); }
-
- private:
-  ServicePolicySm* machine_;
-};
-
-class ServicePolicySm::Routing6Watch : public Routing6::RoutingInfo::NotifieeConst {
- public:
-  explicit Routing6Watch(ServicePolicySm* machine) : machine_(machine) {}
-  void onRouting() override { machine_->allIntfsChanged(); }
-  void onRoutedIntf(Vorel::IntfId intf) override { machine_->handleIntf(intf, false); }
-
- private:
-  ServicePolicySm* machine_;
-};
-
-class ServicePolicySm::HelperWatch : public PolicyMapAclHelper::NotifieeConst {
- public:
-  explicit HelperWatch(ServicePolicySm* machine) : machine_(machine) {}
-  void onUpdateActionSupported() override { machine_->capabilitiesChanged(); }
-  void onReprogramPolicyOnIntfChange() override { machine_->capabilitiesChanged(); }
-  void onExpandPortChannels() override { machine_->capabilitiesChanged(); }
-  void onDenyRulesAllowed() override { machine_->capabilitiesChanged(); }
-  void onTtlSupported() override { machine_->capabilitiesChanged(); }
-  void onOnlyTtlEqSupported() override { machine_->capabilitiesChanged(); }
-  void onAckOrRstSupported() override { machine_->capabilitiesChanged(); }
-  void onEstablishedSupported() override { machine_->capabilitiesChanged(); }
-  void onSubRulesForL4Ports() override { machine_->capabilitiesChanged(); }
-  void onAsyncOperations() override { machine_->capabilitiesChanged(); }
-
- private:
-  ServicePolicySm* machine_;
+  ServicePolicySm& machine_;
 };
 
 // What the reconcilers of the policies ask of this machine.
@@ -182,32 +73,22 @@ ServicePolicySm::ServicePolicySm(Kor::Ptr<PolicyMapTypeConfig const> const& poli
                                  Kor::Ptr<PolicyMapAclHelper> const& aclHelper,
                                  Kor::Ptr<Acl::AclDiff> const& aclDiff, bool allowL2Intf,
                                  bool allowL3Intf, bool allowMgmtIntf)
-    : policyConfig_(Kor::make<PolicyWatch>(this)),
-      classTypeConfig_(Kor::make<ClassMapWatch>(this)),
-      statusRequestDir_(Kor::make<RequestWatch>(this)),
+    : reactions_(std::make_unique<Reactions>(*this)),
+      watches_(*reactions_),
       status_(status),
-      aclConfig_(Kor::make<AclWatch>(this)),
-      lagConfig_(Kor::make<LagWatch>(this)),
-      ipStatus_(Kor::make<IpWatch>(this)),
-      ip6Status_(Kor::make<Ip6Watch>(this)),
-      routingInfo_(Kor::make<RoutingWatch>(this)),
-      routing6Info_(Kor::make<Routing6Watch>(this)),
-      aclHelper_(Kor::make<HelperWatch>(this)),
       aclDiff_(aclDiff),
-      allowL2Intf_(allowL2Intf),
-      allowL3Intf_(allowL3Intf),
-      allowMgmtIntf_(allowMgmtIntf),
+      allowedKinds_{allowL2Intf, allowL3Intf, allowMgmtIntf},
       reconcilerService_(std::make_unique<ReconcilerService>(*this)) {
-  policyConfig_.objectIs(policyConfig);
-  statusRequestDir_.objectIs(statusRequestDir);
-  classTypeConfig_.objectIs(classTypeConfig);
-  aclConfig_.objectIs(aclConfig);
-  lagConfig_.objectIs(lagConfig);
-  ipStatus_.objectIs(ipStatus);
-  ip6Status_.objectIs(ip6Status);
-  routingInfo_.objectIs(routingInfo);
-  routing6Info_.objectIs(routing6Info);
-  aclHelper_.objectIs(aclHelper);
+  watches_.policyConfig.objectIs(policyConfig);
+  watches_.statusRequestDir.objectIs(statusRequestDir);
+  watches_.classTypeConfig.objectIs(classTypeConfig);
+  watches_.aclConfig.objectIs(aclConfig);
+  watches_.lagConfig.objectIs(lagConfig);
+  watches_.ipStatus.objectIs(ipStatus);
+  watches_.ip6Status.objectIs(ip6Status);
+  watches_.routingInfo.objectIs(routingInfo);
+  watches_.routing6Info.objectIs(routing6Info);
+  watches_.aclHelper.objectIs(aclHelper);
 }
 
 ServicePolicySm::~ServicePolicySm() {
@@ -226,35 +107,19 @@ Kor::KorType* ServicePolicySm::_fwkType() {
 
 // life ----------------------------------------------------------------------------------
 
-template <class Call>
-void ServicePolicySm::forEachReactor(Call&& call) {
-  call(policyConfig_);
-  call(classTypeConfig_);
-  call(statusRequestDir_);
-  call(aclConfig_);
-  call(lagConfig_);
-  call(ipStatus_);
-  call(ip6Status_);
-  call(routingInfo_);
-  call(routing6Info_);
-  call(aclHelper_);
-}
-
 void ServicePolicySm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
-  forEachReactor([active](auto& reactor) { reactor.hasNotificationActiveIs(active); });
+  watches_.hasNotificationActiveIs(active);
   if (reacting()) {
     initialize();
   }
 }
 
 void ServicePolicySm::korDoZombieReactors(bool zombie) {
-  forEachReactor([zombie](auto& reactor) { reactor.korDoZombieReactors(zombie); });
+  watches_.korDoZombieReactors(zombie);
   if (!zombie) {
     // What the policies noted meanwhile is programmed when the loop turns.
-    for (auto const& entry : policyMapSmIteratorConst()) {
-      entry.value()->reconciler().rulesChanged();
-    }
+    rulesChanged();
   }
 }
 
@@ -265,8 +130,8 @@ void ServicePolicySm::initialize() {
     renewCommonData();
   }
   initializeHelper();
-  attachmentsAre();
-  membersAre();
+  syncAttachments();
+  syncMembers();
   if (initialized_) {
     for (auto const& entry : policyMapSmIteratorConst()) {
       entry.value()->catchUp();
@@ -275,11 +140,25 @@ void ServicePolicySm::initialize() {
   initializedIs(true);
 }
 
+void ServicePolicySm::initializedIs(bool initialized) {
+  if (initialized == initialized_) {
+    return;
+  }
+  initialized_ = initialized;
+  if (initialized) {
+    handleInitialized();
+  }
+}
+
+void ServicePolicySm::initializeHelper() {
+  if (Kor::Ptr<PolicyMapAclHelper> const helper = aclHelper()) {
+    helper->arbiter().initialize([&] { helper->hwInit(); });
+  }
+}
+
 Kor::Ptr<PolicyMapGlobalData> ServicePolicySm::createCommonData() {
   return Kor::make<PolicyMapGlobalData>(aclConfig(), classTypeConfig(), aclDiff_);
 }
-
-void ServicePolicySm::handleInitialized() {}
 
 void ServicePolicySm::cleanup() {
   cleanedUp_ = true;
@@ -288,69 +167,74 @@ void ServicePolicySm::cleanup() {
   }
 }
 
+void ServicePolicySm::rebuild() {
+  if (!reacting()) {
+    rebuildDue_ = true;
+    return;
+  }
+  renewCommonData();
+  syncAttachments();
+}
+
+// The policy machines were built with the former data: they are built again.
+void ServicePolicySm::renewCommonData() {
+  commonDataIs(createCommonData());
+  for (auto const& entry : policyMapSmIteratorConst()) {
+    entry.value()->reconciler().restart();
+  }
+}
+
+void ServicePolicySm::dependencyChanged(DependencyKind kind, Kor::Name const& name) {
+  // A reaction may drop the last reference to the machine.
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
+  if (Kor::Ptr<PolicyMapGlobalData> const data = commonData_) {
+    data->dependencies().changed(kind, name);
+  }
+}
+
+void ServicePolicySm::rulesChanged() {
+  for (auto const& entry : policyMapSmIteratorConst()) {
+    entry.value()->reconciler().rulesChanged();
+  }
+}
+
 // policies ------------------------------------------------------------------------------
 
-// Whoever hears of a status may end this machine, in the midst of any of what follows: all that
-// goes on after a policy was made, dropped or asked for its interfaces holds on to the machine.
+// An observer of a status may end this machine during any of what follows. So every function that
+// goes on after a policy was made, dropped or asked for its interfaces holds a reference to the
+// machine.
 
-void ServicePolicySm::servicePolicyChanged(ServicePolicyKey const& key) {
+void ServicePolicySm::syncAttachments() {
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  attachmentIs(key, policyConfig() ? policyConfig()->servicePolicy(key) : Kor::Name());
-}
-
-void ServicePolicySm::attachmentIs(ServicePolicyKey const& key, Kor::Name const& policyMapName) {
-  auto const known = attachedAt_.find(key);
-  if (known != attachedAt_.end()) {
-    if (known->second == policyMapName) {
-      return;
-    }
-    PolicyMapSmKey const left(known->second, key.direction());
-    attachedAt_.erase(known);
-    attachments_[left].erase(key.intf());
-    if (attachments_[left].empty()) {
-      attachments_.erase(left);
-    }
-    policiesAt_[key.intf()].erase(left);
-    if (policiesAt_[key.intf()].empty()) {
-      policiesAt_.erase(key.intf());
-    }
-    intfIs(left, key.intf());
-    handlePolicyMap(Kor::Name(left.first()));
-  }
-  if (!policyMapName.empty()) {
-    PolicyMapSmKey const joined(policyMapName, key.direction());
-    attachedAt_.emplace(key, policyMapName);
-    attachments_[joined].insert(key.intf());
-    policiesAt_[key.intf()].insert(joined);
-    handlePolicyMap(policyMapName);
-    intfIs(joined, key.intf());
-  }
-}
-
-void ServicePolicySm::attachmentsAre() {
-  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  std::vector<ServicePolicyKey> keys;
-  for (auto const& [key, name] : attachedAt_) {
-    keys.push_back(key);
-  }
+  std::set<ServicePolicyKey> places = attachments_.places();
   if (policyConfig()) {
     for (auto const& entry : policyConfig()->servicePolicyIteratorConst()) {
-      keys.push_back(entry.key());
+      places.insert(entry.key());
     }
   }
-  std::sort(keys.begin(), keys.end());
-  keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
-  for (ServicePolicyKey const& key : keys) {
-    servicePolicyChanged(key);
+  for (ServicePolicyKey const& place : places) {
+    syncAttachment(place);
   }
-  std::vector<PolicyMapSmKey> policies;
-  for (auto const& [key, intfs] : attachments_) {
-    policies.push_back(key);
-  }
-  for (PolicyMapSmKey const& key : policies) {
+  for (PolicyMapSmKey const& key : attachments_.policies()) {
     syncPolicy(key);
   }
   allIntfsChanged();
+}
+
+// Takes the whole change into `attachments_` before it calls anything, since what it calls may
+// change the attachments again.
+void ServicePolicySm::syncAttachment(ServicePolicyKey const& place) {
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
+  Attachments::Change const change =
+      attachments_.set(place, policyConfig() ? policyConfig()->servicePolicy(place) : Kor::Name());
+  if (change.left) {
+    syncIntf(*change.left, place.intf());
+    handlePolicyMap(Kor::Name(change.left->first()));
+  }
+  if (change.joined) {
+    handlePolicyMap(Kor::Name(change.joined->first()));
+    syncIntf(*change.joined, place.intf());
+  }
 }
 
 void ServicePolicySm::handlePolicyMapConfig(Kor::Name policyMapName) {
@@ -372,7 +256,7 @@ void ServicePolicySm::syncPolicy(PolicyMapSmKey const& key) {
 }
 
 void ServicePolicySm::bringPolicy(PolicyMapSmKey const& key) {
-  bool const attached = !cleanedUp_ && attachments_.find(key) != attachments_.end();
+  bool const attached = !cleanedUp_ && attachments_.contains(key);
   Kor::Ptr<PolicyMapConfig const> const config =
       policyConfig() ? policyConfig()->policyMapConfig(Kor::Name(key.first())) : nullptr;
   Kor::Ptr<PolicyMap::PolicyMapSm> const machine = policyMapSm(key);
@@ -389,7 +273,6 @@ void ServicePolicySm::bringPolicy(PolicyMapSmKey const& key) {
 void ServicePolicySm::makePolicyMachine(PolicyMapSmKey const& key,
                                         Kor::Ptr<PolicyMapConfig const> const& config) {
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  // Those who hear of the new status may take the policy away again.
   Kor::Ptr<PolicyMapStatus> const status = status_ ? status_->policyMapStatusIs(key) : nullptr;
   Kor::Ptr<PolicyMap::PolicyMapSm> const machine = createPolicyMapSm(key, config, status);
   if (!machine) {
@@ -397,11 +280,10 @@ void ServicePolicySm::makePolicyMachine(PolicyMapSmKey const& key,
   }
   policyMapSmIs(key, machine);
   machine->serviceIs(reconcilerService_.get());
-  if (auto const attached = attachments_.find(key); attached != attachments_.end()) {
-    for (Vorel::IntfId const intf : std::set<Vorel::IntfId>(attached->second)) {
-      intfIs(key, intf);
-    }
+  for (Vorel::IntfId const intf : attachments_.intfsOf(key)) {
+    syncIntf(key, intf);
   }
+  // The calls above may have changed what is wanted.
   syncPolicy(key);
 }
 
@@ -418,75 +300,25 @@ void ServicePolicySm::policyGone(PolicyMapSmKey const& key) {
   if (status_) {
     status_->policyMapStatusDel(key);
   }
-  // Wanted again meanwhile, or to be built anew on other configuration.
+  // It may be wanted again, or have to be built again on other configuration.
   if (reacting()) {
     syncPolicy(key);
   }
 }
 
-void ServicePolicySm::dependencyChanged(DependencyKind kind, Kor::Name const& name) {
-  // A reaction may drop the last reference to the machine.
-  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  if (Kor::Ptr<PolicyMapGlobalData> const data = commonData_) {
-    data->dependencies().changed(kind, name);
-  }
-}
-
-void ServicePolicySm::rebuild() {
-  if (!reacting()) {
-    rebuildDue_ = true;
-    return;
-  }
-  renewCommonData();
-  attachmentsAre();
-}
-
-// The machines below were built with the old data: they are built anew.
-void ServicePolicySm::renewCommonData() {
-  commonDataIs(createCommonData());
-  for (auto const& entry : policyMapSmIteratorConst()) {
-    entry.value()->reconciler().restart();
-  }
-}
-
 // interfaces ----------------------------------------------------------------------------
 
-bool ServicePolicySm::hasIp(Vorel::IntfId intf) const {
-  return ipStatus() && !!ipStatus()->intfAddress(intf);
-}
-bool ServicePolicySm::hasIp6(Vorel::IntfId intf) const {
-  return ip6Status() && !!ip6Status()->intfAddress(intf);
-}
-bool ServicePolicySm::isLayer3(Vorel::IntfId intf) const {
-  return hasIp(intf) || hasIp6(intf) || (routingInfo() && routingInfo()->routedIntf(intf)) ||
-         (routing6Info() && routing6Info()->routedIntf(intf));
-}
-bool ServicePolicySm::isLayer2(Vorel::IntfId intf) const {
-  return (intf.isPhysical() || intf.isPortChannel()) && !isLayer3(intf);
-}
-
-bool ServicePolicySm::intfExists(Vorel::IntfId /*intf*/) const {
-  return true;
+IntfEligibility ServicePolicySm::eligibility() const {
+  return IntfEligibility(
+      {ipStatus().get(), ip6Status().get(), routingInfo().get(), routing6Info().get()});
 }
 
 bool ServicePolicySm::allowedIntf(Vorel::IntfId intf) {
-  if (intf.isManagement()) {
-    return allowMgmtIntf_;
-  }
-  if (isLayer3(intf)) {
-    return allowL3Intf_;
-  }
-  return isLayer2(intf) && allowL2Intf_;
+  return eligibility().isAllowed(intf, allowedKinds_);
 }
 
 bool ServicePolicySm::allowedIntfForType(Vorel::IntfId intf, ClassMapMatchOption matchOption) {
-  bool const layer2 = isLayer2(intf);
-  switch (matchOption) {
-  case ClassMapMatchOption::ipv4: return layer2 || hasIp(intf);
-  case ClassMapMatchOption::ipv6: return layer2 || hasIp6(intf);
-  case ClassMapMatchOption::mac: return layer2 || (isLayer3(intf) && intf.isPhysical());
-  default: return routingInfo() && routingInfo()->routing();
-  }
+  return eligibility().allowsOption(intf, matchOption);
 }
 
 std::vector<Vorel::IntfId> ServicePolicySm::memberIntfs(Vorel::IntfId intf) const {
@@ -504,35 +336,6 @@ std::vector<Vorel::IntfId> ServicePolicySm::memberIntfs(Vorel::IntfId intf) cons
   return members;
 }
 
-// The channels that a member leaves and joins are applied elsewhere from now on.
-void ServicePolicySm::memberChanged(Vorel::IntfId member) {
-  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  Vorel::IntfId const channel = lagConfig() ? lagConfig()->memberOf(member) : Vorel::IntfId();
-  Vorel::IntfId const left = std::exchange(channelOf_[member], channel);
-  if (!channel) {
-    channelOf_.erase(member);
-  }
-  for (Vorel::IntfId const intf : {left, channel, member}) {
-    handleIntf(intf, false);
-  }
-}
-
-void ServicePolicySm::membersAre() {
-  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  std::set<Vorel::IntfId> members;
-  for (auto const& [member, channel] : channelOf_) {
-    members.insert(member);
-  }
-  if (lagConfig()) {
-    for (auto const& entry : lagConfig()->memberOfIteratorConst()) {
-      members.insert(entry.key());
-    }
-  }
-  for (Vorel::IntfId const member : members) {
-    memberChanged(member);
-  }
-}
-
 std::vector<Vorel::IntfId> ServicePolicySm::effectiveIntfs(PolicyMapSmKey const& key,
                                                            ClassMapMatchOption matchOption) {
   std::set<Vorel::IntfId> intfs;
@@ -547,27 +350,40 @@ std::vector<Vorel::IntfId> ServicePolicySm::effectiveIntfs(PolicyMapSmKey const&
   return {intfs.begin(), intfs.end()};
 }
 
+void ServicePolicySm::syncMember(Vorel::IntfId member) {
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
+  Vorel::IntfId const channel = lagConfig() ? lagConfig()->memberOf(member) : Vorel::IntfId();
+  for (Vorel::IntfId const intf : portChannels_.set(member, channel)) {
+    handleIntf(intf, false);
+  }
+}
+
+void ServicePolicySm::syncMembers() {
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
+  std::set<Vorel::IntfId> members = portChannels_.members();
+  if (lagConfig()) {
+    for (auto const& entry : lagConfig()->memberOfIteratorConst()) {
+      members.insert(entry.key());
+    }
+  }
+  for (Vorel::IntfId const member : members) {
+    syncMember(member);
+  }
+}
+
 void ServicePolicySm::handleIntf(Vorel::IntfId intf, bool force) {
   if (!reacting()) {
     return;
   }
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  // A member stands for its channel where channels are expanded. What that channel may be a member
-  // of does not matter: members of members are no members.
-  if (auto const member = channelOf_.find(intf);
-      member != channelOf_.end() && member->second != intf) {
-    intfChanged(member->second, force);
+  for (Vorel::IntfId const concerned : portChannels_.concernedBy(intf)) {
+    intfChanged(concerned, force);
   }
-  intfChanged(intf, force);
 }
 
 void ServicePolicySm::intfChanged(Vorel::IntfId intf, bool force) {
-  auto const found = policiesAt_.find(intf);
-  if (found == policiesAt_.end()) {
-    return;
-  }
-  for (PolicyMapSmKey const& key : std::set<PolicyMapSmKey>(found->second)) {
-    intfIs(key, intf);
+  for (PolicyMapSmKey const& key : attachments_.policiesAt(intf)) {
+    syncIntf(key, intf);
     if (Kor::Ptr<PolicyMap::PolicyMapSm> const machine = policyMapSm(key)) {
       if (force) {
         machine->reconciler().reprogram();
@@ -578,13 +394,12 @@ void ServicePolicySm::intfChanged(Vorel::IntfId intf, bool force) {
   }
 }
 
-void ServicePolicySm::intfIs(PolicyMapSmKey const& key, Vorel::IntfId intf) {
+void ServicePolicySm::syncIntf(PolicyMapSmKey const& key, Vorel::IntfId intf) {
   Kor::Ptr<PolicyMap::PolicyMapSm> const machine = policyMapSm(key);
   if (!machine) {
     return;
   }
-  auto const found = attachments_.find(key);
-  if (found != attachments_.end() && found->second.count(intf) != 0) {
+  if (attachments_.contains(key, intf)) {
     machine->activeIntfIs(intf, intfExists(intf) && allowedIntf(intf));
   } else {
     machine->activeIntfDel(intf);
@@ -593,176 +408,69 @@ void ServicePolicySm::intfIs(PolicyMapSmKey const& key, Vorel::IntfId intf) {
 
 void ServicePolicySm::allIntfsChanged() {
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  std::vector<Vorel::IntfId> intfs;
-  for (auto const& [intf, policies] : policiesAt_) {
-    intfs.push_back(intf);
-  }
-  for (Vorel::IntfId const intf : intfs) {
+  for (Vorel::IntfId const intf : attachments_.intfs()) {
     handleIntf(intf, false);
   }
 }
 
 // attributes ----------------------------------------------------------------------------
 
-bool ServicePolicySm::allowsOption(ClassMapMatchOption option) const {
-  switch (option) {
-  case ClassMapMatchOption::ipv4: return allowIpAcl_;
-  case ClassMapMatchOption::ipv6: return allowIp6Acl_;
-  case ClassMapMatchOption::mac: return allowMacAcl_;
-  default: return true;
-  }
-}
-
-void ServicePolicySm::optionsChanged() {
-  for (auto const& entry : policyMapSmIteratorConst()) {
-    entry.value()->reconciler().rulesChanged();
-  }
-}
-
-void ServicePolicySm::allowIpAclIs(bool allow) {
-  allowIpAcl_ = allow;
-  optionsChanged();
-}
-void ServicePolicySm::allowIp6AclIs(bool allow) {
-  allowIp6Acl_ = allow;
-  optionsChanged();
-}
-void ServicePolicySm::allowMacAclIs(bool allow) {
-  allowMacAcl_ = allow;
-  optionsChanged();
-}
-
-void ServicePolicySm::commonDataIs(Kor::Ptr<PolicyMapGlobalData> const& commonData) {
-  commonData_ = commonData;
-}
-void ServicePolicySm::commonDataDel() {
-  commonDataIs(nullptr);
-}
-
-void ServicePolicySm::retryMinIs(double seconds) {
-  requireWait("retryMin", seconds, seconds > 0 && seconds <= retryMax_,
-              "must be above 0 and not above retryMax", retryMax_);
-  retryMin_ = seconds;
-}
-void ServicePolicySm::retryMaxIs(double seconds) {
-  requireWait("retryMax", seconds, seconds > 0 && seconds >= retryMin_,
-              "must be above 0 and not below retryMin", retryMin_);
-  retryMax_ = seconds;
-}
-void ServicePolicySm::asyncTimeoutIs(double seconds) {
-  requireWait("asyncTimeout", seconds, seconds > 0, "must be above 0");
-  asyncTimeout_ = seconds;
-}
-
-void ServicePolicySm::initializedIs(bool initialized) {
-  if (initialized == initialized_) {
-    return;
-  }
-  initialized_ = initialized;
-  if (initialized) {
-    handleInitialized();
-  }
+void ServicePolicySm::allowOption(ClassMapMatchOption option, bool allow) {
+  allowedOptions_[option] = allow;
+  rulesChanged();
 }
 
 void ServicePolicySm::policyConfigIs(Kor::Ptr<PolicyMapTypeConfig const> const& config) {
   if (config != policyConfig()) {
-    policyConfig_.objectIs(config);
+    watches_.policyConfig.objectIs(config);
     rebuild();
   }
 }
-void ServicePolicySm::policyConfigDel() {
-  policyConfigIs(nullptr);
-}
-
 void ServicePolicySm::classTypeConfigIs(Kor::Ptr<ClassMapTypeConfig const> const& config) {
   if (config != classTypeConfig()) {
-    classTypeConfig_.objectIs(config);
+    watches_.classTypeConfig.objectIs(config);
     rebuild();
   }
 }
-void ServicePolicySm::classTypeConfigDel() {
-  classTypeConfigIs(nullptr);
-}
-
-void ServicePolicySm::statusRequestDirIs(
-    Kor::Ptr<PolicyMapStatusRequestDir const> const& requests) {
-  statusRequestDir_.objectIs(requests);
-}
-void ServicePolicySm::statusRequestDirDel() {
-  statusRequestDirIs(nullptr);
-}
-
 void ServicePolicySm::aclConfigIs(Kor::Ptr<Acl::Config const> const& config) {
   if (config != aclConfig()) {
-    aclConfig_.objectIs(config);
+    watches_.aclConfig.objectIs(config);
     rebuild();
   }
 }
-void ServicePolicySm::aclConfigDel() {
-  aclConfigIs(nullptr);
+void ServicePolicySm::statusRequestDirIs(
+    Kor::Ptr<PolicyMapStatusRequestDir const> const& requests) {
+  watches_.statusRequestDir.objectIs(requests);
 }
-
 void ServicePolicySm::lagConfigIs(Kor::Ptr<Lag::Input::Config const> const& config) {
-  lagConfig_.objectIs(config);
-  membersAre();
+  watches_.lagConfig.objectIs(config);
+  syncMembers();
 }
-void ServicePolicySm::lagConfigDel() {
-  lagConfigIs(nullptr);
-}
-
 void ServicePolicySm::ipStatusIs(Kor::Ptr<Ip::Status const> const& status) {
-  ipStatus_.objectIs(status);
+  watches_.ipStatus.objectIs(status);
   allIntfsChanged();
 }
-void ServicePolicySm::ipStatusDel() {
-  ipStatusIs(nullptr);
-}
-
 void ServicePolicySm::ip6StatusIs(Kor::Ptr<Ip6::Status const> const& status) {
-  ip6Status_.objectIs(status);
+  watches_.ip6Status.objectIs(status);
   allIntfsChanged();
 }
-void ServicePolicySm::ip6StatusDel() {
-  ip6StatusIs(nullptr);
-}
-
 void ServicePolicySm::routingInfoIs(Kor::Ptr<Routing::RoutingInfo const> const& info) {
-  routingInfo_.objectIs(info);
+  watches_.routingInfo.objectIs(info);
   allIntfsChanged();
 }
-void ServicePolicySm::routingInfoDel() {
-  routingInfoIs(nullptr);
-}
-
 void ServicePolicySm::routing6InfoIs(Kor::Ptr<Routing6::RoutingInfo const> const& info) {
-  routing6Info_.objectIs(info);
+  watches_.routing6Info.objectIs(info);
   allIntfsChanged();
-}
-void ServicePolicySm::routing6InfoDel() {
-  routing6InfoIs(nullptr);
-}
-
-void ServicePolicySm::initializeHelper() {
-  if (Kor::Ptr<PolicyMapAclHelper> const helper = aclHelper()) {
-    helper->arbiter().initialize([&] { helper->hwInit(); });
-  }
-}
-
-void ServicePolicySm::capabilitiesChanged() {
-  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  for (auto const& entry : policyMapSmIteratorConst()) {
-    entry.value()->reconciler().rulesChanged();
-  }
 }
 
 void ServicePolicySm::aclHelperIs(Kor::Ptr<PolicyMapAclHelper> const& helper) {
   if (helper == aclHelper()) {
     return;
   }
-  // A deletion on the old helper may set another one, or end this machine.
+  // A deletion on the former helper may set another one, or end this machine.
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   Kor::Ptr<PolicyMapAclHelper> const left = aclHelper();
-  aclHelper_.objectIs(helper);
+  watches_.aclHelper.objectIs(helper);
   {
     ScopedFlag const flag(changingHelper_);
     for (auto const& entry : policyMapSmIteratorConst()) {
@@ -775,9 +483,6 @@ void ServicePolicySm::aclHelperIs(Kor::Ptr<PolicyMapAclHelper> const& helper) {
   for (auto const& entry : policyMapSmIteratorConst()) {
     entry.value()->reconciler().everythingChanged();
   }
-}
-void ServicePolicySm::aclHelperDel() {
-  aclHelperIs(nullptr);
 }
 
 }  // namespace PolicyMap

@@ -6,9 +6,8 @@
 //
 //   settling_.settle(name, [&] { bringToConfiguration(name); });
 //
-// A call for a key that is being settled returns at once; the function on the stack then looks at
-// the configuration once more. So nothing that comes back while it is taken down is lost, and
-// nothing is built twice.
+// A call for a key that is being settled returns at once; the function on the stack then runs once
+// more. So nothing that comes back while it is taken down is lost, and nothing is built twice.
 
 #include <map>
 #include <utility>
@@ -22,8 +21,8 @@ class Settling {
   Settling(Settling const&) = delete;
   Settling& operator=(Settling const&) = delete;
 
-  // Calls bring() until no call for the same key came during it. An exception of bring() leaves,
-  // and the key can be settled again.
+  // Calls bring() until it has run without a call for the same key inside it. After an exception
+  // of bring(), which is passed on, the key can be settled again.
   template <class Bring>
   void settle(Key const& key, Bring&& bring) {
     auto const [place, isOutermost] = again_.try_emplace(key, true);
@@ -42,7 +41,7 @@ class Settling {
     }
   }
 
-  // Every key that is being settled is looked at once more.
+  // As settle() for every key that is being settled.
   void lookAgain() {
     for (auto& [key, again] : again_) {
       again = true;
@@ -50,7 +49,7 @@ class Settling {
   }
 
  private:
-  std::map<Key, bool> again_;  // keys being settled; whether to look once more
+  std::map<Key, bool> again_;  // the keys being settled; whether bring() runs once more
 };
 
 // True in its scope; the former value afterwards.

@@ -3,8 +3,8 @@
 
 #include "Kor/Hash.h"
 #include "Kor/Strep.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/ValueText.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <tuple>
@@ -28,7 +28,7 @@ class POLICYMAP_API SubRuleData {
         dstPorts_(pack(dstPortLow, dstPortHigh)),
         distinction_(distinction),
         flags_((srcPortRange ? srcFlag : 0) | (dstPortRange ? dstFlag : 0)) {}
-  // Reads one text form and leaves `it` behind it. Raises Kor::RangeException.
+  // Reads one text form and leaves `it` after it. Raises Kor::RangeException.
   SubRuleData(Kor::TextIterator& it, Kor::TextIterator const& end);
 
   [[nodiscard]] std::uint16_t srcPortLow() const { return low(srcPorts_); }

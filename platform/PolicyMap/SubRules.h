@@ -5,8 +5,8 @@
 
 #include "Acl/IpFilterBase.h"
 #include "PolicyMap/ClassRules.h"
-#include "PolicyMap/Export.h"
 #include "PolicyMap/SubRuleData.h"
+#include "PolicyMapExport.h"
 
 #include <type_traits>
 #include <utility>

@@ -7,7 +7,7 @@
 #include "Kor/Entity.h"
 #include "Kor/Notifiee.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 namespace Routing {
@@ -29,8 +29,8 @@ class POLICYMAP_API RoutingStatus : public Kor::Entity {
     }
   }
 
-  KOR_VALUE_COLLECTION(RoutingStatus, routedIntf, RoutedIntf, Vorel::IntfId, bool, ,
-                       { routedIntfChanged(key); })
+  KOR_VALUE_COLLECTION(RoutingStatus, routedIntf, RoutedIntf, Vorel::IntfId, bool,
+                       KOR_ON_CHANGE(routedIntfChanged(key)))
 
  protected:
   using Entity::Entity;

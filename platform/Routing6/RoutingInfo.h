@@ -4,7 +4,7 @@
 #include "Kor/KorType.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 #include "Routing/RoutingStatus.h"
 
 namespace Routing6 {

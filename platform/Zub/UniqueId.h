@@ -6,7 +6,7 @@
 #include "Kor/KorType.h"
 #include "Kor/Strep.h"
 #include "Kor/String.h"
-#include "PolicyMap/Export.h"
+#include "PolicyMapExport.h"
 
 #include <compare>
 #include <cstdint>

@@ -46,8 +46,9 @@ class Shelf : public Kor::PtrInterface {
     }
   }
 
-  KOR_VALUE_COLLECTION(Shelf, book, Book, String8, int, , { announce("book ", key); })
-  KOR_OWNED_COLLECTION(Shelf, drawer, Drawer, String8, Drawer, , { announce("drawer ", key); })
+  KOR_VALUE_COLLECTION(Shelf, book, Book, String8, int, KOR_ON_CHANGE(announce("book ", key)))
+  KOR_OWNED_COLLECTION(Shelf, drawer, Drawer, String8, Drawer,
+                       KOR_ON_CHANGE(announce("drawer ", key)))
 };
 
 Kor::Ptr<Shelf> shelfOf(int books) {
@@ -109,7 +110,7 @@ TEST(ValueCollection, WritingAnEqualValueIsSilent) {
 }
 
 class Plain : public Kor::PtrInterface {
-  KOR_VALUE_COLLECTION(Plain, flag, Flag, int, bool, , {})
+  KOR_VALUE_COLLECTION(Plain, flag, Flag, int, bool)
 };
 
 TEST(ValueCollection, WritingAPresentKeyAllocatesNothing) {
@@ -435,6 +436,65 @@ TEST(OwnedCollection, TheKorIteratorAnswersMembersAndRemoves) {
   it.del();
   EXPECT_THAT(shelf->announced, ElementsAre("drawer top"));
   EXPECT_EQ(shelf->drawers(), 0U);
+}
+
+class Registry;
+
+// A member that asks for its owner.
+class Guest : public Kor::PtrInterface, public Kor::HashMapLink<Guest> {
+ public:
+  explicit Guest(int number) : number_(number) {}
+  [[nodiscard]] int const& fwkKey() const { return number_; }
+  void korOwnerIs(Registry* owner) { owner_ = owner; }
+  [[nodiscard]] Registry* owner() const { return owner_; }
+
+ private:
+  int number_;
+  Registry* owner_ = nullptr;
+};
+
+class Registry : public Kor::PtrInterface {
+ public:
+  std::vector<Registry*> ownersInHook;
+
+  KOR_OWNED_COLLECTION(Registry, guest, Guest, int, Guest,
+                       KOR_ON_CHANGE(ownersInHook.push_back(member->owner())))
+};
+
+TEST(OwnedCollection, AMemberThatAsksKnowsItsOwnerWhileItIsAMember) {
+  auto const registry = Kor::make<Registry>();
+  auto const written = registry->guestIs(1);
+  auto const created = registry->newGuest(2);
+  EXPECT_EQ(written->owner(), registry.get());
+  EXPECT_EQ(created->owner(), registry.get());
+  auto const successor = registry->newGuest(2);
+  EXPECT_EQ(created->owner(), nullptr) << "replaced";
+  EXPECT_EQ(successor->owner(), registry.get());
+}
+
+TEST(OwnedCollection, AMemberThatAsksHasNoOwnerOnceItIsRemoved) {
+  auto const registry = Kor::make<Registry>();
+  auto const deleted = registry->newGuest(1);
+  auto const walked = registry->newGuest(2);
+  auto const last = registry->newGuest(3);
+  registry->guestDel(1);
+  for (auto it = registry->guestIterator(); it; ++it) {
+    if (it.key() == 2) {
+      it.del();
+    }
+  }
+  registry->guestDelAll();
+  for (auto const& guest : {deleted, walked, last}) {
+    EXPECT_EQ(guest->owner(), nullptr);
+  }
+  EXPECT_THAT(registry->ownersInHook, ElementsAre(nullptr, nullptr, nullptr));
+}
+
+TEST(OwnedCollection, AMemberThatAsksHasNoOwnerOnceThatHasDied) {
+  auto registry = Kor::make<Registry>();
+  auto const guest = registry->newGuest(1);
+  registry = nullptr;
+  EXPECT_EQ(guest->owner(), nullptr);
 }
 
 TEST(OwnedCollection, MembersDieWithTheirOwnerUnlessSomebodyHoldsThem) {

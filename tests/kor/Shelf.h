@@ -153,12 +153,11 @@ class Shelf : public Kor::Entity {
   [[nodiscard]] Kor::Ptr<Shelf const> const& above() const { return above_; }
   void aboveIs(Kor::Ptr<Shelf const> const& above) { above_ = above; }
 
-  KOR_VALUE_COLLECTION(Shelf, book, Book, Isbn, std::uint32_t, ,
-                       { journal.push_back("book " + key.title().stdString()); })
-  KOR_OWNED_COLLECTION(Shelf, drawer, Drawer, Kor::Name, Library::Drawer, ,
-                       { journal.push_back("drawer " + key.stdString()); })
+  KOR_VALUE_COLLECTION(Shelf, book, Book, Isbn, std::uint32_t,
+                       KOR_ON_CHANGE(journal.push_back("book " + key.title().stdString())))
+  KOR_OWNED_COLLECTION(Shelf, drawer, Drawer, Kor::Name, Library::Drawer,
+                       KOR_ON_CHANGE(journal.push_back("drawer " + key.stdString())))
 
- public:
   [[nodiscard]] virtual double weigh(double scale, Kor::String8 const& unit);
   void clear() { journal.emplace_back("clear"); }
   void lift() { journal.emplace_back("lift"); }

@@ -5,7 +5,6 @@
 #include "support/CaughtAssertion.h"
 #include "support/Death.h"
 #include "support/TraceRecorder.h"
-#include "support/VirtualSlot.h"
 #include "support/Watcher.h"
 
 #include <gmock/gmock.h>
@@ -24,7 +23,6 @@ using testing::IsEmpty;
 using TestSupport::assertionOf;
 using TestSupport::Journal;
 using TestSupport::TraceRecorder;
-using TestSupport::virtualSlotOf;
 
 class DataWatcher : public TestSupport::Watcher<TestClassCommonData::NotifieeConst> {
  public:
@@ -327,23 +325,6 @@ TYPED_TEST(TestActionSmOfKind, IsSilentBelowItsLevel) {
   TraceRecorder const trace("PolicyMapTestSm", 7);
   this->machineFor(9)->cleanup();
   EXPECT_THAT(trace.lines(), IsEmpty());
-}
-
-TYPED_TEST(TestActionSmOfKind, ItsOperationsStandInTheirSlots) {
-  using Machine = typename TypeParam::Machine;
-  EXPECT_EQ(virtualSlotOf(&Machine::hasNotificationActiveIs), 0);
-  EXPECT_EQ(virtualSlotOf(&Machine::korAuditErrors), 1);
-  EXPECT_EQ(virtualSlotOf(&Machine::auditErrors), 2);
-  EXPECT_EQ(virtualSlotOf(&Machine::isNondestructingIs), 3);
-  EXPECT_EQ(virtualSlotOf(&Machine::zeroReferencesIs), 4);
-  EXPECT_EQ(virtualSlotOf(&Machine::fwkType), 5);
-  EXPECT_EQ(virtualSlotOf(&Machine::cleanup), 8);
-  EXPECT_EQ(virtualSlotOf(&Machine::handleAction), 9);
-  EXPECT_EQ(virtualSlotOf(&Machine::handleInitialized), 10);
-  EXPECT_EQ(virtualSlotOf(&Machine::actionDel), 11);
-  EXPECT_EQ(virtualSlotOf(&Machine::actionIs), 12);
-  EXPECT_EQ(virtualSlotOf(&Machine::initializedIs), 13);
-  EXPECT_EQ(virtualSlotOf(&Machine::korDoZombieReactors), 14);
 }
 
 TYPED_TEST(TestActionSmOfKind, HasATypeBelowThatOfActionMachines) {

@@ -2,7 +2,6 @@
 #include "machines/TestAction.h"
 
 #include "machines/TestKinds.h"
-#include "support/VirtualSlot.h"
 #include "support/Watcher.h"
 
 #include <gmock/gmock.h>
@@ -17,7 +16,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::Journal;
-using TestSupport::virtualSlotOf;
 
 template <class Notifiee>
 class ActionWatcher : public TestSupport::Watcher<Notifiee> {
@@ -222,15 +220,6 @@ TYPED_TEST(TestActionOfKind, HasATypeBelowThatOfActions) {
   EXPECT_EQ(object->fwkType(), TypeParam::Action::_fwkType());
   EXPECT_EQ(object->fwkType()->name(), TypeParam::actionName);
   EXPECT_EQ(object->fwkType()->base(), PolicyMap::Action::_fwkType());
-}
-
-TYPED_TEST(TestActionOfKind, AddsNoVirtualFunction) {
-  using Action = typename TypeParam::Action;
-  EXPECT_EQ(virtualSlotOf(&Action::fwkType), 5);
-  EXPECT_EQ(virtualSlotOf(&Action::attributeString), 8);
-  EXPECT_EQ(virtualSlotOf(&Action::equalTo), virtualSlotOf(&PolicyMap::Action::equalTo));
-  EXPECT_GT(virtualSlotOf(&Action::equalTo), virtualSlotOf(&Action::attributeLogReaderDel));
-  EXPECT_EQ(virtualSlotOf(&Action::valueIs), -1);
 }
 
 TEST(TestActions, AreTypesOfTheirOwn) {

@@ -2,7 +2,6 @@
 #include "machines/TestClassCommonData.h"
 
 #include "machines/TestKinds.h"
-#include "support/VirtualSlot.h"
 #include "support/Watcher.h"
 
 #include <Acl/Config.h>
@@ -19,7 +18,6 @@ using PolicyMapTest::TestClassCommonData;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::Journal;
-using TestSupport::virtualSlotOf;
 
 template <class Notifiee>
 class DataWatcher : public TestSupport::Watcher<Notifiee> {
@@ -133,30 +131,6 @@ TEST(TestClassCommonData, NotifieesOfTheBaseAndItsOwnHearOfTheCounter) {
   auto const watcher = Kor::make<Watcher>(journal, "w", data.get());
   EXPECT_EQ(data->updateAclActionsInc(2), 2U);
   EXPECT_THAT(journal, ElementsAre("w: updateAclActions"));
-}
-
-TEST(TestClassCommonData, ItsOperationsStandInTheirSlots) {
-  using Data = TestClassCommonData;
-  EXPECT_EQ(virtualSlotOf(&Data::zeroReferencesIs), 4);
-  EXPECT_EQ(virtualSlotOf(&Data::fwkType), 5);
-  EXPECT_EQ(virtualSlotOf(&Data::classMapIs), 8);
-  EXPECT_EQ(virtualSlotOf(&Data::classMapStatusIs), 9);
-  EXPECT_EQ(virtualSlotOf(&Data::actionDel), 10);
-  EXPECT_EQ(virtualSlotOf(&Data::actionNotify), 11);
-  EXPECT_EQ(virtualSlotOf(&Data::actionIs), 12);
-  EXPECT_EQ(virtualSlotOf(&Data::updateAclActionsInc), 13);
-  EXPECT_EQ(virtualSlotOf(&Data::updateAclActionsIs), 14);
-  EXPECT_EQ(virtualSlotOf(&Data::action1ValueIs), -1);
-  EXPECT_EQ(virtualSlotOf(&Data::action2ValueIs), -1);
-  EXPECT_EQ(virtualSlotOf(&Data::action3ValueIs), -1);
-}
-
-TEST(TestClassCommonData, ItsHooksFollowTheInheritedOnes) {
-  using Hooks = TestClassCommonData::NotifieeConst;
-  int const first = virtualSlotOf(&ClassMapSmCommonData::NotifieeConst::onUpdateAclActions) + 1;
-  EXPECT_EQ(virtualSlotOf(&Hooks::onAction1Value), first);
-  EXPECT_EQ(virtualSlotOf(&Hooks::onAction2Value), first + 1);
-  EXPECT_EQ(virtualSlotOf(&Hooks::onAction3Value), first + 2);
 }
 
 TEST(TestClassCommonData, HasATypeBelowThatOfClassData) {

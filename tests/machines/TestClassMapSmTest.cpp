@@ -7,7 +7,6 @@
 #include "support/CaughtAssertion.h"
 #include "support/Death.h"
 #include "support/TraceRecorder.h"
-#include "support/VirtualSlot.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,7 +26,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::assertionOf;
 using TestSupport::TraceRecorder;
-using TestSupport::virtualSlotOf;
 
 class Machine : public TestClassMapSm {
  public:
@@ -292,43 +290,6 @@ TEST_F(TestClassMapMachine, AnEndedMachineLetsItsObjectsGo) {
 }
 
 // shape
-
-TEST(TestClassMapSm, ItsOperationsStandInTheirSlots) {
-  using Sm = TestClassMapSm;
-  EXPECT_EQ(virtualSlotOf(&Sm::hasNotificationActiveIs), 0);
-  EXPECT_EQ(virtualSlotOf(&Sm::zeroReferencesIs), 4);
-  EXPECT_EQ(virtualSlotOf(&Sm::fwkType), 5);
-  EXPECT_EQ(virtualSlotOf(static_cast<void (Sm::*)(ActionType)>(&Sm::handleAction)), 8);
-  EXPECT_EQ(virtualSlotOf(static_cast<void (Sm::*)()>(&Sm::handleAction)), 9);
-  EXPECT_EQ(virtualSlotOf(static_cast<void (Sm::*)(ClassMapMatchOption)>(&Sm::handleMatch)), 10);
-  EXPECT_EQ(virtualSlotOf(static_cast<void (Sm::*)()>(&Sm::handleMatch)), 11);
-  EXPECT_EQ(virtualSlotOf(&Sm::createMatchSm), 12);
-  EXPECT_EQ(virtualSlotOf(&Sm::createActionSm), 13);
-  EXPECT_EQ(virtualSlotOf(&Sm::createCommonData), 14);
-  EXPECT_EQ(virtualSlotOf(&Sm::createClassMapStatus), 15);
-  EXPECT_EQ(virtualSlotOf(&Sm::handleInitialized), 16);
-  EXPECT_EQ(virtualSlotOf(&Sm::cleanup), 17);
-  EXPECT_EQ(virtualSlotOf(&Sm::classMapConfigDel), 18);
-  EXPECT_EQ(virtualSlotOf(&Sm::classMapConfigIs), 19);
-  EXPECT_EQ(virtualSlotOf(&Sm::rawClassMapSubConfigDel), 20);
-  EXPECT_EQ(virtualSlotOf(&Sm::rawClassMapSubConfigIs), 21);
-  EXPECT_EQ(virtualSlotOf(&Sm::classActionDel), 22);
-  EXPECT_EQ(virtualSlotOf(&Sm::classActionIs), 23);
-  EXPECT_EQ(virtualSlotOf(&Sm::classMapIs), 24);
-  EXPECT_EQ(virtualSlotOf(&Sm::classCommonDataDel), 25);
-  EXPECT_EQ(virtualSlotOf(&Sm::classCommonDataIs), 26);
-  EXPECT_EQ(virtualSlotOf(&Sm::classMapStatusIs), 27);
-  EXPECT_EQ(virtualSlotOf(&Sm::classMapMatchSmDel), 28);
-  EXPECT_EQ(virtualSlotOf(&Sm::classMapMatchSmNotify), 29);
-  EXPECT_EQ(virtualSlotOf(&Sm::classMapMatchSmIs), 30);
-  EXPECT_EQ(virtualSlotOf(&Sm::actionSmDel), 31);
-  EXPECT_EQ(virtualSlotOf(&Sm::actionSmNotify), 32);
-  EXPECT_EQ(virtualSlotOf(&Sm::actionSmIs), 33);
-  EXPECT_EQ(virtualSlotOf(&Sm::actionsActiveIs), 34);
-  EXPECT_EQ(virtualSlotOf(&Sm::initializingIs), 35);
-  EXPECT_EQ(virtualSlotOf(&Sm::initializedIs), 36);
-  EXPECT_EQ(virtualSlotOf(&Sm::korDoZombieReactors), 37);
-}
 
 TEST_F(TestClassMapMachine, HasATypeBelowThatOfClassMachines) {
   Kor::PtrInterface::Ptr const classes = quietMachine();

@@ -4,7 +4,6 @@
 #include "machines/TestClassMapSm.h"
 #include "machines/TestKinds.h"
 #include "support/TraceRecorder.h"
-#include "support/VirtualSlot.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,7 +19,6 @@ using PolicyMapTest::TestPolicyMapSm;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::TraceRecorder;
-using TestSupport::virtualSlotOf;
 
 class Machine : public TestPolicyMapSm {
  public:
@@ -193,43 +191,6 @@ TEST_F(TestPolicyMapMachine, AnEndedMachineLetsItsObjectsGo) {
 }
 
 // shape
-
-TEST(TestPolicyMapSm, ItsOperationsStandInTheirSlots) {
-  using Sm = TestPolicyMapSm;
-  EXPECT_EQ(virtualSlotOf(&Sm::hasNotificationActiveIs), 0);
-  EXPECT_EQ(virtualSlotOf(&Sm::zeroReferencesIs), 4);
-  EXPECT_EQ(virtualSlotOf(&Sm::fwkType), 5);
-  EXPECT_EQ(virtualSlotOf(&Sm::createClassMapSm), 8);
-  EXPECT_EQ(virtualSlotOf(&Sm::createCommonData), 9);
-  EXPECT_EQ(virtualSlotOf(&Sm::handleActiveIntf), 10);
-  EXPECT_EQ(virtualSlotOf(&Sm::cleanup), 11);
-  EXPECT_EQ(virtualSlotOf(&Sm::handleInitialized), 12);
-  EXPECT_EQ(virtualSlotOf(&Sm::policyMapIs), 13);
-  EXPECT_EQ(virtualSlotOf(&Sm::classMapSmDel), 14);
-  EXPECT_EQ(virtualSlotOf(&Sm::classMapSmNotify), 15);
-  EXPECT_EQ(virtualSlotOf(&Sm::classMapSmIs), 16);
-  EXPECT_EQ(virtualSlotOf(&Sm::activeIntfDel), 17);
-  EXPECT_EQ(virtualSlotOf(&Sm::activeIntfNotify), 18);
-  EXPECT_EQ(virtualSlotOf(&Sm::activeIntfIs), 19);
-  EXPECT_EQ(virtualSlotOf(&Sm::policyCommonDataDel), 20);
-  EXPECT_EQ(virtualSlotOf(&Sm::policyCommonDataIs), 21);
-  EXPECT_EQ(virtualSlotOf(&Sm::prioClassDel), 22);
-  EXPECT_EQ(virtualSlotOf(&Sm::prioClassNotify), 23);
-  EXPECT_EQ(virtualSlotOf(&Sm::prioClassIs), 24);
-  EXPECT_EQ(virtualSlotOf(&Sm::classPrioDel), 25);
-  EXPECT_EQ(virtualSlotOf(&Sm::classPrioNotify), 26);
-  EXPECT_EQ(virtualSlotOf(&Sm::classPrioIs), 27);
-  EXPECT_EQ(virtualSlotOf(&Sm::timeProgrammedDel), 28);
-  EXPECT_EQ(virtualSlotOf(&Sm::timeProgrammedNotify), 29);
-  EXPECT_EQ(virtualSlotOf(&Sm::timeProgrammedIs), 30);
-  EXPECT_EQ(virtualSlotOf(&Sm::actionsActiveIs), 31);
-  EXPECT_EQ(virtualSlotOf(&Sm::initializedIs), 32);
-  EXPECT_EQ(virtualSlotOf(&Sm::korDoZombieReactors), 33);
-  EXPECT_EQ(virtualSlotOf(&Sm::policyMapConfigDel), 34);
-  EXPECT_EQ(virtualSlotOf(&Sm::policyMapConfigIs), 35);
-  EXPECT_EQ(virtualSlotOf(&Sm::classTypeConfigDel), 36);
-  EXPECT_EQ(virtualSlotOf(&Sm::classTypeConfigIs), 37);
-}
 
 TEST_F(TestPolicyMapMachine, HasATypeBelowThatOfPolicyMachines) {
   Kor::PtrInterface::Ptr const policy = quietMachine();

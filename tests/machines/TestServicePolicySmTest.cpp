@@ -5,7 +5,6 @@
 #include "machines/TestClassMapSm.h"
 #include "machines/TestPolicyMapSm.h"
 #include "support/TraceRecorder.h"
-#include "support/VirtualSlot.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,7 +23,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using TestSupport::TraceRecorder;
-using TestSupport::virtualSlotOf;
 using Vorel::IntfId;
 
 IntfId const e1("Ethernet3/1");
@@ -395,55 +393,6 @@ TEST_F(ServicePolicyFactory, AZombieHearsNothingOfItsConfiguration) {
 }
 
 // shape
-
-TEST(TestServicePolicySm, ItsHooksStandInTheirSlots) {
-  using Sm = TestServicePolicySm;
-  EXPECT_EQ(virtualSlotOf(&Sm::hasNotificationActiveIs), 0);
-  EXPECT_EQ(virtualSlotOf(&Sm::zeroReferencesIs), 4);
-  EXPECT_EQ(virtualSlotOf(&Sm::fwkType), 5);
-  EXPECT_EQ(virtualSlotOf(&Sm::intfExists), 8);
-  EXPECT_EQ(virtualSlotOf(&Sm::allowedIntf), 9);
-  EXPECT_EQ(virtualSlotOf(&Sm::allowedIntfForType), 10);
-  EXPECT_EQ(virtualSlotOf(&Sm::createPolicyMapSm), 11);
-  EXPECT_EQ(virtualSlotOf(&Sm::createCommonData), 12);
-  EXPECT_EQ(virtualSlotOf(&Sm::handlePolicyMap), 13);
-  EXPECT_EQ(virtualSlotOf(&Sm::handlePolicyMapConfig), 14);
-  EXPECT_EQ(virtualSlotOf(&Sm::handleIntf), 15);
-  EXPECT_EQ(virtualSlotOf(&Sm::cleanup), 16);
-  EXPECT_EQ(virtualSlotOf(&Sm::handleInitialized), 17);
-}
-
-TEST(TestServicePolicySm, ItsWritersFollowInTheirOrder) {
-  using Sm = TestServicePolicySm;
-  // The base may get another writer before initializedIs, so the numbers themselves are free.
-  std::vector<int> const slots{
-      virtualSlotOf(&Sm::handleInitialized),   virtualSlotOf(&Sm::allowIpAclIs),
-      virtualSlotOf(&Sm::allowIp6AclIs),       virtualSlotOf(&Sm::allowMacAclIs),
-      virtualSlotOf(&Sm::commonDataDel),       virtualSlotOf(&Sm::commonDataIs),
-      virtualSlotOf(&Sm::policyMapSmDel),      virtualSlotOf(&Sm::policyMapSmNotify),
-      virtualSlotOf(&Sm::policyMapSmIs),       virtualSlotOf(&Sm::retryMinIs),
-      virtualSlotOf(&Sm::retryMaxIs),          virtualSlotOf(&Sm::asyncTimeoutIs),
-      virtualSlotOf(&Sm::initializedIs),       virtualSlotOf(&Sm::korDoZombieReactors),
-      virtualSlotOf(&Sm::policyConfigDel),     virtualSlotOf(&Sm::policyConfigIs),
-      virtualSlotOf(&Sm::classTypeConfigDel),  virtualSlotOf(&Sm::classTypeConfigIs),
-      virtualSlotOf(&Sm::statusRequestDirDel), virtualSlotOf(&Sm::statusRequestDirIs),
-      virtualSlotOf(&Sm::aclConfigDel),        virtualSlotOf(&Sm::aclConfigIs),
-      virtualSlotOf(&Sm::lagConfigDel),        virtualSlotOf(&Sm::lagConfigIs),
-      virtualSlotOf(&Sm::ipStatusDel),         virtualSlotOf(&Sm::ipStatusIs),
-      virtualSlotOf(&Sm::ip6StatusDel),        virtualSlotOf(&Sm::ip6StatusIs),
-      virtualSlotOf(&Sm::routingInfoDel),      virtualSlotOf(&Sm::routingInfoIs),
-      virtualSlotOf(&Sm::routing6InfoDel),     virtualSlotOf(&Sm::routing6InfoIs),
-      virtualSlotOf(&Sm::aclHelperDel),        virtualSlotOf(&Sm::aclHelperIs)};
-  for (std::size_t i = 1; i < slots.size(); ++i) {
-    EXPECT_LT(slots[i - 1], slots[i]) << i;
-  }
-}
-
-TEST(TestServicePolicySm, ItsOwnWritersAreNotVirtual) {
-  EXPECT_EQ(virtualSlotOf(&TestServicePolicySm::nonexistentIntfIs), -1);
-  EXPECT_EQ(virtualSlotOf(&TestServicePolicySm::nonexistentIntfDel), -1);
-  EXPECT_EQ(virtualSlotOf(&TestServicePolicySm::nonexistentIntfNotify), -1);
-}
 
 TEST_F(NonexistentIntf, ItsMachineHasATypeBelowThatOfServicePolicies) {
   Kor::PtrInterface::Ptr const object = machine;

@@ -4,7 +4,6 @@
 
 #include <Kor/GenericIf.h>
 #include <PolicyMap/ClassMapMatch.h>
-#include <PolicyMap/ClassMapTypeConfig.h>
 
 #include <gtest/gtest.h>
 
@@ -18,7 +17,6 @@ using Kor::GenericList;
 using Kor::GenericValue;
 using Kor::KorType;
 using PolicyMap::ClassMapMatch;
-using PolicyMap::ClassMapMatchType;
 using TestSupport::expectTextForm;
 using TestSupport::printed;
 using TestSupport::rangeError;
@@ -150,13 +148,41 @@ TEST(MatchByName, RefusesARuleThatIsNoneAndPartsThatDoNotGoTogether) {
             "ClassMapMatch::rule missing");
 }
 
-TEST(MatchType, PrintsAndReadsItsNames) {
-  expectTextForm(ClassMapMatchType::matchAny, "'matchAny'");
-  expectTextForm(ClassMapMatchType::matchAll, "'matchAll'");
-  EXPECT_EQ(printed(ClassMapMatchType::matchAll).substr(0, 8), "matchAll");
+TEST(MatchKind, PrintsAndReadsItsNames) {
+  expectTextForm(Kind::acl, "'acl'");
+  expectTextForm(Kind::classMap, "'classMap'");
+  expectTextForm(Kind::rule, "'rule'");
   EXPECT_EQ(printed(Kind::classMap), "classMap");
-  EXPECT_EQ(rangeError([] { (void)Kor::strepToValue<ClassMapMatchType>("2"); }),
-            "ClassMapMatchType < 0 or > 1 not allowed");
+  EXPECT_EQ(rangeError([] { (void)Kor::strepToValue<Kind>("3"); }), "Kind < 0 or > 2 not allowed");
+}
+
+ClassMapMatch ipList(char const* name) {
+  return ClassMapMatch::acl(ClassMapMatchOption::ipv4, name);
+}
+
+TEST(Match, SaysOfWhatKindItIs) {
+  auto const list = ClassMapMatch::acl(ClassMapMatchOption::ipv6, "web");
+  EXPECT_EQ(list.kind(), ClassMapMatch::Kind::acl);
+  EXPECT_EQ(list.option(), ClassMapMatchOption::ipv6);
+  EXPECT_EQ(list.name(), "web");
+  EXPECT_EQ(ClassMapMatch::classMap("inner").kind(), ClassMapMatch::Kind::classMap);
+  EXPECT_EQ(ClassMapMatch::rule(Acl::IpRuleConfig()).option(), ClassMapMatchOption::ipv4);
+  EXPECT_EQ(ClassMapMatch::rule(Acl::Ip6RuleConfig()).option(), ClassMapMatchOption::ipv6);
+  EXPECT_EQ(ClassMapMatch::rule(Acl::MacRuleConfig()).option(), ClassMapMatchOption::mac);
+  EXPECT_EQ(ClassMapMatch::rule(Acl::MacRuleConfig(), ClassMapMatchOption::mpls).option(),
+            ClassMapMatchOption::mpls);
+}
+
+TEST(Match, ComparesKindOptionNameAndRule) {
+  EXPECT_EQ(ipList("a"), ipList("a"));
+  EXPECT_NE(ipList("a"), ipList("b"));
+  EXPECT_NE(ipList("a"), ClassMapMatch::acl(ClassMapMatchOption::mac, "a"));
+  EXPECT_NE(ipList("a"), ClassMapMatch::classMap("a"));
+  Acl::IpRuleConfig rule;
+  rule.protocolIs(6);
+  EXPECT_NE(ClassMapMatch::rule(rule), ClassMapMatch::rule(Acl::IpRuleConfig()));
+  EXPECT_TRUE(!ClassMapMatch());
+  EXPECT_FALSE(!ipList("a"));
 }
 
 }  // namespace

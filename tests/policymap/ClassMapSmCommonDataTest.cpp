@@ -128,6 +128,15 @@ TEST_F(ClassData, RulesThatAreBeingProgrammedStayAsTheyWereDecidedOn) {
       << "one that is not being programmed is answered as configured";
 }
 
+TEST_F(ClassData, RulesOfAFurtherOptionAreThoseOfMpls) {
+  acls->macAclIs("a")->ruleIs(10, macRule(5));
+  PolicyMap::RuleSources<Acl::MacRuleConfig> sources{{"a", acls->macAcl("a")->rulesBySeq()}};
+  data->rulesIs(ClassMapMatchOption::mpls, Kor::make<PolicyMap::ClassRules>(std::move(sources)));
+  acls->macAcl("a")->ruleIs(10, macRule(7));
+  EXPECT_EQ(data->getMacRule({"c", "a", 10, ClassMapMatchOption{9}}), macRule(5));
+  EXPECT_EQ(data->getMacRule({"c", "a", 10, ClassMapMatchOption::mac}), macRule(7));
+}
+
 TEST_F(ClassData, AnotherClassMapOrStatusIsAnnouncedOnce) {
   auto const watcher = watch();
   data->classMapIs(Kor::Ptr<ClassMapSubConfig const>(classMap));

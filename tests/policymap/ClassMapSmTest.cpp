@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+
 namespace policymap {
 namespace {
 
@@ -472,6 +474,104 @@ TEST_F(ClassMachine, CleanupLetsEveryActionMachineGo) {
   machine->cleanup();
   EXPECT_THAT(hooks.taken(),
               ElementsAre("c: cleanup", "c/1: cleanup data", "c/1: zombie", "c/1: gone"));
+}
+
+TEST_F(ClassMachine, AfterCleanupNoActionIsActive) {
+  action(1);
+  activate();
+  ASSERT_TRUE(machine->actionsActive());
+  machine->cleanup();
+  EXPECT_FALSE(machine->actionsActive());
+}
+
+TEST_F(ClassMachine, AnActionThatIsConfiguredDuringTheCleanupGetsNoMachine) {
+  class Adder : public PolicyMap::ClassMapSmCommonData::NotifieeConst {
+   public:
+    Adder(PolicyMap::ClassMapSmCommonData const* data, std::function<void()> deed)
+        : NotifieeConst(data), deed_(std::move(deed)) {}
+    void onUpdateAclActions() override {
+      if (auto const once = std::exchange(deed_, nullptr)) {
+        once();
+      }
+    }
+
+   private:
+    std::function<void()> deed_;
+  };
+  action(1);
+  activate();
+  auto const adder = Kor::make<Adder>(machine->classCommonData().get(), [&] {
+    action(2);
+    machine->handleAction();
+  });
+  hooks.taken();
+  machine->cleanup();
+  EXPECT_THAT(hooks.taken(),
+              ElementsAre("c: cleanup", "c/1: cleanup data", "c/1: zombie", "c/1: gone"));
+  EXPECT_EQ(machine->actionSms(), 0U);
+}
+
+TEST_F(ClassMachine, OtherCommonDataAreGivenItsStatus) {
+  activate();
+  auto const other = machine->createCommonData();
+  EXPECT_FALSE(other->classMapStatus());
+  machine->classCommonDataIs(other);
+  EXPECT_EQ(machine->classCommonData(), other);
+  EXPECT_EQ(other->classMapStatus(), machine->classMapStatus());
+  machine->classCommonDataDel();
+  EXPECT_FALSE(machine->classCommonData());
+  auto const status = machine->classMapStatus();
+  machine->classMapStatusIs(nullptr);
+  machine->classCommonDataIs(other);
+  EXPECT_EQ(other->classMapStatus(), status) << "a machine without status takes none away";
+}
+
+TEST_F(ClassMachine, AListThatComesWhenTheStatusSaysThatItIsMissingIsFollowed) {
+  class Adder : public PolicyMap::ClassMapStatus::NotifieeConst {
+   public:
+    Adder(PolicyMap::ClassMapStatus const* status, std::function<void()> deed)
+        : NotifieeConst(status), deed_(std::move(deed)) {}
+    void onError() override {
+      if (auto const once = std::exchange(deed_, nullptr)) {
+        once();
+      }
+    }
+
+   private:
+    std::function<void()> deed_;
+  };
+  activate();
+  auto const adder = Kor::make<Adder>(machine->classMapStatus().get(), [&] { list("a", 10); });
+  matches(1, "a");
+  rules();
+  EXPECT_THAT(rules(), ElementsAre("a:10"));
+  EXPECT_EQ(machine->classMapStatus()->error(), "");
+}
+
+TEST_F(ClassMachine, RulesThatAreCompiledAgainInAHookAreNotReplacedByOlderOnes) {
+  class EditingSm : public RecordingClassSm {
+   public:
+    using RecordingClassSm::RecordingClassSm;
+    std::function<void()> deed;
+    Kor::Ptr<PolicyMap::ClassMapMatchSm> createMatchSm(ClassMapMatchOption option) override {
+      if (auto const once = std::exchange(deed, nullptr)) {
+        once();
+      }
+      return RecordingClassSm::createMatchSm(option);
+    }
+  };
+  list("a", 10);
+  matches(1, "a");
+  auto const editing = Kor::make<EditingSm>(hooks, global, nullptr, config, nullptr, actions);
+  machine = editing;
+  editing->hasNotificationActiveIs(true);
+  editing->deed = [&] {
+    list("a", 20);
+    editing->handleMatch(ClassMapMatchOption::ipv4);
+    rules();
+  };
+  rules();
+  EXPECT_THAT(rules(), ElementsAre("a:10", "a:20"));
 }
 
 TEST_F(ClassMachine, EndsWithoutCleaningItsActionMachinesUp) {

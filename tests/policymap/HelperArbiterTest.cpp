@@ -237,6 +237,7 @@ TEST_F(AsyncArbiter, AResultThatComesLaterReachesTheHolder) {
 }
 
 TEST_F(AsyncArbiter, TheFirstResultInsideTheCallDecides) {
+  TestSupport::TraceRecorder const trace("PolicyMap", 1);
   arbiter.request(a);
   EXPECT_EQ(start([&] {
               arbiter.resultIs({"first", 0});
@@ -245,6 +246,7 @@ TEST_F(AsyncArbiter, TheFirstResultInsideTheCallDecides) {
             }),
             "first");
   EXPECT_THAT(journal, ElementsAre("a granted"));
+  EXPECT_EQ(trace.lines().size(), 1U) << "the second result";
 }
 
 TEST_F(AsyncArbiter, ATextOfTheCallIsItsResult) {
@@ -274,6 +276,40 @@ TEST_F(AsyncArbiter, NobodyWaitsForTheResultOfAHolderThatWithdrew) {
   arbiter.request(b);
   arbiter.resultIs({"late", 0});
   EXPECT_THAT(journal, ElementsAre("a granted", "b granted"));
+}
+
+TEST_F(AsyncArbiter, AHolderThatWithdrawsInsideTheCallLeavesNoPendingResult) {
+  arbiter.request(a);
+  EXPECT_EQ(start([&] {
+              arbiter.withdraw(a);
+              return Kor::String();
+            }),
+            "");
+  arbiter.request(b);
+  arbiter.resultIs({"late", 0});
+  EXPECT_THAT(journal, ElementsAre("a granted", "b granted"));
+}
+
+TEST_F(AsyncArbiter, AResultInsideACallThatFailsIsNotThatOfTheNextCall) {
+  arbiter.request(a);
+  EXPECT_EQ(start([&] {
+              arbiter.resultIs({"early", 0});
+              return Kor::String("refused");
+            }),
+            "refused");
+  EXPECT_EQ(start(accept), std::nullopt);
+}
+
+TEST_F(Arbiter, WhatAClientGivesUpBelongsToNoClient) {
+  PolicyMapSmKey const other{"other", "input"};
+  arbiter.createdIs(key, ipv4, &a);
+  arbiter.createdIs(key, ClassMapMatchOption::ipv6, &b);
+  arbiter.createdIs(other, ipv4, &a);
+  arbiter.disown(key, a);
+  EXPECT_TRUE(arbiter.created(key, ipv4));
+  EXPECT_EQ(arbiter.creator(key, ipv4), nullptr);
+  EXPECT_EQ(arbiter.creator(key, ClassMapMatchOption::ipv6), &b);
+  EXPECT_EQ(arbiter.creator(other, ipv4), &a);
 }
 
 }  // namespace

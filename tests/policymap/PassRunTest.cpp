@@ -285,6 +285,63 @@ TEST_F(Run, ABracketThatCannotBeClosedIsTheFailureOfWhatItUpdated) {
   EXPECT_EQ(state[ipv6].failure.error(), "locked");
   EXPECT_EQ(state[ipv6].failure.operation(), "endUpdateActions");
   EXPECT_TRUE(!state[ClassMapMatchOption::mac].failure);
+  EXPECT_THAT(holder.told, ElementsAre("update failed"));
+  EXPECT_TRUE(!!run->failure());
+}
+
+TEST_F(Run, WhenItIsAbandonedAtTheEndOfABracketItTellsNothing) {
+  standing();
+  theClass.data->updateAclActionsInc(1);
+  helper->answers["end"] = "locked";
+  helper->word = "end";
+  helper->deed = [this] { run->abandon(); };
+  EXPECT_EQ(start(update({ipv4})).run(), Outcome::abandoned);
+  EXPECT_THAT(holder.told, IsEmpty());
+  EXPECT_FALSE(!!state[ipv4].failure);
+}
+
+TEST_F(Run, ABracketThatCannotBeClosedBlamesNoRule) {
+  standing();
+  theClass.data->updateAclActionsInc(1);
+  helper->answers["end"] = "locked";
+  helper->word = "update";
+  helper->deed = [this, calls = 0]() mutable {
+    helper->answers["update"] = calls++ == 0 ? "no" : "";
+  };
+  start(update({ipv4, ipv6})).run();
+  EXPECT_EQ(state[ipv4].failure.error(), "no");
+  EXPECT_EQ(state[ipv4].failure.rule(), PolicyMap::AclRuleKey("c", "acl", 10, ipv4));
+  EXPECT_EQ(state[ipv6].failure.error(), "locked");
+  EXPECT_EQ(state[ipv6].failure.rule(), PolicyMap::AclRuleKey());
+}
+
+// It is created again with the actions of both classes.
+TEST_F(Run, OfAnOptionWhoseUpdateFailedTheNextClassIsNotUpdated) {
+  ProgrammedClass const next = classOf("d");
+  Pass both = program();
+  both.classes.add(next);
+  start(std::move(both)).run();
+  helper->taken();
+  theClass.data->updateAclActionsInc(1);
+  next.data->updateAclActionsInc(1);
+  Pass pass = update({ipv4});
+  PolicyMap::Step step{HelperOperation::updateAction};
+  step.updatedClass = next.data;
+  pass.steps.insert(pass.steps.begin() + 1, step);
+  helper->answers["update"] = "no";
+  EXPECT_EQ(start(std::move(pass)).run(), Outcome::failed);
+  EXPECT_THAT(helper->taken(), ElementsAre("begin pm/input c", "update pm/input/ipv4 c:acl:10",
+                                           "end pm/input c", "begin pm/input d", "end pm/input d"));
+  EXPECT_EQ(state[ipv4].failure.className(), "c");
+}
+
+TEST_F(Run, ACommitOfWhatIsToBeCreatedAgainIsNotTheLastWord) {
+  helper->word = "commit";
+  helper->deed = [this] { state[ipv4].recreate = true; };
+  state[ipv4].failureIs({"earlier", "commitPolicy", {}, {}});
+  EXPECT_EQ(start(program()).run(), Outcome::done);
+  EXPECT_THAT(holder.told, IsEmpty());
+  EXPECT_EQ(state[ipv4].failure.error(), "earlier");
 }
 
 TEST_F(Run, WhenItIsAbandonedInsideAnOperationItCallsNothingMore) {

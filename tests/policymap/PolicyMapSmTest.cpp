@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace policymap {
 namespace {
 
@@ -254,6 +256,52 @@ TEST_F(PolicyMachine, MayBeRefusedAClassMachine) {
   activate();
   EXPECT_EQ(machine->classMapSms(), 0U);
   EXPECT_THAT(machine->classesInOrder(), IsEmpty());
+}
+
+TEST_F(PolicyMachine, AsksOnceForAClassMachineThatItIsRefused) {
+  hooks.refuseClasses = true;
+  classMap("c");
+  classes->classPrioIs("c", 10);
+  activate();
+  auto const calls = hooks.taken();
+  EXPECT_EQ(
+      std::count(calls.begin(), calls.end(), "pm/input: createClassMapSm c - no-action policyData"),
+      1);
+}
+
+TEST_F(PolicyMachine, ClassesMayExchangeTheirPriorities) {
+  classMap("a");
+  classMap("b");
+  classes->classPrioIs("a", 10);
+  classes->classPrioIs("b", 20);
+  activate();
+  classes->classPrioIs("a", 20);
+  classes->classPrioIs("b", 10);
+  EXPECT_EQ(machine->prioClass(10), "b");
+  EXPECT_EQ(machine->prioClass(20), "a");
+  EXPECT_EQ(machine->prioClasss(), 2U);
+}
+
+TEST_F(PolicyMachine, NamedClassesAreInOrderAsFarAsTheyHaveAMachine) {
+  for (char const* name : {"a", "b", "c"}) {
+    classMap(name);
+  }
+  classes->classPrioIs("c", 10);
+  classes->classPrioIs("b", 20);
+  classes->classPrioIs("a", 20);
+  classes->classPrioIs("no-map", 5);
+  activate();
+  auto const names = [this](std::set<Kor::Name> const& some) {
+    std::vector<std::string> found;
+    for (auto const& one : machine->classesInOrder(some)) {
+      found.push_back(text(one->className()));
+    }
+    return found;
+  };
+  EXPECT_THAT(names({"a", "b", "c", "no-map", "no-class"}), ElementsAre("c", "a", "b"));
+  EXPECT_THAT(names({"b"}), ElementsAre("b"));
+  config->currentSubConfigIs(nullptr);
+  EXPECT_THAT(names({"a"}), IsEmpty());
 }
 
 TEST_F(PolicyMachine, AcceptsEmptyPointersEverywhere) {

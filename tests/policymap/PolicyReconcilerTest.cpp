@@ -234,5 +234,210 @@ TEST_F(Reconciling, ATeardownThatFailsAgainShowsItsLastText) {
   EXPECT_FALSE(bench.status->policyMapStatus(input));
 }
 
+// The helper is replaced during the commit of one policy, and the loop turns before the commit
+// returns. The other policy is programmed on the new helper with its interface.
+TEST_F(Reconciling, AHelperIsLeftBeforeTheNextOneIsProgrammed) {
+  bench.policy("other")->classPrioIs(Kor::Name("c"), 10);
+  bench.attach("other", "Ethernet2");
+  auto const helper = Kor::make<FaultyLog>();
+  auto const next = Kor::make<CallLog>();
+  bench.helper = helper;
+  bench.start();
+  bench.settle();
+  helper->deed = [&] {
+    bench.machine->aclHelperIs(next);
+    Kor::EventLoop::global().runUntilIdle();
+    EXPECT_THAT(next->calls, Each(Not(StartsWith("create"))));
+  };
+  bench.attach("pm", "Ethernet3");
+  bench.settle();
+  EXPECT_THAT(next->calls, Contains("addIntf other/input/ipv4 Ethernet2"));
+  EXPECT_THAT(next->calls, Contains("commit other/input/ipv4"));
+}
+
+TEST_F(Reconciling, OfTwoReplacementsInsideAnOperationTheFirstHelperIsLeftToo) {
+  auto const helper = Kor::make<FaultyLog>();
+  auto const last = Kor::make<CallLog>();
+  bench.helper = helper;
+  bench.start();
+  helper->deed = [&] {
+    bench.machine->aclHelperIs(Kor::make<CallLog>());
+    bench.machine->aclHelperIs(last);
+  };
+  EXPECT_THAT(bench.settle(), Contains("delete pm/input/ipv4"));
+  EXPECT_THAT(last->calls, Contains("commit pm/input/ipv4"));
+}
+
+// Delivers a result while it deletes.
+class LateResults final : public CallLog {
+ public:
+  Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) override {
+    asyncOperationResultIs({"late", Kor::now()});
+    return CallLog::deletePolicy(data, option);
+  }
+};
+
+TEST_F(Reconciling, AResultThatComesDuringTheRollBackAfterItsTimeOutIsDropped) {
+  bench.helper = Kor::make<LateResults>();
+  bench.helper->asyncOperationsIs(true);
+  bench.start();
+  bench.settle();
+  EXPECT_THAT(advance(30), testing::ElementsAre("delete pm/input/ipv4"));
+  EXPECT_EQ(bench.status->policyMapStatus(input)->error(), "no result within 30 seconds");
+}
+
+// The text stays while nothing of the policy is programmed on the next helper.
+TEST_F(Reconciling, TheFailureOfLeavingAHelperStaysUntilAPassEndsWell) {
+  bench.start();
+  bench.settle();
+  bench.helper->answers["delete"] = "stuck";
+  auto const next = Kor::make<CallLog>();
+  bench.machine->aclHelperIs(next);
+  bench.acls->ipAclDel("acl");
+  bench.settle();
+  auto const status = bench.status->policyMapStatus(input);
+  EXPECT_EQ(status->error(), "stuck");
+  bench.rule("acl", 10);
+  bench.settle();
+  EXPECT_THAT(next->calls, Contains("commit pm/input/ipv4"));
+  EXPECT_EQ(status->error(), "");
+}
+
+TEST_F(Reconciling, AnInterfaceIsNoMatterOfOptionsThatAreRefused) {
+  bench.classMap("c")->matchIs(1, PolicyMap::ClassMapMatch::classMap(Kor::Name("c")));
+  auto const machine = startAsked();
+  bench.settle();
+  ASSERT_NE(bench.status->policyMapStatus(input)->error(), "");
+  machine->asked.clear();
+  bench.attach("pm", "Ethernet2");
+  bench.settle();
+  EXPECT_THAT(machine->asked, IsEmpty());
+}
+
+// Does something once, when the status of a class has gone.
+class ClassGoneHook final : public PolicyMap::PolicyMapStatus::NotifieeConst {
+ public:
+  ClassGoneHook(PolicyMap::PolicyMapStatus const* status, std::function<void()> deed)
+      : NotifieeConst(status), deed_(std::move(deed)) {}
+  void onClassMapStatus(Kor::Name const& name) override {
+    if (auto const once =
+            notifier()->classMapStatus(name) ? nullptr : std::exchange(deed_, nullptr)) {
+      once();
+    }
+  }
+
+ private:
+  std::function<void()> deed_;
+};
+
+// The class comes back while its machine is dropped, so it has another one with the same rules. The
+// pass that another option needs ends first.
+TEST_F(Reconciling, AClassThatWasBuiltAgainIsShownAsProgrammed) {
+  bench.acls->ip6AclIs("six")->ruleIs(10, {});
+  bench.classMatches("d", "six", 1, ipv6);
+  bench.policy("pm")->classPrioIs(Kor::Name("d"), 20);
+  bench.helper->updateActionSupportedIs(true);
+  bench.start();
+  bench.settle();
+  auto const policy = bench.machine->policyMapSm(input);
+  auto const status = bench.status->policyMapStatus(input);
+  auto const before = policy->classMapSm("d");
+  auto const hook = Kor::make<ClassGoneHook>(
+      status.get(), [&] { bench.policy("pm")->classPrioIs(Kor::Name("d"), 20); });
+  bench.policy("pm")->classPrioDel(Kor::Name("d"));
+  bench.attach("pm", "Ethernet2");
+  auto const calls = bench.settle();
+  EXPECT_THAT(calls, Contains("addIntf pm/input/ipv4 Ethernet2"));
+  EXPECT_THAT(calls, Not(Contains("recreate pm/input/ipv6")));
+  ASSERT_NE(policy->classMapSm("d"), before);
+  EXPECT_TRUE(status->classMapStatus("d")->programmed());
+}
+
+// Tears the first policy down; the turn of the second one, which follows at once, ends the machine.
+TEST_F(Reconciling, TheNextTurnMayEndTheMachineOfThePolicyThatHadTheLast) {
+  bench.policy("zz")->classPrioIs(Kor::Name("c"), 10);
+  bench.attach("zz", "Ethernet2");
+  auto const helper = Kor::make<FaultyLog>();
+  bench.helper = helper;
+  bench.start();
+  bench.settle();
+  helper->taken();
+  helper->deed = [&] { bench.machine = nullptr; };
+  bench.detach("Ethernet1");
+  bench.attach("zz", "Ethernet3");
+  EXPECT_THAT(bench.settle(), Contains("delete pm/input/ipv4"));
+  EXPECT_FALSE(bench.machine);
+}
+
+// Nothing else about the class has changed.
+TEST_F(Reconciling, ActionsThatMovedWhileTheMachineWasOffAreUpdatedWhenItIsOn) {
+  bench.helper->updateActionSupportedIs(true);
+  bench.start();
+  bench.settle();
+  auto const machine = bench.machine->policyMapSm(input)->classMapSm("c");
+  machine->hasNotificationActiveIs(false);
+  bench.machine->hasNotificationActiveIs(false);
+  machine->classCommonData()->updateAclActionsInc(1);
+  bench.machine->hasNotificationActiveIs(true);
+  EXPECT_THAT(bench.settle(), Contains("update pm/input/ipv4 c:acl:10"));
+}
+
+// It is still created there, as far as is known.
+TEST_F(Reconciling, AHelperThatComesBackAfterADeletionThatThrewIsCreatedAgain) {
+  auto const helper = Kor::make<FaultyLog>();
+  bench.helper = helper;
+  bench.start();
+  bench.settle();
+  helper->thrown = "stuck";
+  bench.machine->aclHelperDel();
+  helper->thrown = "";
+  bench.machine->aclHelperIs(helper);
+  EXPECT_THAT(bench.settle(), Contains("recreate pm/input/ipv4"));
+}
+
+// The first policy waits for a result when the machine is switched off; the second is next.
+TEST_F(Reconciling, ATurnThatComesWhileTheMachineIsOffProgramsNothing) {
+  bench.policy("zz")->classPrioIs(Kor::Name("c"), 10);
+  bench.attach("zz", "Ethernet2");
+  bench.helper->asyncOperationsIs(true);
+  bench.start();
+  bench.settle();
+  bench.machine->hasNotificationActiveIs(false);
+  bench.helper->asyncOperationResultIs({"", 1});
+  bench.helper->asyncOperationResultIs({"", 2});
+  EXPECT_THAT(bench.settle(), Each(Not(StartsWith("create zz"))));
+  bench.machine->hasNotificationActiveIs(true);
+  EXPECT_THAT(bench.settle(), Contains("create zz/input/ipv4"));
+}
+
+// Does something once, when an option has failed.
+class FailureHook final : public PolicyMap::PolicyMapStatus::NotifieeConst {
+ public:
+  FailureHook(PolicyMap::PolicyMapStatus const* status, std::function<void()> deed)
+      : NotifieeConst(status), deed_(std::move(deed)) {}
+  void onFailure(ClassMapMatchOption const& /*option*/) override {
+    if (auto const once = std::exchange(deed_, nullptr)) {
+      once();
+    }
+  }
+
+ private:
+  std::function<void()> deed_;
+};
+
+TEST_F(Reconciling, AnObserverOfARefusalThatTakesTheMachineAwayEndsThePublication) {
+  Acl::IpRuleConfig deny;
+  deny.permitIs(false);
+  bench.acls->ipAclIs("acl")->ruleIs(10, deny);
+  bench.helper->denyRulesAllowedIs(false);
+  bench.start();
+  auto const status = bench.status->policyMapStatus(input);
+  auto const hook = Kor::make<FailureHook>(
+      status.get(), [&] { bench.machine->policyMapSm(input)->serviceIs(nullptr); });
+  bench.settle();
+  EXPECT_EQ(status->failures(), 1U);
+  EXPECT_EQ(status->classMapStatus("c")->error(), "");
+}
+
 }  // namespace
 }  // namespace policymap

@@ -6,6 +6,8 @@
 
 #include "policymap/PolicyBench.h"
 
+#include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -15,14 +17,21 @@ namespace policymap {
 // What all machines of one tree share: what happened, and what the test wants of them.
 struct Hooks {
   std::vector<std::string> journal;
-  std::set<int> refusedKinds;      // createActionSm answers null
-  bool refuseClasses = false;      // createClassMapSm answers null
-  bool refusePolicies = false;     // createPolicyMapSm answers null
-  bool refuseClassData = false;    // createCommonData of classes answers null
-  bool refuseClassStatus = false;  // createClassMapStatus answers null
-  bool refuseMatchSm = false;      // createMatchSm answers null
+  std::set<int> refusedKinds;      // createActionSm returns null
+  bool refuseClasses = false;      // createClassMapSm returns null
+  bool refusePolicies = false;     // createPolicyMapSm returns null
+  bool refuseClassData = false;    // createCommonData of classes returns null
+  bool refuseClassStatus = false;  // createClassMapStatus returns null
+  bool refuseMatchSm = false;      // createMatchSm returns null
 
-  void say(std::string const& line) { journal.push_back(line); }
+  std::map<std::string, std::function<void()>> deeds;  // done once, when their line is written
+
+  void say(std::string const& line) {
+    journal.push_back(line);
+    if (auto const deed = deeds.extract(line)) {
+      deed.mapped()();
+    }
+  }
   std::vector<std::string> taken() { return std::exchange(journal, {}); }
 };
 

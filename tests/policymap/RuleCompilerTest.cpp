@@ -63,7 +63,7 @@ class Compiling : public testing::Test {
   }
   [[nodiscard]] std::size_t rulesOf(CompiledClass const& result) const {
     std::size_t count = 0;
-    result.rules[0]->forEach([&](auto const&) {
+    result.rules[ClassMapMatchOption::ipv4]->forEach([&](auto const&) {
       ++count;
       return true;
     });
@@ -77,7 +77,7 @@ TEST_F(Compiling, ARuleIsFoundByItsKeyAndByNoOther) {
   list("web", 2);
   classMap("c")->matchIs(9, ClassMapMatch::rule(own));
   match("c", 10, "web");
-  auto const rules = compiled().rules[0];
+  auto const rules = compiled().rules[ClassMapMatchOption::ipv4];
   auto const find = [&](char const* name, std::uint32_t seqno) {
     return rules->find<Acl::IpRuleConfig>({"c", name, seqno, ClassMapMatchOption::ipv4});
   };
@@ -100,7 +100,8 @@ TEST_F(Compiling, AWalkThroughTheRulesEndsWhenTheVisitorHasEnough) {
   EXPECT_EQ(rulesOf(result), 5U);
   for (int const enough : {1, 3, 4, 5}) {
     int visits = 0;
-    result.rules[0]->forEach([&](auto const&) { return ++visits < enough; });
+    result.rules[ClassMapMatchOption::ipv4]->forEach(
+        [&](auto const&) { return ++visits < enough; });
     EXPECT_EQ(visits, enough);
   }
 }

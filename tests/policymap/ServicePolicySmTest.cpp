@@ -3,8 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include <limits>
-
 namespace policymap {
 namespace {
 
@@ -12,6 +10,7 @@ using PolicyMap::PolicyMapSmKey;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 class ServiceMachine : public testing::Test {
@@ -61,6 +60,7 @@ TEST_F(ServiceMachine, CarriesItsArgumentsAndItsDefaults) {
   EXPECT_EQ(machine.aclDiff(), bench.diff);
   EXPECT_TRUE(machine.allowL2Intf() && machine.allowL3Intf() && machine.allowMgmtIntf());
   EXPECT_TRUE(machine.allowIpAcl() && machine.allowIp6Acl() && machine.allowMacAcl());
+  EXPECT_TRUE(machine.allowsOption(ClassMapMatchOption::mpls));
   EXPECT_EQ(machine.retryMin(), 1);
   EXPECT_EQ(machine.retryMax(), 60);
   EXPECT_EQ(machine.asyncTimeout(), 30);
@@ -124,6 +124,45 @@ TEST_F(ServiceMachine, APolicyMachineIsCleanedUpThenAZombieThenReleased) {
   auto const journal = bench.hooks.taken();
   EXPECT_THAT(std::vector<std::string>(journal.end() - 4, journal.end()),
               ElementsAre("pm/input: cleanup", "c: cleanup", "c: zombie", "pm/input: zombie"));
+}
+
+TEST_F(ServiceMachine, AnAttachmentChangedAgainWhileItIsTakenUpIsOfTheLastPolicy) {
+  bench.simplePolicy();
+  bench.policies->policyMapConfigIs("other");
+  bench.policies->policyMapConfigIs("last");
+  bench.activate();
+  bench.settle();
+  bench.hooks.deeds["handlePolicyMap pm"] = [this] { bench.attach("last", "Ethernet1"); };
+  bench.attach("other", "Ethernet1");
+  bench.settle();
+  EXPECT_TRUE(bench.service->policyMapSm({"last", "input"}));
+  EXPECT_FALSE(bench.service->policyMapSm({"other", "input"}));
+  EXPECT_EQ(bench.service->policyMapSms(), 1U);
+}
+
+TEST_F(ServiceMachine, CleanupWhileAPolicyMachineIsMadeLetsItGoToo) {
+  bench.activate();
+  bench.hooks.deeds["createPolicyMapSm pm/input global config status"] = [this] {
+    bench.service->cleanup();
+  };
+  bench.simplePolicy();
+  EXPECT_THAT(bench.hooks.deeds, IsEmpty());
+  EXPECT_THAT(bench.settle(), ElementsAre("hwInit"));
+  EXPECT_EQ(bench.service->policyMapSms(), 0U);
+}
+
+TEST_F(ServiceMachine, AttachmentsItFindsUnchangedAreNotTakenUpAgain) {
+  bench.simplePolicy();
+  bench.activate();
+  bench.settle();
+  bench.service->hasNotificationActiveIs(false);
+  bench.hooks.taken();
+  bench.service->hasNotificationActiveIs(true);
+  auto const journal = bench.hooks.taken();
+  EXPECT_THAT(journal, Contains("handleIntf Ethernet1"));
+  EXPECT_THAT(journal, Not(Contains("handlePolicyMap pm")));
+  EXPECT_THAT(journal, Not(Contains(StartsWith("pm/input: activeIntf"))));
+  EXPECT_THAT(bench.settle(), IsEmpty());
 }
 
 TEST_F(ServiceMachine, MayBeRefusedAPolicyMachine) {
@@ -264,6 +303,45 @@ TEST_F(ServiceMachine, AnInterfaceWithoutAPolicyIsNoQuestion) {
   EXPECT_THAT(bench.settle(), IsEmpty());
 }
 
+TEST_F(ServiceMachine, AMemberThatMovesIsLookedAtWithBothItsChannels) {
+  bench.lag->memberOfIs(intf("Ethernet3"), intf("PortChannel1"));
+  bench.activate();
+  bench.hooks.taken();
+  bench.lag->memberOfIs(intf("Ethernet3"), intf("PortChannel2"));
+  EXPECT_THAT(bench.hooks.taken(), ElementsAre("handleIntf PortChannel1", "handleIntf PortChannel2",
+                                               "handleIntf Ethernet3"));
+}
+
+// A policy at a port-channel of Ethernet3 and Ethernet4, on a helper that expands it.
+class ServiceMachineWithChannel : public ServiceMachine {
+ protected:
+  void SetUp() override {
+    bench.helper->expandPortChannelsIs(true);
+    bench.lag->memberOfIs(intf("Ethernet3"), intf("PortChannel7"));
+    bench.lag->memberOfIs(intf("Ethernet4"), intf("PortChannel7"));
+    bench.simplePolicy();
+    bench.detach("Ethernet1");
+    bench.attach("pm", "PortChannel7");
+    bench.activate();
+    EXPECT_THAT(bench.settle(), Contains("addIntf pm/input/ipv4 Ethernet3"));
+  }
+};
+
+TEST_F(ServiceMachineWithChannel, FollowsAMemberThatItFoundAtTheStart) {
+  bench.lag->memberOfDel(intf("Ethernet3"));
+  EXPECT_THAT(bench.settle(),
+              ElementsAre("removeIntf pm/input/ipv4 Ethernet3", "commit pm/input/ipv4"));
+}
+
+TEST_F(ServiceMachineWithChannel, LooksAtTheChannelWhenItIsToldOfAMember) {
+  bench.service->handleIntf(intf("Ethernet3"), false);
+  EXPECT_THAT(bench.settle(), IsEmpty());
+  bench.service->handleIntf(intf("Ethernet3"), true);
+  EXPECT_THAT(bench.settle(), ElementsAre("recreate pm/input/ipv4",
+                                          "addRule pm/input/ipv4 c:acl:10 permit tcp any any",
+                                          "commit pm/input/ipv4"));
+}
+
 TEST_F(ServiceMachine, HandleIntfIsLegalInsideAnother) {
   class Nesting : public RecordingServiceSm {
    public:
@@ -341,14 +419,15 @@ TEST_F(ServiceMachine, IsQuietUntilItsNotificationsAreOn) {
 
 TEST_F(ServiceMachine, InactiveItReEvaluatesNothing) {
   bench.simplePolicy();
+  bench.attach("pm", "Vlan10");
   bench.activate();
   bench.settle();
   bench.service->hasNotificationActiveIs(false);
   bench.hooks.taken();
   bench.attach("pm", "Ethernet2");
-  bench.routing->routedIntfIs(intf("Ethernet1"), true);
-  bench.service->handleIntf(intf("Ethernet1"), true);
-  EXPECT_THAT(bench.hooks.taken(), ElementsAre("handleIntf Ethernet1 force"));
+  bench.ip->intfAddressIs(intf("Vlan10"), Ip::Address("10.0.0.1/24"));
+  bench.service->handleIntf(intf("Vlan10"), true);
+  EXPECT_THAT(bench.hooks.taken(), ElementsAre("handleIntf Vlan10 force"));
   EXPECT_THAT(bench.settle(), IsEmpty());
 }
 
@@ -453,43 +532,16 @@ TEST_F(ServiceMachine, OtherStatusesOfTheSameContentProgramNothing) {
   EXPECT_THAT(bench.settle(), IsEmpty());
 }
 
-TEST_F(ServiceMachine, RefusesWaitsThatAreNone) {
+TEST_F(ServiceMachine, KeepsTheWaitsItIsGiven) {
   bench.make();
   auto& machine = *bench.service;
-  double const nan = std::numeric_limits<double>::quiet_NaN();
-  for (double const wait : {0.0, -0.0, -1.0, nan}) {
-    EXPECT_THROW(machine.retryMinIs(wait), Kor::RangeException) << wait;
-    EXPECT_THROW(machine.retryMaxIs(wait), Kor::RangeException) << wait;
-    EXPECT_THROW(machine.asyncTimeoutIs(wait), Kor::RangeException) << wait;
-  }
-  EXPECT_THROW(machine.retryMinIs(61), Kor::RangeException);
-  EXPECT_THROW(machine.retryMaxIs(0.5), Kor::RangeException);
-  EXPECT_EQ(machine.retryMin(), 1);
-  EXPECT_EQ(machine.retryMax(), 60);
-  EXPECT_EQ(machine.asyncTimeout(), 30);
-  machine.retryMinIs(60);
-  machine.retryMaxIs(60);
-  machine.asyncTimeoutIs(0.001);
-  EXPECT_EQ(machine.retryMin(), 60);
-  EXPECT_EQ(machine.asyncTimeout(), 0.001);
-}
-
-TEST_F(ServiceMachine, SaysWhichWaitItRefusesAndWhy) {
-  bench.make();
-  auto const refusal = [](auto&& write) -> std::string {
-    try {
-      write();
-    } catch (Kor::RangeException const& exception) {
-      return exception.what();
-    }
-    return "";
-  };
-  EXPECT_EQ(refusal([&] { bench.service->retryMinIs(-1); }),
-            "ServicePolicySm::retryMin -1 not allowed, must be above 0 and not above retryMax 60");
-  EXPECT_EQ(refusal([&] { bench.service->retryMaxIs(0.5); }),
-            "ServicePolicySm::retryMax 0.5 not allowed, must be above 0 and not below retryMin 1");
-  EXPECT_EQ(refusal([&] { bench.service->asyncTimeoutIs(0); }),
-            "ServicePolicySm::asyncTimeout 0 not allowed, must be above 0");
+  machine.retryMaxIs(90);
+  machine.retryMinIs(70);
+  machine.asyncTimeoutIs(5);
+  EXPECT_THROW(machine.retryMinIs(91), Kor::RangeException);
+  EXPECT_EQ(machine.retryMin(), 70);
+  EXPECT_EQ(machine.retryMax(), 90);
+  EXPECT_EQ(machine.asyncTimeout(), 5);
 }
 
 TEST_F(ServiceMachine, WithWaitsTooSmallForTheClockTheLoopStillEnds) {
@@ -537,6 +589,34 @@ TEST_F(ServiceMachine, NewAccessListsMeanNewGlobalDataAndANewTree) {
   EXPECT_NE(bench.service->policyMapSm(input), oldMachine);
   EXPECT_EQ(bench.service->policyMapSm(input)->globalCommonData(), bench.service->commonData());
   EXPECT_EQ(oldMachine->globalCommonData(), oldData);
+}
+
+// One deletion on the former helper turns the event loop while the other policy is still there.
+TEST_F(ServiceMachine, ProgramsNothingOnAnotherHelperWhilePoliciesLeaveTheFormerOne) {
+  class Turning : public CallLog {
+   public:
+    Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) override {
+      Kor::EventLoop::global().runUntilIdle();
+      ofOther.push_back(other->calls.size());
+      return CallLog::deletePolicy(data, option);
+    }
+    Kor::Ptr<CallLog> other;
+    std::vector<std::size_t> ofOther;  // calls of the other helper at each deletion
+  };
+  auto const former = Kor::make<Turning>();
+  former->other = Kor::make<CallLog>();
+  bench.helper = former;
+  bench.simplePolicy();
+  bench.attach("pm", "Ethernet2", "output");
+  bench.activate();
+  bench.settle();
+  bench.rule("acl", 20);
+  bench.service->aclHelperIs(former->other);
+  EXPECT_THAT(former->ofOther, ElementsAre(0U, 0U));
+  bench.helper = former->other;
+  auto const calls = bench.settle();
+  EXPECT_EQ(calls.size(), 11U);
+  EXPECT_EQ(calls.front(), "hwInit");
 }
 
 TEST_F(ServiceMachine, MayEndInsideAHelperCall) {

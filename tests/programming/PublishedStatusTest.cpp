@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "policymap/PolicyBench.h"
-#include "support/Watcher.h"
+#include "policymap/StatusWatcher.h"
 
 #include <PolicyMap/PolicyMapTypeStatus.h>
 
@@ -12,107 +12,13 @@
 namespace policymap {
 namespace {
 
-using PolicyMap::ClassMapStatus;
 using PolicyMap::PolicyMapSmKey;
 using PolicyMap::PolicyMapStatus;
-using PolicyMap::PolicyMapTypeStatus;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using TestSupport::Journal;
-using TestSupport::Watcher;
-
-class ClassStatusWatcher : public Watcher<ClassMapStatus::NotifieeConst> {
- public:
-  using Watcher::Watcher;
-  void onError() override { heard("error"); }
-};
-class StatusWatcher : public Watcher<PolicyMapStatus::NotifieeConst> {
- public:
-  using Watcher::Watcher;
-  void onError() override { heard("error"); }
-  void onProgrammed(ClassMapMatchOption option) override { heard("programmed " + text(option)); }
-  void onClassMapStatus(Kor::Name const& name) override { heard("class " + text(name)); }
-  void onTimeProgrammed(ClassMapMatchOption option) override {
-    heard("time of " + text(option) + (notifier()->korTimeProgrammed(option) ? "" : " gone"));
-  }
-  void onAppliedIntf(PolicyMap::OptionIntf const& where) override {
-    heard(text(where.option()) + (notifier()->appliedIntf(where) ? " at " : " not at ") +
-          text(where.intf()));
-  }
-};
-class StatusesWatcher : public Watcher<PolicyMapTypeStatus::NotifieeConst> {
- public:
-  using Watcher::Watcher;
-  void onPolicyMapStatus(PolicyMapSmKey const& key) override {
-    heard(text(key.first()) + " " + text(key.second()));
-  }
-};
-
-TEST(Status, OfAClassAnnouncesAnotherErrorOnly) {
-  auto const status = Kor::make<ClassMapStatus>("c");
-  Journal journal;
-  auto const watcher = Kor::make<ClassStatusWatcher>(journal, "w", status.get());
-  status->errorIs("");
-  status->errorIs("no list");
-  status->errorIs("no list");
-  status->errorIs("");
-  EXPECT_THAT(journal, ElementsAre("w: error", "w: error"));
-}
-
-TEST(Status, OfAPolicyAnnouncesEachChangeOnce) {
-  auto const status = Kor::make<PolicyMapStatus>(PolicyMapSmKey("pm", "input"));
-  EXPECT_EQ(status->name(), "pm");
-  EXPECT_EQ(status->key(), PolicyMapSmKey("pm", "input"));
-  Journal journal;
-  auto const watcher = Kor::make<StatusWatcher>(journal, "w", status.get());
-  status->errorIs("table full");
-  status->errorIs("table full");
-  status->programmedIs(ClassMapMatchOption::mac, true);
-  status->programmedIs(ClassMapMatchOption::mac, true);
-  status->programmedDel(ClassMapMatchOption::ipv4);
-  status->programmedDel(ClassMapMatchOption::mac);
-  auto const classStatus = status->classMapStatusIs("c");
-  classStatus->errorIs("inside");
-  status->classMapStatusDel("c");
-  status->timeProgrammedIs(ClassMapMatchOption::mac, 0);
-  status->timeProgrammedIs(ClassMapMatchOption::mac, 0);
-  status->timeProgrammedIs(ClassMapMatchOption::mac, 1.5);
-  status->timeProgrammedDel(ClassMapMatchOption::mac);
-  status->appliedIntfIs({ClassMapMatchOption::mac, intf("Ethernet1")}, true);
-  status->appliedIntfIs({ClassMapMatchOption::mac, intf("Ethernet1")}, true);
-  status->appliedIntfDel({ClassMapMatchOption::ipv4, intf("Ethernet1")});
-  status->appliedIntfDel({ClassMapMatchOption::mac, intf("Ethernet1")});
-  EXPECT_THAT(journal,
-              ElementsAre("w: error", "w: programmed mac", "w: programmed mac", "w: class c",
-                          "w: class c", "w: time of mac", "w: time of mac", "w: time of mac gone",
-                          "w: mac at Ethernet1", "w: mac not at Ethernet1"));
-}
-
-TEST(Status, OfAPolicyListsTheInterfacesOfAnOptionAscending) {
-  auto const status = Kor::make<PolicyMapStatus>(PolicyMapSmKey("pm", "input"));
-  for (char const* const name : {"Ethernet10", "Vlan1", "Ethernet2", "PortChannel7"}) {
-    status->appliedIntfIs({ClassMapMatchOption::ipv4, intf(name)}, true);
-  }
-  status->appliedIntfIs({ClassMapMatchOption::ipv6, intf("Ethernet3")}, true);
-  std::vector<Vorel::IntfId> const intfs = status->intfs(ClassMapMatchOption::ipv4);
-  EXPECT_EQ(intfs.size(), 4U);
-  EXPECT_TRUE(std::is_sorted(intfs.begin(), intfs.end()));
-  EXPECT_THAT(status->intfs(ClassMapMatchOption::ipv6), ElementsAre(intf("Ethernet3")));
-  EXPECT_THAT(status->intfs(ClassMapMatchOption::mac), IsEmpty());
-}
-
-TEST(Status, PoliciesComeAndGoByKey) {
-  auto const all = Kor::make<PolicyMapTypeStatus>();
-  Journal journal;
-  auto const watcher = Kor::make<StatusesWatcher>(journal, "w", all.get());
-  auto const status = all->policyMapStatusIs({"pm", "input"});
-  EXPECT_EQ(all->policyMapStatusIs({"pm", "input"}), status);
-  EXPECT_EQ(all->policyMapStatus({"pm", "output"}), nullptr);
-  all->policyMapStatusDel({"pm", "input"});
-  EXPECT_THAT(journal, ElementsAre("w: pm input", "w: pm input"));
-}
 
 class PublishedStatus : public testing::Test {
  protected:

@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <stdexcept>
+
 namespace policymap {
 namespace {
 
@@ -99,6 +101,36 @@ TEST_F(HitCount, IsNotAskedForAfterTheStop) {
   EXPECT_EQ(bench.helper->countCalls, 4U);
   EXPECT_EQ(read(false), 1U);
   EXPECT_EQ(bench.helper->countCalls, 1U);
+}
+
+// Throws when it is asked for the count of rule 10.
+class ThrowingCounts final : public CallLog {
+ public:
+  std::uint64_t getCountForRule(PolicyMap::AclRuleKey const& key, PolicyData const& data,
+                                ClassData const& classData) override {
+    if (key.seqno() == 10) {
+      throw std::runtime_error("no counter");
+    }
+    return CallLog::getCountForRule(key, data, classData);
+  }
+};
+
+TEST_F(HitCount, OfARuleWhoseCounterThrowsIsAbsent) {
+  bench.helper = Kor::make<ThrowingCounts>();
+  bench.helper->counts = {{key(20), 7}};
+  bench.machine->aclHelperIs(bench.helper);
+  bench.settle();
+  request(1);
+  bench.settle();
+  EXPECT_FALSE(status()->korHitCount(key(10)));
+  EXPECT_EQ(status()->hitCount(key(20)), 7U);
+}
+
+TEST_F(HitCount, OfAClassWithoutStatusIsNotAskedFor) {
+  bench.machine->policyMapSm({"pm", "input"})->classMapSm("c")->classMapStatusIs(nullptr);
+  request(1);
+  bench.settle();
+  EXPECT_EQ(bench.helper->countCalls, 0U);
 }
 
 TEST_F(HitCount, GoesWithThePolicy) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Where each virtual function of the base classes stands in its class's table. Whoever derives from
-// them in a library of their own depends on these numbers.
+// Where each virtual function is in the table of its class. A binary consumer depends on these
+// numbers.
 
 #include "support/VirtualSlot.h"
 

@@ -1,32 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/AclRuleKey.h"
-#include "PolicyMap/AsyncOperationResult.h"
-#include "PolicyMap/PolicyMapSmKey.h"
-#include "PolicyMap/SubRuleData.h"
+
+#include <utility>
 
 namespace PolicyMap {
 namespace {
 
-template <class T>
-Kor::KorType* typeOf() {
-  static Kor::KorType type(T::korTypeName, nullptr);
-  return &type;
-}
-
-std::uint32_t hashOfParts(Kor::Name const& className, Kor::Name const& aclName, std::uint32_t seqno,
-                          ClassMapMatchOption option) {
+std::uint32_t hashOf(Kor::Name const& className, Kor::Name const& aclName, std::uint32_t seqno,
+                     ClassMapMatchOption option) {
   std::uint32_t const names = Kor::hashCombine(className.hash(), aclName.hash());
   return Kor::hashCombine(names ^ static_cast<std::uint32_t>(option), seqno);
 }
 
 }  // namespace
-
-PolicyMapSmKey::PolicyMapSmKey(Kor::TextIterator& it, Kor::TextIterator const& end) {
-  Kor::readValueFields(it, end, *this);
-}
-Kor::KorType* PolicyMapSmKey::_fwkType() {
-  return typeOf<PolicyMapSmKey>();
-}
 
 AclRuleKey::AclRuleKey(Kor::Name className, Kor::Name aclName, std::uint32_t seqno,
                        ClassMapMatchOption matchOption)
@@ -34,38 +20,31 @@ AclRuleKey::AclRuleKey(Kor::Name className, Kor::Name aclName, std::uint32_t seq
       aclName_(std::move(aclName)),
       seqno_(seqno),
       matchOption_(matchOption),
-      hash_(hashOfParts(className_, aclName_, seqno_, matchOption_)) {}
+      hash_(hashOf(className_, aclName_, seqno_, matchOption_)) {}
+
 AclRuleKey::AclRuleKey(Kor::TextIterator& it, Kor::TextIterator const& end) : AclRuleKey() {
   Kor::readValueFields(it, end, *this);
 }
+
 void AclRuleKey::classNameIs(Kor::Name const& name) {
   *this = AclRuleKey(name, aclName_, seqno_, matchOption_);
 }
+
 void AclRuleKey::aclNameIs(Kor::Name const& name) {
   *this = AclRuleKey(className_, name, seqno_, matchOption_);
 }
+
 void AclRuleKey::seqnoIs(std::uint32_t seqno) {
   *this = AclRuleKey(className_, aclName_, seqno, matchOption_);
 }
+
 void AclRuleKey::matchOptionIs(ClassMapMatchOption option) {
   *this = AclRuleKey(className_, aclName_, seqno_, option);
 }
+
 Kor::KorType* AclRuleKey::_fwkType() {
-  return typeOf<AclRuleKey>();
-}
-
-SubRuleData::SubRuleData(Kor::TextIterator& it, Kor::TextIterator const& end) {
-  Kor::readValueFields(it, end, *this);
-}
-Kor::KorType* SubRuleData::_fwkType() {
-  return typeOf<SubRuleData>();
-}
-
-AsyncOperationResult::AsyncOperationResult(Kor::TextIterator& it, Kor::TextIterator const& end) {
-  Kor::readValueFields(it, end, *this);
-}
-Kor::KorType* AsyncOperationResult::_fwkType() {
-  return typeOf<AsyncOperationResult>();
+  static Kor::KorType type(korTypeName, nullptr);
+  return &type;
 }
 
 }  // namespace PolicyMap

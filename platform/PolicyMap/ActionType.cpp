@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PolicyMap/ActionType.h"
+
+namespace PolicyMap {
+namespace {
+
+constexpr Kor::EnumNames names{"ActionType", nullptr, 0};
+
+}  // namespace
+
+Kor::KorType* korEnumType(ActionType /*any*/) {
+  static Kor::KorType type("PolicyMap::ActionType", nullptr);
+  return &type;
+}
+
+Kor::String8 valueToStrep(ActionType type) {
+  return Kor::enumToStrep(names, static_cast<std::int32_t>(type));
+}
+
+void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end, ActionType& type) {
+  type = static_cast<ActionType>(Kor::sequenceToEnum(it, end, names));
+}
+
+std::ostream& operator<<(std::ostream& out, ActionType type) {
+  return out << Kor::enumToText(names, static_cast<std::int32_t>(type));
+}
+
+}  // namespace PolicyMap

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Attachments: which policy-map is attached where, with indexes from policies to interfaces and
+// from interfaces to policies. Plain data: it holds what it was last told and calls no one.
+//
+//   Attachments::Change const change = attachments.set({intf, "input"}, "web");
+//   // change.left and change.joined say which policies have another set of interfaces now
+
+#include "PolicyMapExport.h"
+#include "PolicyMap/PolicyMapSmKey.h"
+#include "PolicyMap/PolicyMapTypeConfig.h"
+#include "Vorel/IntfId.h"
+
+#include <map>
+#include <optional>
+#include <set>
+#include <vector>
+
+namespace PolicyMap {
+
+class POLICYMAP_API Attachments {
+ public:
+  struct Change {
+    std::optional<PolicyMapSmKey> left;    // the policy that was attached at the place
+    std::optional<PolicyMapSmKey> joined;  // the one that is attached there now
+  };
+
+  // Attaches a policy-map at a place; the empty name attaches none. Both members of the result are
+  // empty when the place has that policy-map already.
+  Change set(ServicePolicyKey const& place, Kor::Name const& policyMapName);
+
+  [[nodiscard]] bool contains(PolicyMapSmKey const& policy) const {
+    return intfsOf_.contains(policy);
+  }
+  [[nodiscard]] bool contains(PolicyMapSmKey const& policy, Vorel::IntfId intf) const;
+
+  // Each of these returns a copy, ascending, so that a caller may change attachments while it walks
+  // over it.
+  [[nodiscard]] std::set<ServicePolicyKey> places() const;
+  [[nodiscard]] std::vector<PolicyMapSmKey> policies() const;
+  [[nodiscard]] std::vector<Vorel::IntfId> intfs() const;
+  [[nodiscard]] std::set<Vorel::IntfId> intfsOf(PolicyMapSmKey const& policy) const;
+  [[nodiscard]] std::set<PolicyMapSmKey> policiesAt(Vorel::IntfId intf) const;
+
+ private:
+  void join(PolicyMapSmKey const& policy, Vorel::IntfId intf);
+  void leave(PolicyMapSmKey const& policy, Vorel::IntfId intf);
+
+  std::map<ServicePolicyKey, Kor::Name> attachedAt_;
+  // No set of these is empty.
+  std::map<PolicyMapSmKey, std::set<Vorel::IntfId>> intfsOf_;
+  std::map<Vorel::IntfId, std::set<PolicyMapSmKey>> policiesAt_;
+};
+
+}  // namespace PolicyMap

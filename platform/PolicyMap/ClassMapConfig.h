@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Kor/Entity.h"
+#include "Kor/HashMap.h"
+#include "PolicyMap/ClassMapSubConfig.h"
+#include "PolicyMapExport.h"
+
+#include <utility>
+
+namespace PolicyMap {
+
+class ClassMapTypeConfig;
+
+// One class-map.
+class POLICYMAP_API ClassMapConfig : public Kor::Entity, public Kor::HashMapLink<ClassMapConfig> {
+ public:
+  using Ptr = Kor::Ptr<ClassMapConfig>;
+  using PtrConst = Kor::Ptr<ClassMapConfig const>;
+  class NotifieeConst;
+  class Notifiee;
+
+  explicit ClassMapConfig(Kor::Name name);
+  ~ClassMapConfig() override;
+
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType* _fwkType();
+  [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
+  void korOwnerIs(ClassMapTypeConfig* owner) { owner_ = owner; }
+
+  // The sub-configuration in force; null: the class-map matches nothing.
+  [[nodiscard]] Kor::Ptr<ClassMapSubConfig> const& currentSubConfig() const { return current_; }
+  void currentSubConfigIs(Kor::Ptr<ClassMapSubConfig> const& subConfig);
+
+  static constexpr Kor::AttributeId currentSubConfigId = 258;
+
+ private:
+  class ContentWatch;
+
+  void contentChanged();
+
+  Kor::Ptr<ClassMapSubConfig> current_;
+  Kor::Ptr<ContentWatch> content_;  // on current_
+  ClassMapTypeConfig* owner_ = nullptr;
+};
+
+class POLICYMAP_API ClassMapConfig::NotifieeConst
+    : public Kor::NotifieeOf<ClassMapConfig, Kor::Entity::NotifieeConst> {
+ public:
+  using NotifieeOf::NotifieeOf;
+  ~NotifieeConst() override;
+  virtual void onCurrentSubConfig() {}
+};
+
+class POLICYMAP_API ClassMapConfig::Notifiee : public ClassMapConfig::NotifieeConst {
+ public:
+  using NotifieeConst::NotifieeConst;
+  ~Notifiee() override;
+};
+
+}  // namespace PolicyMap

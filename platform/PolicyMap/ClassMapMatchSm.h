@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// ClassMapMatchSm: the rules of one class for one match option. It keeps its rules object while
+// newer rules make no difference, so that equal rules are the same object.
+
+#include "Acl/AclDiff.h"
+#include "Kor/PtrInterface.h"
+#include "PolicyMap/ClassMapMatchOption.h"
+#include "PolicyMap/ClassRules.h"
+#include "PolicyMapExport.h"
+
+namespace PolicyMap {
+
+class POLICYMAP_API ClassMapMatchSm : public Kor::PtrInterface {
+ public:
+  using Ptr = Kor::Ptr<ClassMapMatchSm>;
+  using PtrConst = Kor::Ptr<ClassMapMatchSm const>;
+
+  explicit ClassMapMatchSm(ClassMapMatchOption option) : option_(option) {}
+  ~ClassMapMatchSm() override;
+
+  [[nodiscard]] Kor::KorType const* fwkType() const override;
+  [[nodiscard]] static Kor::KorType* _fwkType();
+
+  [[nodiscard]] ClassMapMatchOption option() const { return option_; }
+  // Null before the first compilation.
+  [[nodiscard]] Kor::Ptr<ClassRules const> const& rules() const { return rules_; }
+  // Takes `rules` (not null) over unless they make no difference; returns whether it took them.
+  // Without a difference tracker every other object makes one.
+  bool rulesIs(Kor::Ptr<ClassRules const> const& rules, Acl::AclDiff const* aclDiff);
+
+ private:
+  ClassMapMatchOption option_;
+  Kor::Ptr<ClassRules const> rules_;
+};
+
+}  // namespace PolicyMap

@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PolicyMap/DuePasses.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace PolicyMap {
+
+void DuePasses::rulesDue() {
+  for (OptionState& option : state_) {
+    option.rulesDue = true;
+  }
+}
+
+void DuePasses::intfsDue() {
+  for (OptionState& option : state_) {
+    option.intfsDue = true;
+  }
+}
+
+void DuePasses::everythingDue() {
+  allActions_ = true;
+  rulesDue();
+}
+
+void DuePasses::reprogrammingDue() {
+  for (OptionState& option : state_) {
+    option.recreate = true;
+  }
+  rulesDue();
+}
+
+void DuePasses::failedDue() {
+  for (OptionState& option : state_) {
+    option.intfsDue = option.intfsDue || option.retry;
+  }
+}
+
+bool DuePasses::wantedIs(bool wanted) {
+  bool const changed = std::exchange(wanted_, wanted) != wanted;
+  if (changed) {
+    rulesDue();
+  }
+  return changed;
+}
+
+void DuePasses::restart() {
+  restart_ = true;
+  rulesDue();
+}
+
+bool DuePasses::any() const {
+  return anyActions() ||
+         std::any_of(state_.begin(), state_.end(), [](OptionState const& o) { return o.due(); });
+}
+
+std::optional<Pass> DuePasses::next(Turn& turn) {
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    if (!turn.over() && state_[option].due()) {
+      if (std::optional<Pass> pass = optionPass(option, turn)) {
+        return pass;
+      }
+    }
+  }
+  return !turn.over() && anyActions() ? updatePass(turn) : std::nullopt;
+}
+
+std::optional<Pass> DuePasses::optionPass(ClassMapMatchOption option, Turn& turn) {
+  OptionState& state = state_[option];
+  bool const rulesDue = std::exchange(state.rulesDue, false);
+  state.intfsDue = false;
+  if (!rulesDue && state.noClasses && !unwanted() && !turn.present(option).owned) {
+    return std::nullopt;
+  }
+  HelperTraits const traits(turn.helper());
+  WantedPolicy const wanted = wantedPolicy(option, rulesDue, traits, turn);
+  if (turn.over()) {
+    return std::nullopt;
+  }
+  OptionPlan plan =
+      planOption(option, wanted, turn.present(option), state, traits, turn.host().aclDiff().get());
+  if (plan.sameRules && wanted.classes) {
+    for (Kor::Name const& className : state.classes.adopt(*wanted.classes)) {
+      changedActions_.insert(className);
+      turn.renewed(className);
+    }
+  }
+  if (plan.refusal) {
+    state.refusedIs(*plan.refusal);
+    if (!plan.pass) {
+      turn.refused(option);
+    }
+  }
+  return std::move(plan.pass);
+}
+
+WantedPolicy DuePasses::wantedPolicy(ClassMapMatchOption option, bool rulesDue,
+                                     HelperTraits const& traits, Turn& turn) {
+  WantedPolicy wanted;
+  if (unwanted()) {
+    return wanted;
+  }
+  OptionState& state = state_[option];
+  bool const isKnown = known(turn.present(option), state);
+  if (turn.host().allowsOption(option)) {
+    wanted.intfs = turn.host().effectiveIntfs(policy_.key(), option);
+  }
+  if (turn.over() || (!rulesDue && isKnown && wanted.intfs.empty())) {
+    return wanted;
+  }
+  if (rulesDue || !isKnown || state.recreate || (anyActions() && !traits.updateActions)) {
+    // Of an option that is not allowed too: what is wrong with its rules refuses the others.
+    wanted.classes = wantedClasses(option, wanted.refusal);
+    state.noClasses = wanted.classes->empty() || !!wanted.refusal;
+  } else {
+    wanted.classes.reset();
+  }
+  if (!turn.over() && !turn.host().allowsOption(option)) {
+    return {};
+  }
+  return wanted;
+}
+
+ProgrammedClasses DuePasses::wantedClasses(ClassMapMatchOption option, PolicyFailure& refusal) {
+  ProgrammedClasses classes;
+  for (Kor::Ptr<ClassMapSm> const& machine : policy_.classesInOrder()) {
+    Kor::String const error = machine->ruleError();
+    if (!refusal && !error.empty()) {
+      refusal = PolicyFailure(error, {}, machine->className(), {});
+    }
+    Kor::Ptr<ClassRules const> const rules = machine->rules(option);
+    if (!rules->empty() && machine->classCommonData()) {
+      classes.add({machine->className(), machine->classCommonData(), rules});
+    }
+  }
+  return classes;
+}
+
+std::optional<Pass> DuePasses::updatePass(Turn& turn) {
+  bool const all = std::exchange(allActions_, false);
+  std::set<Kor::Name> const names = std::exchange(changedActions_, {});
+  if (unwanted()) {
+    return std::nullopt;
+  }
+  std::vector<Kor::Ptr<ClassMapSmCommonData>> changed;
+  for (auto const& machine : all ? policy_.classesInOrder() : policy_.classesInOrder(names)) {
+    if (machine->classCommonData()) {
+      changed.push_back(machine->classCommonData());
+    }
+  }
+  PerOption<bool> isKnown;
+  for (ClassMapMatchOption const option : allMatchOptions) {
+    isKnown[option] = known(turn.present(option), state_[option]);
+  }
+  Pass pass = planActionUpdate(changed, isKnown, state_);
+  if (pass.steps.empty()) {
+    return std::nullopt;
+  }
+  if (turn.helper().updateActionSupported()) {
+    return pass;
+  }
+  for (Step const& step : pass.steps) {
+    if (step.operation == HelperOperation::commitPolicy) {
+      rulesDue(step.option);
+    }
+  }
+  return next(turn);
+}
+
+}  // namespace PolicyMap

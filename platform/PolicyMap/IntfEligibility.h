@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// IntfEligibility: the rules by which interfaces may carry policies, judged by what the statuses
+// say at the moment of the call. Made for a few calls: it does not keep the statuses alive.
+
+#include "Ip/Status.h"
+#include "Ip6/Status.h"
+#include "PolicyMap/ClassMapMatchOption.h"
+#include "PolicyMapExport.h"
+#include "Routing/RoutingInfo.h"
+#include "Routing6/RoutingInfo.h"
+#include "Vorel/IntfId.h"
+
+namespace PolicyMap {
+
+// Null for a status that does not exist: then no interface has an address, or is routed.
+struct IntfStatuses {
+  Ip::Status const* ip = nullptr;
+  Ip6::Status const* ip6 = nullptr;
+  Routing::RoutingInfo const* routing = nullptr;
+  Routing6::RoutingInfo const* routing6 = nullptr;
+};
+
+// Which kinds of interfaces may carry policies.
+struct AllowedKinds {
+  bool layer2 = false;
+  bool layer3 = false;
+  bool management = false;
+};
+
+class POLICYMAP_API IntfEligibility {
+ public:
+  explicit IntfEligibility(IntfStatuses const& statuses) : statuses_(statuses) {}
+
+  [[nodiscard]] bool hasIp(Vorel::IntfId intf) const;
+  [[nodiscard]] bool hasIp6(Vorel::IntfId intf) const;
+  // With an address, or routed. What is not layer 3 is layer 2 if it is physical or a port-channel;
+  // everything else is neither.
+  [[nodiscard]] bool isLayer3(Vorel::IntfId intf) const;
+  [[nodiscard]] bool isLayer2(Vorel::IntfId intf) const;
+
+  // Whether the interface is of an allowed kind. A management interface is of no layer here.
+  [[nodiscard]] bool isAllowed(Vorel::IntfId intf, AllowedKinds const& kinds) const;
+  // Whether an interface of an allowed kind may carry rules of an option.
+  [[nodiscard]] bool allowsOption(Vorel::IntfId intf, ClassMapMatchOption option) const;
+
+ private:
+  IntfStatuses statuses_;
+};
+
+}  // namespace PolicyMap

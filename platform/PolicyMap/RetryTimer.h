@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// RetryTimer: a timer whose waits double from a minimum to a maximum.
+
+#include "Kor/EventLoop.h"
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+namespace PolicyMap {
+
+class RetryTimer {
+ public:
+  explicit RetryTimer(std::function<void()> retry) : timer_(std::move(retry)) {}
+
+  // Retries after the next wait. A retry that is scheduled already stays. In seconds.
+  void schedule(double min, double max) {
+    if (!timer_.scheduled()) {
+      wait_ = wait_ == 0 ? min : std::min(2 * wait_, max);
+      timer_.scheduleIn(wait_);
+    }
+  }
+  // Cancels the retry. The next wait is the shortest.
+  void startOver() {
+    wait_ = 0;
+    timer_.cancel();
+  }
+
+ private:
+  Kor::Timer timer_;
+  double wait_ = 0;  // the last one; 0: none yet
+};
+
+}  // namespace PolicyMap

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// ServicePolicyWatches: the objects that a service-policy machine watches, and what it hears from
+// them. Each watch turns the hooks of its object into one of the reports of Owner.
+
+#include "Acl/Config.h"
+#include "Ip/Status.h"
+#include "Ip6/Status.h"
+#include "Kor/Reactor.h"
+#include "Lag/Config.h"
+#include "PolicyMap/ClassMapTypeConfig.h"
+#include "PolicyMapExport.h"
+#include "PolicyMap/PolicyMapAclHelper.h"
+#include "PolicyMap/PolicyMapGlobalData.h"
+#include "PolicyMap/PolicyMapTypeConfig.h"
+#include "PolicyMap/PolicyMapTypeStatus.h"
+#include "Routing/RoutingInfo.h"
+#include "Routing6/RoutingInfo.h"
+
+namespace PolicyMap {
+
+class POLICYMAP_API ServicePolicyWatches {
+ public:
+  // Holds the watches. A report may end it: the watch does nothing afterwards.
+  class Owner {
+   public:
+    virtual void policyMapConfigChanged(Kor::Name const& policyMapName) = 0;
+    virtual void servicePolicyChanged(ServicePolicyKey const& place) = 0;
+    // An access list or a class-map came, went or changed.
+    virtual void dependencyChanged(DependencyKind kind, Kor::Name const& name) = 0;
+    virtual void countRequested(PolicyMapSmKey const& policy) = 0;
+    // The interface joined, left or changed its port-channel.
+    virtual void memberChanged(Vorel::IntfId member) = 0;
+    // Its address, or whether it is routed.
+    virtual void intfChanged(Vorel::IntfId intf) = 0;
+    // Routing was switched on or off for the whole system.
+    virtual void routingChanged() = 0;
+    virtual void capabilitiesChanged() = 0;
+
+   protected:
+    ~Owner() = default;
+  };
+
+  template <class T>
+  using Watch = Kor::Reactor<T const, typename T::NotifieeConst>;
+  using HelperWatch = Kor::Reactor<PolicyMapAclHelper, PolicyMapAclHelper::NotifieeConst>;
+
+  // Watches nothing yet. `owner` must outlive it.
+  explicit ServicePolicyWatches(Owner& owner);
+
+  // Quiet until the first is called with true; lets go while the second was called with true.
+  void hasNotificationActiveIs(bool active);
+  void korDoZombieReactors(bool zombie);
+
+  Watch<PolicyMapTypeConfig> policyConfig;
+  Watch<ClassMapTypeConfig> classTypeConfig;
+  Watch<PolicyMapStatusRequestDir> statusRequestDir;
+  Watch<Acl::Config> aclConfig;
+  Watch<Lag::Input::Config> lagConfig;
+  Watch<Ip::Status> ipStatus;
+  Watch<Ip6::Status> ip6Status;
+  Watch<Routing::RoutingInfo> routingInfo;
+  Watch<Routing6::RoutingInfo> routing6Info;
+  HelperWatch aclHelper;
+
+ private:
+  template <class Call>
+  void forEach(Call&& call);
+};
+
+}  // namespace PolicyMap

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "policymap/PolicyBench.h"
+
+#include <PolicyMap/ClassMapWatches.h>
+
+#include <gmock/gmock.h>
+
+namespace policymap {
+namespace {
+
+using PolicyMap::ClassMapTypeConfig;
+using PolicyMap::ClassMapWatches;
+using PolicyMap::DependencyKind;
+using PolicyMap::PolicyMapGlobalData;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Watches : public testing::Test {
+ protected:
+  Kor::Ptr<ClassMapTypeConfig> classMaps = Kor::make<ClassMapTypeConfig>();
+  Kor::Ptr<PolicyMapGlobalData> global =
+      Kor::make<PolicyMapGlobalData>(Kor::make<Acl::Config>(), classMaps);
+  std::vector<std::string> told;
+  ClassMapWatches watches{global, [this](Kor::Name const& name) { told.push_back(text(name)); }};
+
+  Watches() {
+    watches.classTypeConfigIs(classMaps);
+    watches.hasNotificationActiveIs(true);
+  }
+  void indexTells(char const* name) const {
+    global->dependencies().changed(DependencyKind::classMap, name);
+  }
+};
+
+TEST_F(Watches, WithoutAServiceMachineTellOfEveryClassMap) {
+  classMaps->classMapConfigIs("a");
+  classMaps->classMapConfigDel("a");
+  EXPECT_THAT(told, ElementsAre("a", "a"));
+}
+
+TEST_F(Watches, BelowAServiceMachineTellOfTheWatchedNamesAlone) {
+  watches.attachedIs(true);
+  watches.watch("a");
+  classMaps->classMapConfigIs("a");
+  EXPECT_THAT(told, IsEmpty()) << "the service machine feeds the index";
+  indexTells("a");
+  indexTells("b");
+  EXPECT_THAT(told, ElementsAre("a"));
+  watches.attachedIs(false);
+  classMaps->classMapConfigIs("b");
+  EXPECT_THAT(told, ElementsAre("a", "b"));
+}
+
+TEST_F(Watches, BelowAServiceMachineListenToClassMapsThatTheIndexDoesNotKnow) {
+  watches.attachedIs(true);
+  auto const others = Kor::make<ClassMapTypeConfig>();
+  watches.classTypeConfigIs(others);
+  others->classMapConfigIs("a");
+  EXPECT_THAT(told, ElementsAre("a"));
+}
+
+TEST_F(Watches, WithoutGlobalDataListenBelowAServiceMachineToo) {
+  watches.hasNotificationActiveIs(false);
+  ClassMapWatches alone{nullptr, [this](Kor::Name const& name) { told.push_back(text(name)); }};
+  alone.classTypeConfigIs(classMaps);
+  alone.hasNotificationActiveIs(true);
+  alone.attachedIs(true);
+  alone.watch("a");
+  classMaps->classMapConfigIs("a");
+  EXPECT_THAT(told, ElementsAre("a"));
+  alone.unwatch("a");
+}
+
+TEST_F(Watches, ANameThatIsWatchedTwiceIsToldOnceAndForgottenAtOnce) {
+  watches.watch("a");
+  watches.watch("a");
+  indexTells("a");
+  EXPECT_THAT(told, ElementsAre("a"));
+  watches.unwatch("a");
+  watches.unwatch("a");
+  indexTells("a");
+  EXPECT_THAT(told, ElementsAre("a"));
+}
+
+TEST_F(Watches, ANameMayBeUnwatchedWhenItIsToldOf) {
+  int calls = 0;
+  ClassMapWatches once{global, [&](Kor::Name const& name) {
+                         ++calls;
+                         once.unwatch(name);
+                       }};
+  once.watch("a");
+  indexTells("a");
+  indexTells("a");
+  EXPECT_EQ(calls, 1);
+}
+
+TEST_F(Watches, AreQuietWhileNotificationsAreOffAndAsZombies) {
+  watches.hasNotificationActiveIs(false);
+  classMaps->classMapConfigIs("a");
+  watches.hasNotificationActiveIs(true);
+  watches.korDoZombieReactors(true);
+  classMaps->classMapConfigIs("b");
+  EXPECT_THAT(told, IsEmpty());
+  watches.korDoZombieReactors(false);
+  classMaps->classMapConfigIs("c");
+  EXPECT_THAT(told, ElementsAre("c"));
+}
+
+TEST_F(Watches, FindTheClassMapsThatExist) {
+  auto const a = classMaps->classMapConfigIs("a");
+  EXPECT_EQ(watches.classMapConfig("a"), a);
+  EXPECT_FALSE(watches.classMapConfig("b"));
+  watches.classTypeConfigIs(nullptr);
+  EXPECT_FALSE(watches.classMapConfig("a"));
+}
+
+}  // namespace
+}  // namespace policymap
