@@ -33,7 +33,7 @@ class IpOptions {
   void takeAll() {
     while (!lexer_.peek().atEnd()) {
       bool const taken = std::any_of(options.begin(), options.end(), [this](Option const& option) {
-        return (this->*option.take)();
+        return (this->*option.take)(option.expected);
       });
       if (!taken) {
         lexer_.fail("a rule option (" + expected() + ") or end of line");
@@ -57,7 +57,7 @@ class IpOptions {
   }
 
  private:
-  bool takeDscp() {
+  bool takeDscp(std::string_view /*word*/) {
     if (!lexer_.peek().is("dscp")) {
       return false;
     }
@@ -74,7 +74,7 @@ class IpOptions {
     return true;
   }
 
-  bool takeTtl() {
+  bool takeTtl(std::string_view /*word*/) {
     if (!lexer_.peek().is("ttl")) {
       return false;
     }
@@ -88,21 +88,23 @@ class IpOptions {
     return true;
   }
 
-  bool takeEstablished() {
-    bool const taken = acceptTcpWord("established");
-    rule_.establishedIs(rule_.established() || taken);
+  template <auto get, auto set>
+  bool takeFlag(std::string_view word) {
+    bool const taken = lexer_.accept(word);
+    (rule_.*set)((rule_.*get)() || taken);
     return taken;
   }
 
-  bool takeAckOrRst() {
-    bool const taken = acceptTcpWord("ack-or-rst");
-    rule_.ackOrRstIs(rule_.ackOrRst() || taken);
-    return taken;
+  template <auto get, auto set>
+  bool takeFlagOfTcp(std::string_view word) {
+    needTcpBefore(word);
+    return takeFlag<get, set>(word);
   }
 
-  bool takeTcpFlag() {
+  bool takeTcpFlag(std::string_view /*word*/) {
     for (auto const& flag : tcpFlags) {
-      if (acceptTcpWord(flag.name)) {
+      needTcpBefore(flag.name);
+      if (lexer_.accept(flag.name)) {
         int const bits = rule_.tcpFlags().mask() | flag.bit;
         rule_.tcpFlagsIs(Acl::TcpFlags(bits, bits));
         return true;
@@ -111,13 +113,12 @@ class IpOptions {
     return false;
   }
 
-  bool acceptTcpWord(std::string_view word) {
+  void needTcpBefore(std::string_view word) const {
     refuseIf(lexer_.peek().is(word) && rule_.protocol() != protocol::tcp,
              "protocol tcp before a TCP flag");
-    return lexer_.accept(word);
   }
 
-  bool takeIcmp() {
+  bool takeIcmp(std::string_view /*word*/) {
     if (rule_.protocol() != protocol::icmp && rule_.protocol() != protocol::icmp6) {
       return false;
     }
@@ -143,13 +144,9 @@ class IpOptions {
     return true;
   }
 
-  bool takeFragments() {
-    bool const taken = lexer_.accept("fragments");
-    rule_.fragmentsIs(rule_.fragments() || taken);
-    return taken;
+  bool takeLog(std::string_view /*word*/) {
+    return lexer_.accept("log") || lexer_.accept("log-input");
   }
-
-  bool takeLog() { return lexer_.accept("log") || lexer_.accept("log-input"); }
 
   bool isNumber() const {
     std::uint64_t number = 0;
@@ -170,21 +167,23 @@ class IpOptions {
     return text;
   }
 
+  using F = Acl::IpFilterBase;
   struct Option {
-    std::string_view field;     // of the rule; empty for a word that is no part of it
-    std::string_view expected;  // as messages call it
-    bool (IpOptions::*take)();  // takes it if it comes next
+    std::string_view field;     // of the rule; empty for a word that the rule does not keep
+    std::string_view expected;  // the word itself, or what messages call it
+    bool (IpOptions::*take)(std::string_view word);  // consumes it if it comes next
   };
-  static constexpr std::array<Option, 8> options{{
-      {"dscp", "dscp", &IpOptions::takeDscp},
-      {"ttl", "ttl", &IpOptions::takeTtl},
-      {"established", "established", &IpOptions::takeEstablished},
-      {"ackOrRst", "ack-or-rst", &IpOptions::takeAckOrRst},
-      {"tcpFlags", "a TCP flag", &IpOptions::takeTcpFlag},
-      {"icmpType", "an ICMP message", &IpOptions::takeIcmp},
-      {"fragments", "fragments", &IpOptions::takeFragments},
-      {"", "log", &IpOptions::takeLog},
-  }};
+  static constexpr std::array options{
+      Option{"dscp", "dscp", &IpOptions::takeDscp},
+      Option{"ttl", "ttl", &IpOptions::takeTtl},
+      Option{"established", "established",
+             &IpOptions::takeFlagOfTcp<&F::established, &F::establishedIs>},
+      Option{"ackOrRst", "ack-or-rst", &IpOptions::takeFlagOfTcp<&F::ackOrRst, &F::ackOrRstIs>},
+      Option{"tcpFlags", "a TCP flag", &IpOptions::takeTcpFlag},
+      Option{"icmpType", "an ICMP message", &IpOptions::takeIcmp},
+      Option{"fragments", "fragments", &IpOptions::takeFlag<&F::fragments, &F::fragmentsIs>},
+      Option{"", "log", &IpOptions::takeLog},
+  };
 
   Lexer& lexer_;
   Acl::IpFilterBase& rule_;

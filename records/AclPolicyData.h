@@ -4,6 +4,7 @@
 #include "records/AclPolicyType.h"
 #include "records/Export.h"
 #include "records/SubRuleDataCollection.h"
+#include "records/TestActionKinds.h"
 
 #include <Acl/Ip6RuleConfig.h>
 #include <Acl/IpRuleConfig.h>
@@ -37,14 +38,12 @@ class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
  private:
   AclPolicyType key_;
 
-  // The values of the test actions, by rule: one collection for each kind in
-  // records/TestActionKinds.h.
-  KOR_VALUE_COLLECTION(AclPolicyData, ruleAction1, RuleAction1, PolicyMap::AclRuleKey,
+  // The values of the test actions, by rule: ruleAction1 and so on.
+#define POLICYMAPTEST_ROW(kind)                                                                  \
+  KOR_VALUE_COLLECTION(AclPolicyData, ruleAction##kind, RuleAction##kind, PolicyMap::AclRuleKey, \
                        std::uint32_t)
-  KOR_VALUE_COLLECTION(AclPolicyData, ruleAction2, RuleAction2, PolicyMap::AclRuleKey,
-                       std::uint32_t)
-  KOR_VALUE_COLLECTION(AclPolicyData, ruleAction3, RuleAction3, PolicyMap::AclRuleKey,
-                       std::uint32_t)
+  POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
   // What the rules match.
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatch, RuleMatch, PolicyMap::AclRuleKey,
                        Acl::IpRuleConfig)
@@ -59,33 +58,61 @@ class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
   KOR_VALUE_COLLECTION(AclPolicyData, intf, Intf, Vorel::IntfId, bool)
 
   // Counters: ...Inc adds, modulo 2^32, and returns the new value.
-  [[nodiscard]] std::uint32_t commitCount() const { return commitCount_; }
-  void commitCountIs(std::uint32_t count) { commitCount_ = count; }
-  std::uint32_t commitCountInc(std::uint32_t count) { return commitCount_ += count; }
+  [[nodiscard]] std::uint32_t commitCount() const {
+    return commitCount_;
+  }
+  void commitCountIs(std::uint32_t count) {
+    commitCount_ = count;
+  }
+  std::uint32_t commitCountInc(std::uint32_t count) {
+    return commitCount_ += count;
+  }
 
   // Whether something was programmed since the last commit.
-  [[nodiscard]] bool dirty() const { return dirty_; }
-  void dirtyIs(bool dirty) { dirty_ = dirty; }
+  [[nodiscard]] bool dirty() const {
+    return dirty_;
+  }
+  void dirtyIs(bool dirty) {
+    dirty_ = dirty;
+  }
 
-  [[nodiscard]] std::uint32_t createCount() const { return createCount_; }
-  void createCountIs(std::uint32_t count) { createCount_ = count; }
-  std::uint32_t createCountInc(std::uint32_t count) { return createCount_ += count; }
+  [[nodiscard]] std::uint32_t createCount() const {
+    return createCount_;
+  }
+  void createCountIs(std::uint32_t count) {
+    createCount_ = count;
+  }
+  std::uint32_t createCountInc(std::uint32_t count) {
+    return createCount_ += count;
+  }
 
-  [[nodiscard]] std::uint32_t beginUpdateActionCount() const { return beginUpdateActionCount_; }
-  void beginUpdateActionCountIs(std::uint32_t count) { beginUpdateActionCount_ = count; }
+  [[nodiscard]] std::uint32_t beginUpdateActionCount() const {
+    return beginUpdateActionCount_;
+  }
+  void beginUpdateActionCountIs(std::uint32_t count) {
+    beginUpdateActionCount_ = count;
+  }
   std::uint32_t beginUpdateActionCountInc(std::uint32_t count) {
     return beginUpdateActionCount_ += count;
   }
 
-  [[nodiscard]] std::uint32_t endUpdateActionCount() const { return endUpdateActionCount_; }
-  void endUpdateActionCountIs(std::uint32_t count) { endUpdateActionCount_ = count; }
+  [[nodiscard]] std::uint32_t endUpdateActionCount() const {
+    return endUpdateActionCount_;
+  }
+  void endUpdateActionCountIs(std::uint32_t count) {
+    endUpdateActionCount_ = count;
+  }
   std::uint32_t endUpdateActionCountInc(std::uint32_t count) {
     return endUpdateActionCount_ += count;
   }
 
   // Whether the policy exists in the simulated hardware.
-  [[nodiscard]] bool created() const { return created_; }
-  void createdIs(bool created) { created_ = created; }
+  [[nodiscard]] bool created() const {
+    return created_;
+  }
+  void createdIs(bool created) {
+    created_ = created;
+  }
 
  private:
   std::uint32_t commitCount_ = 0;
