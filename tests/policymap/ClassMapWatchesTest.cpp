@@ -15,7 +15,7 @@ using PolicyMap::PolicyMapGlobalData;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class WatchedClassMaps : public testing::Test {
+class ClassMapWatching : public testing::Test {
  protected:
   Kor::Ptr<ClassMapTypeConfig> classMaps = Kor::make<ClassMapTypeConfig>();
   Kor::Ptr<PolicyMapGlobalData> global =
@@ -23,7 +23,7 @@ class WatchedClassMaps : public testing::Test {
   std::vector<std::string> told;
   ClassMapWatches watches{global, [this](Kor::Name const& name) { told.push_back(text(name)); }};
 
-  WatchedClassMaps() {
+  ClassMapWatching() {
     watches.classTypeConfigIs(classMaps);
     watches.hasNotificationActiveIs(true);
   }
@@ -32,13 +32,13 @@ class WatchedClassMaps : public testing::Test {
   }
 };
 
-TEST_F(WatchedClassMaps, WithoutAServiceMachineTellOfEveryClassMap) {
+TEST_F(ClassMapWatching, WithoutAServiceMachineTellOfEveryClassMap) {
   classMaps->classMapConfigIs("a");
   classMaps->classMapConfigDel("a");
   EXPECT_THAT(told, ElementsAre("a", "a"));
 }
 
-TEST_F(WatchedClassMaps, BelowAServiceMachineTellOfTheWatchedNamesAlone) {
+TEST_F(ClassMapWatching, BelowAServiceMachineTellOfTheWatchedNamesAlone) {
   watches.attachedIs(true);
   watches.watch("a");
   classMaps->classMapConfigIs("a");
@@ -51,7 +51,7 @@ TEST_F(WatchedClassMaps, BelowAServiceMachineTellOfTheWatchedNamesAlone) {
   EXPECT_THAT(told, ElementsAre("a", "b"));
 }
 
-TEST_F(WatchedClassMaps, BelowAServiceMachineListenToClassMapsThatTheIndexDoesNotKnow) {
+TEST_F(ClassMapWatching, BelowAServiceMachineListenToClassMapsThatTheIndexDoesNotKnow) {
   watches.attachedIs(true);
   auto const others = Kor::make<ClassMapTypeConfig>();
   watches.classTypeConfigIs(others);
@@ -59,7 +59,7 @@ TEST_F(WatchedClassMaps, BelowAServiceMachineListenToClassMapsThatTheIndexDoesNo
   EXPECT_THAT(told, ElementsAre("a"));
 }
 
-TEST_F(WatchedClassMaps, WithoutGlobalDataListenBelowAServiceMachineToo) {
+TEST_F(ClassMapWatching, WithoutGlobalDataListenBelowAServiceMachineToo) {
   watches.hasNotificationActiveIs(false);
   ClassMapWatches alone{nullptr, [this](Kor::Name const& name) { told.push_back(text(name)); }};
   alone.classTypeConfigIs(classMaps);
@@ -71,7 +71,7 @@ TEST_F(WatchedClassMaps, WithoutGlobalDataListenBelowAServiceMachineToo) {
   alone.unwatch("a");
 }
 
-TEST_F(WatchedClassMaps, ANameThatIsWatchedTwiceIsToldOnceAndForgottenAtOnce) {
+TEST_F(ClassMapWatching, ANameThatIsWatchedTwiceIsToldOnceAndForgottenAtOnce) {
   watches.watch("a");
   watches.watch("a");
   indexTells("a");
@@ -82,7 +82,7 @@ TEST_F(WatchedClassMaps, ANameThatIsWatchedTwiceIsToldOnceAndForgottenAtOnce) {
   EXPECT_THAT(told, ElementsAre("a"));
 }
 
-TEST_F(WatchedClassMaps, ANameMayBeUnwatchedWhenItIsToldOf) {
+TEST_F(ClassMapWatching, ANameMayBeUnwatchedWhenItIsToldOf) {
   int calls = 0;
   ClassMapWatches once{global, [&](Kor::Name const& name) {
                          ++calls;
@@ -94,7 +94,7 @@ TEST_F(WatchedClassMaps, ANameMayBeUnwatchedWhenItIsToldOf) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST_F(WatchedClassMaps, AreQuietWhileNotificationsAreOffAndAsZombies) {
+TEST_F(ClassMapWatching, AreQuietWhileNotificationsAreOffAndAsZombies) {
   watches.hasNotificationActiveIs(false);
   classMaps->classMapConfigIs("a");
   watches.hasNotificationActiveIs(true);
@@ -106,7 +106,7 @@ TEST_F(WatchedClassMaps, AreQuietWhileNotificationsAreOffAndAsZombies) {
   EXPECT_THAT(told, ElementsAre("c"));
 }
 
-TEST_F(WatchedClassMaps, FindTheClassMapsThatExist) {
+TEST_F(ClassMapWatching, FindTheClassMapsThatExist) {
   auto const a = classMaps->classMapConfigIs("a");
   EXPECT_EQ(watches.classMapConfig("a"), a);
   EXPECT_FALSE(watches.classMapConfig("b"));

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "policymap/RecordingMachines.h"
-#include "support/Watcher.h"
 
 #include <PolicyMap/PolicyClasses.h>
 
@@ -14,7 +13,6 @@ namespace {
 using PolicyMap::ClassAction;
 using PolicyMap::ClassMapConfig;
 using PolicyMap::ClassMapSm;
-using PolicyMap::ClassMapStatus;
 using PolicyMap::ClassMapSubConfig;
 using PolicyMap::ClassMapTypeConfig;
 using PolicyMap::ClassMapWatches;
@@ -23,7 +21,6 @@ using PolicyMap::PolicyMapGlobalData;
 using PolicyMap::PolicyMapSmKey;
 using PolicyMap::PolicyMapStatus;
 using PolicyMap::PolicyMapSubConfig;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
