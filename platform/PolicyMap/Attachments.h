@@ -7,9 +7,9 @@
 //   Attachments::Change const change = attachments.set({intf, "input"}, "web");
 //   // change.left and change.joined say which policies have another set of interfaces now
 
-#include "PolicyMapExport.h"
 #include "PolicyMap/PolicyMapSmKey.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
+#include "PolicyMapExport.h"
 #include "Vorel/IntfId.h"
 
 #include <map>

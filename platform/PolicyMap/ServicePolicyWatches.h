@@ -10,11 +10,11 @@
 #include "Kor/Reactor.h"
 #include "Lag/Config.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
-#include "PolicyMapExport.h"
 #include "PolicyMap/PolicyMapAclHelper.h"
 #include "PolicyMap/PolicyMapGlobalData.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"
+#include "PolicyMapExport.h"
 #include "Routing/RoutingInfo.h"
 #include "Routing6/RoutingInfo.h"
 
