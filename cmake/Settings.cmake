@@ -21,6 +21,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   add_compile_options(-Wno-restrict)
 endif()
 
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  add_compile_options(-Wreserved-identifier)  # the same check of clang-tidy takes a third of its time
+endif()
+
 # __FILE__ is the path used in #include: "Kor/HashMap.h", "records/AclPolicyData.cpp". The compilers
 # use the last matching map, so the longer path comes last.
 add_compile_options("-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/="
