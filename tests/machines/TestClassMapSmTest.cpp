@@ -18,7 +18,6 @@ namespace {
 
 using PolicyMap::ActionSm;
 using PolicyMap::ActionType;
-using PolicyMap::ClassMapMatchOption;
 using PolicyMap::ClassMapSmCommonData;
 using PolicyMapTest::TestClassCommonData;
 using PolicyMapTest::TestClassMapSm;

@@ -13,7 +13,6 @@
 namespace policymap {
 namespace {
 
-using PolicyMap::HelperOperation;
 using PolicyMap::Pass;
 using PolicyMap::PolicyMapSmCommonData;
 using PolicyMap::PolicyMapSmKey;
