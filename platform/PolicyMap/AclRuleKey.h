@@ -11,9 +11,9 @@
 
 namespace PolicyMap {
 
-// Names one programmed rule: the class, the access list, the rule's sequence number in it, and the
-// match option. A rule written in the class-map itself has the empty list name and its place as
-// number.
+// Identifies one programmed rule by class, access list, sequence number in the list, and match
+// option. A rule written in the class-map itself has an empty list name, and its place in the
+// class-map as its number.
 class POLICYMAP_API AclRuleKey {
  public:
   static constexpr std::string_view korTypeName = "PolicyMap::AclRuleKey";
@@ -21,7 +21,7 @@ class POLICYMAP_API AclRuleKey {
   AclRuleKey() : AclRuleKey({}, {}, 0, ClassMapMatchOption::ipv4) {}
   AclRuleKey(Kor::Name className, Kor::Name aclName, std::uint32_t seqno,
              ClassMapMatchOption matchOption);
-  // Reads one text form and leaves `it` after it. Raises Kor::RangeException.
+  // Parses one text form and leaves `it` after it. Throws Kor::RangeException.
   AclRuleKey(Kor::TextIterator& it, Kor::TextIterator const& end);
 
   [[nodiscard]] Kor::Name const& className() const { return className_; }
@@ -33,14 +33,14 @@ class POLICYMAP_API AclRuleKey {
   void seqnoIs(std::uint32_t seqno);
   void matchOptionIs(ClassMapMatchOption option);
 
-  // Computed when the key is created.
+  // Cached, so that comparing keys is cheap.
   [[nodiscard]] std::uint32_t hash() const { return hash_; }
 
   friend bool operator==(AclRuleKey const& a, AclRuleKey const& b) {
     return a.hash_ == b.hash_ && a.seqno_ == b.seqno_ && a.matchOption_ == b.matchOption_ &&
            a.aclName_ == b.aclName_ && a.className_ == b.className_;
   }
-  // By class, list, number, option.
+  // Ordered by class, list, number, option.
   friend std::strong_ordering operator<=>(AclRuleKey const& a, AclRuleKey const& b) {
     return std::tie(a.className_, a.aclName_, a.seqno_, a.matchOption_) <=>
            std::tie(b.className_, b.aclName_, b.seqno_, b.matchOption_);

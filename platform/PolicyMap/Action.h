@@ -8,9 +8,9 @@
 
 namespace PolicyMap {
 
-// What a class of a policy-map does with the traffic it matches. Subclass it for a kind of your
-// own: pick a number, add attributes, override equalTo, and attributeString unless the class is
-// registered.
+// What a class of a policy-map does with the traffic it matches. To add a kind of action, derive
+// from Action: choose an ActionType number, add attributes, and override equalTo(), and
+// attributeString() unless the derived class is registered.
 class POLICYMAP_API Action : public Kor::Entity {
  public:
   using Ptr = Kor::Ptr<Action>;
@@ -18,14 +18,14 @@ class POLICYMAP_API Action : public Kor::Entity {
   class NotifieeConst;
   class Notifiee;
 
-  // The entity's name is the class name.
+  // The class name becomes the entity's name.
   Action(Kor::Name className, ActionType actionType, Zub::UniqueId id);
   ~Action() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // Whether programming `other` instead would make no difference. Here: the same object.
+  // True if programming `other` instead makes no difference. The base class compares identity.
   [[nodiscard]] virtual bool equalTo(Kor::Ptr<Action const> const& other) const;
 
   [[nodiscard]] Kor::Name const& className() const { return name(); }

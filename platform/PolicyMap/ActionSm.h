@@ -10,8 +10,8 @@
 
 namespace PolicyMap {
 
-// The machine of one configured action of one class. It watches the action through its attribute
-// log and calls handleAction() on every stored change while its notifications are active.
+// The state machine of one configured action of one class. While its notifications are active it
+// observes the action's attribute log and calls handleAction() after every stored change.
 class POLICYMAP_API ActionSm : public Kor::PtrInterface {
  public:
   using Ptr = Kor::Ptr<ActionSm>;
@@ -23,11 +23,12 @@ class POLICYMAP_API ActionSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // The class machine lets this machine go: undo what handleAction() did. Called once, while the
-  // common data live.
+  // Called once, before the class machine drops this machine and while the common data still exist.
+  // Override it to undo what handleAction() did.
   virtual void cleanup();
-  // The action is there, has changed, or was replaced.
+  // Called when the action is configured, changed or replaced.
   virtual void handleAction();
+  // Called when initialized() becomes true: at the first activation.
   virtual void handleInitialized();
   virtual void actionDel();
   virtual void actionIs(Kor::Ptr<Action const> const& action);
@@ -43,7 +44,7 @@ class POLICYMAP_API ActionSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::Ptr<ClassMapSmCommonData> const& classCommonData() const {
     return classCommonData_;
   }
-  // Null when no action is watched.
+  // Null if no action is observed.
   [[nodiscard]] Kor::Ptr<Action const> const& action() const { return action_.object(); }
   [[nodiscard]] bool initialized() const { return initialized_; }
 

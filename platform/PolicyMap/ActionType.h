@@ -9,7 +9,7 @@
 
 namespace PolicyMap {
 
-// The kind of an action. Kinds are open: each new action class picks a number.
+// The kind of an action. The set of kinds is open: each action class chooses its own number.
 enum class ActionType : std::int32_t {};
 
 POLICYMAP_API Kor::KorType* korEnumType(ActionType /*any*/);

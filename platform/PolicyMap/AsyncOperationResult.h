@@ -9,14 +9,15 @@
 
 namespace PolicyMap {
 
-// How an asynchronous helper operation ended: "" or the failure's message, and when, in seconds.
+// The result of an asynchronous helper operation: "" for success or the message of the failure, and
+// the time of completion in seconds.
 class POLICYMAP_API AsyncOperationResult {
  public:
   static constexpr std::string_view korTypeName = "PolicyMap::AsyncOperationResult";
 
   AsyncOperationResult() = default;
   AsyncOperationResult(Kor::String8 error, double time) : error_(std::move(error)), time_(time) {}
-  // Reads one text form and leaves `it` after it. Raises Kor::RangeException.
+  // Parses one text form and leaves `it` after it. Throws Kor::RangeException.
   AsyncOperationResult(Kor::TextIterator& it, Kor::TextIterator const& end);
 
   [[nodiscard]] Kor::String8 const& error() const { return error_; }

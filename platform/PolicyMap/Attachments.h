@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Attachments: which policy-map is attached where, with indexes from policies to interfaces and
-// from interfaces to policies. Plain data: it holds what it was last told and calls no one.
+// Attachments: which policy-map is attached where, indexed by policy and by interface. Plain data:
+// it makes no calls and sends no notifications.
 //
 //   Attachments::Change const change = attachments.set({intf, "input"}, "web");
-//   // change.left and change.joined say which policies have another set of interfaces now
+//   // change.left and change.joined are the policies whose set of interfaces has changed
 
 #include "PolicyMap/PolicyMapSmKey.h"
 #include "PolicyMap/PolicyMapTypeConfig.h"
@@ -22,12 +22,12 @@ namespace PolicyMap {
 class POLICYMAP_API Attachments {
  public:
   struct Change {
-    std::optional<PolicyMapSmKey> left;    // the policy that was attached at the place
-    std::optional<PolicyMapSmKey> joined;  // the one that is attached there now
+    std::optional<PolicyMapSmKey> left;    // the policy previously attached at the place
+    std::optional<PolicyMapSmKey> joined;  // the policy attached there now
   };
 
-  // Attaches a policy-map at a place; the empty name attaches none. Both members of the result are
-  // empty when the place has that policy-map already.
+  // Attaches a policy-map at a place. An empty name detaches. Both members of the result are empty
+  // if that policy-map is already attached there.
   Change set(ServicePolicyKey const& place, Kor::Name const& policyMapName);
 
   [[nodiscard]] bool contains(PolicyMapSmKey const& policy) const {
@@ -35,8 +35,8 @@ class POLICYMAP_API Attachments {
   }
   [[nodiscard]] bool contains(PolicyMapSmKey const& policy, Vorel::IntfId intf) const;
 
-  // Each of these returns a copy, ascending, so that a caller may change attachments while it walks
-  // over it.
+  // Each of these returns a copy in ascending order, so a caller may change attachments while
+  // iterating over it.
   [[nodiscard]] std::set<ServicePolicyKey> places() const;
   [[nodiscard]] std::vector<PolicyMapSmKey> policies() const;
   [[nodiscard]] std::vector<Vorel::IntfId> intfs() const;
@@ -48,7 +48,7 @@ class POLICYMAP_API Attachments {
   void leave(PolicyMapSmKey const& policy, Vorel::IntfId intf);
 
   std::map<ServicePolicyKey, Kor::Name> attachedAt_;
-  // No set of these is empty.
+  // No set in these maps is empty.
   std::map<PolicyMapSmKey, std::set<Vorel::IntfId>> intfsOf_;
   std::map<Vorel::IntfId, std::set<PolicyMapSmKey>> policiesAt_;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What a helper cannot program, and why a rule is refused.
+// The capabilities of a helper, and the reasons for which a rule is refused.
 
 #include "Acl/IpFilterBase.h"
 #include "Acl/MacRuleConfig.h"
@@ -11,7 +11,7 @@
 
 namespace PolicyMap {
 
-// The capabilities of a helper at one time. Default: everything.
+// A snapshot of a helper's capabilities. Default: everything is supported.
 struct Capabilities {
   bool deny = true;
   bool ttl = true;
@@ -25,10 +25,10 @@ struct Capabilities {
   }
 
   bool operator==(Capabilities const&) const = default;
-  // Whether no rule can be refused.
+  // True if no rule can be refused.
   [[nodiscard]] bool all() const { return deny && ttl && !onlyTtlEq && ackOrRst && established; }
 
-  // Empty when the rule can be programmed.
+  // Why the rule cannot be programmed; empty if it can.
   [[nodiscard]] std::string_view reasonAgainst(Acl::IpFilterBase const& rule) const {
     if (!deny && !rule.permit()) {
       return "deny rules are not allowed";
@@ -52,7 +52,7 @@ struct Capabilities {
   }
 };
 
-// "class c: rule 10 of acl: REASON"; a rule of the class-map itself is "rule 10".
+// Formats "class c: rule 10 of acl: REASON", or "rule 10" for a rule of the class-map itself.
 inline Kor::String refusal(AclRuleKey const& key, std::string_view reason) {
   std::string text = "class " + key.className().stdString() + ": rule ";
   text += std::to_string(key.seqno());

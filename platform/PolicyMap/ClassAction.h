@@ -26,7 +26,7 @@ class POLICYMAP_API ClassAction : public Kor::Entity, public Kor::HashMapLink<Cl
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
   [[nodiscard]] Kor::Name const& className() const { return name(); }
 
-  // action(kind) returns the action or null.
+  // action(kind) returns the action, or null.
   KOR_VALUE_COLLECTION(ClassAction, action, Action, ActionType, Kor::Ptr<PolicyMap::Action>,
                        KOR_ON_CHANGE(announceAction(key)))
 

@@ -48,8 +48,8 @@ void ClassActions::bring(ActionType kind) {
   }
 }
 
-// Tells the common data which action is configured, until no observer of them changes it again.
-// Returns the action; null: none.
+// Writes the configured action to the common data until no observer changes the configuration
+// again. Returns the action, or null.
 Kor::Ptr<Action> ClassActions::announceConfigured(ActionType kind) {
   Kor::Ptr<Action> action;
   do {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// ClassActions: gives each configured action of one class its machine, and takes down the machines
-// of actions that are no longer configured.
+// ClassActions: creates a machine for each configured action of one class, and takes down the
+// machines of actions that are no longer configured.
 //
-// Building and taking down call out, and what is called may change the configuration again: each
-// kind is settled (Settling), so it ends as it is configured then. An action for which no machine
-// was given is not asked about again until another one takes its place.
+// Creating a machine or taking it down runs code that may change the configuration again. Each kind
+// is therefore settled (see Settling): it ends as configured at that time. If no machine is created
+// for an action, none is requested again until the kind has a different action.
 
 #include "PolicyMap/ActionSm.h"
 #include "PolicyMap/ActionType.h"
@@ -23,18 +23,18 @@ namespace PolicyMap {
 
 class POLICYMAP_API ClassActions {
  public:
-  // The class machine, which holds the action machines.
+  // The class machine, which owns the action machines.
   class Class {
    public:
     virtual ~Class() = default;
-    // What is configured; may be null.
+    // The configured actions; may be null.
     [[nodiscard]] virtual Kor::Ptr<ClassAction const> const& classAction() const = 0;
-    // Is told of the configured actions. Without it no machine is built.
+    // Receives the configured actions. While it is null, no machine is created.
     [[nodiscard]] virtual Kor::Ptr<ClassMapSmCommonData> const& classCommonData() const = 0;
-    // The kinds that have a machine, in the order in which they are taken down.
+    // The kinds that have a machine, in the order of takedown.
     [[nodiscard]] virtual std::vector<ActionType> machineKinds() const = 0;
     [[nodiscard]] virtual Kor::Ptr<ActionSm> actionSm(ActionType kind) const = 0;
-    // A machine for the configured action of that kind; null: none is given.
+    // Creates a machine for the configured action of that kind; null if it is to have none.
     virtual Kor::Ptr<ActionSm> createActionSm(ActionType kind) = 0;
     virtual void actionSmIs(ActionType kind, Kor::Ptr<ActionSm> const& machine) = 0;
     virtual void actionSmDel(ActionType kind) = 0;
@@ -44,12 +44,12 @@ class POLICYMAP_API ClassActions {
 
   // The kinds that are configured, have a machine, or were refused one.
   [[nodiscard]] std::set<ActionType> kinds() const;
-  // Brings one kind to what is configured. The caller keeps the class machine alive.
+  // Reconciles one kind with the configuration. The caller keeps the class machine alive.
   void sync(ActionType kind);
-  // As sync() for the kinds that are being brought there.
+  // Repeats the sync() of every kind that is being reconciled at this time.
   void lookAgain() { settling_.lookAgain(); }
-  // Takes all machines down, each after its own cleanup(). The caller keeps the class machine alive
-  // and calls no sync() meanwhile.
+  // Takes down all machines, each after its own cleanup(). The caller keeps the class machine alive
+  // and must not call sync() during this call.
   void takeDownAll();
 
  private:
@@ -59,7 +59,8 @@ class POLICYMAP_API ClassActions {
   [[nodiscard]] Kor::Ptr<Action> announceConfigured(ActionType kind);
 
   Class& class_;
-  std::map<ActionType, Kor::Ptr<Action const>> refused_;  // actions for which no machine was given
+  // Actions without a machine because createActionSm() returned null.
+  std::map<ActionType, Kor::Ptr<Action const>> refused_;
   Settling<ActionType> settling_;
 };
 

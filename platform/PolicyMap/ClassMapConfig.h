@@ -12,7 +12,7 @@ namespace PolicyMap {
 
 class ClassMapTypeConfig;
 
-// One class-map.
+// The configuration of one class-map.
 class POLICYMAP_API ClassMapConfig : public Kor::Entity, public Kor::HashMapLink<ClassMapConfig> {
  public:
   using Ptr = Kor::Ptr<ClassMapConfig>;
@@ -28,7 +28,7 @@ class POLICYMAP_API ClassMapConfig : public Kor::Entity, public Kor::HashMapLink
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
   void korOwnerIs(ClassMapTypeConfig* owner) { owner_ = owner; }
 
-  // The sub-configuration in force; null: the class-map matches nothing.
+  // The sub-configuration in force. Null: the class-map matches nothing.
   [[nodiscard]] Kor::Ptr<ClassMapSubConfig> const& currentSubConfig() const { return current_; }
   void currentSubConfigIs(Kor::Ptr<ClassMapSubConfig> const& subConfig);
 
@@ -40,7 +40,7 @@ class POLICYMAP_API ClassMapConfig : public Kor::Entity, public Kor::HashMapLink
   void contentChanged();
 
   Kor::Ptr<ClassMapSubConfig> current_;
-  Kor::Ptr<ContentWatch> content_;  // on current_
+  Kor::Ptr<ContentWatch> content_;  // observes current_
   ClassMapTypeConfig* owner_ = nullptr;
 };
 

@@ -15,34 +15,34 @@
 
 namespace PolicyMap {
 
-// One match statement of a class-map: a named access list, another class-map, or a rule of its own.
+// One match statement of a class-map: a named access list, a nested class-map, or an inline rule.
 class POLICYMAP_API ClassMapMatch {
  public:
   enum class Kind : std::uint8_t { acl, classMap, rule };
   using Rule = Acl::AnyRule;
   static constexpr std::string_view korTypeName = "PolicyMap::ClassMapMatch";
 
-  // The empty match: an access list without a name.
+  // An empty match: an access list without a name.
   ClassMapMatch() = default;
-  // From all parts; the option of another class-map is ignored. Raises Kor::RangeException
-  // "ClassMapMatch::PART ..." for a rule without `Kind::rule` or the reverse, a rule with a name,
-  // and a rule that does not fit its option.
+  // Constructs a match from all parts. The option is ignored for a nested class-map. Throws
+  // Kor::RangeException "ClassMapMatch::PART ..." if `Kind::rule` has no rule, another kind has
+  // one, a rule has a name, or a rule does not fit the option.
   ClassMapMatch(Kind kind, ClassMapMatchOption option, Kor::Name name,
                 Acl::OptionalRule const& rule);
   static ClassMapMatch acl(ClassMapMatchOption option, Kor::Name name);
   static ClassMapMatch classMap(Kor::Name name);
   static ClassMapMatch rule(Acl::IpRuleConfig const& rule);
   static ClassMapMatch rule(Acl::Ip6RuleConfig const& rule);
-  // MAC rules serve two options: mac and mpls. Raises Kor::RangeException for another one.
+  // MAC rules are valid for two options, mac and mpls. Throws Kor::RangeException for any other.
   static ClassMapMatch rule(Acl::MacRuleConfig const& rule,
                             ClassMapMatchOption option = ClassMapMatchOption::mac);
 
   [[nodiscard]] Kind kind() const { return kind_; }
-  // What is matched on; meaningless for another class-map.
+  // The match option. It has no meaning for a nested class-map.
   [[nodiscard]] ClassMapMatchOption option() const { return option_; }
-  // The access list or class-map; empty for a rule.
+  // The name of the access list or class-map; empty for a rule.
   [[nodiscard]] Kor::Name const& name() const { return name_; }
-  // A default-constructed one unless the match is a rule.
+  // The inline rule, or a default-constructed one for other kinds.
   [[nodiscard]] Rule const& rule() const;
   [[nodiscard]] Acl::OptionalRule const& ruleIfAny() const { return rule_; }
 
@@ -71,7 +71,7 @@ class POLICYMAP_API ClassMapMatch {
   Kind kind_ = Kind::acl;
   ClassMapMatchOption option_ = ClassMapMatchOption::ipv4;
   Kor::Name name_;
-  Acl::OptionalRule rule_;  // given exactly for Kind::rule
+  Acl::OptionalRule rule_;  // present if and only if kind_ is Kind::rule
 };
 
 POLICYMAP_API Kor::KorType* korEnumType(ClassMapMatch::Kind /*any*/);

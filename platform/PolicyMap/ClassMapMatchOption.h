@@ -10,8 +10,8 @@
 
 namespace PolicyMap {
 
-// What a class-map matches on, and so which hardware table its rules go to. Every signed 32-bit
-// value is accepted; four are in use.
+// The kind of traffic that a class-map matches, which selects the hardware table of its rules.
+// Every signed 32-bit value is accepted; four are in use.
 enum class ClassMapMatchOption : std::int32_t { ipv4 = 0, ipv6 = 1, mac = 2, mpls = 3 };
 
 inline constexpr std::array<ClassMapMatchOption, 4> allMatchOptions{
@@ -23,7 +23,7 @@ POLICYMAP_API Kor::KorType* korEnumType(ClassMapMatchOption /*any*/);
 POLICYMAP_API Kor::String8 valueToStrep(ClassMapMatchOption option);
 POLICYMAP_API void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
                                    ClassMapMatchOption& option);
-// The bare name or the number.
+// Prints the name without quotes, or the number.
 POLICYMAP_API std::ostream& operator<<(std::ostream& out, ClassMapMatchOption option);
 
 }  // namespace PolicyMap

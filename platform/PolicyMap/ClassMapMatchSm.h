@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// ClassMapMatchSm: the rules of one class for one match option. It keeps its rules object while
-// newer rules make no difference, so that equal rules are the same object.
+// ClassMapMatchSm: the rules of one class for one match option. It keeps its rules object if newly
+// compiled rules have the same effect, so that unchanged rules remain the same object.
 
 #include "Acl/AclDiff.h"
 #include "Kor/PtrInterface.h"
@@ -26,8 +26,8 @@ class POLICYMAP_API ClassMapMatchSm : public Kor::PtrInterface {
   [[nodiscard]] ClassMapMatchOption option() const { return option_; }
   // Null before the first compilation.
   [[nodiscard]] Kor::Ptr<ClassRules const> const& rules() const { return rules_; }
-  // Takes `rules` (not null) over unless they make no difference; returns whether it took them.
-  // Without a difference tracker every other object makes one.
+  // Replaces the rules, unless `rules` (not null) has the same effect. Returns true if replaced.
+  // Without a difference tracker, any other object replaces them.
   bool rulesIs(Kor::Ptr<ClassRules const> const& rules, Acl::AclDiff const* aclDiff);
 
  private:

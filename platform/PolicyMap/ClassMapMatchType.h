@@ -10,8 +10,8 @@
 namespace PolicyMap {
 
 enum class ClassMapMatchType : std::uint8_t {
-  matchAny,  // traffic that at least one match takes
-  matchAll,  // traffic that all matches take
+  matchAny,  // traffic that at least one match statement matches
+  matchAll,  // traffic that all match statements match
 };
 
 POLICYMAP_API Kor::KorType* korEnumType(ClassMapMatchType /*any*/);

@@ -8,7 +8,7 @@
 
 namespace PolicyMap {
 
-// Observes the requests to program the actions of the class again.
+// Observes requests to reprogram the class's actions.
 class ClassMapSm::CommonDataWatch : public ClassMapSmCommonData::NotifieeConst {
  public:
   explicit CommonDataWatch(ClassMapSm* machine) : machine_(machine) {}
@@ -22,7 +22,7 @@ class ClassMapSm::CommonDataWatch : public ClassMapSmCommonData::NotifieeConst {
   ClassMapSm* machine_;
 };
 
-// The machine as its actions see it.
+// The machine as seen by its ClassActions.
 class ClassMapSm::ActingClass final : public ClassActions::Class {
  public:
   explicit ActingClass(ClassMapSm& machine) : machine_(machine) {}
@@ -90,7 +90,7 @@ Kor::Name ClassMapSm::name() const {
   return rawClassMapSubConfig() ? rawClassMapSubConfig()->name() : Kor::Name();
 }
 
-// life ----------------------------------------------------------------------------------
+// lifecycle -----------------------------------------------------------------------------
 
 void ClassMapSm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
@@ -151,7 +151,7 @@ Kor::Ptr<ClassMapStatus> ClassMapSm::createClassMapStatus() {
 
 void ClassMapSm::handleAction() {
   Kor::Ptr<ClassMapSm> const pinned = Kor::share(this);
-  actions_.lookAgain();  // a kind may be neither configured nor have its machine yet
+  actions_.lookAgain();  // a kind being settled may have neither configuration nor machine yet
   for (ActionType const kind : actions_.kinds()) {
     handleAction(kind);
   }
@@ -161,7 +161,7 @@ void ClassMapSm::handleAction(ActionType actionType) {
   if (cleaningUp_) {
     return;
   }
-  // Observers of the class common data may drop the last reference.
+  // Observers of the class common data may drop the last reference to this machine.
   Kor::Ptr<ClassMapSm> const pinned = Kor::share(this);
   actions_.sync(actionType);
   actionsActiveIs(actionSms() != 0);
@@ -223,7 +223,7 @@ void ClassMapSm::compileIfStale() {
   bool const errorChanged = compiledRules_.error() != errorBefore;
   distributeRules();
   publishError();
-  // An error in the rules of one option refuses those of all.
+  // An error in the rules of one option refuses all options.
   if (errorChanged && owner_ != nullptr) {
     for (ClassMapMatchOption const option : allMatchOptions) {
       owner_->classRulesChanged(option);
@@ -231,7 +231,7 @@ void ClassMapSm::compileIfStale() {
   }
 }
 
-// An option without rules gets no machine.
+// An option without rules needs no machine.
 void ClassMapSm::distributeRules() {
   for (ClassMapMatchOption const option : allMatchOptions) {
     Kor::Ptr<PolicyMap::ClassMapMatchSm> machine = classMapMatchSm(option);

@@ -2,10 +2,10 @@
 #pragma once
 
 // ClassMapSm: the machine of one class of one policy. It runs one machine per configured action
-// (ClassActions), and compiles the class's rules when a caller asks for them (CompiledRules).
+// (ClassActions) and compiles the class's rules on demand (CompiledRules).
 //
-// It is complete when hasNotificationActiveIs(true) returns: it has its class-map, common data,
-// status and action machines, as far as global data and class action exist.
+// When hasNotificationActiveIs(true) returns, the machine is complete: it has its class-map, common
+// data, status and action machines, as far as global data and class actions exist.
 
 #include "Kor/Reactor.h"
 #include "PolicyMap/ActionSm.h"
@@ -27,7 +27,7 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   using Ptr = Kor::Ptr<ClassMapSm>;
   using PtrConst = Kor::Ptr<ClassMapSm const>;
 
-  // The policy machine that is told of changes.
+  // The policy machine, which is notified of changes.
   class Owner {
    public:
     virtual ~Owner() = default;
@@ -41,29 +41,30 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // The configured action of a kind was added, replaced or removed: its machine follows.
+  // Called when the configured action of a kind was added, replaced or removed. Updates the machine
+  // of that kind.
   virtual void handleAction(ActionType actionType);
   virtual void handleAction();  // all kinds
-  // What the class matches may have changed: its rules are compiled again when a caller asks for
-  // them, and the owner is told.
+  // Called when the traffic that the class matches may have changed. Marks the rules as stale and
+  // notifies the owner. Does not compile: that happens when rules are next requested.
   virtual void handleMatch(ClassMapMatchOption option);
   virtual void handleMatch();  // all options
 
-  // What the machine is made of. Each may return null: then it does without.
+  // Factories for the parts of the machine. A null result is allowed: the part is then absent.
   virtual Kor::Ptr<ClassMapMatchSm> createMatchSm(ClassMapMatchOption option);
-  // Called for a configured kind only. After null it is called again when the kind has another
-  // action. The base class returns null.
+  // Called only for configured kinds. After a null result it is called again only when the kind has
+  // a different action. The base class returns null.
   virtual Kor::Ptr<ActionSm> createActionSm(ActionType /*actionType*/) { return nullptr; }
-  // The global data exist.
+  // Called only if the global data exist.
   virtual Kor::Ptr<ClassMapSmCommonData> createCommonData();
   virtual Kor::Ptr<ClassMapStatus> createClassMapStatus();
-  // The machine is complete: `initialized` became true.
+  // Called when initialized() becomes true: at the end of the first activation.
   virtual void handleInitialized() {}
-  // Takes all action machines down, each after its own cleanup(). Actions that are configured
-  // meanwhile get none.
+  // Takes down all action machines, each after its own cleanup(). Actions configured during this
+  // call get no machine.
   virtual void cleanup();
 
-  // Null takes the object away; ...Del() does the same.
+  // ...Is(nullptr) removes the object, as does ...Del().
 
   virtual void classMapConfigDel() { classMapConfigIs(nullptr); }
   virtual void classMapConfigIs(Kor::Ptr<ClassMapConfig const> const& config);
@@ -92,7 +93,7 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::Ptr<PolicyMapSmCommonData> const& policyCommonData() const {
     return policyCommonData_;
   }
-  // What the machine watches; null when there is none.
+  // The observed objects; null if absent.
   [[nodiscard]] Kor::Ptr<ClassMapConfig const> const& classMapConfig() const {
     return classMapConfig_.object();
   }
@@ -105,7 +106,7 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::Ptr<ClassMapSmCommonData> const& classCommonData() const {
     return classCommonData_.object();
   }
-  // The matches in force: those of the configured class-map, else the raw ones.
+  // The matches in force: those of the configured class-map, otherwise the raw matches.
   [[nodiscard]] Kor::Ptr<ClassMapSubConfig const> const& classMap() const {
     return classMap_.object();
   }
@@ -113,18 +114,20 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   [[nodiscard]] bool actionsActive() const { return actionsActive_; }
   [[nodiscard]] bool initializing() const { return initializing_; }
   [[nodiscard]] bool initialized() const { return initialized_; }
-  // That of the configured class-map, else of the raw matches, else empty.
+  // The name of the configured class-map, otherwise of the raw matches, otherwise empty.
   [[nodiscard]] Kor::Name name() const;
 
-  // The class's rules as configured now; never null. May write the status.
+  // The class's rules as currently configured; never null. Compiles them if they are stale, which
+  // may write the status.
   [[nodiscard]] Kor::Ptr<ClassRules const> rules(ClassMapMatchOption option);
-  // Why the class may not be programmed, for whichever option; empty: it may. May write the status.
+  // Why the class must not be programmed, over all options; empty if it may be. Compiles stale
+  // rules, which may write the status.
   [[nodiscard]] Kor::String ruleError();
-  // Whether rules of the class are programmed, and what failed in the last pass; for its status.
+  // Publishes whether rules of the class are programmed, and the failure of the last pass.
   void programStateIs(bool programmed, Kor::String const& error);
-  // `owner` must outlive this machine, or be taken away before; null: none.
+  // `owner` must outlive this machine or be reset before. Null: no owner.
   void ownerIs(Owner* owner) { owner_ = owner; }
-  // The name of the class in its policy. Raw matches may have another, or serve several classes.
+  // The class's name in its policy. Raw matches may have a different name or serve several classes.
   [[nodiscard]] Kor::Name const& className() const { return className_; }
   void classNameIs(Kor::Name const& className) { className_ = className; }
 

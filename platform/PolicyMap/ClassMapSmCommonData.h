@@ -14,7 +14,7 @@
 
 namespace PolicyMap {
 
-// What the helper and the action machines share about one class of one policy.
+// Data of one class of one policy, shared by the helper and the action machines.
 class POLICYMAP_API ClassMapSmCommonData : public Kor::PtrInterface, public Kor::NotifieeList {
  public:
   using Ptr = Kor::Ptr<ClassMapSmCommonData>;
@@ -38,8 +38,8 @@ class POLICYMAP_API ClassMapSmCommonData : public Kor::PtrInterface, public Kor:
                                Kor::Ptr<PolicyMap::Action const>,
                                KOR_ON_CHANGE(announceAction(key)))
 
-  // Counts the requests to program the actions of the class's rules once more. Adds and wraps,
-  // notifies, and returns the new value; 0 does nothing.
+  // Counts the requests to reprogram the actions of the class's rules. Adds `count` with
+  // wraparound, notifies, and returns the new value. Does nothing for 0.
   virtual std::uint32_t updateAclActionsInc(std::uint32_t count);
   virtual void updateAclActionsIs(std::uint32_t count);
 
@@ -49,14 +49,14 @@ class POLICYMAP_API ClassMapSmCommonData : public Kor::PtrInterface, public Kor:
   [[nodiscard]] Kor::Ptr<ClassMapStatus> const& classMapStatus() const { return classMapStatus_; }
   [[nodiscard]] std::uint32_t updateAclActions() const { return updateAclActions_; }
 
-  // The match of a rule of this class; a default-built configuration for an unknown key. Rules that
-  // are being programmed are returned as they were when the pass was planned, all others as they
-  // are configured now.
+  // The match of one rule of this class, or a default-constructed one for an unknown key. A rule
+  // that is being programmed is returned as it was when the pass was planned, any other rule as
+  // currently configured.
   [[nodiscard]] Acl::IpRuleConfig getIpRule(AclRuleKey const& key) const;
   [[nodiscard]] Acl::Ip6RuleConfig getIp6Rule(AclRuleKey const& key) const;
   [[nodiscard]] Acl::MacRuleConfig getMacRule(AclRuleKey const& key) const;
 
-  // The rules that the core is about to program, or has programmed, for an option.
+  // Sets the rules that the core has programmed, or is about to program, for an option.
   void rulesIs(ClassMapMatchOption option, Kor::Ptr<ClassRules const> rules);
 
   static constexpr Kor::AttributeId classMapId = 131;

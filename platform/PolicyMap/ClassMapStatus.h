@@ -26,14 +26,15 @@ class POLICYMAP_API ClassMapStatus : public Kor::Entity, public Kor::HashMapLink
   [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
 
-  // Why the class cannot be programmed, or what it refers to and is missing; empty: nothing.
+  // Why the class cannot be programmed, or which objects it refers to are missing; empty if
+  // neither.
   [[nodiscard]] Kor::String const& error() const { return error_; }
   void errorIs(Kor::String const& error);
-  // Whether rules of the class are programmed.
+  // True if rules of the class are programmed.
   [[nodiscard]] bool programmed() const { return programmed_; }
   void programmedIs(bool programmed);
 
-  // Packets that each rule had matched when counts were last asked for.
+  // The packets each rule had matched when counts were last requested.
   KOR_VALUE_COLLECTION(ClassMapStatus, hitCount, HitCount, AclRuleKey, std::uint64_t,
                        KOR_ON_CHANGE(announceHitCount(key)))
 

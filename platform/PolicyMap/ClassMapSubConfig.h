@@ -12,7 +12,7 @@
 
 namespace PolicyMap {
 
-// The matches of one class-map, in order of their place.
+// The match statements of one class-map.
 class POLICYMAP_API ClassMapSubConfig : public Kor::Entity {
  public:
   using Ptr = Kor::Ptr<ClassMapSubConfig>;
@@ -29,6 +29,7 @@ class POLICYMAP_API ClassMapSubConfig : public Kor::Entity {
   [[nodiscard]] ClassMapMatchType matchType() const { return matchType_; }
   void matchTypeIs(ClassMapMatchType type);
 
+  // The statements by place. They apply in ascending order of place, not in iteration order.
   KOR_VALUE_COLLECTION(ClassMapSubConfig, match, Match, std::uint32_t, ClassMapMatch,
                        KOR_ON_CHANGE(announceMatch(key)))
 

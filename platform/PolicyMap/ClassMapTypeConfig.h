@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Configured class-maps. A sub-configuration is edited freely and takes effect when it becomes the
-// current one of its class-map; edits to the current one take effect too.
+// Configured class-maps. A sub-configuration can be edited freely and takes effect when it becomes
+// the current one of its class-map. Edits to the current one also take effect.
 
 #include "Kor/Collection.h"
 #include "Kor/Entity.h"
@@ -43,7 +43,7 @@ class POLICYMAP_API ClassMapTypeConfig::NotifieeConst
  public:
   using NotifieeOf::NotifieeOf;
   ~NotifieeConst() override;
-  // A class-map was created, removed, or changed in what it matches.
+  // A class-map was created or removed, or its matches changed.
   virtual void onClassMapConfig(Kor::Name const& /*name*/) {}
 };
 

@@ -56,7 +56,7 @@ void ClassMapWatches::korDoZombieReactors(bool zombie) {
   classTypeConfig_.korDoZombieReactors(zombie);
 }
 
-// The index of the global data tells of their own class-maps only.
+// The index reports only the class-maps of the global data.
 void ClassMapWatches::listen() {
   bool const indexed =
       attached_ && globalData_ && globalData_->classTypeConfig() == classTypeConfig();

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// ClassMapWatches: tells one policy-map machine which class-maps came, changed or went.
+// ClassMapWatches: notifies one policy-map machine of class-maps that were created, changed or
+// removed.
 //
-// Below a service-policy machine, which feeds the index of the global data, it is told of the
-// watched names alone, at a cost of what depends on a name. Otherwise it listens to the class-maps
-// itself, and is told of every name.
+// Below a service-policy machine, which feeds the dependency index of the global data, it is
+// notified only of watched names, and a change costs only what depends on that name. Otherwise it
+// observes the class-maps itself and is notified of every name.
 
 #include "Kor/Reactor.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
@@ -27,20 +28,20 @@ class POLICYMAP_API ClassMapWatches {
   ClassMapWatches(ClassMapWatches const&) = delete;
   ClassMapWatches& operator=(ClassMapWatches const&) = delete;
 
-  // The class-maps; null: there are none.
+  // Null: no class-map exists.
   void classTypeConfigIs(Kor::Ptr<ClassMapTypeConfig const> const& config);
   [[nodiscard]] Kor::Ptr<ClassMapTypeConfig const> const& classTypeConfig() const {
     return classTypeConfig_.object();
   }
-  // Null when it does not exist.
+  // Null if there is no such class-map.
   [[nodiscard]] Kor::Ptr<ClassMapConfig const> classMapConfig(Kor::Name const& name) const;
 
-  // A name may be watched before its class-map exists, and more than once. A change of the index
-  // reaches the caller also while notifications are off.
+  // A name may be watched before its class-map exists, and repeatedly. Changes from the index are
+  // reported even while notifications are off.
   void watch(Kor::Name const& name);
   void unwatch(Kor::Name const& name) { watched_.erase(name); }
 
-  // Whether the machine belongs to a service-policy machine.
+  // True if the machine belongs to a service-policy machine.
   void attachedIs(bool attached);
   void hasNotificationActiveIs(bool active);
   void korDoZombieReactors(bool zombie);
@@ -52,7 +53,8 @@ class POLICYMAP_API ClassMapWatches {
 
   Kor::Ptr<PolicyMapGlobalData> globalData_;
   Reaction reaction_;
-  Kor::Reactor<ClassMapTypeConfig const, TypeWatch> classTypeConfig_;  // quiet below a service
+  // Inactive while the index is used.
+  Kor::Reactor<ClassMapTypeConfig const, TypeWatch> classTypeConfig_;
   std::map<Kor::Name, DependencyIndex::Dependent> watched_;
   bool attached_ = false;
   bool active_ = false;

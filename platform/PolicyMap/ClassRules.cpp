@@ -49,7 +49,7 @@ bool sameNamed(Kor::Ptr<NamedRules<Rule> const> const& a,
   return a == b || (a && b && a->rules() == b->rules());
 }
 
-// Those that contribute something.
+// The sources that have at least one rule that matches something.
 template <class Rule>
 std::vector<RuleSource<Rule> const*> contributing(RuleSources<Rule> const& sources) {
   std::vector<RuleSource<Rule> const*> some;

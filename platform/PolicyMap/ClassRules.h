@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// ClassRules: the rules of one class for one match option, at one time. It refers to versions of
-// access lists instead of copying rules, so that classes and policies that use a list share them.
+// ClassRules: a snapshot of the rules of one class for one match option. It refers to versions of
+// access lists instead of copying rules, so that classes and policies that use the same list share
+// it.
 
 #include "Acl/AclDiff.h"
 #include "Acl/AclRules.h"
@@ -27,24 +28,24 @@
 
 namespace PolicyMap {
 
-// One rule as it is programmed: the part of its key that names it in its class, and what it takes.
+// One rule as programmed: the part of its key that identifies it within the class, and its match.
 template <class Rule>
 struct NamedRule {
   Kor::Name aclName;
-  std::size_t firstLength =
-      0;  // of an intersection: of the first list's name in `aclName`; else all
+  // The length of the first list's name in an intersection's `aclName`; otherwise of all of it.
+  std::size_t firstLength = 0;
   std::uint32_t seqno = 0;
   ExactRule<Rule> exact;
 
   friend auto operator<=>(NamedRule const&, NamedRule const&) = default;
 };
 
-// Rules of class-maps themselves and intersections, in the order in which they are programmed,
-// which need not be that of their numbers. Never changes.
+// Inline rules and intersections in programming order, which need not be the order of their
+// numbers. Immutable.
 template <class Rule>
 class NamedRules final : public Kor::PtrInterface {
  public:
-  // Names are unique, and every rule matches something.
+  // Keys must be unique, and every rule must match something.
   explicit NamedRules(std::vector<NamedRule<Rule>> rules) : rules_(std::move(rules)) {}
 
   [[nodiscard]] std::vector<NamedRule<Rule>> const& rules() const { return rules_; }
@@ -53,15 +54,15 @@ class NamedRules final : public Kor::PtrInterface {
   std::vector<NamedRule<Rule>> rules_;
 };
 
-// What comes in one piece: an access list, or rules that have names of their own. A class-map that
-// matches on rules and lists in turn has several of either.
+// A group of consecutive rules: one access list, or rules with keys of their own. A class-map that
+// alternates between inline rules and lists has several groups of each.
 template <class Rule>
 struct RuleSource {
-  Kor::Name aclName;                            // of an access list
-  Kor::Ptr<Acl::AclRules<Rule> const> rules;    // null unless it is one
-  Kor::Ptr<NamedRules<Rule> const> named = {};  // null if it is one
+  Kor::Name aclName;                            // of the access list
+  Kor::Ptr<Acl::AclRules<Rule> const> rules;    // null unless it is an access list
+  Kor::Ptr<NamedRules<Rule> const> named = {};  // null if it is an access list
 
-  // Whether none of the rules matches anything.
+  // True if no rule of the source matches anything.
   [[nodiscard]] bool empty() const {
     return named ? named->rules().empty()
                  : std::all_of(rules->begin(), rules->end(),
@@ -72,13 +73,13 @@ struct RuleSource {
 template <class Rule>
 using RuleSources = std::vector<RuleSource<Rule>>;
 
-// A rule of a class while it is visited.
+// The rule passed to a visitor of ClassRules::forEach().
 template <class Rule>
 struct RuleRef {
   Kor::Name const& aclName;
   std::uint32_t seqno;
   Rule const& rule;
-  PortRanges const& srcPorts;  // empty: as the rule says
+  PortRanges const& srcPorts;  // empty: as in `rule`
   PortRanges const& dstPorts;
 };
 
@@ -88,17 +89,17 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
   using Sources = std::variant<RuleSources<Acl::IpRuleConfig>, RuleSources<Acl::Ip6RuleConfig>,
                                RuleSources<Acl::MacRuleConfig>>;
 
-  // Access lists and names of rules are unique among the sources.
+  // Access lists and keys of rules must be unique among the sources.
   explicit ClassRules(Sources sources);
   ~ClassRules() override;
 
-  // The empty sources of an option: MAC rules serve both mac and mpls.
+  // The empty sources of an option. MAC rules are used for both mac and mpls.
   static Sources emptySources(ClassMapMatchOption option);
 
-  // Whether no rule matches anything.
+  // True if no rule matches anything.
   [[nodiscard]] bool empty() const;
 
-  // The rule of that key; null when it is not one of these.
+  // The rule with that key, or null.
   template <class Rule>
   [[nodiscard]] Rule const* find(AclRuleKey const& key) const {
     auto const* const sources = std::get_if<RuleSources<Rule>>(&sources_);
@@ -119,7 +120,7 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
     return &(*sources)[place].named->rules()[index].exact.rule;
   }
 
-  // Calls visit(RuleRef) for every rule that matches something, in order, until it returns false.
+  // Calls visit(RuleRef) in order for every rule that matches something, until it returns false.
   template <class Visit>
   void forEach(Visit&& visit) const {
     std::visit(
@@ -133,8 +134,8 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
         sources_);
   }
 
-  // Whether programming `other` instead would make no difference. Without a difference tracker
-  // every other object is taken for a difference.
+  // True if programming `other` instead makes no difference. Without a difference tracker, any
+  // other object is treated as different.
   [[nodiscard]] bool sameEffect(ClassRules const& other, Acl::AclDiff const* aclDiff) const;
 
   [[nodiscard]] Sources const& sources() const { return sources_; }
@@ -162,8 +163,8 @@ class POLICYMAP_API ClassRules : public Kor::PtrInterface {
   }
 
   Sources sources_;
-  std::map<Kor::Name, std::size_t> lists_;  // places among the sources
-  // Place of the source and of the rule in it.
+  std::map<Kor::Name, std::size_t> lists_;  // index into the sources
+  // Index of the source, and of the rule in it.
   std::map<std::pair<std::uint32_t, Kor::Name>, std::pair<std::size_t, std::size_t>> named_;
 };
 

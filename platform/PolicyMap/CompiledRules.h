@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// CompiledRules: the rules of one class, as of its last compilation. They are compiled when a
-// caller asks for them and something has changed since. What they depend on is every access list
-// and class-map that the matches refer to, whether or not it exists.
+// CompiledRules: the rules of one class as of its last compilation. They become stale when
+// something they depend on changes, and are compiled again on demand. They depend on every access
+// list and class-map that the matches refer to, whether or not it exists.
 //
 //   CompiledRules rules(globalData, [](DependencyKind kind) { ... });
 //   if (rules.stale()) {
@@ -27,24 +27,24 @@ class POLICYMAP_API CompiledRules {
  public:
   using Reaction = std::function<void(DependencyKind)>;
 
-  // `globalData` may be null: then no access list and no nested class-map is found, and nothing is
-  // depended on. `dependencyChanged` is called after a change has made the rules stale.
+  // If `globalData` is null, access lists and nested class-maps are not found, and there are no
+  // dependencies. `dependencyChanged` is called after a change has made the rules stale.
   CompiledRules(Kor::Ptr<PolicyMapGlobalData> globalData, Reaction dependencyChanged);
 
-  // Whether something has changed since the last compilation, or there was none.
+  // True before the first compilation, and after a change since the last one.
   [[nodiscard]] bool stale() const { return stale_; }
   void makeStale() { stale_ = true; }
-  // `classMap` may be null: it has no rules. Calls nothing outside.
+  // A null `classMap` has no rules. Runs no callbacks and sends no notifications.
   void compile(Kor::Ptr<ClassMapSubConfig const> const& classMap);
 
   // Null before the first compilation.
   [[nodiscard]] Kor::Ptr<ClassRules const> const& of(ClassMapMatchOption option) const {
     return rules_[option];
   }
-  // Why the class may not be programmed, for whichever option; empty: it may.
+  // Why the class must not be programmed, over all options; empty if it may be.
   [[nodiscard]] Kor::String const& error() const { return error_; }
-  // Everything that is wrong: `programError`, or error() where that is empty, then what the class
-  // refers to and is absent: 'no room, missing ip access-list a, missing class-map b'.
+  // All problems as one text: `programError`, or error() if that is empty, followed by the missing
+  // objects: 'no room, missing ip access-list a, missing class-map b'.
   [[nodiscard]] Kor::String problems(Kor::String const& programError) const;
 
  private:
@@ -54,8 +54,9 @@ class POLICYMAP_API CompiledRules {
   PerOption<ClassRules::PtrConst> rules_;
   bool stale_ = true;
   Kor::String error_;
-  Kor::String missing_;                      // what the class refers to and is absent
-  DependencyIndex::Dependent dependencies_;  // leaves the index before the global data are released
+  Kor::String missing_;  // the missing objects that the class refers to
+  // Last member: it must leave the index before the global data are released.
+  DependencyIndex::Dependent dependencies_;
 };
 
 }  // namespace PolicyMap

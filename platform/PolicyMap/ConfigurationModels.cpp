@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What is configured.
+// Models of the configuration classes.
 
 #include "PolicyMap/ClassMapTypeConfig.h"
 #include "PolicyMap/Models.h"

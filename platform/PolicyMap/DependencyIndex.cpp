@@ -14,7 +14,7 @@ void DependencyIndex::changed(DependencyKind kind, Kor::Name const& name) const 
   auto const& names = byName_[static_cast<std::size_t>(kind)];
   auto found = names.find(name);
   std::uint64_t last = 0;
-  // A reaction may add or remove dependents, so each step looks up the next one.
+  // A reaction may add or remove dependents, so each iteration searches for the next one.
   while (found != names.end()) {
     auto const next = found->second.upper_bound(last);
     if (next == found->second.end()) {

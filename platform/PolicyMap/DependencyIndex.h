@@ -15,15 +15,15 @@
 
 namespace PolicyMap {
 
-// What a machine may depend on by name, whether or not it exists.
+// The kinds of objects that a machine may depend on by name, whether or not they exist.
 enum class DependencyKind : std::uint8_t { ipAcl, ip6Acl, macAcl, classMap };
 
-// Maps a name to the machines that depend on it, so that a change costs what depends on it.
+// Maps a name to the machines that depend on it, so that a change costs only what depends on it.
 class POLICYMAP_API DependencyIndex {
  public:
   class Dependent;
 
-  // Runs the reactions of those that depend on that name, in the order in which they were created.
+  // Runs the reactions of the dependents of that name, in the order of their creation.
   void changed(DependencyKind kind, Kor::Name const& name) const;
 
  private:
@@ -35,7 +35,7 @@ class POLICYMAP_API DependencyIndex {
   std::array<std::unordered_map<Kor::Name, Dependents, NameHash>, 4> byName_;
 };
 
-// One that depends. Its destruction removes its entries.
+// A registration of one dependent. Its destruction removes it from the index.
 class POLICYMAP_API DependencyIndex::Dependent {
  public:
   using Reaction = std::function<void(DependencyKind, Kor::Name const&)>;
@@ -46,9 +46,10 @@ class POLICYMAP_API DependencyIndex::Dependent {
   Dependent& operator=(Dependent const&) = delete;
   ~Dependent();
 
-  // Registers with `index` (null: none). `index` must outlive this registration.
+  // The index to register with, which must outlive this registration; null for none. Drops the
+  // current names.
   void indexIs(DependencyIndex* index);
-  // Depends on exactly these names from now on.
+  // Replaces the names it depends on.
   void namesAre(Names names);
 
  private:

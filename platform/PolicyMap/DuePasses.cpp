@@ -109,7 +109,7 @@ WantedPolicy DuePasses::wantedPolicy(ClassMapMatchOption option, bool rulesDue,
     return wanted;
   }
   if (rulesDue || !isKnown || state.recreate || (anyActions() && !traits.updateActions)) {
-    // Of an option that is not allowed too: what is wrong with its rules refuses the others.
+    // Compiled even if the option is not allowed: an error in its rules refuses the other options.
     wanted.classes = wantedClasses(option, wanted.refusal);
     state.noClasses = wanted.classes->empty() || !!wanted.refusal;
   } else {

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// DuePasses: what is due for one policy, and the passes that bring it about.
+// DuePasses: what is due for one policy, and the passes that carry it out.
 //
-// There are two kinds of passes: one brings one match option to what is wanted (create, re-create,
-// interfaces, teardown), one updates the actions of programmed classes in place, over all options.
-// A mark only says where to look; whether something is to be called is decided when the pass is
-// planned. A change of interfaces alone does not ask the classes, and one changed action asks only
-// its class.
+// There are two kinds of passes. One reconciles one match option (create, re-create, change
+// interfaces, tear down). The other updates the actions of programmed classes in place, over all
+// options. A mark only says where to look: the planning of a pass decides whether any operation is
+// needed. A change of interfaces alone does not query the classes, and a changed action queries
+// only its own class.
 
 #include "PolicyMap/PassPlan.h"
 #include "PolicyMap/PolicyHost.h"
@@ -20,45 +20,45 @@ namespace PolicyMap {
 
 class POLICYMAP_API DuePasses {
  public:
-  // The turn for which a pass is planned. What the planner asks may end it: machine or helper went
-  // away, and nothing but over() may be called any more.
+  // The turn for which a pass is planned. The planner's queries may end it by removing the machine
+  // or the helper. After that only over() may be called.
   class Turn {
    public:
     [[nodiscard]] virtual bool over() const = 0;
     [[nodiscard]] virtual PolicyHost& host() = 0;
     [[nodiscard]] virtual PolicyMapAclHelper const& helper() const = 0;
     [[nodiscard]] virtual PresentPolicy present(ClassMapMatchOption option) const = 0;
-    // The option is refused or not wanted, and nothing is to be called for it.
+    // The option is refused or unwanted, and no operation is needed.
     virtual void refused(ClassMapMatchOption option) = 0;
-    // The class has another machine with the same rules.
+    // The class has a new machine with the same rules.
     virtual void renewed(Kor::Name const& className) = 0;
 
    protected:
     ~Turn() = default;
   };
 
-  // Both must outlive this.
+  // Both arguments must outlive this object.
   DuePasses(PolicyOwner& policy, ProgrammedState& state) : policy_(policy), state_(state) {}
 
   void rulesDue(ClassMapMatchOption option) { state_[option].rulesDue = true; }
   void rulesDue();  // of all options
   void intfsDue();
   void actionsDue(Kor::Name const& className) { changedActions_.insert(className); }
-  // Rules, interfaces and actions of all classes.
+  // Marks the rules, interfaces and actions of all classes.
   void everythingDue();
-  // All options are programmed again, even without a difference.
+  // Marks all options to be programmed again even if nothing differs.
   void reprogrammingDue();
-  // What failed and is to be tried again.
+  // Marks the failed options that are to be retried.
   void failedDue();
 
-  // False: everything is to be deleted. Returns whether this is a change.
+  // False: everything is to be deleted. Returns true if this is a change.
   bool wantedIs(bool wanted);
-  // Everything is to be deleted, for good.
+  // Everything is to be deleted, permanently.
   void restart();
   [[nodiscard]] bool unwanted() const { return !wanted_ || restart_; }
 
   [[nodiscard]] bool any() const;
-  // Takes marks until one needs a pass. None: nothing is due any more, or the turn is over.
+  // Consumes marks until one needs a pass. Returns none if nothing else is due or the turn is over.
   std::optional<Pass> next(Turn& turn);
 
  private:
@@ -70,7 +70,7 @@ class POLICYMAP_API DuePasses {
   ProgrammedClasses wantedClasses(ClassMapMatchOption option, PolicyFailure& refusal);
 
   PolicyOwner& policy_;
-  ProgrammedState& state_;              // holds the marks of rules and interfaces
+  ProgrammedState& state_;              // contains the marks for rules and interfaces
   std::set<Kor::Name> changedActions_;  // classes
   bool allActions_ = false;
   bool wanted_ = true;

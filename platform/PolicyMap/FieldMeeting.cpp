@@ -27,7 +27,7 @@ RangesOf<Match> common(SomeRanges<Match> a, SomeRanges<Match> b) {
   return both;
 }
 
-// The match that takes just these ranges, or the smallest range around them.
+// The match for exactly these ranges, or for the smallest range that encloses them.
 template <class Match>
 Match matchAround(RangesOf<Match> const& ranges) {
   auto const low = ranges.front().low;

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What two values of one field of a rule take together, by the type of the field.
+// The intersection of two values of one field of a rule, by the type of the field.
 //
-// There is one meet() for each type, and it takes the result by reference, so that no other type
-// converts to it: a rule with a field of a type that is not here does not compile as the operand of
-// an intersection.
+// There is one meet() per type. The result is taken by reference, so that no other type converts to
+// it: a rule with a field of an unknown type cannot be intersected and does not compile.
 
 #include "Acl/AddressMatch.h"
 #include "Acl/NumberMatch.h"
@@ -18,22 +17,22 @@
 
 namespace PolicyMap {
 
-/// Ascending and apart from each other.
+// Ascending and disjoint.
 using PortRanges = std::vector<Acl::PortMatch::Range>;
 
 enum class Meeting : std::uint8_t {
-  something,      ///< `both` takes what both take
-  nothing,        ///< no packet is taken by both
-  inexpressible,  ///< some are, but no value of the field can say which
+  something,      // `both` is the intersection
+  nothing,        // no packet matches both
+  inexpressible,  // some packets match both, but no value of the field expresses which
 };
 
-/// A condition that a rule may add: it holds where one of the rules has it.
+// A condition that a rule may add: the intersection has it if either rule has it.
 inline Meeting meet(bool a, bool b, bool& both) {
   both = a || b;
   return Meeting::something;
 }
 
-/// An identifier, 0 for any.
+// An identifier; 0 matches any.
 inline Meeting meet(std::uint32_t a, std::uint32_t b, std::uint32_t& both) {
   both = a == 0 ? b : a;
   return a == 0 || b == 0 || a == b ? Meeting::something : Meeting::nothing;
@@ -68,14 +67,14 @@ Meeting meet(Acl::AddressMatch<Traits> const& a, Acl::AddressMatch<Traits> const
 
 Meeting meet(Acl::TtlMatch const& a, Acl::TtlMatch const& b, Acl::TtlMatch& both);
 
-/// A port match and, unless empty, the exact ranges it represents.
+// A port match and, unless empty, the exact ranges that it approximates.
 struct ExactPorts {
   Acl::PortMatch const& match;
   PortRanges const& exact;
 };
 
-/// Ports always meet in a match: where no match can say them, in the smallest range around them,
-/// and `exact` are the ranges. Else `exact` is empty.
+// The intersection of ports always has a match. If no match can express it, `both` is the smallest
+// enclosing range and `exact` the ranges. Otherwise `exact` is empty.
 Meeting meet(ExactPorts a, ExactPorts b, Acl::PortMatch& both, PortRanges& exact);
 
 }  // namespace PolicyMap

@@ -46,7 +46,7 @@ void HelperArbiter::withdraw(Client& client) {
 }
 
 void HelperArbiter::callsEnded() {
-  // One that is called may withdraw others.
+  // A client that is called may withdraw others, so no iterator is kept.
   while (!waiting_.empty()) {
     Client* const client = waiting_.front();
     waiting_.erase(waiting_.begin());
@@ -58,8 +58,8 @@ void HelperArbiter::callsEnded() {
 }
 
 void HelperArbiter::grantNext() {
-  // One loop serves the whole queue: a client that is done inside its turn does not nest the next
-  // client's.
+  // One loop serves the whole queue, so that a client that finishes during its grant does not nest
+  // the grant of the next one.
   if (granting_ || calling()) {
     return;
   }
@@ -105,7 +105,7 @@ void HelperArbiter::resultIs(AsyncOperationResult const& result) {
     }
   } else if (pending_) {
     pending_ = false;
-    // A copy: what follows may overwrite the attribute that the text comes from.
+    // A copy: the client may overwrite the attribute that `result` refers to.
     holder_->resultArrived(Kor::String(result.error()));
     return;
   }

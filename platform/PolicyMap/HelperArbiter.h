@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// HelperArbiter: shares one helper among the policies that are programmed on it. It knows which
-// policies are created there and by which client, which client's turn it is, and the one operation
-// whose result is pending. Clients of several machines may share a helper; the arbiter belongs to
+// HelperArbiter: shares one helper among the policies that are programmed on it. It records which
+// policies are created there and by which client, which client has the turn, and the one operation
+// whose result is pending. Clients of several machines may share a helper. The arbiter belongs to
 // the helper and outlives them.
 //
-// All operations of the helper are called through the arbiter. While one is on the stack no client
-// is granted a turn: a turn that becomes free, and what callers asked for with afterCall(), waits
-// for its return. So an operation may do anything, turning the event loop included.
+// All operations of the helper are called through the arbiter. While one is on the stack, no client
+// is granted a turn: grants and afterCall() requests wait until it returns. An operation may
+// therefore do anything, including running the event loop.
 
 #include "Kor/EventLoop.h"
 #include "Kor/PtrInterface.h"
@@ -31,12 +31,12 @@ namespace PolicyMap {
 
 class POLICYMAP_API HelperArbiter {
  public:
-  // One policy. It holds the helper for the length of a pass.
+  // One policy. It holds the helper for the duration of a pass.
   class Client {
    public:
-    // The helper is this client's until release().
+    // The client holds the helper from now until release().
     virtual void granted() = 0;
-    // The pending operation has ended; "" for success.
+    // The pending operation has completed; "" for success.
     virtual void resultArrived(Kor::String const& error) = 0;
     // The operation that was on the stack at afterCall() has returned.
     virtual void callEnded() = 0;
@@ -45,8 +45,8 @@ class POLICYMAP_API HelperArbiter {
     ~Client() = default;
   };
 
-  // The result of an operation, "" for success. One that throws has failed with the text of its
-  // exception and is taken for not carried out.
+  // The result of an operation, "" for success. An operation that throws has failed with the text
+  // of the exception, and is treated as not carried out.
   struct Answer {
     Kor::String error;
     bool threw = false;
@@ -58,31 +58,33 @@ class POLICYMAP_API HelperArbiter {
   HelperArbiter(HelperArbiter const&) = delete;
   HelperArbiter& operator=(HelperArbiter const&) = delete;
 
-  // Calls hwInit() the first time. An exception is traced.
+  // Calls hwInit(), the first time only. An exception is traced and does not propagate.
   void initialize(std::function<void()> const& hwInit);
 
-  // Grants at once when the helper is free, else in order of request. A client that holds the
-  // helper or waits for it already is not queued again.
+  // Grants at once if the helper is free, otherwise in order of request. Does nothing if the client
+  // already holds the helper or is queued.
   void request(Client& client);
+  // The client must hold the helper. Grants it to the next client.
   void release(Client& client);
-  // Removes the client from every queue. If it held the helper, a pending result is dropped and the
-  // next client is granted from the event loop, since withdraw() may be called inside an operation
-  // or while other clients are about to withdraw.
+  // Removes the client from every queue. If it held the helper, a pending result is dropped. The
+  // next client is then granted from the event loop, because withdraw() may be called inside an
+  // operation or while other clients are about to withdraw.
   void withdraw(Client& client);
 
-  // Whether a policy is created on the helper, and by which client: null when it is gone.
+  // The policies created on the helper, and the client that created each; null if that client is
+  // gone.
   [[nodiscard]] bool created(PolicyMapSmKey const& key, ClassMapMatchOption option) const {
     return created_.contains({key, option});
   }
   [[nodiscard]] Client const* creator(PolicyMapSmKey const& key, ClassMapMatchOption option) const;
   void createdIs(PolicyMapSmKey const& key, ClassMapMatchOption option, Client const* creator);
   void createdDel(PolicyMapSmKey const& key, ClassMapMatchOption option);
-  // What the client has created of the policy belongs to no client from now on.
+  // Policies that the client has created remain, but belong to no client.
   void disown(PolicyMapSmKey const& key, Client const& client);
 
-  // Whether an operation is on the stack.
+  // True while an operation is on the stack.
   [[nodiscard]] bool calling() const { return calls_ != 0; }
-  // Calls callEnded() of the client when the operation on the stack has returned.
+  // Calls callEnded() of the client after the operation on the stack has returned.
   void afterCall(Client& client) { waiting_.push_back(&client); }
 
   // Calls an operation that returns a text.
@@ -96,11 +98,11 @@ class POLICYMAP_API HelperArbiter {
     }
     return answer;
   }
-  // Calls one whose result may come later. Returns nothing when the result is pending: then
-  // resultArrived() of the holder follows. `isAsync` is asked after the call.
+  // Calls an operation whose result may come later. Returns nothing if the result is pending;
+  // resultArrived() of the holder follows. `isAsync` is evaluated after the call.
   template <class Operation, class IsAsync>
   std::optional<Answer> callAsync(Operation&& operation, IsAsync&& isAsync) {
-    // Armed before the call, since the result may come inside it.
+    // Set before the call, because the result may arrive inside it.
     expectingResult_ = true;
     early_.reset();
     Answer answer = call(operation);
@@ -114,9 +116,9 @@ class POLICYMAP_API HelperArbiter {
     pending_ = isAsync();
     return pending_ ? std::nullopt : std::optional(answer);
   }
-  // A result has come from the helper.
+  // The helper reports a result.
   void resultIs(AsyncOperationResult const& result);
-  // The pending result is no longer waited for; one that comes late is dropped.
+  // Stops waiting for the pending result. A late one is dropped.
   void abandonResult() { pending_ = false; }
 
  private:
@@ -141,10 +143,10 @@ class POLICYMAP_API HelperArbiter {
   bool granting_ = false;
   Kor::Timer grantTimer_;
   unsigned calls_ = 0;
-  std::vector<Client*> waiting_;      // for callEnded()
-  bool expectingResult_ = false;      // an operation on the stack may get its result inside
-  std::optional<Kor::String> early_;  // that result
-  bool pending_ = false;              // a result is to come later
+  std::vector<Client*> waiting_;  // for callEnded()
+  bool expectingResult_ = false;  // an operation on the stack may get its result inside the call
+  std::optional<Kor::String> early_;  // the result that arrived inside the call
+  bool pending_ = false;              // a result will arrive later
 };
 
 }  // namespace PolicyMap

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The rows for the operations of a helper, in slot order: one list for the table of
-// PolicyMapAclHelper and for the tables of the classes that override them all.
+// The rows for the operations of a helper in slot order. The tables of PolicyMapAclHelper and of
+// the classes that override all operations share this list.
 
 #include "Kor/Model.h"
 #include "PolicyMap/PolicyMapAclHelper.h"

@@ -52,7 +52,7 @@ void updateHitCounts(std::vector<Kor::Ptr<ClassMapSm>> const& classes, PolicyMap
                      PolicyMapSmCommonData::PtrConst const& policyData,
                      ProgrammedState const& state, std::function<bool()> const& goesOn) {
   for (Kor::Ptr<ClassMapSm> const& machine : classes) {
-    // Held: an observer may take it away from the machine.
+    // Held, because an observer may remove it from the machine.
     Kor::Ptr<ClassMapStatus> const status = machine->classMapStatus();
     if (!status || !goesOn()) {
       continue;

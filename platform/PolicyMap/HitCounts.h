@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// HitCounts: the packets that each rule of a class has matched, from the helper into its status.
+// HitCounts: reads the packets that each rule of a class has matched from the helper into the class
+// status.
 
 #include "PolicyMap/ClassMapSm.h"
 #include "PolicyMap/PolicyMapAclHelper.h"
@@ -15,18 +16,18 @@ namespace PolicyMap {
 
 using HitCounts = std::map<AclRuleKey, std::uint64_t>;
 
-// Asks once for every rule of the class that is programmed, in any option. Without a count for
-// rules whose call throws. Stops early when `goesOn` returns false after a call.
+// Queries every programmed rule of the class once, over all options. Omits rules whose query
+// throws. Stops if `goesOn` returns false after a query.
 [[nodiscard]] POLICYMAP_API HitCounts
 readHitCounts(PolicyMapAclHelper& helper, PolicyMapSmCommonData::PtrConst const& policyData,
               ClassMapSmCommonData::PtrConst const& classData, ProgrammedState const& state,
               std::function<bool()> const& goesOn);
 
-// The status holds exactly these counts afterwards.
+// Replaces the counts of the status. Equal counts do not notify.
 POLICYMAP_API void publishHitCounts(ClassMapStatus& status, HitCounts const& counts);
 
-// Reads and publishes the counts of classes that have a status. Stops early when `goesOn` returns
-// false after a call or a notification.
+// Reads and publishes the counts of all classes that have a status. Stops if `goesOn` returns false
+// after a query or a notification.
 POLICYMAP_API void updateHitCounts(std::vector<Kor::Ptr<ClassMapSm>> const& classes,
                                    PolicyMapAclHelper& helper,
                                    PolicyMapSmCommonData::PtrConst const& policyData,

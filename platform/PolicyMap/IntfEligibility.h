@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// IntfEligibility: the rules by which interfaces may carry policies, judged by what the statuses
-// say at the moment of the call. Made for a few calls: it does not keep the statuses alive.
+// IntfEligibility: decides which interfaces may carry policies, from the statuses at the time of
+// the call. Short-lived: it does not keep the statuses alive.
 
 #include "Ip/Status.h"
 #include "Ip6/Status.h"
@@ -14,7 +14,7 @@
 
 namespace PolicyMap {
 
-// Null for a status that does not exist: then no interface has an address, or is routed.
+// Null: the status does not exist, so no interface has an address or is routed.
 struct IntfStatuses {
   Ip::Status const* ip = nullptr;
   Ip6::Status const* ip6 = nullptr;
@@ -22,7 +22,7 @@ struct IntfStatuses {
   Routing6::RoutingInfo const* routing6 = nullptr;
 };
 
-// Which kinds of interfaces may carry policies.
+// The kinds of interfaces that may carry policies.
 struct AllowedKinds {
   bool layer2 = false;
   bool layer3 = false;
@@ -35,14 +35,15 @@ class POLICYMAP_API IntfEligibility {
 
   [[nodiscard]] bool hasIp(Vorel::IntfId intf) const;
   [[nodiscard]] bool hasIp6(Vorel::IntfId intf) const;
-  // With an address, or routed. What is not layer 3 is layer 2 if it is physical or a port-channel;
-  // everything else is neither.
+  // An interface is layer 3 if it has an address or is routed. Any other interface is layer 2 if it
+  // is physical or a port-channel, and otherwise neither.
   [[nodiscard]] bool isLayer3(Vorel::IntfId intf) const;
   [[nodiscard]] bool isLayer2(Vorel::IntfId intf) const;
 
-  // Whether the interface is of an allowed kind. A management interface is of no layer here.
+  // True if the interface is of an allowed kind. A management interface is neither layer 2 nor
+  // layer 3 here.
   [[nodiscard]] bool isAllowed(Vorel::IntfId intf, AllowedKinds const& kinds) const;
-  // Whether an interface of an allowed kind may carry rules of an option.
+  // True if an interface of an allowed kind may carry rules of an option.
   [[nodiscard]] bool allowsOption(Vorel::IntfId intf, ClassMapMatchOption option) const;
 
  private:

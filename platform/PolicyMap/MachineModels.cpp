@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Actions, the machines, what they share, and the helper that they program through.
+// Models of the actions, the machines, their shared data, and the helper.
 
 #include "PolicyMap/HelperOperationModels.h"
 #include "PolicyMap/Models.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The tables by which the types of this namespace are registered and reached by name, in order: a
-// type stands behind its base and behind the types that it owns.
+// The tables that register the types of this namespace and make them accessible by name. A type
+// comes after its base and after the types that it owns.
 
 #include "Kor/Model.h"
 

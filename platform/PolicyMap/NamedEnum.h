@@ -8,7 +8,7 @@
 
 namespace PolicyMap {
 
-// Reads a value of an enumeration whose values all have names, by name or number. Raises
+// Parses a value of an enumeration whose values all have names, by name or by number. Throws
 // Kor::RangeException for any other text or number.
 template <class Enum>
 void readNamed(Kor::TextIterator& it, Kor::TextIterator const& end, Kor::EnumNames const& names,

@@ -8,19 +8,19 @@
 
 namespace PolicyMap {
 
-/// Numbers of which each is given out once. Every operation takes time logarithmic in the numbers
-/// given out, however dense they are.
+// Hands out each number at most once. Every operation is logarithmic in the count of numbers handed
+// out, however dense they are.
 class POLICYMAP_API NumberPool {
  public:
-  /// Takes `number`; returns false if that was taken before.
+  // Takes `number`. Returns false if it is already taken.
   bool take(std::uint32_t number);
-  /// Takes and returns the next free number after `taken`, which is one. Where none is left up to
-  /// the highest, it is the next free one before. Some number must be free.
+  // Takes and returns the next free number after `taken`, which must be taken. If there is none up
+  // to the maximum, it is the nearest free number before. At least one number must be free.
   std::uint32_t takeNext(std::uint32_t taken);
 
  private:
-  std::map<std::uint32_t, std::uint32_t>
-      runs_;  // first to last number, with free ones between runs
+  // From first to last number. Runs are separated by free numbers.
+  std::map<std::uint32_t, std::uint32_t> runs_;
 };
 
 }  // namespace PolicyMap

@@ -31,7 +31,7 @@ class POLICYMAP_API OptionIntf {
   [[nodiscard]] std::uint32_t hash() const {
     return Kor::hashCombine(intf_.hash(), static_cast<std::uint32_t>(option_));
   }
-  // By option, then interface.
+  // Ordered by option, then interface.
   friend bool operator==(OptionIntf const&, OptionIntf const&) = default;
   friend std::strong_ordering operator<=>(OptionIntf const& a, OptionIntf const& b) {
     return std::tie(a.option_, a.intf_) <=> std::tie(b.option_, b.intf_);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Pass: one sequence of helper operations, planned as a whole.
+// Pass: a sequence of helper operations that is planned as a whole.
 
 #include "PolicyMap/ProgrammedState.h"
 #include "Vorel/IntfId.h"
@@ -12,8 +12,8 @@
 
 namespace PolicyMap {
 
-// The operations that passes are made of, and how statuses call them. addRule stands for all rules
-// of a pass, updateAction for all rules of one class in every option.
+// The operations that passes consist of, and their names in statuses. One addRule adds all rules of
+// a pass; one updateAction updates all rules of one class in every option.
 #define POLICYMAP_HELPER_OPERATIONS(ROW)  \
   ROW(createPolicy, "createPolicy")       \
   ROW(recreatePolicy, "recreatePolicy")   \
@@ -42,9 +42,9 @@ enum class HelperOperation : std::uint8_t {
 
 struct Step {
   HelperOperation operation;
-  ClassMapMatchOption option = ClassMapMatchOption::ipv4;  // of no meaning for an action update
-  Vorel::IntfId intf = {};                                 // of an interface operation
-  Kor::Ptr<ClassMapSmCommonData> updatedClass = {};        // of an action update
+  ClassMapMatchOption option = ClassMapMatchOption::ipv4;  // unused for an action update
+  Vorel::IntfId intf = {};                                 // for an interface operation
+  Kor::Ptr<ClassMapSmCommonData> updatedClass = {};        // for an action update
 
   bool operator==(Step const&) const = default;
 };
@@ -52,14 +52,14 @@ struct Step {
 enum class PassKind : std::uint8_t {
   program,
   tearDown,
-  updateActions,  // of all options
+  updateActions,  // over all options
 };
 
 struct Pass {
   PassKind kind;
-  ClassMapMatchOption option;  // of no meaning for an action update
+  ClassMapMatchOption option;  // unused for an action update
   std::vector<Step> steps;
-  // What addRule programs.
+  // What addRule programs, and how.
   ProgrammedClasses classes = {};
   PortExpansion expansion = PortExpansion::rangeChecker;
   Capabilities capabilities = {};

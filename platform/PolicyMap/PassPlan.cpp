@@ -15,7 +15,7 @@ bool sameRules(ProgrammedClasses const& programmed, ProgrammedClasses const& wan
                     });
 }
 
-// The first rule that the helper cannot program; no failure: it can program all.
+// The first rule that the helper cannot program. Default value: all can be programmed.
 PolicyFailure unsupported(ProgrammedClasses const& classes, ClassMapMatchOption option,
                           Capabilities const& capabilities) {
   PolicyFailure failure;
@@ -38,11 +38,11 @@ PolicyFailure unsupported(ProgrammedClasses const& classes, ClassMapMatchOption 
   return failure;
 }
 
-// Some action is to be programmed again: it moved, or its class has other common data now.
+// True if actions must be programmed again: an update is pending, or the class has new common data.
 bool actionsMoved(ProgrammedClasses const& programmed,
                   std::optional<ProgrammedClasses> const& same) {
   if (!same) {
-    return false;  // an action update is planned by itself
+    return false;  // action updates have their own pass
   }
   return !std::equal(programmed.begin(), programmed.end(), same->begin(), same->end(),
                      [](ProgrammedClass const& a, ProgrammedClass const& b) {

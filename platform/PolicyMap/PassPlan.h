@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// PassPlan: which steps lead from what is programmed to what is wanted. Pure: neither helper nor
-// status is touched, and equal inputs give equal plans.
+// PassPlan: computes the steps from what is programmed to what is wanted. Pure: it touches neither
+// helper nor status, and equal inputs give equal plans.
 
 #include "Acl/AclDiff.h"
 #include "PolicyMap/Pass.h"
@@ -12,22 +12,22 @@
 
 namespace PolicyMap {
 
-// What is wanted for one option. Without classes or without interfaces nothing is.
+// What is wanted for one option. Without classes or without interfaces, nothing is wanted.
 struct WantedPolicy {
-  // In priority order; none: those that are programmed, with their rules unchanged.
+  // In priority order. None: the classes that are programmed, with unchanged rules.
   std::optional<ProgrammedClasses> classes = ProgrammedClasses();
-  std::vector<Vorel::IntfId> intfs = {};  // ascending, each once
+  std::vector<Vorel::IntfId> intfs = {};  // ascending, unique
   PolicyFailure refusal = {};             // why the classes cannot be programmed
 };
 
-// What the helper has of the policy for one option.
+// What exists on the helper for one option of the policy.
 struct PresentPolicy {
   bool created = false;
-  bool owned = false;                     // it was created from here
-  std::vector<Vorel::IntfId> intfs = {};  // to which it is applied, ascending
+  bool owned = false;                     // created by this client
+  std::vector<Vorel::IntfId> intfs = {};  // where the policy is applied, ascending
 };
 
-// What the helper can do, as far as it decides about steps.
+// The properties of the helper that affect the steps.
 struct POLICYMAP_API HelperTraits {
   Capabilities capabilities = {};
   PortExpansion expansion = PortExpansion::rangeChecker;
@@ -39,28 +39,29 @@ struct POLICYMAP_API HelperTraits {
 };
 
 struct OptionPlan {
-  // The steps; none: nothing is to be called.
+  // The steps. None: no operation is needed.
   std::optional<Pass> pass = std::nullopt;
-  // Present when the option is not to be programmed. Its text is empty when there is nothing to
-  // program, else why the classes cannot be.
+  // Present if the option must not be programmed. Its text is empty if there is nothing to program,
+  // otherwise the reason why the classes cannot be programmed.
   std::optional<PolicyFailure> refusal = std::nullopt;
-  // The wanted classes have the rules that are programmed: they can be taken over in their place.
+  // The wanted classes have the rules that are programmed, so they can replace the programmed ones
+  // without an operation.
   bool sameRules = false;
 };
 
-// Whether the option was created from here and what is programmed is known.
+// True if the option was created by this client and its programmed classes are known.
 [[nodiscard]] inline bool known(PresentPolicy const& present, OptionState const& state) {
   return present.owned && !state.classes.empty();
 }
 
-// Without a difference tracker every other version of a list is taken for a difference.
+// Without a difference tracker, any other version of a list is treated as different.
 [[nodiscard]] POLICYMAP_API OptionPlan
 planOption(ClassMapMatchOption option, WantedPolicy const& wanted, PresentPolicy const& present,
            OptionState const& state, HelperTraits const& helper, Acl::AclDiff const* aclDiff);
 
-// Updates the actions of those of `changed` (in priority order) that are programmed and have moved,
-// then commits each option concerned. No steps: nothing has moved. `present` says which options are
-// known.
+// Updates the actions of the classes in `changed` (in priority order) that are programmed and have
+// pending updates, then commits each affected option. No steps: no update is pending. `present`
+// says for which options the programmed classes are known.
 [[nodiscard]] POLICYMAP_API Pass
 planActionUpdate(std::vector<Kor::Ptr<ClassMapSmCommonData>> const& changed,
                  PerOption<bool> const& present, ProgrammedState const& state);

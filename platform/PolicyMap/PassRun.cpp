@@ -47,7 +47,7 @@ PassRun::Outcome PassRun::callAsync(Operation&& operation) {
 
 PassRun::Outcome PassRun::run() {
   while (next_ < pass_.steps.size()) {
-    Step const step = pass_.steps[next_++];  // copied, since steps may be added
+    Step const step = pass_.steps[next_++];  // copied, because steps may be added
     Outcome outcome = perform(step);
     if (outcome == Outcome::done || outcome == Outcome::failed) {
       outcome = settle(step, outcome);
@@ -155,7 +155,7 @@ PassRun::Outcome PassRun::perform(Step const& step) {
 
 PassRun::Outcome PassRun::create(Step const& step) {
   PolicyMapSmKey const& key = policyData_->policyKey();
-  // Known before the call, since it is created whatever the operation returns, and without rules.
+  // Recorded before the call: the policy exists, without rules, whatever the operation returns.
   arbiter_.createdIs(key, step.option, &client_);
   state_[step.option].classes.clear();
   if (step.operation == HelperOperation::recreatePolicy) {
@@ -171,7 +171,7 @@ PassRun::Outcome PassRun::create(Step const& step) {
 PassRun::Outcome PassRun::addRules(ClassMapMatchOption option) {
   Outcome outcome = Outcome::done;
   for (ProgrammedClass& programmed : pass_.classes) {
-    // Noted first: an update that comes while the rules are added must still be programmed.
+    // Recorded first, so that an update requested while rules are added is still programmed.
     programmed.actionUpdates = programmed.data->updateAclActions();
     programmed.data->rulesIs(option, programmed.rules);
     programmed.rules->forEach([&](auto const& rule) {
@@ -223,8 +223,8 @@ PassRun::Outcome PassRun::updateActions(Kor::Ptr<ClassMapSmCommonData> const& da
   return outcome == Outcome::abandoned ? outcome : endUpdateActions(data, concerned, firstError);
 }
 
-// The plan has the commits of the options that were concerned when it was made; a change inside the
-// pass may concern others. Commits come last, in the order of the options.
+// The plan contains the commits of the options affected at planning time. A change during the pass
+// may affect others. Commits come last, in the order of the options.
 void PassRun::commitDue(ClassMapMatchOption option) {
   std::vector<Step>& steps = pass_.steps;
   auto const place = std::find_if(steps.begin(), steps.end(), [option](Step const& step) {
@@ -235,7 +235,7 @@ void PassRun::commitDue(ClassMapMatchOption option) {
   }
 }
 
-// The bracket is closed whatever happened inside.
+// Called even after a failure, so that the helper always sees the end of the update.
 PassRun::Outcome PassRun::endUpdateActions(Kor::Ptr<ClassMapSmCommonData> const& data,
                                            PerOption<bool> const& concerned,
                                            Kor::String const& firstError) {
@@ -257,8 +257,8 @@ PassRun::Outcome PassRun::endUpdateActions(Kor::Ptr<ClassMapSmCommonData> const&
   return error_.empty() ? Outcome::done : Outcome::failed;
 }
 
-// The class in an option whose actions are to be updated. An option that failed is created again,
-// and one that was created again meanwhile has the actions already.
+// The class in an option, if its actions are to be updated. A failed option will be created again,
+// and an option created again in the meantime already has the actions.
 ProgrammedClass* PassRun::moved(ClassMapMatchOption option, ClassMapSmCommonData const* data,
                                 std::uint32_t updates) {
   OptionState& state = state_[option];
@@ -272,7 +272,7 @@ PassRun::Outcome PassRun::updateRules(ProgrammedClass const& programmed,
                                       ClassMapMatchOption option) {
   Outcome outcome = Outcome::done;
   PortExpansion const expansion = state_[option].expansion;
-  // Copied: what an operation does may drop the class.
+  // Copied, because an operation may drop the class.
   ProgrammedClass const updated = programmed;
   updated.rules->forEach([&](auto const& rule) {
     AclRuleKey const key(updated.name, rule.aclName, rule.seqno, option);

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// PassRun: carries out the steps of one pass on a helper and keeps the programmed state in step
-// with their results.
+// PassRun: carries out the steps of one pass on a helper and updates the programmed state with
+// their results.
 //
-// Every operation of the helper goes through one call, whose outcome says how to go on: done,
-// failed, pending, or abandoned. Abandoned means that the machine or the helper went away inside
-// the operation. That outcome is passed up at once; nothing else here asks who is still present.
+// All operations of the helper go through one call whose outcome is done, failed, pending or
+// abandoned. Abandoned means that the machine or the helper went away inside the operation. It is
+// returned to the caller at once; nothing else in this class checks for that.
 //
-// A step that fails ends its pass, and what the option has on the helper is deleted. Teardown goes
-// on to its end. Of an action update only the options that fail stop; they are marked to be created
-// again.
+// A failed step ends its pass, and the option is deleted on the helper. A teardown continues to its
+// end. In an action update only the failed options stop; they are marked to be created again.
 
 #include "PolicyMap/HelperArbiter.h"
 #include "PolicyMap/Pass.h"
@@ -25,14 +24,14 @@ class POLICYMAP_API PassRun {
  public:
   enum class Outcome : std::uint8_t { done, failed, pending, abandoned };
 
-  // What the owner does while a pass runs.
+  // The owner, notified while a pass runs.
   class Observer {
    public:
     // The option was committed as wanted.
     virtual void committed(ClassMapMatchOption option) = 0;
-    // Nothing of the option is programmed any more.
+    // Nothing is programmed for the option any more.
     virtual void deleted(ClassMapMatchOption option) = 0;
-    // An action update has failed; the pass goes on, and may have to wait.
+    // An action update has failed. The pass continues, and may have to wait for a result.
     virtual void updateFailed() = 0;
 
    protected:
@@ -40,36 +39,36 @@ class POLICYMAP_API PassRun {
   };
 
   // `client` holds the arbiter of `helper`. `state`, `observer` and `client` must outlive the run,
-  // or abandon it before.
+  // unless abandon() is called before.
   PassRun(Pass pass, Kor::Ptr<PolicyMapAclHelper> helper, HelperArbiter::Client const& client,
           Kor::Ptr<PolicyMapSmCommonData> policyData, ProgrammedState& state, Observer& observer);
   PassRun(PassRun const&) = delete;
   PassRun& operator=(PassRun const&) = delete;
 
-  // Runs until the end, which is `done` or `failed`, or until a result is pending.
+  // Runs to the end, which is `done` or `failed`, or until a result is pending.
   Outcome run();
-  // Goes on with the result of the operation that was pending.
+  // Continues with the result of the pending operation.
   Outcome resultIs(Kor::String const& error);
-  // Calls nothing more, and does not touch what the constructor was given.
+  // After this, the run calls no operation and does not access the constructor's arguments.
   void abandon() { abandoned_ = true; }
 
   [[nodiscard]] Pass const& pass() const { return pass_; }
-  // The first failure; the default value: none.
+  // The first failure of the run. Default value: no failure.
   [[nodiscard]] PolicyFailure const& failure() const { return failure_; }
-  // A deletion threw, so that the policy is still created.
+  // True if a deletion threw, so that the policy is still created.
   [[nodiscard]] bool deletionThrew() const { return deletionThrew_; }
 
-  // Deletes what the client has created for one option, and empties state and policy data. Policies
-  // of other clients are left alone; a policy whose client is gone is deleted too. After an
-  // exception state and policy data are as before, and the policy is still created and belongs to
-  // no client.
+  // Deletes the policy that the client has created for one option, and clears state and policy
+  // data. A policy of another client is left alone; a policy without a client is deleted. If the
+  // deletion throws, state and policy data are unchanged, and the policy remains created without a
+  // client.
   static HelperArbiter::Answer takeDown(PolicyMapAclHelper& helper,
                                         HelperArbiter::Client const& client,
                                         Kor::Ptr<PolicyMapSmCommonData> const& policyData,
                                         ClassMapMatchOption option, OptionState& state);
 
  private:
-  // The one call: operation() returns a text.
+  // The only path to the helper: operation() returns a text.
   template <class Operation>
   Outcome call(Operation&& operation);
   template <class Operation>
@@ -86,12 +85,13 @@ class POLICYMAP_API PassRun {
   ProgrammedClass* moved(ClassMapMatchOption option, ClassMapSmCommonData const* data,
                          std::uint32_t updates);
   Outcome updateRules(ProgrammedClass const& programmed, ClassMapMatchOption option);
-  // The option is to be created again, since some of its rules may have the new actions.
+  // Marks the option to be created again, because some of its rules may already have the new
+  // actions.
   void updateFailed(ClassMapMatchOption option, Kor::Name const& className,
                     std::string_view operation);
   Outcome deletePolicy(ClassMapMatchOption option);
 
-  // Takes the outcome of a step. Returns done when the pass goes on, failed when it ends.
+  // Handles the outcome of a step. Returns done if the pass continues, failed if it ends.
   Outcome settle(Step const& step, Outcome outcome);
   void succeeded(Step const& step);
   Outcome failed(Step const& step);

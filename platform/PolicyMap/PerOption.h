@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// PerOption: one value per match option; forOption: one call per match option. Every option other
-// than ipv4, ipv6 and mac is served as mpls.
+// PerOption: one value per match option. forOption: dispatch by match option. Both treat every
+// option other than ipv4, ipv6 and mac as mpls.
 //
 //   PerOption<bool> due;
 //   due[ClassMapMatchOption::mac] = true;
@@ -15,7 +15,8 @@
 
 namespace PolicyMap {
 
-// Calls the function of the option and returns what it returns. All four return the same type.
+// Calls the function for the option and returns its result. All four must have the same type of
+// result.
 template <class Ipv4, class Ipv6, class Mac, class Mpls>
 constexpr decltype(auto) forOption(ClassMapMatchOption option, Ipv4&& ipv4, Ipv6&& ipv6, Mac&& mac,
                                    Mpls&& mpls) {

@@ -13,7 +13,7 @@ void PolicyClasses::sync(Kor::Name const& name) {
   if (takingDown_) {
     return;
   }
-  // A copy: the name may lie in an entry that is removed meanwhile.
+  // A copy: the name may be stored in an entry that is removed during the call.
   settling_.settle(name, [this, held = Kor::Name(name)] { bring(held); });
 }
 
@@ -26,7 +26,7 @@ void PolicyClasses::dropLeft() {
       if (!std::exchange(dropped, true)) {
         takeDown(name);
       }
-      bring(name);  // it may have come back meanwhile
+      bring(name);  // it may be configured again by now
     });
   }
 }
@@ -59,7 +59,7 @@ void PolicyClasses::bring(Kor::Name const& name) {
     return;
   }
   if (left_.erase(name) != 0) {
-    policy_.rulesChanged();  // its status may have been passed over while it was away
+    policy_.rulesChanged();  // its status may have been skipped while it was absent
   }
   if (Kor::Ptr<ClassMapSm> const machine = policy_.classMapSm(name)) {
     machine->classMapConfigIs(map);
@@ -82,7 +82,7 @@ void PolicyClasses::build(Kor::Name const& name, Kor::Ptr<ClassMapConfig const> 
   policy_.classMapSmIs(name, machine);
   if (status_ && machine->classMapStatus()) {
     Kor::Ptr<ClassMapStatus> const status = status_->classMapStatusIs(name);
-    status->errorIs({});  // that the class-map is missing
+    status->errorIs({});  // clears "missing class-map"
     machine->classMapStatusIs(status);
   }
   policy_.rulesChanged();
@@ -116,7 +116,7 @@ void PolicyClasses::takeDown(Kor::Name const& name) {
   policy_.rulesChanged();
 }
 
-// A class that refers to no class-map has a status that says so.
+// A class without class-map has no machine, but a status that reports the missing class-map.
 void PolicyClasses::publishMissing(Kor::Name const& name) {
   if (status_ && !policy_.classMapSm(name)) {
     Kor::Ptr<ClassMapStatus> const status = status_->classMapStatusIs(name);

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// PolicyClasses: gives each configured class of one policy its machine and its status, and takes
-// down the machines of classes that left.
+// PolicyClasses: creates a machine and a status for each configured class of one policy, and takes
+// down the machines of classes that left the configuration.
 //
 // A class is configured while it has a priority. It has a machine while it also has a class-map or
-// raw matches; otherwise its status says that the class-map is missing. Below a service-policy
-// machine the machine of a class that left stays until dropLeft(): a class that is back by then has
-// not left.
+// raw matches; otherwise its status reports the missing class-map. Below a service-policy machine,
+// the machine of a class that left is kept until dropLeft(): a class that returns before then keeps
+// its machine.
 //
-// Building and taking down call out, and what is called may change the configuration again: each
-// class is settled (Settling), so it ends as it is configured then.
+// Creating a machine or taking it down runs code that may change the configuration again. Each
+// class is therefore settled (see Settling): it ends as configured at that time.
 
 #include "PolicyMap/ClassMapSm.h"
 #include "PolicyMap/ClassMapWatches.h"
@@ -26,39 +26,40 @@ namespace PolicyMap {
 
 class POLICYMAP_API PolicyClasses {
  public:
-  // The policy-map machine, which holds the class machines. As their owner it is told of changes
-  // until they are taken down.
+  // The policy-map machine, which holds the class machines. As their owner it is notified of their
+  // changes until they are taken down.
   class Policy : public ClassMapSm::Owner {
    public:
     // The classes in force; may be null.
     [[nodiscard]] virtual Kor::Ptr<PolicyMapSubConfig const> const& policyMap() const = 0;
-    // Mirrors the configured priority of one class.
+    // Copies the configured priority of one class to the machine.
     virtual void mirrorPrio(Kor::Name const& name) = 0;
-    // The names of all class machines, in the order in which they are taken down.
+    // The names of all class machines, in the order of takedown.
     [[nodiscard]] virtual std::vector<Kor::Name> machineNames() const = 0;
     [[nodiscard]] virtual Kor::Ptr<ClassMapSm> classMapSm(Kor::Name const& name) const = 0;
-    // A machine for a class; `map` or `rawMap` is not null. Null: none is given.
+    // Creates the machine of a class; null if it is to have none. At least one of `map` and
+    // `rawMap` is not null.
     virtual Kor::Ptr<ClassMapSm> createClassMapSm(Kor::Ptr<ClassMapConfig const> const& map,
                                                   Kor::Ptr<ClassMapSubConfig const> const& rawMap,
                                                   Kor::Ptr<ClassAction const> const& action) = 0;
     virtual void classMapSmIs(Kor::Name const& name, Kor::Ptr<ClassMapSm> const& machine) = 0;
     virtual void classMapSmDel(Kor::Name const& name) = 0;
-    // Whether dropLeft() will be called after rulesChanged().
+    // True if dropLeft() will be called after rulesChanged().
     [[nodiscard]] virtual bool dropsLeftLater() const = 0;
-    // A class has another machine, has left or is back.
+    // A class has a new machine, has left, or has returned.
     virtual void rulesChanged() = 0;
   };
 
-  // `status` may be null. What is given must outlive this.
+  // `status` may be null. The arguments must outlive this object.
   PolicyClasses(Policy& policy, ClassMapWatches& classMaps, Kor::Ptr<PolicyMapStatus> status);
 
-  // In all of these the caller keeps the policy-map machine alive.
+  // During all of these calls the caller keeps the policy-map machine alive.
 
-  // Brings one class to what is configured; does nothing for names that are no class.
+  // Reconciles one class with the configuration. Does nothing for names that are not a class.
   void sync(Kor::Name const& name);
-  // Takes down the machines of the classes that left and have not come back.
+  // Takes down the machines of classes that left and have not returned.
   void dropLeft();
-  // Takes down all machines. What is configured meanwhile gets none.
+  // Takes down all machines. Classes configured during this call get none.
   void takeDownAll();
 
  private:
@@ -74,7 +75,7 @@ class POLICYMAP_API PolicyClasses {
   Policy& policy_;
   ClassMapWatches& classMaps_;
   Kor::Ptr<PolicyMapStatus> status_;
-  std::set<Kor::Name> left_;  // out of the configuration; their machines still exist
+  std::set<Kor::Name> left_;  // no longer configured; their machines still exist
   Settling<Kor::Name> settling_;
   bool takingDown_ = false;
 };

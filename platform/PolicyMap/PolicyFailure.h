@@ -24,11 +24,11 @@ class POLICYMAP_API PolicyFailure {
         className_(std::move(className)),
         rule_(std::move(rule)) {}
 
-  // The text of the helper, byte for byte, or of the core.
+  // The text returned by the helper, byte for byte, or the core's own text.
   [[nodiscard]] Kor::String const& error() const { return error_; }
-  // The helper operation that failed; empty when the core refused.
+  // The helper operation that failed; empty if the core refused the policy.
   [[nodiscard]] Kor::String const& operation() const { return operation_; }
-  // The class and the rule concerned; empty where the failure is of the whole policy.
+  // The class and rule that caused the failure; empty if it concerns the whole policy.
   [[nodiscard]] Kor::Name const& className() const { return className_; }
   [[nodiscard]] AclRuleKey const& rule() const { return rule_; }
   void errorIs(Kor::String const& error) { error_ = error; }

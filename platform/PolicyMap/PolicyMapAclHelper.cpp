@@ -74,9 +74,9 @@ void PolicyMapAclHelper::asyncOperationsIs(bool async) {
 }
 
 void PolicyMapAclHelper::asyncOperationResultIs(AsyncOperationResult const& result) {
-  // Whoever waits may give this helper up when the result arrives.
+  // The client that receives the result may drop this helper.
   Ptr const pinned = Kor::share(this);
-  // A copy: what follows may overwrite or end what `result` refers to.
+  // A copy: the notifications may overwrite or destroy the object that `result` refers to.
   AsyncOperationResult const delivered(result.error(), result.time());
   asyncOperationResult_ = delivered;
   announce(asyncOperationResultId, &NotifieeConst::onAsyncOperationResult);

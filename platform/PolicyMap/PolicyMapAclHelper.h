@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The hardware interface: who programs a forwarding chip implements it.
+// The hardware interface. Implement it to program a forwarding chip.
 //
-// Every operation that answers a text answers "" for success and a message for failure. With
-// asyncOperations the commit and interface operations answer "" for "accepted", and the real result
-// comes later, or inside the call, through asyncOperationResultIs. One operation is outstanding at
-// a time.
+// Every operation that returns a text returns "" for success and a message for failure. An
+// operation that throws is treated as failed and not carried out. With asyncOperations, "" from the
+// commit and interface operations means "accepted"; the result follows through
+// asyncOperationResultIs(), after the call or inside it. At most one operation is outstanding.
 
 #include "Kor/Notifiee.h"
 #include "Kor/PtrInterface.h"
@@ -36,18 +36,20 @@ class POLICYMAP_API PolicyMapAclHelper : public Kor::PtrInterface, public Kor::N
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // Called once, before anything else, when the helper is first given to an active machine.
+  // Called once, before any other operation, when the helper is first given to an active machine.
   virtual void hwInit() = 0;
 
-  // A policy: created empty, applied to the interfaces that its common data hold for the option
-  // already.
+  // Creates an empty policy, applied to the interfaces that its common data already contain for the
+  // option.
   virtual Kor::String createPolicy(PolicyMapSmCommonData::PtrConst const& policyData,
                                    ClassMapMatchOption matchOption) = 0;
-  // Empties a created policy in one step.
+  // Removes all rules of a created policy in one step.
   virtual Kor::String recreatePolicy(PolicyMapSmCommonData::PtrConst const& policyData,
                                      ClassMapMatchOption matchOption) = 0;
+  // Deletes the policy with its rules and interfaces.
   virtual Kor::String deletePolicy(PolicyMapSmCommonData::PtrConst const& policyData,
                                    ClassMapMatchOption matchOption) = 0;
+  // Called last after changes to rules, interfaces or actions, except when the policy is deleted.
   virtual Kor::String commitPolicy(PolicyMapSmCommonData::PtrConst const& policyData,
                                    ClassMapMatchOption matchOption) = 0;
   virtual Kor::String addIntfToPolicy(PolicyMapSmCommonData::PtrConst const& policyData,
@@ -55,10 +57,14 @@ class POLICYMAP_API PolicyMapAclHelper : public Kor::PtrInterface, public Kor::N
   virtual Kor::String removeIntfFromPolicy(PolicyMapSmCommonData::PtrConst const& policyData,
                                            Vorel::IntfId intf, ClassMapMatchOption matchOption) = 0;
 
-  // Rules of a created policy, and their actions.
+  // Adds one hardware entry of a rule to a created policy. A rule with several sub-rules is added
+  // by several calls.
   virtual Kor::String addRule(AclRuleKey const& key, SubRuleData const& subRule,
                               PolicyMapSmCommonData::PtrConst const& policyCommonData,
                               ClassMapSmCommonData::PtrConst const& classCommonData) = 0;
+  // These update the actions of a class's rules in place, over all options: begin, one
+  // updateAction() per sub-rule, end. endUpdateActions() is called even if begin or an update has
+  // failed.
   virtual Kor::String beginUpdateActions(PolicyMapSmCommonData::PtrConst const& policyCommonData,
                                          ClassMapSmCommonData::PtrConst const& classCommonData) = 0;
   virtual Kor::String updateAction(AclRuleKey const& key, SubRuleData const& subRuleData,
@@ -66,28 +72,34 @@ class POLICYMAP_API PolicyMapAclHelper : public Kor::PtrInterface, public Kor::N
                                    ClassMapSmCommonData::PtrConst const& classCommonData) = 0;
   virtual Kor::String endUpdateActions(PolicyMapSmCommonData::PtrConst const& policyCommonData,
                                        ClassMapSmCommonData::PtrConst const& classCommonData) = 0;
-  // Packets that a rule has matched so far.
+  // The packets that a rule has matched so far.
   virtual std::uint64_t getCountForRule(AclRuleKey const& key,
                                         PolicyMapSmCommonData::PtrConst const& policyCommonData,
                                         ClassMapSmCommonData::PtrConst const& classCommonData) = 0;
 
-  // What a person is shown; here nothing.
+  // Texts for operators. The default is empty.
   [[nodiscard]] virtual Kor::String showAclRule(AclRuleKey const& key) const;
   [[nodiscard]] virtual Kor::String showAclSummary() const;
 
-  // What the hardware can do. Read when a programming pass starts.
-  virtual void updateActionSupportedIs(bool supported);  // actions of programmed rules can change
+  // The capabilities of the hardware. They are read when a pass is planned, asyncOperations after
+  // each operation. A change is handled by the next pass.
+
+  // Actions of programmed rules can be updated in place.
+  virtual void updateActionSupportedIs(bool supported);
+  // A change of interfaces re-creates the policy.
   virtual void reprogramPolicyOnIntfChangeIs(bool reprogram);
-  virtual void expandPortChannelsIs(bool expand);  // it programs members, not the channel
+  // The members of a port-channel are programmed instead of the channel.
+  virtual void expandPortChannelsIs(bool expand);
   virtual void denyRulesAllowedIs(bool allowed);
   virtual void ttlSupportedIs(bool supported);
   virtual void onlyTtlEqSupportedIs(bool only);
   virtual void ackOrRstSupportedIs(bool supported);
   virtual void establishedSupportedIs(bool supported);
-  virtual void subRulesForL4PortsIs(bool subRules);  // port ranges become aligned sub-rules
+  // Port ranges are expanded into aligned sub-rules.
+  virtual void subRulesForL4PortsIs(bool subRules);
   virtual void asyncOperationsIs(bool async);
 
-  // An asynchronous operation has ended. A signal: equal results notify too.
+  // Reports the result of an asynchronous operation. A signal: equal results notify too.
   virtual void asyncOperationResultIs(AsyncOperationResult const& result);
 
   [[nodiscard]] bool updateActionSupported() const { return updateActionSupported_; }
@@ -104,7 +116,7 @@ class POLICYMAP_API PolicyMapAclHelper : public Kor::PtrInterface, public Kor::N
     return asyncOperationResult_;
   }
 
-  // Shares this helper among the policies that are programmed on it.
+  // Shares this helper among the policies programmed on it.
   [[nodiscard]] HelperArbiter& arbiter() const { return *arbiter_; }
 
   // Identifiers of the attributes, in registration order.

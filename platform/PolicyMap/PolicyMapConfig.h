@@ -10,7 +10,7 @@
 
 namespace PolicyMap {
 
-// One policy-map.
+// The configuration of one policy-map.
 class POLICYMAP_API PolicyMapConfig : public Kor::Entity, public Kor::HashMapLink<PolicyMapConfig> {
  public:
   using Ptr = Kor::Ptr<PolicyMapConfig>;
@@ -25,7 +25,7 @@ class POLICYMAP_API PolicyMapConfig : public Kor::Entity, public Kor::HashMapLin
   [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
 
-  // The sub-configuration in force; null: the policy-map has no classes.
+  // The sub-configuration in force. Null: the policy-map has no classes.
   [[nodiscard]] Kor::Ptr<PolicyMapSubConfig> const& currentSubConfig() const { return current_; }
   void currentSubConfigIs(Kor::Ptr<PolicyMapSubConfig> const& subConfig);
 

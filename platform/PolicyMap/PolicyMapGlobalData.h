@@ -10,14 +10,14 @@
 
 namespace PolicyMap {
 
-// What all machines below one service-policy machine share.
+// Data shared by all machines below one service-policy machine.
 class POLICYMAP_API PolicyMapGlobalData : public Kor::PtrInterface {
  public:
   using Ptr = Kor::Ptr<PolicyMapGlobalData>;
   using PtrConst = Kor::Ptr<PolicyMapGlobalData const>;
 
-  // Any pointer may be null. Without class-maps no nested class-map is found, without a difference
-  // tracker every rewrite is treated as a change.
+  // Any pointer may be null. Without class-maps, nested class-maps are not found. Without a
+  // difference tracker, every rewrite of a list is treated as a change.
   explicit PolicyMapGlobalData(Kor::Ptr<Acl::Config const> aclConfig,
                                Kor::Ptr<ClassMapTypeConfig const> classTypeConfig = nullptr,
                                Kor::Ptr<Acl::AclDiff> aclDiff = nullptr);

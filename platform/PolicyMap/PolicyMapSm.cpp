@@ -17,7 +17,7 @@ class PolicyMapSm::SubConfigWatch : public PolicyMapSubConfig::NotifieeConst {
   PolicyMapSm* machine_;
 };
 
-// The machine as its classes see it.
+// The machine as seen by its PolicyClasses.
 class PolicyMapSm::ClassesPolicy final : public PolicyClasses::Policy {
  public:
   explicit ClassesPolicy(PolicyMapSm& machine) : machine_(machine) {}
@@ -58,7 +58,7 @@ class PolicyMapSm::ClassesPolicy final : public PolicyClasses::Policy {
   PolicyMapSm& machine_;
 };
 
-// The machine as the reconciler sees it.
+// The machine as seen by its reconciler.
 class PolicyMapSm::ReconciledPolicy final : public PolicyReconciler::Policy {
  public:
   explicit ReconciledPolicy(PolicyMapSm& machine) : machine_(machine) {}
@@ -127,7 +127,7 @@ Kor::KorType* PolicyMapSm::_fwkType() {
   return &type;
 }
 
-// life ----------------------------------------------------------------------------------
+// lifecycle -----------------------------------------------------------------------------
 
 void PolicyMapSm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
@@ -157,7 +157,7 @@ void PolicyMapSm::initialize() {
   }
   configChanged(PolicyMapConfig::currentSubConfigId);
   if (initialized_) {
-    syncClasses();  // what changed while notifications were off
+    syncClasses();  // changes made while notifications were off
   }
   initializedIs(true);
 }
@@ -188,7 +188,7 @@ void PolicyMapSm::policyMapIs(Kor::Ptr<PolicyMapSubConfig const> const& policyMa
 }
 
 void PolicyMapSm::syncClasses() {
-  // Observers of what is brought up and taken down may drop the last reference.
+  // Observers of machines that are created and taken down may drop the last reference to this one.
   Kor::Ptr<PolicyMapSm> const pinned = Kor::share(this);
   std::set<Kor::Name> names;
   for (auto const& entry : classPrioIteratorConst()) {

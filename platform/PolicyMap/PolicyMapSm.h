@@ -2,11 +2,11 @@
 #pragma once
 
 // PolicyMapSm: the machine of one policy-map in one direction. It runs one class machine per class
-// (PolicyClasses), knows to which interfaces the policy is attached, and brings the helper to what
-// is configured (PolicyReconciler).
+// (PolicyClasses), records the interfaces to which the policy is attached, and reconciles the
+// helper with the configuration (PolicyReconciler).
 //
-// It is complete when hasNotificationActiveIs(true) returns: it has its common data and class
-// machines. It programs something only below a service-policy machine (serviceIs).
+// When hasNotificationActiveIs(true) returns, the machine is complete: it has its common data and
+// class machines. It programs the helper only below a service-policy machine (serviceIs).
 
 #include "Kor/Reactor.h"
 #include "PolicyMap/ClassMapSm.h"
@@ -36,39 +36,40 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // Returns the machine of one class; null: the class does without. Any pointer may be null, but
-  // not both class-map and raw matches.
+  // Creates the machine of one class; null if it is to have none. Any pointer may be null, but not
+  // both `map` and `rawMap`.
   virtual Kor::Ptr<ClassMapSm> createClassMapSm(Kor::Ptr<ClassMapConfig const> const& map,
                                                 Kor::Ptr<ClassMapSubConfig const> const& rawMap,
                                                 Kor::Ptr<ClassAction const> const& action) = 0;
   virtual Kor::Ptr<PolicyMapSmCommonData> createCommonData();
-  // The interface was attached or detached, or whether it counts has changed.
+  // Called when the interface was attached or detached, or became eligible or ineligible.
   virtual void handleActiveIntf(Vorel::IntfId intf);
-  // Takes all class machines down, each after its own cleanup(). Classes that are configured
-  // meanwhile get none.
+  // Takes down all class machines, each after its own cleanup(). Classes configured during this
+  // call get no machine.
   virtual void cleanup();
-  // The machine is complete: `initialized` became true.
+  // Called when initialized() becomes true: at the end of the first activation.
   virtual void handleInitialized();
 
   virtual void policyMapIs(Kor::Ptr<PolicyMapSubConfig const> const& policyMap);
   KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, classMapSm, ClassMapSm, Kor::Name,
                                Kor::Ptr<PolicyMap::ClassMapSm>)
-  // Attached interfaces, and whether each counts.
+  // Attached interfaces; true if the policy may be programmed there.
   KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, activeIntf, ActiveIntf, Vorel::IntfId, bool,
                                KOR_ON_CHANGE(handleActiveIntf(key)))
 
   virtual void policyCommonDataDel();
   virtual void policyCommonDataIs(Kor::Ptr<PolicyMapSmCommonData> const& commonData);
+  // Copies of the configured priorities.
   KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, prioClass, PrioClass, std::uint32_t, Kor::Name)
   KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, classPrio, ClassPrio, Kor::Name, std::uint32_t)
-  // When each option was last programmed, in seconds of the event loop's clock.
+  // The time at which each option was last programmed, in seconds of the event loop's clock.
   KOR_VIRTUAL_VALUE_COLLECTION(PolicyMapSm, timeProgrammed, TimeProgrammed, ClassMapMatchOption,
                                double)
 
   virtual void actionsActiveIs(bool active);
   virtual void initializedIs(bool initialized);
   virtual void korDoZombieReactors(bool zombie);
-  // Null takes the object away; ...Del() does the same.
+  // ...Is(nullptr) removes the object, as does ...Del().
   virtual void policyMapConfigDel();
   virtual void policyMapConfigIs(Kor::Ptr<PolicyMapConfig const> const& config);
   virtual void classTypeConfigDel();
@@ -85,7 +86,7 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
     return classMaps_.classTypeConfig();
   }
   [[nodiscard]] Kor::Ptr<PolicyMapStatus> const& status() const { return status_; }
-  // The sub-configuration in force, null when there is none.
+  // The sub-configuration in force, or null.
   [[nodiscard]] Kor::Ptr<PolicyMapSubConfig const> const& policyMap() const {
     return policyMap_.object();
   }
@@ -95,16 +96,16 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
   [[nodiscard]] bool actionsActive() const { return actionsActive_; }
   [[nodiscard]] bool initialized() const { return initialized_; }
 
-  // The class machines in the order in which their rules are programmed.
+  // The class machines in programming order.
   [[nodiscard]] std::vector<Kor::Ptr<ClassMapSm>> classesInOrder() const;
-  // The same for those of `names` that are configured and have a machine.
+  // The same, restricted to those of `names` that are configured and have a machine.
   [[nodiscard]] std::vector<Kor::Ptr<ClassMapSm>> classesInOrder(
       std::set<Kor::Name> const& names) const;
 
-  // Takes up what changed while notifications were off, here and in the class machines.
+  // Processes changes made while notifications were off, here and in the class machines.
   void catchUp();
-  // The service-policy machine, which gives helper and interfaces; null: there is none, and nothing
-  // is programmed. It must outlive this machine, or be taken away before.
+  // The service-policy machine, which provides helper and interfaces. Null: none, and nothing is
+  // programmed. It must outlive this machine or be reset before.
   void serviceIs(PolicyReconciler::Service* service);
   [[nodiscard]] PolicyReconciler& reconciler() { return *reconciler_; }
 
@@ -123,11 +124,11 @@ class POLICYMAP_API PolicyMapSm : public Kor::PtrInterface {
   void configChanged(Kor::AttributeId id);
   void initialize();
   [[nodiscard]] bool reacting() const { return hasNotificationActive() && !korMarkedForDeletion(); }
-  // Brings one class, or all, to what is configured.
+  // Reconcile one class, or all, with the configuration.
   void syncClass(Kor::Name const& name);
   void syncClasses();
   void mirrorPrio(Kor::Name const& name);
-  // Takes down the machines of classes that have left the configuration and not come back.
+  // Takes down the machines of classes that left the configuration and have not returned.
   void dropLeftClasses();
   [[nodiscard]] std::vector<Kor::Ptr<PolicyMap::ClassMapSm>> machinesOf(
       std::vector<Kor::Name> const& names) const;

@@ -11,9 +11,9 @@
 
 namespace PolicyMap {
 
-// What the helper is told about one policy: its key, and per option the interfaces to which it is
-// applied in the hardware already. In these four collections membership alone counts, the value
-// says nothing.
+// The data of one policy that the helper receives: its key and, per option, the interfaces to which
+// it is already applied in the hardware. In the four interface collections only membership matters;
+// the values have no meaning.
 class POLICYMAP_API PolicyMapSmCommonData : public Kor::PtrInterface {
  public:
   using Ptr = Kor::Ptr<PolicyMapSmCommonData>;
@@ -32,8 +32,8 @@ class POLICYMAP_API PolicyMapSmCommonData : public Kor::PtrInterface {
   KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intfMac, IntfMac, Vorel::IntfId, bool)
   KOR_VALUE_COLLECTION(PolicyMapSmCommonData, intfMpls, IntfMpls, Vorel::IntfId, bool)
 
-  // The members of an option's set in its own order. Options other than ipv4, ipv6 and mac share
-  // that of mpls.
+  // The interfaces of an option, in the order of its collection. Options other than ipv4, ipv6 and
+  // mac use the one of mpls.
   [[nodiscard]] std::vector<Vorel::IntfId> intfs(ClassMapMatchOption option) const;
   [[nodiscard]] bool hasIntf(ClassMapMatchOption option, Vorel::IntfId intf) const;
   void intfAdd(ClassMapMatchOption option, Vorel::IntfId intf);

@@ -11,7 +11,8 @@
 
 namespace PolicyMap {
 
-// Names one policy-map machine: policy-map name and direction ("input" or "output").
+// Identifies one policy-map machine: policy-map name (first) and direction (second), "input" or
+// "output".
 class POLICYMAP_API PolicyMapSmKey {
  public:
   static constexpr std::string_view korTypeName = "PolicyMap::PolicyMapSmKey";
@@ -19,7 +20,7 @@ class POLICYMAP_API PolicyMapSmKey {
   PolicyMapSmKey() = default;
   PolicyMapSmKey(Kor::String8 first, Kor::String8 second)
       : first_(std::move(first)), second_(std::move(second)) {}
-  // Reads one text form and leaves `it` after it. Raises Kor::RangeException.
+  // Parses one text form and leaves `it` after it. Throws Kor::RangeException.
   PolicyMapSmKey(Kor::TextIterator& it, Kor::TextIterator const& end);
 
   [[nodiscard]] Kor::String8 const& first() const { return first_; }
@@ -30,7 +31,7 @@ class POLICYMAP_API PolicyMapSmKey {
   [[nodiscard]] std::uint32_t hash() const {
     return Kor::hashCombine(first_.hash(), second_.hash());
   }
-  // By first, then second.
+  // Ordered by first, then second.
   friend bool operator==(PolicyMapSmKey const&, PolicyMapSmKey const&) = default;
   friend std::strong_ordering operator<=>(PolicyMapSmKey const& a, PolicyMapSmKey const& b) {
     return std::tie(a.first_, a.second_) <=> std::tie(b.first_, b.second_);

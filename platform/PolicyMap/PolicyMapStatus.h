@@ -31,27 +31,29 @@ class POLICYMAP_API PolicyMapStatus : public Kor::Entity, public Kor::HashMapLin
   [[nodiscard]] PolicyMapSmKey const& fwkKey() const { return key_; }
   [[nodiscard]] PolicyMapSmKey const& key() const { return key_; }
 
-  // The first failure of the last pass, byte for byte as the helper returned it; empty after
-  // success.
+  // The error of the first option that has a failure, byte for byte as the helper or the core gave
+  // it; empty if no option has one.
   [[nodiscard]] Kor::String const& error() const { return error_; }
   void errorIs(Kor::String const& error);
 
-  // The options for which the policy is programmed; absent: it is not.
+  // The options for which the policy is programmed. Absent: not programmed.
   KOR_VALUE_COLLECTION(PolicyMapStatus, programmed, Programmed, ClassMapMatchOption, bool,
                        KOR_ON_CHANGE(announceProgrammed(key)))
-  // What went wrong, by option; absent: nothing.
+  // The failure of each option. Absent: no failure.
   KOR_VALUE_COLLECTION(PolicyMapStatus, failure, Failure, ClassMapMatchOption, PolicyFailure,
                        KOR_ON_CHANGE(announceFailure(key)))
   KOR_OWNED_COLLECTION(PolicyMapStatus, classMapStatus, ClassMapStatus, Kor::Name,
                        PolicyMap::ClassMapStatus, KOR_ON_CHANGE(announceClassMapStatus(key)))
-  // When each programmed option was last programmed, in seconds of the event loop's clock.
+  // The time at which each programmed option was last programmed, in seconds of the event loop's
+  // clock.
   KOR_VALUE_COLLECTION(PolicyMapStatus, timeProgrammed, TimeProgrammed, ClassMapMatchOption, double,
                        KOR_ON_CHANGE(announceTimeProgrammed(key)))
-  // Where the policy is applied; membership alone counts.
+  // The interfaces where the policy is applied. Only membership matters; the values have no
+  // meaning.
   KOR_VALUE_COLLECTION(PolicyMapStatus, appliedIntf, AppliedIntf, OptionIntf, bool,
                        KOR_ON_CHANGE(announceAppliedIntf(key)))
 
-  // Where the policy is applied for one option, ascending.
+  // The interfaces where the policy is applied for one option, ascending.
   [[nodiscard]] std::vector<Vorel::IntfId> intfs(ClassMapMatchOption option) const;
 
   static constexpr Kor::AttributeId keyId = 258;

@@ -11,7 +11,7 @@
 
 namespace PolicyMap {
 
-// Requests for what is not kept up to date by itself: hit counts, which are read from the hardware.
+// Requests for data that are not kept current: hit counts, which are read from the hardware.
 class POLICYMAP_API PolicyMapStatusRequestDir : public Kor::Entity {
  public:
   using Ptr = Kor::Ptr<PolicyMapStatusRequestDir>;
@@ -25,8 +25,8 @@ class POLICYMAP_API PolicyMapStatusRequestDir : public Kor::Entity {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // A new number asks for the counts of that policy again; its class statuses have them after the
-  // next turn of the event loop.
+  // Writing a new number requests the counts of that policy. They are in the class statuses after
+  // the next turn of the event loop.
   KOR_VALUE_COLLECTION(PolicyMapStatusRequestDir, countRequest, CountRequest, PolicyMapSmKey,
                        std::uint32_t, KOR_ON_CHANGE(announceCountRequest(key)))
 

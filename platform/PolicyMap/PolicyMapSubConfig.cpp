@@ -22,7 +22,7 @@ namespace {
 
 using ClassesByPrio = std::vector<std::pair<std::uint32_t, Kor::Name>>;
 
-// Equal priorities by name.
+// Equal priorities are ordered by name.
 std::vector<Kor::Name> inOrder(ClassesByPrio byPrio) {
   std::sort(byPrio.begin(), byPrio.end());
   std::vector<Kor::Name> classes;

@@ -29,23 +29,24 @@ class POLICYMAP_API PolicyMapSubConfig : public Kor::Entity {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // The priority of each class; lower numbers come first, equal ones by class name.
+  // The priority of each class. Lower numbers come first; equal ones are ordered by class name.
   KOR_VALUE_COLLECTION(PolicyMapSubConfig, classPrio, ClassPrio, Kor::Name, std::uint32_t,
                        KOR_ON_CHANGE(announceClassPrio(key)))
-  // The class at each priority: kept up to date from classPrio. Of several classes at one priority,
+  // The class at each priority, derived from classPrio. If several classes have the same priority,
   // the one written last.
   KOR_VALUE_COLLECTION(PolicyMapSubConfig, prioClass, PrioClass, std::uint32_t, Kor::Name,
                        KOR_ON_CHANGE(announcePrioClass(key)))
+  // The actions of each class.
   KOR_OWNED_COLLECTION(PolicyMapSubConfig, classAction, ClassAction, Kor::Name,
                        PolicyMap::ClassAction, KOR_ON_CHANGE(announceClassAction(key)))
-  // Matches written in the policy itself, by class; used where no class-map of that name
-  // exists.
+  // Matches written in the policy itself, by class. Used only if no class-map of that name exists.
   KOR_VALUE_COLLECTION(PolicyMapSubConfig, rawClassMap, RawClassMap, Kor::Name,
                        Kor::Ptr<ClassMapSubConfig>, KOR_ON_CHANGE(announceRawClassMap(key)))
 
-  // Classes in the order in which they are programmed.
+  // The classes in programming order.
   [[nodiscard]] std::vector<Kor::Name> classesInOrder() const;
-  // The same for those of `names` that are classes. Costs by their number, not by that of all.
+  // The same, restricted to those of `names` that are classes. The cost depends on the size of
+  // `names`, not on the number of classes.
   [[nodiscard]] std::vector<Kor::Name> classesInOrder(std::set<Kor::Name> const& names) const;
 
   static constexpr Kor::AttributeId classPrioId = 258;
@@ -59,7 +60,7 @@ class POLICYMAP_API PolicyMapSubConfig : public Kor::Entity {
   void announceClassAction(Kor::Name const& name);
   void announceRawClassMap(Kor::Name const& name);
 
-  // What prioClass follows: the last known priorities.
+  // The last known priorities, which prioClass reflects.
   std::map<Kor::Name, std::uint32_t> prioTaken_;
 };
 

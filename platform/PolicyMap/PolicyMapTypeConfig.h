@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Configured policy-maps and where they are attached. As with class-maps, a sub-configuration takes
-// effect when it becomes the current one, and edits to the current one take effect too.
+// Configured policy-maps and their attachments. A sub-configuration takes effect when it becomes
+// the current one of its policy-map. Edits to the current one also take effect.
 
 #include "Kor/Collection.h"
 #include "Kor/Entity.h"
@@ -30,8 +30,8 @@ class POLICYMAP_API PolicyMapTypeConfig : public Kor::Entity {
 
   KOR_OWNED_COLLECTION(PolicyMapTypeConfig, policyMapConfig, PolicyMapConfig, Kor::Name,
                        PolicyMap::PolicyMapConfig, KOR_ON_CHANGE(announcePolicyMapConfig(key)))
-  // The policy-map attached at an interface in a direction. Writers throw a RangeException for a
-  // direction other than "input" and "output".
+  // The policy-map attached to an interface in a direction. Writing throws Kor::RangeException for
+  // a direction other than "input" and "output".
   KOR_VALUE_COLLECTION(PolicyMapTypeConfig, servicePolicy, ServicePolicy, ServicePolicyKey,
                        Kor::Name, KOR_ON_CHANGE(announceServicePolicy(key)))
 
@@ -48,7 +48,7 @@ class POLICYMAP_API PolicyMapTypeConfig::NotifieeConst
  public:
   using NotifieeOf::NotifieeOf;
   ~NotifieeConst() override;
-  // A policy-map was created or removed; changes inside one are announced to its own notifiees.
+  // A policy-map was created or removed. Changes inside one are reported only to its own notifiees.
   virtual void onPolicyMapConfig(Kor::Name const& /*name*/) {}
   virtual void onServicePolicy(ServicePolicyKey const& /*key*/) {}
 };

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What the machines publish: one status per policy key, one per class in it. A status is removed
-// with its policy. Statuses change when a pass has ended, not during it, and only where something
-// is different then. A program that reads statuses includes this header for all of them.
+// The published statuses: one per policy, and within it one per class. A status is removed with its
+// policy. The result of a pass is published after the pass has ended, a failed action update at
+// once. Only values that differ notify. A program that reads statuses includes only this header.
 
 #include "Kor/Collection.h"
 #include "Kor/Entity.h"

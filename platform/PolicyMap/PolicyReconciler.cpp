@@ -48,7 +48,7 @@ void PolicyReconciler::abandonTurn() {
 
 // marks -----------------------------------------------------------------------------------
 
-// What failed is tried again at once, and if it fails again the waits start over.
+// A relevant change retries what failed at once and resets the waits.
 void PolicyReconciler::relevantChange() {
   retryTimer_.startOver();
   due_.failedDue();
@@ -72,7 +72,7 @@ void PolicyReconciler::wantedIs(bool wanted) {
   }
 }
 
-// Over when the turn number has changed.
+// Over as soon as the turn number has changed.
 class PolicyReconciler::PlanningTurn final : public DuePasses::Turn {
  public:
   PlanningTurn(PolicyReconciler& reconciler, PolicyMapAclHelper const& helper)
@@ -103,8 +103,8 @@ class PolicyReconciler::PlanningTurn final : public DuePasses::Turn {
 void PolicyReconciler::run() {
   Kor::Ptr<Kor::PtrInterface> const pinned = policy_.pinned();
   policy_.dropLeftClasses();
-  // A turn that goes on, or a helper that is still to be left, takes the changes up when it ends;
-  // a machine that is not active does so when it is activated.
+  // A turn in progress, or a helper still to be left, handles the changes when it ends. An inactive
+  // machine handles them when it is activated.
   if (service_ == nullptr || helper_ || leaving_ || (!service_->active() && !due_.unwanted())) {
     return;
   }
@@ -204,8 +204,8 @@ void PolicyReconciler::passEnded(PassRun const& passRun) {
   }
 }
 
-// A teardown that failed: its text is shown. Where the option was refused, that is the lasting
-// state, and the text is seen once.
+// Publishes the failure of a teardown. If the option is refused, the refusal is its lasting
+// failure, so the text of the teardown is published only once.
 void PolicyReconciler::tornDown(PassRun const& passRun) {
   ClassMapMatchOption const option = passRun.pass().option;
   OptionState& state = state_[option];
@@ -228,7 +228,7 @@ void PolicyReconciler::tornDown(PassRun const& passRun) {
 }
 
 void PolicyReconciler::turnEnded() {
-  // The next client runs inside release() and may end the service machine.
+  // The next client runs inside release() and may destroy the service machine.
   std::exchange(helper_, nullptr)->arbiter().release(*this);
   if (service_ == nullptr) {
     return;
@@ -253,7 +253,7 @@ void PolicyReconciler::leaveHelper(Kor::Ptr<PolicyMapAclHelper> const& helper) {
 }
 
 void PolicyReconciler::leave() {
-  // The operation may drop the last references.
+  // The operation may drop the last references to the machine and the helper.
   Kor::Ptr<Kor::PtrInterface> const pinned = policy_.pinned();
   Kor::Ptr<PolicyMapAclHelper> const helper = leaving_;
   abandonTurn();

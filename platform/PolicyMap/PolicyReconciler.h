@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// PolicyReconciler: brings the helper to what one policy-map machine wants, one pass at a time.
+// PolicyReconciler: reconciles the helper with what one policy-map machine wants, one pass at a
+// time.
 //
-// A caller that changes something calls ...Changed(), which only marks and puts the reconciler on
-// the event loop, so any number of changes before the loop turns cost one pass. In its turn it asks
-// the helper's arbiter for the helper, takes the next pass that is due (DuePasses), runs it
-// (PassRun) and publishes the result (StatusPublisher). Changes that come meanwhile are taken up by
-// the next pass.
+// A change is reported by ...Changed(), which only marks it and schedules the reconciler on the
+// event loop. Any number of changes before the loop runs cost one pass. In its turn the reconciler
+// requests the helper from its arbiter, plans the next due pass (DuePasses), runs it (PassRun) and
+// publishes the result (StatusPublisher). Changes made during a pass are handled by the next one.
 //
-// What failed is tried again when something relevant changes, and by itself after a wait that
-// doubles from retryMin to retryMax.
+// A failed option is retried after a relevant change, and automatically after a wait that doubles
+// from retryMin to retryMax.
 //
-// Helper operations, the machines' overridables and observers of statuses may do anything, also end
-// the machine or take its helper away. `turn_` changes then, and the function that called out
-// returns at once when it finds another number than before.
+// Helper operations, overrides of the machines and observers of statuses may do anything, including
+// destroying the machine or replacing its helper. In that case `turn_` changes. A function that
+// calls out compares it afterwards and returns at once if it differs.
 
 #include "Kor/EventLoop.h"
 #include "PolicyMap/DuePasses.h"
@@ -41,7 +41,7 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
   PolicyReconciler& operator=(PolicyReconciler const&) = delete;
   ~PolicyReconciler() override;
 
-  // Without a service machine nothing is programmed; what is stays as it is.
+  // Null: nothing is programmed from now on; what is programmed remains.
   void serviceIs(Service* service);
   [[nodiscard]] bool attached() const { return service_ != nullptr; }
 
@@ -49,7 +49,7 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
     due_.rulesDue(option);
     relevantChange();
   }
-  // Of all options.
+  // For all options.
   void rulesChanged() {
     due_.rulesDue();
     relevantChange();
@@ -66,22 +66,22 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
     due_.everythingDue();
     relevantChange();
   }
-  // Programs again even without a difference.
+  // Programs everything again, even if nothing differs.
   void reprogram() {
     due_.reprogrammingDue();
     relevantChange();
   }
-  // Reads the hit counts of all programmed rules into the class statuses.
+  // Schedules a read of the hit counts of all programmed rules into the class statuses.
   void countsRequested();
-  // False: deletes everything, then tells the service machine that the policy is gone.
+  // False: deletes everything, then calls policyGone() of the service machine.
   void wantedIs(bool wanted);
-  // Deletes everything and lets the service machine build the policy again.
+  // Deletes everything, then lets the service machine build the policy again.
   void restart() {
     due_.restart();
     relevantChange();
   }
-  // The helper was replaced: deletes at once what is created there, or, inside an operation of the
-  // helper, after its return. What cannot be deleted is not tried again.
+  // Called when the helper was replaced. Deletes what this policy created on it: at once, or,
+  // inside an operation of the helper, after that returns. A failed deletion is not retried.
   void leaveHelper(Kor::Ptr<PolicyMapAclHelper> const& helper);
 
  private:
@@ -115,9 +115,9 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
 
   Policy& policy_;
   Service* service_ = nullptr;
-  Kor::Ptr<PolicyMapAclHelper> helper_;   // held, or asked for; null otherwise
+  Kor::Ptr<PolicyMapAclHelper> helper_;   // held or requested, otherwise null
   Kor::Ptr<PolicyMapAclHelper> leaving_;  // to be left when the operation on the stack returns
-  unsigned turn_ = 0;                     // changes when service machine or helper go away
+  unsigned turn_ = 0;  // changes when the service machine or the helper goes away
   ProgrammedState state_;
   StatusPublisher publisher_{state_};
   DuePasses due_{policy_, state_};

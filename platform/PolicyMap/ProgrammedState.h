@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// ProgrammedState: what one policy has programmed for each match option, what went wrong there, and
-// what is due to be looked at again. Plain data: it calls nothing.
+// ProgrammedState: what is programmed for one policy per match option, the failures, and the marks
+// of what is due. Plain data: it calls nothing.
 
 #include "PolicyMap/Capabilities.h"
 #include "PolicyMap/ClassMapSmCommonData.h"
@@ -18,17 +18,17 @@
 
 namespace PolicyMap {
 
-// A class whose rules are programmed, or about to be.
+// A class whose rules are programmed or about to be.
 struct ProgrammedClass {
   Kor::Name name;
   Kor::Ptr<ClassMapSmCommonData> data;
   Kor::Ptr<ClassRules const> rules;
-  std::uint32_t actionUpdates = 0;  // of the data, when its actions were programmed
+  std::uint32_t actionUpdates = 0;  // updateAclActions() of `data` when the actions were programmed
 
   [[nodiscard]] bool actionsMoved() const { return actionUpdates != data->updateAclActions(); }
 };
 
-// The classes of one option in priority order, found by their common data too.
+// The classes of one option in priority order, with lookup by common data.
 class POLICYMAP_API ProgrammedClasses {
  public:
   void add(ProgrammedClass programmed);
@@ -36,7 +36,7 @@ class POLICYMAP_API ProgrammedClasses {
 
   [[nodiscard]] bool empty() const { return classes_.empty(); }
   [[nodiscard]] std::size_t size() const { return classes_.size(); }
-  // Null when the class is not one of these.
+  // Null if the class is not contained.
   [[nodiscard]] ProgrammedClass* find(ClassMapSmCommonData const* data);
   [[nodiscard]] ProgrammedClass const* find(ClassMapSmCommonData const* data) const;
 
@@ -45,9 +45,9 @@ class POLICYMAP_API ProgrammedClasses {
   [[nodiscard]] auto begin() const { return classes_.begin(); }
   [[nodiscard]] auto end() const { return classes_.end(); }
 
-  // Takes over rules and common data of classes with the same rules, as those of class machines
-  // that were built again have. Returns the names of the classes with other common data: their
-  // actions are to be programmed from these.
+  // Replaces rules and common data by those of `same`, which must have the same classes with the
+  // same rules, as after their machines were built again. Returns the names of the classes whose
+  // common data differ; their actions must be programmed from the new data.
   std::vector<Kor::Name> adopt(ProgrammedClasses const& same);
 
  private:
@@ -56,35 +56,38 @@ class POLICYMAP_API ProgrammedClasses {
 };
 
 struct POLICYMAP_API OptionState {
-  // What changed since the last plan.
+  // Changes since the last plan.
   bool rulesDue = false;
   bool intfsDue = false;
-  // What is programmed is not trusted, or is to be programmed again.
+  // The programmed state is not trusted, or is to be programmed again.
   bool recreate = false;
-  // The classes have no rules for the option, or are refused; valid until rulesDue.
+  // The classes have no rules for the option, or are refused. Valid until rulesDue is set.
   bool noClasses = false;
 
-  // As programmed; empty when nothing is, or when what is programmed is not known.
+  // As programmed. Empty if nothing is programmed or the programmed state is unknown.
   ProgrammedClasses classes = {};
   PortExpansion expansion = PortExpansion::rangeChecker;
   Capabilities capabilities = {};
 
   PolicyFailure failure = {};
-  bool retry = false;         // the failure is tried again by itself
-  bool updateFailed = false;  // the failure is that of an action update, until a commit succeeds
-  bool leftover = false;      // the failure is of something no longer wanted
+  // The failure is retried automatically.
+  bool retry = false;
+  // The failure is of an action update, and is kept until a commit succeeds.
+  bool updateFailed = false;
+  // The failure is of something no longer wanted.
+  bool leftover = false;
 
-  bool intfsUnpublished = true;  // the interfaces changed since they were published
+  bool intfsUnpublished = true;  // the interfaces have changed since they were last published
 
   [[nodiscard]] bool due() const { return rulesDue || intfsDue; }
-  // Nothing is known to be programmed any more.
+  // Clears what is known to be programmed.
   void forget();
-  // All is well.
+  // Clears the failure and its flags.
   void failureDel();
-  // Of the pass that failed. The text of a failed action update stays until a commit succeeds.
+  // Records the failure of a pass. The failure of an action update is kept until a commit succeeds.
   void failureIs(PolicyFailure const& passFailure);
-  // The option is refused or not wanted; `refusal` is empty in the second case, and then the
-  // failure of a teardown stays.
+  // The option is refused, or unwanted if `refusal` is empty. If unwanted, the failure of a
+  // teardown is kept.
   void refusedIs(PolicyFailure const& refusal);
 };
 

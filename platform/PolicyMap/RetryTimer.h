@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// RetryTimer: a timer whose waits double from a minimum to a maximum.
+// RetryTimer: a timer whose wait doubles from a minimum to a maximum.
 
 #include "Kor/EventLoop.h"
 
@@ -15,14 +15,15 @@ class RetryTimer {
  public:
   explicit RetryTimer(std::function<void()> retry) : timer_(std::move(retry)) {}
 
-  // Retries after the next wait. A retry that is scheduled already stays. In seconds.
+  // Schedules a retry after the next wait, in seconds. Does nothing if a retry is already
+  // scheduled.
   void schedule(double min, double max) {
     if (!timer_.scheduled()) {
       wait_ = wait_ == 0 ? min : std::min(2 * wait_, max);
       timer_.scheduleIn(wait_);
     }
   }
-  // Cancels the retry. The next wait is the shortest.
+  // Cancels the retry. The next wait is the minimum.
   void startOver() {
     wait_ = 0;
     timer_.cancel();
@@ -30,7 +31,7 @@ class RetryTimer {
 
  private:
   Kor::Timer timer_;
-  double wait_ = 0;  // the last one; 0: none yet
+  double wait_ = 0;  // the last wait; 0 if none since startOver()
 };
 
 }  // namespace PolicyMap

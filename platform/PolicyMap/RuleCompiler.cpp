@@ -14,7 +14,7 @@
 namespace PolicyMap {
 namespace {
 
-// Names in the order in which they were added, each once.
+// Unique names, in the order in which they were added.
 class Noted {
  public:
   void add(Kor::Name const& name) {
@@ -35,7 +35,7 @@ struct Gathered {
   RuleGatherer<Acl::Ip6RuleConfig> ipv6;
   RuleGatherer<Acl::MacRuleConfig> mac;
   RuleGatherer<Acl::MacRuleConfig> mpls;
-  std::set<Kor::Name> walked;  // class-maps that are in it
+  std::set<Kor::Name> walked;  // the class-maps already included
 };
 
 class Compiler {
@@ -49,7 +49,7 @@ class Compiler {
     path_.push_back(classMap.name());
     onPath_.insert(classMap.name());
     enter(classMap, all);
-    // Class-maps nest to any depth, so the walk is kept in walks_ and not on the stack.
+    // Class-maps nest to any depth, so the walk is kept in walks_ instead of on the call stack.
     while (!walks_.empty()) {
       Walk& walk = walks_.back();
       if (walk.next < walk.matches.size()) {
@@ -74,18 +74,18 @@ class Compiler {
  private:
   using Matches = std::vector<std::pair<std::uint32_t, ClassMapMatch>>;
 
-  // A class-map on the way through it.
+  // The walk through one class-map.
   struct Walk {
     Kor::Name name;
     bool matchAll = false;
-    Matches matches;  // in order
+    Matches matches;  // ordered by place
     std::size_t next = 0;
     Gathered* into = nullptr;
-    std::deque<Gathered> operands;  // of a match-all, one for each match
+    std::deque<Gathered> operands;  // of a match-all: one per match
   };
 
   void enter(ClassMapSubConfig const& classMap, Gathered& into) {
-    // Operands of match-alls may nest the same class-maps over and over.
+    // Operands of match-alls may nest the same class-maps repeatedly.
     if (!entered_.insert(path_.back()).second && ++repeatedly_ > limits_.repeatedWalks) {
       fail("class-map " + path_.front().stdString() + ": nested class-maps branch too often");
     }
@@ -126,7 +126,7 @@ class Compiler {
 
   // match-all ------------------------------------------------------------------------------------
 
-  // The same match once more takes nothing away.
+  // A repeated match does not change an intersection.
   static void dropRepeated(Matches& matches) {
     std::set<std::tuple<ClassMapMatch::Kind, ClassMapMatchOption, Kor::Name, Acl::OptionalRule>>
         seen;
@@ -210,8 +210,8 @@ class Compiler {
       missing("class-map", name);
       return;
     }
-    // A class-map that is nested twice matches nothing more the second time; walking it again could
-    // take exponential time.
+    // A class-map nested twice matches nothing additional; walking it again could take exponential
+    // time.
     if (!into.walked.insert(name).second) {
       return;
     }
@@ -221,7 +221,7 @@ class Compiler {
   }
 
   [[nodiscard]] std::string pathTo(Kor::Name const& name) const {
-    constexpr std::size_t shown = 8;  // at either end of a long path
+    constexpr std::size_t shown = 8;  // at each end of a long path
     std::string text;
     for (std::size_t i = 0; i < path_.size(); ++i) {
       if (i == shown && path_.size() > 2 * shown) {
@@ -247,9 +247,9 @@ class Compiler {
 
   Kor::Ptr<ClassMapTypeConfig const> const& classMaps_;
   Kor::Ptr<Acl::Config const> const& acls_;
-  std::deque<Walk> walks_;       // from the outermost class-map to the one being walked
-  std::vector<Kor::Name> path_;  // their names, as they are referred to
-  std::set<Kor::Name> onPath_;   // the same
+  std::deque<Walk> walks_;       // from the outermost class-map to the current one
+  std::vector<Kor::Name> path_;  // their names, as referred to
+  std::set<Kor::Name> onPath_;   // the same names, for lookup
   RuleLimits const& limits_;
   std::set<Kor::Name> entered_;
   std::size_t repeatedly_ = 0;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// From a class-map to its rules: follows access lists and nested class-maps.
+// Compiles a class-map into its rules, following access lists and nested class-maps.
 
 #include "Acl/Config.h"
 #include "PolicyMap/ClassMapTypeConfig.h"
@@ -15,20 +15,20 @@
 
 namespace PolicyMap {
 
-// The rules of a class-map, and what they come from.
+// The rules of a class-map, and their dependencies.
 struct CompiledClass {
   PerOption<ClassRules::PtrConst> rules;  // never null
-  std::string error;                 // why nothing of the class may be programmed; empty: it may
-  std::vector<std::string> missing;  // access lists and class-maps that are referred to and absent
-  // What the result depends on, whether or not it exists; a class-map that matches itself is listed
-  // too.
+  std::string error;  // why the class must not be programmed; empty if it may be
+  // Access lists and class-maps that are referred to but do not exist.
+  std::vector<std::string> missing;
+  // The dependencies, whether or not they exist. Includes a class-map that matches itself.
   std::vector<Kor::Name> ipAcls;
   std::vector<Kor::Name> ip6Acls;
   std::vector<Kor::Name> macAcls;
   std::vector<Kor::Name> classMaps;
 };
 
-// Any pointer may be null. A class-map that branches or multiplies beyond `limits` has an error.
+// Any pointer may be null. Reports an error if the class-map exceeds `limits`.
 POLICYMAP_API CompiledClass compileClass(Kor::Ptr<ClassMapSubConfig const> const& classMap,
                                          Kor::Ptr<ClassMapTypeConfig const> const& classMaps,
                                          Kor::Ptr<Acl::Config const> const& acls,

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Gathers the rules of one class-map and one option while the class-map and the nested ones are
-// walked, and gives each rule a key of its own.
+// Collects the rules of one class-map for one option during the walk through it and its nested
+// class-maps, and gives each rule a unique key.
 //
-// A rule of a class-map wants its place as number, an intersection that of its first rule. It has
-// that number unless an earlier rule of the same list name wanted it too, or unless it is the
-// number of a rule of a list that has this very name. Then it gets the next number that is free
-// once all others have theirs, so that no rule loses its number to one that lost its own.
+// The preferred number of an inline rule is its place, that of an intersection is the number of its
+// first rule. A rule gets its preferred number unless an earlier rule with the same list name
+// prefers it too, or an access list with exactly this name contains it. Otherwise it gets the next
+// free number after all other rules have theirs, so that no rule loses its preferred number to a
+// renumbered one.
 
 #include "PolicyMap/ClassRules.h"
 #include "PolicyMap/NumberPool.h"
@@ -23,7 +24,7 @@ template <class Rule>
 class RuleGatherer {
  public:
   void addList(Kor::Name const& name, Kor::Ptr<Acl::AclRules<Rule> const> rules) {
-    // A list that is matched twice matches nothing more the second time.
+    // A repeated list matches nothing additional.
     if (listNames_.insert(name).second) {
       lists_.push_back({{name, std::move(rules)}, named_.size()});
     }
@@ -31,7 +32,7 @@ class RuleGatherer {
   void addOwn(std::uint32_t place, Rule const& rule) {
     named_.push_back({Kor::Name(), 0, place, {rule}});
   }
-  // A rule that is there already matches nothing more.
+  // A repeated rule matches nothing additional.
   void addComposed(std::vector<NamedRule<Rule>> rules) {
     for (NamedRule<Rule>& rule : rules) {
       if (composed_.insert(rule).second) {
@@ -40,10 +41,10 @@ class RuleGatherer {
     }
   }
 
-  // Whether something was added, be it without rules.
+  // True if anything was added, even if it has no rules.
   [[nodiscard]] bool matches() const { return !named_.empty() || !lists_.empty(); }
 
-  // Everything that was added, in order; only once.
+  // Everything that was added, in order. To be called once.
   [[nodiscard]] RuleSources<Rule> finish() {
     number();
     RuleSources<Rule> sources;
@@ -62,7 +63,7 @@ class RuleGatherer {
  private:
   struct List {
     RuleSource<Rule> source;
-    std::size_t place;  // before that one of the other rules
+    std::size_t place;  // the number of named rules before it
   };
 
   void number() {
@@ -103,8 +104,8 @@ class RuleGatherer {
 
   std::set<Kor::Name> listNames_;
   std::vector<List> lists_;
-  std::vector<NamedRule<Rule>> named_;  // with the numbers that they want
-  std::set<NamedRule<Rule>> composed_;  // those of them that are intersections
+  std::vector<NamedRule<Rule>> named_;  // with their preferred numbers until number()
+  std::set<NamedRule<Rule>> composed_;  // the intersections among named_
 };
 
 }  // namespace PolicyMap

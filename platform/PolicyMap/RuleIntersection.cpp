@@ -11,7 +11,7 @@
 namespace PolicyMap {
 namespace {
 
-// Where the exact ranges of a field of ports are. Another field of ports does not compile.
+// The exact ranges that belong to a field of ports. An unknown field of ports does not compile.
 template <class Rule>
 constexpr PortRanges ExactRule<Rule>::*rangesBeside(std::string_view field) {
   if (field == "srcPort") {
@@ -23,7 +23,7 @@ constexpr PortRanges ExactRule<Rule>::*rangesBeside(std::string_view field) {
   throw std::logic_error("ports without exact ranges");
 }
 
-// As messages call it.
+// The name of a field in messages.
 constexpr std::string_view labelOf(std::string_view field) {
   return field == "ttl" ? "TTL" : field;
 }
@@ -47,9 +47,9 @@ class Fold {
   static constexpr auto fields = Rule::korFields();
   static constexpr std::size_t count = std::tuple_size_v<decltype(fields)>;
 
-  // These return whether something may be left.
+  // These return false if the intersection is empty.
 
-  // The last fields are the addresses, which tell most rules apart: so from the last to the first.
+  // From last to first: the last fields are the addresses, which distinguish most rules.
   template <std::size_t... i>
   bool takeFields(std::index_sequence<i...> /*all*/) {
     return (takeField<count - 1 - i>() && ...);
@@ -80,7 +80,7 @@ class Fold {
   ExactRule<Rule> const& a_;
   ExactRule<Rule> const& b_;
   ExactRule<Rule> both_;
-  std::string_view inexpressible_;  // the field that is, empty: none
+  std::string_view inexpressible_;  // the inexpressible field; empty if none
 };
 
 }  // namespace

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What two rules take together: field by field, from the table of fields that also gives a rule its
-// hash, its text form and its attributes by name. How a field meets goes by its type (see
-// FieldMeeting.h), except that a rule permits where both permit, and that ports have exact ranges
-// beside the rule. A field that says nothing of this does not compile.
+// The intersection of two rules, field by field. The fields come from the table that also gives a
+// rule its hash, its text form and its attributes by name. Each field is intersected by its type
+// (see FieldMeeting.h), with two exceptions: the result permits if both rules permit, and ports
+// have exact ranges beside the rule. A field of an unknown type does not compile.
 
 #include "Acl/Ip6RuleConfig.h"
 #include "Acl/IpRuleConfig.h"
@@ -18,20 +18,20 @@
 
 namespace PolicyMap {
 
-// A rule whose ports may be more than one PortMatch can say. Then the rule's own port match is the
-// smallest range around them, and these are the ranges, ascending and apart from each other.
+// A rule whose ports may exceed what one PortMatch can express. In that case the rule's own port
+// match is the smallest enclosing range, and these are the exact ranges, ascending and disjoint.
 template <class Rule>
 struct ExactRule {
   Rule rule;
-  PortRanges srcPorts = {};  // empty: as the rule says
+  PortRanges srcPorts = {};  // empty: as in `rule`
   PortRanges dstPorts = {};
 
   friend auto operator<=>(ExactRule const&, ExactRule const&) = default;
 };
 
-// Nothing is taken by both.
+// No packet matches both rules.
 struct Disjoint {};
-// Both take something, but no rule can say what.
+// The intersection is not empty but cannot be expressed as one rule.
 struct Inexpressible {
   std::string_view field;
 };
@@ -39,7 +39,7 @@ struct Inexpressible {
 template <class Rule>
 using Intersection = std::variant<Disjoint, Inexpressible, ExactRule<Rule>>;
 
-// Disjoint wherever one field is, whatever the others are.
+// Disjoint if any field is disjoint, whatever the other fields are.
 POLICYMAP_API Intersection<Acl::IpRuleConfig> intersect(ExactRule<Acl::IpRuleConfig> const& a,
                                                         ExactRule<Acl::IpRuleConfig> const& b);
 POLICYMAP_API Intersection<Acl::Ip6RuleConfig> intersect(ExactRule<Acl::Ip6RuleConfig> const& a,

@@ -5,12 +5,12 @@
 
 namespace PolicyMap {
 
-/// How much work and memory one class may cost. A class that goes beyond is an error, and so says
-/// its text.
+// Limits on the time and memory spent on one class. A class that exceeds one has an error that
+// says so.
 struct RuleLimits {
-  std::size_t composedRules = 1000000;  ///< that one match-all makes
-  std::size_t pairs = 50000000;         ///< of rules that the match-alls of a class compare
-  std::size_t repeatedWalks = 100000;   ///< through class-maps that the class has nested before
+  std::size_t composedRules = 1000000;  // created by one match-all
+  std::size_t pairs = 50000000;         // of rules, compared by all match-alls of a class
+  std::size_t repeatedWalks = 100000;  // walks through class-maps that the class has already nested
 };
 
 }  // namespace PolicyMap

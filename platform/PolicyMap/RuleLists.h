@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Where the access lists of each kind of rule stand.
+// Finds the access lists of each kind of rule.
 
 #include "Acl/Config.h"
 

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The rules of a match-all class-map: all combinations of rules of its operands that take something
-// together. Of the first rules that each operand matches a packet with, the combination decides: so
-// the first operand's rules are outermost.
+// The rules of a match-all class-map: all non-empty intersections of one rule from each operand.
+// The first matching rule of each operand decides for a packet, so the operands are nested in
+// order, the first outermost: the intersection of these first matching rules then comes before any
+// other that matches the packet.
 
 #include "PolicyMap/ClassRules.h"
 #include "PolicyMap/RuleLimits.h"
@@ -16,12 +17,12 @@ namespace PolicyMap {
 
 class RuleProduct {
  public:
-  // Of the match-all `classMap` in the class `whole`. Adds the pairs of rules that it compares to
-  // `pairs`, which counts those of the class.
+  // For the match-all `classMap` within the class `whole`. Adds the number of compared pairs to
+  // `pairs`, which counts over the whole class.
   RuleProduct(Kor::Name classMap, Kor::Name whole, RuleLimits const& limits, std::size_t& pairs)
       : classMap_(std::move(classMap)), whole_(std::move(whole)), limits_(limits), pairs_(pairs) {}
 
-  // There is at least one operand. Empty after an error.
+  // Requires at least one operand. Empty after an error.
   template <class Rule>
   std::vector<NamedRule<Rule>> of(std::vector<RuleSources<Rule>> const& operands) {
     std::vector<NamedRule<Rule>> left = listed(operands.front());
@@ -31,11 +32,11 @@ class RuleProduct {
     return left;
   }
 
-  // The first, with the name of the class-map; empty: none.
+  // The first error, with the name of the class-map; empty if none.
   [[nodiscard]] std::string const& error() const { return error_; }
 
  private:
-  // All rules that match something, one after the other.
+  // All rules that match something, in order.
   template <class Rule>
   static std::vector<NamedRule<Rule>> listed(RuleSources<Rule> const& sources) {
     std::vector<NamedRule<Rule>> rules;
@@ -81,8 +82,8 @@ class RuleProduct {
     return all;
   }
 
-  // The rule that two make: the first's number, and the other added to its list name. All numbers
-  // but the first follow the names of their lists.
+  // The rule composed of two: it has the number of the first, and the other rule is appended to its
+  // list name. In that name, each number except the first follows the name of its list.
   template <class Rule>
   static NamedRule<Rule> together(NamedRule<Rule> const& first, NamedRule<Rule> const& second,
                                   ExactRule<Rule> exact) {

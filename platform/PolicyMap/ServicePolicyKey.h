@@ -32,7 +32,7 @@ class POLICYMAP_API ServicePolicyKey {
   [[nodiscard]] std::uint32_t hash() const {
     return Kor::hashCombine(intf_.hash(), direction_.hash());
   }
-  // By interface, then direction.
+  // Ordered by interface, then direction.
   friend bool operator==(ServicePolicyKey const&, ServicePolicyKey const&) = default;
   friend std::strong_ordering operator<=>(ServicePolicyKey const& a, ServicePolicyKey const& b) {
     return std::tie(a.intf_, a.direction_) <=> std::tie(b.intf_, b.direction_);
@@ -53,7 +53,7 @@ class POLICYMAP_API ServicePolicyKey {
   Kor::Name direction_;
 };
 
-// Throws a RangeException for a direction other than "input" and "output".
+// Throws Kor::RangeException for a direction other than "input" and "output".
 POLICYMAP_API void korCheckKey(ServicePolicyKey const& key);
 
 }  // namespace PolicyMap

@@ -8,7 +8,7 @@
 
 namespace PolicyMap {
 
-// What the machine does when it hears something.
+// The machine's reactions to its watches.
 class ServicePolicySm::Reactions final : public ServicePolicyWatches::Owner {
  public:
   explicit Reactions(ServicePolicySm& machine) : machine_(machine) {}
@@ -36,7 +36,7 @@ class ServicePolicySm::Reactions final : public ServicePolicyWatches::Owner {
   ServicePolicySm& machine_;
 };
 
-// What the reconcilers of the policies ask of this machine.
+// The machine as seen by the reconcilers of its policies.
 class ServicePolicySm::ReconcilerService final : public PolicyReconciler::Service {
  public:
   explicit ReconcilerService(ServicePolicySm& machine) : machine_(machine) {}
@@ -105,7 +105,7 @@ Kor::KorType* ServicePolicySm::_fwkType() {
   return &type;
 }
 
-// life ----------------------------------------------------------------------------------
+// lifecycle -----------------------------------------------------------------------------
 
 void ServicePolicySm::hasNotificationActiveIs(bool active) {
   PtrInterface::hasNotificationActiveIs(active);
@@ -118,7 +118,7 @@ void ServicePolicySm::hasNotificationActiveIs(bool active) {
 void ServicePolicySm::korDoZombieReactors(bool zombie) {
   watches_.korDoZombieReactors(zombie);
   if (!zombie) {
-    // What the policies noted meanwhile is programmed when the loop turns.
+    // Schedules the changes that the policies recorded in the meantime.
     rulesChanged();
   }
 }
@@ -176,7 +176,7 @@ void ServicePolicySm::rebuild() {
   syncAttachments();
 }
 
-// The policy machines were built with the former data: they are built again.
+// The policy machines refer to the previous data, so they are built again.
 void ServicePolicySm::renewCommonData() {
   commonDataIs(createCommonData());
   for (auto const& entry : policyMapSmIteratorConst()) {
@@ -185,7 +185,7 @@ void ServicePolicySm::renewCommonData() {
 }
 
 void ServicePolicySm::dependencyChanged(DependencyKind kind, Kor::Name const& name) {
-  // A reaction may drop the last reference to the machine.
+  // A reaction may drop the last reference to this machine.
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   if (Kor::Ptr<PolicyMapGlobalData> const data = commonData_) {
     data->dependencies().changed(kind, name);
@@ -200,9 +200,8 @@ void ServicePolicySm::rulesChanged() {
 
 // policies ------------------------------------------------------------------------------
 
-// An observer of a status may end this machine during any of what follows. So every function that
-// goes on after a policy was made, dropped or asked for its interfaces holds a reference to the
-// machine.
+// A status observer may destroy this machine during any of the functions below. Each function that
+// continues after a policy was created, dropped or queried holds a reference to it.
 
 void ServicePolicySm::syncAttachments() {
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
@@ -221,8 +220,8 @@ void ServicePolicySm::syncAttachments() {
   allIntfsChanged();
 }
 
-// Takes the whole change into `attachments_` before it calls anything, since what it calls may
-// change the attachments again.
+// Updates `attachments_` completely before it calls anything, because the calls may change the
+// attachments again.
 void ServicePolicySm::syncAttachment(ServicePolicyKey const& place) {
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   Attachments::Change const change =
@@ -283,7 +282,7 @@ void ServicePolicySm::makePolicyMachine(PolicyMapSmKey const& key,
   for (Vorel::IntfId const intf : attachments_.intfsOf(key)) {
     syncIntf(key, intf);
   }
-  // The calls above may have changed what is wanted.
+  // The calls above may have changed the configuration.
   syncPolicy(key);
 }
 
@@ -300,7 +299,7 @@ void ServicePolicySm::policyGone(PolicyMapSmKey const& key) {
   if (status_) {
     status_->policyMapStatusDel(key);
   }
-  // It may be wanted again, or have to be built again on other configuration.
+  // It may be wanted again, or have to be built again with a different configuration.
   if (reacting()) {
     syncPolicy(key);
   }
@@ -467,7 +466,7 @@ void ServicePolicySm::aclHelperIs(Kor::Ptr<PolicyMapAclHelper> const& helper) {
   if (helper == aclHelper()) {
     return;
   }
-  // A deletion on the former helper may set another one, or end this machine.
+  // A deletion on the previous helper may set another helper or destroy this machine.
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   Kor::Ptr<PolicyMapAclHelper> const left = aclHelper();
   watches_.aclHelper.objectIs(helper);

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// ServicePolicySm: the root machine. It watches configuration and interface status, runs one
-// policy-map machine per attached policy-map and direction, and gives them the helper.
+// ServicePolicySm: the root machine. It observes configuration and interface status, runs one
+// policy-map machine per attached policy-map and direction, and provides them with the helper.
 //
-// It only notes what changes; policies are programmed when the event loop turns. Two operations of
-// the helper are called at once: hwInit(), when an active machine is given a helper for the first
-// time, and deletePolicy() of what is created on a helper that is replaced or taken away.
-// Destroying the machine calls none.
+// Changes are only recorded; policies are programmed from the event loop. Two operations of the
+// helper are called at once: hwInit(), when an active machine is given a helper for the first time,
+// and deletePolicy(), for policies on a helper that is replaced or removed. Destroying the machine
+// calls no operation.
 //
 // Its parts: Attachments (what is attached where), PortChannels (members), IntfEligibility (which
-// interfaces may carry policies), ServicePolicyWatches (what it hears), Waits.
+// interfaces may carry policies), ServicePolicyWatches (what it observes), Waits.
 
 #include "Acl/AclDiff.h"
 #include "Acl/Config.h"
@@ -48,32 +48,34 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // Whether an interface exists; in this class every one does. Called per interface and pass.
+  // True if the interface exists; the base class returns true. Called for each interface in each
+  // pass.
   [[nodiscard]] virtual bool intfExists(Vorel::IntfId /*intf*/) const { return true; }
-  // Whether interfaces of this kind (layer 2, layer 3, management) may carry policies at all.
+  // True if the interface is of a kind (layer 2, layer 3, management) that may carry policies.
   virtual bool allowedIntf(Vorel::IntfId intf);
-  // Whether an allowed interface may carry rules of an option.
+  // True if an allowed interface may carry rules of an option.
   virtual bool allowedIntfForType(Vorel::IntfId intf, ClassMapMatchOption matchOption);
 
+  // Creates the machine of one policy; null if it is not to be programmed. `status` may be null.
   virtual Kor::Ptr<PolicyMapSm> createPolicyMapSm(
       PolicyMapSmKey const& key, Kor::Ptr<PolicyMapConfig const> const& policyMapConfig,
       Kor::Ptr<PolicyMapStatus> const& status) = 0;
   virtual Kor::Ptr<PolicyMapGlobalData> createCommonData();
-  // Called when a policy-map was attached or detached somewhere, or came or went itself. Makes its
-  // policy machines, or lets them go.
+  // Called when a policy-map was attached, detached, created or removed. Creates its policy
+  // machines or requests their removal.
   virtual void handlePolicyMap(Kor::Name policyMapName);
-  // Called when a policy-map came or went; calls handlePolicyMap().
+  // Called when a policy-map was created or removed. Calls handlePolicyMap().
   virtual void handlePolicyMapConfig(Kor::Name policyMapName);
-  // Re-evaluates an interface at once and marks the policies that depend on it. `force` programs
-  // them again even without a difference. Legal at any time; does nothing without active
-  // notifications.
+  // Re-evaluates an interface at once and marks the policies that depend on it. With `force` they
+  // are programmed again even if nothing differs. May be called at any time; does nothing while
+  // notifications are off.
   virtual void handleIntf(Vorel::IntfId intf, bool force);
-  // Lets all policies go. None is made until notifications are switched on again.
+  // Requests the removal of all policies. None is created until notifications are activated again.
   virtual void cleanup();
   // Called when initialized() becomes true: at the end of the first activation.
   virtual void handleInitialized() {}
 
-  // False: that option is not programmed.
+  // False: the option is not programmed.
   virtual void allowIpAclIs(bool allow) { allowOption(ClassMapMatchOption::ipv4, allow); }
   virtual void allowIp6AclIs(bool allow) { allowOption(ClassMapMatchOption::ipv6, allow); }
   virtual void allowMacAclIs(bool allow) { allowOption(ClassMapMatchOption::mac, allow); }
@@ -84,17 +86,17 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   KOR_VIRTUAL_VALUE_COLLECTION(ServicePolicySm, policyMapSm, PolicyMapSm, PolicyMapSmKey,
                                Kor::Ptr<PolicyMap::PolicyMapSm>)
 
-  // Seconds. Waits says what they mean; it refuses bad ones by a RangeException.
+  // In seconds. An invalid value throws Kor::RangeException and changes nothing; see Waits.
   virtual void retryMinIs(double seconds) { waits_.retryMinIs(seconds); }
   virtual void retryMaxIs(double seconds) { waits_.retryMaxIs(seconds); }
   virtual void asyncTimeoutIs(double seconds) { waits_.asyncTimeoutIs(seconds); }
   virtual void initializedIs(bool initialized);
   virtual void korDoZombieReactors(bool zombie);
 
-  // What the machine watches. ...Del() is ...Is(nullptr). Without policy configuration, access
-  // lists or helper nothing is programmed.
+  // The observed objects. ...Del() is ...Is(nullptr). Without policy configuration, access lists or
+  // helper, nothing is programmed.
   //
-  // Other policy configuration, class-maps or access lists: all policies are built again, on new
+  // Replacing policy configuration, class-maps or access lists builds all policies again on new
   // common data.
   virtual void policyConfigDel() { policyConfigIs(nullptr); }
   virtual void policyConfigIs(Kor::Ptr<PolicyMapTypeConfig const> const& config);
@@ -104,7 +106,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   virtual void statusRequestDirIs(Kor::Ptr<PolicyMapStatusRequestDir const> const& requests);
   virtual void aclConfigDel() { aclConfigIs(nullptr); }
   virtual void aclConfigIs(Kor::Ptr<Acl::Config const> const& config);
-  // Other port-channels, addresses or routing: the interfaces are re-evaluated at once.
+  // Replacing port-channels, addresses or routing re-evaluates the interfaces at once.
   virtual void lagConfigDel() { lagConfigIs(nullptr); }
   virtual void lagConfigIs(Kor::Ptr<Lag::Input::Config const> const& config);
   virtual void ipStatusDel() { ipStatusIs(nullptr); }
@@ -115,8 +117,8 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   virtual void routingInfoIs(Kor::Ptr<Routing::RoutingInfo const> const& info);
   virtual void routing6InfoDel() { routing6InfoIs(nullptr); }
   virtual void routing6InfoIs(Kor::Ptr<Routing6::RoutingInfo const> const& info);
-  // Another helper: what is created on the former one is deleted there at once, and everything is
-  // programmed on the new one when the loop turns.
+  // Replacing the helper deletes at once what was created on the previous one. The new one is
+  // programmed from the event loop.
   virtual void aclHelperDel() { aclHelperIs(nullptr); }
   virtual void aclHelperIs(Kor::Ptr<PolicyMapAclHelper> const& helper);
 
@@ -167,15 +169,15 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   [[nodiscard]] double asyncTimeout() const { return waits_.asyncTimeout(); }
   [[nodiscard]] bool initialized() const { return initialized_; }
 
-  // The interfaces of the hardware that an interface is programmed on: itself, or, for a
-  // port-channel and a helper that expands them, the members that exist.
+  // The hardware interfaces of `intf`: itself, or the existing members of a port-channel if the
+  // helper expands port-channels.
   [[nodiscard]] std::vector<Vorel::IntfId> memberIntfs(Vorel::IntfId intf) const;
-  // Where a policy is to be applied for an option, ascending, each once.
+  // The interfaces where a policy is to be applied for an option; ascending, unique.
   [[nodiscard]] std::vector<Vorel::IntfId> effectiveIntfs(PolicyMapSmKey const& key,
                                                           ClassMapMatchOption matchOption);
 
  protected:
-  // Calls no hook. Any pointer may be null; without `status` nothing is published.
+  // Calls no virtual function. Any pointer may be null; without `status` nothing is published.
   ServicePolicySm(Kor::Ptr<PolicyMapTypeConfig const> const& policyConfig,
                   Kor::Ptr<ClassMapTypeConfig const> const& classTypeConfig,
                   Kor::Ptr<PolicyMapStatusRequestDir const> const& statusRequestDir,
@@ -200,11 +202,11 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   void rebuild();
   void renewCommonData();
   void dependencyChanged(DependencyKind kind, Kor::Name const& name);
-  // Every rule of every policy is looked at again.
+  // Marks all rules of all policies to be checked.
   void rulesChanged();
   void allowOption(ClassMapMatchOption option, bool allow);
 
-  // Each of these brings something to what is configured.
+  // Each of these reconciles one aspect with the configuration.
   void syncAttachments();
   void syncAttachment(ServicePolicyKey const& place);
   void syncPolicy(PolicyMapSmKey const& key);
@@ -229,8 +231,8 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   Waits waits_;
   bool initialized_ = false;
   bool cleanedUp_ = false;
-  bool rebuildDue_ = false;      // when notifications are switched on again
-  bool changingHelper_ = false;  // policies are leaving the former one
+  bool rebuildDue_ = false;      // set while inactive: rebuild at the next activation
+  bool changingHelper_ = false;  // policies are leaving the previous helper
   Settling<PolicyMapSmKey> settlingPolicies_;
   std::unique_ptr<ReconcilerService> reconcilerService_;
   Attachments attachments_;

@@ -51,7 +51,7 @@ class OfPortChannels final : public Reporting<Lag::Input::Config::NotifieeConst>
   void onMember(Vorel::IntfId member) override { owner_.memberChanged(member); }
 };
 
-// Ip and Ip6.
+// For Ip::Status and Ip6::Status.
 template <class Status>
 class OfAddresses final : public Reporting<typename Status::NotifieeConst> {
  public:
@@ -59,7 +59,7 @@ class OfAddresses final : public Reporting<typename Status::NotifieeConst> {
   void onIntfAddress(Vorel::IntfId intf) override { this->owner_.intfChanged(intf); }
 };
 
-// Routing and Routing6.
+// For Routing::RoutingInfo and Routing6::RoutingInfo.
 template <class Info>
 class OfRouting final : public Reporting<typename Info::NotifieeConst> {
  public:

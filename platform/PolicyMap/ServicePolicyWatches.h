@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// ServicePolicyWatches: the objects that a service-policy machine watches, and what it hears from
-// them. Each watch turns the hooks of its object into one of the reports of Owner.
+// ServicePolicyWatches: the objects that a service-policy machine observes. Each watch translates
+// the notifications of its object into calls of Owner.
 
 #include "Acl/Config.h"
 #include "Ip/Status.h"
@@ -22,19 +22,20 @@ namespace PolicyMap {
 
 class POLICYMAP_API ServicePolicyWatches {
  public:
-  // Holds the watches. A report may end it: the watch does nothing afterwards.
+  // The object that holds the watches. A call may destroy it; the watch does not access it
+  // afterwards.
   class Owner {
    public:
     virtual void policyMapConfigChanged(Kor::Name const& policyMapName) = 0;
     virtual void servicePolicyChanged(ServicePolicyKey const& place) = 0;
-    // An access list or a class-map came, went or changed.
+    // An access list or a class-map was created, changed or removed.
     virtual void dependencyChanged(DependencyKind kind, Kor::Name const& name) = 0;
     virtual void countRequested(PolicyMapSmKey const& policy) = 0;
     // The interface joined, left or changed its port-channel.
     virtual void memberChanged(Vorel::IntfId member) = 0;
-    // Its address, or whether it is routed.
+    // The interface's address or routing has changed.
     virtual void intfChanged(Vorel::IntfId intf) = 0;
-    // Routing was switched on or off for the whole system.
+    // Routing was enabled or disabled for the whole system.
     virtual void routingChanged() = 0;
     virtual void capabilitiesChanged() = 0;
 
@@ -46,10 +47,11 @@ class POLICYMAP_API ServicePolicyWatches {
   using Watch = Kor::Reactor<T const, typename T::NotifieeConst>;
   using HelperWatch = Kor::Reactor<PolicyMapAclHelper, PolicyMapAclHelper::NotifieeConst>;
 
-  // Watches nothing yet. `owner` must outlive it.
+  // Observes nothing yet. `owner` must outlive this object.
   explicit ServicePolicyWatches(Owner& owner);
 
-  // Quiet until the first is called with true; lets go while the second was called with true.
+  // Inactive until hasNotificationActiveIs(true); observes nothing during
+  // korDoZombieReactors(true).
   void hasNotificationActiveIs(bool active);
   void korDoZombieReactors(bool zombie);
 

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Settling: brings things, each with a key, to what is configured, although doing so may call out
-// and change the configuration again.
+// Settling: reconciles keyed items with the configuration when doing so may run code that changes
+// the configuration again.
 //
 //   settling_.settle(name, [&] { bringToConfiguration(name); });
 //
-// A call for a key that is being settled returns at once; the function on the stack then runs once
-// more. So nothing that comes back while it is taken down is lost, and nothing is built twice.
+// A nested call for a key that is being settled returns at once, and the function on the stack then
+// runs again. So an item configured again during its takedown is not lost, and nothing is built
+// twice.
 
 #include <map>
 #include <utility>
@@ -21,8 +22,8 @@ class Settling {
   Settling(Settling const&) = delete;
   Settling& operator=(Settling const&) = delete;
 
-  // Calls bring() until it has run without a call for the same key inside it. After an exception
-  // of bring(), which is passed on, the key can be settled again.
+  // Calls bring() until it completes without a nested call for the same key. An exception of
+  // bring() is passed on; the key can be settled again.
   template <class Bring>
   void settle(Key const& key, Bring&& bring) {
     auto const [place, isOutermost] = again_.try_emplace(key, true);
@@ -30,7 +31,7 @@ class Settling {
       place->second = true;
       return;
     }
-    // Map iterators stay valid while other keys come and go.
+    // Map iterators remain valid while other keys are inserted and erased.
     struct Leave {
       std::map<Key, bool>& keys;
       typename std::map<Key, bool>::iterator place;
@@ -41,7 +42,7 @@ class Settling {
     }
   }
 
-  // As settle() for every key that is being settled.
+  // Acts as a nested settle() for every key that is being settled.
   void lookAgain() {
     for (auto& [key, again] : again_) {
       again = true;
@@ -49,10 +50,10 @@ class Settling {
   }
 
  private:
-  std::map<Key, bool> again_;  // the keys being settled; whether bring() runs once more
+  std::map<Key, bool> again_;  // the keys being settled; true if bring() is to run again
 };
 
-// True in its scope; the former value afterwards.
+// Sets a flag to true for its scope, then restores the previous value.
 class ScopedFlag {
  public:
   explicit ScopedFlag(bool& flag) : flag_(flag), before_(std::exchange(flag, true)) {}

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What is published, and the requests for it.
+// Models of the statuses and of the status requests.
 
 #include "PolicyMap/Models.h"
 #include "PolicyMap/PolicyMapTypeStatus.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// StatusPublisher: writes what is programmed, and what went wrong, into the statuses of one policy.
-// Only differences notify. An observer may end the machine; the caller checks for that between two
-// calls.
+// StatusPublisher: writes what is programmed, and the failures, into the statuses of one policy.
+// Only values that differ notify. An observer may destroy the machine; the caller checks for that
+// between two calls.
 
 #include "PolicyMap/ClassMapSm.h"
 #include "PolicyMap/PassPlan.h"
@@ -19,14 +19,15 @@ class POLICYMAP_API StatusPublisher {
   // `state` must outlive the publisher.
   explicit StatusPublisher(ProgrammedState& state) : state_(state) {}
 
-  // What the helper has for one option, since `timeProgrammed` (seconds), and the failure. Time and
-  // interfaces of a policy that another machine has programmed stay as they are.
+  // Publishes what exists on the helper for one option, the time at which it was programmed
+  // (seconds), and the failure. If another machine programmed the policy, its time and interfaces
+  // are left unchanged.
   void publish(PolicyMapStatus& status, ClassMapMatchOption option, PresentPolicy const& present,
                std::optional<double> timeProgrammed);
-  // Whether a class is programmed, and its failure.
+  // Publishes whether a class is programmed, and its failure.
   void publish(ClassMapSm& machine) const;
 
-  // The classes whose status may differ since takeDueClasses().
+  // The classes whose status may have changed since the last takeDueClasses().
   void classDue(Kor::Name const& className) { dueClasses_.insert(className); }
   void allClassesDue() { allDue_ = true; }
   [[nodiscard]] bool allDue() const { return allDue_; }
@@ -38,7 +39,7 @@ class POLICYMAP_API StatusPublisher {
   [[nodiscard]] Kor::String firstError() const;
 
   ProgrammedState& state_;
-  PerOption<Kor::Name> failedClass_;  // as published
+  PerOption<Kor::Name> failedClass_;  // as last published
   std::set<Kor::Name> dueClasses_;
   bool allDue_ = true;
 };

@@ -11,10 +11,10 @@
 
 namespace PolicyMap {
 
-// One hardware entry of a rule, in four words: bounds of the source ports, bounds of the
-// destination ports (both inclusive), what else tells sub-rules of one rule apart, and two flags:
-// whether the source or the destination ports need a range checker, since value and mask cannot
-// express the bounds. Default-built it takes every port.
+// One hardware entry of a rule, in four words: the bounds of the source ports, the bounds of the
+// destination ports (inclusive), a number that distinguishes sub-rules of one rule, and two flags.
+// The flags say whether the source or destination ports need a range checker because value and mask
+// cannot express the bounds. Default: matches all ports.
 class POLICYMAP_API SubRuleData {
  public:
   static constexpr std::string_view korTypeName = "PolicyMap::SubRuleData";
@@ -28,7 +28,7 @@ class POLICYMAP_API SubRuleData {
         dstPorts_(pack(dstPortLow, dstPortHigh)),
         distinction_(distinction),
         flags_((srcPortRange ? srcFlag : 0) | (dstPortRange ? dstFlag : 0)) {}
-  // Reads one text form and leaves `it` after it. Raises Kor::RangeException.
+  // Parses one text form and leaves `it` after it. Throws Kor::RangeException.
   SubRuleData(Kor::TextIterator& it, Kor::TextIterator const& end);
 
   [[nodiscard]] std::uint16_t srcPortLow() const { return low(srcPorts_); }
@@ -53,7 +53,7 @@ class POLICYMAP_API SubRuleData {
         Kor::hashCombine(Kor::hashCombine(Kor::hashNumber(srcPorts_), dstPorts_), distinction_),
         flags_);
   }
-  // All four words, in order.
+  // Compares all four words in order.
   bool operator==(SubRuleData const&) const = default;
   friend std::strong_ordering operator<=>(SubRuleData const& a, SubRuleData const& b) {
     return std::tie(a.srcPorts_, a.dstPorts_, a.distinction_, a.flags_) <=>
@@ -79,7 +79,8 @@ class POLICYMAP_API SubRuleData {
   static constexpr std::uint32_t srcFlag = 1;
   static constexpr std::uint32_t dstFlag = 2;
 
-  // The low bound is the more significant half, so that words order as their bounds do.
+  // The low bound is the more significant half, so that words are ordered by low bound, then by
+  // high bound.
   static constexpr std::uint32_t pack(std::uint32_t low, std::uint32_t high) {
     return low << 16 | high;
   }

@@ -10,7 +10,7 @@ std::vector<PortBlock> alignedBlocks(std::uint16_t low, std::uint16_t high) {
   std::vector<PortBlock> blocks;
   std::uint32_t const end = std::uint32_t{high} + 1;
   for (std::uint32_t start = low; start < end;) {
-    // The largest block that may start here and does not pass the end.
+    // The largest aligned block at `start` that does not pass the end.
     std::uint32_t const aligned = start == 0 ? 0x10000U : start & (~start + 1);
     std::uint32_t const size = std::min(aligned, std::bit_floor(end - start));
     blocks.push_back(

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// From one rule to its sub-rules, the entries that the hardware takes.
+// Expands a rule into its sub-rules, the entries of the hardware.
 
 #include "Acl/IpFilterBase.h"
 #include "PolicyMap/ClassRules.h"
@@ -14,7 +14,7 @@
 
 namespace PolicyMap {
 
-// Inclusive bounds of ports.
+// An inclusive range of ports.
 struct PortBlock {
   std::uint16_t low = 0;
   std::uint16_t high = SubRuleData::highestPort;
@@ -23,23 +23,23 @@ struct PortBlock {
   bool operator==(PortBlock const&) const = default;
 };
 
-// How port ranges reach the hardware.
+// How port ranges are programmed in the hardware.
 enum class PortExpansion : std::uint8_t {
-  rangeChecker,   // one sub-rule per range, marked as needing a range checker
-  alignedBlocks,  // the fewest blocks that value and mask express
+  rangeChecker,   // one sub-rule per range, flagged if it needs a range checker
+  alignedBlocks,  // the fewest blocks that value and mask can express
 };
 
-// The fewest aligned blocks that make up [low, high], ascending.
+// The fewest aligned blocks that cover exactly [low, high], ascending.
 POLICYMAP_API std::vector<PortBlock> alignedBlocks(std::uint16_t low, std::uint16_t high);
 
-// The blocks of one port match, or of exact ranges where there are any, ascending, without overlap.
-// Empty for a match that takes no port.
+// The blocks of a port match, or of the exact ranges if given; ascending, disjoint. Empty if the
+// match matches no port.
 POLICYMAP_API std::vector<PortBlock> portBlocks(Acl::PortMatch const& match,
                                                 PortExpansion expansion,
                                                 PortRanges const& exact = {});
 
-// Calls visit(SubRuleData) for every sub-rule, source blocks outside, destination blocks inside,
-// until it answers false. No sub-rule comes twice.
+// Calls visit(SubRuleData) for every sub-rule until it returns false. Source blocks are the outer
+// loop, destination blocks the inner one. All sub-rules are distinct.
 template <class Rule, class Visit>
 void forEachSubRule(RuleRef<Rule> const& ref, PortExpansion expansion, Visit&& visit) {
   if constexpr (std::is_base_of_v<Acl::IpFilterBase, Rule>) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Enumerations and values.
+// Models of the enumerations and values.
 
 #include "Acl/Generic.h"
 #include "PolicyMap/AclRuleKey.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The text forms of values that list their fields are those of Kor/Strep.h. These let argument
-// dependent look-up find them for the values of this library.
+// The text forms of values that list their fields are defined in Kor/Strep.h. These declarations
+// make them visible to argument-dependent lookup for the values of this library.
 
 #include "Kor/Strep.h"
 

@@ -9,7 +9,7 @@
 namespace PolicyMap {
 namespace {
 
-// The waits are attributes of the service-policy machine: the message names them as such.
+// The waits are attributes of the service-policy machine, so the message names it.
 void require(bool good, char const* attribute, double seconds, char const* requirement,
              std::optional<double> bound = std::nullopt) {
   if (!good) {
@@ -24,7 +24,7 @@ void require(bool good, char const* attribute, double seconds, char const* requi
 
 }  // namespace
 
-// The comparisons are written so that a NaN is refused.
+// The comparisons are written so that NaN is rejected.
 
 void Waits::retryMinIs(double seconds) {
   require(seconds > 0 && seconds <= retryMax_, "retryMin", seconds,

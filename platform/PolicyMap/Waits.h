@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Waits: how long, in seconds, a failed policy waits until it is tried again, and how long an
-// asynchronous result may take. A wait is above 0, and retryMin is not above retryMax. Anything
-// else is refused by a Kor::RangeException, which names the attribute, and changes nothing.
+// Waits: the waits before a failed policy is retried, and the time limit for an asynchronous
+// result, all in seconds. Each is above 0, and retryMin is not above retryMax. Any other value
+// throws Kor::RangeException, which names the attribute, and changes nothing.
 
 #include "PolicyMapExport.h"
 
@@ -11,10 +11,10 @@ namespace PolicyMap {
 
 class POLICYMAP_API Waits {
  public:
-  // The first and the longest wait before a failed policy is tried again.
+  // The first and the longest wait before a failed policy is retried.
   [[nodiscard]] double retryMin() const { return retryMin_; }
   [[nodiscard]] double retryMax() const { return retryMax_; }
-  // How long an asynchronous result may take.
+  // The time limit for an asynchronous result.
   [[nodiscard]] double asyncTimeout() const { return asyncTimeout_; }
 
   void retryMinIs(double seconds);
