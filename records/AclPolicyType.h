@@ -28,12 +28,12 @@ class POLICYMAPTEST_API AclPolicyType final {
   [[nodiscard]] PolicyMap::PolicyMapSmKey const& policyKey() const { return policyKey_; }
   [[nodiscard]] PolicyMap::ClassMapMatchOption option() const { return option_; }
 
-  // The hash that collections use, before they reverse its bits.
+  // The hash used by collections, before they reverse its bits.
   [[nodiscard]] std::uint32_t hash() const {
     return hashOfParts(policyKey_.first().hash(), policyKey_.second().hash(), option_);
   }
-  // From the hashes of the key's two texts. Keys that differ only in `option` have adjacent hashes,
-  // so their reversed hashes differ in the top bits and land in different buckets.
+  // Computed from the hashes of the key's two texts. Keys that differ only in `option` have
+  // adjacent hashes, so their reversed hashes differ in the top bits and land in different buckets.
   [[nodiscard]] static constexpr std::uint32_t hashOfParts(std::uint32_t first,
                                                            std::uint32_t second,
                                                            PolicyMap::ClassMapMatchOption option) {
