@@ -26,7 +26,7 @@ using PolicyMap::Inexpressible;
 using PolicyMap::Intersection;
 using PolicyMap::PortRanges;
 
-// A field of another type than these does not compile.
+// A field of any other type does not compile.
 template <class Value>
 concept Meets = requires(Value const& one, Value& both) {
   PolicyMap::meet(one, one, both);
@@ -175,7 +175,7 @@ TEST(RuleIntersection, ExactPortsMeetFurtherPorts) {
   EXPECT_EQ(holed.srcPorts, (PortRanges{{79, 79}, {81, 82}}));
   EXPECT_TRUE(holed.dstPorts.empty());
 
-  // Meeting any port leaves the ranges, and what is left of them may be one again.
+  // An intersection with any port keeps the ranges. A further one can leave a single range.
   EXPECT_EQ(std::get<ExactRule<Acl::IpRuleConfig>>(intersect(holed, {})), holed);
   EXPECT_EQ(std::get<ExactRule<Acl::IpRuleConfig>>(intersect({}, holed)), holed);
   b.rule.srcPortIs(PortMatch::gt(80));
@@ -256,7 +256,7 @@ RC_GTEST_PROP(RuleIntersection, TakesThePortsAndTtlsThatAllRulesTake, ()) {
     rule.rule.dstPortIs(*numbers<PortMatch>());
     rule.rule.ttlIs(*numbers<TtlMatch>());
     if (rule.rule.matchesNothing()) {
-      rules.pop_back();  // such rules are left out before rules are intersected
+      rules.pop_back();  // the compiler leaves such rules out before it intersects
       continue;
     }
     auto const met = intersect(all, rule);
@@ -283,7 +283,7 @@ RC_GTEST_PROP(RuleIntersection, TakesThePortsAndTtlsThatAllRulesTake, ()) {
     RC_ASSERT(!some || !expressible || takes(all) == taken);
   }
   RC_ASSERT(some == (anyPort && anyTtl));
-  // The smallest match around exact ranges says how far they go.
+  // The match of the rule is the smallest one that covers the exact ranges.
   if (some && expressible && !all.dstPorts.empty()) {
     RC_ASSERT(all.rule.dstPort() ==
               PortMatch::range(all.dstPorts.front().low, all.dstPorts.back().high));
