@@ -16,7 +16,7 @@ using testing::IsEmpty;
 
 constexpr std::uint32_t highest = std::numeric_limits<std::uint32_t>::max();
 
-// Class "c" of policy "pm". What is programmed is told by list name, number and destination port.
+// Class "c" of policy "pm". Rules are identified by list name, number and destination port.
 class RuleKeys : public testing::Test {
  protected:
   PolicyBench bench;
@@ -47,7 +47,7 @@ class RuleKeys : public testing::Test {
   void nest(char const* classMap, std::uint32_t place, char const* nested) const {
     bench.classMap(classMap)->matchIs(place, ClassMapMatch::classMap(nested));
   }
-  // A match-all class-map over these lists, nested in "c" at that place.
+  // Configures a match-all class-map over these lists, nested in "c" at `place`.
   void matchAll(char const* name, std::uint32_t place,
                 std::vector<char const*> const& lists) const {
     bench.classMap(name)->matchTypeIs(ClassMapMatchType::matchAll);
@@ -58,7 +58,7 @@ class RuleKeys : public testing::Test {
     nest("c", place, name);
   }
 
-  // The added rules, without what is the same in every line, and the match that their key finds.
+  // The added rules, each with its key and match, without the text that is common to all lines.
   std::vector<std::string> rules() {
     std::string const start = "addRule pm/input/ipv4 c:";
     std::vector<std::string> found;
@@ -266,7 +266,8 @@ double processorSeconds() {
   return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
 }
 
-// What counts on from number to number, or looks through all matches for each, takes much longer.
+// An implementation that probes numbers one by one, or searches all matches for each, is far
+// slower.
 TEST_F(RuleKeys, ManyIntersectionsWithRulesAtEqualPlacesAreNumberedInTime) {
   constexpr std::uint32_t many = 20000;
   list("web", 10, toNetwork("10.0.0.0/8"));
