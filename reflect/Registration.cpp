@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-//
+
 // What runs when the library is loaded: two initialisers, in the order of this file.
 
 #include "helper/AclHelper.h"

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-//
+
 // Observers of the class common data and of the statuses that, during a teardown, destroy the
 // machines or restore what is being removed.
+
 #include "machines/TestClassCommonData.h"
 #include "support/Scenario.h"
 

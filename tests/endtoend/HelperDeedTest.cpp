@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-//
+
 // What an operation of a helper may do: throw anywhere, turn the event loop, change the helper's
 // capabilities. The records always agree with the state that the core keeps.
+
 #include "support/DoingHelper.h"
 #include "support/NormalForm.h"
 #include "support/Scenario.h"

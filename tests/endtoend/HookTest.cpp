@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-//
+
 // A helper operation or a status hook changes things while the core is programming.
+
 #include "support/DoingHelper.h"
 #include "support/Scenario.h"
 

@@ -16,7 +16,7 @@ using PolicyMap::PolicyMapSmKey;
 using PolicyMapTest::AclPolicyType;
 using TestSupport::NormalForm;
 
-// the helper ------------------------------------------------------------------------------------
+// the helper
 
 namespace {
 
@@ -57,7 +57,7 @@ void OrderedHelper::around(TestSupport::HelperCall& call, Proceed const& proceed
   }
 }
 
-// names and values ------------------------------------------------------------------------------
+// names and values
 
 namespace {
 
@@ -214,7 +214,7 @@ ClassMapMatch matchOf(std::uint32_t classMap, std::uint32_t variant) {
 
 }  // namespace
 
-// life ------------------------------------------------------------------------------------------
+// life
 
 Driver::Driver() : helper_(Kor::make<OrderedHelper>()) {
   Kor::EventLoop::global().virtualTimeIs(true);
@@ -273,7 +273,7 @@ std::string Driver::perform(Operation const& operation) {
   return std::exchange(problem_, {});
 }
 
-// configuration ---------------------------------------------------------------------------------
+// configuration
 
 bool Driver::configure(Verb verb, Numbers const& n) {
   auto const& classVersion = classVersions_[n[0] % 4][n[1] % 2];
@@ -432,7 +432,7 @@ void Driver::member(Numbers const& n) {
   }
 }
 
-// disturbances ----------------------------------------------------------------------------------
+// disturbances
 
 namespace {
 
@@ -541,7 +541,7 @@ void Driver::otherHelper(std::uint32_t how) {
   }
 }
 
-// settling --------------------------------------------------------------------------------------
+// settling
 
 void Driver::deliver() {
   Kor::EventLoop& loop = Kor::EventLoop::global();

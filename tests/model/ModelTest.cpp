@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-//
+
 // Random runs compared with the reference model. The plain run prints its seed and number of steps,
 // and can be replayed with them:
 //
-// MODEL_SEED=7 MODEL_STEPS=1000000 model_tests --gtest_filter='*PlainRun*'
+//   MODEL_SEED=7 MODEL_STEPS=1000000 model_tests --gtest_filter='*PlainRun*'
 
 #include "model/Driver.h"
 #include "model/Trial.h"

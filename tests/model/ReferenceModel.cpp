@@ -22,7 +22,7 @@ using PolicyMap::ClassMapSubConfig;
 using PolicyMap::SubRuleData;
 using TestSupport::NormalRecord;
 
-// ports -----------------------------------------------------------------------------------------
+// ports
 
 using Range = std::pair<std::uint32_t, std::uint32_t>;  // inclusive
 using Ranges = std::vector<Range>;                      // ascending and not adjacent
@@ -111,7 +111,7 @@ std::vector<Block> blocksOf(Ranges const& ranges, bool subRulesForPorts) {
   return blocks;
 }
 
-// rules -----------------------------------------------------------------------------------------
+// rules
 
 template <class Rule>
 constexpr bool isMac = std::is_same_v<Rule, Acl::MacRuleConfig>;
@@ -187,7 +187,7 @@ bool supported(PolicyMap::PolicyMapAclHelper const& helper, Rule const& rule) {
   return true;
 }
 
-// intersections ---------------------------------------------------------------------------------
+// intersections
 
 struct Empty {};
 struct NoRuleCanSay {};
@@ -336,7 +336,7 @@ Rules<Rule> product(Rules<Rule> const& left, Rules<Rule> const& right) {
   return all;
 }
 
-// class-maps ------------------------------------------------------------------------------------
+// class-maps
 
 struct Refused {};
 
@@ -550,7 +550,7 @@ class Flattener {
   std::vector<Kor::Name> path_;
 };
 
-// interfaces ------------------------------------------------------------------------------------
+// interfaces
 
 class Interfaces {
  public:
@@ -615,7 +615,7 @@ class Interfaces {
   Inputs const& inputs_;
 };
 
-// policies --------------------------------------------------------------------------------------
+// policies
 
 template <class Action>
 std::uint32_t valueOf(Kor::Ptr<PolicyMap::Action> const& action) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-//
+
 // Shrunk runs on which core and model have disagreed, as lists of steps in the form in which the
 // random runs print them.
 

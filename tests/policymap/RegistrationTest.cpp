@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-//
+
 // What holds for every type that the platform registers.
 
 #include "acl/ValueChecks.h"
@@ -378,7 +378,7 @@ TEST(RegisteredTypes, NameNoTypeThatIsNotRegistered) {
   }
 }
 
-// Instances --------------------------------------------------------------------------------------
+// Instances
 
 class RegisteredInstances : public testing::Test {
  protected:
@@ -492,7 +492,7 @@ TEST_F(RegisteredInstances, AreBuiltByNameFromTheirOwnAttributes) {
   }
 }
 
-// Text forms ------------------------------------------------------------------------------------
+// Text forms
 
 GenericValue parsedAs(KorType const* type, Kor::String8 const& text) {
   if (type->operations().parse == nullptr) {

@@ -215,7 +215,7 @@ TEST_F(Compiling, AClassMapThatMatchesItselfIsToldWithBothEndsOfThePath) {
   EXPECT_EQ(circle(99), start + "... > n91 > n92 > n93 > n94 > n95 > n96 > n97 > n98 > c");
 }
 
-// limits ------------------------------------------------------------------------------------------
+// limits
 
 TEST_F(Compiling, TheUsualLimits) {
   EXPECT_EQ(limits.composedRules, 1000000U);

@@ -35,7 +35,7 @@ static_assert(Meets<bool> && Meets<std::uint32_t> && Meets<Acl::OptionalNumber>)
 static_assert(!Meets<std::uint8_t> && !Meets<std::int64_t> && !Meets<std::string>);
 static_assert(!Meets<PortMatch>, "ports need their exact ranges");
 
-// every field of every rule -----------------------------------------------------------------------
+// every field of every rule
 
 template <class Rule>
 Rule const* found(Intersection<Rule> const& met) {
@@ -120,7 +120,7 @@ TEST_P(EveryField, Meets) {
 INSTANTIATE_TEST_SUITE_P(RuleIntersection, EveryField, testing::ValuesIn(allFields()),
                          [](auto const& field) { return field.param.name; });
 
-// numbers -----------------------------------------------------------------------------------------
+// numbers
 
 ExactRule<Acl::IpRuleConfig> withTtl(TtlMatch const& ttl) {
   ExactRule<Acl::IpRuleConfig> exact;
@@ -212,7 +212,7 @@ TEST(RuleIntersection, TheMatchOfExactPortsIsTheSmallestRangeAroundThem) {
   }
 }
 
-// packets -----------------------------------------------------------------------------------------
+// packets
 
 template <class Match>
 rc::Gen<Match> numbers() {

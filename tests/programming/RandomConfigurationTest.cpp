@@ -283,7 +283,7 @@ class World {
     bench_.routing->routingIs(true);
   }
 
-  // Edits ----------------------------------------------------------------------------------------
+  // Edits
 
   template <class Rule>
   static Rule anyIpRule() {
@@ -462,7 +462,7 @@ class World {
     }
   }
 
-  // The model ------------------------------------------------------------------------------------
+  // The model
 
   [[nodiscard]] bool counts(Vorel::IntfId which, ClassMapMatchOption option) const {
     bool const ip = bool(bench_.ip->korIntfAddress(which));

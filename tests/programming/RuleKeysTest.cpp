@@ -72,7 +72,7 @@ class RuleKeys : public testing::Test {
   std::string error() { return text(bench.status->policyMapStatus({"pm", "input"})->error()); }
 };
 
-// numbers of rules of class-maps ------------------------------------------------------------------
+// numbers of rules of class-maps
 
 TEST_F(RuleKeys, ARuleOfAClassMapKeepsItsPlaceWhateverIsNestedBeforeIt) {
   own("inner", 50, toNetwork("10.0.0.0/8"));
@@ -152,7 +152,7 @@ TEST_F(RuleKeys, AnEmptyListBetweenRulesOfTheClassMapIsNoChange) {
                           ":3 permit ip any 12.0.0.0/8"));
 }
 
-// names of intersections --------------------------------------------------------------------------
+// names of intersections
 
 TEST_F(RuleKeys, AListNamedLikeAnIntersectionKeepsItsKeyAndTheIntersectionTakesTheNextNumber) {
   list("web", 10, toNetwork("10.0.0.0/8"));
@@ -260,7 +260,7 @@ TEST_F(RuleKeys, AnIntersectionThatIsThereAlreadyAddsNothing) {
                                    "web & :2:13 *>443-443 permit ip any 10.0.0.0/8 eq 443"));
 }
 
-// cost ------------------------------------------------------------------------------------------
+// cost
 
 double processorSeconds() {
   return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
