@@ -105,7 +105,7 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
   // change of asyncTrigger delivers the pending result before it notifies.
   [[nodiscard]] std::uint32_t asyncTrigger() const { return asyncTrigger_; }
   void asyncTriggerIs(std::uint32_t trigger);
-  // Adds, modulo 2^32, and returns the new value.
+  // Adds `step`, modulo 2^32, and returns the new value.
   std::uint32_t asyncTriggerInc(std::uint32_t step);
   [[nodiscard]] Kor::String8 const& asyncError() const { return asyncError_; }
   void asyncErrorIs(Kor::String8 error);
