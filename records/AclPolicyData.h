@@ -44,7 +44,7 @@ class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
                        std::uint32_t)
   POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
-  // What the rules match.
+  // The matches of the rules.
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatch, RuleMatch, PolicyMap::AclRuleKey,
                        Acl::IpRuleConfig)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatch6, RuleMatch6, PolicyMap::AclRuleKey,

@@ -20,9 +20,9 @@ class POLICYMAPTEST_API AclPolicyType final {
   AclPolicyType() = default;
   AclPolicyType(PolicyMap::PolicyMapSmKey policyKey, PolicyMap::ClassMapMatchOption option)
       : policyKey_(std::move(policyKey)), option_(option) {}
-  // Reads one text form and leaves `it` after it and the white space that follows. Attributes may
-  // come in any order, the last of a repeated one counts, a missing one stays empty. Raises
-  // Kor::RangeException.
+  // Reads one text form and moves `it` past the form and any white space after it. Attributes may
+  // be in any order; the last of repeated ones counts, and missing ones keep their default. Raises
+  // Kor::RangeException if the text is not valid.
   AclPolicyType(Kor::String8::IteratorConst& it, Kor::String8::IteratorConst const& end);
 
   [[nodiscard]] PolicyMap::PolicyMapSmKey const& policyKey() const { return policyKey_; }
