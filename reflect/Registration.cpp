@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What runs when the library is loaded: two initialisers, in the order of this file.
+// The two initialisers that run when the library is loaded, in this order.
 
 #include "helper/AclHelper.h"
 #include "machines/PolicyMapTestSm.h"
