@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What the tests of the readers share: text in, statements or the text of an error out.
+// Shared by the tests of the readers: from text to statements, or to the text of an error.
 
 #include "lab/FilterSet.h"
 #include "lab/PolicyTextParser.h"

@@ -83,8 +83,7 @@ TEST_F(PolicymapLab, AnAssertionEndsAScriptButNoSessionAtATerminal) {
   if (shell("script -qec true /dev/null").status != 0) {
     GTEST_SKIP() << "script finds no pseudo-terminal here: the prompt was not tried";
   }
-  // The line editor keeps copies of what was typed until the process ends; our code does not make
-  // them.
+  // Copies of typed text that the line editor keeps until exit. They are not leaks of our code.
   std::string const kept = file("kept.supp", "leak:^wcsdup$\n");
   Process const typed = shell("(while IFS= read -r line; do sleep 0.2; printf '%s\\r' \"$line\"; "
                               "done <" +

@@ -65,7 +65,7 @@ struct Operation {
 };
 using Operations = std::vector<Operation>;
 
-// The number of numbers that a verb takes.
+// How many numbers a verb takes.
 [[nodiscard]] std::size_t arity(Verb verb);
 [[nodiscard]] std::string textOf(Operation const& operation);
 // One step on each line.

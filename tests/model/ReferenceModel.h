@@ -47,7 +47,7 @@ struct Expected {
   std::map<PolicyMapTest::AclPolicyType, std::vector<PolicyMap::AclRuleKey>> order;
   // The policies that have a status, whether or not anything of them is programmed.
   std::set<PolicyMap::PolicyMapSmKey> policies;
-  // What is not programmed because it cannot be, and the class that is the cause.
+  // The records that cannot be programmed, each with the class that is the cause.
   std::map<PolicyMapTest::AclPolicyType, Kor::Name> refused;
 };
 

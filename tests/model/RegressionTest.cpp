@@ -41,7 +41,7 @@ TEST(ModelRegression, PolicyThatWasAwayMeetsTheHelperAsItIsNow) {
             "");
 }
 
-// A programmed policy is refused because its class comes to match both IP and MAC.
+// A programmed policy is refused after its class is changed to match both IP and MAC.
 TEST(ModelRegression, ReasonOfARefusalIsShownAfterTheTeardownThatItCauses) {
   EXPECT_EQ(trialOf("rule 0 0 0 0\n"
                     "attach 0 0 0\n"

@@ -175,7 +175,7 @@ TEST_F(Run, ADeletionThatThrowsLeavesThePolicyCreatedAndOwned) {
   EXPECT_EQ(helper->arbiter().creator(data->policyKey(), ipv4), &holder);
   EXPECT_TRUE(run->deletionThrew());
   EXPECT_EQ(run->failure().error(), "no");
-  // The state keeps what the helper has, and requests a re-creation.
+  // The classes on the helper stay known, and a re-creation is due.
   EXPECT_EQ(state[ipv4].classes.size(), 1U);
   EXPECT_TRUE(state[ipv4].recreate);
   EXPECT_TRUE(data->hasIntf(ipv4, intf("Ethernet1")));

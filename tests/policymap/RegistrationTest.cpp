@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// What holds for every type that the platform registers.
+// Properties of every type that the platform registers.
 
 #include "acl/ValueChecks.h"
 #include "policymap/PolicyBench.h"
