@@ -69,7 +69,7 @@ Kor::String AclHelper::createPolicy(PolicyMapSmCommonData::PtrConst const& polic
   traceOperation("Kor::String", "createPolicy", Traced{"policyData", policyData},
                  Traced{"matchOption", matchOption});
   Ptr const pinned = Kor::share(this);  // observers of a new record may drop the helper
-  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): and the caller's pointer
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): observers may drop the caller's
   PolicyMapSmCommonData::PtrConst const policy = policyData;
   AclPolicyData::Ptr const data = testDataIs(AclPolicyType(policy->policyKey(), matchOption));
   KOR_ASSERT_AS(sourceName, "!data->created()", !data->created());
@@ -99,7 +99,7 @@ Kor::String AclHelper::recreatePolicy(PolicyMapSmCommonData::PtrConst const& pol
     deletePolicy(policy, matchOption);
     return createPolicy(policy, matchOption);
   } catch (...) {
-    // An operation that throws counts as not carried out: the policy is still created.
+    // A re-creation that throws counts as not carried out: the policy is still created.
     if (AclPolicyData::Ptr const data = testData(AclPolicyType(policy->policyKey(), matchOption))) {
       data->createdIs(true);
     }

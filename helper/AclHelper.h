@@ -43,20 +43,20 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
   // Does nothing: there is no hardware.
   void hwInit() override;
 
-  // Creates the record if there is none, and records the interfaces that the policy data list.
-  // Asserts that the policy is not already created and that the record is empty.
+  // Creates the record if needed, and records the interfaces that the policy data list. Asserts
+  // that the policy is not already created and that the record is empty.
   Kor::String createPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
                            PolicyMap::ClassMapMatchOption matchOption) override;
-  // Deletes and creates; returns the result of the creation.
+  // Deletes, then creates; returns the result of the creation.
   Kor::String recreatePolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
                              PolicyMap::ClassMapMatchOption matchOption) override;
   // Empties the record except for the counters and `dirty`. Asserts that the policy is created.
   Kor::String deletePolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
                            PolicyMap::ClassMapMatchOption matchOption) override;
-  // Asserts that there is a record, whether or not the policy is created.
+  // Asserts that the record exists; the policy need not be created.
   Kor::String commitPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
                            PolicyMap::ClassMapMatchOption matchOption) override;
-  // Creates the record if there is none.
+  // Creates the record if needed.
   Kor::String addIntfToPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
                               Vorel::IntfId intf,
                               PolicyMap::ClassMapMatchOption matchOption) override;
@@ -66,8 +66,8 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
                                    PolicyMap::ClassMapMatchOption matchOption) override;
 
   // Records nothing if it fails: with rangeCheckerError for a sub-rule that needs a range checker,
-  // else with addRuleError. Asserts that the class data are a TestClassCommonData, that there is a
-  // record, and that the rule does not have the sub-rule yet.
+  // otherwise with addRuleError. Asserts that the class data are a TestClassCommonData, that the
+  // record exists, and that the rule does not have the sub-rule yet.
   Kor::String addRule(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
                       PolicyMap::PolicyMapSmCommonData::PtrConst const& policyCommonData,
                       PolicyMap::ClassMapSmCommonData::PtrConst const& classCommonData) override;
@@ -92,20 +92,20 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
       PolicyMap::PolicyMapSmCommonData::PtrConst const& policyCommonData,
       PolicyMap::ClassMapSmCommonData::PtrConst const& classCommonData) override;
 
-  // Makes `error` the pending result. With pseudoAsync it is delivered before this returns.
+  // Sets `error` as the pending result. With pseudoAsync, delivers it before returning.
   void scheduleAsyncResult(Kor::String8 error);
-  // Delivers asyncError with the current time. The text stays pending.
+  // Delivers asyncError with the current time, and keeps it pending.
   void handleAsyncTrigger();
 
   // The records. newTestData() does not notify; every other change calls onTestData(key).
   KOR_OWNED_COLLECTION(AclHelper, testData, TestData, AclPolicyType, AclPolicyData,
                        KOR_ON_CHANGE(announceTestData(key)))
 
-  // A setter does nothing if the value is equal; otherwise it stores and then notifies. A change of
-  // asyncTrigger delivers the pending result before it notifies.
+  // A setter does nothing if the value is equal; otherwise it stores the value and then notifies. A
+  // change of asyncTrigger delivers the pending result before it notifies.
   [[nodiscard]] std::uint32_t asyncTrigger() const { return asyncTrigger_; }
   void asyncTriggerIs(std::uint32_t trigger);
-  // Adds, modulo 2^32, and returns the new value.
+  // Adds `step`, modulo 2^32, and returns the new value.
   std::uint32_t asyncTriggerInc(std::uint32_t step);
   [[nodiscard]] Kor::String8 const& asyncError() const { return asyncError_; }
   void asyncErrorIs(Kor::String8 error);
@@ -142,7 +142,7 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
   template <class Value>
   void attributeIs(Value& attribute, Value const& value, Kor::AttributeId id, Hook hook);
   void announceTestData(AclPolicyType const& key);
-  // What an operation that may be asynchronous returns.
+  // The return value of an operation that can be asynchronous.
   Kor::String result(Kor::String8 const& error);
   void updateActionsCounted(std::string_view text,
                             PolicyMap::PolicyMapSmCommonData::PtrConst const& policyCommonData,

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The texts with which the helper's operations can be made to fail: the one list from which the
-// helper's attributes, their table and the faults of the lab are made.
+// The texts that make the helper's operations fail. The helper's attributes, their table and the
+// lab's faults are generated from this list.
 //
-// ROW is a macro of two arguments, the name of an attribute and the same capitalized. The order is
-// that of registration and of the notification hooks, so a new row goes to the end.
+// ROW is a macro of two arguments: the name of an attribute, and the same name capitalized. Rows
+// are in the order of registration and of the notification hooks, so append new rows.
 
 #define POLICYMAPTEST_HELPER_ERRORS(ROW)    \
   ROW(createError, CreateError)             \

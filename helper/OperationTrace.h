@@ -20,8 +20,8 @@
 
 namespace PolicyMapTest {
 
-// An argument, which must outlive this, and its name. Prints the argument alone: the data of a
-// policy as its key, the data of a class as its name.
+// A named argument; `value` must outlive it. Prints only the value: the data of a policy as its
+// key, the data of a class as its name, null data as "None".
 template <class T>
 struct Traced {
   std::string_view name;
@@ -40,7 +40,7 @@ struct Traced {
 template <class T>
 Traced(char const*, T const&) -> Traced<T>;
 
-// How the signature spells the type of an argument. An argument of another type does not compile.
+// The spelling of an argument's type in the signature. A type without a spelling does not compile.
 template <class T>
 inline constexpr std::string_view tracedType = T::noSpelling;
 template <>

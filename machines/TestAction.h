@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The test actions TestAction1, TestAction2, ... (see records/TestActionKinds.h), whose only
-// content is a number. They differ in nothing but their kind: TestActionOf has the behaviour, and
-// the named classes are what is created and registered.
+// The test actions TestAction1, TestAction2, ... (see records/TestActionKinds.h). Their only
+// content is a number. They differ only in their kind: TestActionOf implements the behaviour; the
+// named classes are created and registered.
 
 #include "records/Export.h"
 #include "records/TestActionKinds.h"
@@ -33,7 +33,7 @@ class POLICYMAPTEST_API TestActionOf : public PolicyMap::Action {
     using NotifieeConst::NotifieeConst;
   };
 
-  // The value is 0.
+  // The initial value is 0.
   TestActionOf(Kor::Name className, Zub::UniqueId const& id);
   ~TestActionOf() override;
 
@@ -45,7 +45,7 @@ class POLICYMAPTEST_API TestActionOf : public PolicyMap::Action {
   [[nodiscard]] bool equalTo(Kor::Ptr<PolicyMap::Action const> const& other) const override;
 
   [[nodiscard]] std::uint32_t value() const { return value_; }
-  // Does nothing when the value is equal. A change reaches the machines of this action first, then
+  // Does nothing if the value is equal. A change reaches the machines of this action first, then
   // the notifiees.
   void valueIs(std::uint32_t value);
 

@@ -11,7 +11,7 @@
 namespace PolicyMapTest {
 namespace {
 
-// What the machine of one kind of action writes, and what it traces.
+// The attribute that the machine of an action writes, and its trace texts.
 template <class Action>
 struct Kind;
 
@@ -28,7 +28,7 @@ struct Kind;
 POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
 
-// A reference of its own: an observer of the write may take the data away from the machine, or
+// Returns a counted reference: an observer of the write may detach the data from the machine or
 // destroy it.
 Kor::Ptr<TestClassCommonData> testDataOf(PolicyMap::ActionSm const& machine) {
   auto classData = machine.classCommonData().as<TestClassCommonData>();

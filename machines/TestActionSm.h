@@ -3,8 +3,8 @@
 
 // The machines of the test actions, TestAction1Sm, TestAction2Sm, ... (see
 // records/TestActionKinds.h). Each copies the value of its action into the class common data and
-// requests that the rules' actions are programmed again. They differ in nothing but their kind:
-// TestActionSmOf has the behaviour.
+// requests that the actions of the rules are programmed again. They differ only in their kind:
+// TestActionSmOf implements the behaviour.
 
 #include "machines/TestAction.h"
 #include "machines/TestClassCommonData.h"
@@ -26,10 +26,10 @@ class POLICYMAPTEST_API TestActionSmOf : public Toggles<PolicyMap::ActionSm> {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // Writes 0 and requests programming, even if the value is 0 already. Asserts "classData": the
+  // Writes 0 and requests programming, even if the value is already 0. Asserts "classData": the
   // class common data are a TestClassCommonData.
   void cleanup() override;
-  // Writes the action's value and requests programming if it differs. Asserts "classData" too. The
+  // Writes the action's value and requests programming if it differs. Makes the same assertion. The
   // action must be of the machine's kind.
   void handleAction() override;
 
@@ -48,7 +48,7 @@ class POLICYMAPTEST_API TestActionSmOf : public Toggles<PolicyMap::ActionSm> {
                                Kor::Ptr<PolicyMap::Action const> const& action);
 };
 
-// TestActionNSmIs is the published name of what creates a machine.
+// TestActionNSmIs is the published name of the function that creates a machine.
 // NOLINTBEGIN(readability-identifier-naming)
 #define POLICYMAPTEST_ROW(kind)                                                             \
   class POLICYMAPTEST_API TestAction##kind##Sm                                              \

@@ -11,7 +11,7 @@
 
 namespace PolicyMapTest {
 
-// The data of one class with the values of its test actions. The action machines write them, and
+// The data of one class and the values of its test actions. The action machines write the values;
 // the helper copies them into every rule that it records.
 class POLICYMAPTEST_API TestClassCommonData : public PolicyMap::ClassMapSmCommonData {
  public:
@@ -28,9 +28,9 @@ class POLICYMAPTEST_API TestClassCommonData : public PolicyMap::ClassMapSmCommon
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // For each kind of test action action1Value(), action1ValueIs(value), action1ValueId and so on.
-  // A write that changes the value notifies. It does not request programming: the action machines
-  // do, with updateAclActionsInc().
+  // For each kind of test action: action1Value(), action1ValueIs(value), action1ValueId and so on.
+  // A write that changes the value notifies but does not request programming; the action machines
+  // do that, with updateAclActionsInc().
 #define POLICYMAPTEST_ROW(kind)                             \
   [[nodiscard]] std::uint32_t action##kind##Value() const { \
     return values_[(kind)-1];                               \

@@ -8,7 +8,7 @@
 
 namespace PolicyMapTest {
 
-// The machine of one class with test actions: it creates test action machines and a
+// The machine of one class with test actions. It creates test action machines and a
 // TestClassCommonData.
 class POLICYMAPTEST_API TestClassMapSm : public Toggles<PolicyMap::ClassMapSm> {
  public:
@@ -20,9 +20,9 @@ class POLICYMAPTEST_API TestClassMapSm : public Toggles<PolicyMap::ClassMapSm> {
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // Returns the machine of the configured action of that kind, which has handled its action
-  // already. Returns null and traces for a kind that is no test action. Asserts "action": an action
-  // of that kind is configured. The class action must not be null.
+  // Returns a machine that has already handled the configured action of this kind. Returns null and
+  // traces if the kind is not a test action. Asserts "action": an action of the kind is configured.
+  // The class action must not be null.
   Kor::Ptr<PolicyMap::ActionSm> createActionSm(PolicyMap::ActionType actionType) override;
   // The global data must not be null.
   Kor::Ptr<PolicyMap::ClassMapSmCommonData> createCommonData() override;

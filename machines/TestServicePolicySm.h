@@ -26,7 +26,7 @@ class TestServicePolicySm;
     Kor::Ptr<PolicyMap::PolicyMapAclHelper> const& aclHelper, Kor::Ptr<Acl::AclDiff> const& aclDiff,
     bool allowL2Intf, bool allowL3Intf, bool allowMgmtIntf);
 
-// The root of a tree of test machines. The test lists the interfaces that do not exist.
+// The root of a tree of test machines. Interfaces exist unless the test lists them as nonexistent.
 class POLICYMAPTEST_API TestServicePolicySm : public Toggles<PolicyMap::ServicePolicySm> {
  public:
   using Ptr = Kor::Ptr<TestServicePolicySm>;

@@ -7,12 +7,13 @@
 
 namespace PolicyMapTest {
 
-// The toggles of the base `Machine` as every test machine has them: a toggle that changes nothing
-// is ignored, and destruction stops the reactors first.
+// The toggles of every test machine over its base `Machine`: a toggle that changes nothing is
+// ignored, and destruction stops the reactors first.
 template <class Machine>
 class POLICYMAPTEST_API Toggles : public Machine {
  public:
-  // A derived class with data members makes the same call at the beginning of its own destructor.
+  // A derived class with data members makes this call at the beginning of its own destructor as
+  // well.
   ~Toggles() override { Toggles::korDoZombieReactors(true); }
 
   void hasNotificationActiveIs(bool active) override {
@@ -20,7 +21,7 @@ class POLICYMAPTEST_API Toggles : public Machine {
       Machine::hasNotificationActiveIs(active);
     }
   }
-  // The machine is marked for deletion after the reactors have stopped.
+  // Marks the machine for deletion after the reactors have stopped.
   void korDoZombieReactors(bool zombie) override {
     if (zombie != this->korMarkedForDeletion()) {
       Machine::korDoZombieReactors(zombie);

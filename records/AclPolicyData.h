@@ -17,8 +17,8 @@
 
 namespace PolicyMapTest {
 
-// Everything that the helper has recorded about one policy and option. Plain storage: it checks
-// nothing and notifies of nothing.
+// Everything that the helper has recorded about one policy and option. Plain storage: no checks, no
+// notifications.
 class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
                                         public Kor::HashMapLink<AclPolicyData> {
  public:
@@ -44,20 +44,20 @@ class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
                        std::uint32_t)
   POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
-  // What the rules match.
+  // The matches of the rules.
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatch, RuleMatch, PolicyMap::AclRuleKey,
                        Acl::IpRuleConfig)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatch6, RuleMatch6, PolicyMap::AclRuleKey,
                        Acl::Ip6RuleConfig)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatchMac, RuleMatchMac, PolicyMap::AclRuleKey,
                        Acl::MacRuleConfig)
-  // A caller that holds the sub-rules of a rule keeps them after their removal from here.
+  // The sub-rules of a rule outlive their removal from the record while a caller holds a reference.
   KOR_OWNED_COLLECTION(AclPolicyData, subRulesForKey, SubRulesForKey, PolicyMap::AclRuleKey,
                        SubRuleDataCollection)
   // The interfaces to which the policy is applied.
   KOR_VALUE_COLLECTION(AclPolicyData, intf, Intf, Vorel::IntfId, bool)
 
-  // Counters: ...Inc adds, modulo 2^32, and returns the new value.
+  // Counters. ...Inc adds, modulo 2^32, and returns the new value.
   [[nodiscard]] std::uint32_t commitCount() const {
     return commitCount_;
   }

@@ -20,20 +20,20 @@ class POLICYMAPTEST_API AclPolicyType final {
   AclPolicyType() = default;
   AclPolicyType(PolicyMap::PolicyMapSmKey policyKey, PolicyMap::ClassMapMatchOption option)
       : policyKey_(std::move(policyKey)), option_(option) {}
-  // Reads one text form and leaves `it` after it and the white space that follows. Attributes may
-  // come in any order, the last of a repeated one counts, a missing one stays empty. Raises
-  // Kor::RangeException.
+  // Reads one text form and moves `it` past the form and any white space after it. Attributes may
+  // be in any order; the last of repeated ones counts, and missing ones keep their default. Raises
+  // Kor::RangeException if the text is not valid.
   AclPolicyType(Kor::String8::IteratorConst& it, Kor::String8::IteratorConst const& end);
 
   [[nodiscard]] PolicyMap::PolicyMapSmKey const& policyKey() const { return policyKey_; }
   [[nodiscard]] PolicyMap::ClassMapMatchOption option() const { return option_; }
 
-  // The hash that collections use, before they reverse its bits.
+  // The hash used by collections, before they reverse its bits.
   [[nodiscard]] std::uint32_t hash() const {
     return hashOfParts(policyKey_.first().hash(), policyKey_.second().hash(), option_);
   }
-  // From the hashes of the key's two texts. Keys that differ only in `option` have adjacent hashes,
-  // so their reversed hashes differ in the top bits and land in different buckets.
+  // Computed from the hashes of the key's two texts. Keys that differ only in `option` have
+  // adjacent hashes, so their reversed hashes differ in the top bits and land in different buckets.
   [[nodiscard]] static constexpr std::uint32_t hashOfParts(std::uint32_t first,
                                                            std::uint32_t second,
                                                            PolicyMap::ClassMapMatchOption option) {

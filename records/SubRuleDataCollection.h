@@ -9,8 +9,8 @@
 
 namespace PolicyMapTest {
 
-// The sub-rules that were added for one rule of one policy. The helper sets each to true; a test
-// may store false, and the sub-rule is then present all the same.
+// The sub-rules that were added for one rule of one policy. The helper stores true for each. A test
+// may store false; the sub-rule is still present.
 class POLICYMAPTEST_API SubRuleDataCollection : public Kor::PtrInterface,
                                                 public Kor::HashMapLink<SubRuleDataCollection> {
  public:

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The kinds of test actions: the one list from which the actions, their machines, the values of a
-// class, the helper's recording, the tables of types and the lab take number and names.
+// The kinds of test actions. The actions, their machines, the values of a class, the helper's
+// records, the type tables and the lab take their number and names from this list.
 //
-// ROW is a macro of one argument, the number of a kind. Kinds count from 1 without gaps.
+// ROW is a macro of one argument, the number of a kind. Kinds are numbered from 1 without gaps.
 
 #include <array>
 #include <cstddef>
@@ -14,7 +14,7 @@
 
 namespace PolicyMapTest {
 
-// By number, beginning with kind 1: "action1" and so on.
+// In order of kind, starting with kind 1: "action1" and so on.
 inline constexpr std::array testActionNames{
 #define POLICYMAPTEST_ROW(kind) std::string_view("action" #kind),
     POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)

@@ -4,7 +4,7 @@
 
 namespace PolicyMapTest {
 
-// Access to the machines that only their parents create.
+// Grants by-name construction access to the private factories of the machines.
 struct MachinesByName {
   static constexpr auto* makeClassMapSm = &TestClassMapSm::make;
   static constexpr auto* makePolicyMapSm = &TestPolicyMapSm::make;

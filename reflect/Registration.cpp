@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// What runs when the library is loaded: two initialisers, in the order of this file.
+
+// The two initialisers that run when the library is loaded, in this order.
 
 #include "helper/AclHelper.h"
 #include "machines/PolicyMapTestSm.h"
@@ -21,8 +21,8 @@ namespace {
 #define POLICYMAPTEST_MACHINE_MODEL(kind) &testActionSmModels[(kind)-1],
 #define POLICYMAPTEST_TYPES(kind) TestAction##kind, TestAction##kind##Sm,
 
-// The library's types by name, in order of registration. Tools read the section without loading
-// the library.
+// The names of the library's types, in order of registration. Tools read this section without
+// loading the library.
 [[gnu::section(".kor.type"), gnu::used, gnu::retain]] constexpr char typeNames[] =
     POLICYMAPTEST_ACTION_KINDS(
         POLICYMAPTEST_ACTION_NAME) "PolicyMapTest::AclPolicyType\0"
@@ -50,7 +50,7 @@ constexpr std::array models{
     &testServicePolicySmModel,
 };
 
-// Every record exists before the first is filled.
+// Creates the type records in the order of the arguments, before registration fills any.
 template <class... T>
 void makeRecords() {
   (static_cast<void>(T::_fwkType()), ...);
@@ -69,7 +69,7 @@ void makeRecords() {
 
 Kor::TraceHandle const rootPathTrace("RootPathBase::Kor");
 
-// The attributes of the library's objects, held as long as the library is loaded.
+// The attributes of the library's objects, held while the library is loaded.
 std::vector<Kor::KorAttr::Ptr> const attributeHandles = [] {
   std::vector<Kor::KorAttr::Ptr> handles;
   std::string_view names(typeNames, sizeof typeNames - 1);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// The attributes of the classes that others build on, with their numbers. A binary consumer depends
-// on these numbers.
+// The attributes of base classes and their numbers. Binary consumers depend on these numbers.
 
 #include <Acl/Config.h>
 #include <Ip/Status.h>
@@ -32,7 +31,7 @@ using testing::ElementsAreArray;
 
 using Table = std::vector<std::pair<std::string, AttributeId>>;
 
-// What a type adds to its base, as registered.
+// The attributes that a type adds to its base, as registered.
 Table ownTable(char const* typeName) {
   Table table;
   KorType const* const type = KorType::named(typeName);
@@ -44,7 +43,7 @@ Table ownTable(char const* typeName) {
   return table;
 }
 
-// `names` have the numbers from `first` on; the hooks of a machine follow without number.
+// Numbers `names` consecutively from `first`. The hooks of a machine follow, without a number.
 Table numbered(AttributeId first, std::vector<std::string> const& names, bool isMachine = false) {
   Table table;
   for (std::string const& name : names) {
@@ -169,7 +168,7 @@ TEST(BaseTables, OfAServicePolicyMachine) {
                            true)));
 }
 
-// The numbers by which classes announce their changes are those that registration gave.
+// The numbers with which classes announce changes are those assigned at registration.
 TEST(BaseTables, AgreeWithTheConstantsOfTheClasses) {
   auto const expectNames = [](char const* typeName, Table const& constants) {
     for (auto const& [name, id] : constants) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Where each virtual function is in the table of its class. A binary consumer depends on these
+// The slot of each virtual function in the table of its class. Binary consumers depend on these
 // numbers.
 
 #include "support/VirtualSlot.h"
@@ -44,14 +44,14 @@ std::vector<int> consecutive(int first, std::size_t count) {
   return slots;
 }
 
-// The slots are first, first + 1, ... in the order given.
+// The slots are first, first + 1, ... in the given order.
 #define EXPECT_SLOTS_FROM(first, ...)                                       \
   do {                                                                      \
     std::vector<int> const slots = slotsOf(__VA_ARGS__);                    \
     EXPECT_THAT(slots, ElementsAreArray(consecutive(first, slots.size()))); \
   } while (false)
 
-// What every class begins with.
+// The slots with which every class begins.
 template <class T>
 void expectRootSlots() {
   EXPECT_EQ(virtualSlotOf(&T::hasNotificationActiveIs), 0);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Where each virtual function is in the table of its class. A binary consumer depends on these
+// The slot of each virtual function in the table of its class. Binary consumers depend on these
 // numbers.
 
 #include "support/VirtualSlot.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Where each virtual function is in the table of its class. A binary consumer depends on these
+// The slot of each virtual function in the table of its class. Binary consumers depend on these
 // numbers.
 
 #include "machines/PolicyMapTestSm.h"
@@ -177,7 +177,7 @@ TEST(TestServicePolicySm, ItsHooksStandInTheirSlots) {
 
 TEST(TestServicePolicySm, ItsWritersFollowInTheirOrder) {
   using Sm = TestServicePolicySm;
-  // The base may get another writer before initializedIs, so the numbers themselves are free.
+  // The base may gain a writer before initializedIs, so only the order is fixed, not the numbers.
   std::vector<int> const slots{
       virtualSlotOf(&Sm::handleInitialized),   virtualSlotOf(&Sm::allowIpAclIs),
       virtualSlotOf(&Sm::allowIp6AclIs),       virtualSlotOf(&Sm::allowMacAclIs),

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// Rules and what they are made of, reached by name.
+
+// Rules and their parts, accessed by name.
 
 #include "acl/ValueChecks.h"
 

@@ -39,7 +39,7 @@ class ListWatch : public TestSupport::Watcher<typename List::NotifieeConst> {
   void onRule(std::uint32_t seq) override { this->heard("rule " + std::to_string(seq)); }
 };
 
-// One kind of list: the test below runs for each.
+// One kind of list. The tests below run for each kind.
 template <class ListType, class RuleType>
 struct Kind {
   using List = ListType;

@@ -36,8 +36,7 @@ TEST(RuleConfig, IsCompactAndHasNoMemoryOfItsOwn) {
   SUCCEED();
 }
 
-// One numeric attribute of a rule: its bounds, what stands in it first, and how it is written and
-// read.
+// One numeric attribute of a rule: its bounds, its default, and its accessors.
 template <class Rule>
 struct Attribute {
   std::string name;
@@ -247,7 +246,7 @@ TEST(RuleConfig, ABadTextFormNamesTheAttribute) {
   EXPECT_EQ(read("'colour': 1"), "IpRuleConfig has no such attribute: colour");
 }
 
-// Every single edit of a default rule.
+// Every rule that differs from the default in a single attribute.
 template <class Rule>
 std::vector<Rule> ipEdits(char const* address) {
   using Match = typename Rule::AddressMatch;

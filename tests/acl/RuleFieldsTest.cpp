@@ -15,7 +15,8 @@
 
 namespace {
 
-// What every field of a rule takes part in, be it written field by field.
+// Checks that a field takes part in everything a rule does, even where code lists the fields one by
+// one.
 template <class Rule, class Field>
 void checkField(Field const& field) {
   using Value = std::remove_cvref_t<decltype((Rule().*field.get)())>;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Checks that hold for every value type, and a record of an entity's attribute log.
+// Checks that hold for every value type, and a recorder of an entity's attribute log.
 
 #include <Kor/Entity.h>
 #include <Kor/Exception.h>
@@ -18,7 +18,7 @@
 
 namespace TestSupport {
 
-// The text of the RangeException that `work` throws, a note when it throws none.
+// The text of the RangeException that `work` throws; "no RangeException" if it throws none.
 template <class Work>
 std::string rangeError(Work&& work) {
   try {
@@ -44,8 +44,8 @@ void expectTextForm(T const& value, std::string const& text) {
   EXPECT_EQ(Kor::strepToValue<T>(Kor::String8(text)), value) << text;
 }
 
-// The values are in strictly ascending order; different ones have different hashes, which is no
-// promise in general but holds for the few that a test picks.
+// The values are in strictly ascending order and have different hashes. Different hashes are not
+// guaranteed in general; choose the values accordingly.
 template <class T>
 void expectAscending(std::vector<T> const& values) {
   for (std::size_t i = 0; i < values.size(); ++i) {
@@ -57,7 +57,7 @@ void expectAscending(std::vector<T> const& values) {
   }
 }
 
-// Writes the names of the attributes that an entity logs.
+// Records the names of the attributes that an entity logs.
 class LogRecorder : public Kor::AttributeLogReader {
  public:
   explicit LogRecorder(Kor::Entity const& entity) { notifierIs(&entity); }

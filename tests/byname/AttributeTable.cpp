@@ -12,7 +12,7 @@ using Kor::GenericValue;
 using Kind = AttributeSpec::Kind;
 using Values = std::vector<GenericValue>;
 
-// Types of values ---------------------------------------------------------------------------------
+// Domains
 
 Domain domain(Values right, Values wrong, GenericValue const& absent) {
   return {[right](World const& /*world*/) { return right; },
@@ -24,7 +24,7 @@ Domain const& boolean() {
       domain({true, false}, {0, 1, 1.0, "True", nullptr, GenericList::of()}, false);
   return it;
 }
-// The other way round: for what is true at first.
+// For attributes that are true by default.
 Domain const& trueAtFirst() {
   static Domain const it = domain({false, true}, {0, 1, "False", nullptr}, false);
   return it;
@@ -39,7 +39,7 @@ Domain const& real() {
   static Domain const it = domain({2.5, 3, 0.25}, {true, "2.5", nullptr, GenericList::of()}, 0.0);
   return it;
 }
-// Seconds that are not below the shortest wait.
+// Seconds that are not below the minimum wait.
 Domain const& longWait() {
   static Domain const it = [] {
     Domain wait = real();
@@ -53,7 +53,7 @@ Domain const& text() {
       domain({"table full", "", "'\"\\"}, {5, 0, true, 1.5, nullptr, GenericList::of()}, "");
   return it;
 }
-// As keys: several forms of one value.
+// For keys: several representations of one value.
 Domain const& numberKey() {
   static Domain const it = [] {
     Domain key = number();
@@ -84,7 +84,7 @@ Domain actionType(int kind) {
                 GenericValue());
 }
 
-// A value of a model type.
+// A value of a registered type.
 Domain model(std::function<GenericValue()> const& make,
              std::function<GenericValue()> const& absent) {
   return {[make](World const& /*world*/) {
@@ -131,7 +131,7 @@ Domain asyncResult() {
   };
   return it;
 }
-// Its text form is a plain text, so that text is good for it too.
+// Its text form is a plain text, so texts are accepted too.
 Domain intf() {
   Domain it = model([] { return World::intf(); }, [] { return GenericValue(); });
   it.right = [](World const& /*world*/) {
@@ -171,7 +171,7 @@ Domain constObject(std::string const& type) {
   return pointer(type, true);
 }
 
-// Lines of the table ------------------------------------------------------------------------------
+// Lines of the table
 
 using Initial = std::function<GenericValue(World const&)>;
 
@@ -248,7 +248,7 @@ std::vector<AttributeSpec> joined(std::vector<std::vector<AttributeSpec>> const&
   return all;
 }
 
-// The types ---------------------------------------------------------------------------------------
+// The types
 
 std::vector<AttributeSpec> ofAction(int kind) {
   return {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-//
+
 // The generic interface, rule by rule.
 
 #include "byname/AttributeTable.h"
@@ -36,7 +36,7 @@ constexpr std::uint32_t next = 3;
 constexpr std::uint32_t set = 128;
 constexpr std::uint32_t del = 129;
 
-// The raw operation.
+// The operation by identifier, without attribute names.
 GenericValue operation(GenericRef const& object, Kor::AttributeId id, std::uint32_t code,
                        GenericValue index = {}, GenericValue value = {}) {
   return object.adapter().attributeOp({id, code, std::move(index), std::move(value)});
@@ -107,7 +107,7 @@ GenericRef newRecord() {
   return construct("PolicyMapTest::AclPolicyData", World::policyType());
 }
 
-// Identifiers -------------------------------------------------------------------------------------
+// Identifiers
 
 struct Gap {
   char const* type;
@@ -192,7 +192,7 @@ TEST(GenericInterface, LeavesTheNumbersOfTheBaseToTheBase) {
   }
   EXPECT_EQ(operation(helper, 153, get, {}, GenericList::of(World::ruleKey())), "");
   EXPECT_EQ(operation(helper, 154, get), "");
-  // The base knows nothing of what the type adds.
+  // The base does not know the attributes that the type adds.
   expectUnsupported([&] { base.attributeOp({259, get, {}, {}}); }, "unknown", get);
   EXPECT_EQ(base.attributeString(259), "unknown");
 }
@@ -260,7 +260,7 @@ TEST(GenericInterface, ReachesTheHooksOfTheFrameworkByName) {
   machine.call("korDoZombieReactors", true);
   action["value"] = 8;
   EXPECT_EQ(classData["action1Value"], 7);
-  machine.call("handleAction");  // and on a zombie
+  machine.call("handleAction");  // also when marked for deletion
   EXPECT_EQ(classData["action1Value"], 8);
   machine.call("korDoZombieReactors", false);
   action["value"] = 9;
@@ -271,7 +271,7 @@ TEST(GenericInterface, ReachesTheHooksOfTheFrameworkByName) {
   expectUnknownArg([&] { machine.call("korDoZombieReactors", true, true); }, "korDoZombieReactors");
 }
 
-// Const ------------------------------------------------------------------------------------------
+// Const
 
 TEST(GenericInterface, WritesNoCounterThroughAConstAdapter) {
   GenericRef const record = newRecord();
@@ -311,7 +311,7 @@ TEST(GenericInterface, HandsConstDownToWhatAnObjectRefersTo) {
   GenericRef const classData = machine.asConst()["classCommonData"].get();
   EXPECT_TRUE(classData.isConst());
   expectConst([&] { classData["action1Value"] = 1; });
-  // The machine only watches its action, whoever asks.
+  // The machine's action is const, even through a non-const adapter.
   EXPECT_TRUE(machine["action"].get().isConst());
   expectConst([&] { machine["action"]["value"] = 1; });
 }
@@ -332,7 +332,7 @@ TEST(GenericInterface, GivesNewObjectsThatMayBeChangedWhoeverAsksForThem) {
   EXPECT_EQ(data["action1Value"], 3);
 }
 
-// Data -------------------------------------------------------------------------------------------
+// Data
 
 TEST(GenericInterface, TakesNumbersInTheRangeOfTheirTypeOnly) {
   GenericRef const helper = newHelper();
@@ -471,7 +471,7 @@ TEST(GenericInterface, RefusesToWriteIntoACopyThatWasRead) {
   EXPECT_EQ(record["ruleMatch"][World::ruleKey()]["dscp"], 12);
 }
 
-// Collections ------------------------------------------------------------------------------------
+// Collections
 
 TEST(GenericInterface, ReadsNoMatchWithoutAnIndex) {
   GenericRef const record = newRecord();
@@ -534,7 +534,7 @@ std::vector<GenericValue> keysOf(GenericRef const& owner, Kor::AttributeId id) {
   return keys;
 }
 
-// Where the collection of records has an identity: by the reversed hash, then by the key.
+// The place of an identity in the collection of records: by the reversed hash, then by the key.
 auto placeOf(GenericRef const& identity) {
   return std::tuple(Kor::bitReverse(identity["hash"].as<std::uint32_t>()),
                     identity["policyKey"]["first"].as<std::string>(),
@@ -548,7 +548,7 @@ GenericRef identity(std::string const& from, std::string const& to, int option) 
   return construct("PolicyMapTest::AclPolicyType", construct("PolicyMap::PolicyMapSmKey", from, to),
                    option);
 }
-// Many identities; in some the parts of the key are exchanged, which gives the same hash.
+// Many identities. Some have the parts of the key exchanged, which gives the same hash.
 std::vector<GenericRef> identities() {
   std::vector<GenericRef> all;
   for (int i = 0; i < 12; ++i) {
@@ -607,7 +607,7 @@ TEST(GenericInterface, WalksOnThoughMembersAreRemoved) {
   }
   auto const before = keysOf(record, 131);
   ASSERT_EQ(before.size(), 50U);
-  // The one that the walk stands on and the one behind it go.
+  // Removes the current member of the walk and the one after it.
   std::vector<GenericValue> walked;
   for (GenericValue key = operation(record, 131, first); key.present();
        key = operation(record, 131, next, key)) {
@@ -714,7 +714,7 @@ TEST(GenericInterface, KeepsAMemberThatSomebodyHoldsBeyondItsRemoval) {
   EXPECT_FALSE(helper["testData"][World::policyType()].create() == record);
 }
 
-// Functions --------------------------------------------------------------------------------------
+// Functions
 
 TEST(GenericInterface, ChecksACallsCodeIndexListAndArgumentsInThisOrder) {
   World const world;
@@ -827,7 +827,7 @@ TEST(GenericInterface, AnswersNoMachineForAKindThatTheLibraryDoesNotKnow) {
   EXPECT_THAT(lines, testing::Contains("PolicyMapTestSm 0 Unexpected action type 9"));
 }
 
-// Constructors -----------------------------------------------------------------------------------
+// Constructors
 
 TEST(GenericInterface, BuildsNoActionFromThreeArguments) {
   expectUnknownArg(
@@ -933,7 +933,7 @@ TEST(GenericInterface, KnowsNoTypeThatIsNotEntered) {
   EXPECT_THROW((void)construct("TestAction1", "x"), Kor::RangeException);
 }
 
-// What ends the process ---------------------------------------------------------------------------
+// Operations that end the process
 
 constexpr char const* nullUsed = "Kor/Ptr: assertion \"object_ != nullptr\" failed";
 

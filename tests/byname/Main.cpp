@@ -24,6 +24,6 @@ int main(int argc, char** argv) {
     return 1;
   }
   Kor::IntrospectionReactor::globalIs(nullptr);
-  testing::InitGoogleTest(&argc, argv);  // parameters are made from the library's types
+  testing::InitGoogleTest(&argc, argv);  // parameters come from the library's types
   return RUN_ALL_TESTS();
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// Every attribute of every type of the library, with every operation, index and value, good and
-// bad, through an adapter that may change the object and through one that may not: the answer or
-// the exception is the one that the rules demand, and after an exception nothing has changed.
+
+// Every attribute of every type of the library, with every operation, index and value, valid and
+// invalid, through a const and a non-const adapter. The result or the exception is the one that the
+// rules require, and after an exception nothing has changed.
 
 #include "byname/AttributeTable.h"
 
@@ -32,7 +32,8 @@ using testing::HasSubstr;
 constexpr std::array<std::uint32_t, 13> codes{0,   1,   2,   3,   4,   5,         127,
                                               128, 129, 130, 255, 256, 0xffffffff};
 
-// What an operation must do, or did: "answers", or the exception with its fields.
+// The expected or actual outcome of an operation: "answers" for a result, or the exception with its
+// fields.
 std::string typeError(std::string const& name) {
   return "type exception (, " + name + ")";
 }
@@ -49,7 +50,7 @@ std::string unknownArg(std::string const& name) {
 std::string const constInstance = "const exception (attempting to modify a const instance)";
 std::string const answers = "answers";
 
-// One index, and what it is to a collection.
+// An index, and its meaning to a collection.
 struct IndexCase {
   enum State { none, member, absent, wrong };
 
@@ -57,14 +58,14 @@ struct IndexCase {
   State state;
 };
 
-// One value, and what it is to the attribute: `answers`, or the exception that it must raise where
-// the operation takes a value.
+// A value, and the verdict of the attribute: `answers`, or the exception that an operation with
+// this value must throw.
 struct ValueCase {
   GenericValue value;
   std::string verdict;
 };
 
-// The rules.
+// The rules for the outcome of an operation.
 std::string expected(AttributeSpec const& attr, std::uint32_t code, IndexCase const& index,
                      ValueCase const& value, bool isConst) {
   if (code >= 128 && code <= 255 && isConst) {
@@ -102,7 +103,7 @@ std::string expected(AttributeSpec const& attr, std::uint32_t code, IndexCase co
   return {};
 }
 
-// Adds to the lists of arguments everything that can be wrong with them.
+// Adds invalid lists of arguments of every kind.
 void addArgumentCases(AttributeSpec const& attr, World const& world,
                       std::vector<ValueCase>& cases) {
   auto const list = [](std::vector<GenericValue> values) -> GenericValue {
@@ -121,7 +122,7 @@ void addArgumentCases(AttributeSpec const& attr, World const& world,
   }
   cases.push_back({list(right), answers});
   for (std::size_t i = 0; i < args.size(); ++i) {
-    // Too short.
+    // Too few arguments.
     std::vector<GenericValue> const some(right.begin(),
                                          right.begin() + static_cast<std::ptrdiff_t>(i));
     cases.push_back({list(some), i == 0 && callableBare ? answers : typeError(args[i].name)});
@@ -137,7 +138,7 @@ void addArgumentCases(AttributeSpec const& attr, World const& world,
     for (GenericValue const& wrong : args[i].domain.wrong(world)) {
       auto values = with(wrong);
       cases.push_back({list(values), typeError(args[i].name)});
-      // The first one that is wrong is named, and a surplus is not noticed before it.
+      // The first invalid argument is named, before any excess is noticed.
       for (std::size_t j = i + 1; j < args.size(); ++j) {
         values[j] = wrong;
       }
@@ -181,7 +182,7 @@ std::vector<ValueCase> valueCases(AttributeSpec const& attr, World const& world)
       cases.push_back({GenericList::of(wrong), typeError("key")});
       cases.push_back({GenericList::of(wrong, 5), typeError("key")});
     }
-    break;  // what depends on the index stands in its own tests
+    break;  // results that depend on the index have tests of their own
   }
   case Kind::function: addArgumentCases(attr, world, cases); break;
   }
@@ -207,7 +208,7 @@ std::vector<IndexCase> indexCases(AttributeSpec const& attr, World const& world)
   return cases;
 }
 
-// What happened, and the answer.
+// The outcome of an operation, and its result.
 struct Outcome {
   std::string what;
   GenericValue answer;
@@ -241,8 +242,8 @@ Outcome outcomeOf(Operation const& operation) {
   }
 }
 
-// A new object, with what makes the operations on the attribute legal; a collection has a member
-// at the first good key.
+// A new object that is prepared for legal operations on the attribute. A collection has a member at
+// the first accepted key.
 class Fixture {
  public:
   Fixture(std::string const& type, AttributeSpec const& attr) : world_(kindOf(type)), spec_(attr) {
@@ -269,12 +270,12 @@ class Fixture {
     return adapter(isConst).attributeOp(
         *record_, GenericIf::AttributeOp{spec_.id, code, std::move(index), std::move(value)});
   }
-  // By identifier alone.
+  // Accesses the attribute by its identifier alone.
   [[nodiscard]] GenericValue rawOperation(std::uint32_t code, GenericValue index,
                                           GenericValue value, bool isConst) const {
     return adapter(isConst).attributeOp({spec_.id, code, std::move(index), std::move(value)});
   }
-  // Everything that an operation could have changed.
+  // Everything that an operation could change.
   [[nodiscard]] std::string content() const {
     return contentOf(object_) + contentOf(world_["PolicyMap::ClassMapSmCommonData"]) +
            contentOf(world_["PolicyMap::PolicyMapSmCommonData"]);
@@ -288,8 +289,8 @@ class Fixture {
   GenericValue member_;
 };
 
-// Whether what was read is what was written; a pointer that was read is const when either the
-// pointer or the adapter is.
+// The value that is read is the value that was written. A pointer is const if it points to const or
+// the adapter is const.
 void expectRead(GenericValue const& read, GenericValue const& written, Domain const& domain,
                 bool isConst) {
   EXPECT_EQ(read, written);
@@ -377,7 +378,7 @@ void checkAnswer(AttributeSpec const& attr, Fixture const& fixture, std::uint32_
   }
 }
 
-// Whether an operation that answers leaves everything as it was.
+// True if a successful operation changes nothing.
 bool isQuery(AttributeSpec const& attr, std::uint32_t code) {
   return attr.kind != Kind::function && code < 128;
 }
@@ -420,7 +421,7 @@ TEST_P(OperationMatrix, EveryOperationAnswersOrRefusesAsItMust) {
   auto const found = spec();
   ASSERT_TRUE(found);
   AttributeSpec const& attr = *found;
-  // Every operation meets a new object, or one on which the ones before have changed nothing.
+  // Every operation runs on a new object, or on one that the operations before it left unchanged.
   std::optional<Fixture> fixture;
   std::string before;
   auto const run = [&](std::uint32_t code, IndexCase const& index, ValueCase const& value,
@@ -453,7 +454,7 @@ TEST_P(OperationMatrix, EveryOperationAnswersOrRefusesAsItMust) {
   World const world(kindOf(GetParam().type));
   auto const indexes = indexCases(attr, world);
   auto const values = valueCases(attr, world);
-  // Without a number of its own, an attribute is reached by its record alone.
+  // An attribute without a number of its own can be accessed only through its record.
   std::vector<bool> const ways = attr.id == 0 ? std::vector{false} : std::vector{false, true};
   for (std::uint32_t const code : codes) {
     for (IndexCase const& index : indexes) {
@@ -462,7 +463,7 @@ TEST_P(OperationMatrix, EveryOperationAnswersOrRefusesAsItMust) {
           for (bool const raw : ways) {
             run(code, index, value, isConst, raw);
             if (HasFailure()) {
-              return;  // one is enough
+              return;  // one failure is enough
             }
           }
         }
@@ -486,7 +487,7 @@ INSTANTIATE_TEST_SUITE_P(Of, OperationMatrix, testing::ValuesIn(allAttributes())
                            return which.param.type + "_" + which.param.attribute;
                          });
 
-// The by-name constructors take their arguments as functions do, but for the name in the exception.
+// By-name constructors take arguments as functions do. Only the name in the exception differs.
 class ConstructorMatrix : public testing::TestWithParam<std::string> {};
 
 TEST_P(ConstructorMatrix, EveryListOfArgumentsBuildsOrIsRefusedAsItMust) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What was registered while the library was being opened, call by call.
+// The registration calls that were made while the library was opened.
 
 #include <Kor/IntrospectionReactor.h>
 
@@ -13,19 +13,18 @@ struct RegistrationCall {
   enum Kind { nameSpace, type, attr, attrContextExit, scopeExit };
 
   Kind kind;
-  std::string name;  // of the namespace, qualified of the type, of the attribute
+  std::string name;  // of the namespace, type (qualified) or attribute
   Kor::KorType const* base = nullptr;
   Kor::KorAttr::PtrConst attrRecord;
-  std::string attrText;  // everything that the attribute's record said when it was announced
-  // What the record of the type around the call said then.
+  std::string attrText;  // the attribute's record as it was when announced
+  // The record of the enclosing type at that time.
   std::size_t typeSize = 0;
   std::size_t constructorArgs = 0;
   bool hasGenericIfSupport = false;
 };
 
-// `NAME ID FIRST/SECOND INTROSPECTION VALUETYPE`, then `[KEYTYPE]` of a collection, `key
-// OWNER.NAME` of a collection that creates its members from that attribute, and `(ARG: TYPE, ...)`
-// of a function.
+// `NAME ID FIRST/SECOND INTROSPECTION VALUETYPE`. For a collection also `[KEYTYPE]`; if it creates
+// its members from an attribute of theirs, `key OWNER.NAME`; for a function `(ARG: TYPE, ...)`.
 [[nodiscard]] std::string textOf(Kor::KorAttr const& attr);
 
 class Recording : public Kor::IntrospectionReactor {
@@ -45,7 +44,7 @@ class Recording : public Kor::IntrospectionReactor {
   Kor::KorType const* type_ = nullptr;
 };
 
-// Of the library and of all libraries that were loaded with it.
+// The calls of the library and of all libraries loaded with it.
 Recording& recording();
 // The types that the directory listed before the library was opened.
 std::vector<std::string> const& typesBefore();

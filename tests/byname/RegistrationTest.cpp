@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// The registered shape of the library's types: what tests and tools reach by name must stay exactly
-// as it stands here.
+
+// The registered shape of the library's types. Tests and tools access the types by these names, so
+// they must not change.
 
 #include "byname/Recording.h"
 
@@ -33,9 +33,10 @@ using testing::ElementsAreArray;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-// Every call of the registration. "= NAME ID" is an inherited attribute that is announced again;
-// the others are `NAME ID FLAGS/FLAGS INTROSPECTION TYPE`, with the key type in brackets, the
-// arguments in parentheses, and behind "key" the member's attribute from which members are created.
+// Every registration call. "= NAME ID" is an inherited attribute that is announced again. All
+// others are `NAME ID FLAGS/FLAGS INTROSPECTION TYPE`, with the key type in brackets and the
+// arguments in parentheses; "key" is followed by the member's attribute from which members are
+// created.
 constexpr std::string_view registration = R"(
 namespace PolicyMapTest
 type PolicyMapTest::TestAction1 : PolicyMap::Action
@@ -209,8 +210,8 @@ end
 end
 )";
 
-// What a type lists in the end: inherited names in the order of the base, those that were replaced
-// in place, then those that were deleted and defined again, and new ones.
+// The final list of each type: inherited names in the order of the base with replaced ones in
+// place, then those that were deleted and defined again, then new ones.
 constexpr std::string_view listings = R"(
 TestAction1: name 130, className 258, actionType 259, id 260, equalTo 261, value 386
 TestAction2: name 130, className 258, actionType 259, id 260, equalTo 261, value 386
@@ -262,7 +263,7 @@ TestServicePolicySm: policyConfig 130, classTypeConfig 131, statusRequestDir 132
     createPolicyMapSm 156, nonexistentIntf 258, hasNotificationActiveIs 0, korDoZombieReactors 0
 )";
 
-// The lines of a text; one that is indented by four blanks or more goes on with the line before.
+// The lines of a text. A line that is indented by four or more spaces continues the line before it.
 std::vector<std::string> linesOf(std::string_view text) {
   std::vector<std::string> lines;
   std::istringstream stream{std::string(text)};
@@ -291,7 +292,7 @@ std::vector<std::string> partsOf(std::string const& text) {
   return parts;
 }
 
-// The expected calls, one a line; an attribute's own exit is ".".
+// The expected calls, one per line. "." is the exit of an attribute.
 std::vector<std::string> expectedCalls() {
   std::vector<std::string> calls;
   for (std::string const& line : linesOf(registration)) {
@@ -310,7 +311,7 @@ std::vector<std::string> expectedCalls() {
   return calls;
 }
 
-// What was recorded from the library's namespace on.
+// The recorded calls, starting with the library's namespace.
 std::vector<RegistrationCall> recordedCalls() {
   auto const& all = recording().calls();
   auto const from = std::find_if(all.begin(), all.end(), [](RegistrationCall const& call) {
@@ -374,7 +375,7 @@ std::vector<std::string> shown(std::vector<Kor::ArgumentSpec> const& args) {
   return lines;
 }
 
-// The calls --------------------------------------------------------------------------------------
+// The calls
 
 TEST(Registration, MakesExactlyTheExpectedCalls) {
   EXPECT_THAT(shown(recordedCalls()), ElementsAreArray(expectedCalls()));
@@ -438,7 +439,7 @@ TEST(Registration, LeavesTheRecordsAsTheyWereAnnounced) {
   }
 }
 
-// Types ------------------------------------------------------------------------------------------
+// Types
 
 TEST(Registration, EntersTheFourteenTypesUnderTheirNamesInOrder) {
   std::vector<std::string> entered;
@@ -551,7 +552,7 @@ TEST(Registration, NamesOnlyArgumentTypesThatAreEntered) {
   }
 }
 
-// Attributes -------------------------------------------------------------------------------------
+// Attributes
 
 TEST(Registration, ListsEachTypesAttributesInTheirOrder) {
   auto const lines = linesOf(listings);
@@ -636,8 +637,8 @@ TEST(Registration, NamesIntrospectionFlagsOneBitEach) {
   EXPECT_EQ((Flags::hasInternalIndex_() | Flags::isIndependentDomainAttr_()).value(), 34U);
 }
 
-// Every attribute that a type declares first has the number that its level and place give; every
-// other one that of the base.
+// An attribute that a type declares first has the number given by its level and place. Every other
+// attribute has the number of the base.
 TEST(Registration, NumbersTheAttributesOfEveryTypeByLevelAndPlace) {
   std::size_t checked = 0;
   for (KorType const* const type : KorType::all()) {
@@ -678,7 +679,7 @@ TEST(Registration, AnswersTheNameOfEachNumberAndUnknownForEveryOther) {
   }
 }
 
-// The file and the loader ------------------------------------------------------------------------
+// File and loader
 
 // The content of a section of a 64-bit ELF file.
 std::vector<std::string> sectionsNamed(std::string const& path, std::string_view wanted) {
@@ -728,7 +729,7 @@ TEST(Registration, StaysWhenTheLibraryIsClosed) {
   void* const handle = dlopen(LIBRARY_TO_OPEN, RTLD_NOW | RTLD_NOLOAD);
   ASSERT_NE(handle, nullptr);
   dlclose(handle);
-  dlclose(handle);  // what the program itself opened
+  dlclose(handle);  // the reference of the program itself
   void* const still = dlopen(LIBRARY_TO_OPEN, RTLD_NOW | RTLD_NOLOAD);
   EXPECT_NE(still, nullptr);
   EXPECT_EQ(Kor::construct("PolicyMapTest::AclHelper", true, false)["commitError"], "");

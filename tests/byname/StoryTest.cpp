@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// From configuration to recorded rules and published statuses, by name from the first line to the
-// last: no class header of the library or of the core is included.
+
+// From configuration to recorded rules and published statuses, by name throughout: no class header
+// of the library or of the core is included.
 
 #include "byname/World.h"
 
@@ -28,8 +28,8 @@ GenericRef ruleTo(std::uint32_t low, std::uint32_t high) {
   return rule;
 }
 
-// Policy-map "edge" with class "browsing", which matches access list "web" and has the actions 1
-// and 2, attached at Ethernet1 and Ethernet2; and everything around it.
+// Policy-map "edge" with class "browsing", attached at Ethernet1 and Ethernet2, and its whole
+// environment. The class matches access list "web" and has actions 1 and 2.
 class Story : public testing::Test {
  protected:
   Story() {
@@ -64,7 +64,7 @@ class Story : public testing::Test {
     settle();
   }
   static void settle() { Kor::EventLoop::global().runUntilIdle(); }
-  // Long enough for every retry.
+  // Waits long enough for every retry.
   static void wait() { Kor::EventLoop::global().runFor(200); }
   void trigger() const {
     helper["asyncTrigger"] = helper["asyncTrigger"].as<std::uint32_t>() + 1;
@@ -81,7 +81,7 @@ class Story : public testing::Test {
   [[nodiscard]] std::string error() const {
     return policyStatus() ? policyStatus()["error"].as<std::string>() : "no status";
   }
-  // Operation and text of what is wrong with IPv4.
+  // The operation and text of the IPv4 failure.
   [[nodiscard]] std::string failure() const {
     GenericRef const now = policyStatus()["failure"]["ipv4"].get();
     return now["operation"].as<std::string>() + ": " + now["error"].as<std::string>();
@@ -97,7 +97,7 @@ class Story : public testing::Test {
         << of["created"] << ", dirty " << of["dirty"];
     return out.str();
   }
-  // What is programmed, whichever way it came about.
+  // What is programmed, independent of history.
   [[nodiscard]] std::string programmedContent() const {
     std::ostringstream out;
     for (auto const& [policyType, of] : helper["testData"]) {
@@ -236,7 +236,7 @@ TEST_F(Story, AnInterfaceThatDoesNotExistLeavesAndComesBack) {
   EXPECT_FALSE(programmed());
 
   machine["nonexistentIntf"]["Ethernet1"].del();
-  machine["nonexistentIntf"]["Ethernet2"] = false;  // listed, and there
+  machine["nonexistentIntf"]["Ethernet2"] = false;  // listed, but existing
   settle();
   EXPECT_EQ(record()["intf"].size(), 2U);
   EXPECT_EQ(record()["created"], true);
@@ -268,13 +268,13 @@ TEST_F(Story, APolicyMapThatTurnsUpLaterIsProgrammedThen) {
   EXPECT_EQ(record()["ruleMatch"].size(), 2U);
 }
 
-// Faults ------------------------------------------------------------------------------------------
+// Faults
 
-// A fault that the first programming meets.
+// A fault during the first programming.
 struct Fault {
   char const* attribute;
   char const* operation;
-  // The record while it lasts.
+  // The state of the record while the fault lasts.
   bool dirty;
 };
 
@@ -304,7 +304,7 @@ TEST_P(Faults, AreReportedAndLeaveNothingBehindOnceTheyAreCleared) {
   EXPECT_EQ(record()["created"], false);
   EXPECT_EQ(record()["ruleMatch"].size() + record()["intf"].size(), 0U);
   EXPECT_EQ(programmedContent(), "");
-  wait();  // every retry meets it
+  wait();  // every retry fails as well
   EXPECT_EQ(error(), text);
   EXPECT_EQ(programmedContent(), "");
 
@@ -333,7 +333,7 @@ TEST_F(Story, AnInterfaceThatCannotBeRemovedHealsWithTheNextCreation) {
   EXPECT_EQ(error(), "stuck");
   EXPECT_EQ(failure(), "removeIntfFromPolicy: stuck");
   EXPECT_EQ(record()["created"], false);
-  wait();  // the retry does not meet the fault again
+  wait();  // the retry succeeds
   EXPECT_TRUE(programmed());
   EXPECT_EQ(error(), "");
   EXPECT_EQ(record()["intf"].size(), 1U);
@@ -379,7 +379,6 @@ TEST_F(Story, AnActionThatCannotBeUpdatedIsProgrammedAnew) {
 }
 
 // Asynchronous results
-// ------------------------------------------------------------------------------
 
 TEST_F(Story, EachInterfaceAndTheCommitWaitForTheirTrigger) {
   helper["asyncOperations"] = true;
@@ -395,7 +394,7 @@ TEST_F(Story, EachInterfaceAndTheCommitWaitForTheirTrigger) {
   trigger();
   EXPECT_TRUE(programmed());
   EXPECT_EQ(error(), "");
-  trigger();  // a result that nobody waits for
+  trigger();  // the result is ignored: no wait is active
   EXPECT_TRUE(programmed());
   EXPECT_EQ(counts(), "create 1, commit 1, update 0/0, created True, dirty False");
 }
@@ -441,8 +440,7 @@ TEST_F(Story, AResultThatNeverComesTimesOut) {
   EXPECT_EQ(error(), "");
 }
 
-// What else is read
-// ---------------------------------------------------------------------------------
+// Other attributes
 
 TEST_F(Story, HitCountsAreReadWhereTheyAreRequested) {
   start();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// Text forms, printed and read back without a class header.
+
+// Text forms, printed and read back without any class header.
 
 #include "byname/AttributeTable.h"
 #include "byname/World.h"
@@ -52,7 +52,7 @@ std::vector<std::string> objectTypes() {
   return types;
 }
 
-// Objects ----------------------------------------------------------------------------------------
+// Objects
 
 class ObjectText : public testing::TestWithParam<std::string> {
  protected:
@@ -137,7 +137,7 @@ TEST(TextForms, OfAnObjectAreGoodWhereAnObjectIsWanted) {
   EXPECT_EQ(machine["aclHelper"], helper);
 }
 
-// Identities -------------------------------------------------------------------------------------
+// Identities
 
 constexpr std::string_view edgeIpv6 =
     "Value('PolicyMapTest::AclPolicyType', ** {'policyKey': "
@@ -214,7 +214,7 @@ TEST(TextForms, OfAnIdentityNameTheColumnOfAMissingToken) {
             "attribute 'option': 2147483648 out of range at column 52");
 }
 
-// The other values -------------------------------------------------------------------------------
+// The other values
 
 TEST(TextForms, OfWhatRecordsHoldReadBackAsEqualValues) {
   for (GenericRef const& value :

@@ -7,7 +7,7 @@ using Kor::construct;
 using Kor::GenericRef;
 
 World::World(int kind) : kind_(kind) {
-  // Those that others are built from come first.
+  // Types that others are constructed from come first.
   for (char const* const type : {"Acl::Config",
                                  "Acl::AclDiff",
                                  "PolicyMap::ClassMapSubConfig",

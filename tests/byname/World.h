@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Objects and values for the tests to work with, all of them built by name.
+// Objects and values for the tests, all constructed by name.
 
 #include <Kor/ByName.h>
 
@@ -12,19 +12,19 @@
 // One object of each type that arguments and attributes refer to, and values of each type.
 class World {
  public:
-  // The kind of the actions, 1 to 3.
+  // `kind` is the kind of the actions, 1 to 3.
   explicit World(int kind = 1);
 
-  // The object of that type; of an abstract type, one of a derived type.
+  // The object of a type; for an abstract type, an object of a derived type.
   [[nodiscard]] Kor::GenericRef const& operator[](std::string_view type) const;
-  // Another one, built alike.
+  // Another object, constructed in the same way.
   [[nodiscard]] Kor::GenericRef another(std::string_view type) const;
-  // A new object of one of the library's fourteen types, built from what is here.
+  // A new object of one of the library's fourteen types, constructed from the objects here.
   [[nodiscard]] Kor::GenericRef subject(std::string_view shortName) const;
 
   [[nodiscard]] int kind() const { return kind_; }
 
-  // An action of the library with that number.
+  // A test action of this kind and value.
   [[nodiscard]] static Kor::GenericRef action(int kind, std::uint32_t value = 0);
   [[nodiscard]] static Kor::GenericRef policyKey(std::string_view policyMap = "edge");
   [[nodiscard]] static Kor::GenericRef ruleKey(std::uint32_t seqno = 10, int option = 1);
@@ -38,5 +38,5 @@ class World {
   std::map<std::string, Kor::GenericRef, std::less<>> objects_;
 };
 
-// The content of all attributes of an object, and of the members that it owns, as text.
+// The content of all attributes of an object and of its owned members, as text.
 [[nodiscard]] std::string contentOf(Kor::GenericRef const& object);

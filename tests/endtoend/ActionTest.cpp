@@ -77,7 +77,7 @@ TEST_F(ActionsInPlace, AnEqualActionInPlaceOfThePresentOneProgramsNothing) {
   actions->actionIs(PolicyMap::ActionType{1}, equal);
   scenario.settle();
   EXPECT_EQ(counts(scenario.record()), "create 1, commit 1, update 0/0, created, clean");
-  // It is the one that is watched now.
+  // The machine now watches the new action.
   equal->valueIs(8);
   scenario.settle();
   EXPECT_THAT(programmed(), ElementsAre(8, 0, 0));

@@ -24,7 +24,7 @@ using TestSupport::Scenario;
 constexpr auto ipv4 = ClassMapMatchOption::ipv4;
 constexpr char const* done = "create 1, commit 1, update 0/0, created, clean";
 
-// A simple policy on a helper that answers later.
+// A simple policy on a helper whose results arrive later.
 class Async : public testing::Test {
  protected:
   Async() {
@@ -35,7 +35,7 @@ class Async : public testing::Test {
     scenario.start();
     scenario.settle();
   }
-  // Until the policy stands: one result for the interface, one for the commit.
+  // Programs the policy: one result for the interface, one for the commit.
   void program() {
     start();
     scenario.trigger();
@@ -47,7 +47,7 @@ class Async : public testing::Test {
     auto const status = scenario.policyStatus(policy);
     return status ? status->error().stdString() : "no status";
   }
-  // Policy-map "second" with class "d" on list "other", at Ethernet2.
+  // Configures policy-map "second" with class "d" on list "other", at Ethernet2.
   void secondPolicy() {
     scenario.rule("other", 5);
     scenario.classMatches("d", "other");
@@ -120,7 +120,7 @@ TEST_F(Async, AnUpdateInPlaceWaitsForItsCommitAlone) {
   EXPECT_EQ(counts(scenario.record()), "create 1, commit 3, update 2/2, created, clean");
 }
 
-// Which operation fails, and after how many good results.
+// The operation that fails, and the number of successful results before it.
 struct LateError {
   char const* name;
   void (AclHelper::*errorIs)(Kor::String8);
@@ -204,7 +204,7 @@ TEST_F(Async, ThousandInterfacesInOnePassDoNotNest) {
   EXPECT_EQ(counts(scenario.record()), done);
 }
 
-// Delivers `extra` further results inside every asynchronous operation.
+// Delivers `extra` additional results inside every asynchronous operation.
 class Impatient : public AclHelper::NotifieeConst {
  public:
   Impatient(AclHelper* helper, int extra) : NotifieeConst(helper), helper_(helper), extra_(extra) {}
@@ -274,7 +274,7 @@ TEST_F(Async, NoResultWithinTheTimeOutIsAFailure) {
   EXPECT_FALSE(scenario.record()->created());
   EXPECT_EQ(error(), "no result within 30 seconds");
   EXPECT_EQ(scenario.policyStatus()->failure(ipv4).operation(), "addIntfToPolicy");
-  // Tried again a second later, on an operation that gets its result.
+  // It is retried after one second. This time the result arrives.
   scenario.advance(1);
   scenario.trigger();
   scenario.trigger();
@@ -483,7 +483,7 @@ TEST_F(Async, AHelperTakenAwayWhileItIsWaitedForIsLeftClean) {
   EXPECT_THAT(normalForm(*scenario.helper), IsEmpty());
   EXPECT_EQ(counts(scenario.record()), "create 1, commit 0, update 0/0, not created, dirty");
   EXPECT_FALSE(scenario.record(ipv4, "input", "second"));
-  // Neither its result nor its time-out means anything now.
+  // Its result and its time-out have no effect now.
   scenario.trigger();
   scenario.advance(100);
   EXPECT_EQ(counts(scenario.record()), "create 1, commit 0, update 0/0, not created, dirty");
@@ -510,8 +510,8 @@ TEST_F(Async, AnotherHelperWhileTheFirstIsWaitedForGetsEverything) {
   EXPECT_EQ(error(), "");
 }
 
-// Does something the first time that the helper announces a record or a pending text: inside the
-// operation.
+// Runs one function at the first notification of a record, and one at that of a pending text. Both
+// come from inside an operation.
 class Meddler : public AclHelper::NotifieeConst {
  public:
   Meddler(AclHelper* helper, std::function<void()> atRecord, std::function<void()> atText)

@@ -28,7 +28,7 @@ class Change : public testing::Test {
     scenario.start();
     scenario.settle();
   }
-  // The rules in the order in which they are given to the helper from here on.
+  // The rules added by the calls that follow, in order.
   std::vector<std::string> ruleOrder() {
     TestSupport::TraceRecorder trace("PolicyMapTestSm", 8);
     scenario.settle();

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// Observers of the class common data and of the statuses that end the machines, or put back what is
-// being taken down, while it is taken down.
+
+// Observers of the class common data and of the statuses that, during a teardown, destroy the
+// machines or restore what is being removed.
+
 #include "machines/TestClassCommonData.h"
 #include "support/Scenario.h"
 
@@ -20,7 +21,7 @@ using PolicyMapTest::TestClassCommonData;
 using TestSupport::Scenario;
 using Deed = std::function<void()>;
 
-// Does something once, when an action value becomes 0, as it does when its machine is cleaned up.
+// Runs a function once, when an action value becomes 0, as when its machine is cleaned up.
 class ValueHook : public TestClassCommonData::NotifieeConst {
  public:
   ValueHook(TestClassCommonData const* data, Deed deed)
@@ -35,7 +36,7 @@ class ValueHook : public TestClassCommonData::NotifieeConst {
   Deed deed_;
 };
 
-// Does something once, when the status of a class has gone.
+// Runs a function once, after the status of a class was removed.
 class ClassGoneHook : public PolicyMap::PolicyMapStatus::NotifieeConst {
  public:
   ClassGoneHook(PolicyMap::PolicyMapStatus const* status, Deed deed)
@@ -244,7 +245,7 @@ TEST_F(ComeBack, APolicyThatIsAttachedAgainWhenItsStatusComesIsBuiltOnce) {
   EXPECT_TRUE(scenario.record()->intf(TestSupport::intf("Ethernet2")));
 }
 
-// Ends of life. Under the sanitizers these fail where memory is used after its end.
+// Object lifetimes. Under the sanitizers these tests fail on any use after free.
 
 TEST_F(ComeBack, TheTreeMayEndWhenAClassStatusGoes) {
   whenGone([&] { scenario.machine = nullptr; });

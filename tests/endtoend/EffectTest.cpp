@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Which edits of a programmed policy are programmed: those after which another rule stands under a
-// key, or the keys stand in another order. Whatever else is edited, the helper is not asked.
+// The edits of a programmed policy that are programmed: those after which a key has another rule,
+// or the keys are in another order. No other edit causes calls of the helper.
 
 #include "support/NormalForm.h"
 #include "support/Scenario.h"
@@ -24,7 +24,7 @@ using TestSupport::normalForm;
 using TestSupport::Scenario;
 using TestSupport::tcp;
 
-// Something that is done in one turn of the loop.
+// A change that is made in one turn of the loop.
 struct Edit {
   std::string name;
   std::function<void(Scenario&)> act;
@@ -47,7 +47,7 @@ void ownRule(Scenario& s, std::uint32_t place, std::int64_t port) {
   s.classMap("c")->matchIs(place, ClassMapMatch::rule(toPort(port)));
 }
 
-// Class c: lists "acl" and "more", then two rules of its own. Behind it class d.
+// Class c: lists "acl" and "more", then two rules of its own. It is followed by class d.
 void configure(Scenario& s) {
   s.simplePolicy();
   s.rule("acl", 20, toPort(80));
@@ -200,7 +200,7 @@ std::vector<Edit> editsWithEffect() {
 
 class EditOf : public testing::TestWithParam<Edit> {
  protected:
-  // What stands when the policy was programmed, and edited five seconds later.
+  // Programs the policy and edits it five seconds later.
   EditOf() {
     configure(scenario);
     scenario.start();
@@ -208,7 +208,7 @@ class EditOf : public testing::TestWithParam<Edit> {
     GetParam().act(scenario);
     scenario.settle();
   }
-  // A policy that was edited before there was a machine.
+  // The result for a policy that was edited before the machine existed.
   [[nodiscard]] static TestSupport::NormalForm programmedAnew() {
     Scenario fresh;
     configure(fresh);

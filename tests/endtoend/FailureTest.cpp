@@ -53,11 +53,11 @@ std::string report(Scenario const& scenario, char const* policy = "pm") {
   return out.str();
 }
 
-// A failure is told to whoever watches: operation, text, class and rule; and it heals by itself.
+// A failure is reported with operation, text, class and rule, and recovers without intervention.
 struct Fault {
   char const* name;
   void (AclHelper::*errorIs)(Kor::String8);
-  bool standing;  // when it happens
+  bool standing;  // whether the policy is programmed before it happens
   std::function<void(Scenario&)> happens;
   char const* reported;
   TestSupport::ScenarioSettings settings = {};
@@ -67,7 +67,7 @@ struct Fault {
 
 class Faults : public testing::TestWithParam<Fault> {
  protected:
-  // With this fault or without: what stands in the end.
+  // The same configuration for the run with the fault and for the run without it.
   static void configure(Scenario& scenario, Fault const& fault) {
     scenario.simplePolicy();
     scenario.rule("acl", 20, tcp(Acl::PortMatch::range(5004, 5008)));
@@ -99,7 +99,7 @@ TEST_P(Faults, AreReportedAndHealByThemselves) {
   happen(scenario, fault);
   EXPECT_EQ(report(scenario), fault.reported);
   EXPECT_THAT(normalForm(*scenario.helper), IsEmpty());
-  // The text goes to the policy, and to the class where it names one.
+  // The text is published in the policy, and in the class if the report names one.
   EXPECT_EQ(scenario.policyStatus()->error(), "table full");
   bool const ofClass = std::string(fault.reported).find(" at c:") != std::string::npos;
   EXPECT_EQ(scenario.policyStatus()->classMapStatus("c")->error(), ofClass ? "table full" : "");
@@ -199,7 +199,7 @@ TEST(FailedUpdate, OfOneOptionLeavesTheOthersUpdatedInPlace) {
   helper->failureIs(TestSupport::Fault::updateActionError, 1, false);
   scenario.actionIs("pm", "c", 1, 9);
   scenario.settle();
-  // The rule behind the failed one is not updated any more, but created anew.
+  // The rules after the failed one are not updated; the policy is created again.
   EXPECT_EQ(helper->calls(TestSupport::Fault::updateActionError), 2U);
   EXPECT_EQ(counts(scenario.record()), "create 2, commit 2, update 1/1, created, clean");
   EXPECT_EQ(counts(scenario.record(ClassMapMatchOption::ipv6)),
@@ -270,7 +270,7 @@ TEST(FailedDeletion, OfARollBackLeavesTheFirstTextInTheStatus) {
   EXPECT_THAT(trace.lines(), ElementsAre("PolicyMap|1|second failure of a pass: second"));
 }
 
-// Retries: how often the policy was tried.
+// Retries of a policy whose creation fails.
 class Retries : public testing::Test {
  protected:
   Retries() {

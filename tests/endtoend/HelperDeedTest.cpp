@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// What an operation of a helper may do: throw at any place, turn the event loop, change the
-// helper's capabilities. The records never get out of step with what the core believes.
+
+// What an operation of a helper may do: throw anywhere, turn the event loop, change the helper's
+// capabilities. The records always agree with the state that the core keeps.
+
 #include "support/DoingHelper.h"
 #include "support/NormalForm.h"
 #include "support/Scenario.h"
@@ -35,7 +36,7 @@ class HelperDeed : public testing::Test {
   Scenario scenario;
 };
 
-// Throwing.
+// Exceptions
 
 TEST_F(HelperDeed, ACreationThatThrowsInsideAReCreationHeals) {
   helper->doInside("createPolicy", fail);
@@ -67,7 +68,7 @@ TEST_F(HelperDeed, ADeletionThatThrowsInATeardownIsTriedAgain) {
   EXPECT_TRUE(scenario.record()->created());
   ASSERT_TRUE(scenario.policyStatus());
   EXPECT_EQ(scenario.policyStatus()->error(), "exception: lost the card");
-  // The interface was removed, and the rules are still there.
+  // The interface was removed; the rules are still programmed.
   EXPECT_TRUE(scenario.policyStatus()->programmed(ClassMapMatchOption::ipv4));
   EXPECT_TRUE(scenario.policyStatus()->intfs(ClassMapMatchOption::ipv4).empty());
   EXPECT_TRUE(scenario.policyStatus()->classMapStatus("c")->programmed());
@@ -171,11 +172,11 @@ TEST_F(HelperDeed, AnInitialisationThatThrowsStopsNothing) {
   EXPECT_THAT(other->calls(), Contains("commitPolicy"));
 }
 
-// Turning the event loop.
+// Turning the event loop
 
 class Turning : public HelperDeed, public testing::WithParamInterface<char const*> {
  protected:
-  // Rules, interfaces and actions change; together with detach() all operations are called.
+  // Changes rules, interfaces and actions. Together with detach(), all operations are called.
   void change() {
     scenario.rule("acl", 20);
     scenario.attach("pm", "Ethernet2");
@@ -235,7 +236,7 @@ TEST_P(Turning, TheLoopWhileTheHelperIsReplacedIsHarmless) {
   EXPECT_TRUE(other->testData(key)->created());
   EXPECT_EQ(other->testData(key)->createCount(), 1U);
   EXPECT_EQ(other->testData(key)->ruleMatchs(), 2U);
-  // And back.
+  // The same in the opposite direction.
   scenario.machine->aclHelperIs(helper);
   scenario.settle();
   EXPECT_TRUE(scenario.record()->created());
@@ -256,7 +257,7 @@ TEST_P(Turning, AHelperThatIsTakenAwayThereIsLeft) {
   }
 }
 
-// Capabilities.
+// Capabilities
 
 TEST_F(HelperDeed, WhatIsNoLongerPossibleIsRefusedAtOnceAndTriedWhenItIs) {
   Acl::IpRuleConfig deny;
@@ -305,7 +306,7 @@ TEST_F(HelperDeed, AFlagThatMakesNoDifferenceProgramsNothing) {
   EXPECT_THAT(helper->calls(), testing::IsEmpty());
 }
 
-// Inactive machines.
+// Inactive machines
 
 TEST_F(HelperDeed, AHelperGivenToAnInactiveMachineIsNotProgrammed) {
   auto const other = Kor::make<DoingHelper>(true, false);

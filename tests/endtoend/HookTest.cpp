@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// What happens when a helper operation or a hook of the statuses changes things in the midst of
-// what the core is doing.
+
+// A helper operation or a status hook changes things while the core is programming.
+
 #include "support/DoingHelper.h"
 #include "support/Scenario.h"
 
@@ -47,7 +47,7 @@ class StatusHook : public PolicyMap::PolicyMapTypeStatus::Notifiee {
   void onPolicyMapStatus(PolicyMap::PolicyMapSmKey const& /*key*/) override { once(deed); }
 };
 
-// What a hook may do to the core under it.
+// A change that a hook makes inside the core.
 struct Disturbance {
   char const* name;
   std::function<void(Scenario&)> happens;
@@ -115,7 +115,7 @@ TEST_P(Hook, DisturbsWhenACountIsPublished) {
 TEST_P(Hook, DisturbsWhenARefusalIsPublished) {
   auto const hook = Kor::make<PolicyHook>(scenario.policyStatus().get());
   hook->deed = disturb();
-  // Of an option that never stood, so that nothing is to be done.
+  // The option was never programmed, so nothing is to be removed.
   Acl::Ip6RuleConfig deny;
   deny.permitIs(false);
   scenario.rule("acl6", 1, deny);
@@ -151,7 +151,7 @@ TEST_P(Hook, DisturbsWhenTheStatusOfANewPolicyAppears) {
   scenario.attach("pm", "Ethernet1", "output");
   expectSettled();
   EXPECT_FALSE(scenario.record(ClassMapMatchOption::ipv4, "output"));
-  // The end of a machine leaves its statuses as they are.
+  // Destroying a machine leaves its statuses unchanged.
   EXPECT_EQ(bool(scenario.policyStatus("pm", "output")), !scenario.machine);
 }
 
@@ -199,7 +199,7 @@ TEST_F(Programming, AnOptionThatIsUpdatedOnlyByAChangeInsideTheUpdateIsCommitted
   scenario.start();
   scenario.settle();
   scenario.actionIs("pm", "c", 1, 2);
-  scenario.rule("acl6", 20, TestSupport::tcp6());  // created anew, and so with the value 2
+  scenario.rule("acl6", 20, TestSupport::tcp6());  // created again, with the value 2
   helper->doInside("beginUpdateActions", [&] { scenario.actionIs("pm", "c", 1, 3); });
   scenario.settle();
   auto const record = scenario.record(ClassMapMatchOption::ipv6);
@@ -239,7 +239,7 @@ TEST_F(Programming, WhatAnotherMachineHasProgrammedOverIsNotUpdatedButCreatedAne
   scenario.settle();
   EXPECT_EQ(scenario.record()->ruleMatchs(), 2U);
   EXPECT_EQ(scenario.record()->ruleAction1(Scenario::ruleKey("c", "acl", 30)), 2U);
-  // It is the first one's now, so the second takes nothing down.
+  // The first machine owns the policy now, so the second removes nothing.
   other.detach("Ethernet1");
   other.settle();
   EXPECT_TRUE(scenario.record()->created());

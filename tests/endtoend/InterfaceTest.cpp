@@ -201,9 +201,9 @@ TEST(PortChannels, AreProgrammedThemselvesWhereTheHelperDoesNotExpandThem) {
   EXPECT_THAT(bound(scenario), ElementsAre(intf("PortChannel7")));
 }
 
-// Which interfaces carry policies under which flag: one layer-2 port, one with an IPv4 address, one
-// with an IPv6 address, one routed without an address, one for management, one VLAN without
-// addresses.
+// The interfaces that carry policies under each combination of flags: a layer-2 port, one with an
+// IPv4 address, one with an IPv6 address, one routed without an address, a management port, and a
+// VLAN without addresses.
 struct Gate {
   bool layer2;
   bool layer3;
@@ -239,7 +239,7 @@ TEST_P(IntfGating, LetsOnlyAllowedKindsCarryPolicies) {
   EXPECT_EQ(bound(scenario), expected);
 }
 
-// An interface without an IPv4 address carries IPv4 rules on layer 2 alone.
+// An interface without an IPv4 address carries IPv4 rules only on layer 2.
 INSTANTIATE_TEST_SUITE_P(
     EveryFlag, IntfGating,
     testing::Values(
@@ -255,7 +255,7 @@ TEST(IntfStatus, AnAddressDecidesWhichOptionsAnInterfaceCarries) {
   scenario.simplePolicyOfAllOptions();
   scenario.start();
   scenario.settle();
-  // Without any address it is a layer-2 port, which carries everything.
+  // Without an address it is a layer-2 port, which carries all options.
   for (auto const option : {ipv4, ipv6, mac, mpls}) {
     EXPECT_THAT(bound(scenario, option), ElementsAre(intf("Ethernet1"))) << option;
   }

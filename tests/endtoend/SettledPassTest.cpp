@@ -13,13 +13,13 @@ namespace {
 using TestSupport::counts;
 using TestSupport::Scenario;
 
-// What one pass leaves in the counters and flags of its record. The policy has two rules and two
-// interfaces; a case that starts with a standing policy finds "create 1, commit 1".
+// The counters and flags of the record after one pass. The policy has two rules and two interfaces.
+// A case with `standing` starts from a programmed policy: "create 1, commit 1".
 struct Case {
   char const* name;
   bool standing;
   std::function<void(Scenario&)> happens;
-  char const* settled;  // with the clock standing still, so that nothing is tried again by itself
+  char const* settled;  // the clock does not advance, so nothing is retried
   TestSupport::ScenarioSettings settings = {};
 
   friend void PrintTo(Case const& one, std::ostream* out) { *out << one.name; }
@@ -81,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
              "create 1, commit 1, update 0/0, not created, clean"}),
     [](auto const& one) { return std::string(one.param.name); });
 
-// The second rule has a port range, so that a range checker can fail it where the first succeeds.
+// The second rule has a port range, so a range checker can fail it after the first succeeded.
 void failSecondRule(Scenario& scenario) {
   scenario.rule("acl", 20, TestSupport::tcp(Acl::PortMatch::range(5004, 5008)));
   scenario.helper->rangeCheckerErrorIs("no range checker left");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Asynchronous answers of the helper.
+// Asynchronous results of the helper.
 
 #include "helper/HelperFixture.h"
 
@@ -20,7 +20,7 @@ using PolicyMapTest::AclHelper;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Writes down what is delivered through its own override.
+// Records what is delivered through its own override.
 class DeliveringHelper : public AclHelper {
  public:
   using AclHelper::AclHelper;

@@ -35,14 +35,14 @@ class AclHelperPolicy : public HelperFixture {
     }
     return names;
   }
-  // One interface in each of the four sets.
+  // Lists one interface for each of the four options.
   void listInterfaces() {
     policy->intf4Is(e1, true);
     policy->intf6Is(e2, true);
     policy->intfMacIs(e3, true);
     policy->intfMplsIs(e4, true);
   }
-  // Something in every part of the record.
+  // Puts something into every part of the record.
   void fill(AclPolicyData& data) {
     data.ruleMatchIs(rule(Option::ipv4, 1), ip);
     data.ruleMatch6Is(rule(Option::ipv6, 2), ip6);
@@ -189,7 +189,7 @@ TEST_F(AclHelperPolicy, LeftoversAreLookedForInTheirOrderAndAfterTheRecording) {
   auto const create = [&] { helper->createPolicy(policy, Option::ipv4); };
   auto const data = helper->newTestData(type(Option::ipv4));
   std::uint32_t count = 0;
-  // From the last on: each one that is added is found before those that were there.
+  // In reverse order: each leftover is found before those that are already present.
   for (auto leftover = leftovers().rbegin(); leftover != leftovers().rend(); ++leftover) {
     leftover->leave(*data);
     EXPECT_EQ(assertionOf(create), std::string("PolicyMapTestSm: ") + leftover->assertion);
@@ -434,7 +434,7 @@ TEST_F(AclHelperPolicy, RemovingAnInterfaceWithoutARecordCreatesNone) {
   EXPECT_EQ(helper->testDatas(), 0U);
 }
 
-// answers
+// results
 
 TEST_F(AclHelperPolicy, TextsArePassedOnByteForByte) {
   Kor::String8 const text(std::string_view("%s\0\n\xff", 5));

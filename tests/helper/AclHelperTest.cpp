@@ -68,7 +68,7 @@ TEST(AclHelper, StartsWithoutTextsAndRecords) {
   EXPECT_EQ(helper->testDatas(), 0U);
 }
 
-// Whose hooks are the class's own passes every change by: the next notifiee is reached.
+// Hooks that are not overridden ignore every change, and the next notifiee is still notified.
 template <class Notifiee>
 void expectHooksOfItsOwnPassBy() {
   auto const helper = aclHelperFactory(true, false);
@@ -124,11 +124,11 @@ TEST(AclHelper, InitialisingTheHardwareChangesNothing) {
   EXPECT_TRUE(helper->updateActionSupported());
 }
 
-// registry of records
+// collection of records
 
 class AclHelperRecords : public testing::Test {
  protected:
-  // The helper announces the records that it still has when it ends.
+  // The helper notifies of its remaining records when it is destroyed.
   void TearDown() override { watcher->notifierIs(nullptr); }
 
   Journal journal;

@@ -17,7 +17,7 @@ using testing::ElementsAre;
 using TestSupport::ForwardingHelper;
 using TestSupport::HelperCall;
 
-// Lists the calls, and carries them out.
+// Lists the calls and carries them out.
 template <class Base>
 class Listing final : public ForwardingHelper<Base> {
  public:
@@ -33,7 +33,7 @@ class Listing final : public ForwardingHelper<Base> {
 
 class Forwarding : public HelperFixture {
  protected:
-  // One call of each operation, in an order that the recording helper accepts.
+  // Calls each operation once, in an order that the recording helper accepts.
   std::vector<Kor::String> callAll(PolicyMap::PolicyMapAclHelper& on) {
     Option const option = Option::ipv4;
     auto const key = rule(option, 1);
@@ -80,7 +80,7 @@ TEST_F(Forwarding, WithoutAHelperBelowEachOperationSucceeds) {
   EXPECT_EQ(listing->getCountForRule(rule(Option::ipv4, 1), policy, classData), 0U);
 }
 
-// Keeps the last call instead of carrying it out, and returns a result of its own.
+// Stores the last call instead of carrying it out, and returns a result of its own.
 class Keeping final : public ForwardingHelper<PolicyMapTest::AclHelper> {
  public:
   using ForwardingHelper::ForwardingHelper;

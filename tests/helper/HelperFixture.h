@@ -11,7 +11,7 @@
 
 #include <cstdint>
 
-// Hears every hook of a helper.
+// Records every notification of a helper.
 template <class Notifiee>
 class HelperWatcher : public TestSupport::Watcher<Notifiee> {
  public:
@@ -33,8 +33,8 @@ class HelperWatcher : public TestSupport::Watcher<Notifiee> {
   void onRangeCheckerError() override { this->heard("rangeCheckerError"); }
 };
 
-// A helper, one policy "pm" in direction "input", and one class "web" with an IPv4 rule in place 1,
-// an IPv6 rule in place 2 and a MAC rule in place 3, whose actions hold 11, 12 and 13.
+// A helper, one policy "pm" in direction "input", and one class "web" with an IPv4 rule at place 1,
+// an IPv6 rule at place 2 and a MAC rule at place 3. The values of its actions are 11, 12 and 13.
 class HelperFixture : public testing::Test {
  public:
   using Option = PolicyMap::ClassMapMatchOption;
@@ -67,7 +67,7 @@ class HelperFixture : public testing::Test {
     classData->action3ValueIs(13);
   }
 
-  // A watcher of the helper, until the test ends.
+  // Watches the helper until the test ends.
   HelperWatcher<PolicyMapTest::AclHelper::NotifieeConst>& watched() {
     watcher_ = Kor::make<HelperWatcher<PolicyMapTest::AclHelper::NotifieeConst>>(journal, "w",
                                                                                  helper.get());

@@ -10,7 +10,7 @@
 
 namespace {
 
-// What `text` reads as, printed again; "bad" when it is refused.
+// The address that `text` reads as, printed again; "bad" if it is rejected.
 template <std::size_t size>
 std::string reread(std::string const& text) {
   std::array<std::uint8_t, size> bytes{};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What the statuses of both IP versions do. A version is a struct with its types and texts:
+// Tests of the statuses of both IP versions. A version is a struct with its types and texts:
 //
 //   INSTANTIATE_TYPED_TEST_SUITE_P(Ip, StatusOf, Version);
 
@@ -36,7 +36,7 @@ class StatusOf : public testing::Test {
   static std::string type(char const* name) { return std::string(Version::space) + "::" + name; }
 
   typename Version::Address const first{Version::first};
-  typename Version::Address const next{Version::next};  // behind it
+  typename Version::Address const next{Version::next};  // the address after it
 };
 
 TYPED_TEST_SUITE_P(StatusOf);

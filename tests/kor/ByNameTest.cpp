@@ -96,7 +96,7 @@ TEST(ByName, MembersAreSetFoundWalkedAndTakenOut) {
   std::vector<int> copies;
   for (auto const& [key, count] : object["book"]) {
     copies.push_back(count.as<int>());
-    object["book"][key].del();  // the walk goes on behind it
+    object["book"][key].del();  // the walk continues after it
   }
   EXPECT_THAT(copies, UnorderedElementsAre(10, 20));
   EXPECT_FALSE(object["book"].contains(a));
@@ -122,7 +122,7 @@ TEST(ByName, AFunctionIsCalledInThreeWays) {
   object["above"] = object;
   object["above"].call("clear");
   EXPECT_EQ(cpp->journal.back(), "clear");
-  object["above"] = nullptr;  // or it would hold itself for ever
+  object["above"] = nullptr;  // otherwise it would hold itself for ever
 }
 
 TEST(ByName, AKeptNameServesObjectsOfEveryType) {

@@ -32,7 +32,7 @@ class Drawer : public Kor::PtrInterface,
   String8 label_;
 };
 
-// A shelf of counted books (values) and drawers (owned objects), which tells what it announces.
+// A shelf of counted books (values) and drawers (owned objects) that records its notifications.
 class Shelf : public Kor::PtrInterface {
  public:
   std::vector<std::string> announced;
@@ -73,7 +73,7 @@ constexpr bool canDelete = requires(Iterator it) {
   it.del();
 };
 
-// ---- values ------------------------------------------------------------------------------------
+// values
 
 TEST(ValueCollection, AnAbsentKeyReadsAsTheDefault) {
   auto const shelf = Kor::make<Shelf>();
@@ -267,8 +267,8 @@ TEST(ValueCollection, WhatAHookInsertsAheadOfRemovingAllGoesTooAndWhatIsBehindSt
   shelf->hook = [&](String8 const& key) {
     if (key == order[5].c_str() && !inserted) {
       inserted = true;
-      shelf->newBook(order[2], 0);   // behind the walk
-      shelf->newBook(order[10], 1);  // ahead of it: replaces one that goes anyway
+      shelf->newBook(order[2], 0);   // already passed
+      shelf->newBook(order[10], 1);  // not yet passed: replaces one that is to be removed
     }
   };
   shelf->bookDelAll();
@@ -340,7 +340,7 @@ TEST(ValueCollection, AHookMayEndTheOwnerInTheMiddleOfRemovingAll) {
   EXPECT_EQ(calls, 3);
 }
 
-// ---- owned objects -----------------------------------------------------------------------------
+// owned objects
 
 TEST(OwnedCollection, WritingFindsOrCreatesAndAnnouncesOnlyTheCreation) {
   auto const shelf = Kor::make<Shelf>();
@@ -440,7 +440,7 @@ TEST(OwnedCollection, TheKorIteratorAnswersMembersAndRemoves) {
 
 class Registry;
 
-// A member that asks for its owner.
+// A member that is given its owner.
 class Guest : public Kor::PtrInterface, public Kor::HashMapLink<Guest> {
  public:
   explicit Guest(int number) : number_(number) {}

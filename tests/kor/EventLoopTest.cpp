@@ -22,7 +22,7 @@ class Task : public Kor::Activity {
 
  protected:
   void run() override {
-    auto const work = work_;  // it may destroy this task
+    auto const work = work_;  // the call may destroy this task
     work();
   }
 
@@ -34,7 +34,7 @@ class VirtualLoop : public testing::Test {
  protected:
   VirtualLoop() { loop_.virtualTimeIs(true); }
 
-  // A task that notes its name and the time.
+  // A task that records its name and the time.
   std::unique_ptr<Task> noting(std::string name) {
     return std::make_unique<Task>(loop_, [this, name = std::move(name)] { note(name); });
   }

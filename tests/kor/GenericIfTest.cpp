@@ -39,7 +39,7 @@ GenericValue isbn(std::uint32_t group, char const* title) {
   return Kor::Generic<Isbn>::value(Isbn(group, title));
 }
 
-// What `work` raises, as "EXCEPTION FIELD...", each word of which what() is checked to contain.
+// The exception that `work` throws, as "EXCEPTION FIELD...". Checks that what() contains each word.
 template <class Work>
 std::string raised(Work&& work) {
   auto const checked = [](Kor::Exception const& error, std::vector<std::string> const& words) {
@@ -82,7 +82,7 @@ class GenericInterface : public testing::Test {
   GenericValue write(Kor::AttributeId id, GenericValue const& value) const {
     return self.attributeOp({id, Code::set, {}, value});
   }
-  // What writing that raises; the attribute is then as it was.
+  // The exception that writing the value throws. Checks that the attribute is unchanged.
   std::string refused(Kor::AttributeId id, GenericValue const& value) const {
     GenericValue const before = read(id);
     std::string error = raised([&] { write(id, value); });

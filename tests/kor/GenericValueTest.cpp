@@ -46,7 +46,7 @@ std::vector<GenericValue> everyKind() {
           GenericValue(Kor::make<Drawer>(Kor::Name("d")), false)};
 }
 
-// [[[…]]], with a number beside each inner list, and the innermost `last`.
+// [[[…]]], with a number beside each inner list; the innermost value is `last`.
 GenericValue nested(std::size_t depth, int last) {
   GenericValue value = GenericList::of(last);
   for (std::size_t i = 1; i < depth; ++i) {
@@ -161,7 +161,7 @@ TEST(GenericValue, CountsWhatItRefersTo) {
     EXPECT_EQ(drawer->references(), 3U);
     GenericValue moved = std::move(copy);
     EXPECT_EQ(drawer->references(), 3U);
-    EXPECT_FALSE(copy.present());  // NOLINT(bugprone-use-after-move): no value is left behind
+    EXPECT_FALSE(copy.present());  // NOLINT(bugprone-use-after-move): moving leaves no value
     value = 5;
     EXPECT_EQ(drawer->references(), 2U);
     GenericValue& same = moved;

@@ -21,7 +21,7 @@
 
 namespace {
 
-// ---- keys of several hashes --------------------------------------------------------------------
+// keys of several hashes
 
 struct Spread {
   static std::uint32_t hash(std::uint32_t id) { return Kor::hashNumber(id); }
@@ -92,10 +92,10 @@ void insert(Map<Hash>& map, std::uint32_t id) {
   map.insert(Kor::make<Member<Hash>>(id));
 }
 
-// ---- against a model ---------------------------------------------------------------------------
+// against a model
 
-// What a map of keys does, spelt with a sorted standard map. A cursor of the model is the place it
-// stands at; it moves to what is behind that place, whatever happened meanwhile.
+// The reference: a map of keys as a sorted standard map. A cursor of the model is its place in the
+// order. It moves to the first member after that place, whatever has changed since.
 template <class Hash>
 class MapAndModel {
  public:
@@ -119,7 +119,8 @@ class MapAndModel {
     map_->clear();
     model_.clear();
   }
-  // So many that the map grows several times, and all of them out again, so that it shrinks.
+  // Inserts so many members that the map grows several times. They are all removed later, so that
+  // it shrinks.
   void insertMany() {
     for (std::uint32_t id = 1000; id < 1100; ++id) {
       insert(id);
@@ -187,7 +188,7 @@ class MapAndModel {
     for (auto& position : positions_) {
       position.reset();
     }
-    // A cursor of a map that is gone stays at its end, also when another map takes its place.
+    // A cursor of a destroyed map stays at its end, even if another map takes its address.
     cursors_.clear();
     positions_.clear();
   }
@@ -281,7 +282,7 @@ RC_GTEST_PROP(HashMap, BehavesLikeASortedMapWithTheSmallestAndLargestHash, ()) {
   behavesLikeTheModel<Extremes>();
 }
 
-// ---- one behaviour each ------------------------------------------------------------------------
+// one behaviour each
 
 template <class Hash>
 class HashMapOf : public testing::Test {
@@ -400,7 +401,7 @@ TYPED_TEST(HashMapOf, ShrinkingDisturbsNoWalk) {
   for (Cursor<TypeParam> cursor(this->map_); cursor.member(); cursor.advance()) {
     seen.push_back(cursor.member()->id());
     if (seen.size() == 10) {
-      // All but every hundredth go, the one under the cursor and its neighbours included.
+      // Removes all but every hundredth, including the one under the cursor and its neighbours.
       for (std::size_t at = 0; at < order.size(); ++at) {
         if (at % 100 != 0) {
           this->map_.remove(Key<TypeParam>{order[at]});
@@ -473,7 +474,7 @@ TEST(HashMap, TakingOutTheFirstUntilThereIsNoneLooksAtEachBucketOnce) {
   while (map.members() != 0) {
     std::uint32_t const from = map.firstBucket();
     Kor::Ptr<Member<Spread>> const first = share(map.first());
-    // Where the member is, by the definition of the order.
+    // The bucket of the member, by the definition of the order.
     auto const bucket = static_cast<std::uint32_t>(
         std::uint64_t{Kor::bitReverse(first->fwkKey().hash())} * map.bucketCount() >> 32U);
     ASSERT_LE(from, bucket);
@@ -481,7 +482,7 @@ TEST(HashMap, TakingOutTheFirstUntilThereIsNoneLooksAtEachBucketOnce) {
     map.remove(first.get());
     ++members;
     if (map.bucketCount() < wide) {
-      looked += wide;  // shrinking looks at all of them
+      looked += wide;  // shrinking visits all of them
       wide = map.bucketCount();
     }
   }
@@ -604,7 +605,7 @@ TEST(HashMap, AMemberThatHoldsACursorOfItsOwnMapMayBeTheLastToDie) {
     auto const held = map->remove(Key<Spread>{1});
     held->atEnd = [&inner] { inner.reset(); };
   }
-  // The cursors alone hold the member now; whichever lets go last destroys the other one.
+  // Only the cursors hold the member now. The one that releases it last destroys the other.
   inner = std::make_unique<Cursor<Spread>>(*map);
   map.reset();
   EXPECT_EQ(inner, nullptr);

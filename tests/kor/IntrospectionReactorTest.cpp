@@ -73,10 +73,10 @@ TEST(IntrospectionReactor, HearsOfEveryStepInNestedBrackets) {
   EXPECT_EQ(Kor::IntrospectionReactor::globalIs(before), &recorder);
   EXPECT_THAT(recorder.heard,
               ElementsAre("namespace Post",
-                          "type Post::Parcel Kor::Entity 0 0",  // the rest is set behind this
+                          "type Post::Parcel Kor::Entity 0 0",  // the rest is set after this call
                           "attr name 130 0 2", "attr exit",     // inherited
                           "attr weight 258 0 2", "attr exit",   //
-                          "attr send 259 1 8", "attr exit",     // with its arguments
+                          "attr send 259 1 8", "attr exit",     // including its arguments
                           "attr open 260 0 8", "attr exit",     //
                           "exit", "exit"));
   EXPECT_EQ(Parcel::_fwkType()->size(), sizeof(Parcel));

@@ -72,7 +72,7 @@ TEST(AttributeFlags, AreTwoWordsPassedThrough) {
   EXPECT_NE(flags, AttrFlags(0x9a20143));
 }
 
-// Entering and taking out
+// Adding and removing
 
 TEST(Attributes, AreListedInTheOrderInWhichTheyWereRegistered) {
   KorType type("Ns::T", nullptr);
@@ -192,7 +192,7 @@ TEST(Attributes, DefinedAsDataOrCollectionOfValuesAreEnteredAtOnce) {
   EXPECT_EQ(data->introspectionFlags(), Introspection(2));
 }
 
-// A record that no table has filled
+// A record without a table
 
 TEST(KorAttr, ThatNothingAnswersForRefusesEveryOperation) {
   class Bare : public Kor::PtrInterface {

@@ -74,8 +74,8 @@ TEST(MemoryPool, ASlabServesManyRequests) {
   for (int i = 0; i < 1000; ++i) {
     blocks.push_back(MemoryPool::allocate(size));
   }
-  auto const slabs = TestSupport::heapAllocations() - before - 1;  // but for the vector
-  // 64 KiB hold 132 blocks of 496 bytes; one slab may be there already.
+  auto const slabs = TestSupport::heapAllocations() - before - 1;  // without the vector's own
+  // 64 KiB hold 132 blocks of 496 bytes. One slab may already exist.
   EXPECT_GE(slabs, 7U);
   EXPECT_LE(slabs, 8U);
   EXPECT_EQ(std::set<void*>(blocks.begin(), blocks.end()).size(), blocks.size());
@@ -86,7 +86,7 @@ TEST(MemoryPool, ASlabServesManyRequests) {
 
 TEST(MemoryPool, PassesThroughInASanitizedLibraryAlone) {
 #ifdef __SANITIZE_ADDRESS__
-  constexpr bool sanitized = true;  // the tests are compiled as the library is
+  constexpr bool sanitized = true;  // the tests are compiled like the library
 #else
   constexpr bool sanitized = false;
 #endif

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// What registration makes of a table.
+
+// What registration derives from a table.
 
 #include "kor/Shelf.h"
 

@@ -19,7 +19,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::Journal;
 
-// A watched class with one attribute, and a class below it with one more.
+// A watched class with one attribute, and a derived class with one more.
 class Lamp : public Kor::Entity, public TestSupport::Instances<Lamp> {
  public:
   static constexpr Kor::AttributeId brightnessId = 258;
@@ -120,7 +120,7 @@ class Notification : public testing::Test {
   Kor::Ptr<Lamp> lamp_ = Kor::make<Lamp>();
 };
 
-// ---- registration ------------------------------------------------------------------------------
+// registration
 
 TEST_F(Notification, WithoutNotifieesAWriteOnlyStores) {
   EXPECT_FALSE(TestSupport::allocates([&] { lamp_->brightnessIs(5); }));
@@ -194,7 +194,7 @@ TEST_F(Notification, AWriteThatChangesNothingIsSilent) {
   EXPECT_THAT(journal_, IsEmpty());
 }
 
-// ---- lifetimes ---------------------------------------------------------------------------------
+// lifetimes
 
 TEST_F(Notification, ARegisteredNotifieeLivesThoughNobodyHoldsIt) {
   watcher("a");
@@ -262,7 +262,7 @@ TEST_F(Notification, ANotifieeThatDiesWithTheSubjectMayTakeOthersOutOfItsList) {
   EXPECT_EQ(LampWatcher::alive(), 0);
 }
 
-// ---- walks -------------------------------------------------------------------------------------
+// walks
 
 TEST_F(Notification, ANewcomerIsCalledFromTheNextWalkOn) {
   auto const a = watcher("a");
@@ -402,7 +402,7 @@ TEST_F(Notification, AHookDuringDestructionMayTakeAndDropAPointer) {
   EXPECT_EQ(Lamp::alive(), 1) << "only the fixture's own lamp";
 }
 
-// ---- kinds -------------------------------------------------------------------------------------
+// kinds
 
 TEST_F(Notification, OnlyNotifieesOfTheAttributesOwnClassAreCalled) {
   auto const lamp = Kor::make<ColourLamp>();
@@ -422,7 +422,7 @@ TEST_F(Notification, ANotifieeThatModifiesCounts) {
   EXPECT_THAT(journal_, ElementsAre("a: brightness 1"));
 }
 
-// ---- exceptions --------------------------------------------------------------------------------
+// exceptions
 
 TEST_F(Notification, AnExceptionGoesOnceToTheNotifieesOwnHandler) {
   auto const a = watcher("a");
@@ -494,7 +494,7 @@ TEST_F(Notification, TheDefaultHandlerSwallows) {
   EXPECT_NO_THROW(lamp_->brightnessIs(1));
 }
 
-// ---- the attribute log -------------------------------------------------------------------------
+// the attribute log
 
 class LogReader : public TestSupport::Watcher<Kor::AttributeLogReader> {
  public:
@@ -581,7 +581,7 @@ TEST_F(Notification, AnEntityThatDiesLeavesItsLogReaderWithNone) {
   EXPECT_FALSE(reader->registered());
 }
 
-// ---- watching something that is no entity ------------------------------------------------------
+// watching something that is no entity
 
 class Meter : public Kor::PtrInterface, public Kor::NotifieeList {
  public:

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Does what it is told while it is being destroyed.
+// Calls a function during its destruction.
 class Mortal : public Kor::PtrInterface, public TestSupport::Instances<Mortal> {
  public:
   explicit Mortal(std::function<void(Mortal&)> lastWords = nullptr)

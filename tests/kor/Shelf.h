@@ -3,13 +3,13 @@
 
 // A shelf with every kind of attribute, registered by name, for the tests of the generic interface:
 //
-//   Library::Shelf      entity: data of every sort, collections, functions, factory, hook
-//   Library::TallShelf  derives from it: overrides a function, adds data
+//   Library::Shelf      entity: data of each kind, collections, functions, factory, hook
+//   Library::TallShelf  derived from it: overrides a function, adds data
 //   Library::Drawer     object, owned by a shelf under its key
-//   Library::Isbn       value with two fields, built from both and read only then
-//   Library::Stamp      value that is changed field by field, checked
+//   Library::Isbn       value with two fields, immutable once constructed
+//   Library::Stamp      value whose fields are set one by one and checked
 //   Library::Place      value that prints as a plain text
-//   Library::Genre      open enumeration; Library::Size narrow one
+//   Library::Genre      open enumeration; Library::Size is a narrow one
 
 #include <Kor/Collection.h>
 #include <Kor/Entity.h>
@@ -38,7 +38,7 @@ class Isbn {
   static constexpr std::string_view korTypeName = "Library::Isbn";
 
   Isbn() = default;
-  // Raises RangeException "Isbn::group > 99 not allowed".
+  // Throws RangeException "Isbn::group > 99 not allowed".
   Isbn(std::uint32_t group, Kor::String8 title);
 
   [[nodiscard]] std::uint32_t group() const { return group_; }
@@ -67,7 +67,7 @@ class Stamp {
   static constexpr std::string_view korTypeName = "Library::Stamp";
 
   [[nodiscard]] std::uint8_t day() const { return day_; }
-  // Raises RangeException "Stamp::day > 31 not allowed".
+  // Throws RangeException "Stamp::day > 31 not allowed".
   void dayIs(std::uint8_t day);
 
   friend bool operator==(Stamp const&, Stamp const&) = default;
@@ -80,11 +80,11 @@ class Stamp {
   std::uint8_t day_ = 0;
 };
 
-// One letter, or none.
+// A single letter, or empty.
 class Place {
  public:
   Place() = default;
-  // Raises RangeException "Place: not a letter".
+  // Throws RangeException "Place: not a letter".
   explicit Place(Kor::String8 const& letter);
 
   [[nodiscard]] Kor::String8 letter() const;
@@ -125,7 +125,7 @@ class Shelf : public Kor::Entity {
   [[nodiscard]] Kor::KorType const* fwkType() const override { return _fwkType(); }
   [[nodiscard]] static Kor::KorType* _fwkType();
 
-  // What happened, for the tests to look at.
+  // The calls so far, for the tests to examine.
   std::vector<std::string> journal;
 
   [[nodiscard]] bool open() const { return open_; }
@@ -197,7 +197,7 @@ class TallShelf : public Shelf {
   std::uint32_t height_ = 2;
 };
 
-// Identifiers of a shelf, as they come out.
+// The identifiers of a shelf's attributes.
 enum ShelfId : Kor::AttributeId {
   openId = 258,
   widthId,

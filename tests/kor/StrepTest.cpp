@@ -21,7 +21,7 @@ using Kor::strepToValue;
 using Kor::String8;
 using Kor::valueToStrep;
 
-// The text of the RangeException that reading `text` as a T raises; "no error" when it reads.
+// The text of the RangeException that reading `text` as a T throws; "no error" if it throws none.
 template <class T>
 std::string errorOf(String8 const& text) {
   try {
@@ -36,7 +36,7 @@ std::string readText(std::string_view literal) {
   return strepToValue<String8>(literal).stdString();
 }
 
-// ---- texts -------------------------------------------------------------------------------------
+// texts
 
 TEST(TextStrep, PrintsASingleQuotedPythonLiteral) {
   EXPECT_EQ(valueToStrep(String8("Ethernet3/1")), "'Ethernet3/1'");
@@ -203,7 +203,7 @@ TEST(TextStrep, ABrokenEscapeIsRefusedWithItsColumn) {
   EXPECT_EQ(errorOf<String8>(R"('\N')"), "bad escape at column 1");
 }
 
-// ---- numbers -----------------------------------------------------------------------------------
+// numbers
 
 template <class Number>
 class IntegerStrep : public testing::Test {};
@@ -221,7 +221,7 @@ TYPED_TEST(IntegerStrep, TheWholeRangeReadsBack) {
 
 TYPED_TEST(IntegerStrep, OneBeyondTheRangeIsRefused) {
   using Limits = std::numeric_limits<TypeParam>;
-  // The decimal text of max + 1, and of min - 1: no last digit of a limit is 9.
+  // The decimal texts of max + 1 and min - 1. No limit ends in 9.
   std::string above = std::to_string(Limits::max());
   ++above.back();
   EXPECT_EQ(errorOf<TypeParam>(above), above + " out of range at column 0");
@@ -336,7 +336,7 @@ TEST(DoubleStrep, WhatIsNoNumberIsRefused) {
   EXPECT_EQ(errorOf<double>(" 1e999"), "1e999 out of range at column 1");
 }
 
-// ---- enumerations ------------------------------------------------------------------------------
+// enumerations
 
 constexpr std::array<std::string_view, 3> signalNames{"red", "yellow", "green"};
 constexpr Kor::EnumNames signalEnum{"Signal", signalNames.data(), signalNames.size()};
@@ -383,7 +383,7 @@ TEST(EnumStrep, RefusesWhatItDoesNotKnow) {
   EXPECT_EQ(errorOf<Signal>("'red"), "unterminated string at column 0");
 }
 
-// ---- values with attributes --------------------------------------------------------------------
+// values with attributes
 
 class Point {
  public:

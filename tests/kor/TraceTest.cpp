@@ -22,7 +22,7 @@ using TestSupport::TraceRecorder;
 Kor::TraceHandle const engine("TraceTestEngine");
 Kor::TraceHandle const brake("TraceTestBrake");
 
-// Counts how often it is written to a stream.
+// Counts how often it is printed.
 struct Formatted {
   int* times;
   friend std::ostream& operator<<(std::ostream& out, Formatted const& value) {
@@ -131,7 +131,7 @@ TEST(TraceRecorder, PutsSinkAndLevelBack) {
   EXPECT_THAT(outer.lines(), ElementsAre("TraceTestEngine|0|outer"));
 }
 
-// The environment is read when a process starts, so these run in one that is started for them.
+// The environment is read at process start, so these tests run in processes of their own.
 class TraceEnvironmentDeathTest : public testing::Test {
  protected:
   TraceEnvironmentDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
@@ -140,13 +140,13 @@ class TraceEnvironmentDeathTest : public testing::Test {
     GTEST_FLAG_SET(death_test_style, style_);
   }
 
-  // The levels of engine and brake in a process that is started with this setting.
+  // Checks the levels of engine and brake in a process that is started with this setting.
   static void expectLevels(char const* setting, std::string const& levels) {
     setenv("KOR_TRACE", setting, 1);
     EXPECT_EXIT(reportLevels(), testing::ExitedWithCode(0), testing::StrEq(levels))
         << "KOR_TRACE=" << setting;
   }
-  // The same setting, of which `faulty` is told and has no effect.
+  // The same for a setting whose part `faulty` is reported and ignored.
   static void expectRefused(char const* setting, std::string const& faulty,
                             std::string const& levels) {
     expectLevels(setting,

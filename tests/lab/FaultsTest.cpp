@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Faults, asynchronous results and time, by the program's options.
+
+// Faults, asynchronous results and time, set by the program's options.
+
 #include "lab/Faults.h"
 
 #include "lab/Sessions.h"
@@ -20,7 +22,7 @@ class FaultsTest : public InputFiles {
  protected:
   std::string simple() const { return file("simple.cfg", simplePolicy); }
 
-  // The only status of a run with these options on the simple policy.
+  // The only status after a run with these options on the simple policy.
   nlohmann::json statusOf(std::vector<std::string> options) const {
     options.insert(options.begin(), {"run", "--json", simple()});
     nlohmann::json const printed = nlohmann::json::parse(runLab(options).out);

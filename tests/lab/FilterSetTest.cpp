@@ -23,7 +23,7 @@ std::string setError(std::string text) {
   return errorFrom([&] { return readSet(std::move(text)); });
 }
 
-/// A line with the last four columns given.
+// A line with the given last four columns.
 std::string withTail(std::string const& tail) {
   return "@1.2.3.4/32 1.2.3.4/32 " + tail;
 }
@@ -132,7 +132,7 @@ TEST(FilterSet, EveryTruncationOfALineIsRefusedOrWhole) {
   std::string const whole = line.substr(0, line.find_last_not_of("\t\n") + 1);
   for (std::size_t size = 1; size < whole.size(); ++size) {
     std::string const error = setError(whole.substr(0, size));
-    // Cut inside of the last number the line is shorter but whole.
+    // A cut inside the last number leaves a shorter but complete line.
     bool const stillWhole = size > whole.rfind('x') + 1;
     EXPECT_EQ(error == "no error", stillWhole) << whole.substr(0, size);
   }

@@ -8,7 +8,7 @@
 namespace lab {
 namespace {
 
-/// "COLUMN: expected X, found Y" of the failure that `take` raises.
+// "COLUMN: expected X, found Y" of the failure that `take` throws.
 template <typename Take>
 std::string failureOf(Take take) {
   try {

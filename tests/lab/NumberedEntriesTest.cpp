@@ -10,7 +10,7 @@
 namespace lab::test {
 namespace {
 
-/// Few different hashes, so that unequal values share one.
+// Has only two hashes, so that unequal values collide.
 struct CoarseHash {
   std::uint32_t operator()(std::string const& text) const {
     return static_cast<std::uint32_t>(text.size() % 2);

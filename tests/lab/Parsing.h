@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the tests of the readers share: text in, statements or the text of an error out.
 #pragma once
+
+// Shared by the tests of the readers: from text to statements, or to the text of an error.
 
 #include "lab/FilterSet.h"
 #include "lab/PolicyTextParser.h"
@@ -22,14 +23,14 @@ inline std::vector<Statement> statements(std::string text) {
   return readText(std::move(text)).statements;
 }
 
-/// The body of the last statement of a text.
+// The body of the last statement in a text.
 template <typename Body>
 Body last(std::string text) {
   auto const all = statements(std::move(text));
   return std::get<Body>(all.at(all.size() - 1).body);
 }
 
-/// what() of the InputError that `read` raises; "no error" when it raises none.
+// what() of the InputError that `read` throws; "no error" if it throws none.
 template <typename Read>
 std::string errorFrom(Read read) {
   try {
@@ -44,13 +45,13 @@ inline std::string errorOf(std::string text, Reading reading = Reading::strict) 
   return errorFrom([&] { return readText(std::move(text), reading); });
 }
 
-/// The folder of real inputs; empty when the environment does not name one.
+// The folder of real inputs; empty if the environment does not name one.
 inline std::string corpusFolder() {
   char const* const folder = std::getenv("POLICYMAPTEST_CORPUS");
   return folder == nullptr ? std::string() : std::string(folder);
 }
 
-/// An address of a rule as it is kept.
+// An address as a rule stores it.
 inline Address addressOf(Family family, std::string_view value, std::string_view mask) {
   Address address;
   EXPECT_TRUE(parseAddress(family, value, address.value)) << value;

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Real configurations, read leniently: what is understood of them, and what is passed over.
+
+// Real configurations, read leniently: what is understood and what is skipped.
+
 #include "lab/Parsing.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// docs/policy-text.md against the reader: its examples are read and its names are looked up.
+
+// Checks docs/policy-text.md against the reader: its examples are read and its names looked up.
+
 #include "lab/Parsing.h"
 #include "lab/PortNames.h"
 
@@ -15,12 +17,12 @@ namespace lab::test {
 namespace {
 
 struct Block {
-  /// Line of the document where the block's first line stands.
+  // The line of the document on which the block begins.
   std::size_t line = 0;
   std::vector<std::string> lines;
 };
 
-/// The fenced blocks of the document that are marked with `mark`.
+// The fenced blocks of the document with this mark.
 std::vector<Block> blocksOf(std::string const& mark) {
   SourceText const document =
       SourceText::fromFile(std::string(POLICYMAPTEST_SOURCE_DIR) + "/docs/policy-text.md");
@@ -76,7 +78,7 @@ TEST(PolicyTextDocument, EveryExampleLineIsReadStrictlyAndSaysSomething) {
   EXPECT_GE(lines, 150U);
 }
 
-/// Calls `check(name, value)` for each "name=value" in the blocks of this mark.
+// Calls `check(name, value)` for each "name=value" in the blocks with this mark.
 void forEachName(std::string const& mark,
                  std::function<void(std::string const&, std::string const&)> const& check) {
   std::size_t names = 0;

@@ -590,7 +590,7 @@ TEST(PolicyTextParser, LenientReadingTakesAnyType) {
   EXPECT_EQ(text.statements.size(), 5U);
 }
 
-// Input that is no policy text
+// Input that is not policy text
 
 TEST(PolicyTextParser, NulByteIsRefusedByEveryReading) {
   std::string const text("ip routing\nip rou\0ting\n", 23);

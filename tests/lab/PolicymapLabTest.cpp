@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The program as a process of its own, and the demonstration.
+
+// The program in a process of its own, and the demonstration.
+
 #include "lab/Sessions.h"
 
 #include <gmock/gmock.h>
@@ -22,7 +24,7 @@ struct Process {
   std::string out;
 };
 
-/// Runs a command of the shell; what it prints to stderr is not looked at.
+// Runs a shell command. Its stderr is ignored.
 Process shell(std::string const& command) {
   Process process;
   std::FILE* const pipe = ::popen((command + " 2>/dev/null").c_str(), "r");
@@ -81,7 +83,7 @@ TEST_F(PolicymapLab, AnAssertionEndsAScriptButNoSessionAtATerminal) {
   if (shell("script -qec true /dev/null").status != 0) {
     GTEST_SKIP() << "script finds no pseudo-terminal here: the prompt was not tried";
   }
-  // Copies of what was typed, which the line editor keeps to the end. Nothing here calls it.
+  // Copies of typed text that the line editor keeps until exit. They are not leaks of our code.
   std::string const kept = file("kept.supp", "leak:^wcsdup$\n");
   Process const typed = shell("(while IFS= read -r line; do sleep 0.2; printf '%s\\r' \"$line\"; "
                               "done <" +

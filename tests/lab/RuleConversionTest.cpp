@@ -10,7 +10,7 @@
 namespace lab::test {
 namespace {
 
-/// A rule of policy text as it is configured, described.
+// A rule of policy text, converted to its configuration and described.
 std::string ip4(std::string const& rule) {
   return describe(last<RuleAdd>("ip access-list L\n" + rule).rule);
 }

@@ -29,7 +29,7 @@ Acl::MacRuleConfig macRule(std::string const& rule) {
   return ruleOf<Acl::MacRuleConfig>("mac access-list L", rule);
 }
 
-/// The error of a rule, which stands in line 2.
+// The error of a rule, which is on line 2.
 std::string ruleError(std::string const& rule, std::string const& list = "ip access-list L") {
   return errorOf(list + "\n" + rule + "\n");
 }
@@ -46,7 +46,7 @@ Acl::MacAddressMatch mac(std::string_view value, std::string_view mask) {
   return addressMatch<Acl::MacAddressMatch>(addressOf(Family::mac, value, mask));
 }
 
-/// Type and code of the ICMP message that a rule matches.
+// The type and code of the ICMP message that a rule matches.
 std::string messageOf(Acl::IpFilterBase const& rule) {
   std::ostringstream text;
   text << rule.icmpType() << " " << rule.icmpCode();

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Real inputs from end to end.
+
+// Real inputs, end to end.
+
 #include "lab/Parsing.h"
 #include "lab/Sessions.h"
 
@@ -15,14 +17,14 @@
 namespace lab::test {
 namespace {
 
-/// What the corpus says of one filter set.
+// The numbers that the corpus states for one filter set.
 struct Counts {
   std::string file;
   std::uint64_t rules = 0;
   std::uint64_t entries = 0;
 };
 
-/// Rows "| FILE | RULES | WITH A RANGE | ENTRIES | LARGEST |" of the corpus's own description.
+// Rows "| FILE | RULES | WITH A RANGE | ENTRIES | LARGEST |" from the description of the corpus.
 std::vector<Counts> countsOfCorpus() {
   std::vector<Counts> counts;
   std::ifstream description(corpusFolder() + "/SOURCES.md");

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The program in this process: options, output, exit status, bad input.
+
+// The program in this process: options, output, exit status, invalid input.
+
 #include "lab/RunVerb.h"
 
 #include "lab/FilterSetGenerator.h"
@@ -28,7 +30,7 @@ class RunVerbTest : public InputFiles {
 std::string const RunVerbTest::portRule = "@0.0.0.0/0 0.0.0.0/0 0 : 65535 5004 : 5008 0x06/0xff "
                                           "0x0/0x0\n";
 
-// What is asked for
+// Options and output
 
 TEST_F(RunVerbTest, HelpTellsTheOptionsAndSucceeds) {
   Outcome const outcome = runLab({"run", "--help"});
@@ -316,7 +318,7 @@ TEST_F(RunVerbTest, SkippedLinesAreCountedByKind) {
             R"json({"interface (name)":1,"no class-map (absent)":1,"spanning-tree mode":2})json");
 }
 
-// Bad input
+// Invalid input
 
 TEST_F(RunVerbTest, BadInputIsToldWithItsPlaceAndNothingIsShown) {
   struct Fault {

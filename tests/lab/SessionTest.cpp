@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// From text to records: what is programmed, what an edit touches, and what it leaves alone.
+
+// From text to records: what is programmed, and what an edit changes and leaves unchanged.
+
 #include "lab/Session.h"
 
 #include "lab/FilterSetGenerator.h"
@@ -19,7 +21,7 @@ using PolicyMap::ClassMapMatchOption;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A policy of every kind of rule, matched in every way, at interfaces of every kind.
+// A policy with every kind of rule and match, at every kind of interface.
 std::string const broadPolicy =
     "ip routing\n"
     "ip access-list WEB\n permit tcp any any range 80 90\n permit tcp any any eq https\n"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the tests of the program share: sessions on texts, and runs of the whole program.
 #pragma once
+
+// Shared by the tests of the program: sessions on texts, and runs of the whole program.
 
 #include "lab/Problems.h"
 #include "lab/Program.h"
@@ -21,7 +22,7 @@ inline void load(Session& session, std::string text, Reading reading = Reading::
   session.load(SourceText("t", std::move(text)), reading);
 }
 
-/// what() of the InputError that loading raises; "no error" when it raises none.
+// what() of the InputError that loading throws; "no error" if it throws none.
 inline std::string errorOfLoading(Session& session, std::string text) {
   try {
     load(session, std::move(text));
@@ -31,7 +32,7 @@ inline std::string errorOfLoading(Session& session, std::string text) {
   return "no error";
 }
 
-/// Class P with list P of one rule, in a policy-map P at Ethernet1.
+// Class P on list P with one rule, in policy-map P at Ethernet1.
 inline std::string const simplePolicy = "ip access-list P\n"
                                         " permit tcp any any eq 80\n"
                                         "class-map match-any P\n"
@@ -42,7 +43,7 @@ inline std::string const simplePolicy = "ip access-list P\n"
                                         "interface Ethernet1\n"
                                         " service-policy input P\n";
 
-/// The record of a policy; fails the test when there is none.
+// The record of a policy. Fails the test if there is none.
 inline PolicyRecord recordOf(
     Session const& session, std::string const& policy,
     PolicyMap::ClassMapMatchOption option = PolicyMap::ClassMapMatchOption::ipv4,
@@ -56,7 +57,7 @@ inline PolicyRecord recordOf(
   return {};
 }
 
-/// "CLASS LIST NUMBER MATCH" for each rule in order.
+// "CLASS LIST NUMBER MATCH" of each rule, in order.
 inline std::vector<std::string> rulesOf(PolicyRecord const& record) {
   std::vector<std::string> rules;
   for (RuleRecord const& rule : record.rules) {
@@ -82,7 +83,7 @@ inline std::vector<std::string> problemsOf(Session const& session) {
   return texts;
 }
 
-/// What a run of the program printed and answered.
+// The output and exit status of a run of the program.
 struct Outcome {
   ExitStatus status{};
   std::string out;
@@ -91,7 +92,7 @@ struct Outcome {
   nlohmann::ordered_json json() const { return nlohmann::ordered_json::parse(out); }
 };
 
-/// Runs the program in this process.
+// Runs the program in this process.
 inline Outcome runLab(std::vector<std::string> const& arguments, TextStyle style = {}) {
   std::vector<char const*> argv{"policymap-lab"};
   for (std::string const& argument : arguments) {
@@ -104,7 +105,7 @@ inline Outcome runLab(std::vector<std::string> const& arguments, TextStyle style
   return {status, out.str(), err.str()};
 }
 
-/// A folder of input files that goes with the test.
+// A folder of input files that is removed after the test.
 class InputFiles : public testing::Test {
  protected:
   InputFiles() {
@@ -113,7 +114,7 @@ class InputFiles : public testing::Test {
   }
   ~InputFiles() override { std::filesystem::remove_all(folder_); }
 
-  /// Writes a file and answers its path.
+  // Writes a file and returns its path.
   std::string file(std::string const& name, std::string const& text) const {
     std::string const path = (folder_ / name).string();
     std::ofstream(path, std::ios::binary) << text;

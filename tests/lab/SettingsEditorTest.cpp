@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every statement and its `no` form, and what each refuses.
+
+// Every statement and its `no` form, and what each rejects.
+
 #include "lab/SettingsEditor.h"
 
 #include "lab/Parsing.h"
@@ -199,7 +201,8 @@ TEST(SettingsEditor, AbsentMatchIsNotRemoved) {
             "t:3:13: expected a match of class-map C, found 'permit ip any any'");
 }
 
-// Memory requests of `count` rules without numbers, each with a remark that is taken back.
+// The memory requests for `count` rules without numbers, each followed by a remark that is removed
+// again.
 std::size_t requestsOfRemarks(std::size_t count) {
   std::string text = "ip access-list L\n";
   for (std::size_t i = 0; i != count; ++i) {
@@ -423,7 +426,7 @@ TEST(SettingsEditor, LenientEditCountsWhatCannotBeCarriedOut) {
   EXPECT_THAT(entriesOf(settings, "L"), ElementsAre("10 permit ip any any"));
 }
 
-// What a lenient edit leaves of a text on top of settings that refuse a part of it.
+// The settings after a lenient edit whose text they partly reject.
 Settings leftOf(std::string const& text, Settings settings, PolicyText& read) {
   read = readText(text, Reading::lenient);
   editSettings(settings, read, Reading::lenient);

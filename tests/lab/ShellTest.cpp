@@ -30,7 +30,7 @@ using testing::StartsWith;
 
 class ShellTest : public testing::Test {
  protected:
-  /// What the line prints.
+  // The output of the line.
   std::string run(std::string const& line) {
     out_.str("");
     shell_.execute(line);
@@ -360,7 +360,7 @@ TEST(ShellScript, AFileIsGivenByNameAndNamesItselfInErrors) {
   EXPECT_EQ(err.str(), "a.shell: line 1: column 1: there is no nobody here\n");
 }
 
-// Bad bytes
+// Invalid bytes
 
 TEST(ShellScript, NoBytesCrashIt) {
   for (std::string const& line :

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What reaches a person's terminal of texts from outside, by function and by program.
+
+// What the terminal receives of external texts, for the function and for the program.
+
 #include "lab/ShownText.h"
 
 #include "lab/Sessions.h"
@@ -43,10 +45,10 @@ TEST(ShownText, SeparatorsAndMarksOfDirectionAreEscaped) {
 TEST(ShownText, BytesThatAreNoUtf8AreEscaped) {
   EXPECT_EQ(shownText("\x9b|\xff|\x80"), "\\x9b|\\xff|\\x80");
   EXPECT_EQ(shownText("\xc3"), "\\xc3");                             // cut off
-  EXPECT_EQ(shownText("\xe2\x80|"), "\\xe2\\x80|");                  // cut short
-  EXPECT_EQ(shownText("\xc0\x9b"), "\\xc0\\x9b");                    // longer than need be
-  EXPECT_EQ(shownText("\xed\xa0\x80"), "\\xed\\xa0\\x80");           // half of a pair
-  EXPECT_EQ(shownText("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");  // beyond the last
+  EXPECT_EQ(shownText("\xe2\x80|"), "\\xe2\\x80|");                  // truncated
+  EXPECT_EQ(shownText("\xc0\x9b"), "\\xc0\\x9b");                    // overlong
+  EXPECT_EQ(shownText("\xed\xa0\x80"), "\\xed\\xa0\\x80");           // surrogate
+  EXPECT_EQ(shownText("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");  // above U+10FFFF
 }
 
 RC_GTEST_PROP(ShownText, HasNoControlCharactersAndStaysAsItIs, (std::string const& text)) {

@@ -8,7 +8,7 @@
 namespace lab {
 namespace {
 
-/// The kind of a line whose word at `column` was not understood.
+// The kind of a line whose word at `column` was not understood.
 std::string kindOf(std::string_view line, std::uint32_t column) {
   Lexer lexer(line);
   while (lexer.peek().column < column && !lexer.peek().atEnd()) {

@@ -33,7 +33,7 @@ class DataWatcher : public TestSupport::Watcher<TestClassCommonData::NotifieeCon
   void onUpdateAclActions() override { heard("update"); }
 };
 
-// A machine of a test's own.
+// A machine derived by the test.
 template <class Machine>
 class Derived : public Machine {
  public:
@@ -45,7 +45,7 @@ class Derived : public Machine {
 template <class Kind>
 class TestActionSmOfKind : public testing::Test {
  protected:
-  // A machine for an action that holds `value`, its creation forgotten.
+  // A machine of an action with `value`. The calls of its creation are cleared.
   Kor::Ptr<typename Kind::Machine> machineFor(std::uint32_t value) {
     action->valueIs(value);
     auto machine = Kind::machine(data, action);

@@ -34,7 +34,7 @@ class Machine : public TestClassMapSm {
 
 class TestClassMapMachine : public testing::Test {
  protected:
-  // A machine of the configuration below; its notifications are off.
+  // A machine on the members below. Its notifications are off.
   Kor::Ptr<Machine> quietMachine() {
     return Kor::make<Machine>(global, policy, nullptr, rawMap, classAction);
   }
@@ -43,7 +43,7 @@ class TestClassMapMachine : public testing::Test {
     made->hasNotificationActiveIs(true);
     return made;
   }
-  // A machine that has class data, but did nothing by itself.
+  // A machine that has class data but has not run.
   Kor::Ptr<Machine> machineWithData() {
     auto made = quietMachine();
     made->classCommonDataIs(data);
@@ -218,7 +218,7 @@ TEST_F(TestClassMapMachineDeathTest, MissingGlobalDataEndTheProcessByThePointers
   EXPECT_ASSERTION(classes->createCommonData(), "Kor/Ptr", "object_ != nullptr", "Kor/Ptr.h");
 }
 
-// the machine at work
+// the running machine
 
 TEST_F(TestClassMapMachine, KindsOneAndThreeGetTheirMachinesAndTheSecondValueStaysZero) {
   configure<Kind1>(5);

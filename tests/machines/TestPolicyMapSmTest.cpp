@@ -152,7 +152,7 @@ TEST_F(TestPolicyMapMachine, IsSilentBelowItsLevel) {
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
-// the machine at work
+// the running machine
 
 TEST_F(TestPolicyMapMachine, ItsClassMachinesAreTestMachines) {
   auto const sub = Kor::make<PolicyMap::PolicyMapSubConfig>("pm");

@@ -29,7 +29,7 @@ IntfId const e1("Ethernet3/1");
 IntfId const e2("Ethernet3/2");
 IntfId const e3("Ethernet3/3");
 
-// A machine without configuration that writes down which interfaces it is to evaluate.
+// A machine without configuration that records the interfaces it must evaluate.
 class Machine : public TestServicePolicySm {
  public:
   Machine()
@@ -301,7 +301,7 @@ TEST_F(ServicePolicyFactory, AnEndedMachineLetsItsObjectsGo) {
   EXPECT_EQ(helper->references(), 1U);
 }
 
-// Data that go with the base of the machine, and change its configuration at their end.
+// Data that are destroyed with the base of the machine, and change its configuration then.
 class LateWriter : public PolicyMap::PolicyMapGlobalData {
  public:
   explicit LateWriter(PolicyMap::PolicyMapTypeConfig::Ptr config)
@@ -318,7 +318,7 @@ TEST_F(ServicePolicyFactory, ADyingMachineHearsNothing) {
   policyConfig->policyMapConfigIs("pm");
   auto made = machine();
   made->commonDataIs(Kor::make<LateWriter>(policyConfig));
-  // It would make a policy machine, with what it made them with gone.
+  // Otherwise it would create a policy machine from members that are already destroyed.
   made = nullptr;
   EXPECT_EQ(policyConfig->servicePolicy(PolicyMap::ServicePolicyKey(e1, "input")), "pm");
   EXPECT_EQ(policyConfig->references(), 1U);

@@ -14,7 +14,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A base machine that writes down what reaches it, and whether it is marked meanwhile.
+// A base machine that records the calls that reach it, and whether it is marked at that time.
 class BaseMachine : public Kor::PtrInterface {
  public:
   explicit BaseMachine(std::vector<std::string>& calls) : calls_(&calls) {}

@@ -16,7 +16,7 @@ using PolicyMap::PolicyMapSmKey;
 using PolicyMapTest::AclPolicyType;
 using TestSupport::NormalForm;
 
-// the helper ------------------------------------------------------------------------------------
+// the helper
 
 namespace {
 
@@ -52,12 +52,12 @@ void OrderedHelper::around(TestSupport::HelperCall& call, Proceed const& proceed
     }
   }
   proceed();
-  if (call.operation != "recreatePolicy") {  // whose deletion and creation are counted
+  if (call.operation != "recreatePolicy") {  // its deletion and creation are counted
     counted(call.error);
   }
 }
 
-// names and values ------------------------------------------------------------------------------
+// names and values
 
 namespace {
 
@@ -88,7 +88,7 @@ Vorel::IntfId intfOf(std::uint32_t n) {
   return allIntfs()[n % 7];
 }
 
-// Digits of a number in changing bases: how one number says many choices.
+// Digits of a number in varying bases, so that one number encodes several choices.
 class Choices {
  public:
   explicit Choices(std::uint32_t number) : number_(number) {}
@@ -98,7 +98,7 @@ class Choices {
     number_ /= count;
     return choice;
   }
-  // True for one of `count`, and not for 0.
+  // True for one of `count` values, which is never 0.
   bool oneIn(std::uint32_t count) { return among(count) == count - 1; }
 
  private:
@@ -195,7 +195,7 @@ ClassMapMatch listMatchOf(Choices& choices) {
   return ClassMapMatch::acl(option, listName(choices.among(4)));
 }
 
-// A match of a class-map. Most nested class-maps are later ones, so that loops are rare.
+// A match of a class-map. Nested class-maps mostly have later numbers, so that loops are rare.
 ClassMapMatch matchOf(std::uint32_t classMap, std::uint32_t variant) {
   Choices choices(variant);
   std::uint32_t const kind = choices.among(6);
@@ -214,12 +214,12 @@ ClassMapMatch matchOf(std::uint32_t classMap, std::uint32_t variant) {
 
 }  // namespace
 
-// life ------------------------------------------------------------------------------------------
+// life
 
 Driver::Driver() : helper_(Kor::make<OrderedHelper>()) {
   Kor::EventLoop::global().virtualTimeIs(true);
-  // Every class-map matches a list of its own, every policy-map has all classes: rules and
-  // attachments are what is missing.
+  // Every class-map matches a list of its own and every policy-map has all classes; only rules and
+  // attachments are missing.
   for (std::uint32_t i = 0; i < classVersions_.size(); ++i) {
     for (auto& subConfig : classVersions_[i]) {
       subConfig = Kor::make<PolicyMap::ClassMapSubConfig>(className(i));
@@ -273,7 +273,7 @@ std::string Driver::perform(Operation const& operation) {
   return std::exchange(problem_, {});
 }
 
-// configuration ---------------------------------------------------------------------------------
+// configuration
 
 bool Driver::configure(Verb verb, Numbers const& n) {
   auto const& classVersion = classVersions_[n[0] % 4][n[1] % 2];
@@ -423,7 +423,7 @@ bool Driver::configureIntfs(Verb verb, Numbers const& n) {
   }
 }
 
-// Whatever is a port-channel or not may become a member of one.
+// Any interface may become a member, port-channels included.
 void Driver::member(Numbers const& n) {
   if (n[1] % 3 == 2) {
     lag_->memberOfDel(intfOf(n[0]));
@@ -432,7 +432,7 @@ void Driver::member(Numbers const& n) {
   }
 }
 
-// disturbances ----------------------------------------------------------------------------------
+// disturbances
 
 namespace {
 
@@ -486,7 +486,7 @@ bool Driver::disturb(Verb verb, Numbers const& n) {
 }
 
 void Driver::capability(Numbers const& n) {
-  // Expansions are common, what refuses rules is rare.
+  // Expansions are common; capabilities that refuse rules are rare.
   bool const other = n[0] % 8 < 4 ? n[1] % 2 == 1 : n[1] % 4 == 3;
   switch (n[0] % 8) {
   case 0: helper_->subRulesForL4PortsIs(other); break;
@@ -504,7 +504,7 @@ void Driver::capability(Numbers const& n) {
   force();
 }
 
-// Capabilities are no configuration: who changes them says so.
+// Capabilities are not configuration: after a change, the machine must be asked to program again.
 void Driver::force() {
   if (!machine_ || !machine_->hasNotificationActive()) {
     forceDue_ = true;
@@ -541,7 +541,7 @@ void Driver::otherHelper(std::uint32_t how) {
   }
 }
 
-// settling --------------------------------------------------------------------------------------
+// settling
 
 void Driver::deliver() {
   Kor::EventLoop& loop = Kor::EventLoop::global();
@@ -640,7 +640,7 @@ std::string Driver::compareRecords(Expected const& wanted) {
   for (auto const& [type, record] : leftBehind_) {
     auto const there = actual.find(type);
     if (wanted.records.count(type) == 0 && there != actual.end() && there->second == record) {
-      actual.erase(there);  // nobody's any more
+      actual.erase(there);  // nothing owns it any more
     }
   }
   if (actual != wanted.records) {
@@ -718,7 +718,7 @@ std::string Driver::compareStatus(PolicyMapSmKey const& key, Expected const& wan
   return {};
 }
 
-// When and where a policy stands, unless an earlier machine left it.
+// Checks time and interfaces of a policy, unless an earlier machine left it behind.
 std::string Driver::compareProgramming(PolicyMap::PolicyMapStatus const& status,
                                        AclPolicyType const& type, Expected const& wanted) const {
   auto const record = wanted.records.find(type);
@@ -742,7 +742,7 @@ std::string Driver::compareProgramming(PolicyMap::PolicyMapStatus const& status,
   return {};
 }
 
-// The counts of all rules that stand, and of no others, once they are asked for.
+// Checks that, on request, exactly the programmed rules have counts.
 std::string Driver::compareCounts(Expected const& wanted) {
   ++requestsSoFar_;
   for (PolicyMapSmKey const& key : wanted.policies) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Driver: core, machines and helper under random steps, on virtual time. When a step says so it
-// lets everything settle and compares the records with what the reference model expects.
+// Driver: core, machines and helper under random steps, on virtual time. A `settle` step lets
+// everything settle and compares the records with those that the reference model expects.
 
 #include "helper/AclHelper.h"
 #include "machines/TestServicePolicySm.h"
@@ -17,12 +17,12 @@
 
 namespace Model {
 
-// A recording helper that also knows the order of the rules and how often it was called.
+// A recording helper that also records the order of rules and counts calls.
 class OrderedHelper : public TestSupport::ForwardingHelper<PolicyMapTest::AclHelper> {
  public:
   OrderedHelper() : ForwardingHelper(false, false) {}
 
-  // Operations whose result may come later.
+  // The number of operations whose result may arrive later.
   [[nodiscard]] std::size_t waits() const { return waits_; }
   void asyncOperationResultIs(PolicyMap::AsyncOperationResult const& result) override;
   [[nodiscard]] std::vector<PolicyMap::AclRuleKey> const& order(
@@ -45,7 +45,7 @@ class Driver {
   Driver(Driver const&) = delete;
   Driver& operator=(Driver const&) = delete;
 
-  // Performs a step. Answers what is wrong after it, "" if nothing is known to be.
+  // Performs a step. Returns a description of the errors after it, or "" if none was found.
   std::string perform(Operation const& operation);
 
  private:
@@ -81,7 +81,7 @@ class Driver {
   [[nodiscard]] std::string compareCounts(Expected const& wanted);
   [[nodiscard]] Inputs inputs() const;
 
-  // Two sub-configurations of each class-map and policy-map, one of which may be the current one.
+  // Two sub-configurations of each class-map and policy-map; at most one is current.
   template <class SubConfig>
   using Versions = std::array<Kor::Ptr<SubConfig>, 2>;
 
@@ -100,32 +100,31 @@ class Driver {
   std::array<Versions<PolicyMap::ClassMapSubConfig>, 4> classVersions_;
   std::array<Versions<PolicyMap::PolicyMapSubConfig>, 3> policyVersions_;
 
-  Kor::Ptr<OrderedHelper> helper_;  // the last one, whether or not the machine has it
+  Kor::Ptr<OrderedHelper> helper_;  // the latest; the machine may have none
   Kor::Ptr<PolicyMapTest::TestServicePolicySm> machine_;
   std::uint32_t flags_ = 7;
-  bool forceDue_ = false;  // a capability changed while nobody listened
+  bool forceDue_ = false;  // a capability changed while no machine was active
   std::uint32_t requestsSoFar_ = 0;
-  // What earlier machines left on the helper, and in the statuses, when they were destroyed.
+  // What earlier machines left on the helper and in the statuses when they were destroyed.
   TestSupport::NormalForm leftBehind_;
   std::set<PolicyMap::PolicyMapSmKey> leftStatuses_;
   std::string problem_;
 };
 
-// What the comparisons of this process have seen so far: a run that compares nothing proves
-// nothing.
+// What the comparisons of this process have covered: a run that compares nothing proves nothing.
 struct Coverage {
   std::size_t comparisons = 0;
   std::size_t records = 0;
   std::size_t rules = 0;
   std::size_t subRules = 0;
-  std::size_t intersections = 0;  // rules that are one
-  std::size_t refused = 0;        // policies and options
-  std::size_t failures = 0;       // answers of the helper that were errors
+  std::size_t intersections = 0;  // rules that are intersections
+  std::size_t refused = 0;        // options of policies
+  std::size_t failures = 0;       // errors that the helper returned
 };
 [[nodiscard]] Coverage const& coverage();
 
-// All steps on a new driver. Answers what is wrong and after which step, "" if nothing is.
-// `performed` hears how many steps have begun.
+// Performs all steps on a new driver. Returns what is wrong and after which step, or "" if nothing
+// is. Calls `performed` with the number of steps that have begun.
 [[nodiscard]] std::string run(Operations const& operations,
                               std::function<void(std::size_t)> const& performed = {});
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// Random runs beside the reference model. The plain run is replayed by its seed; both are printed:
+
+// Random runs compared with the reference model. The plain run prints its seed and number of steps,
+// and can be replayed with them:
 //
 //   MODEL_SEED=7 MODEL_STEPS=1000000 model_tests --gtest_filter='*PlainRun*'
 
@@ -46,7 +47,7 @@ std::uint64_t fromEnvironment(char const* name, std::uint64_t otherwise) {
   return text == nullptr ? otherwise : std::stoull(text);
 }
 
-// What runs, for the assertion handler.
+// The steps that are running, for the assertion handler.
 Operations const* running = nullptr;
 std::size_t runningTo = 0;
 
@@ -55,7 +56,7 @@ void reportRunning() {
   std::cerr << report(Operations(running->begin(), end)) << std::endl;
 }
 
-// Reports also runs that end on an assertion or on a bad access, while it lives.
+// While in scope, also reports runs that end on an assertion or an invalid access.
 class EndWatch {
  public:
   EndWatch()
@@ -63,7 +64,7 @@ class EndWatch {
           std::cerr << failure.source << ": assertion " << failure.text << " failed\n";
           reportRunning();
         })) {
-    // A stack of its own: endless recursion leaves none.
+    // An alternate stack: after endless recursion the normal one is full.
     stack_t const stack{stack_.data(), 0, stack_.size()};
     sigaltstack(&stack, nullptr);
     struct sigaction action = {};
@@ -91,7 +92,7 @@ class EndWatch {
   std::vector<char> stack_ = std::vector<char>(1 << 20);
 };
 
-// Steps on one driver: a new one now and then keeps failing runs short.
+// Steps per driver. A new driver from time to time keeps failing runs short.
 constexpr std::size_t episodeLength = 500;
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace {
 struct Traits {
   std::string_view name;
   std::size_t weight;
-  std::vector<std::uint32_t> limits;  // of the numbers
+  std::vector<std::uint32_t> limits;  // exclusive upper bounds of the numbers
 };
 
 // In the order of Verb.
@@ -134,7 +134,7 @@ Operations randomOperations(std::mt19937_64& random, std::size_t count) {
   }();
   Operations operations(count);
   for (Operation& operation : operations) {
-    // Not std::uniform_int_distribution: a seed is to give the same run with every library.
+    // Not std::uniform_int_distribution: a seed must give the same run with every standard library.
     operation.verb = weighted[random() % weighted.size()];
     for (std::size_t i = 0; i < arity(operation.verb); ++i) {
       operation.numbers[i] = static_cast<std::uint32_t>(random() % limit(operation.verb, i));

@@ -22,10 +22,10 @@ using PolicyMap::ClassMapSubConfig;
 using PolicyMap::SubRuleData;
 using TestSupport::NormalRecord;
 
-// ports -----------------------------------------------------------------------------------------
+// ports
 
-using Range = std::pair<std::uint32_t, std::uint32_t>;  // both included
-using Ranges = std::vector<Range>;                      // ascending, apart from each other
+using Range = std::pair<std::uint32_t, std::uint32_t>;  // inclusive
+using Ranges = std::vector<Range>;                      // ascending and not adjacent
 
 constexpr std::uint32_t highestPort = 65535;
 constexpr std::uint32_t highestTtl = 255;
@@ -75,7 +75,7 @@ Ranges common(Ranges const& a, Ranges const& b) {
   return both;
 }
 
-// Halves the block from `low` until its parts lie inside or outside the range.
+// Halves the block [low, high] until each part lies inside or outside the range.
 void split(Range const& range, std::uint32_t low, std::uint32_t high, Ranges& blocks) {
   if (high < range.first || range.second < low) {
     return;
@@ -111,13 +111,13 @@ std::vector<Block> blocksOf(Ranges const& ranges, bool subRulesForPorts) {
   return blocks;
 }
 
-// rules -----------------------------------------------------------------------------------------
+// rules
 
 template <class Rule>
 constexpr bool isMac = std::is_same_v<Rule, Acl::MacRuleConfig>;
 
-// A rule of a class: its list and number, and what it takes. The ports stand beside the rule, since
-// an intersection may take more ranges of them than a rule can say.
+// A rule of a class: its list, its number and what it matches. The ports are kept beside the rule,
+// because an intersection may match more port ranges than a rule can express.
 template <class Rule>
 struct Named {
   std::string list;
@@ -139,7 +139,7 @@ struct Named {
 template <class Rule>
 using Rules = std::vector<Named<Rule>>;
 
-// Whether no packet can be taken: such a rule is as good as none.
+// True if no packet can match. Such a rule is ignored.
 template <class Rule>
 bool takesNothing(Rule const& rule) {
   if constexpr (!isMac<Rule>) {
@@ -187,7 +187,7 @@ bool supported(PolicyMap::PolicyMapAclHelper const& helper, Rule const& rule) {
   return true;
 }
 
-// intersections ---------------------------------------------------------------------------------
+// intersections
 
 struct Empty {};
 struct NoRuleCanSay {};
@@ -230,8 +230,8 @@ Match commonAddresses(Match const& a, Match const& b) {
   return Match(value, mask);
 }
 
-// The match that says these numbers. One of several ranges is said by the smallest range around
-// them, unless they are all numbers but one.
+// The match for these numbers. Several ranges are expressed by the smallest range that covers them,
+// or by `neq` if they are all numbers but one.
 template <class Match>
 Match said(Ranges const& ranges, std::uint32_t highest) {
   std::uint32_t const low = ranges.front().first;
@@ -240,7 +240,7 @@ Match said(Ranges const& ranges, std::uint32_t highest) {
       ranges[0].second + 2 == ranges[1].first) {
     return Match::neq(ranges[0].second + 1);
   }
-  // Only TTLs have a match for all numbers but the lowest or the highest: a range says it as well.
+  // Only TTLs have a match for all numbers but the lowest or the highest; a range is equivalent.
   return low == high ? Match::eq(low) : Match::range(low, high);
 }
 
@@ -302,7 +302,7 @@ void combine(Named<Rule>& both, Rule const& b) {
   rule.ttlIs(commonTtl(rule.ttl(), b.ttl()));
 }
 
-// Lists of several rules are joined by " & ", and all but the first stand with their numbers.
+// Joins the names of lists with " & ". All but the first are followed by their rule numbers.
 std::string joinedName(std::string const& a, std::string const& b, std::uint32_t numberOfB) {
   std::size_t const rest = std::min(b.find(" & "), b.size());
   return a + " & " + b.substr(0, rest) + ":" + std::to_string(numberOfB) + b.substr(rest);
@@ -329,28 +329,28 @@ Rules<Rule> product(Rules<Rule> const& left, Rules<Rule> const& right) {
     for (Named<Rule> const& b : right) {
       try {
         all.push_back(intersection(a, b));
-      } catch (Empty const&) {  // NOLINT(bugprone-empty-catch): no packet is taken by both
+      } catch (Empty const&) {  // NOLINT(bugprone-empty-catch): no packet matches both
       }
     }
   }
   return all;
 }
 
-// class-maps ------------------------------------------------------------------------------------
+// class-maps
 
 struct Refused {};
 
-// The rules of a class-map, or of one operand of a match-all, and what they came from.
+// The rules of a class-map, or of one operand of a match-all, and their sources.
 template <class Rule>
 struct OptionRules {
-  Rules<Rule> rules;            // with the numbers that they ask for
-  std::set<std::string> lists;  // in it already
-  bool matched = false;         // something matches on this option, be it an empty list
+  Rules<Rule> rules;            // with the numbers that they request
+  std::set<std::string> lists;  // already included
+  bool matched = false;         // something matches on this option, even an empty list
 };
 
-// The rules that take something, under numbers that are theirs alone. Who asks first for a number
-// has it, lists before all others; the rest get the first that is left after it, or before it where
-// there is none after it.
+// The rules that match packets, with unique numbers. The first rule to request a number gets it,
+// with rules of lists before all others. Each other rule gets the first free number after the
+// requested one, or the last free number before it if there is none after it.
 template <class Rule>
 Rules<Rule> numbered(Rules<Rule> rules) {
   std::set<std::pair<std::string, std::uint32_t>> taken;
@@ -387,7 +387,7 @@ struct Flat {
   OptionRules<Acl::Ip6RuleConfig> ipv6;
   OptionRules<Acl::MacRuleConfig> mac;
   OptionRules<Acl::MacRuleConfig> mpls;
-  std::set<Kor::Name> nested;  // in it already
+  std::set<Kor::Name> nested;  // already included
 };
 
 template <class Rule, class List>
@@ -439,7 +439,7 @@ class Flattener {
       }
       return;
     }
-    // Each match once.
+    // Each match only once.
     std::map<std::uint32_t, ClassMapMatch> distinct;
     for (auto const& [place, match] : matches) {
       if (std::none_of(distinct.begin(), distinct.end(),
@@ -490,7 +490,7 @@ class Flattener {
     }
   }
 
-  // An intersection that is there already adds nothing.
+  // Ignores an intersection that is already present.
   template <class Rule>
   static void addComposed(OptionRules<Rule>& into, Named<Rule> rule) {
     into.matched = true;
@@ -550,13 +550,13 @@ class Flattener {
   std::vector<Kor::Name> path_;
 };
 
-// interfaces ------------------------------------------------------------------------------------
+// interfaces
 
 class Interfaces {
  public:
   explicit Interfaces(Inputs const& inputs) : inputs_(inputs) {}
 
-  // Where a policy is applied for an option.
+  // The interfaces where a policy is applied for an option.
   [[nodiscard]] std::set<Vorel::IntfId> of(PolicyMap::PolicyMapSmKey const& key,
                                            ClassMapMatchOption option) const {
     std::set<Vorel::IntfId> intfs;
@@ -615,7 +615,7 @@ class Interfaces {
   Inputs const& inputs_;
 };
 
-// policies --------------------------------------------------------------------------------------
+// policies
 
 template <class Action>
 std::uint32_t valueOf(Kor::Ptr<PolicyMap::Action> const& action) {
@@ -626,7 +626,7 @@ std::uint32_t valueOf(Kor::Ptr<PolicyMap::Action> const& action) {
 struct Class {
   Kor::Name name;
   std::array<std::uint32_t, 3> actions{};
-  std::optional<Flat> rules;  // none: refused
+  std::optional<Flat> rules;  // none if refused
 };
 
 class Policy {

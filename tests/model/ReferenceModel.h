@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What must stand in the helper when everything has settled, worked out from configuration and
-// statuses alone: no history, no increments, no caches. Slow, and short enough to be believed.
+// The expected content of the helper when everything has settled, derived from configuration and
+// statuses alone: no history, no increments, no caches. Slow, but short enough to verify by
+// reading.
 
 #include "support/NormalForm.h"
 
@@ -22,7 +23,7 @@
 
 namespace Model {
 
-// All that the records depend on.
+// All inputs of the records.
 struct Inputs {
   Acl::Config const& acls;
   PolicyMap::ClassMapTypeConfig const& classMaps;
@@ -42,11 +43,11 @@ struct Inputs {
 
 struct Expected {
   TestSupport::NormalForm records;
-  // The rules of each record in the order in which they take effect.
+  // The rules of each record, in the order in which they take effect.
   std::map<PolicyMapTest::AclPolicyType, std::vector<PolicyMap::AclRuleKey>> order;
-  // Policies that have a status, whether or not anything of them stands.
+  // The policies that have a status, whether or not anything of them is programmed.
   std::set<PolicyMap::PolicyMapSmKey> policies;
-  // What is not programmed because it cannot be, and the class that is to blame.
+  // The records that cannot be programmed, each with the class that is the cause.
   std::map<PolicyMapTest::AclPolicyType, Kor::Name> refused;
 };
 

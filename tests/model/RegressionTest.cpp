@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// Runs on which core and model have disagreed, shrunk. Each is a list of steps, as the random runs
-// print them.
+
+// Shrunk runs on which core and model have disagreed, as lists of steps in the form in which the
+// random runs print them.
 
 #include "model/Trial.h"
 
@@ -29,7 +29,7 @@ TEST(ModelRegression, PortChannelsThatAreMembersOfEachOtherAreNoEndlessLoop) {
             "");
 }
 
-// What the helper can do changes between the policy's last interface and its next.
+// A capability of the helper changes while the policy has no interface.
 TEST(ModelRegression, PolicyThatWasAwayMeetsTheHelperAsItIsNow) {
   EXPECT_EQ(trialOf("rule 0 0 0 10964\n"
                     "attach 3 1 0\n"
@@ -41,7 +41,7 @@ TEST(ModelRegression, PolicyThatWasAwayMeetsTheHelperAsItIsNow) {
             "");
 }
 
-// A standing policy is refused when its class comes to match IP and MAC both.
+// A programmed policy is refused after its class is changed to match both IP and MAC.
 TEST(ModelRegression, ReasonOfARefusalIsShownAfterTheTeardownThatItCauses) {
   EXPECT_EQ(trialOf("rule 0 0 0 0\n"
                     "attach 0 0 0\n"
@@ -64,7 +64,7 @@ TEST(ModelRegression, ReasonOfARefusalIsShownAfterATeardownThatFails) {
             "");
 }
 
-// The end of the only list that is no MAC list mends the other options too.
+// Deleting the only list that is not a MAC list also makes the other options valid.
 TEST(ModelRegression, ErrorThatComesOrGoesWithAListOfOneOptionRefusesOrFreesTheOthers) {
   EXPECT_EQ(trialOf("rule 0 0 0 0\n"
                     "matchType 0 0 1\n"

@@ -15,9 +15,9 @@
 namespace Model {
 namespace {
 
-constexpr unsigned mostSeconds = 20;  // of one trial
+constexpr unsigned mostSeconds = 20;  // per trial
 
-int assertionPipe = -1;  // of a trial's process
+int assertionPipe = -1;  // in the process of a trial
 
 void tell(int pipe, std::string_view text) {
   while (!text.empty()) {
@@ -31,7 +31,7 @@ void tell(int pipe, std::string_view text) {
 
 [[noreturn]] void tryHere(Operations const& operations, int pipe) {
   assertionPipe = pipe;
-  signal(SIGSEGV, SIG_DFL);  // whatever the parent does about it
+  signal(SIGSEGV, SIG_DFL);  // whatever handler the parent has set
   alarm(mostSeconds);
   Kor::assertionHandlerIs([](Kor::AssertionFailure const& failure) {
     tell(assertionPipe,
@@ -55,7 +55,7 @@ bool fails(Operations const& operations) {
   return !trial(operations).empty();
 }
 
-// Leaves out runs of steps, long ones first.
+// Removes runs of steps, long ones first.
 bool leaveOut(Operations& operations) {
   bool better = false;
   for (std::size_t length = std::max<std::size_t>(operations.size() / 2, 1); length > 0;

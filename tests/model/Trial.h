@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Trials of operations that may end the process: assertions of helper and core do.
+// Trials of steps that may end the process, as assertions of helper and core do.
 
 #include "model/Operation.h"
 
@@ -10,14 +10,14 @@
 
 namespace Model {
 
-// Runs the steps in a process of its own. Answers what is wrong, also when it ended on an assertion
-// or a signal, or did not end; "" if nothing is.
+// Performs the steps in a process of its own. Returns what is wrong, including an end by an
+// assertion or a signal and a run that does not end; "" if nothing is.
 [[nodiscard]] std::string trial(Operations const& operations);
 
-// The fewest and plainest steps among those that still fail.
+// A minimal list of steps that still fails, with the simplest numbers.
 [[nodiscard]] Operations shrunk(Operations operations);
 
-// A text with all that is needed to see the failure again.
+// A text with everything that is needed to reproduce the failure.
 [[nodiscard]] std::string report(Operations const& operations);
 
 }  // namespace Model

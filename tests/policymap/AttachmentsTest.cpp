@@ -97,7 +97,7 @@ TEST(Attachments, APolicyStaysWhereItIsAttachedElsewhere) {
   EXPECT_THAT(attachments.places(), ElementsAre(oneOutput, twoInput));
 }
 
-// Both indexes say what the places say, after any sequence of calls.
+// Both indexes agree with the places after any sequence of calls.
 RC_GTEST_PROP(Attachments, TheIndexesFollowThePlaces, ()) {
   Attachments attachments;
   std::map<ServicePolicyKey, std::string> model;

@@ -22,7 +22,7 @@ using testing::IsEmpty;
 
 constexpr ActionType one{1};
 
-// Holds action machines as a class machine does.
+// Holds action machines, as a class machine does.
 class PlainClass final : public ClassActions::Class {
  public:
   Hooks hooks;
@@ -30,7 +30,7 @@ class PlainClass final : public ClassActions::Class {
   Kor::Ptr<ClassAction const> configuredConst = configured;
   Kor::Ptr<ClassMapSmCommonData> data = Kor::make<ClassMapSmCommonData>("c", nullptr, nullptr);
   std::map<ActionType, Kor::Ptr<ActionSm>> machines;
-  std::function<void()> deed;  // once, when a machine is created
+  std::function<void()> deed;  // runs once, when a machine is created
 
   Kor::Ptr<ClassAction const> const& classAction() const override { return configuredConst; }
   Kor::Ptr<ClassMapSmCommonData> const& classCommonData() const override { return data; }

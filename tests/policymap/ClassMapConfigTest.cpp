@@ -81,7 +81,7 @@ TEST(ClassMaps, AHookMayDropTheClassMapThatIsBeingWritten) {
   auto const watcher = Kor::make<ClassMapWatcher>(journal, "c", all->classMapConfigIs("c").get());
   watcher->reactionIs([&] { all->classMapConfigDel("c"); });
   auto const subConfig = Kor::make<ClassMapSubConfig>("c");
-  // Uncounted on purpose: the collection holds the only reference.
+  // Not counted on purpose: the collection holds the only reference.
   ClassMapConfig* const written = all->classMapConfig("c").get();
   written->currentSubConfigIs(subConfig);
   EXPECT_THAT(journal, ElementsAre("c: currentSubConfig"));

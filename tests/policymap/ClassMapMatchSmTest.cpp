@@ -17,7 +17,7 @@ class MatchMachine : public testing::Test {
   Kor::Ptr<Acl::AclDiff> diff = Kor::make<Acl::AclDiff>();
   Kor::Ptr<ClassMapMatchSm> machine = Kor::make<ClassMapMatchSm>(ClassMapMatchOption::ipv4);
 
-  // Rules of list "a" as it is after a rewrite to one rule of that protocol.
+  // Rewrites list "a" to one rule of that protocol and returns its rules.
   [[nodiscard]] ClassRules::PtrConst rewritten(int protocol) const {
     Acl::IpRuleConfig rule;
     rule.protocolIs(protocol);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Observers of the configuration objects: each writes down what it is notified of.
+// Observers of the configuration objects. Each records its notifications.
 
 #include "policymap/PolicyBench.h"
 #include "support/Watcher.h"

@@ -23,11 +23,11 @@ using testing::IsEmpty;
 constexpr auto ipv4 = ClassMapMatchOption::ipv4;
 constexpr auto ipv6 = ClassMapMatchOption::ipv6;
 
-// A policy of any classes, which counts how it is asked for them.
+// The owner of any classes. It counts the requests for them.
 class Owner final : public PolicyMap::PolicyOwner {
  public:
   Classes classes;
-  mutable unsigned asked = 0;  // for all classes
+  mutable unsigned asked = 0;  // requests for all classes
   mutable std::vector<std::set<Kor::Name>> askedNames;
 
   Kor::Ptr<Kor::PtrInterface> pinned() override { return nullptr; }
@@ -121,7 +121,7 @@ class Due : public testing::Test {
     machine->classNameIs(Kor::Name(name));
     owner.classes.push_back(machine);
   }
-  // The next pass in short; "nothing".
+  // The operations of the next pass, or "nothing".
   std::string next() {
     std::optional<Pass> const pass = due.next(turn);
     std::string steps;
@@ -130,7 +130,7 @@ class Due : public testing::Test {
     }
     return pass ? steps : "nothing";
   }
-  // As after the pass that programs ipv4.
+  // The state after the pass that programs ipv4.
   void programmed() {
     due.rulesDue(ipv4);
     state[ipv4].classes = due.next(turn)->classes;
@@ -245,7 +245,7 @@ TEST_F(Due, OnlyWhatFailedAndIsTriedAgainIsDueByItself) {
   EXPECT_TRUE(state[ipv6].due());
 }
 
-// What is wrong with its rules is still asked for, since it refuses the other options.
+// Its rules are still checked for errors, because an error refuses the other options too.
 TEST_F(Due, AnOptionThatIsNotAllowedIsNotProgrammed) {
   host.forbidden = {ipv4};
   due.rulesDue(ipv4);

@@ -216,7 +216,7 @@ TEST_F(Arbiter, KnowsWhoCreatedWhat) {
   EXPECT_FALSE(arbiter.created(key, ipv4));
 }
 
-// Results that come later.
+// asynchronous results
 
 class AsyncArbiter : public Arbiter {
  protected:

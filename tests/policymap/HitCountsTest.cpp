@@ -79,7 +79,7 @@ TEST_F(HitCount, OfAnUnknownPolicyIsNotAskedFor) {
   EXPECT_EQ(bench.helper->countCalls, 0U);
 }
 
-// The policy is read for both options until it is told to stop.
+// The counts of both options are read until the callback returns false.
 TEST_F(HitCount, IsNotAskedForAfterTheStop) {
   PolicyMap::ProgrammedState state;
   auto const data = Kor::make<PolicyMap::ClassMapSmCommonData>("c", nullptr, nullptr);
@@ -103,7 +103,7 @@ TEST_F(HitCount, IsNotAskedForAfterTheStop) {
   EXPECT_EQ(bench.helper->countCalls, 1U);
 }
 
-// Throws when it is asked for the count of rule 10.
+// Throws when the count of rule 10 is read.
 class ThrowingCounts final : public CallLog {
  public:
   std::uint64_t getCountForRule(PolicyMap::AclRuleKey const& key, PolicyData const& data,

@@ -15,7 +15,7 @@ using PolicyMap::ClassMapMatchOption;
 using PolicyMap::IntfEligibility;
 using PolicyMap::IntfStatuses;
 
-// What the statuses say of one interface.
+// The statuses of one interface.
 struct Facts {
   bool ip = false;
   bool ip6 = false;
@@ -29,7 +29,7 @@ struct Row {
   char const* intf;
   Facts facts;
   char const* layer;    // "2", "3" or ""
-  char const* options;  // that it may carry
+  char const* options;  // eligible for these
 
   friend void PrintTo(Row const& row, std::ostream* out) { *out << row.name; }
 };

@@ -43,7 +43,7 @@ TEST(NumberPool, AfterTheHighestItIsTheFirstFreeOneBefore) {
   EXPECT_EQ(pool.takeNext(highest - 3), highest - 4);
 }
 
-// What it should do, one number after the other.
+// The reference: one number after the other.
 class PlainPool {
  public:
   bool take(std::uint32_t number) { return taken_.insert(number).second; }

@@ -59,8 +59,8 @@ ProgrammedClasses classesOf(std::string_view rules) {
   return classes;
 }
 
-// The steps in short: "-1" removes an interface, "+1" adds it, then create, re-create, rules,
-// commit, delete.
+// The steps in short: "-1" removes an interface, "+1" adds it; the others are named after their
+// operation.
 std::string inShort(std::optional<PolicyMap::Pass> const& pass) {
   std::ostringstream out;
   if (!pass) {
@@ -84,15 +84,15 @@ std::string inShort(std::optional<PolicyMap::Pass> const& pass) {
   return out.str();
 }
 
-// One row: what there is, what is wanted, what the helper can do, and what follows.
+// What is present, what is wanted, what the helper supports, and the expected plan.
 struct Row {
   char const* name;
-  // Present: rules programmed ("": none), where, and whose it is.
+  // Present: the programmed rules ("": none), at which interfaces, and whether created and owned.
   char const* programmed;
   char const* at;
   bool created;
   bool owned;
-  // Wanted: rules ("=": as programmed), and where.
+  // Wanted: the rules ("=": as programmed), and at which interfaces.
   char const* wanted;
   char const* wantedAt;
   char const* steps;
@@ -169,7 +169,7 @@ Row const rows[] = {
 
 class Planned : public testing::TestWithParam<Row> {
  protected:
-  // Classes of equal rules share their common data, as one class machine gives them.
+  // Classes with equal rules share their common data, as if from one class machine.
   static WantedPolicy wantedOf(Row const& row, OptionState const& state) {
     WantedPolicy wanted;
     if (std::string_view(row.wanted) == "=") {
@@ -233,7 +233,7 @@ TEST_F(Planned, ClassesOfOtherMachinesCanBeTakenOver) {
   HelperTraits helper;
   helper.updateActions = true;
   EXPECT_TRUE(planOption(ipv4, wanted, present, state, helper, &diff).sameRules);
-  // Their actions are to be programmed from the new data.
+  // Without updates, their actions are programmed from the new data by re-creation.
   helper.updateActions = false;
   EXPECT_EQ(inShort(planOption(ipv4, wanted, present, state, helper, &diff).pass),
             "recreatePolicy addRule commit");

@@ -29,7 +29,7 @@ using Outcome = PassRun::Outcome;
 constexpr auto ipv4 = ClassMapMatchOption::ipv4;
 constexpr auto ipv6 = ClassMapMatchOption::ipv6;
 
-// Holds the arbiter and writes down what it is told.
+// Holds the arbiter and records its notifications.
 class Holder final : public HelperArbiter::Client, public PassRun::Observer {
  public:
   std::vector<std::string> told;
@@ -44,7 +44,7 @@ class Holder final : public HelperArbiter::Client, public PassRun::Observer {
   void updateFailed() override { told.emplace_back("update failed"); }
 };
 
-// Does something inside each operation whose line begins with a word.
+// Runs a function inside each operation whose line begins with a given word.
 class DoingLog final : public CallLog {
  public:
   std::string word;
@@ -94,7 +94,7 @@ class Run : public testing::Test {
     run = std::make_unique<PassRun>(std::move(pass), helper, holder, data, state, holder);
     return *run;
   }
-  // Programmed for both options.
+  // Programs both options.
   void standing() {
     start(program()).run();
     start(program(ipv6)).run();
@@ -175,7 +175,7 @@ TEST_F(Run, ADeletionThatThrowsLeavesThePolicyCreatedAndOwned) {
   EXPECT_EQ(helper->arbiter().creator(data->policyKey(), ipv4), &holder);
   EXPECT_TRUE(run->deletionThrew());
   EXPECT_EQ(run->failure().error(), "no");
-  // What the helper has is known, and to be created again.
+  // The classes on the helper stay known, and a re-creation is due.
   EXPECT_EQ(state[ipv4].classes.size(), 1U);
   EXPECT_TRUE(state[ipv4].recreate);
   EXPECT_TRUE(data->hasIntf(ipv4, intf("Ethernet1")));
@@ -315,7 +315,7 @@ TEST_F(Run, ABracketThatCannotBeClosedBlamesNoRule) {
   EXPECT_EQ(state[ipv6].failure.rule(), PolicyMap::AclRuleKey());
 }
 
-// It is created again with the actions of both classes.
+// The option is created again, with the actions of both classes.
 TEST_F(Run, OfAnOptionWhoseUpdateFailedTheNextClassIsNotUpdated) {
   ProgrammedClass const next = classOf("d");
   Pass both = program();

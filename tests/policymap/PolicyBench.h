@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What tests of the core need around it: a helper that writes down every call, machines that create
-// nothing but base machines, and short ways to configure.
+// The environment for tests of the core: a helper that records every call, machines that create
+// only base machines, and short functions to configure.
 
 #include "support/ForwardingHelper.h"
 
@@ -32,7 +32,7 @@ inline std::string text(auto const& value) {
   return out.str();
 }
 
-// Writes down every call as one line and returns "" or the text that was asked for. The line begins
+// Records every call as one line and returns the text that is set for it, or "". The line begins
 // with the operation without its object: "create", "addIntf".
 class CallLog : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapAclHelper> {
  public:
@@ -42,10 +42,10 @@ class CallLog : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapAclHelp
   std::map<PolicyMap::AclRuleKey, std::uint64_t> counts;
   std::uint32_t countCalls = 0;
 
-  // The lines since the last look.
+  // Returns the lines since the last call and clears them.
   std::vector<std::string> taken() { return std::exchange(calls, {}); }
 
-  // The first word of the line.
+  // The first word of the line of a call.
   static std::string wordOf(TestSupport::HelperCall const& call) {
     for (std::string_view const object :
          {"ToPolicy", "FromPolicy", "Policy", "UpdateActions", "Action"}) {
@@ -121,7 +121,7 @@ class CallLog : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapAclHelp
   }
 };
 
-// An action that carries a number, and its machine.
+// An action with a number, and its machine.
 class NumberAction : public PolicyMap::Action {
  public:
   NumberAction(char const* className, int kind)
@@ -136,8 +136,9 @@ class NumberAction : public PolicyMap::Action {
   int number_ = 0;
 };
 
-// What every machine built on the base machines does with their toggles: passes on what changes
-// something, marks itself when the reactors are done, and quiets them before it ends.
+// The toggles that every machine derived from the base machines needs: a toggle that changes
+// nothing is ignored, the machine is marked after its reactors have stopped, and destruction stops
+// the reactors first.
 template <class Machine>
 class Toggled : public Machine {
  public:
@@ -223,7 +224,7 @@ class ServiceSm : public Toggled<PolicyMap::ServicePolicySm> {
   }
 };
 
-// Configuration, statuses, helper and machine of one test, on virtual time.
+// The configuration, statuses, helper and machine of one test, on virtual time.
 class PolicyBench {
  public:
   PolicyBench() { Kor::EventLoop::global().virtualTimeIs(true); }
@@ -261,7 +262,7 @@ class PolicyBench {
         Kor::Ptr<PolicyMap::PolicyMapAclHelper>(helper), diff, allowL2, allowL3, allowMgmt);
     machine->hasNotificationActiveIs(true);
   }
-  // Turns the loop and answers what the helper was asked meanwhile.
+  // Turns the loop and returns the calls of the helper during it.
   std::vector<std::string> settle() {
     Kor::EventLoop::global().runUntilIdle();
     return helper->taken();

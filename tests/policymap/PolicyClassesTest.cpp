@@ -24,7 +24,7 @@ using PolicyMap::PolicyMapSubConfig;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A class machine that does something once when it is cleaned up.
+// A class machine that runs a function once, when it is cleaned up.
 class LeavingClassSm final : public RecordingClassSm {
  public:
   using RecordingClassSm::RecordingClassSm;
@@ -38,7 +38,7 @@ class LeavingClassSm final : public RecordingClassSm {
   }
 };
 
-// Holds class machines as a policy-map machine does, and writes down what it is told.
+// Holds class machines, as a policy-map machine does, and records its notifications.
 class PlainPolicy final : public PolicyClasses::Policy {
  public:
   Hooks hooks;
@@ -104,7 +104,7 @@ class ConfiguredClasses : public testing::Test {
   void classMap(char const* name) const {
     classMaps->classMapConfigIs(name)->currentSubConfigIs(Kor::make<ClassMapSubConfig>(name));
   }
-  // Class "c" with its machine.
+  // Configures a class and creates its machine.
   void build(char const* name = "c") {
     classMap(name);
     policy.classes->classPrioIs(name, 10);

@@ -22,7 +22,7 @@ constexpr auto ipv4 = ClassMapMatchOption::ipv4;
 constexpr auto ipv6 = ClassMapMatchOption::ipv6;
 PolicyMapSmKey const input("pm", "input");
 
-// Throws in deletePolicy, while there is a text to throw, and does something once in commitPolicy.
+// deletePolicy() throws while `thrown` is set. commitPolicy() runs a function once.
 class FaultyLog final : public CallLog {
  public:
   std::function<void()> deed;
@@ -43,7 +43,7 @@ class FaultyLog final : public CallLog {
   }
 };
 
-// Writes down the options for which it is asked about interfaces.
+// Records for which options and interfaces eligibility is requested.
 class AskedServiceSm final : public ServiceSm {
  public:
   using ServiceSm::ServiceSm;
@@ -57,7 +57,7 @@ class AskedServiceSm final : public ServiceSm {
   }
 };
 
-// A service machine of one interface that serves any policy.
+// A service that has one interface for every policy.
 class OneIntfService final : public PolicyMap::PolicyReconciler::Service {
  public:
   Kor::Ptr<PolicyMap::PolicyMapAclHelper> helper;
@@ -142,7 +142,7 @@ TEST_F(Reconciling, OnlyTheOptionThatFailedIsLookedAtAgain) {
   EXPECT_THAT(machine->asked, Each(ipv4));
 }
 
-// The helper is to be left when the commit returns, but the service machine goes before.
+// The helper is due to be released when the commit returns, but the service is removed first.
 TEST_F(Reconciling, ANewServiceMachineIsServedThoughTheOldOneWasLeavingItsHelper) {
   auto const helper = Kor::make<FaultyLog>();
   bench.helper = helper;
@@ -187,7 +187,7 @@ TEST_F(Reconciling, AMachineThatIsNotActiveLooksAtNoInterface) {
   EXPECT_FALSE(bench.machine->policyMapSm(input)->activeIntf(intf("Ethernet1")));
 }
 
-// The rule is refused because of what the helper cannot do.
+// The rule is refused because the helper does not support it.
 TEST_F(Reconciling, ARefusalIsShownAtTheClassAndStaysWithoutInterfaces) {
   Acl::IpRuleConfig deny;
   deny.permitIs(false);
@@ -235,7 +235,7 @@ TEST_F(Reconciling, ATeardownThatFailsAgainShowsItsLastText) {
 }
 
 // The helper is replaced during the commit of one policy, and the loop turns before the commit
-// returns. The other policy is programmed on the new helper with its interface.
+// returns. The other policy is programmed on the new helper, with its interface.
 TEST_F(Reconciling, AHelperIsLeftBeforeTheNextOneIsProgrammed) {
   bench.policy("other")->classPrioIs(Kor::Name("c"), 10);
   bench.attach("other", "Ethernet2");
@@ -268,7 +268,7 @@ TEST_F(Reconciling, OfTwoReplacementsInsideAnOperationTheFirstHelperIsLeftToo) {
   EXPECT_THAT(last->calls, Contains("commit pm/input/ipv4"));
 }
 
-// Delivers a result while it deletes.
+// Delivers a result during each deletion.
 class LateResults final : public CallLog {
  public:
   Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) override {
@@ -286,7 +286,7 @@ TEST_F(Reconciling, AResultThatComesDuringTheRollBackAfterItsTimeOutIsDropped) {
   EXPECT_EQ(bench.status->policyMapStatus(input)->error(), "no result within 30 seconds");
 }
 
-// The text stays while nothing of the policy is programmed on the next helper.
+// The text stays while nothing of the policy is programmed on the new helper.
 TEST_F(Reconciling, TheFailureOfLeavingAHelperStaysUntilAPassEndsWell) {
   bench.start();
   bench.settle();
@@ -314,7 +314,7 @@ TEST_F(Reconciling, AnInterfaceIsNoMatterOfOptionsThatAreRefused) {
   EXPECT_THAT(machine->asked, IsEmpty());
 }
 
-// Does something once, when the status of a class has gone.
+// Runs a function once, after the status of a class was removed.
 class ClassGoneHook final : public PolicyMap::PolicyMapStatus::NotifieeConst {
  public:
   ClassGoneHook(PolicyMap::PolicyMapStatus const* status, std::function<void()> deed)
@@ -330,8 +330,8 @@ class ClassGoneHook final : public PolicyMap::PolicyMapStatus::NotifieeConst {
   std::function<void()> deed_;
 };
 
-// The class comes back while its machine is dropped, so it has another one with the same rules. The
-// pass that another option needs ends first.
+// The class is configured again while its machine is dropped, so it has a new machine with the same
+// rules. The pass that the other option needs ends first.
 TEST_F(Reconciling, AClassThatWasBuiltAgainIsShownAsProgrammed) {
   bench.acls->ip6AclIs("six")->ruleIs(10, {});
   bench.classMatches("d", "six", 1, ipv6);
@@ -353,7 +353,7 @@ TEST_F(Reconciling, AClassThatWasBuiltAgainIsShownAsProgrammed) {
   EXPECT_TRUE(status->classMapStatus("d")->programmed());
 }
 
-// Tears the first policy down; the turn of the second one, which follows at once, ends the machine.
+// Deletes the first policy. The turn of the second policy follows at once and destroys the machine.
 TEST_F(Reconciling, TheNextTurnMayEndTheMachineOfThePolicyThatHadTheLast) {
   bench.policy("zz")->classPrioIs(Kor::Name("c"), 10);
   bench.attach("zz", "Ethernet2");
@@ -369,7 +369,7 @@ TEST_F(Reconciling, TheNextTurnMayEndTheMachineOfThePolicyThatHadTheLast) {
   EXPECT_FALSE(bench.machine);
 }
 
-// Nothing else about the class has changed.
+// Only the actions of the class have changed.
 TEST_F(Reconciling, ActionsThatMovedWhileTheMachineWasOffAreUpdatedWhenItIsOn) {
   bench.helper->updateActionSupportedIs(true);
   bench.start();
@@ -382,7 +382,7 @@ TEST_F(Reconciling, ActionsThatMovedWhileTheMachineWasOffAreUpdatedWhenItIsOn) {
   EXPECT_THAT(bench.settle(), Contains("update pm/input/ipv4 c:acl:10"));
 }
 
-// It is still created there, as far as is known.
+// The policy counts as still created on that helper.
 TEST_F(Reconciling, AHelperThatComesBackAfterADeletionThatThrewIsCreatedAgain) {
   auto const helper = Kor::make<FaultyLog>();
   bench.helper = helper;
@@ -395,7 +395,7 @@ TEST_F(Reconciling, AHelperThatComesBackAfterADeletionThatThrewIsCreatedAgain) {
   EXPECT_THAT(bench.settle(), Contains("recreate pm/input/ipv4"));
 }
 
-// The first policy waits for a result when the machine is switched off; the second is next.
+// The machine is switched off while the first policy waits for a result and the second is next.
 TEST_F(Reconciling, ATurnThatComesWhileTheMachineIsOffProgramsNothing) {
   bench.policy("zz")->classPrioIs(Kor::Name("c"), 10);
   bench.attach("zz", "Ethernet2");
@@ -410,7 +410,7 @@ TEST_F(Reconciling, ATurnThatComesWhileTheMachineIsOffProgramsNothing) {
   EXPECT_THAT(bench.settle(), Contains("create zz/input/ipv4"));
 }
 
-// Does something once, when an option has failed.
+// Runs a function once, after an option has failed.
 class FailureHook final : public PolicyMap::PolicyMapStatus::NotifieeConst {
  public:
   FailureHook(PolicyMap::PolicyMapStatus const* status, std::function<void()> deed)

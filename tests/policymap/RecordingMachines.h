@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// A tree of machines that write down which hooks the core calls, and in what state they find
-// things.
+// A tree of machines that record which hooks the core calls, and the state at each call.
 
 #include "policymap/PolicyBench.h"
 
@@ -14,7 +13,7 @@
 
 namespace policymap {
 
-// What all machines of one tree share: what happened, and what the test wants of them.
+// Shared by all machines of one tree: the journal, and the behaviour that the test sets.
 struct Hooks {
   std::vector<std::string> journal;
   std::set<int> refusedKinds;      // createActionSm returns null
@@ -24,7 +23,7 @@ struct Hooks {
   bool refuseClassStatus = false;  // createClassMapStatus returns null
   bool refuseMatchSm = false;      // createMatchSm returns null
 
-  std::map<std::string, std::function<void()>> deeds;  // done once, when their line is written
+  std::map<std::string, std::function<void()>> deeds;  // run once, when their line is written
 
   void say(std::string const& line) {
     journal.push_back(line);
@@ -226,7 +225,7 @@ class RecordingServiceSm : public Toggled<PolicyMap::ServicePolicySm> {
   Hooks& hooks_;
 };
 
-// The configuration of a bench under recording machines.
+// A bench whose machines record their hooks.
 struct RecordingBench : PolicyBench {
   Hooks hooks;
   Kor::Ptr<RecordingServiceSm> service;
@@ -236,7 +235,7 @@ struct RecordingBench : PolicyBench {
   RecordingBench(RecordingBench const&) = delete;
   RecordingBench& operator=(RecordingBench const&) = delete;
 
-  // A machine on the bench's configuration that is not active yet.
+  // Creates a machine on the bench's configuration. It is not active yet.
   void make() {
     service = Kor::make<RecordingServiceSm>(
         hooks, Kor::Ptr<PolicyMap::PolicyMapTypeConfig const>(policies),

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// What holds for every type that the platform registers.
+
+// Properties of every type that the platform registers.
 
 #include "acl/ValueChecks.h"
 #include "policymap/PolicyBench.h"
@@ -36,7 +36,7 @@ using TestSupport::rangeError;
 using Code = GenericIf::AttributeOp;
 using Kind = GenericValue::Kind;
 
-// The types under test; a test program may register more for itself.
+// The types under test, without those that a test program registers for itself.
 std::vector<KorType const*> platformTypes() {
   std::vector<KorType const*> types;
   for (KorType const* const type : KorType::all()) {
@@ -51,7 +51,7 @@ std::string nameOf(KorType const* type) {
   return std::string(type->name());
 }
 
-// Values of each type, the default one first.
+// Sample values of each type, the default value first.
 class Samples {
  public:
   Samples() {
@@ -71,7 +71,7 @@ class Samples {
     addPolicyMap();
   }
 
-  // None for a type that is not listed here.
+  // Empty for a type that has no samples.
   [[nodiscard]] std::vector<GenericValue> of(KorType const* type) const {
     auto const found = byType_.find(nameOf(type));
     return found == byType_.end() ? std::vector<GenericValue>() : found->second;
@@ -104,7 +104,7 @@ class Samples {
     add<Acl::OptionalRule>({{}, ip_, ip6_, mac_, Acl::IpRuleConfig()});
   }
   void addPolicyMap() {
-    using namespace PolicyMap;  // NOLINT(google-build-using-namespace): many of its names at once
+    using namespace PolicyMap;  // it uses many of the names
     AclRuleKey const rule(Kor::Name("c"), Kor::Name("web"), 10, ClassMapMatchOption::mac);
     add<ClassMapMatchOption>({ClassMapMatchOption::ipv4, ClassMapMatchOption::mpls,
                               ClassMapMatchOption{7}, ClassMapMatchOption{-1}});
@@ -155,8 +155,8 @@ class Samples {
   std::map<std::string, std::vector<GenericValue>> byType_;
 };
 
-// Objects of every type: a bench with a programmed policy, and one more of each type that can be
-// built by name.
+// Objects of every type: those of a bench with a programmed policy, and one more of each type that
+// can be constructed by name.
 class Objects {
  public:
   Objects() {
@@ -182,7 +182,7 @@ class Objects {
     }
   }
 
-  // Null pointers, and for everything else a sample that is not the default.
+  // Null for pointers, otherwise a sample that is not the default.
   [[nodiscard]] GenericValue arguments(KorType const& type) const {
     auto list = GenericList::of();
     for (Kor::ArgumentSpec const& argument : type.constructorArgs()) {
@@ -246,7 +246,7 @@ bool isEnumeration(KorType const* type) {
   return type->operations().print != nullptr;
 }
 
-// What reading an attribute answers is of its type.
+// An attribute that is read has a value of its type.
 void expectOfType(GenericValue const& value, KorType const* type, std::string const& what) {
   switch (value.kind()) {
   case Kind::none: ADD_FAILURE() << what << ": no value"; break;
@@ -262,7 +262,7 @@ void expectOfType(GenericValue const& value, KorType const* type, std::string co
   }
 }
 
-// The type's records ------------------------------------------------------------------------
+// Type records
 
 TEST(RegisteredTypes, HaveNamesThatTellThemApart) {
   std::set<std::string_view> names;
@@ -378,7 +378,7 @@ TEST(RegisteredTypes, NameNoTypeThatIsNotRegistered) {
   }
 }
 
-// Instances --------------------------------------------------------------------------------------
+// Instances
 
 class RegisteredInstances : public testing::Test {
  protected:
@@ -477,7 +477,7 @@ TEST_F(RegisteredInstances, AreBuiltByNameFromTheirOwnAttributes) {
       continue;
     }
     if (type->name() == "PolicyMap::ClassMapMatch") {
-      continue;  // parts chosen for themselves do not go together
+      continue;  // it rejects parts that do not fit together
     }
     GenericIf const made = Kor::genericConstruct(*type, arguments);
     EXPECT_EQ(made.type(), type);
@@ -492,7 +492,7 @@ TEST_F(RegisteredInstances, AreBuiltByNameFromTheirOwnAttributes) {
   }
 }
 
-// Text forms ------------------------------------------------------------------------------------
+// Text forms
 
 GenericValue parsedAs(KorType const* type, Kor::String8 const& text) {
   if (type->operations().parse == nullptr) {

@@ -40,7 +40,7 @@ class Compiling : public testing::Test {
   void nest(std::string const& name, std::uint32_t place, std::string const& nested) const {
     classMap(name)->matchIs(place, ClassMapMatch::classMap(Kor::String8(nested)));
   }
-  // A list of so many rules; each takes another block of addresses or ports.
+  // A list of `rules` rules, each with an address block or a port of its own.
   void list(char const* name, std::uint32_t rules, bool byPort = false) const {
     auto const config = acls->ipAclIs(Kor::Name(name));
     for (std::uint32_t i = 0; i < rules; ++i) {
@@ -198,7 +198,7 @@ TEST_F(Compiling, ARuleThatMatchesNothingIsNoObstacle) {
   EXPECT_EQ(compiled().error, "");
 }
 
-// Of class-maps that nest one another in a circle, a long path is told by its ends.
+// A long path of nested class-maps is reported with its first and last members only.
 TEST_F(Compiling, AClassMapThatMatchesItselfIsToldWithBothEndsOfThePath) {
   auto const circle = [this](int length) {
     classes = Kor::make<PolicyMap::ClassMapTypeConfig>();
@@ -215,7 +215,7 @@ TEST_F(Compiling, AClassMapThatMatchesItselfIsToldWithBothEndsOfThePath) {
   EXPECT_EQ(circle(99), start + "... > n91 > n92 > n93 > n94 > n95 > n96 > n97 > n98 > c");
 }
 
-// limits ------------------------------------------------------------------------------------------
+// limits
 
 TEST_F(Compiling, TheUsualLimits) {
   EXPECT_EQ(limits.composedRules, 1000000U);
@@ -305,7 +305,7 @@ TEST_F(Compiling, OfTwoOptionsTheErrorOfTheFirstIsTold) {
   EXPECT_EQ(compiled().error, "class-map c: the TTL matches of rules 1 and 1 cannot be combined");
 }
 
-// Each operand of the match-all nests "leaf", for all but the first once more.
+// Each operand of the match-all nests "leaf": all but the first repeat the walk.
 TEST_F(Compiling, ClassMapsAreWalkedAgainAsOftenAsTheLimitAndNoMore) {
   matchAll("c");
   for (std::uint32_t i = 0; i < 6; ++i) {

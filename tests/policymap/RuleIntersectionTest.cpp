@@ -26,7 +26,7 @@ using PolicyMap::Inexpressible;
 using PolicyMap::Intersection;
 using PolicyMap::PortRanges;
 
-// A field of another type than these does not compile.
+// A field of any other type does not compile.
 template <class Value>
 concept Meets = requires(Value const& one, Value& both) {
   PolicyMap::meet(one, one, both);
@@ -35,7 +35,7 @@ static_assert(Meets<bool> && Meets<std::uint32_t> && Meets<Acl::OptionalNumber>)
 static_assert(!Meets<std::uint8_t> && !Meets<std::int64_t> && !Meets<std::string>);
 static_assert(!Meets<PortMatch>, "ports need their exact ranges");
 
-// every field of every rule -----------------------------------------------------------------------
+// every field of every rule
 
 template <class Rule>
 Rule const* found(Intersection<Rule> const& met) {
@@ -120,7 +120,7 @@ TEST_P(EveryField, Meets) {
 INSTANTIATE_TEST_SUITE_P(RuleIntersection, EveryField, testing::ValuesIn(allFields()),
                          [](auto const& field) { return field.param.name; });
 
-// numbers -----------------------------------------------------------------------------------------
+// numbers
 
 ExactRule<Acl::IpRuleConfig> withTtl(TtlMatch const& ttl) {
   ExactRule<Acl::IpRuleConfig> exact;
@@ -175,7 +175,7 @@ TEST(RuleIntersection, ExactPortsMeetFurtherPorts) {
   EXPECT_EQ(holed.srcPorts, (PortRanges{{79, 79}, {81, 82}}));
   EXPECT_TRUE(holed.dstPorts.empty());
 
-  // Meeting any port leaves the ranges, and what is left of them may be one again.
+  // An intersection with any port keeps the ranges. A further one can leave a single range.
   EXPECT_EQ(std::get<ExactRule<Acl::IpRuleConfig>>(intersect(holed, {})), holed);
   EXPECT_EQ(std::get<ExactRule<Acl::IpRuleConfig>>(intersect({}, holed)), holed);
   b.rule.srcPortIs(PortMatch::gt(80));
@@ -212,7 +212,7 @@ TEST(RuleIntersection, TheMatchOfExactPortsIsTheSmallestRangeAroundThem) {
   }
 }
 
-// packets -----------------------------------------------------------------------------------------
+// packets
 
 template <class Match>
 rc::Gen<Match> numbers() {
@@ -256,7 +256,7 @@ RC_GTEST_PROP(RuleIntersection, TakesThePortsAndTtlsThatAllRulesTake, ()) {
     rule.rule.dstPortIs(*numbers<PortMatch>());
     rule.rule.ttlIs(*numbers<TtlMatch>());
     if (rule.rule.matchesNothing()) {
-      rules.pop_back();  // such rules are left out before rules are intersected
+      rules.pop_back();  // the compiler leaves such rules out before it intersects
       continue;
     }
     auto const met = intersect(all, rule);
@@ -283,7 +283,7 @@ RC_GTEST_PROP(RuleIntersection, TakesThePortsAndTtlsThatAllRulesTake, ()) {
     RC_ASSERT(!some || !expressible || takes(all) == taken);
   }
   RC_ASSERT(some == (anyPort && anyTtl));
-  // The smallest match around exact ranges says how far they go.
+  // The match of the rule is the smallest one that covers the exact ranges.
   if (some && expressible && !all.dstPorts.empty()) {
     RC_ASSERT(all.rule.dstPort() ==
               PortMatch::range(all.dstPorts.front().low, all.dstPorts.back().high));

@@ -173,7 +173,7 @@ TEST_F(ServiceMachine, MayBeRefusedAPolicyMachine) {
   EXPECT_THAT(bench.settle(), ElementsAre("hwInit"));
 }
 
-// The dependency index alone tells of class-maps here: a second voice would ask twice.
+// Only the dependency index reports class-maps here. A second observer would request twice.
 TEST_F(ServiceMachine, AClassMapThatComesIsOneReasonToAskForAClassMachine) {
   bench.policy("pm")->classPrioIs(Kor::Name("c"), 10);
   bench.attach("pm", "Ethernet1");
@@ -312,7 +312,7 @@ TEST_F(ServiceMachine, AMemberThatMovesIsLookedAtWithBothItsChannels) {
                                                "handleIntf Ethernet3"));
 }
 
-// A policy at a port-channel of Ethernet3 and Ethernet4, on a helper that expands it.
+// A policy at a port-channel of Ethernet3 and Ethernet4, on a helper that expands port-channels.
 class ServiceMachineWithChannel : public ServiceMachine {
  protected:
   void SetUp() override {
@@ -591,7 +591,8 @@ TEST_F(ServiceMachine, NewAccessListsMeanNewGlobalDataAndANewTree) {
   EXPECT_EQ(oldMachine->globalCommonData(), oldData);
 }
 
-// One deletion on the former helper turns the event loop while the other policy is still there.
+// A deletion on the former helper turns the event loop while the other policy is still programmed
+// there.
 TEST_F(ServiceMachine, ProgramsNothingOnAnotherHelperWhilePoliciesLeaveTheFormerOne) {
   class Turning : public CallLog {
    public:

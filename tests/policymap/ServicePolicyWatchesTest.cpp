@@ -18,7 +18,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-// Writes every report down.
+// Records every report.
 class Journal final : public ServicePolicyWatches::Owner {
  public:
   std::vector<std::string> taken() { return std::exchange(lines_, {}); }
@@ -61,7 +61,7 @@ class Watches : public testing::Test {
     watches.routing6Info.objectIs(bench.routing6);
     watches.aclHelper.objectIs(bench.helper);
   }
-  // One change of each object.
+  // Changes each object once.
   void changeEverything() const {
     bench.policies->policyMapConfigIs("pm");
     bench.attach("pm", "Ethernet1");

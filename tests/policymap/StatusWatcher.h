@@ -8,7 +8,7 @@
 
 namespace policymap {
 
-// Writes down what a policy status notifies of.
+// Records the notifications of a policy status.
 class StatusWatcher : public TestSupport::Watcher<PolicyMap::PolicyMapStatus::NotifieeConst> {
  public:
   using Watcher::Watcher;

@@ -29,8 +29,8 @@ PortBlock checked(std::uint16_t low, std::uint16_t high) {
   return {low, high, true};
 }
 
-// Halves [low, high] of the port space until a part lies wholly inside or outside the wanted range:
-// the leaves inside are the fewest possible.
+// Halves [low, high] of the port space until each part lies wholly inside or outside the wanted
+// range. This gives the fewest aligned blocks.
 void splitPrefixes(std::uint32_t low, std::uint32_t high, std::uint32_t wantedLow,
                    std::uint32_t wantedHigh, std::vector<PortBlock>& blocks) {
   if (high < wantedLow || low > wantedHigh) {
@@ -265,7 +265,7 @@ RC_GTEST_PROP(SubRules, TakeExactlyThePortsOfTheRuleEachOnce, ()) {
       *rc::gen::element(PortExpansion::alignedBlocks, PortExpansion::rangeChecker);
   auto const all = subRulesOf(src, dst, expansion);
   RC_ASSERT(std::set<SubRuleData>(all.begin(), all.end()).size() == all.size());
-  // Bounds are where a mistake shows.
+  // Errors show at the bounds.
   std::vector<std::uint32_t> ports{0, 65535};
   for (PortMatch const& match : {src, dst}) {
     for (int const near : {-1, 0, 1}) {

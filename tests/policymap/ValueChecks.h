@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Checks of the values of this library, beside those of acl/ValueChecks.h.
+// Checks of this library's values, in addition to acl/ValueChecks.h.
 
 #include "acl/ValueChecks.h"
 
@@ -18,14 +18,14 @@ std::string parseError(char const* text) {
   return TestSupport::rangeError([&] { (void)Kor::strepToValue<T>(Kor::String8(text)); });
 }
 
-// What generic code sees that knows nothing of these types: the text by look-up, and by <<.
+// The text forms for generic code, by look-up and by <<.
 template <class T>
 void expectFoundText(T const& value, std::string const& text) {
   EXPECT_EQ(valueToStrep(value), Kor::String8(text));
   EXPECT_EQ(TestSupport::printed(value), text);
 }
 
-// All six comparisons, of a lesser and a greater value.
+// All six comparisons of a lesser and a greater value.
 template <class T>
 void expectLess(T const& a, T const& b) {
   EXPECT_TRUE(a < b && a <= b && a != b && b > a && b >= a && a <= a && a >= a && a == a);

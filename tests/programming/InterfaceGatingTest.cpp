@@ -31,7 +31,7 @@ class Gating : public testing::Test {
   void ip6Address() { bench.ip6->intfAddressIs(where, Ip6::Address("2001:db8::1/64")); }
   void routed() { bench.routing->routedIntfIs(where, true); }
 
-  // The options that stand in the helper, and that the machine says it applies there.
+  // The options that are programmed on the helper. The machine must report the same.
   std::string programmed() {
     bench.settle();
     std::string found;
@@ -58,7 +58,7 @@ struct Case {
   bool ip6;
   bool routed;
   bool routing;
-  char const* options;  // where interfaces of the kind are allowed
+  char const* options;  // the options that such interfaces carry
 };
 
 class GatingTable : public Gating,

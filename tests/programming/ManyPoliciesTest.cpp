@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Several policies, classes, lists and options at once: a change reaches exactly what depends on
-// it, and in the right order.
+// Several policies, classes, lists and options at once: a change affects exactly what depends on
+// it, in the right order.
 
 #include "policymap/PolicyBench.h"
 
@@ -21,7 +21,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-// Writes down which interfaces are asked about.
+// Records the interfaces whose eligibility is checked.
 class AskingServiceSm : public ServiceSm {
  public:
   using ServiceSm::ServiceSm;
@@ -44,13 +44,13 @@ class ManyPolicies : public testing::Test {
 
   ~ManyPolicies() override { asking = nullptr; }
 
-  // Policy `name` with one class on one list, attached at an interface.
+  // Configures policy `name` with one class on one list, attached at an interface.
   void policy(char const* name, char const* className, char const* list, char const* where) {
     bench.classMatches(className, list);
     bench.policy(name)->classPrioIs(className, 10);
     bench.attach(name, where);
   }
-  // A second machine on the bench's objects.
+  // Creates a second machine on the bench's objects.
   template <class Machine>
   Kor::Ptr<Machine> another(Kor::Ptr<PolicyMap::PolicyMapTypeConfig> const& policies,
                             Kor::Ptr<PolicyMap::PolicyMapTypeStatus> const& status) {
@@ -69,7 +69,7 @@ class ManyPolicies : public testing::Test {
   void startAsking() { asking = another<AskingServiceSm>(bench.policies, bench.status); }
 };
 
-// The lines without what they do to rules.
+// The lines without those on rules.
 std::vector<std::string> withoutRules(std::vector<std::string> calls) {
   std::erase_if(calls, [](std::string const& line) {
     return line.rfind("addRule", 0) == 0 || line.rfind("update ", 0) == 0;

@@ -9,7 +9,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Class "c" of policy "pm" matches all of what is added, in this order.
+// Class "c" of policy "pm" is a match-all over the matches that a test adds, in that order.
 class MatchAll : public testing::Test {
  protected:
   PolicyBench bench;
@@ -38,7 +38,7 @@ class MatchAll : public testing::Test {
     }
     bench.classMatches("c", name, ++place);
   }
-  // The rules that are added, without what is the same in every line.
+  // The rules that are added, without the text that is common to all lines.
   std::vector<std::string> rules() {
     std::string const start = "addRule pm/input/ipv4 c:";
     std::vector<std::string> found;

@@ -317,7 +317,7 @@ TEST_F(PublishedStatus, OfAClassThatNeverHadAClassMapGoesWithTheClass) {
   EXPECT_FALSE(bench.status->policyMapStatus(key)->classMapStatus("ghost"));
 }
 
-// The texts of what failed although it is no longer wanted.
+// Texts of failures whose option is no longer wanted.
 class LeftoverText : public PublishedStatus {
  protected:
   LeftoverText() {
@@ -327,7 +327,7 @@ class LeftoverText : public PublishedStatus {
     bench.start();
     bench.settle();
   }
-  // ipv6 has no rules any more, and the deletion gives a text.
+  // Removes the rules of ipv6; their deletion fails with a text.
   void failToDelete() {
     bench.helper->answers["delete"] = "stuck";
     bench.classMap("c")->matchDel(2);
@@ -413,7 +413,7 @@ TEST_F(PublishedStatus, OfAFailedUpdateKeepsItsFirstTextUntilACommit) {
   Kor::EventLoop::global().runFor(2);
   EXPECT_EQ(status->error(), "");
   EXPECT_TRUE(status->programmed(ClassMapMatchOption::ipv4));
-  // A later failure has its own text again.
+  // A later failure is published with its own text.
   bench.helper->answers = {{"addRule", "fourth"}};
   bench.rule("acl", 20);
   bench.settle();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Random edits of everything that can be configured. Whenever the loop has turned, the helper holds
-// what a short model says about the configuration, and it was never called out of order.
+// what a short model derives from the configuration, and was never called out of order.
 
 #include "policymap/PolicyBench.h"
 
@@ -23,8 +23,8 @@ using PolicyMap::PolicyMapSmKey;
 using PolicyMap::PolicyMapSubConfig;
 using PolicyMap::SubRuleData;
 
-// What stands in the hardware for one policy and option: interfaces, and rules in order with what
-// they match and which actions they were given last.
+// The programmed state of one policy and option: its interfaces, and its rules in order, with what
+// they match and the last actions that they were given.
 struct Standing {
   struct Rule {
     AclRuleKey key;
@@ -55,13 +55,13 @@ std::ostream& operator<<(std::ostream& out, Hardware const& hardware) {
   return out;
 }
 
-// The actions of a class, as one number that the helper can read where it finds the class data.
+// The actions of a class as one number, computed from the class data that the helper receives.
 int actionOf(PolicyMap::ClassMapSmCommonData const& data) {
   auto const action = data.action(ActionType{1}).as<NumberAction const>();
   return action ? action->number() + 1 : 0;
 }
 
-// Keeps what it is told and notes every call out of order.
+// Keeps the programmed state and records every call out of order.
 class OrderedHelper : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapAclHelper> {
  public:
   Hardware hardware;
@@ -69,7 +69,7 @@ class OrderedHelper : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapA
   std::vector<std::string> mistakes;
   std::size_t calls = 0;
   Kor::Name updating;      // the class of the open bracket
-  PolicyMapSmKey updated;  // the policy of the last bracket, until something else happens
+  PolicyMapSmKey updated;  // the policy of the last bracket, until the next other call
 
   void hwInit() override { need(calls++ == 0, "hwInit comes first and once"); }
 
@@ -96,7 +96,7 @@ class OrderedHelper : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapA
   }
   Kor::String commitPolicy(PolicyData const& data, ClassMapMatchOption option) override {
     need(standing(data, option), "commit only what is created");
-    // An update of rules that take no packet at all has nothing to change and is committed too.
+    // An update of rules that match no packet changes nothing, but is committed too.
     need(dirty.erase(where(data, option)) == 1 || updated == data->policyKey(),
          "commit only where something changed");
     return {};
@@ -183,13 +183,13 @@ class OrderedHelper : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapA
   }
 };
 
-// A number below `count`, each as likely as the others in small cases too.
+// A number below `count`; uniform at every size of RapidCheck's cases.
 std::uint32_t pick(std::size_t count) {
   auto const below = rc::gen::inRange<std::uint32_t>(0, static_cast<std::uint32_t>(count));
   return *rc::gen::resize(rc::kNominalSize, below);
 }
 
-// The names that the edits choose from. Few, so that things meet.
+// The names that the edits choose from: few, so that edits affect one another.
 constexpr std::array<char const*, 3> policyNames{"p", "q", "r"};
 constexpr std::array<char const*, 4> classNames{"a", "b", "c", "d"};
 constexpr std::array<char const*, 3> listNames{"x", "y", "z"};
@@ -229,7 +229,7 @@ class World {
   }
   static void settle() { Kor::EventLoop::global().runUntilIdle(); }
 
-  // What should stand, from the configuration alone.
+  // The expected state, from the configuration alone.
   [[nodiscard]] Hardware expected() const {
     Hardware hardware;
     for (auto const& attached : bench_.policies->servicePolicyIteratorConst()) {
@@ -257,7 +257,7 @@ class World {
   static bool likely() { return *rc::gen::weightedElement<bool>({{3, true}, {1, false}}); }
   static ClassMapMatchOption anyOption() { return allMatchOptions.at(pick(4)); }
 
-  // Something of everything, so that edits have something to change.
+  // Configures something of each kind, so that edits have something to change.
   void configure() {
     for (char const* name : listNames) {
       for (std::uint32_t seqno = 1; seqno < 3; ++seqno) {
@@ -283,7 +283,7 @@ class World {
     bench_.routing->routingIs(true);
   }
 
-  // Edits ----------------------------------------------------------------------------------------
+  // Edits
 
   template <class Rule>
   static Rule anyIpRule() {
@@ -462,7 +462,7 @@ class World {
     }
   }
 
-  // The model ------------------------------------------------------------------------------------
+  // The model
 
   [[nodiscard]] bool counts(Vorel::IntfId which, ClassMapMatchOption option) const {
     bool const ip = bool(bench_.ip->korIntfAddress(which));
@@ -482,8 +482,8 @@ class World {
     }
   }
 
-  // The matches of a class-map with nested ones in their place, each list and each class-map once.
-  // False when a class-map nests itself.
+  // The matches of a class-map with nested class-maps expanded in place, each list and each
+  // class-map once. Returns false if a class-map nests itself.
   bool flatten(ClassMapSubConfig const& matches, std::vector<Kor::Name>& path,
                std::set<Kor::Name>& walked,
                std::vector<std::pair<std::uint32_t, ClassMapMatch>>& flat) const {
@@ -512,7 +512,7 @@ class World {
     return true;
   }
 
-  // Gives rules of class-maps that have the place of an earlier one the next place that is free.
+  // If several rules of class-maps have the same place, all but the first get the next free place.
   static void giveNumbers(std::vector<std::pair<std::uint32_t, ClassMapMatch>>& flat) {
     std::set<std::uint32_t> taken;
     std::vector<std::uint32_t*> late;
@@ -528,8 +528,8 @@ class World {
     }
   }
 
-  // Calls visit(list name, number, rule) for each rule of a class; answers whether the class is
-  // without error.
+  // Calls visit(list name, number, rule) for each rule of a class. Returns true if the class has no
+  // error.
   template <class Visit>
   bool visitRules(Kor::Name const& className, PolicyMapSubConfig const& subConfig,
                   ClassMapMatchOption option, Visit&& visit) const {
@@ -580,7 +580,7 @@ class World {
     return config ? config->currentSubConfig() : nullptr;
   }
 
-  // A policy is programmed when a rule of it takes something and none of its classes has an error.
+  // A policy is programmed if at least one of its rules matches packets and no class has an error.
   [[nodiscard]] bool wantsRules(PolicyMapSmKey const& key, ClassMapMatchOption option) const {
     auto const subConfig = subConfigOf(key);
     bool some = false;
@@ -620,7 +620,7 @@ class World {
     return rules;
   }
 
-  // The few port matches that the edits use, spelled out.
+  // Written out for the few port matches that the edits use.
   template <class Rule>
   [[nodiscard]] std::vector<SubRuleData> subRulesOf(Rule const& rule) const {
     SubRuleData all;
@@ -689,14 +689,14 @@ void helperHoldsWhatIsConfigured() {
       RC_FAIL(difference.str());
     }
     RC_ASSERT(world.helper->dirty.empty());
-    // Once settled, turning the loop again or telling what is known changes nothing.
+    // Once settled, another turn of the loop changes nothing.
     std::size_t const calls = world.helper->calls;
     World::settle();
     RC_ASSERT(world.helper->calls == calls);
   }
 }
 
-// Twice as many cases as are configured, so 200 by default; RapidCheck prints the seed.
+// Runs twice as many cases as configured, 200 by default. RapidCheck prints the seed.
 TEST(RandomConfiguration, IsWhatTheHelperHoldsAndItIsCalledInOrder) {
   rc::detail::TestMetadata metadata;
   metadata.id = "RandomConfiguration";

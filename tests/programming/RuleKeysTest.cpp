@@ -16,7 +16,7 @@ using testing::IsEmpty;
 
 constexpr std::uint32_t highest = std::numeric_limits<std::uint32_t>::max();
 
-// Class "c" of policy "pm". What is programmed is told by list name, number and destination port.
+// Class "c" of policy "pm". Rules are identified by list name, number and destination port.
 class RuleKeys : public testing::Test {
  protected:
   PolicyBench bench;
@@ -47,7 +47,7 @@ class RuleKeys : public testing::Test {
   void nest(char const* classMap, std::uint32_t place, char const* nested) const {
     bench.classMap(classMap)->matchIs(place, ClassMapMatch::classMap(nested));
   }
-  // A match-all class-map over these lists, nested in "c" at that place.
+  // Configures a match-all class-map over these lists, nested in "c" at `place`.
   void matchAll(char const* name, std::uint32_t place,
                 std::vector<char const*> const& lists) const {
     bench.classMap(name)->matchTypeIs(ClassMapMatchType::matchAll);
@@ -58,7 +58,7 @@ class RuleKeys : public testing::Test {
     nest("c", place, name);
   }
 
-  // The added rules, without what is the same in every line, and the match that their key finds.
+  // The added rules, each with its key and match, without the text that is common to all lines.
   std::vector<std::string> rules() {
     std::string const start = "addRule pm/input/ipv4 c:";
     std::vector<std::string> found;
@@ -72,7 +72,7 @@ class RuleKeys : public testing::Test {
   std::string error() { return text(bench.status->policyMapStatus({"pm", "input"})->error()); }
 };
 
-// numbers of rules of class-maps ------------------------------------------------------------------
+// numbers of rules of class-maps
 
 TEST_F(RuleKeys, ARuleOfAClassMapKeepsItsPlaceWhateverIsNestedBeforeIt) {
   own("inner", 50, toNetwork("10.0.0.0/8"));
@@ -152,7 +152,7 @@ TEST_F(RuleKeys, AnEmptyListBetweenRulesOfTheClassMapIsNoChange) {
                           ":3 permit ip any 12.0.0.0/8"));
 }
 
-// names of intersections --------------------------------------------------------------------------
+// names of intersections
 
 TEST_F(RuleKeys, AListNamedLikeAnIntersectionKeepsItsKeyAndTheIntersectionTakesTheNextNumber) {
   list("web", 10, toNetwork("10.0.0.0/8"));
@@ -260,13 +260,14 @@ TEST_F(RuleKeys, AnIntersectionThatIsThereAlreadyAddsNothing) {
                                    "web & :2:13 *>443-443 permit ip any 10.0.0.0/8 eq 443"));
 }
 
-// cost ------------------------------------------------------------------------------------------
+// cost
 
 double processorSeconds() {
   return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
 }
 
-// What counts on from number to number, or looks through all matches for each, takes much longer.
+// An implementation that probes numbers one by one, or searches all matches for each, is far
+// slower.
 TEST_F(RuleKeys, ManyIntersectionsWithRulesAtEqualPlacesAreNumberedInTime) {
   constexpr std::uint32_t many = 20000;
   list("web", 10, toNetwork("10.0.0.0/8"));

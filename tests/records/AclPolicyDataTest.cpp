@@ -38,7 +38,7 @@ AclRuleKey rule(std::uint32_t seqno) {
   return {"web", "acl", seqno, ClassMapMatchOption::ipv4};
 }
 
-// what the seven value collections are called, and keys and values for them
+// names of the seven value collections, with keys and values for them
 
 template <class K>
 K keyOf(std::uint32_t number);
@@ -51,7 +51,7 @@ IntfId keyOf<IntfId>(std::uint32_t number) {
   return IntfId("Ethernet3/" + std::to_string(number));
 }
 
-// Two values that differ from the default and from each other, where there are so many.
+// Two values that differ from the default and from each other, if the type has that many.
 template <class V>
 struct Values;
 template <>
@@ -429,7 +429,7 @@ TEST(AclPolicyDataSubRules, LeaveTheRecordThatEnds) {
   EXPECT_FALSE(it);
 }
 
-// The pool hands out first what was released last, which tells the order of two releases.
+// The pool reuses the block that was released last, which reveals the order of two releases.
 TEST(AclPolicyDataSubRules, LeaveTheRecordThatEndsBeforeItsInterfaces) {
   if (Kor::MemoryPool::passesThrough()) {
     GTEST_SKIP() << "in this build the pool keeps no free blocks";
@@ -439,7 +439,7 @@ TEST(AclPolicyDataSubRules, LeaveTheRecordThatEndsBeforeItsInterfaces) {
   void const* const intf = record->newIntf(IntfId("Ethernet1"), true).get();
   void const* name = nullptr;
   {
-    // A name that fills a block as large as the interface's entry, held by the sub-rules alone.
+    // A name that fills a block of the size of the interface's entry. Only the sub-rules hold it.
     Kor::Name const className(std::string(size - 20, 'c'));
     name = className.view().data();
     record->newSubRulesForKey({className, "", 1, ClassMapMatchOption::ipv4});
@@ -490,7 +490,7 @@ TEST(AclPolicyDataSubRules, TheChangeHookHasNoEffect) {
   EXPECT_EQ(record->subRulesForKeys(), 1U);
 }
 
-// configurations keep their own ranges
+// configurations with their own ranges
 
 template <class Call>
 std::string errorOf(Call&& call) {

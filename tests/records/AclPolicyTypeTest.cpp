@@ -134,10 +134,10 @@ constexpr std::uint32_t mixed(std::uint32_t first, std::uint32_t second, int opt
 }
 
 TEST(AclPolicyTypeHash, MixesTheKeyAndAddsTheOption) {
-  // 1^2 = 3, times 9 is 27, no bit above the eleventh; 27 + 27 * 32768.
+  // 1 ^ 2 = 3; * 9 = 27, which has no bit above the eleventh; 27 + 27 * 32768.
   static_assert(mixed(1, 2, 0) == 884763U);
   static_assert(mixed(1, 2, 3) == 884766U);
-  // 0xfffffff7, then 0xffe00008, and 0x40000 on top of it.
+  // 0xfffffff7, then 0xffe00008; the shift adds 0x40000.
   static_assert(mixed(0xffffffffU, 0, 0) == 0xffe40008U);
   static_assert(mixed(0, 0xffffffffU, 3) == 0xffe4000bU);
   // 0x12345678 ^ 0x9abcdef0 = 0x88888888; * 9 = 0xcccccccc8 mod 2^32 = 0xccccccc8;

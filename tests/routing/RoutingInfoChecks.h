@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// What the routing information of both IP versions does:
+// Tests of the routing information of both IP versions:
 //
 //   INSTANTIATE_TYPED_TEST_SUITE_P(Routing, RoutingInfoOf, Version);
 

@@ -62,8 +62,8 @@ namespace {
 
 constexpr unsigned char mark = 0x5a;
 
-// Calls `visit(memory, size)` on the block that stands first in each of the pool's free lists: the
-// one that the next request of that size gets.
+// Calls `visit(memory, size)` on the first block of each of the pool's free lists, which is the
+// block that the next request of that size gets.
 template <class Visit>
 void visitFirstFreeBlocks(Visit&& visit) {
   for (std::size_t size = Kor::MemoryPool::granule; size <= Kor::MemoryPool::largest;
@@ -74,7 +74,7 @@ void visitFirstFreeBlocks(Visit&& visit) {
   }
 }
 
-// The pool keeps its link in the first word of a free block; the rest is left alone.
+// The pool keeps its link in the first word of a free block and does not write to the rest.
 constexpr std::size_t linkSize = sizeof(void*);
 
 }  // namespace

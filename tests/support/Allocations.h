@@ -1,25 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Counting allocations. A program that includes this replaces the global operator new, so that what
-// the libraries allocate counts as well.
+// Counts allocations. A program that includes this header replaces the global operator new, so that
+// allocations inside the libraries are counted too.
 
 #include <cstddef>
 
 namespace TestSupport {
 
-// Memory requests since the program started: operator new in all its forms.
+// The number of memory requests since the program started, over all forms of operator new.
 [[nodiscard]] std::size_t heapAllocations();
 
-// Tells whether memory was taken from the heap, or taken from or given to the free lists of
-// Kor::MemoryPool. What was taken and given back again counts.
+// Detects whether memory was taken from the heap, or taken from or returned to the free lists of
+// Kor::MemoryPool. Memory that was taken and returned again is detected too.
 class AllocationProbe {
  public:
   AllocationProbe();
   AllocationProbe(AllocationProbe const&) = delete;
   AllocationProbe& operator=(AllocationProbe const&) = delete;
 
-  // Since the probe was made. Ask once.
+  // Since construction. Call it at most once.
   [[nodiscard]] bool sawAllocation();
 
  private:

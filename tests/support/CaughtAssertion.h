@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// assertionOf(statement): which assertion a statement runs into, as "SOURCE: TEXT", or "none". The
-// statement is left by an exception there, so that a test can see how far it came.
+// assertionOf(statement): the assertion that a statement fails, as "SOURCE: TEXT", or "none". The
+// failure leaves the statement by an exception, so that a test can see what was done before it.
 
 #include <Kor/Assert.h>
 

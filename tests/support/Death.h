@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// EXPECT_ASSERTION(statement, source, text, file): the statement ends the process by the assertion
-// of that source and text, and nothing else is printed to stderr. The line number is free.
+// EXPECT_ASSERTION(statement, source, text, file): expects that the statement ends the process by
+// the assertion of that source and text, and that stderr has no other output. Any line number
+// matches.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// DoingHelper: a recording helper that lists its calls, and does something, once, inside the
-// operation of a name, before that is carried out. What it does may throw.
+// DoingHelper: a recording helper that lists its calls. It runs a function once, inside the next
+// operation of a given name and before that operation is carried out. The function may throw.
 
 #include "helper/AclHelper.h"
 #include "support/ForwardingHelper.h"
@@ -17,7 +17,7 @@ namespace TestSupport {
 using PolicyMap::ClassMapMatchOption;
 using Deed = std::function<void()>;
 
-// Calls a deed once, the first time that it is due.
+// Runs `deed` on the first call and does nothing afterwards.
 inline void once(Deed& deed) {
   if (deed) {
     std::exchange(deed, nullptr)();
@@ -32,7 +32,7 @@ class DoingHelper final : public ForwardingHelper<PolicyMapTest::AclHelper> {
     operation_ = std::move(operation);
     deed_ = std::move(deed);
   }
-  // Whether it was done.
+  // True once the function was called.
   [[nodiscard]] bool doneInside() const { return !deed_; }
   [[nodiscard]] std::vector<std::string> const& calls() const { return calls_; }
   void forgetCalls() { calls_.clear(); }
@@ -45,7 +45,7 @@ class DoingHelper final : public ForwardingHelper<PolicyMapTest::AclHelper> {
     }
     proceed();
     if (call.operation == "updateAction") {
-      updateActionErrorIs("");  // what is set inside fails one call
+      updateActionErrorIs("");  // errors that the function sets fail one call only
     }
   }
 

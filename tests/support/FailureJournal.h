@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// FailureJournal: every failure that ever stood in the status of a policy, also when the next pass
-// healed it or the status went with its policy.
+// FailureJournal: every failure that was ever published in the status of a policy, including
+// failures that the next pass cleared and those of statuses that were deleted with their policy.
 
 #include <Kor/Ptr.h>
 #include <PolicyMap/PolicyMapTypeStatus.h>

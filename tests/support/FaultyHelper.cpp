@@ -9,7 +9,7 @@ namespace TestSupport {
 
 namespace {
 
-// What can fail an operation; none for one that always succeeds.
+// The fault that can fail an operation; none for an operation that always succeeds.
 std::optional<Fault> faultOf(std::string_view operation) {
   static std::map<std::string_view, Fault> const faults{
       {"createPolicy", Fault::createError},
@@ -46,7 +46,8 @@ FaultyHelper::ErrorIs FaultyHelper::errorIs(Fault fault) {
   return setters.at(index(fault));
 }
 
-// Counts one call that a fault can fail, and sets the error for its length when it is the one.
+// Counts one call that a fault can fail. If this is the call to fail, sets the error while in
+// scope.
 class FaultyHelper::Guard {
  public:
   Guard(FaultyHelper& helper, Fault fault, FiredFault failed) : helper_(helper), fault_(fault) {
@@ -55,7 +56,7 @@ class FaultyHelper::Guard {
         (number == helper.number_ || (helper.lasting_ && number > helper.number_))) {
       if (helper.silence_.empty()) {
         failed.error =
-            "fault " + std::to_string(helper.fired_.size() + 1) + ".";  // no beginning of another
+            "fault " + std::to_string(helper.fired_.size() + 1) + ".";  // never a prefix of another
         (helper.*errorIs(fault))(failed.error);
       } else {
         failed.error = helper.silence_;

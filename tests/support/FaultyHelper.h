@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// FaultyHelper: a recording helper that fails one particular call. It counts the calls that each of
-// the injected errors can fail; one call, by its number, or all from there on, is given an
-// error of its own. The helper's attributes are used for it, so answers and records are its own.
-// Or the asynchronous result of the call never comes.
+// FaultyHelper: a recording helper that fails one particular call. For each injected error it
+// counts the calls that the error can fail; one call, given by its number, or all calls from that
+// one on fail with a text of their own. The error is injected through the helper's attributes, so
+// results and records are those of AclHelper. Alternatively, the asynchronous result of the call is
+// never delivered.
 //
-// Besides it watches the calling order, more strictly than the helper asserts.
+// It also checks the order of calls, more strictly than the helper's assertions.
 
 #include "helper/AclHelper.h"
 #include "support/ForwardingHelper.h"
@@ -23,7 +24,7 @@
 
 namespace TestSupport {
 
-// By the attribute of the helper: createError and so on.
+// Named after the attributes of the helper: createError and so on.
 enum class Fault : std::uint8_t {
 #define FAULT(name, Name) name,
   POLICYMAPTEST_HELPER_ERRORS(FAULT)
@@ -38,13 +39,13 @@ std::ostream& operator<<(std::ostream& out, Fault fault);
 
 // One failed call.
 struct FiredFault {
-  std::string error;  // unlike that of every other call, unless its result never comes
+  std::string error;  // unique to the call, unless its result is never delivered
   std::string operation;
   PolicyMap::PolicyMapSmKey policy;
   PolicyMap::ClassMapMatchOption option;
-  std::optional<PolicyMap::AclRuleKey> rule;  // of an operation on a rule
-  // False when nobody gets the text: it answers the deletion inside a re-creation, or is an
-  // asynchronous result that the next one overtakes.
+  std::optional<PolicyMap::AclRuleKey> rule;  // only for an operation on a rule
+  // False if the core never sees the text: it is the result of the deletion inside a re-creation,
+  // or an asynchronous result that the next one replaces.
   bool seen = true;
 };
 
@@ -53,21 +54,21 @@ class FaultyHelper final : public ForwardingHelper<PolicyMapTest::AclHelper> {
   using ForwardingHelper::ForwardingHelper;
   ~FaultyHelper() override;
 
-  // Fails the call of that number, counted from 1 and from the construction; `lasting`: and all
-  // that follow, until healed.
+  // Fails call `number` of the fault, counted from 1 since construction. If `lasting`, also fails
+  // all later calls, until heal().
   void failureIs(Fault fault, std::uint32_t number, bool lasting);
-  // The same for an asynchronous call whose result is never delivered; `error` is what its waiter
-  // will say.
+  // The same for an asynchronous call whose result is never delivered. `error` is the text that the
+  // core reports when the wait times out.
   void silenceIs(Fault fault, std::uint32_t number, bool lasting, std::string error);
   void heal();
 
   [[nodiscard]] std::uint32_t calls(Fault fault) const { return calls_.at(index(fault)); }
   [[nodiscard]] std::vector<FiredFault> const& fired() const { return fired_; }
-  // What was called although it must not be: rules, interfaces to be added and commits without a
-  // created policy, and creations whose policy data list other interfaces than those that were
-  // added and not removed since the last deletion.
+  // Calls that are not allowed: rules, added interfaces and commits without a created policy, and
+  // creations whose policy data list interfaces other than those added and not removed since the
+  // last deletion.
   [[nodiscard]] std::vector<std::string> const& violations() const { return violations_; }
-  // Whether an asynchronous result was scheduled since the last delivery; deliver() gives it.
+  // True if an asynchronous result was scheduled since the last delivery. deliver() delivers it.
   [[nodiscard]] bool resultPending() const { return pending_; }
   void deliver();
 
@@ -92,15 +93,15 @@ class FaultyHelper final : public ForwardingHelper<PolicyMapTest::AclHelper> {
   std::optional<Fault> fault_;
   std::uint32_t number_ = 0;
   bool lasting_ = false;
-  std::string silence_;  // what waiters say of results that never come; empty: calls fail
+  std::string silence_;  // reported for results that never come; empty: calls fail
   bool recreating_ = false;
   bool pending_ = false;
-  std::optional<std::size_t> pendingFault_;  // which of fired_ the pending result is
+  std::optional<std::size_t> pendingFault_;  // index in fired_ of the fault of the pending result
   std::vector<FiredFault> fired_;
   std::vector<std::string> violations_;
   std::map<std::pair<PolicyMap::PolicyMapSmCommonData const*, Option>, std::set<Vorel::IntfId>>
       bound_;
-  std::set<PolicyData> known_;  // keeps the keys of bound_ alive, so that none comes twice
+  std::set<PolicyData> known_;  // keeps the keys of bound_ alive, so that no address is reused
 };
 
 }  // namespace TestSupport

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Values for the fields of rules, by type, for tests that walk the tables of fields.
+// Values for the fields of rules, by type, for tests that iterate over the tables of fields.
 
 #include <Acl/TcpFlags.h>
 
@@ -11,7 +11,7 @@
 
 namespace TestSupport {
 
-/// A match on numbers, as of ports.
+// A match on numbers such as ports.
 template <class Value>
 concept MatchOnNumbers = requires {
   typename Value::Range;
@@ -22,8 +22,8 @@ concept MatchOnAddresses = requires {
   typename Value::Bytes;
 };
 
-/// Two values that a rule does not have unless told so. No packet agrees with both, except for a
-/// flag, which has only one such value.
+// Two values that differ from the default. No packet matches both, except for a flag, which has
+// only one such value.
 template <class Value>
 std::pair<Value, Value> twoValues() {
   if constexpr (std::is_same_v<Value, bool>) {

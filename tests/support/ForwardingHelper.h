@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// ForwardingHelper<Base>: a helper whose operations all go through one function, around(). Doubles
-// derive from it and override around(), or single operations; this is the one list of the
-// operations that they share.
+// ForwardingHelper<Base>: a helper whose operations all go through one function, around(). Test
+// doubles derive from it and override around() or single operations, so that the operations are
+// listed only here.
 //
 //   class Counting final : public ForwardingHelper<PolicyMapTest::AclHelper> {
 //    public:
@@ -30,8 +30,9 @@
 
 namespace TestSupport {
 
-// One call of an operation: the arguments, absent if the operation does not have them, and the
-// result. It holds no references: an operation may drop what it was given.
+// One call of an operation: its arguments, absent if the operation does not have them, and its
+// result. It holds no counted references, so an argument that the operation drops is not kept
+// alive.
 struct HelperCall {
   using PolicyData = PolicyMap::PolicyMapSmCommonData::PtrConst;
   using ClassData = PolicyMap::ClassMapSmCommonData::PtrConst;
@@ -39,7 +40,7 @@ struct HelperCall {
   std::string_view operation;  // the name of the function
   PolicyData const* policy = nullptr;
   ClassData const* classData = nullptr;
-  std::optional<PolicyMap::ClassMapMatchOption> option = {};  // that of the rule, if there is one
+  std::optional<PolicyMap::ClassMapMatchOption> option = {};  // for a rule, its option
   std::optional<Vorel::IntfId> intf = {};
   PolicyMap::AclRuleKey const* rule = nullptr;
   PolicyMap::SubRuleData const* subRule = nullptr;
@@ -138,8 +139,8 @@ class ForwardingHelper : public Base {
  protected:
   using Proceed = std::function<void()>;
 
-  // Called in place of each operation. proceed() carries it out in Base and stores its result in
-  // `call`, whose result is what the caller gets.
+  // Called in place of each operation. proceed() carries out the operation in Base and stores its
+  // result in `call`. The caller receives the result in `call`.
   virtual void around(HelperCall& /*call*/, Proceed const& proceed) { proceed(); }
 
  private:

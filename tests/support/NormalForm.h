@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// normalForm(helper): what stands in a recording helper, in a form that two runs can be compared
-// by. Left out is what tells of the way there: counters, and records that were given up. A record
-// that is not created counts only when it is not as empty as it must be.
+// normalForm(helper): the content of a recording helper in a form that can be compared between two
+// runs. It leaves out everything that depends on history: counters, and records of deleted
+// policies. A record that is not created is included only if it is not as empty as it must be.
 
 #include "helper/AclHelper.h"
 
@@ -17,16 +17,16 @@
 namespace TestSupport {
 
 struct NormalRule {
-  std::string match;  // as it prints
+  std::string match;  // in text form
   std::set<PolicyMap::SubRuleData> subRules;
-  std::array<std::uint32_t, 3> actions{};  // of kinds 1, 2 and 3
+  std::array<std::uint32_t, 3> actions{};  // by kind, starting with kind 1
 
   bool operator==(NormalRule const&) const = default;
 };
 
 struct NormalRecord {
   bool created = false;
-  bool dirty = false;  // of a created record
+  bool dirty = false;  // only for a created record
   std::map<PolicyMap::AclRuleKey, NormalRule> rules;
   std::set<Vorel::IntfId> intfs;
 
@@ -38,10 +38,10 @@ using NormalForm = std::map<PolicyMapTest::AclPolicyType, NormalRecord>;
 [[nodiscard]] NormalForm normalForm(PolicyMapTest::AclHelper const& helper);
 [[nodiscard]] NormalRecord normalRecord(PolicyMapTest::AclPolicyData const& data);
 
-// Several lines, for messages.
+// Returns several lines, for failure messages.
 [[nodiscard]] std::string describe(NormalForm const& form);
 
-// How GoogleTest prints one.
+// Used by GoogleTest to print a record.
 inline void PrintTo(NormalRecord const& record, std::ostream* out) {
   *out << describe({{PolicyMapTest::AclPolicyType(), record}});
 }

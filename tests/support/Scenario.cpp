@@ -59,7 +59,7 @@ Kor::Ptr<PolicyMapTest::TestServicePolicySm> Scenario::anotherMachine(
       helper, diff, settings_.allowL2, settings_.allowL3, settings_.allowMgmt);
 }
 
-// Everything in the class edits what its members point to.
+// The functions are const: they edit the objects that the members point to.
 
 void Scenario::settle() const {
   Kor::EventLoop::global().runUntilIdle();
@@ -166,7 +166,7 @@ void Scenario::simplePolicyOfAllOptions() const {
   classMatches("c", "acl6", ClassMapMatchOption::ipv6, 2);
   classMatches("c", "mac", ClassMapMatchOption::mac, 3);
   classMatches("c", "label", ClassMapMatchOption::mpls, 4);
-  routing->routingIs(true);  // without it nothing is switched by labels
+  routing->routingIs(true);  // MPLS requires it
 }
 
 Kor::Ptr<AclPolicyData> Scenario::record(ClassMapMatchOption option, char const* direction,

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Scenario: everything that a test of the whole needs, on virtual time: configuration and statuses,
-// a recording helper, and a service-policy machine of test machines. Short verbs edit the
-// configuration; nothing is programmed before settle() or advance() turns the loop.
+// Scenario: the whole system on virtual time: configuration and statuses, a recording helper, and a
+// service-policy machine of test machines. Short functions edit the configuration; nothing is
+// programmed before settle() or advance() turns the loop.
 //
 //   TestSupport::Scenario scenario;
 //   scenario.simplePolicy();     // policy-map pm, class c on list acl with rule 10, at Ethernet1
@@ -26,7 +26,7 @@ using PolicyMap::ClassMapMatchOption;
 
 [[nodiscard]] Vorel::IntfId intf(char const* name);
 
-// Rules that differ in what a test looks at.
+// Rules that differ only in the given matches.
 [[nodiscard]] Acl::IpRuleConfig tcp(Acl::PortMatch const& destination = {},
                                     Acl::PortMatch const& source = {});
 [[nodiscard]] Acl::Ip6RuleConfig tcp6(Acl::PortMatch const& destination = {});
@@ -61,24 +61,25 @@ class Scenario {
   Kor::Ptr<PolicyMapTest::AclHelper> helper;
   Kor::Ptr<PolicyMapTest::TestServicePolicySm> machine;
 
-  // Makes the machine. Another one on the same objects, and a helper, for tests of several.
+  // start() creates the machine. anotherMachine() returns one more, on the same objects except for
+  // the two arguments.
   void start();
   [[nodiscard]] Kor::Ptr<PolicyMapTest::TestServicePolicySm> anotherMachine(
       Kor::Ptr<PolicyMap::PolicyMapTypeConfig> const& policyConfig,
       Kor::Ptr<PolicyMap::PolicyMapTypeStatus> const& publishedStatus) const;
-  // Turns the loop until nothing is due; the clock stands still.
+  // Turns the loop until nothing is due. The clock does not advance.
   void settle() const;
-  // Lets virtual seconds pass.
+  // Advances the clock and runs everything that becomes due.
   void advance(double seconds) const;
   // Delivers the pending asynchronous result and turns the loop.
   void trigger() const;
 
-  // Lists.
+  // Access lists.
   void rule(char const* list, std::uint32_t seqno, Acl::IpRuleConfig const& rule = tcp()) const;
   void rule(char const* list, std::uint32_t seqno, Acl::Ip6RuleConfig const& rule) const;
   void rule(char const* list, std::uint32_t seqno, Acl::MacRuleConfig const& rule) const;
 
-  // Class-maps. The option says of which kind the list is.
+  // Class-maps. The option selects the kind of list.
   [[nodiscard]] Kor::Ptr<PolicyMap::ClassMapSubConfig> classMap(char const* name) const;
   void classMatches(char const* name, char const* list,
                     ClassMapMatchOption option = ClassMapMatchOption::ipv4,
@@ -87,7 +88,7 @@ class Scenario {
   // Policy-maps.
   [[nodiscard]] Kor::Ptr<PolicyMap::PolicyMapSubConfig> policy(char const* name) const;
   void usesClass(char const* policyName, char const* className, std::uint32_t priority) const;
-  // Makes the action of a kind, or gives the present one another value. Kinds 1 to 3.
+  // Creates the action of a kind from 1 to 3, or changes the value of the existing action.
   void actionIs(char const* policyName, char const* className, int kind, std::uint32_t value) const;
   void actionDel(char const* policyName, char const* className, int kind) const;
   void attach(char const* policyName, char const* where, char const* direction = "input") const;
@@ -95,10 +96,10 @@ class Scenario {
 
   // Policy-map "pm" with class "c" of priority 10 on list "acl" with rule 10, at Ethernet1 input.
   void simplePolicy() const;
-  // The same with a list of each kind: "acl", "acl6", "mac" and "label", for all four options.
+  // The same with one list of each kind, "acl", "acl6", "mac" and "label", for all four options.
   void simplePolicyOfAllOptions() const;
 
-  // What was recorded; null when there is no such record.
+  // The record; null if there is none.
   [[nodiscard]] Kor::Ptr<PolicyMapTest::AclPolicyData> record(
       ClassMapMatchOption option = ClassMapMatchOption::ipv4, char const* direction = "input",
       char const* policyName = "pm") const;
@@ -113,7 +114,7 @@ class Scenario {
   ScenarioSettings settings_;
 };
 
-// The counters and flags of a record as one word, for tables: "create 1, commit 1, update 0/0,
+// The counters and flags of a record as one line, for tables: "create 1, commit 1, update 0/0,
 // created, clean".
 [[nodiscard]] std::string counts(Kor::Ptr<PolicyMapTest::AclPolicyData> const& record);
 

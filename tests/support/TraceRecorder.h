@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// TraceRecorder: collects the trace lines that are written while it lives, as "SOURCE|LEVEL|TEXT",
-// and puts the sink before it back when it ends.
+// TraceRecorder: collects the trace lines that are written during its lifetime, as
+// "SOURCE|LEVEL|TEXT", and restores the previous sink at the end.
 //
 //   TestSupport::TraceRecorder trace("PolicyMapTestSm", 8);   // switches that source on, too
 //   ...
 //   EXPECT_THAT(trace.lines(), ElementsAre("PolicyMapTestSm|8|virtual ..."));
 //
-// The level of the named source goes back to 0 at the end. Recorders may be nested, not
+// The level of the named source is set to 0 at the end. Recorders may be nested but not
 // interleaved.
 
 #include <Kor/Trace.h>
@@ -42,7 +42,7 @@ class TraceRecorder {
   }
 
   [[nodiscard]] std::vector<std::string> const& lines() const { return lines_; }
-  // The lines so far, which are forgotten.
+  // Returns the lines so far and clears them.
   [[nodiscard]] std::vector<std::string> take() { return std::exchange(lines_, {}); }
 
  private:

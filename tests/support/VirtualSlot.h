@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// virtualSlotOf(&Class::member): the index of a virtual member function in its class's table, as
-// built. Binary consumers depend on these numbers, so tests pin them.
+// virtualSlotOf(&Class::member): the index of a virtual member function in the table of its class,
+// as compiled. Binary consumers depend on these numbers, so tests pin them.
 //
-// A pointer to a virtual member function holds the byte offset into the table: plus one where code
-// addresses are even (x86), or with the mark in the second word (ARM). A function that is not
-// virtual has no slot: the answer is -1.
+// A pointer to a virtual member function holds the byte offset into the table. It is marked as
+// virtual by the lowest bit of the offset (x86) or of the second word (ARM). The result for a
+// function that is not virtual is -1.
 
 #include <cstddef>
 #include <cstdint>

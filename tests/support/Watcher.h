@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Watcher<N>: a notifiee for tests, over any X::NotifieeConst or X::Notifiee. It writes what
-// happens to it into a journal that several watchers share, and does what the test tells it to
-// meanwhile.
+// Watcher<N>: a notifiee for tests, over any X::NotifieeConst or X::Notifiee. It records its
+// notifications in a journal that several watchers may share, and runs the reaction that the test
+// has set.
 //
 //   class LampWatcher : public TestSupport::Watcher<Lamp::NotifieeConst> {
 //    public:
@@ -29,7 +29,7 @@ namespace TestSupport {
 
 using Journal = std::vector<std::string>;
 
-// What kind of exception is being handled, as text; for use inside a handler.
+// Describes the exception that is being handled. Call it inside a handler.
 inline std::string currentException() {
   try {
     throw;
@@ -49,7 +49,7 @@ class Watcher : public Notifiee {
  public:
   using Reaction = std::function<void()>;
 
-  // `subject`: what Notifiee's constructor takes; nothing for none.
+  // `subject`: the arguments of Notifiee's constructor, if any.
   template <class... Subject>
   Watcher(Journal& journal, std::string name, Subject&&... subject)
       : Notifiee(std::forward<Subject>(subject)...), journal_(&journal), name_(std::move(name)) {}
@@ -59,11 +59,11 @@ class Watcher : public Notifiee {
     }
   }
 
-  // Runs inside every hook, behind the entry in the journal.
+  // Runs inside every hook, after the journal entry is written.
   void reactionIs(Reaction reaction) { reaction_ = std::move(reaction); }
-  // Runs inside the handler, behind the entry in the journal.
+  // Runs inside the exception handler, after the journal entry is written.
   void handlerIs(Reaction handler) { handler_ = std::move(handler); }
-  // Whether the journal tells of the destruction.
+  // Whether the journal records the destruction.
   void announcesEndIs(bool announcesEnd) { announcesEnd_ = announcesEnd; }
 
   void onNotificationException(Kor::AttributeId id) override {
@@ -72,7 +72,7 @@ class Watcher : public Notifiee {
   }
 
  protected:
-  // What a hook calls.
+  // Called by the hooks.
   void heard(std::string const& what) {
     note(what);
     run(reaction_);
@@ -80,7 +80,7 @@ class Watcher : public Notifiee {
 
  private:
   void note(std::string const& what) { journal_->push_back(name_ + ": " + what); }
-  // A reaction may replace itself or end the watcher, so a copy runs.
+  // Runs a copy: a reaction may replace itself or destroy the watcher.
   static void run(Reaction const& reaction) {
     if (Reaction const copy = reaction) {
       copy();

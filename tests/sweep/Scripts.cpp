@@ -12,7 +12,7 @@ using TestSupport::tcp;
 constexpr ScenarioSettings inPlace{.updateActions = true};
 constexpr ScenarioSettings expanded{.expandPortChannels = true};
 
-// Two rules, one of them with a port range, two interfaces, an action.
+// A policy with two rules, one of them with a port range, two interfaces and an action.
 void simple(Scenario& s) {
   s.simplePolicy();
   s.rule("acl", 20, tcp(Acl::PortMatch::range(5004, 5008)));

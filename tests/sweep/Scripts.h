@@ -10,16 +10,16 @@
 
 namespace sweep {
 
-// A configuration that is programmed first, and what is done to it then, one settled step after
-// the other.
+// A configuration that is programmed first, and the steps that change it, each settled before the
+// next.
 struct Script {
   using Act = std::function<void(TestSupport::Scenario&)>;
 
   std::string name;
-  Act prepare;  // before the machine is made
+  Act prepare;  // before the machine is created
   std::vector<Act> steps;
   TestSupport::ScenarioSettings settings = {};
-  bool endsPasses = false;  // takes helper or machine away, also from a pass that waits
+  bool endsPasses = false;  // removes the helper or the machine, possibly while a pass is waiting
 
   friend void PrintTo(Script const& script, std::ostream* out) { *out << script.name; }
 };

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Every script x every injected error x every call that it can fail x every way in which the helper
-// answers x once or lastingly: nothing asserts, every failure is reported where it belongs, and
-// when the fault is gone the records become those of the run without it.
+// Every script x every injected error x every call that it can fail x every mode of the helper x
+// once or lasting. Nothing asserts, every failure is reported where it belongs, and after the fault
+// is gone the records become those of the run without it.
 //
-// The same for every asynchronous call whose result never comes, x whether the script waits for the
-// time-out before it goes on.
+// The same for every asynchronous call whose result is never delivered, x whether the script waits
+// for the time-out before it continues.
 
 #include "support/FailureJournal.h"
 #include "support/FaultyHelper.h"
@@ -32,8 +32,8 @@ using TestSupport::NormalForm;
 using TestSupport::normalForm;
 using TestSupport::Scenario;
 
-// Late: one result per step of the script, so that steps meet passes that wait; the rest come at
-// the end.
+// `late`: one result per step of the script, so that steps occur while passes wait. The other
+// results are delivered at the end.
 enum class Mode : std::uint8_t { synchronous, asynchronous, pseudoAsynchronous, late };
 constexpr std::array allModes{Mode::synchronous, Mode::asynchronous, Mode::pseudoAsynchronous,
                               Mode::late};
@@ -44,8 +44,8 @@ std::ostream& operator<<(std::ostream& out, Mode mode) {
   return out << names.at(static_cast<std::size_t>(mode));
 }
 
-// How a call fails: by its text, or because no result ever comes. Then the script goes on when the
-// call has timed out, or at once.
+// How a call fails: with a text, or because its result is never delivered. After a silence the
+// script continues when the call has timed out, or at once.
 enum class Manner : std::uint8_t { text, silence, silenceThroughSteps };
 
 std::ostream& operator<<(std::ostream& out, Manner manner) {
@@ -54,7 +54,7 @@ std::ostream& operator<<(std::ostream& out, Manner manner) {
   return out << names.at(static_cast<std::size_t>(manner));
 }
 
-// Which call fails; a default one fails none.
+// The call that fails. Default: none.
 struct Failing {
   std::optional<Fault> fault = {};
   std::uint32_t call = 0;
@@ -97,12 +97,12 @@ class ScriptRun {
     if (failing.silently()) {
       advance(patience);
     } else if (failing.lasting) {
-      advance(5);  // tried again, in vain
+      advance(5);  // retries fail as well
     }
   }
 
-  // The fault is gone, and time passes until nothing is left to be done. A single result that was
-  // lost comes after all, when nobody waits for it any more.
+  // Removes the fault and lets time pass until nothing is left to do. A single lost result is
+  // delivered late, after the wait for it has ended.
   void recover() {
     helper_->heal();
     if (failing_.silently() && !failing_.lasting) {
@@ -114,7 +114,7 @@ class ScriptRun {
   [[nodiscard]] FaultyHelper const& helper() const { return *helper_; }
   [[nodiscard]] NormalForm records() const { return normalForm(*helper_); }
 
-  // What is wrong with the reports, one line per fault; empty when all is well.
+  // Errors in the reports, one line per fault; empty if there are none.
   [[nodiscard]] std::string wrongReports() const {
     std::ostringstream wrong;
     bool first = true;
@@ -128,7 +128,7 @@ class ScriptRun {
     }
     return wrong.str();
   }
-  // The same for what the statuses say at the end.
+  // Errors in the final statuses, likewise.
   [[nodiscard]] std::string wrongStatuses() const {
     std::ostringstream wrong;
     for (auto const& entry : scenario_.status->policyMapStatusIteratorConst()) {
@@ -136,7 +136,7 @@ class ScriptRun {
         auto const record = helper_->testData(PolicyMapTest::AclPolicyType(entry.key(), option));
         bool const stands = record && record->created();
         bool const reportedToStand = entry.value()->programmed(option);
-        // A deletion that failed is not repeated, so its text may stay.
+        // A failed deletion is not retried, so its text may stay.
         bool const fails = stands && entry.value()->korFailure(option);
         bool const timed = bool(entry.value()->korTimeProgrammed(option));
         std::set<Vorel::IntfId> const bound =
@@ -155,7 +155,7 @@ class ScriptRun {
   }
 
  private:
-  static constexpr int patience = 31;  // seconds: longer than a result is waited for
+  static constexpr int patience = 31;  // seconds; longer than the time-out of a result
 
   void settle() {
     scenario_.settle();
@@ -172,7 +172,7 @@ class ScriptRun {
       scenario_.settle();
     }
   }
-  // At most so many seconds: as long as something is still to be done.
+  // Advances at most `seconds`, while anything is scheduled.
   void advance(int seconds) {
     for (int second = 0; second < seconds && Kor::EventLoop::global().pending() != 0; ++second) {
       scenario_.advance(1);
@@ -195,7 +195,7 @@ class ScriptRun {
       return line.starts_with("PolicyMap|1|" + start);
     });
   }
-  // Whether the result came when whoever had waited for it had given up its helper.
+  // True if the result arrived after the client that waited for it had released its helper.
   [[nodiscard]] bool isNobodys(FiredFault const& fired) const {
     return traced(
         "result nobody waits for: Value('PolicyMap::AsyncOperationResult', ** {'error': '" +
@@ -204,7 +204,7 @@ class ScriptRun {
 
   TestSupport::TraceRecorder trace_{"PolicyMap", 1};
   Failing failing_;
-  bool mayGiveUp_;  // a waiter may be gone before it has waited long enough to say so
+  bool mayGiveUp_;  // a wait may end before its time-out reports the silence
   Kor::Ptr<FaultyHelper> helper_;
   Scenario scenario_;
   FailureJournal journal_;

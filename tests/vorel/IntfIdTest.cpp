@@ -171,7 +171,8 @@ TEST(IntfId, WritesTheBareNameWhateverTheStreamsFormat) {
 }
 
 TEST(IntfId, SortsByKindAndNumbersNotByTheOrderOfReading) {
-  // Read in descending order, so that the order of reading gives the opposite result.
+  // Read in descending order, so that identifiers assigned in reading order would sort the other
+  // way.
   std::vector<std::string> names{"Ethernet1",   "Ethernet1.1",   "Ethernet1.2",      "Ethernet1/0",
                                  "Ethernet1/2", "Ethernet1/10",  "Ethernet1/10/1",   "Ethernet2",
                                  "Ethernet10",  "FastEthernet0", "GigabitEthernet0", "PortChannel5",
@@ -187,7 +188,7 @@ TEST(IntfId, SortsByKindAndNumbersNotByTheOrderOfReading) {
 }
 
 TEST(IntfId, HashesByKindAndNumbers) {
-  // The same in every process and with every compiler.
+  // Identical in every process and with every compiler.
   EXPECT_EQ(IntfId("Ethernet3/1").hash(), IntfId("eth3/1").hash());
   EXPECT_EQ(IntfId("Ethernet3/1").hash(),
             Kor::hashCombine(
