@@ -8,16 +8,20 @@
 
 namespace PolicyMap {
 
-// The machine's reactions to its watches.
-class ServicePolicySm::Reactions final : public ServicePolicyWatches::Owner {
+// The machine as seen by its parts.
+class ServicePolicySm::Parts final : public ServicePolicyWatches::Owner,
+                                     public AttachedPolicies::Owner,
+                                     public PolicyHost {
  public:
-  explicit Reactions(ServicePolicySm& machine) : machine_(machine) {}
+  explicit Parts(ServicePolicySm& machine) : machine_(machine) {}
 
+  // ServicePolicyWatches::Owner
   void policyMapConfigChanged(Kor::Name const& policyMapName) override {
     machine_.handlePolicyMapConfig(policyMapName);
   }
   void servicePolicyChanged(ServicePolicyKey const& place) override {
-    machine_.syncAttachment(place);
+    Kor::Ptr<ServicePolicySm> const pinned = Kor::share(&machine_);
+    machine_.policies_.syncPlace(place);
   }
   void dependencyChanged(DependencyKind kind, Kor::Name const& name) override {
     machine_.dependencyChanged(kind, name);
@@ -32,15 +36,32 @@ class ServicePolicySm::Reactions final : public ServicePolicyWatches::Owner {
   void routingChanged() override { machine_.allIntfsChanged(); }
   void capabilitiesChanged() override { machine_.rulesChanged(); }
 
- private:
-  ServicePolicySm& machine_;
-};
+  // AttachedPolicies::Owner
+  Kor::Ptr<PolicyMapTypeConfig const> const& policyConfig() const override {
+    return machine_.policyConfig();
+  }
+  Kor::Ptr<PolicyMapTypeStatus> const& status() const override { return machine_.status(); }
+  bool reacting() const override { return machine_.reacting(); }
+  bool mayCarryPolicies(Vorel::IntfId intf) override {
+    return machine_.intfExists(intf) && machine_.allowedIntf(intf);
+  }
+  void handlePolicyMap(Kor::Name const& name) override { machine_.handlePolicyMap(name); }
+  Kor::Ptr<PolicyMap::PolicyMapSm> policyMapSm(PolicyMapSmKey const& key) const override {
+    return machine_.policyMapSm(key);
+  }
+  Kor::Ptr<PolicyMap::PolicyMapSm> createPolicyMapSm(
+      PolicyMapSmKey const& key, Kor::Ptr<PolicyMapConfig const> const& config,
+      Kor::Ptr<PolicyMapStatus> const& status) override {
+    return machine_.createPolicyMapSm(key, config, status);
+  }
+  void policyMapSmIs(PolicyMapSmKey const& key,
+                     Kor::Ptr<PolicyMap::PolicyMapSm> const& machine) override {
+    machine_.policyMapSmIs(key, machine);
+    machine->serviceIs(this);
+  }
+  void policyMapSmDel(PolicyMapSmKey const& key) override { machine_.policyMapSmDel(key); }
 
-// The machine as seen by the reconcilers of its policies.
-class ServicePolicySm::ReconcilerService final : public PolicyReconciler::Service {
- public:
-  explicit ReconcilerService(ServicePolicySm& machine) : machine_(machine) {}
-
+  // PolicyHost
   Kor::Ptr<PolicyMapAclHelper> const& aclHelper() const override { return machine_.aclHelper(); }
   Kor::Ptr<Acl::AclDiff> const& aclDiff() const override { return machine_.aclDiff(); }
   bool active() const override { return machine_.reacting() && !machine_.changingHelper_; }
@@ -54,7 +75,10 @@ class ServicePolicySm::ReconcilerService final : public PolicyReconciler::Servic
   double retryMin() const override { return machine_.retryMin(); }
   double retryMax() const override { return machine_.retryMax(); }
   double asyncTimeout() const override { return machine_.asyncTimeout(); }
-  void policyGone(PolicyMapSmKey const& key) override { machine_.policyGone(key); }
+  void policyGone(PolicyMapSmKey const& key) override {
+    Kor::Ptr<ServicePolicySm> const pinned = Kor::share(&machine_);
+    machine_.policies_.policyGone(key);
+  }
 
  private:
   ServicePolicySm& machine_;
@@ -73,12 +97,12 @@ ServicePolicySm::ServicePolicySm(Kor::Ptr<PolicyMapTypeConfig const> const& poli
                                  Kor::Ptr<PolicyMapAclHelper> const& aclHelper,
                                  Kor::Ptr<Acl::AclDiff> const& aclDiff, bool allowL2Intf,
                                  bool allowL3Intf, bool allowMgmtIntf)
-    : reactions_(std::make_unique<Reactions>(*this)),
-      watches_(*reactions_),
+    : parts_(std::make_unique<Parts>(*this)),
+      watches_(*parts_),
       status_(status),
       aclDiff_(aclDiff),
       allowedKinds_{allowL2Intf, allowL3Intf, allowMgmtIntf},
-      reconcilerService_(std::make_unique<ReconcilerService>(*this)) {
+      policies_(*parts_) {
   watches_.policyConfig.objectIs(policyConfig);
   watches_.statusRequestDir.objectIs(statusRequestDir);
   watches_.classTypeConfig.objectIs(classTypeConfig);
@@ -125,12 +149,13 @@ void ServicePolicySm::korDoZombieReactors(bool zombie) {
 
 void ServicePolicySm::initialize() {
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  cleanedUp_ = false;
+  policies_.noneWantedIs(false);
   if (std::exchange(rebuildDue_, false) || !commonData_) {
     renewCommonData();
   }
   initializeHelper();
-  syncAttachments();
+  policies_.sync();
+  allIntfsChanged();
   syncMembers();
   if (initialized_) {
     for (auto const& entry : policyMapSmIteratorConst()) {
@@ -161,7 +186,7 @@ Kor::Ptr<PolicyMapGlobalData> ServicePolicySm::createCommonData() {
 }
 
 void ServicePolicySm::cleanup() {
-  cleanedUp_ = true;
+  policies_.noneWantedIs(true);
   for (auto const& entry : policyMapSmIteratorConst()) {
     entry.value()->reconciler().wantedIs(false);
   }
@@ -172,8 +197,10 @@ void ServicePolicySm::rebuild() {
     rebuildDue_ = true;
     return;
   }
+  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   renewCommonData();
-  syncAttachments();
+  policies_.sync();
+  allIntfsChanged();
 }
 
 // The policy machines refer to the previous data, so they are built again.
@@ -200,108 +227,10 @@ void ServicePolicySm::rulesChanged() {
 
 // policies ------------------------------------------------------------------------------
 
-// A status observer may destroy this machine during any of the functions below. Each function that
-// continues after a policy was created, dropped or queried holds a reference to it.
-
-void ServicePolicySm::syncAttachments() {
-  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  std::set<ServicePolicyKey> places = attachments_.places();
-  if (policyConfig()) {
-    for (auto const& entry : policyConfig()->servicePolicyIteratorConst()) {
-      places.insert(entry.key());
-    }
-  }
-  for (ServicePolicyKey const& place : places) {
-    syncAttachment(place);
-  }
-  for (PolicyMapSmKey const& key : attachments_.policies()) {
-    syncPolicy(key);
-  }
-  allIntfsChanged();
-}
-
-// Updates `attachments_` completely before it calls anything, because the calls may change the
-// attachments again.
-void ServicePolicySm::syncAttachment(ServicePolicyKey const& place) {
-  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  Attachments::Change const change =
-      attachments_.set(place, policyConfig() ? policyConfig()->servicePolicy(place) : Kor::Name());
-  if (change.left) {
-    syncIntf(*change.left, place.intf());
-    handlePolicyMap(Kor::Name(change.left->first()));
-  }
-  if (change.joined) {
-    handlePolicyMap(Kor::Name(change.joined->first()));
-    syncIntf(*change.joined, place.intf());
-  }
-}
-
-void ServicePolicySm::handlePolicyMapConfig(Kor::Name policyMapName) {
-  handlePolicyMap(std::move(policyMapName));
-}
-
 void ServicePolicySm::handlePolicyMap(Kor::Name policyMapName) {
-  if (!reacting()) {
-    return;
-  }
-  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  for (char const* const direction : {"input", "output"}) {
-    syncPolicy(PolicyMapSmKey(policyMapName, direction));
-  }
-}
-
-void ServicePolicySm::syncPolicy(PolicyMapSmKey const& key) {
-  settlingPolicies_.settle(key, [this, held = PolicyMapSmKey(key)] { bringPolicy(held); });
-}
-
-void ServicePolicySm::bringPolicy(PolicyMapSmKey const& key) {
-  bool const attached = !cleanedUp_ && attachments_.contains(key);
-  Kor::Ptr<PolicyMapConfig const> const config =
-      policyConfig() ? policyConfig()->policyMapConfig(Kor::Name(key.first())) : nullptr;
-  Kor::Ptr<PolicyMap::PolicyMapSm> const machine = policyMapSm(key);
-  if (machine) {
-    if (config) {
-      machine->policyMapConfigIs(config);
-    }
-    machine->reconciler().wantedIs(attached && config);
-  } else if (attached && config) {
-    makePolicyMachine(key, config);
-  }
-}
-
-void ServicePolicySm::makePolicyMachine(PolicyMapSmKey const& key,
-                                        Kor::Ptr<PolicyMapConfig const> const& config) {
-  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  Kor::Ptr<PolicyMapStatus> const status = status_ ? status_->policyMapStatusIs(key) : nullptr;
-  Kor::Ptr<PolicyMap::PolicyMapSm> const machine = createPolicyMapSm(key, config, status);
-  if (!machine) {
-    return;
-  }
-  policyMapSmIs(key, machine);
-  machine->serviceIs(reconcilerService_.get());
-  for (Vorel::IntfId const intf : attachments_.intfsOf(key)) {
-    syncIntf(key, intf);
-  }
-  // The calls above may have changed the configuration.
-  syncPolicy(key);
-}
-
-void ServicePolicySm::policyGone(PolicyMapSmKey const& key) {
-  Kor::Ptr<PolicyMap::PolicyMapSm> const machine = policyMapSm(key);
-  if (!machine) {
-    return;
-  }
-  Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  machine->serviceIs(nullptr);
-  machine->cleanup();
-  machine->korDoZombieReactors(true);
-  policyMapSmDel(key);
-  if (status_) {
-    status_->policyMapStatusDel(key);
-  }
-  // It may be wanted again, or have to be built again with a different configuration.
   if (reacting()) {
-    syncPolicy(key);
+    Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
+    policies_.syncPolicyMap(policyMapName);
   }
 }
 
@@ -376,38 +305,13 @@ void ServicePolicySm::handleIntf(Vorel::IntfId intf, bool force) {
   }
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
   for (Vorel::IntfId const concerned : portChannels_.concernedBy(intf)) {
-    intfChanged(concerned, force);
-  }
-}
-
-void ServicePolicySm::intfChanged(Vorel::IntfId intf, bool force) {
-  for (PolicyMapSmKey const& key : attachments_.policiesAt(intf)) {
-    syncIntf(key, intf);
-    if (Kor::Ptr<PolicyMap::PolicyMapSm> const machine = policyMapSm(key)) {
-      if (force) {
-        machine->reconciler().reprogram();
-      } else {
-        machine->reconciler().intfsChanged();
-      }
-    }
-  }
-}
-
-void ServicePolicySm::syncIntf(PolicyMapSmKey const& key, Vorel::IntfId intf) {
-  Kor::Ptr<PolicyMap::PolicyMapSm> const machine = policyMapSm(key);
-  if (!machine) {
-    return;
-  }
-  if (attachments_.contains(key, intf)) {
-    machine->activeIntfIs(intf, intfExists(intf) && allowedIntf(intf));
-  } else {
-    machine->activeIntfDel(intf);
+    policies_.intfChanged(concerned, force);
   }
 }
 
 void ServicePolicySm::allIntfsChanged() {
   Kor::Ptr<ServicePolicySm> const pinned = Kor::share(this);
-  for (Vorel::IntfId const intf : attachments_.intfs()) {
+  for (Vorel::IntfId const intf : policies_.attachments().intfs()) {
     handleIntf(intf, false);
   }
 }
@@ -417,49 +321,6 @@ void ServicePolicySm::allIntfsChanged() {
 void ServicePolicySm::allowOption(ClassMapMatchOption option, bool allow) {
   allowedOptions_[option] = allow;
   rulesChanged();
-}
-
-void ServicePolicySm::policyConfigIs(Kor::Ptr<PolicyMapTypeConfig const> const& config) {
-  if (config != policyConfig()) {
-    watches_.policyConfig.objectIs(config);
-    rebuild();
-  }
-}
-void ServicePolicySm::classTypeConfigIs(Kor::Ptr<ClassMapTypeConfig const> const& config) {
-  if (config != classTypeConfig()) {
-    watches_.classTypeConfig.objectIs(config);
-    rebuild();
-  }
-}
-void ServicePolicySm::aclConfigIs(Kor::Ptr<Acl::Config const> const& config) {
-  if (config != aclConfig()) {
-    watches_.aclConfig.objectIs(config);
-    rebuild();
-  }
-}
-void ServicePolicySm::statusRequestDirIs(
-    Kor::Ptr<PolicyMapStatusRequestDir const> const& requests) {
-  watches_.statusRequestDir.objectIs(requests);
-}
-void ServicePolicySm::lagConfigIs(Kor::Ptr<Lag::Input::Config const> const& config) {
-  watches_.lagConfig.objectIs(config);
-  syncMembers();
-}
-void ServicePolicySm::ipStatusIs(Kor::Ptr<Ip::Status const> const& status) {
-  watches_.ipStatus.objectIs(status);
-  allIntfsChanged();
-}
-void ServicePolicySm::ip6StatusIs(Kor::Ptr<Ip6::Status const> const& status) {
-  watches_.ip6Status.objectIs(status);
-  allIntfsChanged();
-}
-void ServicePolicySm::routingInfoIs(Kor::Ptr<Routing::RoutingInfo const> const& info) {
-  watches_.routingInfo.objectIs(info);
-  allIntfsChanged();
-}
-void ServicePolicySm::routing6InfoIs(Kor::Ptr<Routing6::RoutingInfo const> const& info) {
-  watches_.routing6Info.objectIs(info);
-  allIntfsChanged();
 }
 
 void ServicePolicySm::aclHelperIs(Kor::Ptr<PolicyMapAclHelper> const& helper) {

@@ -9,15 +9,16 @@
 // and deletePolicy(), for policies on a helper that is replaced or removed. Destroying the machine
 // calls no operation.
 //
-// Its parts: Attachments (what is attached where), PortChannels (members), IntfEligibility (which
-// interfaces may carry policies), ServicePolicyWatches (what it observes), Waits.
+// Its parts: AttachedPolicies (which policies have a machine), PortChannels (members),
+// IntfEligibility (which interfaces may carry policies), ServicePolicyWatches (what it observes),
+// Waits.
 
 #include "Acl/AclDiff.h"
 #include "Acl/Config.h"
 #include "Ip/Status.h"
 #include "Ip6/Status.h"
 #include "Lag/Config.h"
-#include "PolicyMap/Attachments.h"
+#include "PolicyMap/AttachedPolicies.h"
 #include "PolicyMap/IntfEligibility.h"
 #include "PolicyMap/PerOption.h"
 #include "PolicyMap/PolicyMapAclHelper.h"
@@ -33,6 +34,7 @@
 #include "Routing6/RoutingInfo.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace PolicyMap {
@@ -65,7 +67,9 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   // machines or requests their removal.
   virtual void handlePolicyMap(Kor::Name policyMapName);
   // Called when a policy-map was created or removed. Calls handlePolicyMap().
-  virtual void handlePolicyMapConfig(Kor::Name policyMapName);
+  virtual void handlePolicyMapConfig(Kor::Name policyMapName) {
+    handlePolicyMap(std::move(policyMapName));
+  }
   // Re-evaluates an interface at once and marks the policies that depend on it. With `force` they
   // are programmed again even if nothing differs. May be called at any time; does nothing while
   // notifications are off.
@@ -99,24 +103,47 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   // Replacing policy configuration, class-maps or access lists builds all policies again on new
   // common data.
   virtual void policyConfigDel() { policyConfigIs(nullptr); }
-  virtual void policyConfigIs(Kor::Ptr<PolicyMapTypeConfig const> const& config);
+  virtual void policyConfigIs(Kor::Ptr<PolicyMapTypeConfig const> const& config) {
+    rebuildWith(watches_.policyConfig, config);
+  }
   virtual void classTypeConfigDel() { classTypeConfigIs(nullptr); }
-  virtual void classTypeConfigIs(Kor::Ptr<ClassMapTypeConfig const> const& config);
+  virtual void classTypeConfigIs(Kor::Ptr<ClassMapTypeConfig const> const& config) {
+    rebuildWith(watches_.classTypeConfig, config);
+  }
   virtual void statusRequestDirDel() { statusRequestDirIs(nullptr); }
-  virtual void statusRequestDirIs(Kor::Ptr<PolicyMapStatusRequestDir const> const& requests);
+  virtual void statusRequestDirIs(Kor::Ptr<PolicyMapStatusRequestDir const> const& requests) {
+    watches_.statusRequestDir.objectIs(requests);
+  }
   virtual void aclConfigDel() { aclConfigIs(nullptr); }
-  virtual void aclConfigIs(Kor::Ptr<Acl::Config const> const& config);
+  virtual void aclConfigIs(Kor::Ptr<Acl::Config const> const& config) {
+    rebuildWith(watches_.aclConfig, config);
+  }
   // Replacing port-channels, addresses or routing re-evaluates the interfaces at once.
   virtual void lagConfigDel() { lagConfigIs(nullptr); }
-  virtual void lagConfigIs(Kor::Ptr<Lag::Input::Config const> const& config);
+  virtual void lagConfigIs(Kor::Ptr<Lag::Input::Config const> const& config) {
+    watches_.lagConfig.objectIs(config);
+    syncMembers();
+  }
   virtual void ipStatusDel() { ipStatusIs(nullptr); }
-  virtual void ipStatusIs(Kor::Ptr<Ip::Status const> const& status);
+  virtual void ipStatusIs(Kor::Ptr<Ip::Status const> const& status) {
+    watches_.ipStatus.objectIs(status);
+    allIntfsChanged();
+  }
   virtual void ip6StatusDel() { ip6StatusIs(nullptr); }
-  virtual void ip6StatusIs(Kor::Ptr<Ip6::Status const> const& status);
+  virtual void ip6StatusIs(Kor::Ptr<Ip6::Status const> const& status) {
+    watches_.ip6Status.objectIs(status);
+    allIntfsChanged();
+  }
   virtual void routingInfoDel() { routingInfoIs(nullptr); }
-  virtual void routingInfoIs(Kor::Ptr<Routing::RoutingInfo const> const& info);
+  virtual void routingInfoIs(Kor::Ptr<Routing::RoutingInfo const> const& info) {
+    watches_.routingInfo.objectIs(info);
+    allIntfsChanged();
+  }
   virtual void routing6InfoDel() { routing6InfoIs(nullptr); }
-  virtual void routing6InfoIs(Kor::Ptr<Routing6::RoutingInfo const> const& info);
+  virtual void routing6InfoIs(Kor::Ptr<Routing6::RoutingInfo const> const& info) {
+    watches_.routing6Info.objectIs(info);
+    allIntfsChanged();
+  }
   // Replacing the helper deletes at once what was created on the previous one. The new one is
   // programmed from the event loop.
   virtual void aclHelperDel() { aclHelperIs(nullptr); }
@@ -193,35 +220,32 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
                   bool allowMgmtIntf);
 
  private:
-  class Reactions;
-  class ReconcilerService;
+  class Parts;
 
   [[nodiscard]] bool reacting() const { return hasNotificationActive() && !korMarkedForDeletion(); }
   void initialize();
   void initializeHelper();
   void rebuild();
+  // Observes another object and builds all policies again.
+  template <class Watch, class Object>
+  void rebuildWith(Watch& watch, Object const& object) {
+    if (object != watch.object()) {
+      watch.objectIs(object);
+      rebuild();
+    }
+  }
   void renewCommonData();
   void dependencyChanged(DependencyKind kind, Kor::Name const& name);
   // Marks all rules of all policies to be checked.
   void rulesChanged();
   void allowOption(ClassMapMatchOption option, bool allow);
 
-  // Each of these reconciles one aspect with the configuration.
-  void syncAttachments();
-  void syncAttachment(ServicePolicyKey const& place);
-  void syncPolicy(PolicyMapSmKey const& key);
-  void syncIntf(PolicyMapSmKey const& key, Vorel::IntfId intf);
   void syncMembers();
   void syncMember(Vorel::IntfId member);
-  void bringPolicy(PolicyMapSmKey const& key);
-  void makePolicyMachine(PolicyMapSmKey const& key, Kor::Ptr<PolicyMapConfig const> const& config);
-  void policyGone(PolicyMapSmKey const& key);
-
-  void intfChanged(Vorel::IntfId intf, bool force);
   void allIntfsChanged();
   [[nodiscard]] IntfEligibility eligibility() const;
 
-  std::unique_ptr<Reactions> reactions_;
+  std::unique_ptr<Parts> parts_;
   ServicePolicyWatches watches_;
   Kor::Ptr<PolicyMapTypeStatus> status_;
   Kor::Ptr<Acl::AclDiff> aclDiff_;
@@ -230,12 +254,9 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   Kor::Ptr<PolicyMapGlobalData> commonData_;
   Waits waits_;
   bool initialized_ = false;
-  bool cleanedUp_ = false;
   bool rebuildDue_ = false;      // set while inactive: rebuild at the next activation
   bool changingHelper_ = false;  // policies are leaving the previous helper
-  Settling<PolicyMapSmKey> settlingPolicies_;
-  std::unique_ptr<ReconcilerService> reconcilerService_;
-  Attachments attachments_;
+  AttachedPolicies policies_;
   PortChannels portChannels_;
 };
 

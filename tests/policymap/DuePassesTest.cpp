@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "policymap/PolicyBench.h"
+#include "policymap/PlainHost.h"
 
 #include <PolicyMap/DuePasses.h>
 
@@ -58,36 +58,9 @@ class Owner final : public PolicyMap::PolicyOwner {
   Kor::Ptr<PolicyMap::PolicyMapStatus> status_;
 };
 
-class Host final : public PolicyMap::PolicyHost {
- public:
-  Kor::Ptr<PolicyMap::PolicyMapAclHelper> helper = Kor::make<CallLog>();
-  Kor::Ptr<Acl::AclDiff> diff = Kor::make<Acl::AclDiff>();
-  std::set<ClassMapMatchOption> forbidden;
-  std::vector<Vorel::IntfId> intfs{intf("Ethernet1")};
-  std::function<void()> whenAsked;
-
-  Kor::Ptr<PolicyMap::PolicyMapAclHelper> const& aclHelper() const override { return helper; }
-  Kor::Ptr<Acl::AclDiff> const& aclDiff() const override { return diff; }
-  bool active() const override { return true; }
-  bool allowsOption(ClassMapMatchOption option) const override {
-    return !forbidden.contains(option);
-  }
-  std::vector<Vorel::IntfId> effectiveIntfs(PolicyMapSmKey const& /*key*/,
-                                            ClassMapMatchOption /*option*/) override {
-    if (whenAsked) {
-      whenAsked();
-    }
-    return intfs;
-  }
-  double retryMin() const override { return 1; }
-  double retryMax() const override { return 60; }
-  double asyncTimeout() const override { return 30; }
-  void policyGone(PolicyMapSmKey const& /*key*/) override {}
-};
-
 class Turn final : public PolicyMap::DuePasses::Turn {
  public:
-  explicit Turn(Host& host) : host_(host) {}
+  explicit Turn(PlainHost& host) : host_(host) {}
   bool ended = false;
   std::set<ClassMapMatchOption> owned;
   std::vector<std::string> told;
@@ -103,7 +76,7 @@ class Turn final : public PolicyMap::DuePasses::Turn {
   void renewed(Kor::Name const& name) override { told.push_back("renewed " + text(name)); }
 
  private:
-  Host& host_;
+  PlainHost& host_;
 };
 
 class Due : public testing::Test {
@@ -143,7 +116,7 @@ class Due : public testing::Test {
   Kor::Ptr<PolicyMap::PolicyMapGlobalData> global =
       Kor::make<PolicyMap::PolicyMapGlobalData>(acls, nullptr, Kor::make<Acl::AclDiff>());
   Owner owner;
-  Host host;
+  PlainHost host;
   Turn turn{host};
   PolicyMap::ProgrammedState state;
   PolicyMap::DuePasses due{owner, state};

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "policymap/PolicyBench.h"
+#include "policymap/PlainHost.h"
 
 #include <gmock/gmock.h>
 
@@ -55,26 +55,6 @@ class AskedServiceSm final : public ServiceSm {
     askedIntfs.push_back(which);
     return ServiceSm::allowedIntfForType(which, option);
   }
-};
-
-// A service that has one interface for every policy.
-class OneIntfService final : public PolicyMap::PolicyReconciler::Service {
- public:
-  Kor::Ptr<PolicyMap::PolicyMapAclHelper> helper;
-  Kor::Ptr<Acl::AclDiff> diff = Kor::make<Acl::AclDiff>();
-
-  Kor::Ptr<PolicyMap::PolicyMapAclHelper> const& aclHelper() const override { return helper; }
-  Kor::Ptr<Acl::AclDiff> const& aclDiff() const override { return diff; }
-  bool active() const override { return true; }
-  bool allowsOption(ClassMapMatchOption option) const override { return option == ipv4; }
-  std::vector<Vorel::IntfId> effectiveIntfs(PolicyMapSmKey const& /*key*/,
-                                            ClassMapMatchOption /*option*/) override {
-    return {intf("Ethernet7")};
-  }
-  double retryMin() const override { return 1; }
-  double retryMax() const override { return 60; }
-  double asyncTimeout() const override { return 30; }
-  void policyGone(PolicyMapSmKey const& /*key*/) override {}
 };
 
 class Reconciling : public testing::Test {
@@ -148,8 +128,7 @@ TEST_F(Reconciling, ANewServiceMachineIsServedThoughTheOldOneWasLeavingItsHelper
   bench.helper = helper;
   bench.start();
   auto const policy = bench.machine->policyMapSm(input);
-  OneIntfService next;
-  next.helper = Kor::make<CallLog>();
+  PlainHost next;
   helper->deed = [&] {
     bench.machine->aclHelperIs(Kor::make<CallLog>());
     policy->serviceIs(nullptr);
