@@ -23,7 +23,7 @@ struct KeyEqual {
 };
 using RulesByKey = std::unordered_map<AclRuleKey const*, RuleRecord const*, KeyHash, KeyEqual>;
 
-RulesByKey byKey(PolicyRecord const& record) {
+RulesByKey byKey(Record const& record) {
   RulesByKey rules;
   for (RuleRecord const& rule : record.rules) {
     rules.emplace(&rule.key, &rule);
@@ -49,8 +49,8 @@ std::string step(Value const& before, Value const& after) {
 // Prints the changes of one policy. The title comes before the first change.
 class PolicyChanges {
  public:
-  PolicyChanges(std::ostream& out, TextStyle const& style, PolicyRecord const& before,
-                PolicyRecord const& after)
+  PolicyChanges(std::ostream& out, TextStyle const& style, Record const& before,
+                Record const& after)
       : out_(out), style_(style), before_(before), after_(after) {}
 
   bool print() {
@@ -110,8 +110,7 @@ class PolicyChanges {
     interfacesMissingFrom(after_, before_, "+ ", Tint::good);
     interfacesMissingFrom(before_, after_, "- ", Tint::bad);
   }
-  void interfacesMissingFrom(PolicyRecord const& from, PolicyRecord const& in, char const* sign,
-                             Tint tint) {
+  void interfacesMissingFrom(Record const& from, Record const& in, char const* sign, Tint tint) {
     for (Vorel::IntfId const intf : from.interfaces) {
       if (!std::binary_search(in.interfaces.begin(), in.interfaces.end(), intf)) {
         line("interfaces", tint, sign + intf.name().stdString());
@@ -197,8 +196,8 @@ class PolicyChanges {
 
   std::ostream& out_;
   TextStyle const& style_;
-  PolicyRecord const& before_;
-  PolicyRecord const& after_;
+  Record const& before_;
+  Record const& after_;
   bool titled_ = false;
   std::string_view topic_;
   // Class, action, value before and after: number of rules.
@@ -206,13 +205,13 @@ class PolicyChanges {
       movedActions_;
 };
 
-auto identityOf(PolicyRecord const& record) {
+auto identityOf(Record const& record) {
   return std::tie(record.policy, record.direction, record.option);
 }
 
 // An empty record for a policy that did not exist before.
-PolicyRecord nothingOf(PolicyRecord const& record) {
-  PolicyRecord nothing;
+Record nothingOf(Record const& record) {
+  Record nothing;
   nothing.policy = record.policy;
   nothing.direction = record.direction;
   nothing.option = record.option;
@@ -221,16 +220,16 @@ PolicyRecord nothingOf(PolicyRecord const& record) {
 
 }  // namespace
 
-bool printChanges(std::ostream& out, TextStyle const& style,
-                  std::vector<PolicyRecord> const& before, std::vector<PolicyRecord> const& after) {
+bool printChanges(std::ostream& out, TextStyle const& style, Snapshot const& before,
+                  Snapshot const& after) {
   bool any = false;
   // Records are never removed.
-  for (PolicyRecord const& record : after) {
+  for (Record const& record : after) {
     auto const was = std::lower_bound(
         before.begin(), before.end(), record,
-        [](PolicyRecord const& a, PolicyRecord const& b) { return identityOf(a) < identityOf(b); });
+        [](Record const& a, Record const& b) { return identityOf(a) < identityOf(b); });
     bool const isNew = was == before.end() || identityOf(*was) != identityOf(record);
-    PolicyRecord const old = isNew ? nothingOf(record) : *was;
+    Record const old = isNew ? nothingOf(record) : *was;
     if (old != record && PolicyChanges(out, style, old, record).print()) {
       any = true;
       out << "\n";

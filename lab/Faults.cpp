@@ -1,69 +1,36 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Faults.h"
 
-#include "lab/SourceText.h"
 #include "lab/Verb.h"
+#include "testkit/text/SourceText.h"
 
-#include <array>
+#include <algorithm>
+#include <chrono>
+#include <vector>
 
 namespace lab {
 
-namespace {
-
-using PolicyMapTest::AclHelper;
-
-struct Attribute {
-  std::string_view name;
-  void (AclHelper::*write)(Kor::String);
-};
-
-constexpr std::array attributes{
-#define POLICYMAPTEST_ROW(name, Name) Attribute{#name, &AclHelper::name##Is},
-    POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
-#undef POLICYMAPTEST_ROW
-};
-
-Attribute const* find(std::string_view name) {
-  for (Attribute const& attribute : attributes) {
-    if (attribute.name == name) {
-      return &attribute;
-    }
-  }
-  return nullptr;
-}
-
-}  // namespace
-
-std::vector<std::string> faultNames() {
-  std::vector<std::string> names;
-  names.reserve(attributes.size());
-  for (Attribute const& attribute : attributes) {
-    names.emplace_back(attribute.name);
-  }
-  return names;
-}
-
 Fault readFault(std::string_view argument) {
   auto const equals = argument.find('=');
-  std::string_view const name = argument.substr(0, equals);
-  if (equals == std::string_view::npos || find(name) == nullptr) {
+  std::string const name(argument.substr(0, equals));
+  std::vector<std::string> const known = faultNames();
+  if (equals == std::string_view::npos ||
+      std::find(known.begin(), known.end(), name) == known.end()) {
     std::string names;
-    for (Attribute const& attribute : attributes) {
-      names.append(names.empty() ? "" : ", ").append(attribute.name);
+    for (std::string const& one : known) {
+      names.append(names.empty() ? "" : ", ").append(one);
     }
     throw UsageError("--inject: expected NAME=TEXT with one of " + names + ", found " +
                      excerpt(argument));
   }
-  return {std::string(name), std::string(argument.substr(equals + 1))};
+  return {name, std::string(argument.substr(equals + 1))};
 }
 
-void inject(AclHelper& helper, Fault const& fault) {
-  (helper.*find(fault.name)->write)(Kor::String(fault.text));
-}
-
-void clearFaults(AclHelper& helper) {
-  for (Attribute const& attribute : attributes) {
-    (helper.*attribute.write)({});
+void perform(Lab& lab, Step const& step) {
+  switch (step.kind) {
+  case Step::Kind::clear: lab.clearFaults(); break;
+  case Step::Kind::trigger: lab.trigger(); break;
+  case Step::Kind::advance: lab.advance(std::chrono::duration<double>(step.seconds)); break;
   }
 }
 

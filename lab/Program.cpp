@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Program.h"
 
+#include "lab/Kit.h"
 #include "lab/RunVerb.h"
 #include "lab/ShellVerb.h"
-#include "lab/ShownText.h"
-#include "lab/SourceText.h"
 #include "lab/TypesVerb.h"
+#include "testkit/text/ShownText.h"
+#include "testkit/text/SourceText.h"
 
 #include <Kor/Trace.h>
 

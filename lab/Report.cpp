@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Report.h"
 
-#include "lab/Statuses.h"
+#include "lab/Kit.h"
+#include "testkit/Printing.h"
+#include "testkit/Statuses.h"
 
 #include <nlohmann/json.hpp>
 
@@ -21,7 +23,7 @@ struct Totals {
   std::uint64_t rules = 0;
   std::uint64_t subRules = 0;
 
-  void add(PolicyRecord const& record) {
+  void add(Record const& record) {
     ++policies;
     rules += record.ruleCount;
     subRules += record.subRuleCount;
@@ -48,7 +50,7 @@ std::vector<std::string> portLines(RuleRecord const& rule, TextStyle const& styl
   return lines;
 }
 
-void printRules(std::ostream& out, TextStyle const& style, PolicyRecord const& record) {
+void printRules(std::ostream& out, TextStyle const& style, Record const& record) {
   using Align = Table::Align;
   std::vector<Table::Column> columns{{"class"}, {"list"}, {"seq", Align::right}};
   for (std::string_view const name : PolicyMapTest::testActionNames) {
@@ -78,7 +80,7 @@ std::string namesOf(std::vector<Vorel::IntfId> const& intfs) {
   return text.empty() ? "none" : text;
 }
 
-void printRecord(std::ostream& out, TextStyle const& style, PolicyRecord const& record) {
+void printRecord(std::ostream& out, TextStyle const& style, Record const& record) {
   out << tinted(style, Tint::heading, titleOf(record)) << ": "
       << (record.created ? tinted(style, Tint::good, "created")
                          : tinted(style, Tint::bad, "not created"))
@@ -169,7 +171,7 @@ Json jsonOf(std::vector<Vorel::IntfId> const& intfs) {
   return names;
 }
 
-Json jsonOf(PolicyRecord const& record) {
+Json jsonOf(Record const& record) {
   return {{"policy", record.policy},
           {"direction", record.direction},
           {"option", toText(record.option)},
@@ -202,7 +204,7 @@ std::string dumped(Json const& json) {
 }
 
 // Prints the rules one by one, so that a complete tree is never in memory.
-void printRecordJson(std::ostream& out, PolicyRecord const& record, WithRules withRules) {
+void printRecordJson(std::ostream& out, Record const& record, WithRules withRules) {
   std::string text = dumped(jsonOf(record));
   if (withRules == WithRules::no) {
     out << text;
@@ -220,14 +222,14 @@ void printRecordJson(std::ostream& out, PolicyRecord const& record, WithRules wi
 
 }  // namespace
 
-std::string titleOf(PolicyRecord const& record) {
+std::string titleOf(Record const& record) {
   return "policy-map " + record.policy + ", " + record.direction + ", " + toText(record.option);
 }
 
-void printReport(std::ostream& out, TextStyle const& style, Session const& session,
+void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
                  std::vector<Problem> const& problems, WithRules withRules) {
   Totals totals;
-  forEachRecord(session, withRules, [&](PolicyRecord const& record) {
+  forEachRecord(*lab.helper(), withRules, [&](Record const& record) {
     printRecord(out, style, record);
     totals.add(record);
   });
@@ -235,10 +237,10 @@ void printReport(std::ostream& out, TextStyle const& style, Session const& sessi
       << (totals.policies == 1 ? " policy, " : " policies, ") << counted(totals.rules, "rule")
       << ", " << counted(totals.subRules, "sub-rule") << "\n";
   printProblems(out, style, problems);
-  printSkipped(out, style, session.skipped());
+  printSkipped(out, style, lab.skipped());
 }
 
-void printStatuses(std::ostream& out, TextStyle const& style, Session const& session) {
+void printStatuses(std::ostream& out, TextStyle const& style, Lab const& lab) {
   Table table({{"policy-map"},
                {"direction"},
                {"option"},
@@ -249,7 +251,7 @@ void printStatuses(std::ostream& out, TextStyle const& style, Session const& ses
                {"rule"},
                {"error"}},
               2);
-  std::vector<StatusRow> const rows = readStatuses(session);
+  std::vector<StatusRow> const rows = readStatuses(lab);
   if (rows.empty()) {
     out << "  no policy is programmed, and none has failed\n\n";
     return;
@@ -263,18 +265,18 @@ void printStatuses(std::ostream& out, TextStyle const& style, Session const& ses
   out << "\n";
 }
 
-void printJson(std::ostream& out, Session const& session, WithRules withRules) {
+void printJson(std::ostream& out, Lab const& lab, WithRules withRules) {
   Totals totals;
   out << "{\"policies\":[";
   char const* separator = "\n";
-  forEachRecord(session, withRules, [&](PolicyRecord const& record) {
+  forEachRecord(*lab.helper(), withRules, [&](Record const& record) {
     out << separator;
     separator = ",\n";
     printRecordJson(out, record, withRules);
     totals.add(record);
   });
   Json skipped = Json::object();
-  for (auto const& [kind, lines] : session.skipped().byKind()) {
+  for (auto const& [kind, lines] : lab.skipped().byKind()) {
     skipped[kind] = lines;
   }
   out << "],\n\"totals\":"
@@ -283,7 +285,7 @@ void printJson(std::ostream& out, Session const& session, WithRules withRules) {
                  {"subRules", totals.subRules}})
       << ",\n\"skipped\":" << dumped(skipped) << ",\n\"status\":[";
   separator = "\n";
-  for (StatusRow const& row : readStatuses(session)) {
+  for (StatusRow const& row : readStatuses(lab)) {
     out << separator << dumped(jsonOf(row));
     separator = ",\n";
   }

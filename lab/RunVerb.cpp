@@ -2,8 +2,10 @@
 #include "lab/RunVerb.h"
 
 #include "lab/Changes.h"
+#include "lab/Faults.h"
+#include "lab/Progress.h"
 #include "lab/Report.h"
-#include "lab/ShownText.h"
+#include "testkit/text/ShownText.h"
 
 #include <Kor/Trace.h>
 
@@ -29,6 +31,33 @@ std::optional<double> secondsOf(std::string const& text) {
 
 std::string faultOfAdvance(std::string const& seconds) {
   return secondsOf(seconds) ? "" : "SECONDS must be 0 to 1000000, not " + seconds;
+}
+
+std::uint64_t rulesIn(Settings const& settings) {
+  std::uint64_t rules = 0;
+  for (Settings::Lists const& lists : settings.lists) {
+    for (auto const& [name, list] : lists) {
+      rules += list->entries.size();
+    }
+  }
+  return rules;
+}
+
+// Shows how many rules were added, until progress.clear().
+void showProgress(Lab& lab, Progress& progress) {
+  if (!progress.wanted()) {
+    return;
+  }
+  lab.onLoadIs(
+      [&progress](Settings const& settings) { progress.begin("programming", rulesIn(settings)); });
+  lab.helper()->aroundIs([&progress, last = PolicyMap::AclRuleKey()](
+                             HelperCall& call, std::function<void()> const& proceed) mutable {
+    if (call.operation == "addRule" && *call.rule != last) {
+      last = *call.rule;
+      progress.step();
+    }
+    proceed();
+  });
 }
 
 // True if the problem makes the run fail.
@@ -98,36 +127,36 @@ void RunVerb::addSwitch(std::string const& name, bool& value, std::string const&
 
 void RunVerb::addHelperOptions() {
   command_->option_defaults()->group("What the hardware can do");
-  addSwitch("--update-action", session_.updateAction,
+  addSwitch("--update-action", options_.updateAction,
             "Change actions of programmed rules in place");
-  addSwitch("--expand-port-channels", session_.expandPortChannels,
+  addSwitch("--expand-port-channels", options_.expandPortChannels,
             "Program the members of port-channels");
-  addSwitch("--sub-rules-for-ports", session_.subRulesForPorts,
+  addSwitch("--sub-rules-for-ports", options_.subRulesForPorts,
             "Split port ranges into sub-rules, without range checkers");
-  addSwitch("--reprogram-on-intf-change", session_.reprogramOnIntfChange,
+  addSwitch("--reprogram-on-intf-change", options_.reprogramOnIntfChange,
             "Program a policy again when its interfaces change");
-  addSwitch("--no-deny-rules", session_.denyRules, "No deny rules");
-  addSwitch("--no-ttl", session_.ttl, "No match on TTL");
-  addSwitch("--only-ttl-eq", session_.onlyTtlEq, "A match on TTL must be for one value");
-  addSwitch("--no-ack-or-rst", session_.ackOrRst, "No match on ACK or RST");
-  addSwitch("--no-established", session_.established, "No match on established");
+  addSwitch("--no-deny-rules", options_.denyRules, "No deny rules");
+  addSwitch("--no-ttl", options_.ttl, "No match on TTL");
+  addSwitch("--only-ttl-eq", options_.onlyTtlEq, "A match on TTL must be for one value");
+  addSwitch("--no-ack-or-rst", options_.ackOrRst, "No match on ACK or RST");
+  addSwitch("--no-established", options_.established, "No match on established");
 }
 
 void RunVerb::addMachineOptions() {
   command_->option_defaults()->group("What is served");
-  addSwitch("--no-l2", session_.layer2, "No policies on layer-2 interfaces");
-  addSwitch("--no-l3", session_.layer3, "No policies on layer-3 interfaces");
-  addSwitch("--no-mgmt", session_.management, "No policies on management interfaces");
-  addSwitch("--no-ip-acl", session_.ipLists, "No IPv4 rules");
-  addSwitch("--no-ip6-acl", session_.ip6Lists, "No IPv6 rules");
-  addSwitch("--no-mac-acl", session_.macLists, "No MAC rules");
+  addSwitch("--no-l2", options_.layer2, "No policies on layer-2 interfaces");
+  addSwitch("--no-l3", options_.layer3, "No policies on layer-3 interfaces");
+  addSwitch("--no-mgmt", options_.management, "No policies on management interfaces");
+  addSwitch("--no-ip-acl", options_.ipLists, "No IPv4 rules");
+  addSwitch("--no-ip6-acl", options_.ip6Lists, "No IPv6 rules");
+  addSwitch("--no-mac-acl", options_.macLists, "No MAC rules");
 }
 
 void RunVerb::addFaultOptions() {
   command_->option_defaults()->group("Faults, time and order");
-  command_->add_flag("--async", session_.async,
+  command_->add_flag("--async", options_.async,
                      "Commits and interface operations wait for a trigger");
-  command_->add_flag("--pseudo-async", session_.pseudoAsync,
+  command_->add_flag("--pseudo-async", options_.pseudoAsync,
                      "Results are asynchronous, but available immediately");
   command_
       ->add_option("--inject", faults_,
@@ -162,29 +191,29 @@ void RunVerb::addFaultOptions() {
       ->check(CLI::Range(0, 9));
 }
 
-void RunVerb::performSteps(Session& session, Console const& console) const {
+void RunVerb::performSteps(Lab& lab, Console const& console) const {
   if (tells() && !steps_.empty()) {
     console.out << tinted(console.style, Tint::heading, "== before the first step") << "\n\n";
-    printStatuses(console.out, console.style, session);
+    printStatuses(console.out, console.style, lab);
   }
-  std::vector<PolicyRecord> before;
+  Snapshot before;
   if (tells() && !steps_.empty()) {
-    before = readRecords(session);
+    before = lab.snapshot();
   }
   for (Step const& step : steps_) {
-    session.perform(step);
+    perform(lab, step);
     if (!tells()) {
       continue;
     }
-    std::vector<PolicyRecord> after = readRecords(session);
+    Snapshot after = lab.snapshot();
     console.out << tinted(console.style, Tint::heading, "== " + step.text) << "\n\n";
     printChanges(console.out, console.style, before, after);
-    printStatuses(console.out, console.style, session);
+    printStatuses(console.out, console.style, lab);
     before = std::move(after);
   }
 }
 
-void RunVerb::loadRules(Session& session) const {
+void RunVerb::loadRules(Lab& lab) const {
   FilterSet const set =
       readFilterSet(SourceText::fromFile(rulesFile_),
                     portsOnAnyProtocol_ ? PortRanges::onAnyProtocol : PortRanges::onPortProtocols);
@@ -192,18 +221,18 @@ void RunVerb::loadRules(Session& session) const {
     throw UsageError("--classes: " + std::to_string(layout_.classes) + " is more than the " +
                      counted(set.rules.size(), "rule") + " of " + rulesFile_);
   }
-  session.load(set, layout_);
+  lab.load(set, layout_);
 }
 
-void RunVerb::loadFiles(Session& session, Console const& console) const {
+void RunVerb::loadFiles(Lab& lab, Console const& console) const {
   Reading const reading = lenient_ ? Reading::lenient : Reading::strict;
-  std::vector<PolicyRecord> before;
+  Snapshot before;
   for (std::size_t i = 0; i != files_.size(); ++i) {
-    session.load(SourceText::fromFile(files_[i]), reading);
+    lab.load(SourceText::fromFile(files_[i]), reading);
     if (!tells() || files_.size() == 1) {
       continue;
     }
-    std::vector<PolicyRecord> after = readRecords(session);
+    Snapshot after = lab.snapshot();
     if (i != 0) {
       console.out << tinted(console.style, Tint::heading, "== what " + files_[i] + " changed")
                   << "\n\n";
@@ -221,33 +250,36 @@ ExitStatus RunVerb::run(Console const& console) {
     throw UsageError("a FILE or --rules FILE is required");
   }
   Progress progress(console.progress ? &console.err : nullptr);
-  SessionOptions options = session_;
+  LabOptions options = options_;
   for (std::string const& fault : faults_) {
     options.faults.push_back(readFault(fault));
   }
   if (traceLevel_ >= 0) {
     Kor::traceLevelIs("*", traceLevel_);
   }
-  Session session(options, &progress);
+  options.journal = 0;
+  Lab lab(options);
+  showProgress(lab, progress);
   if (rulesFile_.empty()) {
-    loadFiles(session, console);
+    loadFiles(lab, console);
   } else {
-    loadRules(session);
+    loadRules(lab);
   }
-  performSteps(session, console);
+  progress.clear();
+  performSteps(lab, console);
 
-  std::vector<Problem> const problems = findProblems(session);
+  std::vector<Problem> const problems = findProblems(lab);
   WithRules const withRules = summary_ ? WithRules::no : WithRules::yes;
   if (json_) {
-    printJson(console.out, session, withRules);
+    printJson(console.out, lab, withRules);
     for (Problem const& problem : problems) {
       console.err << "policymap-lab: " << shownText(toText(problem)) << "\n";
     }
   } else {
-    printReport(console.out, console.style, session, problems, withRules);
-    if (!faults_.empty() || session_.async || session_.pseudoAsync) {
+    printReport(console.out, console.style, lab, problems, withRules);
+    if (!faults_.empty() || options_.async || options_.pseudoAsync) {
       console.out << "\n" << tinted(console.style, Tint::heading, "status") << "\n";
-      printStatuses(console.out, console.style, session);
+      printStatuses(console.out, console.style, lab);
     }
   }
   bool const failed = std::any_of(problems.begin(), problems.end(), [this](Problem const& problem) {

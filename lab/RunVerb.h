@@ -3,8 +3,9 @@
 
 // `policymap-lab run`: loads policy text or a filter set and shows what was programmed.
 
-#include "lab/Session.h"
+#include "lab/Faults.h"
 #include "lab/Verb.h"
+#include "testkit/Lab.h"
 
 #include <string>
 #include <vector>
@@ -24,12 +25,12 @@ class RunVerb : public Verb {
   void addHelperOptions();
   void addMachineOptions();
   void addFaultOptions();
-  // Adds a flag that inverts the default of a session option.
+  // Adds a flag that inverts the default of a lab option.
   void addSwitch(std::string const& name, bool& value, std::string const& text);
 
-  void loadFiles(Session& session, Console const& console) const;
-  void loadRules(Session& session) const;
-  void performSteps(Session& session, Console const& console) const;
+  void loadFiles(Lab& lab, Console const& console) const;
+  void loadRules(Lab& lab) const;
+  void performSteps(Lab& lab, Console const& console) const;
   bool tells() const { return !json_; }
 
   CLI::App* command_;
@@ -40,7 +41,7 @@ class RunVerb : public Verb {
   bool lenient_ = false;
   bool json_ = false;
   bool summary_ = false;
-  SessionOptions session_;
+  LabOptions options_;
   std::vector<std::string> faults_;
   std::vector<Step> steps_;  // in the order of the command line
   int traceLevel_ = -1;      // none

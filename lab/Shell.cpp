@@ -2,8 +2,9 @@
 #include "lab/Shell.h"
 
 #include "lab/Faults.h"
-#include "lab/ShownText.h"
+#include "lab/Kit.h"
 #include "lab/TypeListing.h"
+#include "testkit/text/ShownText.h"
 
 #include <Kor/EventLoop.h>
 #include <Kor/Strep.h>

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/ShellVerb.h"
 
+#include "lab/Kit.h"
 #include "lab/Prompt.h"
-#include "lab/ShownText.h"
 #include "lab/Trial.h"
+#include "testkit/text/ShownText.h"
 
 #include <Kor/Assert.h>
 #include <Kor/EventLoop.h>

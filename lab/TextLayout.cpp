@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/TextLayout.h"
 
-#include "lab/ShownText.h"
+#include "lab/Kit.h"
+#include "testkit/text/ShownText.h"
 
 #include <algorithm>
 #include <utility>

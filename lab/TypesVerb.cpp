@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/TypesVerb.h"
 
-#include "lab/ShownText.h"
+#include "lab/Kit.h"
 #include "lab/TypeListing.h"
+#include "testkit/text/ShownText.h"
 
 #include <Kor/ByName.h>
 

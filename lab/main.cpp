@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "lab/Kit.h"
 #include "lab/Program.h"
-#include "lab/ShownText.h"
+#include "testkit/text/ShownText.h"
 
 #include <cstdlib>
 #include <exception>

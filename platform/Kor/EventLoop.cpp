@@ -8,10 +8,17 @@
 #include <cmath>
 #include <limits>
 #include <thread>
+#include <utility>
 
 namespace Kor {
 
-Activity::Activity() : loop_(&EventLoop::global()) {}
+namespace {
+
+EventLoop* currentLoop = nullptr;  // null: the global loop
+
+}  // namespace
+
+Activity::Activity() : loop_(&EventLoop::current()) {}
 
 Activity::~Activity() {
   cancel();
@@ -44,9 +51,29 @@ void Activity::cancel() {
   }
 }
 
+void Activity::loopIs(EventLoop& loop) {
+  bool const scheduled = scheduled_;
+  double const wait = scheduled ? due_ - loop_->now() : 0;
+  cancel();
+  loop_ = &loop;
+  if (scheduled) {
+    loop.add(*this, loop.now() + std::max(wait, 0.0));
+  }
+}
+
 EventLoop& EventLoop::global() {
   static EventLoop loop;
   return loop;
+}
+
+EventLoop& EventLoop::current() {
+  return currentLoop != nullptr ? *currentLoop : global();
+}
+
+EventLoop::Scope::Scope(EventLoop& loop) : before_(std::exchange(currentLoop, &loop)) {}
+
+EventLoop::Scope::~Scope() {
+  currentLoop = before_;
 }
 
 EventLoop::~EventLoop() {
@@ -98,6 +125,7 @@ void EventLoop::remove(Activity& activity) {
 
 void EventLoop::runDue() {
   KOR_ASSERT_OWNING_THREAD();
+  Scope const scope(*this);
   while (!queue_.empty() && (*queue_.begin())->due_ <= now()) {
     Activity& activity = **queue_.begin();
     remove(activity);
@@ -118,7 +146,7 @@ void EventLoop::waitUntil(double time) {
 }
 
 double now() {
-  return EventLoop::global().now();
+  return EventLoop::current().now();
 }
 
 }  // namespace Kor

@@ -6,6 +6,9 @@
 // Order: by due time; activities with equal due times run in scheduling order. Time is the
 // machine's clock or virtual. Virtual time advances only in runFor(), so every run gives the same
 // order.
+//
+// A process may have several loops, each with its own time and activities. Machines and helpers use
+// the loop that is current when they are created.
 
 #include "Kor/Export.h"
 
@@ -21,7 +24,7 @@ class EventLoop;
 // An action to be run later by the loop. Destroying it cancels it.
 class KOR_API Activity {
  public:
-  Activity();  // on the global loop
+  Activity();  // on the current loop
   explicit Activity(EventLoop& loop) : loop_(&loop) {}
   Activity(Activity const&) = delete;
   Activity& operator=(Activity const&) = delete;
@@ -34,6 +37,8 @@ class KOR_API Activity {
   // than now, however small.
   void scheduleIn(double seconds);
   void cancel();
+  // Moves it to another loop. If it is scheduled, the remaining wait stays.
+  void loopIs(EventLoop& loop);
   [[nodiscard]] bool scheduled() const { return scheduled_; }
   // Due time in seconds of the loop's clock. Valid only while scheduled.
   [[nodiscard]] double dueTime() const { return due_; }
@@ -53,8 +58,23 @@ class KOR_API Activity {
 
 class KOR_API EventLoop {
  public:
-  // The loop of the process. Kor::now() reads its clock.
+  // The loop of the process.
   static EventLoop& global();
+  // The loop that new activities use and whose clock Kor::now() reads: the one that runs, or that of
+  // the innermost Scope; otherwise the global loop.
+  static EventLoop& current();
+
+  // Makes a loop the current one until the end of the scope.
+  class KOR_API Scope {
+   public:
+    explicit Scope(EventLoop& loop);
+    Scope(Scope const&) = delete;
+    Scope& operator=(Scope const&) = delete;
+    ~Scope();
+
+   private:
+    EventLoop* before_;
+  };
 
   EventLoop() = default;
   EventLoop(EventLoop const&) = delete;
@@ -107,7 +127,7 @@ class KOR_API Timer final : public Activity {
   std::function<void()> call_;
 };
 
-// The time of the global loop in seconds.
+// The time of the current loop in seconds.
 KOR_API double now();
 
 }  // namespace Kor

@@ -5,6 +5,7 @@
 // helper and the interfaces.
 
 #include "Acl/AclDiff.h"
+#include "Kor/EventLoop.h"
 #include "PolicyMap/PolicyMapAclHelper.h"
 #include "PolicyMap/PolicyMapSmKey.h"
 #include "Vorel/IntfId.h"
@@ -16,6 +17,8 @@ namespace PolicyMap {
 class PolicyHost {
  public:
   virtual ~PolicyHost() = default;
+  // Runs the passes, and is the clock of the waits.
+  [[nodiscard]] virtual Kor::EventLoop& eventLoop() const = 0;
   // Null: nothing is programmed.
   [[nodiscard]] virtual Kor::Ptr<PolicyMapAclHelper> const& aclHelper() const = 0;
   // Null: any other version of a list is treated as different.

@@ -33,6 +33,12 @@ void PolicyReconciler::serviceIs(Service* service) {
     abandonTurn();
   }
   service_ = service;
+  if (service != nullptr) {
+    Kor::EventLoop& loop = service->eventLoop();
+    loopIs(loop);
+    retryTimer_.loopIs(loop);
+    resultTimer_.loopIs(loop);
+  }
 }
 
 void PolicyReconciler::abandonTurn() {
@@ -167,7 +173,7 @@ void PolicyReconciler::timedOut() {
 }
 
 void PolicyReconciler::committed(ClassMapMatchOption option) {
-  policy_.timeProgrammedIs(option, Kor::now());
+  policy_.timeProgrammedIs(option, service_->eventLoop().now());
 }
 
 void PolicyReconciler::deleted(ClassMapMatchOption option) {

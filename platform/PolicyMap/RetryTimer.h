@@ -28,6 +28,7 @@ class RetryTimer {
     wait_ = 0;
     timer_.cancel();
   }
+  void loopIs(Kor::EventLoop& loop) { timer_.loopIs(loop); }
 
  private:
   Kor::Timer timer_;

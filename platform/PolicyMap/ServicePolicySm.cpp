@@ -62,6 +62,7 @@ class ServicePolicySm::Parts final : public ServicePolicyWatches::Owner,
   void policyMapSmDel(PolicyMapSmKey const& key) override { machine_.policyMapSmDel(key); }
 
   // PolicyHost
+  Kor::EventLoop& eventLoop() const override { return machine_.eventLoop_; }
   Kor::Ptr<PolicyMapAclHelper> const& aclHelper() const override { return machine_.aclHelper(); }
   Kor::Ptr<Acl::AclDiff> const& aclDiff() const override { return machine_.aclDiff(); }
   bool active() const override { return machine_.reacting() && !machine_.changingHelper_; }

@@ -4,7 +4,8 @@
 // ServicePolicySm: the root machine. It observes configuration and interface status, runs one
 // policy-map machine per attached policy-map and direction, and provides them with the helper.
 //
-// Changes are only recorded; policies are programmed from the event loop. Two operations of the
+// Changes are only recorded; policies are programmed from the event loop that is current when the
+// machine is created. Two operations of the
 // helper are called at once: hwInit(), when an active machine is given a helper for the first time,
 // and deletePolicy(), for policies on a helper that is replaced or removed. Destroying the machine
 // calls no operation.
@@ -17,6 +18,7 @@
 #include "Acl/Config.h"
 #include "Ip/Status.h"
 #include "Ip6/Status.h"
+#include "Kor/EventLoop.h"
 #include "Lag/Config.h"
 #include "PolicyMap/AttachedPolicies.h"
 #include "PolicyMap/IntfEligibility.h"
@@ -245,6 +247,7 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   void allIntfsChanged();
   [[nodiscard]] IntfEligibility eligibility() const;
 
+  Kor::EventLoop& eventLoop_ = Kor::EventLoop::current();
   std::unique_ptr<Parts> parts_;
   ServicePolicyWatches watches_;
   Kor::Ptr<PolicyMapTypeStatus> status_;

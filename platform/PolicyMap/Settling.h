@@ -53,10 +53,11 @@ class Settling {
   std::map<Key, bool> again_;  // the keys being settled; true if bring() is to run again
 };
 
-// Sets a flag to true for its scope, then restores the previous value.
+// Sets a flag for its scope, then restores the previous value.
 class ScopedFlag {
  public:
-  explicit ScopedFlag(bool& flag) : flag_(flag), before_(std::exchange(flag, true)) {}
+  explicit ScopedFlag(bool& flag, bool value = true)
+      : flag_(flag), before_(std::exchange(flag, value)) {}
   ScopedFlag(ScopedFlag const&) = delete;
   ScopedFlag& operator=(ScopedFlag const&) = delete;
   ~ScopedFlag() { flag_ = before_; }

@@ -4,7 +4,7 @@
 
 #include "lab/Faults.h"
 
-#include "lab/Sessions.h"
+#include "lab/Labs.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 // The program in a process of its own, and the demonstration.
 
-#include "lab/Sessions.h"
+#include "lab/Labs.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 #include "lab/Report.h"
 
 #include "lab/Changes.h"
-#include "lab/Sessions.h"
+#include "lab/Labs.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,22 +17,22 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-std::string reportOf(Session const& session, WithRules withRules = WithRules::yes,
+std::string reportOf(Lab const& lab, WithRules withRules = WithRules::yes,
                      TextStyle const& style = {}) {
   std::ostringstream out;
-  printReport(out, style, session, findProblems(session), withRules);
+  printReport(out, style, lab, findProblems(lab), withRules);
   return out.str();
 }
 
-nlohmann::ordered_json jsonOf(Session const& session, WithRules withRules = WithRules::yes) {
+nlohmann::ordered_json jsonOf(Lab const& lab, WithRules withRules = WithRules::yes) {
   std::ostringstream out;
-  printJson(out, session, withRules);
+  printJson(out, lab, withRules);
   return nlohmann::ordered_json::parse(out.str());
 }
 
-std::string changesOf(std::vector<PolicyRecord> const& before, Session const& session) {
+std::string changesOf(Snapshot const& before, Lab const& lab) {
   std::ostringstream out;
-  printChanges(out, {}, before, readRecords(session));
+  printChanges(out, {}, before, lab.snapshot());
   return out.str();
 }
 
@@ -48,10 +48,10 @@ std::string const portRange = simplePolicy + "ip access-list P\n"
                                              " permit udp any any range 5004 5008\n";
 
 TEST(Report, TableShowsOnePolicyWithItsRulesAndTheirSubRules) {
-  Session session({.subRulesForPorts = true});
-  load(session, portRange);
+  Lab lab({.subRulesForPorts = true});
+  load(lab, portRange);
   EXPECT_EQ(
-      reportOf(session),
+      reportOf(lab),
       "policy-map P, input, ipv4: created\n"
       "  counts      created 1, committed 1, action updates begun 0 and ended 0\n"
       "  interfaces  Ethernet1\n"
@@ -66,32 +66,32 @@ TEST(Report, TableShowsOnePolicyWithItsRulesAndTheirSubRules) {
 }
 
 TEST(Report, RangeCheckersAreMarked) {
-  Session session({});
-  load(session, portRange);
-  EXPECT_THAT(reportOf(session), HasSubstr("      dst 5004-5008 (range checker)\n"));
+  Lab lab;
+  load(lab, portRange);
+  EXPECT_THAT(reportOf(lab), HasSubstr("      dst 5004-5008 (range checker)\n"));
 }
 
 TEST(Report, SummaryLeavesOutTheRules) {
-  Session session({});
-  load(session, simplePolicy);
-  std::string const text = reportOf(session, WithRules::no);
+  Lab lab;
+  load(lab, simplePolicy);
+  std::string const text = reportOf(lab, WithRules::no);
   EXPECT_THAT(text, HasSubstr("  rules       1 with 1 sub-rule\n"));
   EXPECT_THAT(text, testing::Not(HasSubstr("permit")));
   EXPECT_THAT(text, HasSubstr("total 1 policy, 1 rule, 1 sub-rule\n"));
 }
 
 TEST(Report, DeletedPolicyIsToldAsNotCreated) {
-  Session session({});
-  load(session, simplePolicy);
-  load(session, "no policy-map P\n");
-  EXPECT_THAT(reportOf(session), HasSubstr("policy-map P, input, ipv4: not created\n"));
-  EXPECT_THAT(reportOf(session), HasSubstr("  interfaces  none\n"));
+  Lab lab;
+  load(lab, simplePolicy);
+  load(lab, "no policy-map P\n");
+  EXPECT_THAT(reportOf(lab), HasSubstr("policy-map P, input, ipv4: not created\n"));
+  EXPECT_THAT(reportOf(lab), HasSubstr("  interfaces  none\n"));
 }
 
 TEST(Report, ProblemsAndSkippedLinesStandAtTheEnd) {
-  Session session({});
-  load(session, "frobnicate now\ninterface Ethernet1\n service-policy input P\n", Reading::lenient);
-  EXPECT_EQ(reportOf(session), "total 0 policies, 0 rules, 0 sub-rules\n"
+  Lab lab;
+  load(lab, "frobnicate now\ninterface Ethernet1\n service-policy input P\n", Reading::lenient);
+  EXPECT_EQ(reportOf(lab), "total 0 policies, 0 rules, 0 sub-rules\n"
                                "\n"
                                "problems\n"
                                "  policy-map P (input): not defined, but attached to Ethernet1\n"
@@ -102,31 +102,31 @@ TEST(Report, ProblemsAndSkippedLinesStandAtTheEnd) {
 }
 
 TEST(Report, LinesFitTheWidthWhereBlanksAllowIt) {
-  Session session({});
+  Lab lab;
   std::string text = simplePolicy;
   for (int i = 1; i != 40; ++i) {
     text += "interface Ethernet" + std::to_string(i) + "\n service-policy input P\n";
   }
-  load(session, text + "ip access-list P\n permit tcp 10.100.100.0/24 range 10000 20000 "
+  load(lab, text + "ip access-list P\n permit tcp 10.100.100.0/24 range 10000 20000 "
                        "10.200.200.0/24 range 30000 40000 dscp ef\n");
-  std::istringstream lines(reportOf(session));
+  std::istringstream lines(reportOf(lab));
   for (std::string line; std::getline(lines, line);) {
     EXPECT_LE(line.size(), 100U) << line;
   }
 }
 
 TEST(Report, ColorIsUsedWhenWanted) {
-  Session session({});
-  load(session, simplePolicy);
-  EXPECT_THAT(reportOf(session, WithRules::yes, {.color = true}),
+  Lab lab;
+  load(lab, simplePolicy);
+  EXPECT_THAT(reportOf(lab, WithRules::yes, {.color = true}),
               HasSubstr("\033[1mpolicy-map P, input, ipv4\033[0m: \033[32mcreated\033[0m\n"));
-  EXPECT_THAT(reportOf(session), testing::Not(HasSubstr("\033")));
+  EXPECT_THAT(reportOf(lab), testing::Not(HasSubstr("\033")));
 }
 
 TEST(Report, JsonHasItsKeysInOrder) {
-  Session session({});
-  load(session, simplePolicy);
-  auto const json = jsonOf(session);
+  Lab lab;
+  load(lab, simplePolicy);
+  auto const json = jsonOf(lab);
   EXPECT_THAT(keysOf(json), ElementsAre("policies", "totals", "skipped", "status"));
   EXPECT_THAT(keysOf(json["status"][0]),
               ElementsAre("policy", "direction", "option", "programmed", "timeProgrammed",
@@ -142,10 +142,10 @@ TEST(Report, JsonHasItsKeysInOrder) {
 }
 
 TEST(Report, JsonHasTheValuesOfTheRecord) {
-  Session session({.subRulesForPorts = true});
-  load(session, portRange);
-  load(session, "frobnicate\nfrobnicate\n", Reading::lenient);
-  EXPECT_EQ(jsonOf(session), nlohmann::ordered_json::parse(R"({
+  Lab lab({.subRulesForPorts = true});
+  load(lab, portRange);
+  load(lab, "frobnicate\nfrobnicate\n", Reading::lenient);
+  EXPECT_EQ(jsonOf(lab), nlohmann::ordered_json::parse(R"({
     "policies": [{
       "policy": "P", "direction": "input", "option": "ipv4", "created": true, "dirty": false,
       "createCount": 1, "commitCount": 1, "beginUpdateActionCount": 0, "endUpdateActionCount": 0,
@@ -162,30 +162,30 @@ TEST(Report, JsonHasTheValuesOfTheRecord) {
 }
 
 TEST(Report, JsonSummaryHasNoRulesArrays) {
-  Session session({});
-  load(session, simplePolicy);
-  auto const json = jsonOf(session, WithRules::no);
+  Lab lab;
+  load(lab, simplePolicy);
+  auto const json = jsonOf(lab, WithRules::no);
   EXPECT_FALSE(json["policies"][0].contains("rules"));
   EXPECT_EQ(json["policies"][0]["ruleCount"], 1);
 }
 
 TEST(Report, JsonOfNothingIsAnObjectAllTheSame) {
-  Session const session({});
-  EXPECT_EQ(jsonOf(session), nlohmann::ordered_json::parse(R"({"policies": [],
+  Lab const lab;
+  EXPECT_EQ(jsonOf(lab), nlohmann::ordered_json::parse(R"({"policies": [],
     "totals": {"policies": 0, "rules": 0, "subRules": 0}, "skipped": {}, "status": []})"));
 }
 
 TEST(Report, PoliciesAreOrderedByNameDirectionAndOption) {
-  Session session({});
+  Lab lab;
   std::string text = "class-map match-any C\n match mac any any\n match ip ip any any\n"
                      " match ipv6 ipv6 any any\n";
   for (std::string const name : {"b", "a", "C"}) {
     text += "policy-map " + name + "\n class C\n";
   }
-  load(session, text + "interface Ethernet1\n service-policy output b\n service-policy input C\n"
+  load(lab, text + "interface Ethernet1\n service-policy output b\n service-policy input C\n"
                        "interface Ethernet2\n service-policy input b\n service-policy output a\n");
   std::string order;
-  auto const json = jsonOf(session);
+  auto const json = jsonOf(lab);
   for (auto const& policy : json["policies"]) {
     order += policy["policy"].get<std::string>() + policy["direction"].get<std::string>()[0] +
              policy["option"].get<std::string>() + " ";
@@ -197,15 +197,15 @@ TEST(Report, PoliciesAreOrderedByNameDirectionAndOption) {
 // Changes
 
 TEST(Changes, NothingChangedIsSaid) {
-  Session session({});
-  load(session, simplePolicy);
-  EXPECT_EQ(changesOf(readRecords(session), session), "nothing changed in the records\n\n");
+  Lab lab;
+  load(lab, simplePolicy);
+  EXPECT_EQ(changesOf(lab.snapshot(), lab), "nothing changed in the records\n\n");
 }
 
 TEST(Changes, NewPolicyShowsAllThatCame) {
-  Session session({});
-  load(session, simplePolicy);
-  EXPECT_EQ(changesOf({}, session), "policy-map P, input, ipv4\n"
+  Lab lab;
+  load(lab, simplePolicy);
+  EXPECT_EQ(changesOf({}, lab), "policy-map P, input, ipv4\n"
                                     "  state       created\n"
                                     "  counts      created 0 -> 1, committed 0 -> 1\n"
                                     "  interfaces  + Ethernet1\n"
@@ -214,11 +214,11 @@ TEST(Changes, NewPolicyShowsAllThatCame) {
 }
 
 TEST(Changes, ActionsAreToldByClassAndValue) {
-  Session session({.updateAction = true});
-  load(session, portRange);
-  auto const before = readRecords(session);
-  load(session, "policy-map P\n class P\n  set action1 7\n  set action2 2\n");
-  EXPECT_EQ(changesOf(before, session),
+  Lab lab({.updateAction = true});
+  load(lab, portRange);
+  auto const before = lab.snapshot();
+  load(lab, "policy-map P\n class P\n  set action1 7\n  set action2 2\n");
+  EXPECT_EQ(changesOf(before, lab),
             "policy-map P, input, ipv4\n"
             "  counts      committed 1 -> 2, action updates begun 0 -> 1, ended 0 -> 1\n"
             "  actions     class P: action1 1 -> 7 (2 rules)\n"
@@ -227,12 +227,12 @@ TEST(Changes, ActionsAreToldByClassAndValue) {
 }
 
 TEST(Changes, RulesComeGoAndChange) {
-  Session session({.subRulesForPorts = true});
-  load(session, portRange);
-  auto const before = readRecords(session);
-  load(session, "ip access-list P\n no 10\n 20 permit udp any any range 5004 5007\n"
+  Lab lab({.subRulesForPorts = true});
+  load(lab, portRange);
+  auto const before = lab.snapshot();
+  load(lab, "ip access-list P\n no 10\n 20 permit udp any any range 5004 5007\n"
                 " permit ip any any\n");
-  EXPECT_EQ(changesOf(before, session),
+  EXPECT_EQ(changesOf(before, lab),
             "policy-map P, input, ipv4\n"
             "  counts      created 1 -> 2, committed 1 -> 2\n"
             "  rules       - P P 10: permit tcp any any eq 80\n"
@@ -244,11 +244,11 @@ TEST(Changes, RulesComeGoAndChange) {
 }
 
 TEST(Changes, InterfacesComeAndGo) {
-  Session session({});
-  load(session, simplePolicy);
-  auto const before = readRecords(session);
-  load(session, "no interface Ethernet1\ninterface Ethernet2\n service-policy input P\n");
-  EXPECT_EQ(changesOf(before, session), "policy-map P, input, ipv4\n"
+  Lab lab;
+  load(lab, simplePolicy);
+  auto const before = lab.snapshot();
+  load(lab, "no interface Ethernet1\ninterface Ethernet2\n service-policy input P\n");
+  EXPECT_EQ(changesOf(before, lab), "policy-map P, input, ipv4\n"
                                         "  counts      committed 1 -> 2\n"
                                         "  interfaces  + Ethernet2\n"
                                         "              - Ethernet1\n"
@@ -256,21 +256,21 @@ TEST(Changes, InterfacesComeAndGo) {
 }
 
 TEST(Changes, AnotherOrderOfClassesIsTold) {
-  Session session({});
-  load(session, "class-map A\n match ip tcp any any\nclass-map B\n match ip udp any any\n"
+  Lab lab;
+  load(lab, "class-map A\n match ip tcp any any\nclass-map B\n match ip udp any any\n"
                 "policy-map P\n class A\n class B\ninterface Ethernet1\n service-policy input P\n");
-  auto const before = readRecords(session);
-  load(session, "policy-map P\n class B insert-before A\n");
-  EXPECT_THAT(changesOf(before, session),
+  auto const before = lab.snapshot();
+  load(lab, "policy-map P\n class B insert-before A\n");
+  EXPECT_THAT(changesOf(before, lab),
               HasSubstr("  rules       in another order, by class: B, A\n"));
 }
 
 TEST(Changes, DeletedPolicyLosesEverything) {
-  Session session({});
-  load(session, simplePolicy);
-  auto const before = readRecords(session);
-  load(session, "no policy-map P\n");
-  EXPECT_EQ(changesOf(before, session), "policy-map P, input, ipv4\n"
+  Lab lab;
+  load(lab, simplePolicy);
+  auto const before = lab.snapshot();
+  load(lab, "no policy-map P\n");
+  EXPECT_EQ(changesOf(before, lab), "policy-map P, input, ipv4\n"
                                         "  state       no longer created\n"
                                         "  interfaces  - Ethernet1\n"
                                         "  rules       - P P 10: permit tcp any any eq 80\n"

@@ -2,8 +2,8 @@
 
 // Real inputs, end to end.
 
-#include "lab/Parsing.h"
-#include "lab/Sessions.h"
+#include "testkit/text/Parsing.h"
+#include "lab/Labs.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@ struct Counts {
 // Rows "| FILE | RULES | WITH A RANGE | ENTRIES | LARGEST |" from the description of the corpus.
 std::vector<Counts> countsOfCorpus() {
   std::vector<Counts> counts;
-  std::ifstream description(corpusFolder() + "/SOURCES.md");
+  std::ifstream description(Text::test::corpusFolder() + "/SOURCES.md");
   for (std::string line; std::getline(description, line);) {
     std::replace(line.begin(), line.end(), '|', ' ');
     std::istringstream cells(line);
@@ -44,7 +44,7 @@ std::vector<Counts> countsOfCorpus() {
 
 std::vector<std::string> filesIn(std::string const& folder) {
   std::vector<std::string> files;
-  for (auto const& entry : std::filesystem::directory_iterator(corpusFolder() + "/" + folder)) {
+  for (auto const& entry : std::filesystem::directory_iterator(Text::test::corpusFolder() + "/" + folder)) {
     files.push_back(entry.path().string());
   }
   std::sort(files.begin(), files.end());
@@ -54,7 +54,7 @@ std::vector<std::string> filesIn(std::string const& folder) {
 class RunCorpus : public testing::Test {
  protected:
   void SetUp() override {
-    if (corpusFolder().empty()) {
+    if (Text::test::corpusFolder().empty()) {
       GTEST_SKIP() << "POLICYMAPTEST_CORPUS is not set: real inputs were not run";
     }
   }
@@ -67,7 +67,7 @@ TEST_F(RunCorpus, EveryFilterSetExpandsToTheEntriesKnownOfIt) {
     for (std::string const classes : {"1", "10"}) {
       Outcome const outcome =
           runLab({"run", "--json", "--summary", "--sub-rules-for-ports", "--ports-on-any-protocol",
-                  "--classes", classes, "--rules", corpusFolder() + "/rules/" + row.file});
+                  "--classes", classes, "--rules", Text::test::corpusFolder() + "/rules/" + row.file});
       ASSERT_EQ(outcome.status, ExitStatus::success) << row.file << ": " << outcome.err;
       EXPECT_EQ(outcome.json()["totals"]["rules"], row.rules) << row.file;
       EXPECT_EQ(outcome.json()["totals"]["subRules"], row.entries) << row.file;
@@ -77,35 +77,35 @@ TEST_F(RunCorpus, EveryFilterSetExpandsToTheEntriesKnownOfIt) {
 
 TEST_F(RunCorpus, EveryConfigurationIsTakenLenientlyAndOnceMoreWithoutEffect) {
   for (std::string const& file : filesIn("configs")) {
-    Session session({});
-    session.load(SourceText::fromFile(file), Reading::lenient);
-    EXPECT_GT(session.skipped().total(), 0U) << file;
-    auto const before = readRecords(session);
-    session.load(SourceText::fromFile(file), Reading::lenient);
-    EXPECT_EQ(readRecords(session), before) << file;
+    Lab lab;
+    lab.load(SourceText::fromFile(file), Reading::lenient);
+    EXPECT_GT(lab.skipped().total(), 0U) << file;
+    auto const before = lab.snapshot();
+    lab.load(SourceText::fromFile(file), Reading::lenient);
+    EXPECT_EQ(lab.snapshot(), before) << file;
   }
 }
 
 TEST_F(RunCorpus, EveryListIsProgrammedWhenItIsAttached) {
   for (std::string const& file : filesIn("configs")) {
-    Session session({});
-    session.load(SourceText::fromFile(file), Reading::lenient);
-    auto const& lists = session.configuration().settings().listsOf(Family::ip4);
+    Lab lab;
+    lab.load(SourceText::fromFile(file), Reading::lenient);
+    auto const& lists = lab.configuration().settings().listsOf(Family::ip4);
     std::string text = "class-map match-any attached-here\n";
     for (auto const& [name, list] : lists) {
       text += " match access-group " + name + "\n";
     }
-    load(session, text + "policy-map attached-here\n class attached-here\ninterface Ethernet99\n"
+    load(lab, text + "policy-map attached-here\n class attached-here\ninterface Ethernet99\n"
                          " service-policy output attached-here\n");
     std::uint64_t rules = 0;
     for (auto const& [name, list] : lists) {
-      rules += session.configuration().acls()->ipAcl(name)->rules();
+      rules += lab.configuration().acls()->ipAcl(name)->rules();
     }
     if (rules == 0) {
       continue;
     }
-    PolicyRecord const record =
-        recordOf(session, "attached-here", PolicyMap::ClassMapMatchOption::ipv4, "output");
+    Record const record =
+        recordOf(lab, "attached-here", PolicyMap::ClassMapMatchOption::ipv4, "output");
     EXPECT_TRUE(record.created) << file;
     EXPECT_EQ(record.ruleCount, rules) << file;
   }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Shell.h"
 
-#include "lab/Sessions.h"
+#include "lab/Labs.h"
 #include "lab/ShellVerb.h"
 
 #include <Kor/EventLoop.h>

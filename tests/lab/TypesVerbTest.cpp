@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/TypesVerb.h"
 
-#include "lab/Sessions.h"
+#include "lab/Labs.h"
 
 #include <Kor/KorType.h>
 

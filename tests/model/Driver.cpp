@@ -40,7 +40,7 @@ void OrderedHelper::asyncOperationResultIs(PolicyMap::AsyncOperationResult const
   AclHelper::asyncOperationResultIs(result);
 }
 
-void OrderedHelper::around(TestSupport::HelperCall& call, Proceed const& proceed) {
+void OrderedHelper::around(PolicyMapTestKit::HelperCall& call, Proceed const& proceed) {
   if (call.operation == "createPolicy" || call.operation == "deletePolicy") {
     order_[{(*call.policy)->policyKey(), *call.option}].clear();
   } else if (call.operation == "commitPolicy" || call.intf) {

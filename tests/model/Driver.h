@@ -8,7 +8,7 @@
 #include "machines/TestServicePolicySm.h"
 #include "model/Operation.h"
 #include "model/ReferenceModel.h"
-#include "support/ForwardingHelper.h"
+#include "testkit/ForwardingHelper.h"
 
 #include <array>
 #include <functional>
@@ -18,7 +18,7 @@
 namespace Model {
 
 // A recording helper that also records the order of rules and counts calls.
-class OrderedHelper : public TestSupport::ForwardingHelper<PolicyMapTest::AclHelper> {
+class OrderedHelper : public PolicyMapTestKit::ForwardingHelper<PolicyMapTest::AclHelper> {
  public:
   OrderedHelper() : ForwardingHelper(false, false) {}
 
@@ -31,7 +31,7 @@ class OrderedHelper : public TestSupport::ForwardingHelper<PolicyMapTest::AclHel
   }
 
  protected:
-  void around(TestSupport::HelperCall& call, Proceed const& proceed) override;
+  void around(PolicyMapTestKit::HelperCall& call, Proceed const& proceed) override;
 
  private:
   std::size_t waits_ = 0;

@@ -51,7 +51,7 @@ class DoingLog final : public CallLog {
   std::function<void()> deed;
 
  protected:
-  void around(TestSupport::HelperCall& call, Proceed const& proceed) override {
+  void around(PolicyMapTestKit::HelperCall& call, Proceed const& proceed) override {
     if (wordOf(call) == word) {
       deed();
     }

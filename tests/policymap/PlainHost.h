@@ -22,6 +22,7 @@ class PlainHost : public PolicyMap::PolicyHost {
   std::vector<Vorel::IntfId> intfs{intf("Ethernet1")};
   std::function<void()> whenAsked;  // called with each query of interfaces
 
+  Kor::EventLoop& eventLoop() const override { return Kor::EventLoop::global(); }
   Kor::Ptr<PolicyMap::PolicyMapAclHelper> const& aclHelper() const override { return helper; }
   Kor::Ptr<Acl::AclDiff> const& aclDiff() const override { return diff; }
   bool active() const override { return true; }

@@ -4,7 +4,7 @@
 // The environment for tests of the core: a helper that records every call, machines that create
 // only base machines, and short functions to configure.
 
-#include "support/ForwardingHelper.h"
+#include "testkit/ForwardingHelper.h"
 
 #include <Kor/EventLoop.h>
 #include <PolicyMap/PolicyMapAclHelper.h>
@@ -34,7 +34,7 @@ inline std::string text(auto const& value) {
 
 // Records every call as one line and returns the text that is set for it, or "". The line begins
 // with the operation without its object: "create", "addIntf".
-class CallLog : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapAclHelper> {
+class CallLog : public PolicyMapTestKit::ForwardingHelper<PolicyMap::PolicyMapAclHelper> {
  public:
   std::vector<std::string> calls;
   std::map<std::string, std::string> answers;  // by the first word of the line
@@ -46,7 +46,7 @@ class CallLog : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapAclHelp
   std::vector<std::string> taken() { return std::exchange(calls, {}); }
 
   // The first word of the line of a call.
-  static std::string wordOf(TestSupport::HelperCall const& call) {
+  static std::string wordOf(PolicyMapTestKit::HelperCall const& call) {
     for (std::string_view const object :
          {"ToPolicy", "FromPolicy", "Policy", "UpdateActions", "Action"}) {
       if (call.operation.ends_with(object)) {
@@ -57,7 +57,7 @@ class CallLog : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapAclHelp
   }
 
  protected:
-  void around(TestSupport::HelperCall& call, Proceed const& /*proceed*/) override {
+  void around(PolicyMapTestKit::HelperCall& call, Proceed const& /*proceed*/) override {
     if (call.operation == "getCountForRule") {
       ++countCalls;
       auto const found = counts.find(*call.rule);
@@ -72,7 +72,7 @@ class CallLog : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapAclHelp
   }
 
  private:
-  static std::string lineOf(TestSupport::HelperCall const& call) {
+  static std::string lineOf(PolicyMapTestKit::HelperCall const& call) {
     std::string line = wordOf(call);
     if (call.policy != nullptr) {
       line += " " + policy(*call.policy) + (call.option ? "/" + text(*call.option) : "");

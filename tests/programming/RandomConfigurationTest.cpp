@@ -62,7 +62,7 @@ int actionOf(PolicyMap::ClassMapSmCommonData const& data) {
 }
 
 // Keeps the programmed state and records every call out of order.
-class OrderedHelper : public TestSupport::ForwardingHelper<PolicyMap::PolicyMapAclHelper> {
+class OrderedHelper : public PolicyMapTestKit::ForwardingHelper<PolicyMap::PolicyMapAclHelper> {
  public:
   Hardware hardware;
   std::set<std::pair<PolicyMapSmKey, ClassMapMatchOption>> dirty;  // not committed

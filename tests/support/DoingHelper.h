@@ -5,7 +5,7 @@
 // operation of a given name and before that operation is carried out. The function may throw.
 
 #include "helper/AclHelper.h"
-#include "support/ForwardingHelper.h"
+#include "testkit/ForwardingHelper.h"
 
 #include <functional>
 #include <string>
@@ -24,7 +24,7 @@ inline void once(Deed& deed) {
   }
 }
 
-class DoingHelper final : public ForwardingHelper<PolicyMapTest::AclHelper> {
+class DoingHelper final : public PolicyMapTestKit::ForwardingHelper<PolicyMapTest::AclHelper> {
  public:
   using ForwardingHelper::ForwardingHelper;
 
@@ -38,7 +38,7 @@ class DoingHelper final : public ForwardingHelper<PolicyMapTest::AclHelper> {
   void forgetCalls() { calls_.clear(); }
 
  protected:
-  void around(HelperCall& call, Proceed const& proceed) override {
+  void around(PolicyMapTestKit::HelperCall& call, Proceed const& proceed) override {
     calls_.emplace_back(call.operation);
     if (call.operation == operation_) {
       once(deed_);

@@ -105,7 +105,7 @@ void FaultyHelper::asynchronousCall(bool failing) {
   pendingFault_ = failing && !silent ? std::optional(fired_.size() - 1) : std::nullopt;
 }
 
-void FaultyHelper::expectCreated(HelperCall const& call) {
+void FaultyHelper::expectCreated(PolicyMapTestKit::HelperCall const& call) {
   PolicyMapTest::AclPolicyType const type((*call.policy)->policyKey(), *call.option);
   auto const record = testData(type);
   if (!record || !record->created()) {
@@ -134,7 +134,7 @@ void FaultyHelper::deliver() {
   asyncTriggerInc(1);
 }
 
-void FaultyHelper::around(HelperCall& call, Proceed const& proceed) {
+void FaultyHelper::around(PolicyMapTestKit::HelperCall& call, Proceed const& proceed) {
   if (call.operation == "recreatePolicy") {
     recreating_ = true;
     proceed();
@@ -163,7 +163,7 @@ void FaultyHelper::around(HelperCall& call, Proceed const& proceed) {
   proceed();
 }
 
-void FaultyHelper::watch(HelperCall const& call, Fault fault, bool failing) {
+void FaultyHelper::watch(PolicyMapTestKit::HelperCall const& call, Fault fault, bool failing) {
   PolicyData const& policyData = *call.policy;
   switch (fault) {
   case Fault::createError: expectBound(policyData, *call.option); break;

@@ -10,7 +10,7 @@
 // It also checks the order of calls, more strictly than the helper's assertions.
 
 #include "helper/AclHelper.h"
-#include "support/ForwardingHelper.h"
+#include "testkit/ForwardingHelper.h"
 
 #include <array>
 #include <cstdint>
@@ -49,7 +49,7 @@ struct FiredFault {
   bool seen = true;
 };
 
-class FaultyHelper final : public ForwardingHelper<PolicyMapTest::AclHelper> {
+class FaultyHelper final : public PolicyMapTestKit::ForwardingHelper<PolicyMapTest::AclHelper> {
  public:
   using ForwardingHelper::ForwardingHelper;
   ~FaultyHelper() override;
@@ -73,7 +73,7 @@ class FaultyHelper final : public ForwardingHelper<PolicyMapTest::AclHelper> {
   void deliver();
 
  protected:
-  void around(HelperCall& call, Proceed const& proceed) override;
+  void around(PolicyMapTestKit::HelperCall& call, Proceed const& proceed) override;
 
  private:
   using ErrorIs = void (AclHelper::*)(Kor::String8);
@@ -82,8 +82,8 @@ class FaultyHelper final : public ForwardingHelper<PolicyMapTest::AclHelper> {
   static std::size_t index(Fault fault) { return static_cast<std::size_t>(fault); }
   static ErrorIs errorIs(Fault fault);
   void asynchronousCall(bool failing);
-  void watch(HelperCall const& call, Fault fault, bool failing);
-  void expectCreated(HelperCall const& call);
+  void watch(PolicyMapTestKit::HelperCall const& call, Fault fault, bool failing);
+  void expectCreated(PolicyMapTestKit::HelperCall const& call);
   void expectBound(PolicyData const& policyData, Option option);
   std::set<Vorel::IntfId>& bound(PolicyData const& policyData, Option option) {
     return bound_[{policyData.get(), option}];

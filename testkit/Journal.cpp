@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/Journal.h"
+
+#include "machines/TestClassCommonData.h"
+#include "testkit/Printing.h"
+#include "testkit/text/RuleConversion.h"
+
+#include <PolicyMap/PerOption.h>
+
+#include <ostream>
+#include <sstream>
+
+namespace PolicyMapTestKit {
+
+namespace {
+
+using PolicyMapTest::TestClassCommonData;
+using Text::ConfiguredRule;
+
+ConfiguredRule matchOf(PolicyMap::AclRuleKey const& key,
+                       PolicyMap::ClassMapSmCommonData const& data) {
+  auto const mac = [&] { return ConfiguredRule(data.getMacRule(key)); };
+  return PolicyMap::forOption(
+      key.matchOption(), [&] { return ConfiguredRule(data.getIpRule(key)); },
+      [&] { return ConfiguredRule(data.getIp6Rule(key)); }, mac, mac);
+}
+
+JournalEntry::Actions actionsOf(TestClassCommonData const& data) {
+  return {
+#define POLICYMAPTEST_ROW(kind) data.action##kind##Value(),
+      POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
+  };
+}
+
+// The operations that take the values of the actions.
+bool hasActions(std::string_view operation) {
+  return operation == "addRule" || operation == "updateAction";
+}
+
+void describeArguments(std::ostream& out, JournalEntry const& entry) {
+  if (entry.policy) {
+    out << ' ' << nameOf(*entry.policy);
+  }
+  if (entry.option) {
+    out << ' ' << *entry.option;
+  }
+  if (entry.intf) {
+    out << ' ' << entry.intf->name();
+  }
+  if (!entry.className.empty()) {
+    out << ' ' << entry.className;
+  }
+  if (entry.rule) {
+    out << ' ' << nameInList(*entry.rule);
+  }
+  if (entry.match) {
+    out << ' ' << Text::describe(*entry.match);
+  }
+  if (entry.rule && !!entry.subRule) {
+    out << " (" << describe(entry.subRule) << ")";
+  }
+  if (entry.actions) {
+    for (std::size_t i = 0; i != entry.actions->size(); ++i) {
+      if ((*entry.actions)[i] != 0) {
+        out << ' ' << PolicyMapTest::testActionNames[i] << '=' << (*entry.actions)[i];
+      }
+    }
+  }
+}
+
+}  // namespace
+
+std::string JournalEntry::describe() const {
+  std::ostringstream out;
+  switch (kind) {
+  case Kind::test: out << "[" << operation << (text.empty() ? "" : " ") << text << "]"; break;
+  case Kind::result: out << "result: " << (error.empty() ? Kor::String("done") : error); break;
+  case Kind::call:
+    out << operation;
+    describeArguments(out, *this);
+    if (!error.empty()) {
+      out << (threw ? " -> throws " : " -> ") << error;
+    } else if (operation == "getCountForRule") {
+      out << " -> " << count;
+    }
+  }
+  return out.str();
+}
+
+std::ostream& operator<<(std::ostream& out, JournalEntry const& entry) {
+  return out << entry.number << " t=" << entry.time << ' ' << entry.describe();
+}
+
+std::ostream& operator<<(std::ostream& out, Journal const& journal) {
+  if (journal.dropped() != 0) {
+    out << journal.dropped() << " earlier entries\n";
+  }
+  for (JournalEntry const& entry : journal) {
+    out << entry << '\n';
+  }
+  return out;
+}
+
+// writing -------------------------------------------------------------------------------
+
+JournalEntry& Journal::add(JournalEntry::Kind kind, std::string_view operation) {
+  if (entries_.size() == limit_) {
+    entries_.pop_front();
+    ++dropped_;
+  }
+  JournalEntry& entry = entries_.emplace_back();
+  entry.kind = kind;
+  entry.number = ++written_;
+  entry.time = loop_->now();
+  entry.operation = operation;
+  entry.text = lastDeed_;
+  return entry;
+}
+
+void Journal::testDid(std::string_view operation, Kor::String const& text) {
+  if (limit_ == 0) {
+    return;
+  }
+  std::string const deed = std::string(operation) + (text.empty() ? "" : " ") + text.stdString();
+  lastDeed_ = Kor::String(deed);
+  add(JournalEntry::Kind::test, operation).text = text;
+}
+
+std::uint64_t Journal::begin(HelperCall const& call) {
+  if (limit_ == 0) {
+    return 0;
+  }
+  JournalEntry& entry = add(JournalEntry::Kind::call, call.operation);
+  if (call.policy != nullptr && *call.policy) {
+    entry.policy = (*call.policy)->policyKey();
+  }
+  entry.option = call.option;
+  entry.intf = call.intf;
+  if (call.classData != nullptr && *call.classData) {
+    enterClass(entry, call);
+  }
+  return entry.number;
+}
+
+void Journal::enterClass(JournalEntry& entry, HelperCall const& call) {
+  PolicyMap::ClassMapSmCommonData const& data = **call.classData;
+  entry.className = data.name();
+  if (call.rule == nullptr) {
+    return;
+  }
+  entry.rule = *call.rule;
+  if (call.subRule != nullptr) {
+    entry.subRule = *call.subRule;
+  }
+  if (call.operation == "addRule") {
+    entry.match = matchOf(*call.rule, data);
+  }
+  if (hasActions(call.operation)) {
+    if (auto const* const test = dynamic_cast<TestClassCommonData const*>(&data)) {
+      entry.actions = actionsOf(*test);
+    }
+  }
+}
+
+void Journal::end(std::uint64_t number, HelperCall const& call, bool threw) {
+  // The entry may have been dropped or cleared during the call.
+  if (entries_.empty() || number < entries_.front().number || number > entries_.back().number) {
+    return;
+  }
+  JournalEntry& entry = entries_[number - entries_.front().number];
+  entry.error = call.error;
+  entry.count = call.count;
+  entry.threw = threw;
+}
+
+void Journal::resultArrived(Kor::String const& error) {
+  if (limit_ != 0) {
+    add(JournalEntry::Kind::result, "result").error = error;
+  }
+}
+
+void Journal::clear() {
+  entries_.clear();
+  dropped_ = 0;
+}
+
+// queries -------------------------------------------------------------------------------
+
+template <class Wanted>
+Journal Journal::some(Wanted const& wanted) const {
+  Journal found(*loop_, limit_);
+  for (JournalEntry const& entry : entries_) {
+    if (wanted(entry)) {
+      found.entries_.push_back(entry);
+    }
+  }
+  found.written_ = written_;
+  return found;
+}
+
+Journal Journal::calls(std::string_view operation) const {
+  return some([&](JournalEntry const& entry) {
+    return entry.kind == JournalEntry::Kind::call &&
+           (operation.empty() || entry.operation == operation);
+  });
+}
+
+Journal Journal::ofPolicy(std::string_view policyMap) const {
+  return some([&](JournalEntry const& entry) {
+    return entry.policy && entry.policy->first().stdString() == policyMap;
+  });
+}
+
+Journal Journal::ofClass(std::string_view className) const {
+  return some([&](JournalEntry const& entry) { return entry.className.stdString() == className; });
+}
+
+Journal Journal::ofRule(std::string_view rule) const {
+  return some(
+      [&](JournalEntry const& entry) { return entry.rule && nameInList(*entry.rule) == rule; });
+}
+
+Journal Journal::since(std::uint64_t number) const {
+  return some([&](JournalEntry const& entry) { return entry.number >= number; });
+}
+
+Journal Journal::failed() const {
+  return some([](JournalEntry const& entry) { return !entry.error.empty(); });
+}
+
+}  // namespace PolicyMapTestKit

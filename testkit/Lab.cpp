@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/Lab.h"
+
+#include "machines/PolicyMapTestSm.h"
+#include "testkit/config/FilterSettings.h"
+#include "testkit/config/SettingsEditor.h"
+
+#include <Acl/AclDiff.h>
+
+#include <sstream>
+#include <string>
+
+namespace PolicyMapTestKit {
+
+namespace {
+
+Kor::Ptr<RecordingHelper> makeHelper(LabOptions const& options, Journal* journal) {
+  auto helper =
+      Kor::make<RecordingHelper>(options.updateAction, options.expandPortChannels, journal);
+  helper->subRulesForL4PortsIs(options.subRulesForPorts);
+  helper->reprogramPolicyOnIntfChangeIs(options.reprogramOnIntfChange);
+  helper->denyRulesAllowedIs(options.denyRules);
+  helper->ttlSupportedIs(options.ttl);
+  helper->onlyTtlEqSupportedIs(options.onlyTtlEq);
+  helper->ackOrRstSupportedIs(options.ackOrRst);
+  helper->establishedSupportedIs(options.established);
+  helper->asyncOperationsIs(options.async || options.pseudoAsync);
+  helper->pseudoAsyncIs(options.pseudoAsync);
+  for (Fault const& fault : options.faults) {
+    PolicyMapTestKit::inject(*helper, fault);
+  }
+  return helper;
+}
+
+}  // namespace
+
+Lab::Lab(LabOptions const& options)
+    : journal_(loop_, options.journal),
+      requests_(Kor::make<PolicyMap::PolicyMapStatusRequestDir>("requests")),
+      status_(Kor::make<PolicyMap::PolicyMapTypeStatus>("status")) {
+  Kor::EventLoop::Scope const scope(loop_);
+  loop_.virtualTimeIs(true);
+  helper_ = makeHelper(options, options.journal == 0 ? nullptr : &journal_);
+  machine_ = PolicyMapTest::testServicePolicySmFactory(
+      policyMaps(), classMaps(), requests_, status_, acls(), lag(), ip(), ip6(), routing(),
+      routing6(), helper_, Kor::make<Acl::AclDiff>(), options.layer2, options.layer3,
+      options.management);
+  machine_->allowIpAclIs(options.ipLists);
+  machine_->allowIp6AclIs(options.ip6Lists);
+  machine_->allowMacAclIs(options.macLists);
+  configuration_.onShutdownIs([this](Vorel::IntfId intf, bool down) {
+    if (down) {
+      machine_->nonexistentIntfIs(intf, true);
+    } else {
+      machine_->nonexistentIntfDel(intf);
+    }
+  });
+}
+
+// The machine goes first, and the helper is not told of anything that goes after it.
+Lab::~Lab() {
+  machine_ = nullptr;
+  helper_->aroundIs({});
+}
+
+void Lab::load(std::string_view policyText) {
+  load(Text::SourceText("policy text", std::string(policyText)));
+}
+
+void Lab::load(Text::SourceText const& source, Text::Reading reading) {
+  Text::PolicyText text = Text::parsePolicyText(source, reading);
+  Text::Settings settings = configuration_.settings();
+  Text::editSettings(settings, text, reading);
+  for (auto const& [kind, lines] : text.skipped.byKind()) {
+    skipped_.add(kind, lines);
+  }
+  journal_.testDid("load", Kor::String(*source.name()));
+  configure(settings);
+}
+
+void Lab::load(Text::FilterSet const& rules, FilterLayout const& layout) {
+  journal_.testDid("load", Kor::String(std::to_string(rules.rules.size()) + " rules"));
+  configure(Text::filterSettings(rules, layout.classes, layout.interfaces));
+}
+
+void Lab::configure(Text::Settings const& settings) {
+  if (onLoad_) {
+    onLoad_(settings);
+  }
+  Kor::EventLoop::Scope const scope(loop_);
+  configuration_.settingsAre(settings);
+  loop_.runUntilIdle();
+}
+
+void Lab::settle() {
+  loop_.runUntilIdle();
+}
+
+void Lab::advance(std::chrono::duration<double> time) {
+  std::ostringstream text;
+  text << time.count() << " s";
+  journal_.testDid("advance", Kor::String(text.str()));
+  loop_.runFor(time.count());
+  settle();
+}
+
+void Lab::inject(Fault const& fault) {
+  PolicyMapTestKit::inject(*helper_, fault);
+  journal_.testDid("inject", Kor::String(fault.name + "=" + fault.text));
+  settle();
+}
+
+void Lab::clearFaults() {
+  journal_.testDid("clear", {});
+  PolicyMapTestKit::clearFaults(*helper_);
+  settle();
+}
+
+void Lab::trigger() {
+  Kor::EventLoop::Scope const scope(loop_);
+  journal_.testDid("trigger", {});
+  helper_->asyncTriggerInc(1);
+  settle();
+}
+
+Snapshot Lab::snapshot(WithRules withRules) const {
+  return snapshotOf(*helper_, withRules);
+}
+
+Record Lab::record(std::string_view policyMap, std::string_view direction,
+                   std::optional<PolicyMap::ClassMapMatchOption> option) const {
+  return snapshot().record(policyMap, direction, option);
+}
+
+}  // namespace PolicyMapTestKit

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Lab: everything that a test of policy-maps needs, in one object: configuration and status
+// objects, the helper that records, the machines that program it, and an event loop with virtual
+// time.
+//
+//   Lab lab;
+//   lab.load(R"(ip access-list web
+//                 10 permit tcp any any eq 80
+//               class-map match-any web
+//                 match access-group web
+//               policy-map edge
+//                 class web
+//                   set action1 7
+//               interface Ethernet1
+//                 ip address 192.0.2.1/24
+//                 service-policy input edge)");
+//   EXPECT_EQ(lab.record("edge").rule("web 10").action(1), 7U);
+//
+// Each lab has its own time and objects, so labs do not influence each other. After its end,
+// objects that a test still holds must not be programmed any more.
+
+#include "machines/TestServicePolicySm.h"
+#include "testkit/Export.h"
+#include "testkit/Journal.h"
+#include "testkit/LabOptions.h"
+#include "testkit/RecordingHelper.h"
+#include "testkit/Snapshot.h"
+#include "testkit/config/Configuration.h"
+#include "testkit/text/FilterSet.h"
+#include "testkit/text/PolicyTextParser.h"
+#include "testkit/text/SkippedLines.h"
+
+#include <Kor/EventLoop.h>
+#include <PolicyMap/PolicyMapTypeStatus.h>
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string_view>
+
+namespace PolicyMapTestKit {
+
+// How a filter set is attached.
+struct FilterLayout {
+  // Number of classes in the policy-map, 1 or more. Each gets a consecutive and nearly equal share
+  // of the rules.
+  std::size_t classes = 1;
+  // Number of interfaces to which the policy-map is attached.
+  std::size_t interfaces = 1;
+};
+
+class POLICYMAPTESTKIT_API Lab {
+ public:
+  explicit Lab(LabOptions const& options = {});
+  Lab(Lab const&) = delete;
+  Lab& operator=(Lab const&) = delete;
+  ~Lab();
+
+  // Applies policy text as an edit of the current configuration, and settles. Throws
+  // Text::InputError; the configuration is then unchanged.
+  void load(std::string_view policyText);
+  void load(Text::SourceText const& source, Text::Reading reading = Text::Reading::strict);
+  // Replaces the current configuration by a filter set: policy-map "rules" with classes "rules-1",
+  // "rules-2", ..., each matching the access list of its name with the sequence numbers 10, 20,
+  // ..., attached for input at Ethernet1, Ethernet2, ...
+  void load(Text::FilterSet const& rules, FilterLayout const& layout = {});
+
+  // Called by load() with the new configuration, before anything of it is programmed.
+  void onLoadIs(std::function<void(Text::Settings const&)> onLoad) { onLoad_ = std::move(onLoad); }
+
+  // Runs everything that is due now.
+  void settle();
+  // Advances the lab's clock and runs what becomes due.
+  void advance(std::chrono::duration<double> time);
+  // In seconds since the lab began.
+  [[nodiscard]] double now() const { return loop_.now(); }
+
+  // Injects or clears errors of the helper, and settles. An attribute of the helper that does not
+  // exist throws Kor::RangeException.
+  void inject(Fault const& fault);
+  void clearFaults();
+  // Delivers the pending asynchronous result, and settles.
+  void trigger();
+
+  // The records. record() throws LookupError; see Snapshot::record().
+  [[nodiscard]] Snapshot snapshot(WithRules withRules = WithRules::yes) const;
+  [[nodiscard]] Record record(std::string_view policyMap, std::string_view direction = "input",
+                              std::optional<PolicyMap::ClassMapMatchOption> option = {}) const;
+
+  [[nodiscard]] Journal& journal() { return journal_; }
+  [[nodiscard]] Journal const& journal() const { return journal_; }
+
+  // The objects inside. What a test writes to them takes effect with the next call that settles.
+  [[nodiscard]] Text::Configuration const& configuration() const { return configuration_; }
+  [[nodiscard]] Acl::Config::Ptr const& acls() const { return configuration_.acls(); }
+  [[nodiscard]] PolicyMap::ClassMapTypeConfig::Ptr const& classMaps() const {
+    return configuration_.classMaps();
+  }
+  [[nodiscard]] PolicyMap::PolicyMapTypeConfig::Ptr const& policyMaps() const {
+    return configuration_.policyMaps();
+  }
+  [[nodiscard]] Lag::Input::Config::Ptr const& lag() const { return configuration_.lag(); }
+  [[nodiscard]] Ip::Status::Ptr const& ip() const { return configuration_.ip(); }
+  [[nodiscard]] Ip6::Status::Ptr const& ip6() const { return configuration_.ip6(); }
+  [[nodiscard]] Routing::RoutingInfo::Ptr const& routing() const {
+    return configuration_.routing();
+  }
+  [[nodiscard]] Routing6::RoutingInfo::Ptr const& routing6() const {
+    return configuration_.routing6();
+  }
+  [[nodiscard]] PolicyMap::PolicyMapStatusRequestDir::Ptr const& requests() const {
+    return requests_;
+  }
+  [[nodiscard]] PolicyMap::PolicyMapTypeStatus::Ptr const& status() const { return status_; }
+  [[nodiscard]] Kor::Ptr<RecordingHelper> const& helper() const { return helper_; }
+  [[nodiscard]] PolicyMapTest::TestServicePolicySm::Ptr const& machine() const { return machine_; }
+  [[nodiscard]] Kor::EventLoop& eventLoop() { return loop_; }
+  // Of all files so far.
+  [[nodiscard]] Text::SkippedLines const& skipped() const { return skipped_; }
+
+ private:
+  void configure(Text::Settings const& settings);
+
+  Kor::EventLoop loop_;
+  Journal journal_;
+  Text::Configuration configuration_;
+  Text::SkippedLines skipped_;
+  std::function<void(Text::Settings const&)> onLoad_;
+  PolicyMap::PolicyMapStatusRequestDir::Ptr requests_;
+  PolicyMap::PolicyMapTypeStatus::Ptr status_;
+  Kor::Ptr<RecordingHelper> helper_;
+  PolicyMapTest::TestServicePolicySm::Ptr machine_;
+};
+
+}  // namespace PolicyMapTestKit

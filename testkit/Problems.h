@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Problems that keep policies from being programmed as configured.
+
+#include "testkit/Export.h"
+#include "testkit/Lab.h"
+
+#include <string>
+#include <vector>
+
+namespace PolicyMapTestKit {
+
+struct POLICYMAPTESTKIT_API Problem {
+  enum class Kind : std::uint8_t {
+    missing,  // a referenced object does not exist
+    failed,   // a policy or one of its classes could not be programmed
+  };
+
+  Kind kind = Kind::failed;
+  // Location, e.g. "policy-map EDGE (input), class WEB".
+  std::string where;
+  std::string text;
+};
+
+// Ordered by policy-map, direction and place of the class. Ignores objects that are not attached.
+POLICYMAPTESTKIT_API std::vector<Problem> findProblems(Lab const& lab);
+
+// "policy-map EDGE (input), class WEB: missing ip access-list WEB".
+POLICYMAPTESTKIT_API std::string toText(Problem const& problem);
+
+}  // namespace PolicyMapTestKit

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/Record.h"
+
+#include "testkit/Printing.h"
+#include "testkit/text/RuleConversion.h"
+
+#include <algorithm>
+#include <numeric>
+#include <ostream>
+
+namespace PolicyMapTestKit {
+
+namespace {
+
+// The number of letters to insert, remove or change.
+std::size_t distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i != a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i + 1;
+    for (std::size_t j = 0; j != b.size(); ++j) {
+      std::size_t const change = diagonal + (a[i] == b[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({row[j] + 1, diagonal + 1, change});
+    }
+  }
+  return row.back();
+}
+
+std::string lookupText(std::string_view what, std::string_view wanted,
+                       std::vector<std::string> const& known) {
+  constexpr std::size_t most = 3;
+  std::vector<std::string> nearest = known;
+  std::stable_sort(nearest.begin(), nearest.end(), [&](auto const& a, auto const& b) {
+    return distance(a, wanted) < distance(b, wanted);
+  });
+  std::string text = "no " + std::string(what) + " '" + std::string(wanted) + "'";
+  if (nearest.empty()) {
+    return text + "; there is none at all";
+  }
+  for (std::size_t i = 0; i != std::min(nearest.size(), most); ++i) {
+    text += (i == 0 ? "; nearest: '" : ", '") + nearest[i] + "'";
+  }
+  return text + (nearest.size() > most ? ", of " + std::to_string(nearest.size()) : "");
+}
+
+std::string fullName(PolicyMap::AclRuleKey const& key) {
+  return key.className().stdString() + " " + nameInList(key);
+}
+
+}  // namespace
+
+LookupError::LookupError(std::string_view what, std::string_view wanted,
+                         std::vector<std::string> const& known)
+    : std::out_of_range(lookupText(what, wanted, known)) {}
+
+LookupError::~LookupError() = default;
+
+std::uint32_t RuleRecord::action(std::size_t kind) const {
+  if (kind == 0 || kind > actions.size()) {
+    throw LookupError(
+        "action", "action" + std::to_string(kind),
+        {PolicyMapTest::testActionNames.begin(), PolicyMapTest::testActionNames.end()});
+  }
+  return actions[kind - 1];
+}
+
+std::string RuleRecord::describe() const {
+  std::string text = nameInList(key) + " " + Text::describe(match);
+  for (std::size_t i = 0; i != actions.size(); ++i) {
+    if (actions[i] != 0) {
+      text +=
+          ", " + std::string(PolicyMapTest::testActionNames[i]) + " " + std::to_string(actions[i]);
+    }
+  }
+  if (subRules.size() != 1) {
+    text += ", " + std::to_string(subRules.size()) + " sub-rules";
+  } else if (subRules.front().needsRangeChecker()) {
+    text += ", range checker";
+  }
+  return text;
+}
+
+std::string Record::name() const {
+  return policy + "/" + direction + " " + toText(option);
+}
+
+RuleRecord const& Record::rule(std::string_view name) const {
+  RuleRecord const* found = nullptr;
+  std::vector<std::string> known;
+  std::size_t matching = 0;
+  for (RuleRecord const& rule : rules) {
+    if (nameInList(rule.key) == name || fullName(rule.key) == name) {
+      found = &rule;
+      ++matching;
+    }
+  }
+  if (matching == 1) {
+    return *found;
+  }
+  for (RuleRecord const& rule : rules) {
+    known.push_back(matching == 0 ? nameInList(rule.key) : fullName(rule.key));
+  }
+  throw LookupError(matching == 0 ? "rule of " + this->name() : "single rule of " + this->name(),
+                    name, known);
+}
+
+std::ostream& operator<<(std::ostream& out, RuleRecord const& rule) {
+  return out << rule.describe();
+}
+
+std::ostream& operator<<(std::ostream& out, Record const& record) {
+  out << record.name() << (record.created ? "" : ", not created")
+      << (record.dirty ? ", not committed" : "") << ", on";
+  for (Vorel::IntfId const intf : record.interfaces) {
+    out << ' ' << intf.name();
+  }
+  out << (record.interfaces.empty() ? " no interface" : "");
+  for (RuleRecord const& rule : record) {
+    out << "\n  " << rule.key.className() << ": " << rule;
+  }
+  return out;
+}
+
+}  // namespace PolicyMapTestKit

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/Snapshot.h"
+
+#include "testkit/Printing.h"
+
+#include <PolicyMap/PerOption.h>
+
+#include <algorithm>
+#include <ostream>
+#include <unordered_set>
+
+namespace PolicyMapTestKit {
+
+namespace {
+
+using PolicyMap::AclRuleKey;
+using PolicyMapTest::AclPolicyData;
+using Text::ConfiguredRule;
+
+struct KeyHash {
+  std::size_t operator()(AclRuleKey const& key) const { return key.hash(); }
+};
+
+ConfiguredRule matchOf(AclPolicyData const& data, AclRuleKey const& key) {
+  auto const mac = [&] { return ConfiguredRule(data.ruleMatchMac(key)); };
+  return PolicyMap::forOption(
+      key.matchOption(), [&] { return ConfiguredRule(data.ruleMatch(key)); },
+      [&] { return ConfiguredRule(data.ruleMatch6(key)); }, mac, mac);
+}
+
+RuleRecord readRule(AclPolicyData const& data, AclRuleKey const& key) {
+  RuleRecord rule{key, matchOf(data, key), {}, {}};
+#define POLICYMAPTEST_ROW(kind) rule.actions[(kind)-1] = data.ruleAction##kind(key);
+  POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
+  if (auto const subRules = data.subRulesForKey(key)) {
+    rule.subRules.reserve(subRules->subRules());
+    for (auto const& entry : subRules->subRuleIteratorConst()) {
+      rule.subRules.push_back(entry.key());
+    }
+    std::sort(rule.subRules.begin(), rule.subRules.end());
+  }
+  return rule;
+}
+
+// The keys of the recorded rules. Each key has one match.
+std::vector<AclRuleKey> keysOf(AclPolicyData const& data) {
+  std::vector<AclRuleKey> keys;
+  auto const add = [&keys](auto matches) {
+    for (auto const& entry : matches) {
+      keys.push_back(entry.key());
+    }
+  };
+  add(data.ruleMatchIteratorConst());
+  add(data.ruleMatch6IteratorConst());
+  add(data.ruleMatchMacIteratorConst());
+  return keys;
+}
+
+// The keys in the order of programming. What a test wrote into the record by itself comes last, in
+// key order.
+std::vector<AclRuleKey> keysInOrder(AclPolicyData const& data,
+                                    std::vector<AclRuleKey> const& added) {
+  std::vector<AclRuleKey> const all = keysOf(data);
+  std::unordered_set<AclRuleKey, KeyHash> left(all.begin(), all.end());
+  std::vector<AclRuleKey> ordered;
+  ordered.reserve(all.size());
+  for (AclRuleKey const& key : added) {
+    if (left.erase(key) != 0) {
+      ordered.push_back(key);
+    }
+  }
+  std::size_t const known = ordered.size();
+  ordered.insert(ordered.end(), left.begin(), left.end());
+  std::sort(ordered.begin() + static_cast<std::ptrdiff_t>(known), ordered.end());
+  return ordered;
+}
+
+Record readRecord(AclPolicyData const& data, std::vector<AclRuleKey> const& added,
+                  WithRules withRules) {
+  Record record;
+  record.policy = data.key().policyKey().first().stdString();
+  record.direction = data.key().policyKey().second().stdString();
+  record.option = data.key().option();
+  record.created = data.created();
+  record.dirty = data.dirty();
+  record.createCount = data.createCount();
+  record.commitCount = data.commitCount();
+  record.beginUpdateActionCount = data.beginUpdateActionCount();
+  record.endUpdateActionCount = data.endUpdateActionCount();
+  for (auto const& entry : data.intfIteratorConst()) {
+    record.interfaces.push_back(entry.key());
+  }
+  std::sort(record.interfaces.begin(), record.interfaces.end());
+  record.ruleCount = std::uint64_t{data.ruleMatchs()} + data.ruleMatch6s() + data.ruleMatchMacs();
+  for (auto const& entry : data.subRulesForKeyIteratorConst()) {
+    record.subRuleCount += entry.value()->subRules();
+  }
+  if (withRules == WithRules::yes) {
+    record.rules.reserve(record.ruleCount);
+    for (AclRuleKey const& key : keysInOrder(data, added)) {
+      record.rules.push_back(readRule(data, key));
+    }
+  }
+  return record;
+}
+
+}  // namespace
+
+void forEachRecord(RecordingHelper const& helper, WithRules withRules,
+                   std::function<void(Record const&)> const& visit) {
+  std::vector<Kor::Ptr<AclPolicyData const>> records;
+  for (auto const& entry : helper.testDataIteratorConst()) {
+    records.push_back(entry.value());
+  }
+  std::sort(records.begin(), records.end(),
+            [](auto const& a, auto const& b) { return a->key() < b->key(); });
+  for (auto const& record : records) {
+    visit(readRecord(*record, helper.rulesAdded(record->key()), withRules));
+  }
+}
+
+Snapshot snapshotOf(RecordingHelper const& helper, WithRules withRules) {
+  std::vector<Record> records;
+  forEachRecord(helper, withRules, [&](Record const& record) { records.push_back(record); });
+  return Snapshot(std::move(records));
+}
+
+Record const& Snapshot::record(std::string_view policyMap, std::string_view direction,
+                               std::optional<PolicyMap::ClassMapMatchOption> option) const {
+  std::vector<Record const*> found;
+  std::vector<std::string> known;
+  for (Record const& record : records_) {
+    known.push_back(record.name());
+    if (record.policy == policyMap && record.direction == direction &&
+        (!option || record.option == *option)) {
+      found.push_back(&record);
+    }
+  }
+  if (found.size() > 1 && std::any_of(found.begin(), found.end(),
+                                      [](Record const* record) { return record->created; })) {
+    std::erase_if(found, [](Record const* record) { return !record->created; });
+  }
+  if (found.size() == 1) {
+    return *found.front();
+  }
+  std::string wanted = std::string(policyMap) + "/" + std::string(direction);
+  if (option) {
+    wanted += " " + toText(*option);
+  }
+  throw LookupError(found.empty() ? "record" : "single record", wanted, known);
+}
+
+std::ostream& operator<<(std::ostream& out, Snapshot const& snapshot) {
+  if (snapshot.empty()) {
+    return out << "no records";
+  }
+  char const* separator = "";
+  for (Record const& record : snapshot) {
+    out << separator << record;
+    separator = "\n";
+  }
+  return out;
+}
+
+}  // namespace PolicyMapTestKit

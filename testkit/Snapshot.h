@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Snapshot: all records of a helper as values, ordered by policy-map, direction and option.
+
+#include "testkit/Export.h"
+#include "testkit/Record.h"
+#include "testkit/RecordingHelper.h"
+
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace PolicyMapTestKit {
+
+enum class WithRules : std::uint8_t { no, yes };
+
+class POLICYMAPTESTKIT_API Snapshot {
+ public:
+  Snapshot() = default;
+  // In the order of forEachRecord().
+  explicit Snapshot(std::vector<Record> records) : records_(std::move(records)) {}
+
+  [[nodiscard]] auto begin() const { return records_.begin(); }
+  [[nodiscard]] auto end() const { return records_.end(); }
+  [[nodiscard]] std::size_t size() const { return records_.size(); }
+  [[nodiscard]] bool empty() const { return records_.empty(); }
+  bool operator==(Snapshot const&) const = default;
+
+  // The record of a policy-map in one direction. Without an option: the only one that is created,
+  // or else the only one. Throws LookupError if there is none or more than one.
+  [[nodiscard]] Record const& record(
+      std::string_view policyMap, std::string_view direction = "input",
+      std::optional<PolicyMap::ClassMapMatchOption> option = {}) const;
+
+ private:
+  std::vector<Record> records_;
+};
+
+POLICYMAPTESTKIT_API std::ostream& operator<<(std::ostream& out, Snapshot const& snapshot);
+
+// Calls `visit` for each record, ordered by policy-map, direction and option. Holds one record at a
+// time.
+POLICYMAPTESTKIT_API void forEachRecord(RecordingHelper const& helper, WithRules withRules,
+                                        std::function<void(Record const&)> const& visit);
+
+// All records at once.
+POLICYMAPTESTKIT_API Snapshot snapshotOf(RecordingHelper const& helper,
+                                         WithRules withRules = WithRules::yes);
+
+}  // namespace PolicyMapTestKit

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/config/Settings.h"
+
+#include <Kor/Hash.h>
+
+namespace PolicyMapTestKit::Text {
+
+std::uint32_t ListEntryHash::operator()(ListEntry const& entry) const {
+  if (auto const* const remark = std::get_if<Remark>(&entry)) {
+    return Kor::hashBytes(remark->text);
+  }
+  return hashOf(std::get<ConfiguredRule>(entry));
+}
+
+std::uint32_t MatchHash::operator()(PolicyMap::ClassMapMatch const& match) const {
+  return Kor::hashCombine(Kor::hashCombine(Kor::hashOf(match.kind()), match.name().hash()),
+                          hashOf(match.rule()));
+}
+
+void ListEntries::put(std::uint32_t number, ListEntry entry) {
+  if (std::holds_alternative<Remark>(entry)) {
+    remarks_.insert(number);
+  } else {
+    remarks_.erase(number);
+  }
+  entries_.put(number, std::move(entry));
+}
+
+bool ListEntries::erase(std::uint32_t number) {
+  remarks_.erase(number);
+  return entries_.erase(number);
+}
+
+void ListEntries::eraseRemarks() {
+  for (std::uint32_t const number : remarks_) {
+    entries_.erase(number);
+  }
+  remarks_.clear();
+}
+
+char const* toText(Direction direction) {
+  return direction == Direction::input ? "input" : "output";
+}
+
+}  // namespace PolicyMapTestKit::Text

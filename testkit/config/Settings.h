@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Settings: the configuration read so far, as plain values. Copies share what is not edited, so
+// they are cheap. A file is applied to a copy, which is kept only if the whole file was valid.
+
+#include "records/TestActionKinds.h"
+#include "testkit/Export.h"
+#include "testkit/config/InterfaceAddresses.h"
+#include "testkit/config/NameOrder.h"
+#include "testkit/config/NumberedEntries.h"
+#include "testkit/text/RuleConversion.h"
+#include "testkit/text/Statement.h"
+
+#include <PolicyMap/ClassMapMatch.h>
+#include <Vorel/IntfId.h>
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <variant>
+
+namespace PolicyMapTestKit::Text {
+
+// A value shared by copies of the settings until one of them edits it.
+template <class Value>
+class Shared {
+ public:
+  Shared() : value_(std::make_shared<Value>()) {}
+
+  Value const& operator*() const { return *value_; }
+  Value const* operator->() const { return value_.get(); }
+  // For writing. Unshares the value first.
+  Value& edit() {
+    if (value_.use_count() != 1) {
+      value_ = std::make_shared<Value>(*value_);
+    }
+    return *value_;
+  }
+  // True if both share one object, and so are equal.
+  bool sameAs(Shared const& other) const { return value_ == other.value_; }
+
+ private:
+  std::shared_ptr<Value> value_;
+};
+
+struct Remark {
+  std::string text;
+
+  bool operator==(Remark const&) const = default;
+};
+
+// A line of an access list.
+using ListEntry = std::variant<ConfiguredRule, Remark>;
+
+struct POLICYMAPTESTKIT_API ListEntryHash {
+  std::uint32_t operator()(ListEntry const& entry) const;
+};
+
+// The lines of an access list by number. Remarks are found without a search through the rules.
+class POLICYMAPTESTKIT_API ListEntries {
+ public:
+  using Entries = NumberedEntries<ListEntry, ListEntryHash>;
+
+  Entries::ByNumber const& byNumber() const noexcept { return entries_.byNumber(); }
+  std::size_t size() const noexcept { return entries_.size(); }
+  ListEntry const* find(std::uint32_t number) const { return entries_.find(number); }
+  std::optional<std::uint32_t> numberOf(ListEntry const& entry) { return entries_.numberOf(entry); }
+  std::optional<std::uint32_t> nextNumber() const { return entries_.nextNumber(); }
+  void put(std::uint32_t number, ListEntry entry);
+  bool erase(std::uint32_t number);
+  void eraseRemarks();
+
+ private:
+  Entries entries_;
+  std::set<std::uint32_t> remarks_;
+};
+
+struct AccessList {
+  // Matches source addresses only.
+  bool standard = false;
+  ListEntries entries;
+};
+
+struct POLICYMAPTESTKIT_API MatchHash {
+  std::uint32_t operator()(PolicyMap::ClassMapMatch const& match) const;
+};
+
+struct ClassMap {
+  ClassMatch match = ClassMatch::all;
+  // By place.
+  NumberedEntries<PolicyMap::ClassMapMatch, MatchHash> matches;
+};
+
+// The values of the actions of one class, by kind; none for an action that it does not have.
+using ClassActions = std::array<std::optional<std::uint32_t>, PolicyMapTest::testActionKinds>;
+
+struct PolicyMapSettings {
+  // The classes in matching order.
+  NameOrder order;
+  std::unordered_map<std::string, ClassActions> actions;
+};
+
+struct InterfaceSettings {
+  InterfaceAddresses ip4;
+  // None of them is primary.
+  InterfaceAddresses ip6;
+  // None unless configured.
+  std::optional<bool> switchport;
+  bool shutdown = false;
+  std::optional<std::uint32_t> channelGroup;
+  // Indexed by Direction; empty for none.
+  std::array<std::string, 2> policyMaps;
+
+  bool operator==(InterfaceSettings const&) const = default;
+};
+
+struct Settings {
+  using Lists = std::map<std::string, Shared<AccessList>>;
+
+  Lists& listsOf(Family family) { return lists[static_cast<std::size_t>(family)]; }
+  Lists const& listsOf(Family family) const { return lists[static_cast<std::size_t>(family)]; }
+
+  // Indexed by Family.
+  std::array<Lists, 3> lists;
+  std::map<std::string, Shared<ClassMap>> classMaps;
+  std::map<std::string, Shared<PolicyMapSettings>> policyMaps;
+  std::map<Vorel::IntfId, InterfaceSettings> interfaces;
+  bool ipRouting = false;
+  bool ip6Routing = false;
+};
+
+// "input" or "output".
+POLICYMAPTESTKIT_API char const* toText(Direction direction);
+
+}  // namespace PolicyMapTestKit::Text

@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/text/RuleParser.h"
+
+#include "testkit/text/Comparison.h"
+#include "testkit/text/IpOptions.h"
+#include "testkit/text/PortNames.h"
+#include "testkit/text/RuleConversion.h"
+
+#include <string>
+#include <string_view>
+
+namespace PolicyMapTestKit::Text {
+
+namespace {
+
+std::uint64_t takePort(Lexer& lexer, std::uint8_t protocol, std::uint64_t low, std::uint64_t high) {
+  std::uint64_t port = 0;
+  bool known = parseNumber(lexer.peek().text, low, high, port);
+  if (auto const named = portNumber(protocol, lexer.peek().text)) {
+    port = *named;
+    known = low <= port && port <= high;
+  }
+  if (!known) {
+    lexer.fail("port " + std::to_string(low) + "-" + std::to_string(high) + " or a port name");
+  }
+  lexer.next();
+  return port;
+}
+
+Acl::PortMatch takePorts(Lexer& lexer, std::optional<std::uint8_t> protocol) {
+  Lexer const before = lexer;
+  Acl::MatchOp const comparison = acceptComparison(lexer);
+  if (comparison == Acl::MatchOp::any) {
+    return {};
+  }
+  if (!protocol || !hasPorts(*protocol)) {
+    before.fail("protocol tcp, udp or sctp before a port");
+  }
+  return takeOperands<Acl::PortMatch>(comparison, [&](std::uint64_t low, std::uint64_t high) {
+    return takePort(lexer, *protocol, low, high);
+  });
+}
+
+AddressBytes takeAddress(Lexer& lexer, Family family, std::string_view what) {
+  AddressBytes bytes{};
+  if (!parseAddress(family, lexer.peek().text, bytes)) {
+    lexer.fail(std::string(what));
+  }
+  lexer.next();
+  return bytes;
+}
+
+Address exactAddress(Family family, AddressBytes const& bytes) {
+  return maskedAddress(bytes, prefixMask(addressSize(family) * 8));
+}
+
+AddressBytes takeWildcard(Lexer& lexer, Family family) {
+  return invertedBits(family, takeAddress(lexer, family, "wildcard bits"));
+}
+
+// Parses `any` or `host A`, which are common to all kinds of lists; none if the next word is
+// neither.
+std::optional<Address> takeAnyOrHost(Lexer& lexer, Family family, std::string_view what) {
+  if (lexer.accept("any")) {
+    return Address{};
+  }
+  if (lexer.accept("host")) {
+    return exactAddress(family, takeAddress(lexer, family, what));
+  }
+  return std::nullopt;
+}
+
+std::optional<Address> takePrefix(Lexer& lexer, Family family) {
+  AddressBytes bytes{};
+  std::uint8_t length = 0;
+  if (!parsePrefix(family, lexer.peek().text, bytes, length)) {
+    return std::nullopt;
+  }
+  lexer.next();
+  return maskedAddress(bytes, prefixMask(length));
+}
+
+Address takeIp4Address(Lexer& lexer, std::string_view side, bool standard) {
+  if (auto const address = takeAnyOrHost(lexer, Family::ip4, "an IPv4 address")) {
+    return *address;
+  }
+  if (auto const address = takePrefix(lexer, Family::ip4)) {
+    return *address;
+  }
+  AddressBytes const bytes =
+      takeAddress(lexer, Family::ip4, std::string(side) + ": any, host A, A/LENGTH or A WILDCARD");
+  AddressBytes wildcard{};
+  bool const alone = standard && !parseAddress(Family::ip4, lexer.peek().text, wildcard);
+  return alone ? exactAddress(Family::ip4, bytes)
+               : maskedAddress(bytes, takeWildcard(lexer, Family::ip4));
+}
+
+Address takeIp6Address(Lexer& lexer, std::string_view side) {
+  if (auto const address = takeAnyOrHost(lexer, Family::ip6, "an IPv6 address")) {
+    return *address;
+  }
+  if (auto const address = takePrefix(lexer, Family::ip6)) {
+    return *address;
+  }
+  lexer.fail(std::string(side) + ": any, host A or A/LENGTH");
+}
+
+Address takeIpAddress(Lexer& lexer, Family family, std::string_view side) {
+  return family == Family::ip4 ? takeIp4Address(lexer, side, false) : takeIp6Address(lexer, side);
+}
+
+bool isMacAddress(Token const& token) {
+  AddressBytes bytes{};
+  return parseAddress(Family::mac, token.text, bytes);
+}
+
+// True if the next MAC address is a mask of the source before it. `A B` is a source and a
+// destination, so the second address can be the source's mask only if a destination follows it.
+// Raises SyntaxFailure at the source if the lexer `atSource` is at exactly three addresses, because
+// the mask could then belong to either of the first two.
+bool sourceMaskFollows(Lexer const& lexer, Lexer const& atSource) {
+  if (!isMacAddress(lexer.peek())) {
+    return false;
+  }
+  Token const third = lexer.peekSecond();
+  if (!isMacAddress(third)) {
+    return third.is("any") || third.is("host");
+  }
+  Lexer ahead = lexer;
+  Token const second = ahead.next();
+  if (!isMacAddress(ahead.peekSecond())) {
+    std::string const one = std::string(atSource.peek().text) + " ";
+    std::string const two = std::string(second.text) + " ";
+    atSource.fail("host before one of three MAC addresses: '" + one + two + "host " +
+                  std::string(third.text) + "' (wildcard bits of the source) or 'host " + one +
+                  two + std::string(third.text) + "' (wildcard bits of the destination)");
+  }
+  return true;
+}
+
+Address takeMacAddress(Lexer& lexer, std::string_view side, bool isDestination) {
+  if (auto const address = takeAnyOrHost(lexer, Family::mac, "a MAC address")) {
+    return *address;
+  }
+  Lexer const before = lexer;
+  AddressBytes const bytes =
+      takeAddress(lexer, Family::mac, std::string(side) + ": any, host M or M [WILDCARD]");
+  bool const masked = isDestination ? isMacAddress(lexer.peek()) : sourceMaskFollows(lexer, before);
+  return masked ? maskedAddress(bytes, takeWildcard(lexer, Family::mac))
+                : exactAddress(Family::mac, bytes);
+}
+
+std::optional<std::uint8_t> takeProtocol(Lexer& lexer, Family family) {
+  std::optional<std::uint8_t> number;
+  if (!lexer.peek().is("ip") && !lexer.peek().is("ipv6")) {
+    std::uint64_t value = 0;
+    number = protocolNumber(family, lexer.peek().text);
+    if (parseNumber(lexer.peek().text, 0, 255, value)) {
+      number = static_cast<std::uint8_t>(value);
+    }
+    if (!number) {
+      lexer.fail("protocol 0-255 or a protocol name");
+    }
+  }
+  lexer.next();
+  return number;
+}
+
+Acl::IpRuleConfig parseStandardRule(Lexer& lexer, Verdict verdict) {
+  Acl::IpRuleConfig rule;
+  rule.permitIs(verdict == Verdict::permit);
+  rule.sourceIs(addressMatch<Acl::IpAddressMatch>(takeIp4Address(lexer, "source", true)));
+  lexer.accept("log");
+  lexer.expectEnd("log or end of line");
+  return rule;
+}
+
+template <class Rule>
+Rule parseIpRule(Lexer& lexer, Family family, Verdict verdict) {
+  using Match = typename Rule::AddressMatch;
+  Rule rule;
+  rule.permitIs(verdict == Verdict::permit);
+  std::optional<std::uint8_t> const protocol = takeProtocol(lexer, family);
+  if (protocol) {
+    rule.protocolIs(*protocol);
+  }
+  rule.sourceIs(addressMatch<Match>(takeIpAddress(lexer, family, "source")));
+  rule.srcPortIs(takePorts(lexer, protocol));
+  rule.destinationIs(addressMatch<Match>(takeIpAddress(lexer, family, "destination")));
+  rule.dstPortIs(takePorts(lexer, protocol));
+  takeIpOptions(lexer, rule);
+  return rule;
+}
+
+bool takeEtherType(Lexer& lexer, Acl::MacRuleConfig& rule) {
+  std::uint64_t number = 0;
+  auto type = etherTypeNumber(lexer.peek().text);
+  if (parseNumber(lexer.peek().text, 0, 0xffff, number) ||
+      parseHexNumber(lexer.peek().text, 0xffff, number)) {
+    type = static_cast<std::uint16_t>(number);
+  }
+  if (!type || rule.ethertype()) {
+    return false;
+  }
+  rule.ethertypeIs(*type);
+  lexer.next();
+  return true;
+}
+
+bool takeVlan(Lexer& lexer, Acl::MacRuleConfig& rule) {
+  if (rule.vlan() || !lexer.accept("vlan")) {
+    return false;
+  }
+  rule.vlanIs(takeNumber(lexer, "vlan", 1, 4094));
+  return true;
+}
+
+Acl::MacRuleConfig parseMacRule(Lexer& lexer, Verdict verdict) {
+  using Match = Acl::MacAddressMatch;
+  Acl::MacRuleConfig rule;
+  rule.permitIs(verdict == Verdict::permit);
+  rule.sourceIs(addressMatch<Match>(takeMacAddress(lexer, "source", false)));
+  rule.destinationIs(addressMatch<Match>(takeMacAddress(lexer, "destination", true)));
+  while (!lexer.peek().atEnd()) {
+    if (!takeEtherType(lexer, rule) && !takeVlan(lexer, rule) && !lexer.accept("log")) {
+      lexer.fail("an Ethernet type, vlan, log or end of line");
+    }
+  }
+  return rule;
+}
+
+}  // namespace
+
+ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict) {
+  switch (kind) {
+  case RuleKind::standardIp4: return parseStandardRule(lexer, verdict);
+  case RuleKind::ip4: return parseIpRule<Acl::IpRuleConfig>(lexer, Family::ip4, verdict);
+  case RuleKind::ip6: return parseIpRule<Acl::Ip6RuleConfig>(lexer, Family::ip6, verdict);
+  case RuleKind::mac: break;
+  }
+  return parseMacRule(lexer, verdict);
+}
+
+}  // namespace PolicyMapTestKit::Text

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// The grammar of one rule, for entries of access lists and for rules in class-maps.
+
+#include "testkit/Export.h"
+#include "testkit/text/Lexer.h"
+#include "testkit/text/Statement.h"
+
+namespace PolicyMapTestKit::Text {
+
+// Selects the grammar.
+enum class RuleKind : std::uint8_t {
+  standardIp4,  // a source address only
+  ip4,
+  ip6,
+  mac,
+};
+
+enum class Verdict : std::uint8_t { permit, deny };
+
+constexpr RuleKind extendedRule(Family family) noexcept {
+  return family == Family::ip4   ? RuleKind::ip4
+         : family == Family::ip6 ? RuleKind::ip6
+                                 : RuleKind::mac;
+}
+
+// Parses what follows `permit` or `deny`, up to the end of the line. Raises SyntaxFailure.
+POLICYMAPTESTKIT_API ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict);
+
+}  // namespace PolicyMapTestKit::Text

@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// The statements of policy text, one value per line and free of context: each names the list,
+// class-map, policy-map or interface that it belongs to. Statements are to be applied in file
+// order. The parser does not check that the named objects exist.
+
+#include "testkit/text/Address.h"
+#include "testkit/text/SourceText.h"
+
+#include <PolicyMap/ClassMapMatch.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace PolicyMapTestKit::Text {
+
+// A name and its column in the statement's line, for messages. Names taken from the enclosing mode
+// have column 0.
+struct Name {
+  std::string text;
+  std::uint32_t column = 0;
+
+  bool operator==(Name const& other) const { return text == other.text; }
+};
+
+// A rule of any family as access lists and class-maps hold it.
+using ConfiguredRule = PolicyMap::ClassMapMatch::Rule;
+
+// Identifies one access list. Lists of different families may share a name.
+struct AccessListId {
+  Family family = Family::ip4;
+  Name name;
+
+  bool operator==(AccessListId const&) const = default;
+};
+
+// `ip access-list NAME`: creates the list, initially empty, if it does not exist.
+struct AccessListOpen {
+  AccessListId list;
+  // The list matches source addresses only.
+  bool standard = false;
+};
+struct AccessListRemove {
+  AccessListId list;
+};
+
+// `[SEQ] permit ...`. Without a number the rule goes after the last entry of its list.
+struct RuleAdd {
+  AccessListId list;
+  std::optional<std::uint32_t> sequence;
+  ConfiguredRule rule;
+};
+// `no permit ...`: removes the entry with an equal rule.
+struct RuleRemove {
+  AccessListId list;
+  ConfiguredRule rule;
+};
+// `[SEQ] remark TEXT`.
+struct RemarkAdd {
+  AccessListId list;
+  std::optional<std::uint32_t> sequence;
+  std::string text;
+};
+// `no remark TEXT`: removes the remark with this text. An empty text removes all remarks.
+struct RemarkRemove {
+  AccessListId list;
+  std::string text;
+};
+// `no SEQ` (a rule or a remark) and `no SEQ remark` (only a remark).
+struct EntryRemove {
+  AccessListId list;
+  std::uint32_t sequence = 0;
+  bool remarkOnly = false;
+};
+
+enum class ClassMatch : std::uint8_t { any, all };
+
+// `class-map [type WORD] [match-any|match-all] NAME`.
+struct ClassMapOpen {
+  Name classMap;
+  ClassMatch match = ClassMatch::all;
+  // True if `match` was written. Otherwise an existing class-map keeps its own.
+  bool matchWritten = false;
+  // The word after `type`; empty without one.
+  std::string type;
+};
+struct ClassMapRemove {
+  Name classMap;
+};
+
+// `match access-group NAME`, or its `no` form.
+struct ClassMatchList {
+  Name classMap;
+  AccessListId list;
+  bool remove = false;
+};
+// `match class-map NAME`, or its `no` form.
+struct ClassMatchClass {
+  Name classMap;
+  Name nested;
+  bool remove = false;
+};
+// `match ip|ipv6|mac RULE`, or its `no` form.
+struct ClassMatchRule {
+  Name classMap;
+  ConfiguredRule rule;
+  bool remove = false;
+};
+
+// `policy-map [type WORD] NAME`.
+struct PolicyMapOpen {
+  Name policyMap;
+  std::string type;
+};
+struct PolicyMapRemove {
+  Name policyMap;
+};
+
+// `class NAME [insert-before OTHER]`. Without `insertBefore` a new class goes after the last.
+struct PolicyClassOpen {
+  Name policyMap;
+  Name className;
+  std::optional<Name> insertBefore;
+};
+struct PolicyClassRemove {
+  Name policyMap;
+  Name className;
+};
+
+// `set ACTION VALUE`; `no set ACTION` has no value.
+struct PolicyClassAction {
+  Name policyMap;
+  Name className;
+  // The number of a kind of test action, from 1.
+  std::uint8_t action = 1;
+  std::optional<std::uint32_t> value;
+};
+
+// `interface NAME`; "Ethernet 3/1" is joined to "Ethernet3/1".
+struct InterfaceOpen {
+  Name interface;
+};
+struct InterfaceRemove {
+  Name interface;
+};
+
+// An address of an interface and the length of its subnet prefix.
+struct InterfacePrefix {
+  AddressBytes address{};
+  std::uint8_t length = 0;
+
+  bool operator==(InterfacePrefix const&) const = default;
+};
+
+// `ip address ...`, `ipv6 address ...` and their `no` forms. A `no` form without a prefix removes
+// all addresses of the family.
+struct InterfaceAddress {
+  Name interface;
+  Family family = Family::ip4;
+  std::optional<InterfacePrefix> prefix;
+  bool secondary = false;
+  bool remove = false;
+};
+
+// `switchport`, `no switchport`.
+struct InterfaceSwitchport {
+  Name interface;
+  bool on = true;
+};
+// `shutdown`, `no shutdown`.
+struct InterfaceShutdown {
+  Name interface;
+  bool on = true;
+};
+// `channel-group N`; `no channel-group [N]` sets `remove` and may omit the number.
+struct InterfaceChannelGroup {
+  Name interface;
+  std::optional<std::uint32_t> group;
+  bool remove = false;
+};
+
+enum class Direction : std::uint8_t { input, output };
+
+// `service-policy input|output NAME`; the `no` form sets `remove` and may omit the name.
+struct ServicePolicy {
+  Name interface;
+  Direction direction = Direction::input;
+  std::optional<Name> policyMap;
+  bool remove = false;
+};
+
+// `ip routing`, `ipv6 unicast-routing` and their `no` forms.
+struct Routing {
+  Family family = Family::ip4;
+  bool on = true;
+};
+
+using StatementBody =
+    std::variant<AccessListOpen, AccessListRemove, RuleAdd, RuleRemove, RemarkAdd, RemarkRemove,
+                 EntryRemove, ClassMapOpen, ClassMapRemove, ClassMatchList, ClassMatchClass,
+                 ClassMatchRule, PolicyMapOpen, PolicyMapRemove, PolicyClassOpen, PolicyClassRemove,
+                 PolicyClassAction, InterfaceOpen, InterfaceRemove, InterfaceAddress,
+                 InterfaceSwitchport, InterfaceShutdown, InterfaceChannelGroup, ServicePolicy,
+                 Routing>;
+
+struct Statement {
+  // The first word of the line.
+  SourcePosition position;
+  // The line of the command whose mode contains the statement; 0 at top level.
+  std::uint32_t block = 0;
+  // The word that messages about the statement quote, unless they quote a name. By default the
+  // first word.
+  Name subject;
+  StatementBody body;
+
+  SourcePosition subjectPosition() const { return positionOf(subject); }
+  // The position of one of the statement's names; the statement itself for a name from its mode.
+  SourcePosition positionOf(Name const& name) const {
+    return name.column == 0 ? position : SourcePosition{position.file, position.line, name.column};
+  }
+};
+
+}  // namespace PolicyMapTestKit::Text
