@@ -272,6 +272,84 @@ TEST(EventLoop, NowReadsTheClockOfTheProcessesLoop) {
   EXPECT_GT(Kor::now(), 1.5e9);
 }
 
+TEST(EventLoop, TheCurrentLoopIsTheInnermostScopes) {
+  Kor::EventLoop outer;
+  Kor::EventLoop inner;
+  EXPECT_EQ(&Kor::EventLoop::current(), &Kor::EventLoop::global());
+  {
+    Kor::EventLoop::Scope const first(outer);
+    EXPECT_EQ(&Kor::EventLoop::current(), &outer);
+    {
+      Kor::EventLoop::Scope const second(inner);
+      EXPECT_EQ(&Kor::EventLoop::current(), &inner);
+    }
+    EXPECT_EQ(&Kor::EventLoop::current(), &outer);
+  }
+  EXPECT_EQ(&Kor::EventLoop::current(), &Kor::EventLoop::global());
+}
+
+TEST(EventLoop, NewActivitiesAndTheTimeAreThoseOfTheCurrentLoop) {
+  Kor::EventLoop loop;
+  loop.virtualTimeIs(true);
+  loop.runFor(7);
+  Kor::EventLoop::Scope const scope(loop);
+  EXPECT_EQ(Kor::now(), 7);
+  Kor::Timer timer([] {});
+  timer.schedule();
+  EXPECT_EQ(loop.pending(), 1U);
+}
+
+TEST(EventLoop, ALoopThatRunsIsTheCurrentOne) {
+  Kor::EventLoop loop;
+  Kor::EventLoop* seen = nullptr;
+  Task task(loop, [&] { seen = &Kor::EventLoop::current(); });
+  task.schedule();
+  loop.runUntilIdle();
+  EXPECT_EQ(seen, &loop);
+  EXPECT_EQ(&Kor::EventLoop::current(), &Kor::EventLoop::global());
+}
+
+TEST(EventLoop, AnActivityMovedToAnotherLoopKeepsItsRemainingWait) {
+  Kor::EventLoop first;
+  Kor::EventLoop second;
+  first.virtualTimeIs(true);
+  second.virtualTimeIs(true);
+  second.runFor(100);
+  Task task(first, [] {});
+  task.scheduleIn(5);
+  first.runFor(2);
+  task.loopIs(second);
+  EXPECT_EQ(first.pending(), 0U);
+  EXPECT_EQ(second.pending(), 1U);
+  EXPECT_EQ(task.dueTime(), 103);
+  Task idle(first, [] {});
+  idle.loopIs(second);
+  EXPECT_FALSE(idle.scheduled());
+  idle.schedule();
+  EXPECT_EQ(second.pending(), 2U);
+}
+
+TEST(EventLoop, AnOverdueActivityIsDueAtOnceInItsNewLoop) {
+  Kor::EventLoop first;
+  Kor::EventLoop second;
+  first.virtualTimeIs(true);
+  second.virtualTimeIs(true);
+  first.runFor(5);
+  Task task(first, [] {});
+  task.schedule();
+  first.virtualTimeIs(true);  // back to 0
+  second.runFor(1);
+  task.loopIs(second);
+  EXPECT_EQ(task.dueTime(), 6) << "five seconds are left";
+  task.cancel();
+  task.loopIs(first);
+  task.schedule();
+  first.virtualTimeIs(false);
+  first.virtualTimeIs(true);
+  task.loopIs(second);
+  EXPECT_EQ(task.dueTime(), 1);
+}
+
 TEST(EventLoop, AWaitTooShortForTheClockIsLaterThanNow) {
   Kor::EventLoop loop;
   loop.virtualTimeIs(true);

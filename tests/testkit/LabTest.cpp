@@ -40,6 +40,88 @@ std::string const broadPolicy =
     "interface Vlan10\n ipv6 address 2001:db8::1/64\n service-policy input P\n"
     "interface Management1\n ip address 10.0.1.1/24\n service-policy input P\n";
 
+TEST(Lab, IsFiveLinesFromTextToAssertion) {
+  Lab lab;
+  lab.load(R"(ip access-list web
+                10 permit tcp any any eq 80
+              class-map match-any web
+                match access-group web
+              policy-map edge
+                class web
+                  set action1 7
+              interface Ethernet1
+                ip address 192.0.2.1/24
+                service-policy input edge)");
+  EXPECT_EQ(lab.record("edge").rule("web 10").action(1), 7U);
+}
+
+TEST(Lab, InvalidTextChangesNothing) {
+  Lab lab;
+  load(lab, simplePolicy);
+  Snapshot const before = lab.snapshot();
+  EXPECT_THAT([&] { lab.load("no policy-map P\nclass-map match-any\n"); },
+              testing::ThrowsMessage<InputError>(testing::HasSubstr("policy text:2:")));
+  EXPECT_EQ(lab.snapshot(), before);
+}
+
+TEST(Lab, HasItsOwnTime) {
+  Lab first({.faults = {{"commitError", "full"}}});
+  Lab second({.faults = {{"commitError", "full"}}});
+  load(first, simplePolicy);
+  load(second, simplePolicy);
+  first.clearFaults();
+  second.clearFaults();
+  first.advance(std::chrono::seconds(5));
+  EXPECT_EQ(first.record("P").commitCount, 2U);
+  EXPECT_EQ(second.record("P").commitCount, 1U) << "its retry is not due";
+  EXPECT_EQ(first.now(), 5);
+  EXPECT_EQ(second.now(), 0);
+  EXPECT_EQ(
+      first.status()->policyMapStatus({"P", "input"})->timeProgrammed(ClassMapMatchOption::ipv4),
+      1);
+}
+
+TEST(Lab, TakesUpWhatATestWritesWhenItSettles) {
+  Lab first;
+  Lab second;
+  load(first, simplePolicy);
+  load(second, simplePolicy);
+  for (Lab* const lab : {&first, &second}) {
+    lab->acls()->ipAcl("P")->ruleIs(20, Acl::IpRuleConfig());
+    lab->policyMaps()->servicePolicyIs({Vorel::IntfId("Ethernet1"), "output"}, "P");
+  }
+  second.settle();
+  EXPECT_EQ(second.snapshot().size(), 2U);
+  EXPECT_EQ(first.snapshot().size(), 1U);
+  EXPECT_EQ(first.record("P").ruleCount, 1U);
+  first.settle();
+  EXPECT_EQ(first.record("P", "output").ruleCount, 2U);
+}
+
+TEST(Lab, LeavesNothingBehind) {
+  Kor::Ptr<RecordingHelper> helper;
+  std::size_t const pending = Kor::EventLoop::global().pending();
+  {
+    Lab lab({.faults = {{"commitError", "full"}}});
+    load(lab, simplePolicy);
+    helper = lab.helper();
+    EXPECT_EQ(lab.eventLoop().pending(), 1U) << "a retry";
+  }
+  EXPECT_EQ(Kor::EventLoop::global().pending(), pending);
+  EXPECT_EQ(&Kor::EventLoop::current(), &Kor::EventLoop::global());
+  EXPECT_EQ(helper->testDatas(), 1U) << "a test that holds the records can read them";
+}
+
+TEST(Lab, RefusesAFaultThatDoesNotExist) {
+  Lab lab;
+  EXPECT_THAT(
+      [&] {
+        lab.inject({"tableError", "x"});
+      },
+      testing::ThrowsMessage<Kor::RangeException>(
+          testing::StartsWith("no error attribute 'tableError'; there are createError, ")));
+}
+
 TEST(Lab, FirstProgrammingMakesOneRecordPerOption) {
   Lab lab;
   load(lab, broadPolicy);
@@ -274,7 +356,7 @@ TEST(Lab, AddressesOfASwitchportDoNotCount) {
 TEST(Lab, RoutingAndMembershipReachTheirObjects) {
   Lab lab;
   load(lab, "ip routing\nipv6 unicast-routing\ninterface Ethernet1\n channel-group 7\n"
-                "interface Ethernet2\n no switchport\n ipv6 address 2001:db8::1/64\n");
+            "interface Ethernet2\n no switchport\n ipv6 address 2001:db8::1/64\n");
   Configuration const& configuration = lab.configuration();
   Vorel::IntfId const one("Ethernet1");
   Vorel::IntfId const two("Ethernet2");
@@ -284,7 +366,7 @@ TEST(Lab, RoutingAndMembershipReachTheirObjects) {
   EXPECT_TRUE(configuration.routing()->routedIntf(two));
   EXPECT_EQ(configuration.ip6()->intfAddress(two).text(), "2001:db8::1/64");
   load(lab, "no ip routing\nno ipv6 unicast-routing\ninterface Ethernet1\n no channel-group\n"
-                "interface Ethernet2\n switchport\n");
+            "interface Ethernet2\n switchport\n");
   EXPECT_FALSE(configuration.routing()->routing());
   EXPECT_FALSE(configuration.routing6()->routing());
   EXPECT_EQ(configuration.lag()->memberOf(one), Vorel::IntfId());
@@ -299,8 +381,8 @@ TEST(Lab, NothingIsTakenFromAFileWithAnError) {
   for (std::string const fault :
        {"no class-map absent\n", "frobnicate\n", "interface Vlan9999\n"}) {
     EXPECT_NE(errorOfLoading(lab, "no ip access-list P\nno policy-map P\ninterface Ethernet7\n"
-                                      " service-policy input P\n" +
-                                          fault),
+                                  " service-policy input P\n" +
+                                      fault),
               "no error");
     EXPECT_EQ(lab.snapshot(), before) << fault;
     EXPECT_EQ(lab.configuration().settings().interfaces.size(), 1U) << fault;
@@ -313,9 +395,9 @@ TEST(Lab, NothingIsTakenFromAFileWithAnError) {
 TEST(Lab, LoopOfClassMapsIsToldAndNothingOfItProgrammed) {
   Lab lab;
   load(lab, "class-map match-any A\n match class-map B\nclass-map match-any B\n"
-                " match class-map C\n match ip ip any any\nclass-map match-any C\n"
-                " match class-map A\npolicy-map P\n class A\ninterface Ethernet1\n"
-                " service-policy input P\n");
+            " match class-map C\n match ip ip any any\nclass-map match-any C\n"
+            " match class-map A\npolicy-map P\n class A\ninterface Ethernet1\n"
+            " service-policy input P\n");
   EXPECT_THAT(lab.snapshot(), IsEmpty());
   auto const problems = findProblems(lab);
   ASSERT_EQ(problems.size(), 1U);
@@ -330,9 +412,9 @@ TEST(Lab, LoopOfClassMapsIsToldAndNothingOfItProgrammed) {
 TEST(Lab, MissingReferencesAreToldInTheOrderOfThePolicies) {
   Lab lab;
   load(lab, "class-map match-any A\n match access-group L\n match ipv6 access-group L\n"
-                " match mac access-group L\n match class-map N\n"
-                "policy-map P\n class Z\n class A\ninterface Ethernet1\n service-policy input P\n"
-                " service-policy output NONE\ninterface Ethernet2\n service-policy output NONE\n");
+            " match mac access-group L\n match class-map N\n"
+            "policy-map P\n class Z\n class A\ninterface Ethernet1\n service-policy input P\n"
+            " service-policy output NONE\ninterface Ethernet2\n service-policy output NONE\n");
   EXPECT_THAT(problemsOf(lab),
               ElementsAre("policy-map NONE (output): not defined, but attached to Ethernet1, "
                           "Ethernet2",
@@ -470,18 +552,17 @@ TEST(Lab, RangesExpandToTheFewestBlocks) {
         Range{"1 : 65534", 30}, Range{"0 : 1022", 10}}) {
     Lab lab({.subRulesForPorts = true});
     lab.load(readFilterSet(SourceText("f", std::string("@0.0.0.0/0 0.0.0.0/0 0 : 65535 ") +
-                                                   range.ports + " 0x06/0xff 0x0/0x0")),
-                 {});
+                                               range.ports + " 0x06/0xff 0x0/0x0")),
+             {});
     EXPECT_EQ(recordOf(lab, "rules").subRuleCount, range.blocks) << range.ports;
   }
 }
 
 TEST(Lab, RangesOnBothSidesMultiply) {
   Lab lab({.subRulesForPorts = true});
-  lab.load(
-      readFilterSet(SourceText("f", "@0.0.0.0/0 0.0.0.0/0 1024 : 65535 1 : 65534 0x11/0xff "
-                                    "0x0/0x0")),
-      {});
+  lab.load(readFilterSet(SourceText("f", "@0.0.0.0/0 0.0.0.0/0 1024 : 65535 1 : 65534 0x11/0xff "
+                                         "0x0/0x0")),
+           {});
   EXPECT_EQ(recordOf(lab, "rules").subRuleCount, 6U * 30U);
 }
 

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/Journal.h"
+
+#include "testkit/Labs.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace PolicyMapTestKit::test {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<std::string> linesOf(Journal const& journal) {
+  std::vector<std::string> lines;
+  for (JournalEntry const& entry : journal) {
+    lines.push_back(entry.describe());
+  }
+  return lines;
+}
+
+TEST(Journal, HasEveryCallInOrderWithItsArguments) {
+  Lab lab;
+  load(lab, simplePolicy);
+  EXPECT_THAT(linesOf(lab.journal()),
+              ElementsAre("hwInit", "[load t]", "createPolicy P/input ipv4",
+                          "addRule P/input ipv4 P P 10 permit tcp any any eq 80 "
+                          "(dst 80) action1=1",
+                          "addIntfToPolicy P/input ipv4 Ethernet1", "commitPolicy P/input ipv4"));
+}
+
+TEST(Journal, HasUpdatesOfActionsAndRemovals) {
+  Lab lab({.updateAction = true});
+  load(lab, simplePolicy);
+  lab.journal().clear();
+  load(lab, "policy-map P\n class P\n  set action2 5\n");
+  EXPECT_THAT(linesOf(lab.journal().calls()),
+              ElementsAre("beginUpdateActions P/input P",
+                          "updateAction P/input ipv4 P P 10 (dst 80) action1=1 action2=5",
+                          "endUpdateActions P/input P", "commitPolicy P/input ipv4"));
+  lab.journal().clear();
+  load(lab, "no policy-map P\n");
+  EXPECT_THAT(
+      linesOf(lab.journal().calls()),
+      ElementsAre("removeIntfFromPolicy P/input ipv4 Ethernet1", "deletePolicy P/input ipv4"));
+}
+
+TEST(Journal, HasFailuresWithTheirTexts) {
+  Lab lab({.faults = {{"commitError", "table full"}}});
+  load(lab, simplePolicy);
+  EXPECT_THAT(linesOf(lab.journal().failed()),
+              ElementsAre("commitPolicy P/input ipv4 -> table full"));
+}
+
+TEST(Journal, HasExceptions) {
+  Lab lab;
+  lab.helper()->aroundIs([](HelperCall& call, std::function<void()> const& proceed) {
+    if (call.operation == "commitPolicy") {
+      throw std::runtime_error("no link");
+    }
+    proceed();
+  });
+  load(lab, simplePolicy);
+  EXPECT_THAT(linesOf(lab.journal().failed()),
+              ElementsAre("commitPolicy P/input ipv4 -> throws no link"));
+}
+
+TEST(Journal, HasWhatTheTestDidAndTheResultsThatCame) {
+  Lab lab({.async = true});
+  load(lab, simplePolicy);
+  lab.journal().clear();
+  lab.trigger();
+  lab.inject({"commitError", "full"});
+  lab.advance(1500ms);
+  lab.clearFaults();
+  EXPECT_THAT(linesOf(lab.journal()),
+              ElementsAre("[trigger]", "result: done", "commitPolicy P/input ipv4",
+                          "[inject commitError=full]", "[advance 1.5 s]", "[clear]"));
+}
+
+TEST(Journal, HasTimesAndTheDeedBeforeEachCall) {
+  Lab lab({.faults = {{"commitError", "full"}}});
+  load(lab, simplePolicy);
+  lab.clearFaults();
+  lab.advance(2s);
+  Journal const commits = lab.journal().calls("commitPolicy");
+  ASSERT_EQ(commits.size(), 2U);
+  EXPECT_EQ(commits.begin()->time, 0);
+  EXPECT_EQ(commits.begin()->text, "load t");
+  EXPECT_EQ(std::next(commits.begin())->time, 1) << "the first retry";
+  EXPECT_EQ(std::next(commits.begin())->text, "advance 2 s");
+}
+
+TEST(Journal, IsQueriedByPolicyClassAndRule) {
+  Lab lab;
+  load(lab, simplePolicy);
+  load(lab, "ip access-list Q\n 5 deny udp any any\n"
+            "class-map match-any Q\n match access-group Q\n"
+            "policy-map Q\n class Q\n class P\n"
+            "interface Ethernet1\n service-policy output Q\n");
+  EXPECT_EQ(lab.journal().ofPolicy("Q").calls("addRule").size(), 2U);
+  EXPECT_EQ(lab.journal().ofClass("P").size(), 2U);
+  EXPECT_THAT(linesOf(lab.journal().ofRule("Q 5")),
+              ElementsAre("addRule Q/output ipv4 Q Q 5 deny udp any any"));
+  EXPECT_THAT(lab.journal().ofPolicy("R"), IsEmpty());
+}
+
+TEST(Journal, SaysFromWhichEntryOn) {
+  Lab lab;
+  load(lab, simplePolicy);
+  std::uint64_t const next = lab.journal().next();
+  load(lab, "interface Ethernet2\n service-policy input P\n");
+  EXPECT_THAT(linesOf(lab.journal().since(next)),
+              ElementsAre("[load t]", "addIntfToPolicy P/input ipv4 Ethernet2",
+                          "commitPolicy P/input ipv4"));
+}
+
+TEST(Journal, KeepsTheNewestEntries) {
+  Lab lab({.journal = 2});
+  load(lab, simplePolicy);
+  EXPECT_THAT(linesOf(lab.journal()),
+              ElementsAre("addIntfToPolicy P/input ipv4 Ethernet1", "commitPolicy P/input ipv4"));
+  EXPECT_EQ(lab.journal().dropped(), 4U);
+  EXPECT_EQ(lab.journal().begin()->number, 5U);
+}
+
+TEST(Journal, MayBeOff) {
+  Lab lab({.journal = 0});
+  load(lab, simplePolicy);
+  lab.trigger();
+  EXPECT_THAT(lab.journal(), IsEmpty());
+  EXPECT_EQ(lab.record("P").rule("P 10").action(1), 1U);
+}
+
+TEST(Journal, ARecreationIsOneCall) {
+  Lab lab;
+  load(lab, simplePolicy);
+  lab.journal().clear();
+  load(lab, "ip access-list P\n no 10\n 20 permit tcp any any eq 81\n");
+  EXPECT_EQ(linesOf(lab.journal().calls()).front(), "recreatePolicy P/input ipv4");
+  EXPECT_THAT(lab.journal().calls("deletePolicy"), IsEmpty());
+  EXPECT_THAT(lab.journal().calls("createPolicy"), IsEmpty());
+}
+
+TEST(Journal, PrintsALinePerEntryWithNumberAndTime) {
+  Lab lab({.journal = 2});
+  load(lab, simplePolicy);
+  std::ostringstream out;
+  out << lab.journal();
+  EXPECT_EQ(out.str(), "4 earlier entries\n"
+                       "5 t=0 addIntfToPolicy P/input ipv4 Ethernet1\n"
+                       "6 t=0 commitPolicy P/input ipv4\n");
+}
+
+}  // namespace
+}  // namespace PolicyMapTestKit::test
