@@ -132,4 +132,16 @@ Record Lab::record(std::string_view policyMap, std::string_view direction,
   return snapshot().record(policyMap, direction, option);
 }
 
+PolicyMap::PolicyFailure Lab::failure(std::string_view policyMap, std::string_view direction,
+                                      std::optional<PolicyMap::ClassMapMatchOption> option) const {
+  Kor::Ptr<PolicyMap::PolicyMapStatus> const status = status_->policyMapStatus(
+      {Kor::Name(std::string(policyMap)), Kor::Name(std::string(direction))});
+  for (PolicyMap::ClassMapMatchOption const each : PolicyMap::allMatchOptions) {
+    if (status && (!option || *option == each) && !(!status->failure(each))) {
+      return status->failure(each);
+    }
+  }
+  return {};
+}
+
 }  // namespace PolicyMapTestKit

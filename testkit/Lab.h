@@ -90,6 +90,12 @@ class POLICYMAPTESTKIT_API Lab {
   [[nodiscard]] Record record(std::string_view policyMap, std::string_view direction = "input",
                               std::optional<PolicyMap::ClassMapMatchOption> option = {}) const;
 
+  // Why a policy is not programmed as configured; an empty failure if it is, or is not attached.
+  // Without an option: the first failure by option.
+  [[nodiscard]] PolicyMap::PolicyFailure failure(
+      std::string_view policyMap, std::string_view direction = "input",
+      std::optional<PolicyMap::ClassMapMatchOption> option = {}) const;
+
   [[nodiscard]] Journal& journal() { return journal_; }
   [[nodiscard]] Journal const& journal() const { return journal_; }
 

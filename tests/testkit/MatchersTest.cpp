@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/Matchers.h"
+
+#include "testkit/Labs.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace PolicyMapTestKit::test {
+namespace {
+
+using testing::Gt;
+using testing::HasSubstr;
+using testing::Not;
+
+// What a failing assertion says about the value; "it matches" if it does not fail.
+template <class Value, class MatcherOf>
+std::string mismatch(Value const& value, MatcherOf const& matcher) {
+  testing::StringMatchResultListener listener;
+  return testing::ExplainMatchResult(matcher, value, &listener) ? "it matches" : listener.str();
+}
+
+class Matching : public testing::Test {
+ protected:
+  Lab lab{LabOptions{.subRulesForPorts = true}};
+
+  Matching() {
+    load(lab,
+         "ip access-list web\n 10 permit tcp any any eq 80\n 20 permit tcp any any range 8 11\n"
+         " 30 permit tcp any any range 8 12\n"
+         "class-map match-any web\n match access-group web\n"
+         "policy-map edge\n class web\n  set action1 7\n  set action3 9\n"
+         "interface Ethernet1\n service-policy input edge\n"
+         "interface Ethernet2\n service-policy input edge\n");
+  }
+};
+
+TEST_F(Matching, ProgrammedSaysWhatIsMissing) {
+  Record record = lab.record("edge");
+  EXPECT_THAT(record, Programmed());
+  record.dirty = true;
+  EXPECT_EQ(mismatch(record, Programmed()), "it is not committed");
+  record.created = false;
+  EXPECT_EQ(mismatch(record, Programmed()), "it is not created");
+  EXPECT_THAT(record, Not(Programmed()));
+}
+
+TEST_F(Matching, HasRuleSaysWhichPartDiffers) {
+  Record const record = lab.record("edge");
+  EXPECT_THAT(record, HasRule("web 10"));
+  EXPECT_THAT(record, HasRule("web 10", "permit tcp any any eq 80"));
+  EXPECT_THAT(record, HasRule("web 10", "permit tcp any any eq 80", Action1(7), Action3(Gt(8))));
+  EXPECT_THAT(record, HasRule("web 30", SubRules(2)));
+  EXPECT_EQ(mismatch(record, HasRule("web 11")),
+            "no rule of edge/input ipv4 'web 11'; nearest: 'web 10', 'web 20', 'web 30'");
+  EXPECT_EQ(mismatch(record, HasRule("web 10", "permit tcp any any eq 81")),
+            "rule web 10 is \"permit tcp any any eq 80\"");
+  EXPECT_EQ(mismatch(record, HasRule("web 10", Action1(7), Action2(1))),
+            "of rule web 10, action2 is 0");
+  EXPECT_EQ(mismatch(record, HasRule("web 30", SubRules(3))),
+            "of rule web 30, the number of sub-rules is 2");
+}
+
+TEST_F(Matching, ARulesValuesAreMatchedByThemselves) {
+  RuleRecord const rule = lab.record("edge").rule("web 20");
+  EXPECT_THAT(rule, Action1(7));
+  EXPECT_THAT(rule, Action(3, 9));
+  EXPECT_THAT(rule, SubRules(1));
+  EXPECT_EQ(mismatch(rule, Action(1, 8)), "action1 is 7");
+}
+
+TEST_F(Matching, RulesAreNamesTheFirstDifference) {
+  Record const record = lab.record("edge");
+  std::string const first = "web 10 permit tcp any any eq 80";
+  std::string const second = "web 20 permit tcp any any range 8 11";
+  std::string const third = "web 30 permit tcp any any range 8 12";
+  EXPECT_THAT(record, RulesAre(first, second, third));
+  EXPECT_EQ(mismatch(record, RulesAre(second, first, third)),
+            "rule 1 is \"" + first + "\", not \"" + second + "\"");
+  EXPECT_EQ(mismatch(record, RulesAre(first, second)),
+            "rule 3 is \"" + third + "\", and not expected");
+  EXPECT_EQ(mismatch(record, RulesAre(first, second, third, "web 40")),
+            "rule 4 is missing: \"web 40\"");
+  EXPECT_THAT(Record(), RulesAre());
+}
+
+TEST_F(Matching, OnInterfacesNamesWhatIsMissingAndWhatIsTooMuch) {
+  Record const record = lab.record("edge");
+  EXPECT_THAT(record, OnInterfaces("Ethernet2", "Ethernet1"));
+  EXPECT_EQ(mismatch(record, OnInterfaces("Ethernet1")), "it is also on Ethernet2");
+  EXPECT_EQ(mismatch(record, OnInterfaces("Ethernet1", "Ethernet2", "Ethernet3")),
+            "it is not on Ethernet3");
+  EXPECT_EQ(mismatch(record, OnInterfaces("Ethernet1", "Ethernet3")),
+            "it is not on Ethernet3, and it is also on Ethernet2");
+}
+
+TEST_F(Matching, FailsWithSaysWhatTheFailureIs) {
+  EXPECT_EQ(mismatch(lab.failure("edge"), FailsWith("x")), "there is no failure");
+  lab.inject({"addRuleError", "table full"});
+  lab.load("no ip access-list web\nip access-list web\n 15 permit ip any any\n");
+  auto const failure = lab.failure("edge");
+  EXPECT_THAT(failure, FailsWith("table full"));
+  EXPECT_THAT(failure, FailsWith(HasSubstr("full"), "addRule", "web 15"));
+  EXPECT_EQ(mismatch(failure, FailsWith("full")), "the text is \"table full\"");
+  EXPECT_EQ(mismatch(failure, FailsWith("table full", "commitPolicy")), "the operation is addRule");
+  EXPECT_EQ(mismatch(failure, FailsWith("table full", "addRule", "web 16")),
+            "the rule is \"web 15\"");
+}
+
+TEST_F(Matching, AFailureIsOfOneOption) {
+  lab.inject({"commitError", "full"});
+  lab.load("ipv6 access-list six\n permit ipv6 any any\n"
+           "class-map match-any web\n match ipv6 access-group six\n");
+  using PolicyMap::ClassMapMatchOption;
+  EXPECT_THAT(lab.failure("edge", "input", ClassMapMatchOption::ipv6), FailsWith("full"));
+  EXPECT_THAT(lab.failure("edge", "input", ClassMapMatchOption::ipv4), Not(FailsWith("full")));
+  EXPECT_THAT(lab.failure("edge"), FailsWith("full"));
+  EXPECT_THAT(lab.failure("edge", "output"), Not(FailsWith("full")));
+}
+
+TEST_F(Matching, CallsNamesTheFirstDifference) {
+  Journal const calls = lab.journal().ofPolicy("edge");
+  EXPECT_THAT(calls, Calls("createPolicy", "addRule edge/input ipv4 web web 10", "addRule",
+                           "addRule", "addRule", "addIntfToPolicy",
+                           "addIntfToPolicy edge/input ipv4 Ethernet2", "commitPolicy"));
+  EXPECT_EQ(mismatch(calls, Calls("createPolicy", "commitPolicy")).substr(0, 40),
+            "call 2 is \"addRule edge/input ipv4 web ");
+  EXPECT_EQ(mismatch(lab.journal().calls("commitPolicy"), Calls("commit")),
+            "call 1 is \"commitPolicy edge/input ipv4\", not \"commit\"")
+      << "whole words";
+}
+
+TEST_F(Matching, AFailingAssertionPrintsTheRecordAndWhatDiffers) {
+  EXPECT_EQ(testing::PrintToString(lab.record("edge").rules.front()),
+            "web 10 permit tcp any any eq 80, action1 7, action3 9");
+  EXPECT_THAT(testing::PrintToString(lab.record("edge")),
+              HasSubstr("edge/input ipv4, on Ethernet1"));
+  EXPECT_EQ(testing::DescribeMatcher<Record const&>(HasRule("web 10", Action1(8))),
+            "has rule web 10 that has action1 that is equal to 8");
+}
+
+}  // namespace
+}  // namespace PolicyMapTestKit::test
