@@ -100,6 +100,20 @@ void registerType(TypeModel const& model) {
 
 }  // namespace
 
+KorAttr::Ptr defNoninstantiatingAttr(KorType* owner, Name name, KorType const* valueType,
+                                     KorType const* keyType, KorAttr::AttrFlags flags,
+                                     KorAttr::KorAttrIntrospectionFlags introspection,
+                                     AttributeId id) {
+  KorAttr::Ptr const attr(new KorAttr(owner, std::move(name), valueType, flags, id));
+  attr->keyType_ = keyType;
+  attr->introspection_ = introspection;
+  owner->attrIs(attr);
+  IntrospectionReactor& reactor = IntrospectionReactor::global();
+  reactor.handleAttr(attr);
+  reactor.handleAttrContextExit();
+  return attr;
+}
+
 void registerTypes(std::string_view nameSpace, std::span<TypeModel const* const> types) {
   IntrospectionReactor& reactor = IntrospectionReactor::global();
   reactor.handleNameSpace(Name(nameSpace));
