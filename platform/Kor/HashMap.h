@@ -318,14 +318,14 @@ class HashMap {
     }
     for (std::uint32_t bucket = 0; bucket < newCount; ++bucket) {
       Member* const head = buckets_[2 * bucket];
-      Member* const behind = buckets_[2 * bucket + 1];
-      narrower[bucket] = head == nullptr ? behind : head;
-      if (head != nullptr && behind != nullptr) {
+      Member* const upper = buckets_[2 * bucket + 1];
+      narrower[bucket] = head == nullptr ? upper : head;
+      if (head != nullptr && upper != nullptr) {
         Member* last = head;
         while (Member* const next = after(last)) {
           last = next;
         }
-        link(last).next_ = behind;
+        link(last).next_ = upper;
       }
     }
     replaceBuckets(narrower);

@@ -73,8 +73,8 @@ struct AttrModel {
   TypeGetter keyType = nullptr;  // of a collection
   KorAttr::AttrFlags flags;
   KorAttr::KorAttrIntrospectionFlags introspection;
-  KorAttr::Access answers = nullptr;
-  KorAttr::Reader reads = nullptr;  // of data
+  KorAttr::Access access = nullptr;
+  KorAttr::Reader reader = nullptr;  // of data
   bool writable = false;
   bool withoutNumber = false;  // has the identifier 0
   ArgumentModel args;          // of a function
@@ -420,7 +420,7 @@ class Model {
     attr.keyType = &Generic<typename Attribute::Key>::type;
     attr.flags = Flags::collection;
     attr.introspection = plainData;
-    attr.answers = &Adapter::collection<Self, Attribute>;
+    attr.access = &Adapter::collection<Self, Attribute>;
     attr.writable = true;
     return attr;
   }
@@ -433,7 +433,7 @@ class Model {
     attr.keyType = &Generic<typename Attribute::Key>::type;
     attr.flags = Flags::owned;
     attr.introspection = ownedFlag;
-    attr.answers = &Adapter::owned<Self, Attribute>;
+    attr.access = &Adapter::owned<Self, Attribute>;
     attr.writable = true;
     return attr;
   }
@@ -447,7 +447,7 @@ class Model {
     attr.valueType = &Generic<typename Traits::Result>::type;
     attr.flags = Flags::function;
     attr.introspection = functionFlag;
-    attr.answers = &Adapter::function<Self, call>;
+    attr.access = &Adapter::function<Self, call>;
     attr.args = arguments<Traits>(argNames...);
     return attr;
   }
@@ -475,7 +475,7 @@ class Model {
   template <auto withArgs, auto without, class... Names>
   static constexpr AttrModel overloaded(std::string_view name, Names... argNames) {
     AttrModel attr = function<withArgs>(name, argNames...);
-    attr.answers = &Adapter::overloaded<Self, withArgs, without>;
+    attr.access = &Adapter::overloaded<Self, withArgs, without>;
     return attr;
   }
 
@@ -513,14 +513,14 @@ class Model {
 
  private:
   template <auto read>
-  static constexpr AttrModel of(std::string_view name, KorAttr::Access answers) {
+  static constexpr AttrModel of(std::string_view name, KorAttr::Access access) {
     AttrModel attr;
     attr.name = name;
     attr.valueType = &Generic<typename Adapter::MemberTraits<decltype(read)>::Value>::type;
     attr.flags = Flags::derived;
     attr.introspection = plainData;
-    attr.answers = answers;
-    attr.reads = &Adapter::value<Self, read>;
+    attr.access = access;
+    attr.reader = &Adapter::value<Self, read>;
     return attr;
   }
   template <class Traits, class... Names>

@@ -56,8 +56,8 @@ AttributeId numberOf(KorType const* type, AttrModel const& model, AttributeId& o
 void registerAttr(KorType* type, AttrModel const& model, AttributeId& own) {
   IntrospectionReactor& reactor = IntrospectionReactor::global();
   KorAttr::Ptr const attr = define(type, model, numberOf(type, model, own));
-  attr->accessIs(model.answers);
-  attr->readerIs(model.reads);
+  attr->accessIs(model.access);
+  attr->readerIs(model.reader);
   attr->isWritableIs(model.writable);
   if (model.kind == AttrModel::Kind::data || model.kind == AttrModel::Kind::collection) {
     return;  // has announced itself
