@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// TypeModel, AttrModel: the table of a type and its rows, as registration reads them. Model<T> makes
-// them.
+// TypeModel, AttrModel: the table of a type and its rows, as registration reads them. Model<T>
+// makes them.
 
 #include "Kor/KorAttr.h"
 #include "Kor/KorType.h"
