@@ -363,7 +363,7 @@ TEST_F(AclHelperPolicy, ReCreatingLeavesThePolicyCreatedIfTheDeletionInsideThrow
   throwing->throwsInDeletion = true;
   EXPECT_THROW(throwing->recreatePolicy(policy, Option::ipv4), std::runtime_error);
   auto const data = throwing->testData(type(Option::ipv4));
-  EXPECT_TRUE(data->created());
+  ASSERT_TRUE(data->created());
   EXPECT_EQ(data->createCount(), 1U);
   throwing->throwsInDeletion = false;
   EXPECT_EQ(throwing->recreatePolicy(policy, Option::ipv4), "");
@@ -376,7 +376,7 @@ TEST_F(AclHelperPolicy, ReCreatingLeavesThePolicyCreatedIfTheCreationInsideThrow
   throwing->throwsInCreation = true;
   EXPECT_THROW(throwing->recreatePolicy(policy, Option::ipv4), std::runtime_error);
   auto const data = throwing->testData(type(Option::ipv4));
-  EXPECT_TRUE(data->created());
+  ASSERT_TRUE(data->created());
   EXPECT_EQ(data->createCount(), 1U);
   throwing->throwsInCreation = false;
   EXPECT_EQ(throwing->recreatePolicy(policy, Option::ipv4), "");
