@@ -42,6 +42,9 @@ inline std::string const simplePolicy = "ip access-list P\n"
                                         "  set action1 1\n"
                                         "interface Ethernet1\n"
                                         " service-policy input P\n";
+// The same with a second rule, whose range of ports is two sub-rules.
+inline std::string const portRange = simplePolicy + "ip access-list P\n"
+                                                    " permit udp any any range 5004 5008\n";
 
 // The record of a policy. Fails the test if there is none.
 inline PolicyRecord recordOf(
