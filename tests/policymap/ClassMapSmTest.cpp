@@ -408,11 +408,14 @@ TEST_F(ClassMachine, TakesUpWhatItMissedWhenItIsActivatedAgain) {
 }
 
 TEST_F(ClassMachine, AZombieIsQuietAndKeepsItsPointers) {
+  list("a", 10);
   activate();
+  ASSERT_THAT(rules(), IsEmpty());
   machine->korDoZombieReactors(true);
   hooks.taken();
   action(1);
   matches(1, "a");
+  EXPECT_THAT(rules(), IsEmpty());
   config->currentSubConfigIs(nullptr);
   EXPECT_THAT(hooks.taken(), IsEmpty());
   EXPECT_EQ(machine->classMapConfig(), config);

@@ -118,6 +118,24 @@ TEST_F(Reconciling, OptionsThatFailTogetherAreTriedAgainAfterOneWait) {
   EXPECT_THAT(calls, Contains("commit pm/input/ipv6"));
 }
 
+// At 0 s ipv4 is deleted, which succeeds. At 0.5 s the result of ipv6 fails.
+TEST_F(Reconciling, TheWaitBeginsWithTheFailureNotWithADeletionThatSucceeds) {
+  ipv6Too();
+  bench.start();
+  bench.settle();
+  bench.helper->asyncOperationsIs(true);
+  bench.classMap("c")->matchDel(1);
+  bench.acls->ip6AclIs("acl")->ruleIs(20, {});
+  bench.settle();
+  bench.helper->asyncOperationResultIs({"", 1});
+  ASSERT_THAT(bench.settle(), Contains("commit pm/input/ipv6"));
+  advance(0.5);
+  bench.helper->asyncOperationResultIs({"full", 2});
+  bench.settle();
+  EXPECT_THAT(advance(0.75), IsEmpty());
+  EXPECT_THAT(advance(0.25), Contains("create pm/input/ipv6"));
+}
+
 TEST_F(Reconciling, AnInterfaceIsNoMatterOfOptionsWithoutRules) {
   auto const machine = startAsked();
   bench.settle();

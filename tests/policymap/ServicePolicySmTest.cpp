@@ -110,6 +110,8 @@ TEST_F(ServiceMachine, TellsOfPolicyMapsThatComeAndGo) {
   EXPECT_THAT(bench.hooks.taken(), ElementsAre("handlePolicyMapConfig pm", "handlePolicyMap pm"));
   bench.attach("pm", "Ethernet1");
   EXPECT_THAT(bench.hooks.taken(), ElementsAre("handlePolicyMap pm"));
+  bench.detach("Ethernet1");
+  EXPECT_THAT(bench.hooks.taken(), ElementsAre("handlePolicyMap pm"));
 }
 
 TEST_F(ServiceMachine, APolicyMachineIsCleanedUpThenAZombieThenReleased) {
@@ -446,6 +448,14 @@ TEST_F(ServiceMachine, TakesUpWhatItMissedWhenItIsActivatedAgain) {
                           "addRule pm/input/ipv4 c:acl:10 permit tcp any any",
                           "addRule pm/input/ipv4 c:acl:20 permit tcp any any",
                           "addIntf pm/input/ipv4 Ethernet2", "commit pm/input/ipv4"));
+}
+
+TEST_F(ServiceMachine, IsInitializedByItsFirstActivationOnly) {
+  bench.activate();
+  EXPECT_THAT(bench.hooks.taken(), Contains("initialized").Times(1));
+  bench.service->hasNotificationActiveIs(false);
+  bench.service->hasNotificationActiveIs(true);
+  EXPECT_THAT(bench.hooks.taken(), Not(Contains("initialized")));
 }
 
 TEST_F(ServiceMachine, AccessListsGivenWhileItIsInactiveAreUsedAfterwards) {
