@@ -410,6 +410,8 @@ TEST_F(ClassMachine, TakesUpWhatItMissedWhenItIsActivatedAgain) {
 TEST_F(ClassMachine, AZombieIsQuietAndKeepsItsPointers) {
   list("a", 10);
   activate();
+  auto const rawMap = Kor::make<ClassMapSubConfig>("c");
+  machine->rawClassMapSubConfigIs(rawMap);
   ASSERT_THAT(rules(), IsEmpty());
   machine->korDoZombieReactors(true);
   hooks.taken();
@@ -417,6 +419,7 @@ TEST_F(ClassMachine, AZombieIsQuietAndKeepsItsPointers) {
   matches(1, "a");
   EXPECT_THAT(rules(), IsEmpty());
   config->currentSubConfigIs(nullptr);
+  rawMap->matchIs(1, ClassMapMatch::acl(ClassMapMatchOption::ipv4, "a"));
   EXPECT_THAT(hooks.taken(), IsEmpty());
   EXPECT_EQ(machine->classMapConfig(), config);
   EXPECT_EQ(machine->classAction(), actions);

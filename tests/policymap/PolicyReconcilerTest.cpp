@@ -43,16 +43,21 @@ class FaultyLog final : public CallLog {
   }
 };
 
-// Records for which options and interfaces eligibility is requested.
+// Records for which options and interfaces eligibility is requested. Runs a function once, at the
+// next request.
 class AskedServiceSm final : public ServiceSm {
  public:
   using ServiceSm::ServiceSm;
   std::vector<ClassMapMatchOption> asked;
   std::vector<Vorel::IntfId> askedIntfs;
+  std::function<void()> deed;
 
   bool allowedIntfForType(Vorel::IntfId which, ClassMapMatchOption option) override {
     asked.push_back(option);
     askedIntfs.push_back(which);
+    if (auto const once = std::exchange(deed, nullptr)) {
+      once();
+    }
     return ServiceSm::allowedIntfForType(which, option);
   }
 };
@@ -426,6 +431,19 @@ TEST_F(Reconciling, ATurnThatComesWhileTheMachineIsOffProgramsNothing) {
   EXPECT_THAT(bench.settle(), Each(Not(StartsWith("create zz"))));
   bench.machine->hasNotificationActiveIs(true);
   EXPECT_THAT(bench.settle(), Contains("create zz/input/ipv4"));
+}
+
+// The helper is replaced while the pass is planned.
+TEST_F(Reconciling, CountsRequestedInATurnThatEndsEarlyAreReadInTheNext) {
+  auto const machine = startAsked();
+  bench.settle();
+  auto const next = Kor::make<CallLog>();
+  machine->deed = [&] { machine->aclHelperIs(next); };
+  bench.rule("acl", 20);
+  bench.requests->countRequestIs(input, 1);
+  bench.settle();
+  EXPECT_EQ(bench.helper->countCalls, 0U);
+  EXPECT_EQ(next->countCalls, 2U);
 }
 
 // Runs a function once, after an option has failed.
