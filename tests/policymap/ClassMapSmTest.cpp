@@ -407,6 +407,40 @@ TEST_F(ClassMachine, TakesUpWhatItMissedWhenItIsActivatedAgain) {
   EXPECT_TRUE(machine->actionSm(ActionType{2}));
 }
 
+TEST_F(ClassMachine, IsInitializedByItsFirstActivationOnly) {
+  activate();
+  EXPECT_THAT(hooks.taken(), Contains("c: initialized").Times(1));
+  machine->hasNotificationActiveIs(false);
+  machine->hasNotificationActiveIs(true);
+  EXPECT_THAT(hooks.taken(), Not(Contains("c: initialized")));
+}
+
+// Records the reports of a class machine.
+class RecordingOwner final : public PolicyMap::ClassMapSm::Owner {
+ public:
+  std::vector<std::string> reports;
+
+  void classRulesChanged(ClassMapMatchOption option) override {
+    reports.push_back("rules " + text(option));
+  }
+  void classActionsChanged(Kor::Name const& className) override {
+    reports.push_back("actions " + text(className));
+  }
+};
+
+TEST_F(ClassMachine, AZombieReportsNothingToItsOwner) {
+  RecordingOwner owner;
+  activate();
+  machine->classNameIs("c");
+  machine->ownerIs(&owner);
+  machine->classCommonData()->updateAclActionsInc(1);
+  EXPECT_THAT(std::exchange(owner.reports, {}), ElementsAre("actions c"));
+  machine->korDoZombieReactors(true);
+  machine->classCommonData()->updateAclActionsInc(1);
+  matches(1, "a");
+  EXPECT_THAT(owner.reports, IsEmpty());
+}
+
 TEST_F(ClassMachine, AZombieIsQuietAndKeepsItsPointers) {
   list("a", 10);
   activate();

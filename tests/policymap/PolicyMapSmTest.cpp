@@ -95,6 +95,31 @@ TEST_F(PolicyMachine, AsAZombieItIsQuietAboutClassMaps) {
   EXPECT_EQ(machine->classTypeConfig(), classMaps);
 }
 
+// A machine that is not marked for deletion when its reactors stop.
+class UnmarkedPolicySm final : public RecordingPolicySm {
+ public:
+  using RecordingPolicySm::RecordingPolicySm;
+  void korDoZombieReactors(bool zombie) override { PolicyMapSm::korDoZombieReactors(zombie); }
+};
+
+TEST_F(PolicyMachine, WithoutReactorsItSeesNoClassMapThoughItIsNotMarked) {
+  classes->classPrioIs("c", 10);
+  machine = Kor::make<UnmarkedPolicySm>(hooks, global, PolicyMapSmKey("pm", "input"), config,
+                                        classMaps, status);
+  machine->hasNotificationActiveIs(true);
+  machine->korDoZombieReactors(true);
+  classMaps->classMapConfigIs("c");
+  EXPECT_FALSE(machine->classMapSm("c"));
+}
+
+TEST_F(PolicyMachine, IsInitializedByItsFirstActivationOnly) {
+  activate();
+  EXPECT_THAT(hooks.taken(), Contains("pm/input: initialized").Times(1));
+  machine->hasNotificationActiveIs(false);
+  machine->hasNotificationActiveIs(true);
+  EXPECT_THAT(hooks.taken(), Not(Contains("pm/input: initialized")));
+}
+
 TEST_F(PolicyMachine, CallsNoHookWhileItIsBuiltOrEnds) {
   classMap("c");
   classes->classPrioIs("c", 10);
