@@ -18,9 +18,24 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
+// Records the reports of a class machine.
+class RecordingOwner final : public PolicyMap::ClassMapSm::Owner {
+ public:
+  std::vector<std::string> reports;
+
+  void classRulesChanged(ClassMapMatchOption option) override {
+    reports.push_back("rules " + text(option));
+  }
+  void classActionsChanged(Kor::Name const& className) override {
+    reports.push_back("actions " + text(className));
+  }
+  std::vector<std::string> taken() { return std::exchange(reports, {}); }
+};
+
 class ClassMachine : public testing::Test {
  protected:
   Hooks hooks;
+  RecordingOwner owner;
   Kor::Ptr<Acl::Config> acls = Kor::make<Acl::Config>();
   Kor::Ptr<PolicyMap::ClassMapTypeConfig> classMaps = Kor::make<PolicyMap::ClassMapTypeConfig>();
   Kor::Ptr<PolicyMapGlobalData> global =
@@ -415,30 +430,32 @@ TEST_F(ClassMachine, IsInitializedByItsFirstActivationOnly) {
   EXPECT_THAT(hooks.taken(), Not(Contains("c: initialized")));
 }
 
-// Records the reports of a class machine.
-class RecordingOwner final : public PolicyMap::ClassMapSm::Owner {
- public:
-  std::vector<std::string> reports;
-
-  void classRulesChanged(ClassMapMatchOption option) override {
-    reports.push_back("rules " + text(option));
-  }
-  void classActionsChanged(Kor::Name const& className) override {
-    reports.push_back("actions " + text(className));
-  }
-};
-
 TEST_F(ClassMachine, AZombieReportsNothingToItsOwner) {
-  RecordingOwner owner;
   activate();
   machine->classNameIs("c");
   machine->ownerIs(&owner);
   machine->classCommonData()->updateAclActionsInc(1);
-  EXPECT_THAT(std::exchange(owner.reports, {}), ElementsAre("actions c"));
+  EXPECT_THAT(owner.taken(), ElementsAre("actions c"));
   machine->korDoZombieReactors(true);
   machine->classCommonData()->updateAclActionsInc(1);
   matches(1, "a");
   EXPECT_THAT(owner.reports, IsEmpty());
+}
+
+TEST_F(ClassMachine, AListConcernsOnlyTheOptionsOfItsKind) {
+  using PolicyMap::DependencyKind;
+  activate();
+  matches(1, "a");
+  config->currentSubConfig()->matchIs(2, ClassMapMatch::acl(ClassMapMatchOption::ipv6, "a"));
+  config->currentSubConfig()->matchIs(3, ClassMapMatch::acl(ClassMapMatchOption::mac, "a"));
+  ASSERT_THAT(rules(), IsEmpty());
+  machine->ownerIs(&owner);
+  global->dependencies().changed(DependencyKind::ipAcl, "a");
+  EXPECT_THAT(owner.taken(), ElementsAre("rules ipv4"));
+  global->dependencies().changed(DependencyKind::ip6Acl, "a");
+  EXPECT_THAT(owner.taken(), ElementsAre("rules ipv6"));
+  global->dependencies().changed(DependencyKind::macAcl, "a");
+  EXPECT_THAT(owner.taken(), ElementsAre("rules mac", "rules mpls"));
 }
 
 TEST_F(ClassMachine, AZombieIsQuietAndKeepsItsPointers) {

@@ -292,6 +292,8 @@ TEST_F(PolicyMachine, AsksOnceForAClassMachineThatItIsRefused) {
   EXPECT_EQ(
       std::count(calls.begin(), calls.end(), "pm/input: createClassMapSm c - no-action policyData"),
       1);
+  machine->classTypeConfigIs(classMaps);
+  EXPECT_THAT(hooks.taken(), IsEmpty()) << "nothing has changed";
 }
 
 TEST_F(PolicyMachine, ClassesMayExchangeTheirPriorities) {

@@ -587,6 +587,17 @@ TEST_F(ServiceMachine, PolicyMachinesMayOutliveIt) {
   EXPECT_THAT(bench.settle(), IsEmpty());
 }
 
+TEST_F(ServiceMachine, APolicyMachineTakenFromTheCollectionCanStillDeleteItsPolicy) {
+  bench.simplePolicy();
+  bench.activate();
+  bench.settle();
+  auto const kept = bench.service->policyMapSm(input);
+  bench.service->policyMapSmDel(input);
+  kept->reconciler().wantedIs(false);
+  EXPECT_THAT(bench.settle(), Contains("delete pm/input/ipv4"));
+  kept->serviceIs(nullptr);
+}
+
 TEST_F(ServiceMachine, NewAccessListsMeanNewGlobalDataAndANewTree) {
   bench.simplePolicy();
   bench.activate();
