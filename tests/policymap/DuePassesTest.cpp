@@ -277,9 +277,11 @@ TEST_F(Due, AClassThatWasBuiltAgainIsRenewedAndItsActionsAreUpdated) {
 
 TEST_F(Due, ATurnThatIsOverPlansNothing) {
   due.rulesDue();
+  due.actionsDue(Kor::Name("c"));
   host.whenAsked = [this] { turn.ended = true; };
   EXPECT_EQ(next(), "nothing");
   EXPECT_EQ(owner.asked, 0U);
+  EXPECT_THAT(owner.askedNames, IsEmpty());
   EXPECT_THAT(turn.told, IsEmpty());
   EXPECT_TRUE(state[ipv6].due());
 }

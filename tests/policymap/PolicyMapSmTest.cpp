@@ -95,21 +95,34 @@ TEST_F(PolicyMachine, AsAZombieItIsQuietAboutClassMaps) {
   EXPECT_EQ(machine->classTypeConfig(), classMaps);
 }
 
-// A machine that is not marked for deletion when its reactors stop.
-class UnmarkedPolicySm final : public RecordingPolicySm {
+// A machine that is not marked for deletion when its reactors stop. It counts the requests for
+// class machines and creates none.
+class UnmarkedPolicySm final : public PolicyMap::PolicyMapSm {
  public:
-  using RecordingPolicySm::RecordingPolicySm;
-  void korDoZombieReactors(bool zombie) override { PolicyMapSm::korDoZombieReactors(zombie); }
+  template <class... Args>
+  explicit UnmarkedPolicySm(Args const&... args) : PolicyMapSm(args...) {}
+  unsigned asked = 0;
+
+  Kor::Ptr<PolicyMap::ClassMapSm> createClassMapSm(
+      Kor::Ptr<PolicyMap::ClassMapConfig const> const& /*map*/,
+      Kor::Ptr<PolicyMap::ClassMapSubConfig const> const& /*rawMap*/,
+      Kor::Ptr<PolicyMap::ClassAction const> const& /*action*/) override {
+    ++asked;
+    return nullptr;
+  }
 };
 
 TEST_F(PolicyMachine, WithoutReactorsItSeesNoClassMapThoughItIsNotMarked) {
   classes->classPrioIs("c", 10);
-  machine = Kor::make<UnmarkedPolicySm>(hooks, global, PolicyMapSmKey("pm", "input"), config,
-                                        classMaps, status);
-  machine->hasNotificationActiveIs(true);
-  machine->korDoZombieReactors(true);
+  auto const unmarked =
+      Kor::make<UnmarkedPolicySm>(global, PolicyMapSmKey("pm", "input"), config, classMaps, status);
+  unmarked->hasNotificationActiveIs(true);
   classMaps->classMapConfigIs("c");
-  EXPECT_FALSE(machine->classMapSm("c"));
+  EXPECT_EQ(unmarked->asked, 1U);
+  unmarked->korDoZombieReactors(true);
+  classMaps->classMapConfigDel("c");
+  classMaps->classMapConfigIs("c");
+  EXPECT_EQ(unmarked->asked, 1U);
 }
 
 TEST_F(PolicyMachine, IsInitializedByItsFirstActivationOnly) {
