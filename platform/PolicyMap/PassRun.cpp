@@ -195,11 +195,8 @@ PassRun::Outcome PassRun::addRules(ClassMapMatchOption option) {
 
 PassRun::Outcome PassRun::updateActions(Kor::Ptr<ClassMapSmCommonData> const& data) {
   PerOption<bool> concerned;
-  Kor::String firstError;
   Outcome outcome = call([&] { return helper_->beginUpdateActions(policyData_, data); });
-  if (outcome == Outcome::failed) {
-    firstError = error_;
-  }
+  Kor::String firstError = error_;  // empty if the update has begun
   bool const begun = outcome == Outcome::done;
   std::uint32_t const updates = data->updateAclActions();
   for (ClassMapMatchOption const option : allMatchOptions) {
