@@ -4,12 +4,12 @@
 // AclHelper: the test double of the hardware interface. It programs nothing: it records every call
 // in one AclPolicyData per policy and option, and returns the texts that the test has set.
 //
-// Results: "" is success, any other text is a failure. An operation returns the text of the
-// attribute that is named after it, unchanged. With asyncOperations the commit and interface
+// Results: "" is success, any other text is a failure. An operation returns its own text,
+// unchanged, e.g. commitPolicy() returns commitError. With asyncOperations the commit and interface
 // operations return "" and store their text in asyncError; it is delivered as asyncOperationResult
 // whenever asyncTrigger changes, or inside the operation with pseudoAsync.
 //
-// A call out of order that hardware could not carry out fails an assertion of source
+// A call that hardware could not perform in this state fails an assertion of source
 // "PolicyMapTestSm".
 
 #include "helper/HelperErrors.h"
@@ -43,8 +43,8 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
   // Does nothing: there is no hardware.
   void hwInit() override;
 
-  // Creates the record if needed, and records the interfaces that the policy data list. Asserts
-  // that the policy is not already created and that the record is empty.
+  // Creates the record if needed, and records the interfaces listed in the policy data. Asserts
+  // that the policy is not created and that the record has no rule matches and no actions.
   Kor::String createPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
                            PolicyMap::ClassMapMatchOption matchOption) override;
   // Deletes, then creates; returns the result of the creation.
@@ -53,36 +53,38 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
   // Empties the record except for the counters and `dirty`. Asserts that the policy is created.
   Kor::String deletePolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
                            PolicyMap::ClassMapMatchOption matchOption) override;
-  // Asserts that the record exists; the policy need not be created.
+  // Counts a commit and clears `dirty`. Asserts that the record exists; the policy need not be
+  // created.
   Kor::String commitPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
                            PolicyMap::ClassMapMatchOption matchOption) override;
-  // Creates the record if needed.
+  // Records the interface; creates the record if needed.
   Kor::String addIntfToPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
                               Vorel::IntfId intf,
                               PolicyMap::ClassMapMatchOption matchOption) override;
-  // Records nothing if there is no record.
+  // Removes the interface from the record, if there is one.
   Kor::String removeIntfFromPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
                                    Vorel::IntfId intf,
                                    PolicyMap::ClassMapMatchOption matchOption) override;
 
-  // Records nothing if it fails: with rangeCheckerError for a sub-rule that needs a range checker,
-  // otherwise with addRuleError. Asserts that the class data are a TestClassCommonData, that the
-  // record exists, and that the rule does not have the sub-rule yet.
+  // Records match, sub-rule and actions, and sets `dirty`. Fails first, recording nothing: with
+  // rangeCheckerError if it is set and the sub-rule needs a range checker, else with addRuleError
+  // if set. Asserts that the class data are a TestClassCommonData, that the record exists, and that
+  // the rule does not have the sub-rule yet.
   Kor::String addRule(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
                       PolicyMap::PolicyMapSmCommonData::PtrConst const& policyCommonData,
                       PolicyMap::ClassMapSmCommonData::PtrConst const& classCommonData) override;
-  // Increments the counter of each created record of the policy. Always succeeds, as
-  // endUpdateActions() does with its own counter.
+  // Increments beginUpdateActionCount of each created record of the policy. Always succeeds.
   Kor::String beginUpdateActions(
       PolicyMap::PolicyMapSmCommonData::PtrConst const& policyCommonData,
       PolicyMap::ClassMapSmCommonData::PtrConst const& classCommonData) override;
-  // Records the actions of the rule even if it fails. Asserts that the class data are a
-  // TestClassCommonData, that the policy is created and, after recording and except for MPLS, that
-  // the sub-rule was added.
+  // Records the actions, also if it fails. Asserts first that the class data are a
+  // TestClassCommonData and that the policy is created; after recording, that the sub-rule was
+  // added (not for mpls).
   Kor::String updateAction(
       PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRuleData,
       PolicyMap::PolicyMapSmCommonData::PtrConst const& policyCommonData,
       PolicyMap::ClassMapSmCommonData::PtrConst const& classCommonData) override;
+  // Increments endUpdateActionCount of each created record of the policy. Always succeeds.
   Kor::String endUpdateActions(
       PolicyMap::PolicyMapSmCommonData::PtrConst const& policyCommonData,
       PolicyMap::ClassMapSmCommonData::PtrConst const& classCommonData) override;

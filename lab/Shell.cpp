@@ -255,10 +255,10 @@ class Shell::Parser {
       ++length;
     }
     std::string_view const word = ahead.substr(0, length);
-    char const behind = length < ahead.size() ? ahead[length] : '\0';
+    char const next = length < ahead.size() ? ahead[length] : '\0';
     return isValueWord(word) ||
-           (behind == '(' && (word == "Value" || word == "Ptr" || word == "float")) ||
-           behind == '\'' || behind == '"';
+           (next == '(' && (word == "Value" || word == "Ptr" || word == "float")) ||
+           next == '\'' || next == '"';
   }
   Result literal() {
     Kor::String const text(line_);
@@ -381,13 +381,13 @@ void Shell::types(std::string_view line, std::size_t start) {
 bool Shell::carriedOut(std::string_view line) {
   Parser parser(line, objects_);
   std::string_view const command = parser.command();
-  std::size_t const behind = parser.place();
+  std::size_t const rest = parser.place();
   if (command == "advance") {
-    advance(line, behind);
+    advance(line, rest);
   } else if (command == "del") {
-    del(line, behind);
+    del(line, rest);
   } else if (command == "types") {
-    types(line, behind);
+    types(line, rest);
   } else if (command.empty() || command == "quit") {
     return false;
   } else {

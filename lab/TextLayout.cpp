@@ -14,7 +14,7 @@ namespace {
 // Minimum width of a column, however far to the right it starts.
 constexpr std::size_t narrowest = 30;
 
-std::size_t roomBehind(std::size_t width, std::size_t used) {
+std::size_t roomAfter(std::size_t width, std::size_t used) {
   return width > used + narrowest ? width - used : narrowest;
 }
 
@@ -75,7 +75,7 @@ std::vector<std::string> wrappedItems(std::vector<std::string> const& items,
 void printWrapped(std::ostream& out, TextStyle const& style, std::string_view head,
                   std::string_view text) {
   std::string lead(head);
-  for (std::string const& line : wrapped(text, roomBehind(style.width, head.size()))) {
+  for (std::string const& line : wrapped(text, roomAfter(style.width, head.size()))) {
     std::string const full = lead + line;
     out << full.substr(0, full.find_last_not_of(' ') + 1) << "\n";
     lead.assign(head.size(), ' ');

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+// TestServicePolicySm: the root of the test machines. A test says which interfaces exist, and
+// creates it with testServicePolicySmFactory().
+
 #include "machines/Toggles.h"
 #include "records/Export.h"
 
@@ -26,7 +29,7 @@ class TestServicePolicySm;
     Kor::Ptr<PolicyMap::PolicyMapAclHelper> const& aclHelper, Kor::Ptr<Acl::AclDiff> const& aclDiff,
     bool allowL2Intf, bool allowL3Intf, bool allowMgmtIntf);
 
-// The root of a tree of test machines. Interfaces exist unless the test lists them as nonexistent.
+// The machine for all policies of a system.
 class POLICYMAPTEST_API TestServicePolicySm : public Toggles<PolicyMap::ServicePolicySm> {
  public:
   using Ptr = Kor::Ptr<TestServicePolicySm>;
@@ -45,7 +48,8 @@ class POLICYMAPTEST_API TestServicePolicySm : public Toggles<PolicyMap::ServiceP
       Kor::Ptr<PolicyMap::PolicyMapConfig const> const& policyMapConfig,
       Kor::Ptr<PolicyMap::PolicyMapStatus> const& status) override;
 
-  // A change re-evaluates the interface before the write returns. Destroying the machine does not.
+  // Interfaces with `true` do not exist. A change re-evaluates the interface before the write
+  // returns; destroying the machine re-evaluates none.
   KOR_VALUE_COLLECTION(TestServicePolicySm, nonexistentIntf, NonexistentIntf, Vorel::IntfId, bool,
                        KOR_ON_CHANGE(handleIntf(key, false)))
 

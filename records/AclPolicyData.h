@@ -44,20 +44,20 @@ class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
                        std::uint32_t)
   POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
-  // The matches of the rules.
+  // The match of each rule: ruleMatch for ipv4, ruleMatch6 for ipv6, ruleMatchMac for all others.
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatch, RuleMatch, PolicyMap::AclRuleKey,
                        Acl::IpRuleConfig)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatch6, RuleMatch6, PolicyMap::AclRuleKey,
                        Acl::Ip6RuleConfig)
   KOR_VALUE_COLLECTION(AclPolicyData, ruleMatchMac, RuleMatchMac, PolicyMap::AclRuleKey,
                        Acl::MacRuleConfig)
-  // The sub-rules of a rule outlive their removal from the record while a caller holds a reference.
+  // The sub-rules of each rule. A caller that holds a reference keeps removed ones.
   KOR_OWNED_COLLECTION(AclPolicyData, subRulesForKey, SubRulesForKey, PolicyMap::AclRuleKey,
                        SubRuleDataCollection)
   // The interfaces to which the policy is applied.
   KOR_VALUE_COLLECTION(AclPolicyData, intf, Intf, Vorel::IntfId, bool)
 
-  // Counters. ...Inc adds, modulo 2^32, and returns the new value.
+  // Counters. `xInc(count)` adds, modulo 2^32, and returns the new value.
   [[nodiscard]] std::uint32_t commitCount() const {
     return commitCount_;
   }
@@ -68,7 +68,7 @@ class POLICYMAPTEST_API AclPolicyData : public Kor::PtrInterface,
     return commitCount_ += count;
   }
 
-  // Whether something was programmed since the last commit.
+  // True if a rule was added since the last commit. Set by AclHelper::addRule().
   [[nodiscard]] bool dirty() const {
     return dirty_;
   }

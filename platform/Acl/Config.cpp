@@ -15,17 +15,17 @@ void Config::NotifieeConst::onIpAcl(Kor::Name /*name*/) {}
 void Config::NotifieeConst::onIp6Acl(Kor::Name /*name*/) {}
 void Config::NotifieeConst::onMacAcl(Kor::Name /*name*/) {}
 
-void Config::listChanged(IpAclConfig const& list) const {
+void Config::listChanged(IpAclConfig const& list) {
   attributeChanged<Config>(
       ipAclId, [name = list.name()](NotifieeConst& notifiee) { notifiee.onIpAcl(name); });
 }
 
-void Config::listChanged(Ip6AclConfig const& list) const {
+void Config::listChanged(Ip6AclConfig const& list) {
   attributeChanged<Config>(
       ip6AclId, [name = list.name()](NotifieeConst& notifiee) { notifiee.onIp6Acl(name); });
 }
 
-void Config::listChanged(MacAclConfig const& list) const {
+void Config::listChanged(MacAclConfig const& list) {
   attributeChanged<Config>(
       macAclId, [name = list.name()](NotifieeConst& notifiee) { notifiee.onMacAcl(name); });
 }

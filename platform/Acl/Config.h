@@ -14,7 +14,10 @@
 
 namespace Acl {
 
-class POLICYMAP_API Config : public Kor::Entity {
+class POLICYMAP_API Config : public Kor::Entity,
+                             public IpAclConfig::Owner,
+                             public Ip6AclConfig::Owner,
+                             public MacAclConfig::Owner {
  public:
   using Ptr = Kor::Ptr<Config>;
   using PtrConst = Kor::Ptr<Config const>;
@@ -39,13 +42,10 @@ class POLICYMAP_API Config : public Kor::Entity {
   [[nodiscard]] static Kor::KorType* _fwkType();
 
  private:
-  template <class Self, class Rules>
-  friend class AclConfigBase;
-
   // A list was created or removed, or a rule of a member has changed.
-  void listChanged(IpAclConfig const& list) const;
-  void listChanged(Ip6AclConfig const& list) const;
-  void listChanged(MacAclConfig const& list) const;
+  void listChanged(IpAclConfig const& list) override;
+  void listChanged(Ip6AclConfig const& list) override;
+  void listChanged(MacAclConfig const& list) override;
 };
 
 // A hook is called when a list is created or removed, or when one of its rules changes.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// PortMatch and TtlMatch: the values of a header field that a rule matches.
+// PortMatch, TtlMatch: an operator with its numbers, e.g. `eq 80`, for one header field.
 
 #include "Acl/Fields.h"
 #include "Kor/KorType.h"
@@ -41,6 +41,7 @@ struct NumberRange {
 template <class Number>
 class NumberRanges {
  public:
+  // Appends a range. At most two.
   void add(NumberRange<Number> range) { ranges_[count_++] = range; }
 
   [[nodiscard]] std::size_t size() const { return count_; }
@@ -55,7 +56,8 @@ class NumberRanges {
 };
 
 // An operator and its numbers. With `any`, low and high are 0; with an operator of one number, both
-// are that number. So equal matches compare equal.
+// are that number. Unused numbers are normalised, so they do not affect comparison. `eq 5` and
+// `range 5 5` differ.
 template <class Traits>
 class POLICYMAP_API NumberMatch {
  public:
@@ -73,7 +75,8 @@ class POLICYMAP_API NumberMatch {
   // Matches any number.
   NumberMatch() = default;
   // `high` is used only with `range`. Raises RangeException "PortMatch::low < 0 or > 65535 not
-  // allowed", the same for high, and "PortMatch::high < low not allowed".
+  // allowed", for TtlMatch with its name and 255; the same for high, and "PortMatch::high < low not
+  // allowed".
   NumberMatch(MatchOp op, std::int64_t low, std::int64_t high = 0);
 
   [[nodiscard]] static NumberMatch any() { return {}; }

@@ -6,7 +6,6 @@
 
 #include <cctype>
 #include <string>
-#include <vector>
 
 namespace Kor {
 namespace {
@@ -105,33 +104,6 @@ void valueAt(TextIterator& it, TextIterator const& end, GenericValue& value, uns
   }
 }
 
-// Lists may be nested too deep for recursion, so the open positions are in a vector.
-String listToStrep(GenericList const& whole) {
-  struct Place {
-    GenericList const& list;
-    std::size_t next = 0;
-  };
-  std::string text = "[";
-  std::vector<Place> open{{whole}};
-  while (!open.empty()) {
-    Place& place = open.back();
-    if (place.next == place.list.size()) {
-      text.push_back(']');
-      open.pop_back();
-      continue;
-    }
-    text.append(place.next == 0 ? "" : ", ");
-    GenericValue const& element = place.list[place.next++];
-    if (element.kind() == Kind::list) {
-      text.push_back('[');
-      open.push_back({element.list()});
-    } else {
-      text.append(valueToStrep(element).view());
-    }
-  }
-  return text;
-}
-
 }  // namespace
 
 TypeException::TypeException(String typeName, String name)
@@ -156,6 +128,15 @@ UnknownArgException::~UnknownArgException() = default;
 
 ConstException::ConstException() : Exception("attempting to modify a const instance") {}
 ConstException::~ConstException() = default;
+
+GenericIf KorType::genericIf(Kor::Ptr<PtrInterface const> const& object, bool isConst) const {
+  return {object, this, isConst};
+}
+
+GenericValue KorAttr::notSupported(Instance const& /*self*/, KorAttr const& attr,
+                                   AttributeOperation const& operation) {
+  GenericIf::throwOpNotSupportedException(attr.name(), operation.code);
+}
 
 GenericIf::GenericIf(GenericValue const& value) : type_(nullptr), const_(value.isConst()) {
   KOR_ASSERT(value.kind() == Kind::object || value.kind() == Kind::value);
@@ -199,21 +180,6 @@ GenericIf genericConstruct(KorType const& type, GenericValue const& arguments) {
     throw RangeException(std::string(type.name()) + " cannot be constructed by name");
   }
   return GenericIf(type.operations().construct(type, arguments));
-}
-
-String valueToStrep(GenericValue const& value) {
-  switch (value.kind()) {
-  case Kind::boolean: return valueToStrep(value.boolean());
-  case Kind::integer: return valueToStrep(value.integer());
-  case Kind::natural: return valueToStrep(value.natural());
-  case Kind::real: return valueToStrep(value.real());
-  case Kind::enumeration: return value.enumerationType()->operations().print(value);
-  case Kind::text: return valueToStrep(value.text());
-  case Kind::value: return static_cast<ValueBox const*>(value.object())->text();
-  case Kind::object: return valueToStrep(value.object());
-  case Kind::list: return listToStrep(value.list());
-  default: return "None";  // none, null
-  }
 }
 
 void sequenceToValue(TextIterator& it, TextIterator const& end, GenericValue& value) {

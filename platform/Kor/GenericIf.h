@@ -205,10 +205,6 @@ class KOR_API GenericIfEntity : public GenericIfPtrInterface {
 // and UnknownArgException as above, and RangeException if the type has no constructor by name.
 KOR_API GenericIf genericConstruct(KorType const& type, GenericValue const& arguments);
 
-// Text forms of generic values ---------------------------------------------------------------
-
-// Prints as the value itself does, a list as a list of these, and no value as None.
-KOR_API String valueToStrep(GenericValue const& value);
 // Parses any text form: numbers, texts, True, False, None, lists, values and objects. Raises
 // RangeException.
 KOR_API void sequenceToValue(String::IteratorConst& it, String::IteratorConst const& end,

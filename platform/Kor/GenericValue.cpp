@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Kor/GenericValue.h"
 
-#include "Kor/GenericIf.h"
+#include "Kor/ObjectText.h"
+#include "Kor/Strep.h"
 
+#include <string>
 #include <vector>
 
 namespace Kor {
@@ -71,6 +73,33 @@ bool equalLists(GenericList const& left, GenericList const& right) {
   return true;
 }
 
+// Lists may be nested too deep for recursion, so the open positions are in a vector.
+String listToStrep(GenericList const& whole) {
+  struct Place {
+    GenericList const& list;
+    std::size_t next = 0;
+  };
+  std::string text = "[";
+  std::vector<Place> open{{whole}};
+  while (!open.empty()) {
+    Place& place = open.back();
+    if (place.next == place.list.size()) {
+      text.push_back(']');
+      open.pop_back();
+      continue;
+    }
+    text.append(place.next == 0 ? "" : ", ");
+    GenericValue const& element = place.list[place.next++];
+    if (element.kind() == Kind::list) {
+      text.push_back('[');
+      open.push_back({element.list()});
+    } else {
+      text.append(valueToStrep(element).view());
+    }
+  }
+  return text;
+}
+
 }  // namespace
 
 ValueBox::~ValueBox() = default;
@@ -116,6 +145,21 @@ bool operator==(GenericValue const& a, GenericValue const& b) {
                ->equals(*static_cast<ValueBox const*>(b.object()));
   case Kind::object: return a.object() == b.object();
   default: return true;  // none, null
+  }
+}
+
+String valueToStrep(GenericValue const& value) {
+  switch (value.kind()) {
+  case Kind::boolean: return valueToStrep(value.boolean());
+  case Kind::integer: return valueToStrep(value.integer());
+  case Kind::natural: return valueToStrep(value.natural());
+  case Kind::real: return valueToStrep(value.real());
+  case Kind::enumeration: return value.enumerationType()->operations().print(value);
+  case Kind::text: return valueToStrep(value.text());
+  case Kind::value: return static_cast<ValueBox const*>(value.object())->text();
+  case Kind::object: return valueToStrep(value.object());
+  case Kind::list: return listToStrep(value.list());
+  default: return "None";  // none, null
   }
 }
 

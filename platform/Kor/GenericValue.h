@@ -241,4 +241,8 @@ inline GenericList const& GenericValue::list() const {
   return *payload_.list;
 }
 
+// Returns the text form: as the value itself prints, a list as a list of these, and no value as
+// None.
+KOR_API String valueToStrep(GenericValue const& value);
+
 }  // namespace Kor

@@ -3,18 +3,22 @@
 
 // KorAttr: the record of one attribute of a type: data, a keyed collection, or a function.
 
+#include "Kor/ArgumentSpec.h"
 #include "Kor/Export.h"
-#include "Kor/KorType.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
 #include "Kor/Types.h"
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 namespace Kor {
 
 struct AttributeOperation;
+class GenericValue;
+class KorType;
+class PtrInterface;
 
 // The target of an operation: an object or a box. The caller keeps it alive.
 struct Instance {
@@ -89,6 +93,8 @@ class KOR_API KorAttr {
   // Reads plain data directly, without an operation code.
   using Reader = GenericValue (*)(Instance const& self);
 
+  // The next three are about a type; KorType.cpp defines them.
+
   // Returns the attribute of that name, null if there is none.
   [[nodiscard]] static Ptr attr(KorType const* type, std::string_view name);
   // Removes an attribute. Does nothing if there is none of that name.
@@ -123,10 +129,10 @@ class KOR_API KorAttr {
 
   // The accessor. Until set, it rejects every operation.
   [[nodiscard]] Access access() const { return access_; }
-  void accessIs(Access answers) { access_ = answers; }
+  void accessIs(Access function) { access_ = function; }
   // Null unless the attribute is data.
   [[nodiscard]] Reader reader() const { return reader_; }
-  void readerIs(Reader answers) { reader_ = answers; }
+  void readerIs(Reader function) { reader_ = function; }
   // True if operation 128 can succeed: it writes data or sets a member of a collection.
   [[nodiscard]] bool isWritable() const { return isWritable_; }
   void isWritableIs(bool writable) { isWritable_ = writable; }
@@ -142,22 +148,21 @@ class KOR_API KorAttr {
   friend Ptr defNoninstantiatingAttr(KorType*, Name, KorType const*, KorType const*, AttrFlags,
                                      KorAttrIntrospectionFlags, AttributeId);
 
-  KorAttr() = default;
+  KorAttr(KorType const* owner, Name name, KorType const* valueType, AttrFlags flags,
+          AttributeId id);
   ~KorAttr() = default;
 
-  static GenericValue unanswered(Instance const& self, KorAttr const& attr,
-                                 AttributeOperation const& operation);
-  static Ptr enter(KorType* type, Ptr attr);
-  // Removes the identifier of `attr` from the lookup.
-  static void idForgotten(KorType* type, KorAttr const& attr);
+  // Raises OpNotSupportedException. Defined in GenericIf.cpp.
+  static GenericValue notSupported(Instance const& self, KorAttr const& attr,
+                                   AttributeOperation const& operation);
 
   mutable std::uint32_t references_ = 1;
-  AttributeId id_ = 0;
-  Access access_ = &unanswered;
+  AttributeId id_;
+  Access access_ = &notSupported;
   Reader reader_ = nullptr;
   Name name_;
-  KorType const* owner_ = nullptr;
-  KorType const* valueType_ = nullptr;
+  KorType const* owner_;
+  KorType const* valueType_;
   KorType const* keyType_ = nullptr;
   Ptr keyAttr_;
   Ptr indexAttr_;
@@ -168,7 +173,7 @@ class KOR_API KorAttr {
 };
 
 // Defines data (`keyType` null) or a collection of values, and announces it to the global
-// introspection reactor.
+// introspection reactor. Defined in Registration.cpp.
 KOR_API KorAttr::Ptr defNoninstantiatingAttr(KorType* owner, Name name, KorType const* valueType,
                                              KorType const* keyType, KorAttr::AttrFlags flags,
                                              KorAttr::KorAttrIntrospectionFlags introspection,

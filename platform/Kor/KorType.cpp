@@ -2,7 +2,6 @@
 #include "Kor/KorType.h"
 
 #include "Kor/Assert.h"
-#include "Kor/GenericIf.h"
 #include "Kor/KorAttr.h"
 
 #include <algorithm>
@@ -20,6 +19,11 @@ struct Directory {
 Directory& directory() {
   static auto* const it = new Directory();
   return *it;
+}
+
+auto placeIn(auto& attrs, std::string_view name) {
+  return std::find_if(attrs.begin(), attrs.end(),
+                      [&](Ptr<KorAttr> const& attr) { return attr->name().view() == name; });
 }
 
 }  // namespace
@@ -52,11 +56,40 @@ void KorType::attrsInherited() {
   }
 }
 
+void KorType::attrIs(Ptr<KorAttr> const& attr) {
+  auto const at = placeIn(attrs_, attr->name().view());
+  if (at == attrs_.end()) {
+    attrs_.push_back(attr);
+  } else {
+    idForgotten(**at);
+    *at = attr;
+  }
+  // Of the attributes that share 0, the generic interface finds only the key.
+  if (attr->id() != 0 || attr->name() == "fwkKey") {
+    if (attrById_.size() <= attr->id()) {
+      attrById_.resize(attr->id() + 1);
+    }
+    attrById_[attr->id()] = attr.get();
+  }
+}
+
+void KorType::attrDel(std::string_view name) {
+  auto const at = placeIn(attrs_, name);
+  if (at != attrs_.end()) {
+    idForgotten(**at);
+    attrs_.erase(at);
+  }
+}
+
+void KorType::idForgotten(KorAttr const& attr) {
+  if (attr.id() < attrById_.size() && attrById_[attr.id()] == &attr) {
+    attrById_[attr.id()] = nullptr;
+  }
+}
+
 KorAttr const* KorType::attr(std::string_view name) const {
-  auto const it = std::find_if(attrs_.begin(), attrs_.end(), [&](Ptr<KorAttr> const& attr) {
-    return attr->name().view() == name;
-  });
-  return it == attrs_.end() ? nullptr : it->get();
+  auto const at = placeIn(attrs_, name);
+  return at == attrs_.end() ? nullptr : at->get();
 }
 
 String KorType::attributeString(AttributeId id) const {
@@ -66,10 +99,6 @@ String KorType::attributeString(AttributeId id) const {
   // The framework's hooks share 0 with the key, so that number has no name.
   KorAttr const* const found = id == 0 ? nullptr : attr(id);
   return found == nullptr ? String("unknown") : String(found->name());
-}
-
-GenericIf KorType::genericIf(Ptr<PtrInterface const> const& object, bool isConst) const {
-  return {object, this, isConst};
 }
 
 void KorType::typeNodeIs(KorType* type, std::string_view name) {
@@ -88,6 +117,24 @@ KorType const* KorType::named(std::string_view name) {
 
 std::vector<KorType const*> const& KorType::all() {
   return directory().inOrder;
+}
+
+KorAttr::Ptr KorAttr::attr(KorType const* type, std::string_view name) {
+  return share(const_cast<KorAttr*>(type->attr(name)));
+}
+
+void KorAttr::attrDel(KorType* type, std::string_view name) {
+  type->attrDel(name);
+}
+
+KorAttr::Ptr KorAttr::attrIs(KorType* type, Name name, KorType const* valueType, Ptr const& keyAttr,
+                             Ptr const& indexAttr, AttrFlags flags, AttributeId id) {
+  Ptr const attr(new KorAttr(type, std::move(name), valueType, flags, id));
+  attr->keyType_ = keyAttr ? keyAttr->valueType() : nullptr;
+  attr->keyAttr_ = keyAttr;
+  attr->indexAttr_ = indexAttr;
+  type->attrIs(attr);
+  return attr;
 }
 
 }  // namespace Kor

@@ -7,6 +7,7 @@
 // by address. A record is filled once, while the library of the type is loaded, and never changes
 // afterwards.
 
+#include "Kor/ArgumentSpec.h"
 #include "Kor/Export.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
@@ -25,13 +26,6 @@ class GenericValue;
 class KorAttr;
 class KorType;
 class PtrInterface;
-
-// One argument of a constructor or a function. It names its type, so that the type may be
-// registered later.
-struct ArgumentSpec {
-  Name name;
-  Name typeName;
-};
 
 // What a type can do by name, beyond its attributes.
 struct TypeOperations {
@@ -90,6 +84,10 @@ class KOR_API KorType {
 
   // Copies the attributes of the base type, in its order. Called once, before own attributes.
   void attrsInherited();
+  // Adds an attribute at the end, or replaces the one of that name in its place.
+  void attrIs(Ptr<KorAttr> const& attr);
+  // Removes an attribute. Does nothing if there is none of that name.
+  void attrDel(std::string_view name);
   // Inherited attributes in the order of the base, then own ones in the order of registration.
   [[nodiscard]] std::vector<Ptr<KorAttr>> const& attrs() const { return attrs_; }
   // Returns the attribute of that name, null if there is none.
@@ -103,7 +101,7 @@ class KOR_API KorType {
   // attributes of its base.
   [[nodiscard]] String attributeString(AttributeId id) const;
 
-  // Returns the adapter of an object or value of this type.
+  // Returns the adapter of an object or value of this type. Defined in GenericIf.cpp.
   [[nodiscard]] GenericIf genericIf(Ptr<PtrInterface const> const& object, bool isConst) const;
 
   // Enters the record into the directory. Asserts that `name` is the record's own and that no other
@@ -115,9 +113,10 @@ class KOR_API KorType {
   [[nodiscard]] static std::vector<KorType const*> const& all();
 
  private:
-  friend class KorAttr;
-
   static constexpr std::size_t deepest = 8;
+
+  // Removes the identifier of `attr` from the lookup.
+  void idForgotten(KorAttr const& attr);
 
   std::string_view name_;
   KorType const* base_;

@@ -10,17 +10,17 @@
 //     using NotifieeOf::NotifieeOf;
 //     virtual void onColour() {}
 //   };
-//   class X::Notifiee : public X::NotifieeConst { ... };   // for observers that modify the object
+//   class X::Notifiee : public X::NotifieeConst { ... };   // the same hooks, no further access
 //
-// Order: notifiees are called in registration order. An iteration covers the entries that exist
-// when it begins. A notifiee that registers meanwhile is called from the next iteration on. An
-// entry that was removed is skipped, even if the same notifiee has registered again. An exception
-// of a hook goes to that notifiee's onNotificationException and no further. A write inside a hook,
-// with its notifications, completes before the hook continues.
+// Order: notifiees are called in registration order. A notification calls the notifiees that are
+// registered when it begins. One that registers during it is called from the next one on. One that
+// unregisters is not called, even if it registers again. An exception of a hook goes to that
+// notifiee's onNotificationException and no further. A write inside a hook, with its notifications,
+// completes before the hook continues.
 //
 // Ownership: the list counts its entries and an entry counts its notifiee, so a registered notifiee
-// stays alive. A notifiee refers to its subject uncounted; when the subject is destroyed, the
-// notifiee has none.
+// stays alive. A notifiee refers to its subject uncounted. After the subject is destroyed,
+// notifier() is null.
 
 #include "Kor/Export.h"
 #include "Kor/KorType.h"
@@ -82,7 +82,7 @@ class KOR_API NotifieeBase {
   mutable std::uint32_t references_ = 1;
   NotifieeList* list_ = nullptr;
   Entry* entry_ = nullptr;         // in list_
-  KorType const* kind_ = nullptr;  // the class whose hooks this notifiee has
+  KorType const* kind_ = nullptr;  // the class whose hooks it implements
 };
 
 // Mix-in for observable objects. No virtual functions; one pointer wide.
@@ -131,8 +131,7 @@ class KOR_API NotifieeList {
 
     static std::size_t sizeFor(std::uint32_t capacity);
     static Entries* make(std::uint32_t capacity);
-    // Returns an unshared list with room for `wanted` entries. Gives up the caller's share of this
-    // one.
+    // Returns a list with room for `wanted` entries that no iteration holds, and releases this one.
     Entries* owned(std::uint32_t wanted);
     void deleteRef() {
       if (--references == 0) {
@@ -177,7 +176,7 @@ class KOR_API NotifieeList {
   Entries* entries_ = nullptr;  // null without notifiees
 };
 
-// Base of X::NotifieeConst: registers with an X, and records which hooks a notifiee has. `Base` is
+// Base of X::NotifieeConst: registers with an X, and records the class whose hooks it implements. `Base` is
 // NotifieeBase or the NotifieeConst of X's base class.
 template <class X, class Base = NotifieeBase>
 class NotifieeOf : public Base {

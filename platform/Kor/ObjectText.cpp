@@ -2,33 +2,12 @@
 #include "Kor/ObjectText.h"
 
 #include "Kor/Entity.h"
+#include "Kor/PrintedObjects.h"
 
 #include <string>
-#include <unordered_map>
 
 namespace Kor {
 namespace {
-
-// Living objects that were printed. Never destroyed: objects may outlive static objects.
-struct Printed {
-  std::unordered_map<std::uint64_t, PtrInterface const*> byNumber;
-  std::unordered_map<PtrInterface const*, std::uint64_t> numbers;
-  std::uint64_t last = 0;
-};
-
-Printed& printed() {
-  static auto* const it = new Printed();
-  return *it;
-}
-
-std::uint64_t numberOf(PtrInterface const* object) {
-  Printed& all = printed();
-  auto const [at, isNew] = all.numbers.try_emplace(object, all.last + 1);
-  if (isNew) {
-    all.byNumber.emplace(++all.last, object);
-  }
-  return at->second;
-}
 
 Name nameOf(PtrInterface const* object) {
   return object->fwkType()->isA(Entity::_fwkType()) ? static_cast<Entity const*>(object)->name()
@@ -45,18 +24,11 @@ std::string textOf(String const& typeName, std::uint64_t number, String const& n
 
 }  // namespace
 
-void forgetText(PtrInterface const* object) noexcept {
-  Printed& all = printed();
-  auto const at = all.numbers.find(object);
-  all.byNumber.erase(at->second);
-  all.numbers.erase(at);
-}
-
 String valueToStrep(PtrInterface const* object) {
   if (object == nullptr) {
     return "None";
   }
-  std::uint64_t const number = numberOf(object);
+  std::uint64_t const number = PrintedObjects::all().numberOf(object);
   object->hasText_ = true;
   return textOf(object->fwkType()->name(), number, nameOf(object));
 }
@@ -77,13 +49,12 @@ Ptr<PtrInterface> sequenceToObject(TextIterator& it, TextIterator const& end) {
     sequenceToValue(it, end, name);
   }
   needString(it, end, " )");
-  auto const at = printed().byNumber.find(number);
-  if (at == printed().byNumber.end() || at->second->fwkType()->name() != typeName.view() ||
-      nameOf(at->second) != name) {
+  PtrInterface const* const object = PrintedObjects::all().object(number);
+  if (object == nullptr || object->fwkType()->name() != typeName.view() || nameOf(object) != name) {
     throw RangeException("no such object: " + textOf(typeName, number, name));
   }
   // A caller that can print an object through a const pointer may parse it back as non-const.
-  return share(const_cast<PtrInterface*>(at->second));
+  return share(const_cast<PtrInterface*>(object));
 }
 
 Ptr<PtrInterface> sequenceToObject(TextIterator& it, TextIterator const& end, KorType const* type) {

@@ -16,8 +16,6 @@
 namespace Kor {
 
 KOR_API String valueToStrep(PtrInterface const* object);
-// Invalidates the text of a dying object that was printed.
-void forgetText(PtrInterface const* object) noexcept;
 
 template <class T>
 requires std::is_base_of_v<PtrInterface, T> String valueToStrep(Ptr<T> const& object) {

@@ -8,12 +8,14 @@
 //   Ptr<Thing const> seen = thing;      // 3
 //   Ptr<Thing> self = Kor::share(this); // an existing object: adds to the count
 //
-// Counting is not atomic. A Ptr has the size of a raw pointer. Dereferencing null is an assertion.
+// Counting is not atomic. A Ptr has the size of a raw pointer. Dereferencing null fails an assertion
+// of source "Kor/Ptr".
 
 #include "Kor/Assert.h"
 #include "Kor/Exception.h"
 
 #include <cstddef>
+#include <functional>
 #include <ostream>
 #include <type_traits>
 #include <utility>
@@ -57,7 +59,7 @@ class Ptr {
   }
 
   void swap(Ptr& other) noexcept { std::swap(object_, other.object_); }
-  // Gives up the counted reference without releasing it.
+  // Returns the raw pointer and becomes null. The count stays: the caller takes over the reference.
   [[nodiscard]] T* release() noexcept { return std::exchange(object_, nullptr); }
 
   [[nodiscard]] T* get() const noexcept { return object_; }
@@ -65,7 +67,7 @@ class Ptr {
   T* operator->() const { return checked(); }
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
-  // Returns this object as a U, or null if it is not a U or null.
+  // Returns a pointer to the object as a U. Null if the object is no U, and for null.
   template <class U>
   [[nodiscard]] Ptr<U> as() const {
     Ptr<U> view(dynamic_cast<U*>(object_));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Kor/PtrInterface.h"
 
-#include "Kor/ObjectText.h"
+#include "Kor/PrintedObjects.h"
 
 namespace Kor {
 namespace {
@@ -13,7 +13,7 @@ constexpr std::uint32_t pinned = 0x80000000U;
 
 PtrInterface::~PtrInterface() {
   if (hasText_) {
-    forgetText(this);
+    PrintedObjects::all().remove(this);
   }
 }
 
@@ -50,7 +50,7 @@ KorType* PtrInterface::_fwkType() {
 void PtrInterface::lastReferenceGone() const noexcept {
   references_ = pinned;
   if (hasText_) {
-    forgetText(this);
+    PrintedObjects::all().remove(this);
     hasText_ = false;
   }
   const_cast<PtrInterface*>(this)->zeroReferencesIs();

@@ -56,8 +56,8 @@ AttributeId numberOf(KorType const* type, AttrModel const& model, AttributeId& o
 void registerAttr(KorType* type, AttrModel const& model, AttributeId& own) {
   IntrospectionReactor& reactor = IntrospectionReactor::global();
   KorAttr::Ptr const attr = define(type, model, numberOf(type, model, own));
-  attr->accessIs(model.answers);
-  attr->readerIs(model.reads);
+  attr->accessIs(model.access);
+  attr->readerIs(model.reader);
   attr->isWritableIs(model.writable);
   if (model.kind == AttrModel::Kind::data || model.kind == AttrModel::Kind::collection) {
     return;  // has announced itself
@@ -99,6 +99,20 @@ void registerType(TypeModel const& model) {
 }
 
 }  // namespace
+
+KorAttr::Ptr defNoninstantiatingAttr(KorType* owner, Name name, KorType const* valueType,
+                                     KorType const* keyType, KorAttr::AttrFlags flags,
+                                     KorAttr::KorAttrIntrospectionFlags introspection,
+                                     AttributeId id) {
+  KorAttr::Ptr const attr(new KorAttr(owner, std::move(name), valueType, flags, id));
+  attr->keyType_ = keyType;
+  attr->introspection_ = introspection;
+  owner->attrIs(attr);
+  IntrospectionReactor& reactor = IntrospectionReactor::global();
+  reactor.handleAttr(attr);
+  reactor.handleAttrContextExit();
+  return attr;
+}
 
 void registerTypes(std::string_view nameSpace, std::span<TypeModel const* const> types) {
   IntrospectionReactor& reactor = IntrospectionReactor::global();

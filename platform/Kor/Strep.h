@@ -35,6 +35,7 @@
 #include "Kor/Export.h"
 #include "Kor/KorType.h"
 #include "Kor/String.h"
+#include "Kor/TextTokens.h"
 
 #include <concepts>
 #include <cstdint>
@@ -46,8 +47,6 @@
 #include <type_traits>
 
 namespace Kor {
-
-using TextIterator = String::IteratorConst;
 
 // printing ------------------------------------------------------------------------------
 
@@ -69,15 +68,6 @@ String valueToStrep(Number number) {
     return unsignedToStrep(number);
   }
 }
-
-// tokens --------------------------------------------------------------------------------
-
-// Consumes `pattern`, in which a blank means optional white space. Raises "expected TOKEN at column
-// N": TOKEN is the pattern without blanks, N the column after the skipped white space.
-KOR_API void needString(TextIterator& it, TextIterator const& end, std::string_view pattern);
-KOR_API void skipSpace(TextIterator& it, TextIterator const& end);
-// Consumes `token` if it is next and returns whether it did.
-KOR_API bool takeString(TextIterator& it, TextIterator const& end, std::string_view token);
 
 // parsing -------------------------------------------------------------------------------
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/ClassMapConfig.h"
 
-#include "PolicyMap/ClassMapTypeConfig.h"
-
 namespace PolicyMap {
 
 ClassMapConfig::NotifieeConst::~NotifieeConst() = default;

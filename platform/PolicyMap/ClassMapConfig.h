@@ -10,8 +10,6 @@
 
 namespace PolicyMap {
 
-class ClassMapTypeConfig;
-
 // The configuration of one class-map.
 class POLICYMAP_API ClassMapConfig : public Kor::Entity, public Kor::HashMapLink<ClassMapConfig> {
  public:
@@ -20,13 +18,23 @@ class POLICYMAP_API ClassMapConfig : public Kor::Entity, public Kor::HashMapLink
   class NotifieeConst;
   class Notifiee;
 
+  // The object that the class-map is a member of.
+  class Owner {
+   public:
+    // The matches of the class-map of that name have changed.
+    virtual void announceClassMapConfig(Kor::Name const& name) = 0;
+
+   protected:
+    ~Owner() = default;
+  };
+
   explicit ClassMapConfig(Kor::Name name);
   ~ClassMapConfig() override;
 
   [[nodiscard]] Kor::KorType const* fwkType() const override;
   [[nodiscard]] static Kor::KorType* _fwkType();
   [[nodiscard]] Kor::Name const& fwkKey() const { return name(); }
-  void korOwnerIs(ClassMapTypeConfig* owner) { owner_ = owner; }
+  void korOwnerIs(Owner* owner) { owner_ = owner; }
 
   // The sub-configuration in force. Null: the class-map matches nothing.
   [[nodiscard]] Kor::Ptr<ClassMapSubConfig> const& currentSubConfig() const { return current_; }
@@ -41,7 +49,7 @@ class POLICYMAP_API ClassMapConfig : public Kor::Entity, public Kor::HashMapLink
 
   Kor::Ptr<ClassMapSubConfig> current_;
   Kor::Ptr<ContentWatch> content_;  // observes current_
-  ClassMapTypeConfig* owner_ = nullptr;
+  Owner* owner_ = nullptr;
 };
 
 class POLICYMAP_API ClassMapConfig::NotifieeConst

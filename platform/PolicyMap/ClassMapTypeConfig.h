@@ -14,7 +14,7 @@
 namespace PolicyMap {
 
 // All class-maps of one type.
-class POLICYMAP_API ClassMapTypeConfig : public Kor::Entity {
+class POLICYMAP_API ClassMapTypeConfig : public Kor::Entity, public ClassMapConfig::Owner {
  public:
   using Ptr = Kor::Ptr<ClassMapTypeConfig>;
   using PtrConst = Kor::Ptr<ClassMapTypeConfig const>;
@@ -33,9 +33,7 @@ class POLICYMAP_API ClassMapTypeConfig : public Kor::Entity {
   static constexpr Kor::AttributeId classMapConfigId = 258;
 
  private:
-  friend class PolicyMap::ClassMapConfig;
-
-  void announceClassMapConfig(Kor::Name const& name);
+  void announceClassMapConfig(Kor::Name const& name) override;
 };
 
 class POLICYMAP_API ClassMapTypeConfig::NotifieeConst

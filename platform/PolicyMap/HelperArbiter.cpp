@@ -12,12 +12,12 @@ void HelperArbiter::initialize(std::function<void()> const& hwInit) {
   if (std::exchange(initialized_, true)) {
     return;
   }
-  Answer const answer = call([&] {
+  Result const result = call([&] {
     hwInit();
     return Kor::String();
   });
-  if (answer.threw) {
-    KOR_TRACE_LINE(traceHandle(), 1, "hwInit: " << answer.error);
+  if (result.threw) {
+    KOR_TRACE_LINE(traceHandle(), 1, "hwInit: " << result.error);
   }
 }
 

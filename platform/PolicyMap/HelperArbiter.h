@@ -47,7 +47,7 @@ class POLICYMAP_API HelperArbiter {
 
   // The result of an operation, "" for success. An operation that throws has failed with the text
   // of the exception, and is treated as not carried out.
-  struct Answer {
+  struct Result {
     Kor::String error;
     bool threw = false;
   };
@@ -89,32 +89,32 @@ class POLICYMAP_API HelperArbiter {
 
   // Calls an operation that returns a text.
   template <class Operation>
-  Answer call(Operation&& operation) {
+  Result call(Operation&& operation) {
     Kor::Ptr<Kor::PtrInterface> const pinned = Kor::share(&helper_);
     ++calls_;
-    Answer answer = answerOf(operation);
+    Result result = resultOf(operation);
     if (--calls_ == 0) {
       callsEnded();
     }
-    return answer;
+    return result;
   }
   // Calls an operation whose result may come later. Returns nothing if the result is pending;
   // resultArrived() of the holder follows. `isAsync` is evaluated after the call.
   template <class Operation, class IsAsync>
-  std::optional<Answer> callAsync(Operation&& operation, IsAsync&& isAsync) {
+  std::optional<Result> callAsync(Operation&& operation, IsAsync&& isAsync) {
     // Set before the call, because the result may arrive inside it.
     expectingResult_ = true;
     early_.reset();
-    Answer answer = call(operation);
+    Result result = call(operation);
     expectingResult_ = false;
-    if (holder_ == nullptr || !answer.error.empty()) {
-      return answer;
+    if (holder_ == nullptr || !result.error.empty()) {
+      return result;
     }
     if (early_) {
-      return Answer{*std::exchange(early_, std::nullopt)};
+      return Result{*std::exchange(early_, std::nullopt)};
     }
     pending_ = isAsync();
-    return pending_ ? std::nullopt : std::optional(answer);
+    return pending_ ? std::nullopt : std::optional(result);
   }
   // The helper reports a result.
   void resultIs(AsyncOperationResult const& result);
@@ -123,7 +123,7 @@ class POLICYMAP_API HelperArbiter {
 
  private:
   template <class Operation>
-  static Answer answerOf(Operation&& operation) {
+  static Result resultOf(Operation&& operation) {
     try {
       return {operation()};
     } catch (std::exception const& exception) {

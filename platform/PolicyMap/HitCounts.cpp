@@ -21,14 +21,14 @@ HitCounts readHitCounts(PolicyMapAclHelper& helper,
     counted.rules->forEach([&](auto const& rule) {
       AclRuleKey const key(counted.name, rule.aclName, rule.seqno, option);
       std::uint64_t count = 0;
-      HelperArbiter::Answer const answer = helper.arbiter().call([&] {
+      HelperArbiter::Result const result = helper.arbiter().call([&] {
         count = helper.getCountForRule(key, policyData, counted.data);
         return Kor::String();
       });
-      if (!answer.threw) {
+      if (!result.threw) {
         counts.emplace(key, count);
       } else {
-        KOR_TRACE_LINE(traceHandle(), 1, "no hit count for " << key << ": " << answer.error);
+        KOR_TRACE_LINE(traceHandle(), 1, "no hit count for " << key << ": " << result.error);
       }
       going = goesOn();
       return going;

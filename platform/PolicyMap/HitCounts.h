@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// HitCounts: reads the packets that each rule of a class has matched from the helper into the class
+// Reads the hit counts of the rules of a class from the helper, and writes them to the class
 // status.
 
 #include "PolicyMap/ClassMapSm.h"

@@ -130,14 +130,14 @@ OptionPlan planOption(ClassMapMatchOption option, WantedPolicy const& wanted,
 }
 
 Pass planActionUpdate(std::vector<Kor::Ptr<ClassMapSmCommonData>> const& changed,
-                      PerOption<bool> const& present, ProgrammedState const& state) {
+                      PerOption<bool> const& known, ProgrammedState const& state) {
   Pass pass{PassKind::updateActions, ClassMapMatchOption::ipv4, {}};
   PerOption<bool> concerned;
   for (Kor::Ptr<ClassMapSmCommonData> const& data : changed) {
     bool moved = false;
     for (ClassMapMatchOption const option : allMatchOptions) {
       ProgrammedClass const* const programmed = state[option].classes.find(data.get());
-      if (present[option] && programmed != nullptr && programmed->actionsMoved()) {
+      if (known[option] && programmed != nullptr && programmed->actionsMoved()) {
         concerned[option] = moved = true;
       }
     }

@@ -12,9 +12,10 @@
 
 namespace PolicyMap {
 
-// What is wanted for one option. Without classes or without interfaces, nothing is wanted.
+// What is wanted for one option. Without interfaces, nothing is wanted.
 struct WantedPolicy {
-  // In priority order. None: the classes that are programmed, with unchanged rules.
+  // In priority order. nullopt: the programmed classes, with unchanged rules. Empty: nothing is
+  // wanted.
   std::optional<ProgrammedClasses> classes = ProgrammedClasses();
   std::vector<Vorel::IntfId> intfs = {};  // ascending, unique
   PolicyFailure refusal = {};             // why the classes cannot be programmed
@@ -38,14 +39,15 @@ struct POLICYMAP_API HelperTraits {
   explicit HelperTraits(PolicyMapAclHelper const& helper);
 };
 
+// The result of planOption().
 struct OptionPlan {
-  // The steps. None: no operation is needed.
+  // The steps; nullopt if no operation is needed.
   std::optional<Pass> pass = std::nullopt;
-  // Present if the option must not be programmed. Its text is empty if there is nothing to program,
-  // otherwise the reason why the classes cannot be programmed.
+  // Set if the option is not to be programmed: with an empty text if there is nothing to program,
+  // otherwise with the reason.
   std::optional<PolicyFailure> refusal = std::nullopt;
-  // The wanted classes have the rules that are programmed, so they can replace the programmed ones
-  // without an operation.
+  // True if the wanted classes have the programmed rules. The state may take them over without a
+  // helper operation.
   bool sameRules = false;
 };
 
@@ -54,16 +56,17 @@ struct OptionPlan {
   return present.owned && !state.classes.empty();
 }
 
-// Without a difference tracker, any other version of a list is treated as different.
+// Plans the steps for one option from `present` and `state` to `wanted`. With a null `aclDiff`, two
+// versions of a list always differ.
 [[nodiscard]] POLICYMAP_API OptionPlan
 planOption(ClassMapMatchOption option, WantedPolicy const& wanted, PresentPolicy const& present,
            OptionState const& state, HelperTraits const& helper, Acl::AclDiff const* aclDiff);
 
 // Updates the actions of the classes in `changed` (in priority order) that are programmed and have
-// pending updates, then commits each affected option. No steps: no update is pending. `present`
-// says for which options the programmed classes are known.
+// pending updates, then commits each affected option. The pass has no steps if no update is
+// pending. `known` says for which options the programmed classes are known.
 [[nodiscard]] POLICYMAP_API Pass
 planActionUpdate(std::vector<Kor::Ptr<ClassMapSmCommonData>> const& changed,
-                 PerOption<bool> const& present, ProgrammedState const& state);
+                 PerOption<bool> const& known, ProgrammedState const& state);
 
 }  // namespace PolicyMap

@@ -20,12 +20,12 @@ PassRun::PassRun(Pass pass, Kor::Ptr<PolicyMapAclHelper> helper,
 
 // calls -----------------------------------------------------------------------------------
 
-PassRun::Outcome PassRun::outcomeOf(HelperArbiter::Answer const& answer) {
+PassRun::Outcome PassRun::outcomeOf(HelperArbiter::Result const& result) {
   if (abandoned_) {
     return Outcome::abandoned;
   }
-  error_ = answer.error;
-  threw_ = answer.threw;
+  error_ = result.error;
+  threw_ = result.threw;
   return error_.empty() ? Outcome::done : Outcome::failed;
 }
 
@@ -36,11 +36,11 @@ PassRun::Outcome PassRun::call(Operation&& operation) {
 
 template <class Operation>
 PassRun::Outcome PassRun::callAsync(Operation&& operation) {
-  auto const answer = arbiter_.callAsync(operation, [this] { return helper_->asyncOperations(); });
-  if (!answer && !abandoned_) {
+  auto const result = arbiter_.callAsync(operation, [this] { return helper_->asyncOperations(); });
+  if (!result && !abandoned_) {
     return Outcome::pending;
   }
-  return outcomeOf(answer.value_or(HelperArbiter::Answer()));
+  return outcomeOf(result.value_or(HelperArbiter::Result()));
 }
 
 // the pass --------------------------------------------------------------------------------
@@ -195,11 +195,8 @@ PassRun::Outcome PassRun::addRules(ClassMapMatchOption option) {
 
 PassRun::Outcome PassRun::updateActions(Kor::Ptr<ClassMapSmCommonData> const& data) {
   PerOption<bool> concerned;
-  Kor::String firstError;
   Outcome outcome = call([&] { return helper_->beginUpdateActions(policyData_, data); });
-  if (outcome == Outcome::failed) {
-    firstError = error_;
-  }
+  Kor::String firstError = error_;  // empty if the update has begun
   bool const begun = outcome == Outcome::done;
   std::uint32_t const updates = data->updateAclActions();
   for (ClassMapMatchOption const option : allMatchOptions) {
@@ -315,25 +312,25 @@ PassRun::Outcome PassRun::deletePolicy(ClassMapMatchOption option) {
   return outcome;
 }
 
-HelperArbiter::Answer PassRun::takeDown(PolicyMapAclHelper& helper,
+HelperArbiter::Result PassRun::takeDown(PolicyMapAclHelper& helper,
                                         HelperArbiter::Client const& client,
                                         Kor::Ptr<PolicyMapSmCommonData> const& policyData,
                                         ClassMapMatchOption option, OptionState& state) {
   HelperArbiter& arbiter = helper.arbiter();
   PolicyMapSmKey const& key = policyData->policyKey();
   HelperArbiter::Client const* const creator = arbiter.creator(key, option);
-  HelperArbiter::Answer answer;
+  HelperArbiter::Result result;
   if (arbiter.created(key, option) && (creator == nullptr || creator == &client)) {
     arbiter.createdDel(key, option);
-    answer = arbiter.call([&] { return helper.deletePolicy(policyData, option); });
-    if (answer.threw) {
+    result = arbiter.call([&] { return helper.deletePolicy(policyData, option); });
+    if (result.threw) {
       arbiter.createdIs(key, option, nullptr);
-      return answer;
+      return result;
     }
   }
   policyData->intfRemoveAll(option);
   state.forget();
-  return answer;
+  return result;
 }
 
 }  // namespace PolicyMap

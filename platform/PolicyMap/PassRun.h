@@ -62,7 +62,7 @@ class POLICYMAP_API PassRun {
   // data. A policy of another client is left alone; a policy without a client is deleted. If the
   // deletion throws, state and policy data are unchanged, and the policy remains created without a
   // client.
-  static HelperArbiter::Answer takeDown(PolicyMapAclHelper& helper,
+  static HelperArbiter::Result takeDown(PolicyMapAclHelper& helper,
                                         HelperArbiter::Client const& client,
                                         Kor::Ptr<PolicyMapSmCommonData> const& policyData,
                                         ClassMapMatchOption option, OptionState& state);
@@ -73,7 +73,7 @@ class POLICYMAP_API PassRun {
   Outcome call(Operation&& operation);
   template <class Operation>
   Outcome callAsync(Operation&& operation);
-  Outcome outcomeOf(HelperArbiter::Answer const& answer);
+  Outcome outcomeOf(HelperArbiter::Result const& result);
 
   Outcome perform(Step const& step);
   Outcome create(Step const& step);

@@ -265,7 +265,7 @@ void PolicyReconciler::leave() {
   abandonTurn();
   unsigned const turn = turn_;
   for (ClassMapMatchOption const option : allMatchOptions) {
-    HelperArbiter::Answer const answer =
+    HelperArbiter::Result const result =
         PassRun::takeDown(*helper, *this, policy_.commonData(), option, state_[option]);
     if (turn != turn_) {
       return;
@@ -274,9 +274,9 @@ void PolicyReconciler::leave() {
     policy_.commonData()->intfRemoveAll(option);
     state_[option].forget();
     state_[option].failureDel();
-    if (!answer.error.empty()) {
+    if (!result.error.empty()) {
       state_[option].failure =
-          PolicyFailure(answer.error, Kor::String(nameOf(HelperOperation::deletePolicy)), {}, {});
+          PolicyFailure(result.error, Kor::String(nameOf(HelperOperation::deletePolicy)), {}, {});
       state_[option].leftover = true;
     }
   }

@@ -12,11 +12,11 @@
 
 namespace PolicyMapTestKit::Text {
 
-// The comparison word that comes next, taken; `any` when there is none.
+// Takes and returns the next comparison word; `any` if there is none.
 POLICYMAPTESTKIT_API Acl::MatchOp acceptComparison(Lexer& lexer) noexcept;
 
-// Reads the operands of a comparison. A comparison that no number can meet is refused by the
-// bounds of its operand. `takeOperand(low, high)` reads one of them.
+// Reads the operands of a comparison. The bounds reject a comparison that no number matches, e.g.
+// `lt 0`. `takeOperand(low, high)` reads one number from low to high.
 template <class Match, class TakeOperand>
 Match takeOperands(Acl::MatchOp comparison, TakeOperand takeOperand) {
   constexpr std::uint64_t highest = Match::highest;

@@ -86,6 +86,7 @@ class Parser {
     std::string_view expected;
   };
 
+  static ModeCommands topCommands();
   static ModeCommands commandsOf(Mode mode);
 
   void parseLine();
@@ -182,7 +183,7 @@ class Parser {
   SourcePosition bannerPosition_;
 };
 
-Parser::ModeCommands Parser::commandsOf(Mode mode) {
+Parser::ModeCommands Parser::topCommands() {
   static constexpr Command top[] = {
       {"ip", "access-list", &Parser::ipAccessList},
       {"ip", "routing", &Parser::ipRouting},
@@ -197,6 +198,11 @@ Parser::ModeCommands Parser::commandsOf(Mode mode) {
       {"exit", "", &Parser::exit, false},
       {"end", "", &Parser::end, false},
   };
+  return {std::begin(top), std::end(top),
+          "a command (access-list, class-map, policy-map, interface, ...)"};
+}
+
+Parser::ModeCommands Parser::commandsOf(Mode mode) {
   static constexpr Command classMap[] = {
       {"match", "", &Parser::match},
       {"description", "", &Parser::ignored},
@@ -231,8 +237,7 @@ Parser::ModeCommands Parser::commandsOf(Mode mode) {
         "command"};
   case Mode::top: break;
   }
-  return {std::begin(top), std::end(top),
-          "a command (access-list, class-map, policy-map, interface, ...)"};
+  return topCommands();
 }
 
 PolicyText Parser::parse() {

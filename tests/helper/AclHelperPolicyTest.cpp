@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -330,6 +331,56 @@ TEST_F(AclHelperPolicy, ReCreatingGoesThroughTheOverridesOfADerivedHelper) {
   derived->createPolicy(policy, Option::ipv4);
   EXPECT_EQ(derived->recreatePolicy(policy, Option::ipv4), "derived create");
   EXPECT_THAT(derived->calls, ElementsAre("create", "delete", "create"));
+}
+
+// Throws inside one of the operations of a re-creation: after the deletion, or before the creation.
+class ThrowingHelper : public AclHelper {
+ public:
+  using AclHelper::AclHelper;
+  bool throwsInDeletion = false;
+  bool throwsInCreation = false;
+
+  Kor::String createPolicy(PolicyMapSmCommonData::PtrConst const& policyData,
+                           PolicyMap::ClassMapMatchOption matchOption) override {
+    if (throwsInCreation) {
+      throw std::runtime_error("lost the card");
+    }
+    return AclHelper::createPolicy(policyData, matchOption);
+  }
+  Kor::String deletePolicy(PolicyMapSmCommonData::PtrConst const& policyData,
+                           PolicyMap::ClassMapMatchOption matchOption) override {
+    Kor::String const error = AclHelper::deletePolicy(policyData, matchOption);
+    if (throwsInDeletion) {
+      throw std::runtime_error("lost the card");
+    }
+    return error;
+  }
+};
+
+TEST_F(AclHelperPolicy, ReCreatingLeavesThePolicyCreatedIfTheDeletionInsideThrows) {
+  auto const throwing = Kor::make<ThrowingHelper>(false, false);
+  throwing->createPolicy(policy, Option::ipv4);
+  throwing->throwsInDeletion = true;
+  EXPECT_THROW(throwing->recreatePolicy(policy, Option::ipv4), std::runtime_error);
+  auto const data = throwing->testData(type(Option::ipv4));
+  ASSERT_TRUE(data->created());
+  EXPECT_EQ(data->createCount(), 1U);
+  throwing->throwsInDeletion = false;
+  EXPECT_EQ(throwing->recreatePolicy(policy, Option::ipv4), "");
+  EXPECT_EQ(data->createCount(), 2U);
+}
+
+TEST_F(AclHelperPolicy, ReCreatingLeavesThePolicyCreatedIfTheCreationInsideThrows) {
+  auto const throwing = Kor::make<ThrowingHelper>(false, false);
+  throwing->createPolicy(policy, Option::ipv4);
+  throwing->throwsInCreation = true;
+  EXPECT_THROW(throwing->recreatePolicy(policy, Option::ipv4), std::runtime_error);
+  auto const data = throwing->testData(type(Option::ipv4));
+  ASSERT_TRUE(data->created());
+  EXPECT_EQ(data->createCount(), 1U);
+  throwing->throwsInCreation = false;
+  EXPECT_EQ(throwing->recreatePolicy(policy, Option::ipv4), "");
+  EXPECT_EQ(data->createCount(), 2U);
 }
 
 TEST_F(AclHelperPolicyDeathTest, ReCreatingNeedsACreatedPolicy) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Report.h"
 
-#include "lab/Changes.h"
 #include "lab/Labs.h"
 
 #include <gmock/gmock.h>
@@ -30,12 +29,6 @@ nlohmann::ordered_json jsonOf(Lab const& lab, WithRules withRules = WithRules::y
   return nlohmann::ordered_json::parse(out.str());
 }
 
-std::string changesOf(Snapshot const& before, Lab const& lab) {
-  std::ostringstream out;
-  printChanges(out, {}, before, lab.snapshot());
-  return out.str();
-}
-
 std::vector<std::string> keysOf(nlohmann::ordered_json const& object) {
   std::vector<std::string> keys;
   for (auto const& [key, value] : object.items()) {
@@ -43,9 +36,6 @@ std::vector<std::string> keysOf(nlohmann::ordered_json const& object) {
   }
   return keys;
 }
-
-std::string const portRange = simplePolicy + "ip access-list P\n"
-                                             " permit udp any any range 5004 5008\n";
 
 TEST(Report, TableShowsOnePolicyWithItsRulesAndTheirSubRules) {
   Lab lab({.subRulesForPorts = true});
@@ -92,13 +82,13 @@ TEST(Report, ProblemsAndSkippedLinesStandAtTheEnd) {
   Lab lab;
   load(lab, "frobnicate now\ninterface Ethernet1\n service-policy input P\n", Reading::lenient);
   EXPECT_EQ(reportOf(lab), "total 0 policies, 0 rules, 0 sub-rules\n"
-                               "\n"
-                               "problems\n"
-                               "  policy-map P (input): not defined, but attached to Ethernet1\n"
-                               "\n"
-                               "skipped 1 line\n"
-                               "  lines  kind\n"
-                               "      1  frobnicate\n");
+                           "\n"
+                           "problems\n"
+                           "  policy-map P (input): not defined, but attached to Ethernet1\n"
+                           "\n"
+                           "skipped 1 line\n"
+                           "  lines  kind\n"
+                           "      1  frobnicate\n");
 }
 
 TEST(Report, LinesFitTheWidthWhereBlanksAllowIt) {
@@ -108,7 +98,7 @@ TEST(Report, LinesFitTheWidthWhereBlanksAllowIt) {
     text += "interface Ethernet" + std::to_string(i) + "\n service-policy input P\n";
   }
   load(lab, text + "ip access-list P\n permit tcp 10.100.100.0/24 range 10000 20000 "
-                       "10.200.200.0/24 range 30000 40000 dscp ef\n");
+                   "10.200.200.0/24 range 30000 40000 dscp ef\n");
   std::istringstream lines(reportOf(lab));
   for (std::string line; std::getline(lines, line);) {
     EXPECT_LE(line.size(), 100U) << line;
@@ -183,7 +173,7 @@ TEST(Report, PoliciesAreOrderedByNameDirectionAndOption) {
     text += "policy-map " + name + "\n class C\n";
   }
   load(lab, text + "interface Ethernet1\n service-policy output b\n service-policy input C\n"
-                       "interface Ethernet2\n service-policy input b\n service-policy output a\n");
+                   "interface Ethernet2\n service-policy input b\n service-policy output a\n");
   std::string order;
   auto const json = jsonOf(lab);
   for (auto const& policy : json["policies"]) {
@@ -192,89 +182,6 @@ TEST(Report, PoliciesAreOrderedByNameDirectionAndOption) {
   }
   EXPECT_EQ(order, "Ciipv4 Ciipv6 Cimac aoipv4 aoipv6 aomac biipv4 biipv6 bimac boipv4 boipv6 "
                    "bomac ");
-}
-
-// Changes
-
-TEST(Changes, NothingChangedIsSaid) {
-  Lab lab;
-  load(lab, simplePolicy);
-  EXPECT_EQ(changesOf(lab.snapshot(), lab), "nothing changed in the records\n\n");
-}
-
-TEST(Changes, NewPolicyShowsAllThatCame) {
-  Lab lab;
-  load(lab, simplePolicy);
-  EXPECT_EQ(changesOf({}, lab), "policy-map P, input, ipv4\n"
-                                    "  state       created\n"
-                                    "  counts      created 0 -> 1, committed 0 -> 1\n"
-                                    "  interfaces  + Ethernet1\n"
-                                    "  rules       + P P 10: permit tcp any any eq 80\n"
-                                    "\n");
-}
-
-TEST(Changes, ActionsAreToldByClassAndValue) {
-  Lab lab({.updateAction = true});
-  load(lab, portRange);
-  auto const before = lab.snapshot();
-  load(lab, "policy-map P\n class P\n  set action1 7\n  set action2 2\n");
-  EXPECT_EQ(changesOf(before, lab),
-            "policy-map P, input, ipv4\n"
-            "  counts      committed 1 -> 2, action updates begun 0 -> 1, ended 0 -> 1\n"
-            "  actions     class P: action1 1 -> 7 (2 rules)\n"
-            "              class P: action2 0 -> 2 (2 rules)\n"
-            "\n");
-}
-
-TEST(Changes, RulesComeGoAndChange) {
-  Lab lab({.subRulesForPorts = true});
-  load(lab, portRange);
-  auto const before = lab.snapshot();
-  load(lab, "ip access-list P\n no 10\n 20 permit udp any any range 5004 5007\n"
-                " permit ip any any\n");
-  EXPECT_EQ(changesOf(before, lab),
-            "policy-map P, input, ipv4\n"
-            "  counts      created 1 -> 2, committed 1 -> 2\n"
-            "  rules       - P P 10: permit tcp any any eq 80\n"
-            "              - P P 20: permit udp any any range 5004 5008\n"
-            "              + P P 20: permit udp any any range 5004 5007\n"
-            "              P P 20: sub-rules 2 -> 1\n"
-            "              + P P 30: permit ip any any\n"
-            "\n");
-}
-
-TEST(Changes, InterfacesComeAndGo) {
-  Lab lab;
-  load(lab, simplePolicy);
-  auto const before = lab.snapshot();
-  load(lab, "no interface Ethernet1\ninterface Ethernet2\n service-policy input P\n");
-  EXPECT_EQ(changesOf(before, lab), "policy-map P, input, ipv4\n"
-                                        "  counts      committed 1 -> 2\n"
-                                        "  interfaces  + Ethernet2\n"
-                                        "              - Ethernet1\n"
-                                        "\n");
-}
-
-TEST(Changes, AnotherOrderOfClassesIsTold) {
-  Lab lab;
-  load(lab, "class-map A\n match ip tcp any any\nclass-map B\n match ip udp any any\n"
-                "policy-map P\n class A\n class B\ninterface Ethernet1\n service-policy input P\n");
-  auto const before = lab.snapshot();
-  load(lab, "policy-map P\n class B insert-before A\n");
-  EXPECT_THAT(changesOf(before, lab),
-              HasSubstr("  rules       in another order, by class: B, A\n"));
-}
-
-TEST(Changes, DeletedPolicyLosesEverything) {
-  Lab lab;
-  load(lab, simplePolicy);
-  auto const before = lab.snapshot();
-  load(lab, "no policy-map P\n");
-  EXPECT_EQ(changesOf(before, lab), "policy-map P, input, ipv4\n"
-                                        "  state       no longer created\n"
-                                        "  interfaces  - Ethernet1\n"
-                                        "  rules       - P P 10: permit tcp any any eq 80\n"
-                                        "\n");
 }
 
 }  // namespace

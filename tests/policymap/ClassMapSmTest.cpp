@@ -18,9 +18,24 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
+// Records the reports of a class machine.
+class RecordingOwner final : public PolicyMap::ClassMapSm::Owner {
+ public:
+  std::vector<std::string> reports;
+
+  void classRulesChanged(ClassMapMatchOption option) override {
+    reports.push_back("rules " + text(option));
+  }
+  void classActionsChanged(Kor::Name const& className) override {
+    reports.push_back("actions " + text(className));
+  }
+  std::vector<std::string> taken() { return std::exchange(reports, {}); }
+};
+
 class ClassMachine : public testing::Test {
  protected:
   Hooks hooks;
+  RecordingOwner owner;
   Kor::Ptr<Acl::Config> acls = Kor::make<Acl::Config>();
   Kor::Ptr<PolicyMap::ClassMapTypeConfig> classMaps = Kor::make<PolicyMap::ClassMapTypeConfig>();
   Kor::Ptr<PolicyMapGlobalData> global =
@@ -407,13 +422,55 @@ TEST_F(ClassMachine, TakesUpWhatItMissedWhenItIsActivatedAgain) {
   EXPECT_TRUE(machine->actionSm(ActionType{2}));
 }
 
-TEST_F(ClassMachine, AZombieIsQuietAndKeepsItsPointers) {
+TEST_F(ClassMachine, IsInitializedByItsFirstActivationOnly) {
   activate();
+  EXPECT_THAT(hooks.taken(), Contains("c: initialized").Times(1));
+  machine->hasNotificationActiveIs(false);
+  machine->hasNotificationActiveIs(true);
+  EXPECT_THAT(hooks.taken(), Not(Contains("c: initialized")));
+}
+
+TEST_F(ClassMachine, AZombieReportsNothingToItsOwner) {
+  activate();
+  machine->classNameIs("c");
+  machine->ownerIs(&owner);
+  machine->classCommonData()->updateAclActionsInc(1);
+  EXPECT_THAT(owner.taken(), ElementsAre("actions c"));
+  machine->korDoZombieReactors(true);
+  machine->classCommonData()->updateAclActionsInc(1);
+  matches(1, "a");
+  EXPECT_THAT(owner.reports, IsEmpty());
+}
+
+TEST_F(ClassMachine, AListConcernsOnlyTheOptionsOfItsKind) {
+  using PolicyMap::DependencyKind;
+  activate();
+  matches(1, "a");
+  config->currentSubConfig()->matchIs(2, ClassMapMatch::acl(ClassMapMatchOption::ipv6, "a"));
+  config->currentSubConfig()->matchIs(3, ClassMapMatch::acl(ClassMapMatchOption::mac, "a"));
+  ASSERT_THAT(rules(), IsEmpty());
+  machine->ownerIs(&owner);
+  global->dependencies().changed(DependencyKind::ipAcl, "a");
+  EXPECT_THAT(owner.taken(), ElementsAre("rules ipv4"));
+  global->dependencies().changed(DependencyKind::ip6Acl, "a");
+  EXPECT_THAT(owner.taken(), ElementsAre("rules ipv6"));
+  global->dependencies().changed(DependencyKind::macAcl, "a");
+  EXPECT_THAT(owner.taken(), ElementsAre("rules mac", "rules mpls"));
+}
+
+TEST_F(ClassMachine, AZombieIsQuietAndKeepsItsPointers) {
+  list("a", 10);
+  activate();
+  auto const rawMap = Kor::make<ClassMapSubConfig>("c");
+  machine->rawClassMapSubConfigIs(rawMap);
+  ASSERT_THAT(rules(), IsEmpty());
   machine->korDoZombieReactors(true);
   hooks.taken();
   action(1);
   matches(1, "a");
+  EXPECT_THAT(rules(), IsEmpty());
   config->currentSubConfigIs(nullptr);
+  rawMap->matchIs(1, ClassMapMatch::acl(ClassMapMatchOption::ipv4, "a"));
   EXPECT_THAT(hooks.taken(), IsEmpty());
   EXPECT_EQ(machine->classMapConfig(), config);
   EXPECT_EQ(machine->classAction(), actions);

@@ -71,6 +71,14 @@ TEST_F(ClassMapWatching, WithoutGlobalDataListenBelowAServiceMachineToo) {
   alone.unwatch("a");
 }
 
+TEST_F(ClassMapWatching, AreQuietUntilNotificationsAreOn) {
+  ClassMapWatches fresh{nullptr, [this](Kor::Name const& name) { told.push_back(text(name)); }};
+  watches.hasNotificationActiveIs(false);
+  fresh.classTypeConfigIs(classMaps);
+  classMaps->classMapConfigIs("a");
+  EXPECT_THAT(told, IsEmpty());
+}
+
 TEST_F(ClassMapWatching, ANameThatIsWatchedTwiceIsToldOnceAndForgottenAtOnce) {
   watches.watch("a");
   watches.watch("a");

@@ -86,9 +86,9 @@ class Due : public testing::Test {
     addClass("c");
   }
 
-  void addClass(char const* name) {
+  void addClass(char const* name, ClassMapMatchOption option = ipv4, char const* list = "acl") {
     auto const raw = Kor::make<PolicyMap::ClassMapSubConfig>(Kor::Name(name));
-    raw->matchIs(1, PolicyMap::ClassMapMatch::acl(ipv4, Kor::Name("acl")));
+    raw->matchIs(1, PolicyMap::ClassMapMatch::acl(option, Kor::Name(list)));
     auto const machine = Kor::make<ClassSm>(global, nullptr, nullptr, raw, nullptr);
     machine->hasNotificationActiveIs(true);
     machine->classNameIs(Kor::Name(name));
@@ -103,11 +103,11 @@ class Due : public testing::Test {
     }
     return pass ? steps : "nothing";
   }
-  // The state after the pass that programs ipv4.
-  void programmed() {
-    due.rulesDue(ipv4);
-    state[ipv4].classes = due.next(turn)->classes;
-    turn.owned = {ipv4};
+  // The state after the pass that programs the option.
+  void programmed(ClassMapMatchOption option = ipv4) {
+    due.rulesDue(option);
+    state[option].classes = due.next(turn)->classes;
+    turn.owned = {option};
     turn.told.clear();
     owner.asked = 0;
   }
@@ -188,6 +188,17 @@ TEST_F(Due, AnActionThatCannotBeUpdatedIsProgrammedAgain) {
   EXPECT_EQ(next(), "recreatePolicy addRule commitPolicy");
 }
 
+TEST_F(Due, AnActionThatCannotBeUpdatedConcernsOnlyTheOptionsOfItsClass) {
+  acls->ip6AclIs("six")->ruleIs(10, {});
+  owner.classes.clear();
+  addClass("c", ipv6, "six");
+  programmed(ipv6);
+  owner.classes[0]->classCommonData()->updateAclActionsInc(1);
+  due.actionsDue(Kor::Name("c"));
+  EXPECT_EQ(next(), "recreatePolicy addRule commitPolicy");
+  EXPECT_THAT(turn.told, IsEmpty());
+}
+
 TEST_F(Due, AnActionThatHasNotMovedNeedsNoPass) {
   programmed();
   due.actionsDue(Kor::Name("c"));
@@ -239,9 +250,11 @@ TEST_F(Due, AClassThatWasBuiltAgainIsRenewedAndItsActionsAreUpdated) {
 
 TEST_F(Due, ATurnThatIsOverPlansNothing) {
   due.rulesDue();
+  due.actionsDue(Kor::Name("c"));
   host.whenAsked = [this] { turn.ended = true; };
   EXPECT_EQ(next(), "nothing");
   EXPECT_EQ(owner.asked, 0U);
+  EXPECT_THAT(owner.askedNames, IsEmpty());
   EXPECT_THAT(turn.told, IsEmpty());
   EXPECT_TRUE(state[ipv6].due());
 }

@@ -229,10 +229,13 @@ class AsyncArbiter : public Arbiter {
 };
 
 TEST_F(AsyncArbiter, AResultThatComesLaterReachesTheHolder) {
+  TestSupport::TraceRecorder const trace("PolicyMap", 1);
   arbiter.request(a);
   EXPECT_EQ(start(accept), std::nullopt);
   arbiter.resultIs({"bad", 0});
+  EXPECT_THAT(trace.lines(), IsEmpty());
   arbiter.resultIs({"nobody waits", 0});
+  EXPECT_EQ(trace.lines().size(), 1U);
   EXPECT_THAT(journal, ElementsAre("a granted", "a result bad"));
 }
 

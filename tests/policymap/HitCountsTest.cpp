@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "policymap/PolicyBench.h"
+#include "support/Watcher.h"
 
 #include <PolicyMap/HitCounts.h>
 
@@ -62,6 +63,27 @@ TEST_F(HitCount, OfARemovedRuleGoesWithTheNextRequest) {
   request(2);
   bench.settle();
   EXPECT_EQ(status()->hitCounts(), 1U);
+}
+
+// Records the rules whose count is reported.
+class CountWatcher final : public TestSupport::Watcher<PolicyMap::ClassMapStatus::NotifieeConst> {
+ public:
+  using Watcher::Watcher;
+  void onHitCount(PolicyMap::AclRuleKey const& rule) override {
+    heard(std::to_string(rule.seqno()));
+  }
+};
+
+TEST_F(HitCount, IsReportedOnlyIfItHasChanged) {
+  bench.helper->counts = {{key(10), 5}, {key(20), 7}};
+  request(1);
+  bench.settle();
+  TestSupport::Journal journal;
+  auto const watcher = Kor::make<CountWatcher>(journal, "count", status().get());
+  bench.helper->counts[key(20)] = 8;
+  request(2);
+  bench.settle();
+  EXPECT_THAT(journal, testing::ElementsAre("count: 20"));
 }
 
 TEST_F(HitCount, OfAPolicyThatDoesNotStandIsNotAskedFor) {

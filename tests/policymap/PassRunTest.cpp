@@ -296,6 +296,7 @@ TEST_F(Run, WhenItIsAbandonedAtTheEndOfABracketItTellsNothing) {
   helper->word = "end";
   helper->deed = [this] { run->abandon(); };
   EXPECT_EQ(start(update({ipv4})).run(), Outcome::abandoned);
+  EXPECT_THAT(helper->taken(), Not(Contains("commit pm/input/ipv4")));
   EXPECT_THAT(holder.told, IsEmpty());
   EXPECT_FALSE(!!state[ipv4].failure);
 }

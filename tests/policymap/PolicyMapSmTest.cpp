@@ -95,6 +95,44 @@ TEST_F(PolicyMachine, AsAZombieItIsQuietAboutClassMaps) {
   EXPECT_EQ(machine->classTypeConfig(), classMaps);
 }
 
+// A machine that is not marked for deletion when its reactors stop. It counts the requests for
+// class machines and creates none.
+class UnmarkedPolicySm final : public PolicyMap::PolicyMapSm {
+ public:
+  template <class... Args>
+  explicit UnmarkedPolicySm(Args const&... args) : PolicyMapSm(args...) {}
+  unsigned asked = 0;
+
+  Kor::Ptr<PolicyMap::ClassMapSm> createClassMapSm(
+      Kor::Ptr<PolicyMap::ClassMapConfig const> const& /*map*/,
+      Kor::Ptr<PolicyMap::ClassMapSubConfig const> const& /*rawMap*/,
+      Kor::Ptr<PolicyMap::ClassAction const> const& /*action*/) override {
+    ++asked;
+    return nullptr;
+  }
+};
+
+TEST_F(PolicyMachine, WithoutReactorsItSeesNoClassMapThoughItIsNotMarked) {
+  classes->classPrioIs("c", 10);
+  auto const unmarked =
+      Kor::make<UnmarkedPolicySm>(global, PolicyMapSmKey("pm", "input"), config, classMaps, status);
+  unmarked->hasNotificationActiveIs(true);
+  classMaps->classMapConfigIs("c");
+  EXPECT_EQ(unmarked->asked, 1U);
+  unmarked->korDoZombieReactors(true);
+  classMaps->classMapConfigDel("c");
+  classMaps->classMapConfigIs("c");
+  EXPECT_EQ(unmarked->asked, 1U);
+}
+
+TEST_F(PolicyMachine, IsInitializedByItsFirstActivationOnly) {
+  activate();
+  EXPECT_THAT(hooks.taken(), Contains("pm/input: initialized").Times(1));
+  machine->hasNotificationActiveIs(false);
+  machine->hasNotificationActiveIs(true);
+  EXPECT_THAT(hooks.taken(), Not(Contains("pm/input: initialized")));
+}
+
 TEST_F(PolicyMachine, CallsNoHookWhileItIsBuiltOrEnds) {
   classMap("c");
   classes->classPrioIs("c", 10);
@@ -267,6 +305,8 @@ TEST_F(PolicyMachine, AsksOnceForAClassMachineThatItIsRefused) {
   EXPECT_EQ(
       std::count(calls.begin(), calls.end(), "pm/input: createClassMapSm c - no-action policyData"),
       1);
+  machine->classTypeConfigIs(classMaps);
+  EXPECT_THAT(hooks.taken(), IsEmpty()) << "nothing has changed";
 }
 
 TEST_F(PolicyMachine, ClassesMayExchangeTheirPriorities) {

@@ -43,16 +43,21 @@ class FaultyLog final : public CallLog {
   }
 };
 
-// Records for which options and interfaces eligibility is requested.
+// Records for which options and interfaces eligibility is requested. Runs a function once, at the
+// next request.
 class AskedServiceSm final : public ServiceSm {
  public:
   using ServiceSm::ServiceSm;
   std::vector<ClassMapMatchOption> asked;
   std::vector<Vorel::IntfId> askedIntfs;
+  std::function<void()> deed;
 
   bool allowedIntfForType(Vorel::IntfId which, ClassMapMatchOption option) override {
     asked.push_back(option);
     askedIntfs.push_back(which);
+    if (auto const once = std::exchange(deed, nullptr)) {
+      once();
+    }
     return ServiceSm::allowedIntfForType(which, option);
   }
 };
@@ -96,6 +101,24 @@ TEST_F(Reconciling, OptionsThatFailTogetherAreTriedAgainAfterOneWait) {
   auto const calls = advance(1);
   EXPECT_THAT(calls, Contains("commit pm/input/ipv4"));
   EXPECT_THAT(calls, Contains("commit pm/input/ipv6"));
+}
+
+// At 0 s ipv4 is deleted, which succeeds. At 0.5 s the result of ipv6 fails.
+TEST_F(Reconciling, TheWaitBeginsWithTheFailureNotWithADeletionThatSucceeds) {
+  ipv6Too();
+  bench.start();
+  bench.settle();
+  bench.helper->asyncOperationsIs(true);
+  bench.classMap("c")->matchDel(1);
+  bench.acls->ip6AclIs("acl")->ruleIs(20, {});
+  bench.settle();
+  bench.helper->asyncOperationResultIs({"", 1});
+  ASSERT_THAT(bench.settle(), Contains("commit pm/input/ipv6"));
+  advance(0.5);
+  bench.helper->asyncOperationResultIs({"full", 2});
+  bench.settle();
+  EXPECT_THAT(advance(0.75), IsEmpty());
+  EXPECT_THAT(advance(0.25), Contains("create pm/input/ipv6"));
 }
 
 TEST_F(Reconciling, AnInterfaceIsNoMatterOfOptionsWithoutRules) {
@@ -387,6 +410,19 @@ TEST_F(Reconciling, ATurnThatComesWhileTheMachineIsOffProgramsNothing) {
   EXPECT_THAT(bench.settle(), Each(Not(StartsWith("create zz"))));
   bench.machine->hasNotificationActiveIs(true);
   EXPECT_THAT(bench.settle(), Contains("create zz/input/ipv4"));
+}
+
+// The helper is replaced while the pass is planned.
+TEST_F(Reconciling, CountsRequestedInATurnThatEndsEarlyAreReadInTheNext) {
+  auto const machine = startAsked();
+  bench.settle();
+  auto const next = Kor::make<CallLog>();
+  machine->deed = [&] { machine->aclHelperIs(next); };
+  bench.rule("acl", 20);
+  bench.requests->countRequestIs(input, 1);
+  bench.settle();
+  EXPECT_EQ(bench.helper->countCalls, 0U);
+  EXPECT_EQ(next->countCalls, 2U);
 }
 
 // Runs a function once, after an option has failed.

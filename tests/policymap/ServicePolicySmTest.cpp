@@ -110,6 +110,8 @@ TEST_F(ServiceMachine, TellsOfPolicyMapsThatComeAndGo) {
   EXPECT_THAT(bench.hooks.taken(), ElementsAre("handlePolicyMapConfig pm", "handlePolicyMap pm"));
   bench.attach("pm", "Ethernet1");
   EXPECT_THAT(bench.hooks.taken(), ElementsAre("handlePolicyMap pm"));
+  bench.detach("Ethernet1");
+  EXPECT_THAT(bench.hooks.taken(), ElementsAre("handlePolicyMap pm"));
 }
 
 TEST_F(ServiceMachine, APolicyMachineIsCleanedUpThenAZombieThenReleased) {
@@ -448,6 +450,14 @@ TEST_F(ServiceMachine, TakesUpWhatItMissedWhenItIsActivatedAgain) {
                           "addIntf pm/input/ipv4 Ethernet2", "commit pm/input/ipv4"));
 }
 
+TEST_F(ServiceMachine, IsInitializedByItsFirstActivationOnly) {
+  bench.activate();
+  EXPECT_THAT(bench.hooks.taken(), Contains("initialized").Times(1));
+  bench.service->hasNotificationActiveIs(false);
+  bench.service->hasNotificationActiveIs(true);
+  EXPECT_THAT(bench.hooks.taken(), Not(Contains("initialized")));
+}
+
 TEST_F(ServiceMachine, AccessListsGivenWhileItIsInactiveAreUsedAfterwards) {
   bench.simplePolicy();
   bench.activate();
@@ -575,6 +585,17 @@ TEST_F(ServiceMachine, PolicyMachinesMayOutliveIt) {
   kept->handleActiveIntf(intf("Ethernet1"));
   kept->cleanup();
   EXPECT_THAT(bench.settle(), IsEmpty());
+}
+
+TEST_F(ServiceMachine, APolicyMachineTakenFromTheCollectionCanStillDeleteItsPolicy) {
+  bench.simplePolicy();
+  bench.activate();
+  bench.settle();
+  auto const kept = bench.service->policyMapSm(input);
+  bench.service->policyMapSmDel(input);
+  kept->reconciler().wantedIs(false);
+  EXPECT_THAT(bench.settle(), Contains("delete pm/input/ipv4"));
+  kept->serviceIs(nullptr);
 }
 
 TEST_F(ServiceMachine, NewAccessListsMeanNewGlobalDataAndANewTree) {

@@ -38,11 +38,13 @@ inline std::string const simplePolicy = "ip access-list P\n"
                                         "  set action1 1\n"
                                         "interface Ethernet1\n"
                                         " service-policy input P\n";
+// The same with a second rule, whose range of ports is two sub-rules.
+inline std::string const portRange = simplePolicy + "ip access-list P\n"
+                                                    " permit udp any any range 5004 5008\n";
 
-inline Record recordOf(
-    Lab const& lab, std::string const& policy,
-    PolicyMap::ClassMapMatchOption option = PolicyMap::ClassMapMatchOption::ipv4,
-    std::string const& direction = "input") {
+inline Record recordOf(Lab const& lab, std::string const& policy,
+                       PolicyMap::ClassMapMatchOption option = PolicyMap::ClassMapMatchOption::ipv4,
+                       std::string const& direction = "input") {
   return lab.record(policy, direction, option);
 }
 

@@ -46,7 +46,7 @@ std::string typeName(KorType const* type) {
   return type == nullptr ? "-" : std::string(type->name());
 }
 
-TEST(Model, NumbersOwnAttributesFrom2Behind128TimesTheLevel) {
+TEST(Registration, NumbersOwnAttributesFrom2Behind128TimesTheLevel) {
   EXPECT_THAT(table(Isbn::_fwkType()), ElementsAre(Pair("group", 2), Pair("title", 3)));
   EXPECT_THAT(table(Drawer::_fwkType()),
               ElementsAre(Pair("key", 130), Pair("depth", 131), Pair("fwkKey", 0)));
@@ -60,7 +60,7 @@ TEST(Model, NumbersOwnAttributesFrom2Behind128TimesTheLevel) {
                           Pair("titles", 275), Pair("createDrawer", 276), Pair("rustle", 0)));
 }
 
-TEST(Model, GivesAnOverrideTheNumberOfTheBaseAndOfOwnOnesCountsTheOthersAlone) {
+TEST(Registration, GivesAnOverrideTheNumberOfTheBaseAndOfOwnOnesCountsTheOthersAlone) {
   auto const tall = table(TallShelf::_fwkType());
   ASSERT_EQ(tall.size(), 22U);
   EXPECT_EQ(tall[20], std::pair(std::string("weigh"), Kor::AttributeId{272}))
@@ -71,7 +71,7 @@ TEST(Model, GivesAnOverrideTheNumberOfTheBaseAndOfOwnOnesCountsTheOthersAlone) {
   EXPECT_EQ(TallShelf::_fwkType()->attr("width"), Shelf::_fwkType()->attr("width"));
 }
 
-TEST(Model, TellsKindSizeAndConstructorOfTheType) {
+TEST(Registration, TellsKindSizeAndConstructorOfTheType) {
   KorType const* const shelf = TallShelf::_fwkType();
   EXPECT_EQ(KorType::named("Library::TallShelf"), shelf);
   EXPECT_EQ(shelf->size(), sizeof(TallShelf));
@@ -90,7 +90,7 @@ TEST(Model, TellsKindSizeAndConstructorOfTheType) {
   EXPECT_EQ(KorType::named("Library::Size")->size(), 1U);
 }
 
-TEST(Model, NamesTheTypesOfDataCollectionsAndFunctions) {
+TEST(Registration, NamesTheTypesOfDataCollectionsAndFunctions) {
   auto const types = [](char const* name) {
     KorAttr const* const attr = Shelf::_fwkType()->attr(name);
     return typeName(attr->keyType()) + " > " + typeName(attr->valueType());
@@ -111,7 +111,7 @@ TEST(Model, NamesTheTypesOfDataCollectionsAndFunctions) {
   EXPECT_EQ(types("titles"), "- > Kor::GenericIf::List_");
 }
 
-TEST(Model, ListsTheArgumentsOfFunctions) {
+TEST(Registration, ListsTheArgumentsOfFunctions) {
   auto const of = [](char const* name) { return args(Shelf::_fwkType()->attr(name)->args()); };
   EXPECT_THAT(of("weigh"), ElementsAre("scale: double", "unit: Kor::String"));
   EXPECT_THAT(of("clear"), IsEmpty());
@@ -120,7 +120,7 @@ TEST(Model, ListsTheArgumentsOfFunctions) {
   EXPECT_THAT(of("rustle"), ElementsAre("on: bool"));
 }
 
-TEST(Model, FlagsAttributesByWhatTheyAre) {
+TEST(Registration, FlagsAttributesByWhatTheyAre) {
   struct Line {
     KorType const* type;
     char const* name;
@@ -150,7 +150,7 @@ TEST(Model, FlagsAttributesByWhatTheyAre) {
   }
 }
 
-TEST(Model, TakesForTheKeyOfOwnedMembersTheirKeyOrWhatTheyAreBuiltFrom) {
+TEST(Registration, TakesForTheKeyOfOwnedMembersTheirKeyOrWhatTheyAreBuiltFrom) {
   KorAttr const* const drawers = Shelf::_fwkType()->attr("drawer");
   EXPECT_TRUE(drawers->isOwnedCollection());
   EXPECT_EQ(drawers->keyAttr().get(), Drawer::_fwkType()->attr("key"));

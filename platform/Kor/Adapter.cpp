@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Kor/Model.h"
+#include "Kor/Adapter.h"
 
 namespace Kor::Adapter {
 
