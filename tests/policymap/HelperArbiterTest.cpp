@@ -239,6 +239,12 @@ TEST_F(AsyncArbiter, AResultThatComesLaterReachesTheHolder) {
   EXPECT_THAT(journal, ElementsAre("a granted", "a result bad"));
 }
 
+TEST_F(AsyncArbiter, AResultBeforeTheFirstCallIsOnlyTraced) {
+  TestSupport::TraceRecorder const trace("PolicyMap", 1);
+  arbiter.resultIs({"early", 0});
+  EXPECT_EQ(trace.lines().size(), 1U);
+}
+
 TEST_F(AsyncArbiter, TheFirstResultInsideTheCallDecides) {
   TestSupport::TraceRecorder const trace("PolicyMap", 1);
   arbiter.request(a);
