@@ -14,7 +14,6 @@ namespace {
 
 using Kor::GenericIf;
 using Kor::GenericList;
-using Kor::GenericValue;
 using Kor::KorType;
 using PolicyMap::ClassMapMatch;
 using TestSupport::expectTextForm;
