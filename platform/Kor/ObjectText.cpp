@@ -30,7 +30,7 @@ std::uint64_t numberOf(PtrInterface const* object) {
   return at->second;
 }
 
-Name nameOf(PtrInterface const* object) {
+Name entityNameOf(PtrInterface const* object) {
   return object->fwkType()->isA(Entity::_fwkType()) ? static_cast<Entity const*>(object)->name()
                                                     : Name();
 }
@@ -58,7 +58,7 @@ String valueToStrep(PtrInterface const* object) {
   }
   std::uint64_t const number = numberOf(object);
   object->hasText_ = true;
-  return textOf(object->fwkType()->name(), number, nameOf(object));
+  return textOf(object->fwkType()->name(), number, entityNameOf(object));
 }
 
 Ptr<PtrInterface> sequenceToObject(TextIterator& it, TextIterator const& end) {
@@ -79,7 +79,7 @@ Ptr<PtrInterface> sequenceToObject(TextIterator& it, TextIterator const& end) {
   needString(it, end, " )");
   auto const at = printed().byNumber.find(number);
   if (at == printed().byNumber.end() || at->second->fwkType()->name() != typeName.view() ||
-      nameOf(at->second) != name) {
+      entityNameOf(at->second) != name) {
     throw RangeException("no such object: " + textOf(typeName, number, name));
   }
   // A caller that can print an object through a const pointer may parse it back as non-const.
