@@ -18,7 +18,7 @@ using PolicyMap::ClassMapMatchOption;
 using PolicyMap::SubRuleData;
 using PolicyMapTest::AclPolicyData;
 
-struct KeyHash {
+struct RuleKeyHash {
   std::size_t operator()(AclRuleKey const& key) const { return key.hash(); }
 };
 
@@ -61,7 +61,7 @@ std::vector<AclRuleKey> keysOf(AclPolicyData const& data) {
 // The keys in the order of the machines' rules. Unknown keys come last, in key order.
 std::vector<AclRuleKey> keysInOrder(Session const& session, AclPolicyData const& data) {
   std::vector<AclRuleKey> all = keysOf(data);
-  std::unordered_set<AclRuleKey, KeyHash> left(all.begin(), all.end());
+  std::unordered_set<AclRuleKey, RuleKeyHash> left(all.begin(), all.end());
   std::vector<AclRuleKey> ordered;
   ordered.reserve(all.size());
   ClassMapMatchOption const option = data.key().option();
