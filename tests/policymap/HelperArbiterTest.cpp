@@ -22,7 +22,7 @@ using testing::IsEmpty;
 
 using Journal = std::vector<std::string>;
 
-class Owner final : public Kor::PtrInterface {
+class ArbiterOwner final : public Kor::PtrInterface {
  public:
   HelperArbiter arbiter{*this};
   [[nodiscard]] Kor::KorType const* fwkType() const override { return PtrInterface::_fwkType(); }
@@ -71,7 +71,7 @@ class Arbiter : public testing::Test {
         .error;
   }
 
-  Kor::Ptr<Owner> owner = Kor::make<Owner>();
+  Kor::Ptr<ArbiterOwner> owner = Kor::make<ArbiterOwner>();
   HelperArbiter& arbiter = owner->arbiter;
   Journal journal;
   Client a{"a", journal};

@@ -18,8 +18,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
-constexpr auto ipv6 = ClassMapMatchOption::ipv6;
+using enum PolicyMap::ClassMapMatchOption;
 PolicyMapSmKey const input("pm", "input");
 
 // deletePolicy() throws while `thrown` is set. commitPolicy() runs a function once.
