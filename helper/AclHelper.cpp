@@ -326,5 +326,6 @@ void AclHelper::pseudoAsyncIs(bool pseudoAsync) {
     attributeIs(name##_, error, name##Id, &NotifieeConst::on##Name); \
   }
 POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
 
 }  // namespace PolicyMapTest

@@ -15,13 +15,14 @@ namespace {
 
 using PolicyMap::AclRuleKey;
 
-struct KeyHash {
+struct PointedKeyHash {
   std::size_t operator()(AclRuleKey const* key) const { return key->hash(); }
 };
-struct KeyEqual {
+struct PointedKeyEqual {
   bool operator()(AclRuleKey const* a, AclRuleKey const* b) const { return *a == *b; }
 };
-using RulesByKey = std::unordered_map<AclRuleKey const*, RuleRecord const*, KeyHash, KeyEqual>;
+using RulesByKey =
+    std::unordered_map<AclRuleKey const*, RuleRecord const*, PointedKeyHash, PointedKeyEqual>;
 
 RulesByKey byKey(Record const& record) {
   RulesByKey rules;

@@ -44,15 +44,15 @@ bool isNameStart(char c) {
 bool isNamePart(char c) {
   return isNameStart(c) || (c >= '0' && c <= '9');
 }
-bool isBlank(char c) {
+bool isSpace(char c) {
   return c == ' ' || c == '\t' || c == '\r';
 }
 
 std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && isBlank(text.front())) {
+  while (!text.empty() && isSpace(text.front())) {
     text.remove_prefix(1);
   }
-  while (!text.empty() && isBlank(text.back())) {
+  while (!text.empty() && isSpace(text.back())) {
     text.remove_suffix(1);
   }
   return text;
@@ -148,7 +148,7 @@ class Shell::Parser {
       ++at_;
     }
     std::string_view const word = line_.substr(start, at_ - start);
-    bool const separate = at_ == line_.size() || isBlank(line_[at_]) || line_[at_] == '#';
+    bool const separate = at_ == line_.size() || isSpace(line_[at_]) || line_[at_] == '#';
     // Before `=`, a command word is the name of an object.
     if (separate && !at('=') &&
         std::find(std::begin(commands), std::end(commands), word) != std::end(commands)) {
@@ -200,7 +200,7 @@ class Shell::Parser {
   }
 
   void skip() {
-    while (at_ < line_.size() && isBlank(line_[at_])) {
+    while (at_ < line_.size() && isSpace(line_[at_])) {
       ++at_;
     }
   }

@@ -21,7 +21,6 @@ namespace lab {
 namespace {
 
 constexpr std::size_t longestLine = std::size_t{1} << 20U;
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 // The message of an exception, safe for the terminal.
 std::string messageOf(std::exception const& error) {
@@ -48,8 +47,8 @@ class ScriptLines {
     }
     size -= script_.eof() ? 0 : 1;  // the line feed
     line_ = std::string_view(buffer_.data(), size);
-    if (number_ == 1 && line_.starts_with(byteOrderMark)) {
-      line_.remove_prefix(byteOrderMark.size());
+    if (number_ == 1) {
+      line_ = withoutByteOrderMark(line_);
     }
     return true;
   }

@@ -51,5 +51,6 @@ void TestActionOf<Self, kind>::valueIs(std::uint32_t value) {
   }
 
 POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
 
 }  // namespace PolicyMapTest

@@ -103,6 +103,7 @@ Kor::Ptr<Self> TestActionSmOf<Self, Action>::create(
   }
 
 POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
 // NOLINTEND(readability-identifier-naming)
 
 }  // namespace PolicyMapTest

@@ -38,5 +38,6 @@ void TestClassCommonData::valueIs(std::uint32_t& stored, std::uint32_t value, Ko
             &NotifieeConst::onAction##kind##Value);                      \
   }
 POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+#undef POLICYMAPTEST_ROW
 
 }  // namespace PolicyMapTest

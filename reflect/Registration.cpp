@@ -21,9 +21,16 @@ namespace {
 #define POLICYMAPTEST_MACHINE_MODEL(kind) &testActionSmModels[(kind)-1],
 #define POLICYMAPTEST_TYPES(kind) TestAction##kind, TestAction##kind##Sm,
 
+#if defined(__clang__)
+#define POLICYMAPTEST_UNPADDED [[clang::no_sanitize("address")]]
+#else
+#define POLICYMAPTEST_UNPADDED
+#endif
+
 // The names of the library's types, in order of registration. Tools read this section without
-// loading the library.
-[[gnu::section(".kor.type"), gnu::used, gnu::retain]] constexpr char typeNames[] =
+// loading the library, so no sanitizer may pad it.
+POLICYMAPTEST_UNPADDED [[gnu::section(".kor.type"), gnu::used,
+                         gnu::retain]] constexpr char typeNames[] =
     POLICYMAPTEST_ACTION_KINDS(
         POLICYMAPTEST_ACTION_NAME) "PolicyMapTest::AclPolicyType\0"
                                    "PolicyMapTest::SubRuleDataCollection\0"

@@ -17,7 +17,7 @@ using PolicyMap::AclRuleKey;
 using PolicyMapTest::AclPolicyData;
 using Text::ConfiguredRule;
 
-struct KeyHash {
+struct RuleKeyHash {
   std::size_t operator()(AclRuleKey const& key) const { return key.hash(); }
 };
 
@@ -62,7 +62,7 @@ std::vector<AclRuleKey> keysOf(AclPolicyData const& data) {
 std::vector<AclRuleKey> keysInOrder(AclPolicyData const& data,
                                     std::vector<AclRuleKey> const& added) {
   std::vector<AclRuleKey> const all = keysOf(data);
-  std::unordered_set<AclRuleKey, KeyHash> left(all.begin(), all.end());
+  std::unordered_set<AclRuleKey, RuleKeyHash> left(all.begin(), all.end());
   std::vector<AclRuleKey> ordered;
   ordered.reserve(all.size());
   for (AclRuleKey const& key : added) {

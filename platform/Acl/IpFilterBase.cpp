@@ -21,30 +21,24 @@ std::string protocolText(OptionalNumber protocol, std::string_view anyProtocol) 
   return std::to_string(*protocol);
 }
 
-// The fields that are said after the addresses, in the order of the line.
-using F = IpFilterBase;
-constexpr std::array options{
-    option<F, &F::icmpType>("icmpType", "icmp-type"),
-    option<F, &F::icmpCode>("icmpCode", "icmp-code"),
-    option<F, &F::tcpFlags>("tcpFlags", ""),
-    option<F, &F::established>("established", "established"),
-    option<F, &F::ackOrRst>("ackOrRst", "ack-or-rst"),
-    option<F, &F::fragments>("fragments", "fragments"),
-    option<F, &F::dscp>("dscp", "dscp"),
-    option<F, &F::ttl>("ttl", "ttl"),
-    option<F, &F::tni>("tni", "tni"),
-    option<F, &F::vni>("vni", "vni"),
+constexpr std::array ipOptions{
+    option<IpFilterBase, &IpFilterBase::icmpType>("icmpType", "icmp-type"),
+    option<IpFilterBase, &IpFilterBase::icmpCode>("icmpCode", "icmp-code"),
+    option<IpFilterBase, &IpFilterBase::tcpFlags>("tcpFlags", ""),
+    option<IpFilterBase, &IpFilterBase::established>("established", "established"),
+    option<IpFilterBase, &IpFilterBase::ackOrRst>("ackOrRst", "ack-or-rst"),
+    option<IpFilterBase, &IpFilterBase::fragments>("fragments", "fragments"),
+    option<IpFilterBase, &IpFilterBase::dscp>("dscp", "dscp"),
+    option<IpFilterBase, &IpFilterBase::ttl>("ttl", "ttl"),
+    option<IpFilterBase, &IpFilterBase::tni>("tni", "tni"),
+    option<IpFilterBase, &IpFilterBase::vni>("vni", "vni"),
 };
 
-constexpr bool describes(std::string_view field) {
-  for (auto const& known : options) {
-    if (known.field == field) {
-      return true;
-    }
-  }
-  return field == "permit" || field == "protocol" || field == "srcPort" || field == "dstPort";
-}
-static_assert(saysEachField<IpFilterBase>(describes), "describe() leaves out a field");
+static_assert(saysEachField<IpFilterBase>([](std::string_view field) {
+                return says(ipOptions, field) || field == "permit" || field == "protocol" ||
+                       field == "srcPort" || field == "dstPort";
+              }),
+              "describe() leaves out a field");
 
 }  // namespace
 
@@ -56,9 +50,7 @@ std::string IpFilterBase::describeFilter(std::string_view anyProtocol, std::stri
   words.add(srcPort().describe());
   words.add(destination);
   words.add(dstPort().describe());
-  for (auto const& said : options) {
-    said.add(words, said.label, *this);
-  }
+  say(words, ipOptions, *this);
   return words.text();
 }
 

@@ -9,24 +9,17 @@ namespace Acl {
 
 namespace {
 
-// The fields that are said after the addresses, in the order of the line.
-using F = MacFilter;
-constexpr std::array options{
-    option<F, &F::ethertype>("ethertype", "ethertype"),
-    option<F, &F::vlan>("vlan", "vlan"),
-    option<F, &F::mplsLabel>("mplsLabel", "mpls-label"),
-    option<F, &F::mplsInnerLabel>("mplsInnerLabel", "mpls-inner-label"),
+constexpr std::array macOptions{
+    option<MacFilter, &MacFilter::ethertype>("ethertype", "ethertype"),
+    option<MacFilter, &MacFilter::vlan>("vlan", "vlan"),
+    option<MacFilter, &MacFilter::mplsLabel>("mplsLabel", "mpls-label"),
+    option<MacFilter, &MacFilter::mplsInnerLabel>("mplsInnerLabel", "mpls-inner-label"),
 };
 
-constexpr bool describes(std::string_view field) {
-  for (auto const& known : options) {
-    if (known.field == field) {
-      return true;
-    }
-  }
-  return field == "permit";
-}
-static_assert(saysEachField<MacFilter>(describes), "describe() leaves out a field");
+static_assert(saysEachField<MacFilter>([](std::string_view field) {
+                return says(macOptions, field) || field == "permit";
+              }),
+              "describe() leaves out a field");
 
 }  // namespace
 
@@ -36,9 +29,7 @@ std::string MacFilter::describeFilter(std::string_view anyProtocol, std::string_
   words.add(anyProtocol);
   words.add(source);
   words.add(destination);
-  for (auto const& said : options) {
-    said.add(words, said.label, *this);
-  }
+  say(words, macOptions, *this);
   return words.text();
 }
 

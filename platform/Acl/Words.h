@@ -7,6 +7,8 @@
 #include "Acl/OptionalNumber.h"
 #include "Acl/TcpFlags.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -68,6 +70,26 @@ constexpr Option<Filter> option(std::string_view field, std::string_view label) 
   return {field, label, [](Words& words, std::string_view said, Filter const& filter) {
             say(words, said, (filter.*get)());
           }};
+}
+
+// The fields that are said after the addresses, in the order of the line.
+template <class Filter, std::size_t count>
+using Options = std::array<Option<Filter>, count>;
+
+template <class Filter, std::size_t count>
+constexpr bool says(Options<Filter, count> const& options, std::string_view field) {
+  for (auto const& known : options) {
+    if (known.field == field) {
+      return true;
+    }
+  }
+  return false;
+}
+template <class Filter, std::size_t count>
+void say(Words& words, Options<Filter, count> const& options, Filter const& filter) {
+  for (auto const& said : options) {
+    said.add(words, said.label, filter);
+  }
 }
 
 }  // namespace Acl

@@ -17,10 +17,6 @@ std::string typeError(String const& typeName, String const& name) {
          name.stdString();
 }
 
-char peek(TextIterator const& it, TextIterator const& end) {
-  return it == end ? '\0' : *it;
-}
-
 // The type named at the start of `Value('Ns::Type', …`.
 KorType const& valueTypeAt(TextIterator it, TextIterator const& end) {
   needString(it, end, "Value ( ");
@@ -61,7 +57,7 @@ GenericValue listAt(TextIterator& it, TextIterator const& end, unsigned depth) {
   needString(it, end, "[");
   auto list = GenericList::of();
   skipSpace(it, end);
-  while (peek(it, end) != ']') {
+  while (!takeString(it, end, "]")) {
     if (!list->empty()) {
       needString(it, end, " ,");
     }
@@ -70,14 +66,13 @@ GenericValue listAt(TextIterator& it, TextIterator const& end, unsigned depth) {
     list->append(std::move(element));
     skipSpace(it, end);
   }
-  needString(it, end, "]");
   return list;
 }
 
 void valueAt(TextIterator& it, TextIterator const& end, GenericValue& value, unsigned depth) {
   skipSpace(it, end);
   auto const column = it.position();
-  char const head = peek(it, end);
+  char const head = it == end ? '\0' : *it;
   std::string_view const ahead = it.text().view().substr(column);
   if (ahead.starts_with("Value")) {
     value = valueTypeAt(it, end).operations().parse(it, end);

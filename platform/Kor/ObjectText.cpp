@@ -9,7 +9,7 @@
 namespace Kor {
 namespace {
 
-Name nameOf(PtrInterface const* object) {
+Name entityNameOf(PtrInterface const* object) {
   return object->fwkType()->isA(Entity::_fwkType()) ? static_cast<Entity const*>(object)->name()
                                                     : Name();
 }
@@ -30,7 +30,7 @@ String valueToStrep(PtrInterface const* object) {
   }
   std::uint64_t const number = PrintedObjects::all().numberOf(object);
   object->hasText_ = true;
-  return textOf(object->fwkType()->name(), number, nameOf(object));
+  return textOf(object->fwkType()->name(), number, entityNameOf(object));
 }
 
 Ptr<PtrInterface> sequenceToObject(TextIterator& it, TextIterator const& end) {
@@ -50,7 +50,8 @@ Ptr<PtrInterface> sequenceToObject(TextIterator& it, TextIterator const& end) {
   }
   needString(it, end, " )");
   PtrInterface const* const object = PrintedObjects::all().object(number);
-  if (object == nullptr || object->fwkType()->name() != typeName.view() || nameOf(object) != name) {
+  if (object == nullptr || object->fwkType()->name() != typeName.view() ||
+      entityNameOf(object) != name) {
     throw RangeException("no such object: " + textOf(typeName, number, name));
   }
   // A caller that can print an object through a const pointer may parse it back as non-const.

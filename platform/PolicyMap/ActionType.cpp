@@ -4,7 +4,7 @@
 namespace PolicyMap {
 namespace {
 
-constexpr Kor::EnumNames names{"ActionType", nullptr, 0};
+constexpr Kor::EnumNames actionTypeNames{"ActionType", nullptr, 0};
 
 }  // namespace
 
@@ -14,15 +14,15 @@ Kor::KorType* korEnumType(ActionType /*any*/) {
 }
 
 Kor::String8 valueToStrep(ActionType type) {
-  return Kor::enumToStrep(names, static_cast<std::int32_t>(type));
+  return Kor::enumToStrep(actionTypeNames, static_cast<std::int32_t>(type));
 }
 
 void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end, ActionType& type) {
-  type = static_cast<ActionType>(Kor::sequenceToEnum(it, end, names));
+  type = static_cast<ActionType>(Kor::sequenceToEnum(it, end, actionTypeNames));
 }
 
 std::ostream& operator<<(std::ostream& out, ActionType type) {
-  return out << Kor::enumToText(names, static_cast<std::int32_t>(type));
+  return out << Kor::enumToText(actionTypeNames, static_cast<std::int32_t>(type));
 }
 
 }  // namespace PolicyMap

@@ -6,8 +6,9 @@
 namespace PolicyMap {
 namespace {
 
-constexpr std::array<std::string_view, 4> texts{"ipv4", "ipv6", "mac", "mpls"};
-constexpr Kor::EnumNames names{"ClassMapMatchOption", texts.data(), texts.size()};
+constexpr std::array<std::string_view, 4> matchOptionTexts{"ipv4", "ipv6", "mac", "mpls"};
+constexpr Kor::EnumNames matchOptionNames{"ClassMapMatchOption", matchOptionTexts.data(),
+                                          matchOptionTexts.size()};
 
 }  // namespace
 
@@ -17,16 +18,16 @@ Kor::KorType* korEnumType(ClassMapMatchOption /*any*/) {
 }
 
 Kor::String8 valueToStrep(ClassMapMatchOption option) {
-  return Kor::enumToStrep(names, static_cast<std::int32_t>(option));
+  return Kor::enumToStrep(matchOptionNames, static_cast<std::int32_t>(option));
 }
 
 void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end,
                      ClassMapMatchOption& option) {
-  option = static_cast<ClassMapMatchOption>(Kor::sequenceToEnum(it, end, names));
+  option = static_cast<ClassMapMatchOption>(Kor::sequenceToEnum(it, end, matchOptionNames));
 }
 
 std::ostream& operator<<(std::ostream& out, ClassMapMatchOption option) {
-  return out << Kor::enumToText(names, static_cast<std::int32_t>(option));
+  return out << Kor::enumToText(matchOptionNames, static_cast<std::int32_t>(option));
 }
 
 }  // namespace PolicyMap

@@ -9,8 +9,9 @@
 namespace PolicyMap {
 namespace {
 
-constexpr std::array<std::string_view, 2> texts{"matchAny", "matchAll"};
-constexpr Kor::EnumNames names{"ClassMapMatchType", texts.data(), texts.size()};
+constexpr std::array<std::string_view, 2> matchTypeTexts{"matchAny", "matchAll"};
+constexpr Kor::EnumNames matchTypeNames{"ClassMapMatchType", matchTypeTexts.data(),
+                                        matchTypeTexts.size()};
 
 }  // namespace
 
@@ -20,15 +21,15 @@ Kor::KorType* korEnumType(ClassMapMatchType /*any*/) {
 }
 
 Kor::String8 valueToStrep(ClassMapMatchType type) {
-  return Kor::enumToStrep(names, static_cast<std::int32_t>(type));
+  return Kor::enumToStrep(matchTypeNames, static_cast<std::int32_t>(type));
 }
 
 void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end, ClassMapMatchType& type) {
-  readNamed(it, end, names, type);
+  readNamed(it, end, matchTypeNames, type);
 }
 
 std::ostream& operator<<(std::ostream& out, ClassMapMatchType type) {
-  return out << Kor::enumToText(names, static_cast<std::int32_t>(type));
+  return out << Kor::enumToText(matchTypeNames, static_cast<std::int32_t>(type));
 }
 
 }  // namespace PolicyMap

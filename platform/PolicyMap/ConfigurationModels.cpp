@@ -89,7 +89,7 @@ constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));
 }  // namespace ofPolicyMapTypeConfig
 
-constexpr std::array all{
+constexpr std::array allConfigurationModels{
     &ofClassMapSubConfig::model,   &ofClassMapConfig::model,     &ofClassMapTypeConfig::model,
     &ofClassAction::model,         &ofPolicyMapSubConfig::model, &ofPolicyMapConfig::model,
     &ofPolicyMapTypeConfig::model,
@@ -98,7 +98,7 @@ constexpr std::array all{
 }  // namespace
 
 Models configurationModels() {
-  return all;
+  return allConfigurationModels;
 }
 
 }  // namespace PolicyMap

@@ -61,7 +61,7 @@ constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));
 }  // namespace ofStatusRequestDir
 
-constexpr std::array all{
+constexpr std::array allStatusModels{
     &ofClassMapStatus::model,
     &ofPolicyMapStatus::model,
     &ofPolicyMapTypeStatus::model,
@@ -71,7 +71,7 @@ constexpr std::array all{
 }  // namespace
 
 Models statusModels() {
-  return all;
+  return allStatusModels;
 }
 
 }  // namespace PolicyMap

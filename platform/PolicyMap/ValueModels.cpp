@@ -35,7 +35,7 @@ constexpr TypeModel ofClassMapMatch = fieldsModel<ClassMapMatch>();
 constexpr TypeModel ofOptionIntf = fieldsModel<OptionIntf>();
 constexpr TypeModel ofPolicyFailure = fieldsModel<PolicyFailure>();
 
-constexpr std::array all{
+constexpr std::array allValueModels{
     &ofMatchOption,      &ofActionType,    &ofMatchType,     &ofMatchKind,
     &ofPolicyMapSmKey,   &ofAclRuleKey,    &ofSubRuleData,   &ofAsyncOperationResult,
     &ofServicePolicyKey, &ofClassMapMatch, &ofPolicyFailure, &ofOptionIntf,
@@ -44,7 +44,7 @@ constexpr std::array all{
 }  // namespace
 
 Models valueModels() {
-  return all;
+  return allValueModels;
 }
 
 }  // namespace PolicyMap

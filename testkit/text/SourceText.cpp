@@ -12,7 +12,6 @@ namespace PolicyMapTestKit::Text {
 namespace {
 
 constexpr std::size_t excerptLimit = 40;
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 struct FileCloser {
   void operator()(std::FILE* file) const noexcept { static_cast<void>(std::fclose(file)); }
@@ -58,6 +57,14 @@ std::string excerpt(std::string_view found) {
   return found.size() > excerptLimit ? text + "..." : text;
 }
 
+std::string_view withoutByteOrderMark(std::string_view text) {
+  constexpr std::string_view mark = "\xEF\xBB\xBF";
+  if (text.starts_with(mark)) {
+    text.remove_prefix(mark.size());
+  }
+  return text;
+}
+
 InputError::InputError(SourcePosition position, std::string expected, std::string_view found)
     : std::runtime_error(message(position, expected, found)),
       position_(std::move(position)),
@@ -91,11 +98,8 @@ SourceText SourceText::fromFile(std::string const& path, std::size_t limit) {
   return {path, std::move(content)};
 }
 
-LineReader::LineReader(SourceText const& source) : file_(source.name()), rest_(source.content()) {
-  if (rest_.substr(0, byteOrderMark.size()) == byteOrderMark) {
-    rest_.remove_prefix(byteOrderMark.size());
-  }
-}
+LineReader::LineReader(SourceText const& source)
+    : file_(source.name()), rest_(withoutByteOrderMark(source.content())) {}
 
 bool LineReader::next() {
   if (rest_.empty()) {

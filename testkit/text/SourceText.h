@@ -33,6 +33,9 @@ POLICYMAPTESTKIT_API std::string toText(SourcePosition const& position);
 // truncated after 40 bytes with "..." after the closing quote. An empty text gives "end of line".
 POLICYMAPTESTKIT_API std::string excerpt(std::string_view found);
 
+// Returns the text after the byte order mark with which it may start.
+std::string_view withoutByteOrderMark(std::string_view text);
+
 // Invalid input. what() is "FILE:LINE:COLUMN: expected X, found 'Y'".
 class POLICYMAPTESTKIT_API InputError : public std::runtime_error {
  public:

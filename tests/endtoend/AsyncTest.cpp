@@ -11,7 +11,6 @@
 namespace endtoend {
 namespace {
 
-using PolicyMap::ClassMapMatchOption;
 using PolicyMapTest::AclHelper;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -21,7 +20,7 @@ using TestSupport::normalForm;
 using TestSupport::normalRecord;
 using TestSupport::Scenario;
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
+using enum PolicyMap::ClassMapMatchOption;
 constexpr char const* done = "create 1, commit 1, update 0/0, created, clean";
 
 // A simple policy on a helper whose results arrive later.

@@ -18,7 +18,7 @@ using TestSupport::normalRecord;
 using TestSupport::Scenario;
 using TestSupport::tcp;
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
+using enum PolicyMap::ClassMapMatchOption;
 
 // A programmed simple policy.
 class Change : public testing::Test {

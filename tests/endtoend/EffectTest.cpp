@@ -18,7 +18,6 @@ namespace endtoend {
 namespace {
 
 using PolicyMap::ClassMapMatch;
-using PolicyMap::ClassMapMatchOption;
 using TestSupport::counts;
 using TestSupport::normalForm;
 using TestSupport::Scenario;
@@ -32,7 +31,7 @@ struct Edit {
   friend void PrintTo(Edit const& edit, std::ostream* out) { *out << edit.name; }
 };
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
+using enum PolicyMap::ClassMapMatchOption;
 
 Acl::IpRuleConfig toPort(std::int64_t port) {
   return tcp(Acl::PortMatch::eq(port));

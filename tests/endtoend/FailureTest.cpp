@@ -27,7 +27,7 @@ using TestSupport::normalForm;
 using TestSupport::Scenario;
 using TestSupport::tcp;
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
+using enum PolicyMap::ClassMapMatchOption;
 
 PolicyFailure failureOf(char const* error, char const* operation) {
   return {error, operation, {}, {}};
@@ -115,7 +115,7 @@ TEST_P(Faults, AreReportedAndHealByThemselves) {
   EXPECT_TRUE(scenario.policyStatus()->classMapStatus("c")->programmed());
 }
 
-void nothing(Scenario&) {}
+void changeNothing(Scenario&) {}
 void changeRule(Scenario& scenario) {
   scenario.rule("acl", 10, tcp(Acl::PortMatch::eq(80)));
 }
@@ -133,19 +133,19 @@ void exchangeIntfAndRule(Scenario& scenario) {
 
 INSTANTIATE_TEST_SUITE_P(
     AtEveryPlace, Faults,
-    testing::Values(Fault{"create", &AclHelper::createErrorIs, false, nothing,
+    testing::Values(Fault{"create", &AclHelper::createErrorIs, false, changeNothing,
                           "not programmed, createPolicy: table full"},
                     Fault{"recreate", &AclHelper::createErrorIs, true, changeRule,
                           "not programmed, recreatePolicy: table full"},
-                    Fault{"addRule", &AclHelper::addRuleErrorIs, false, nothing,
+                    Fault{"addRule", &AclHelper::addRuleErrorIs, false, changeNothing,
                           "not programmed, addRule: table full at c:acl:10"},
                     Fault{"addRuleOfReCreation", &AclHelper::addRuleErrorIs, true, changeRule,
                           "not programmed, addRule: table full at c:acl:10"},
-                    Fault{"rangeChecker", &AclHelper::rangeCheckerErrorIs, false, nothing,
+                    Fault{"rangeChecker", &AclHelper::rangeCheckerErrorIs, false, changeNothing,
                           "not programmed, addRule: table full at c:acl:20"},
                     Fault{"rangeCheckerOfReCreation", &AclHelper::rangeCheckerErrorIs, true,
                           changeRule, "not programmed, addRule: table full at c:acl:20"},
-                    Fault{"firstInterfaces", &AclHelper::addIntfErrorIs, false, nothing,
+                    Fault{"firstInterfaces", &AclHelper::addIntfErrorIs, false, changeNothing,
                           "not programmed, addIntfToPolicy: table full"},
                     Fault{"addedInterface", &AclHelper::addIntfErrorIs, true, addIntf,
                           "not programmed, addIntfToPolicy: table full"},
@@ -155,7 +155,7 @@ INSTANTIATE_TEST_SUITE_P(
                           "not programmed, removeIntfFromPolicy: table full"},
                     Fault{"removedInterfaceOfReCreation", &AclHelper::removeIntfErrorIs, true,
                           exchangeIntfAndRule, "not programmed, removeIntfFromPolicy: table full"},
-                    Fault{"firstCommit", &AclHelper::commitErrorIs, false, nothing,
+                    Fault{"firstCommit", &AclHelper::commitErrorIs, false, changeNothing,
                           "not programmed, commitPolicy: table full"},
                     Fault{"commitOfRules", &AclHelper::commitErrorIs, true, changeRule,
                           "not programmed, commitPolicy: table full"},

@@ -7,7 +7,6 @@
 namespace endtoend {
 namespace {
 
-using PolicyMap::ClassMapMatchOption;
 using PolicyMap::SubRuleData;
 using testing::ElementsAre;
 using TestSupport::counts;
@@ -17,10 +16,7 @@ using TestSupport::normalRecord;
 using TestSupport::NormalRecord;
 using TestSupport::Scenario;
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
-constexpr auto ipv6 = ClassMapMatchOption::ipv6;
-constexpr auto mac = ClassMapMatchOption::mac;
-constexpr auto mpls = ClassMapMatchOption::mpls;
+using enum PolicyMap::ClassMapMatchOption;
 
 SubRuleData ports(std::uint16_t low, std::uint16_t high, bool range = false) {
   SubRuleData subRule;

@@ -17,10 +17,7 @@ using TestSupport::intf;
 using TestSupport::normalRecord;
 using TestSupport::Scenario;
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
-constexpr auto ipv6 = ClassMapMatchOption::ipv6;
-constexpr auto mac = ClassMapMatchOption::mac;
-constexpr auto mpls = ClassMapMatchOption::mpls;
+using enum PolicyMap::ClassMapMatchOption;
 
 std::set<Vorel::IntfId> bound(Scenario const& scenario, ClassMapMatchOption option = ipv4) {
   auto const record = scenario.record(option);

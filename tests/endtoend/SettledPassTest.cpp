@@ -47,7 +47,7 @@ TEST_P(SettledPass, LeavesTheseCountersAndFlags) {
   EXPECT_EQ(counts(scenario.record()), one.settled);
 }
 
-void changeRule(Scenario& scenario) {
+void changeRulePort(Scenario& scenario) {
   scenario.rule("acl", 10, TestSupport::tcp(Acl::PortMatch::eq(80)));
 }
 void changeAction(Scenario& scenario) {
@@ -59,7 +59,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Case{"firstProgramming", false, [](Scenario&) {},
              "create 1, commit 1, update 0/0, created, clean"},
-        Case{"rulesChanged", true, changeRule, "create 2, commit 2, update 0/0, created, clean"},
+        Case{"rulesChanged", true, changeRulePort,
+             "create 2, commit 2, update 0/0, created, clean"},
         Case{"actionChanged", true, changeAction, "create 2, commit 2, update 0/0, created, clean"},
         Case{"interfaceWithReprogramming", true,
              [](Scenario& scenario) {

@@ -20,11 +20,11 @@ using Kor::String8;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Drawer : public Kor::PtrInterface,
-               public Kor::HashMapLink<Drawer>,
-               public TestSupport::Instances<Drawer> {
+class LabelledDrawer : public Kor::PtrInterface,
+                       public Kor::HashMapLink<LabelledDrawer>,
+                       public TestSupport::Instances<LabelledDrawer> {
  public:
-  explicit Drawer(String8 label) : label_(std::move(label)) {}
+  explicit LabelledDrawer(String8 label) : label_(std::move(label)) {}
   [[nodiscard]] String8 const& fwkKey() const { return label_; }
   int content = 0;
 
@@ -33,7 +33,7 @@ class Drawer : public Kor::PtrInterface,
 };
 
 // A shelf of counted books (values) and drawers (owned objects) that records its notifications.
-class Shelf : public Kor::PtrInterface {
+class BookShelf : public Kor::PtrInterface {
  public:
   std::vector<std::string> announced;
   std::function<void(String8 const&)> hook;
@@ -46,13 +46,13 @@ class Shelf : public Kor::PtrInterface {
     }
   }
 
-  KOR_VALUE_COLLECTION(Shelf, book, Book, String8, int, KOR_ON_CHANGE(announce("book ", key)))
-  KOR_OWNED_COLLECTION(Shelf, drawer, Drawer, String8, Drawer,
+  KOR_VALUE_COLLECTION(BookShelf, book, Book, String8, int, KOR_ON_CHANGE(announce("book ", key)))
+  KOR_OWNED_COLLECTION(BookShelf, drawer, Drawer, String8, LabelledDrawer,
                        KOR_ON_CHANGE(announce("drawer ", key)))
 };
 
-Kor::Ptr<Shelf> shelfOf(int books) {
-  auto shelf = Kor::make<Shelf>();
+Kor::Ptr<BookShelf> shelfOf(int books) {
+  auto shelf = Kor::make<BookShelf>();
   for (int i = 0; i < books; ++i) {
     shelf->newBook(std::to_string(i), i);
   }
@@ -76,7 +76,7 @@ constexpr bool canDelete = requires(Iterator it) {
 // values
 
 TEST(ValueCollection, AnAbsentKeyReadsAsTheDefault) {
-  auto const shelf = Kor::make<Shelf>();
+  auto const shelf = Kor::make<BookShelf>();
   EXPECT_EQ(shelf->books(), 0U);
   EXPECT_EQ(shelf->book("a"), 0);
   EXPECT_FALSE(shelf->korBook("a"));
@@ -85,7 +85,7 @@ TEST(ValueCollection, AnAbsentKeyReadsAsTheDefault) {
 }
 
 TEST(ValueCollection, WritingCreatesAndAnnounces) {
-  auto const shelf = Kor::make<Shelf>();
+  auto const shelf = Kor::make<BookShelf>();
   shelf->bookIs("a", 3);
   EXPECT_EQ(shelf->books(), 1U);
   EXPECT_EQ(shelf->book("a"), 3);
@@ -224,7 +224,7 @@ TEST(ValueCollection, TheKorIteratorAnswersEntriesAndRemoves) {
 
 TEST(ValueCollection, IteratorsServeARangeFor) {
   auto const shelf = shelfOf(5);
-  Shelf const& constShelf = *shelf;
+  BookShelf const& constShelf = *shelf;
   int sum = 0;
   for (auto const& book : constShelf.bookIteratorConst()) {
     EXPECT_EQ(book.key(), String8(std::to_string(book.value())));
@@ -235,7 +235,7 @@ TEST(ValueCollection, IteratorsServeARangeFor) {
   }
   EXPECT_EQ(sum, 20);
   EXPECT_EQ(keysOf(constShelf.bookIteratorConst()), keysOf(shelf->korBookIterator()));
-  static_assert(canDelete<Shelf::BookIterator> && !canDelete<Shelf::BookIteratorConst>);
+  static_assert(canDelete<BookShelf::BookIterator> && !canDelete<BookShelf::BookIteratorConst>);
 }
 
 TEST(ValueCollection, EveryEntryMayBeRemovedOnTheWalk) {
@@ -261,7 +261,7 @@ TEST(ValueCollection, RemovingAllIsOneWalkThatAnnouncesEachRemovalWhileLaterOnes
 TEST(ValueCollection, WhatAHookInsertsAheadOfRemovingAllGoesTooAndWhatIsBehindStays) {
   auto const shelf = shelfOf(20);
   auto const order = keysOf(shelf->bookIterator());
-  auto const other = Kor::make<Shelf>();
+  auto const other = Kor::make<BookShelf>();
   other->newBook(order[5], 0);
   bool inserted = false;
   shelf->hook = [&](String8 const& key) {
@@ -330,7 +330,7 @@ TEST(ValueCollection, AHookMayEndTheOwnerInTheMiddleOfRemovingAll) {
   std::vector<std::string> announced;
   raw->hook = [&](String8 const& /*key*/) { ++calls; };
   {
-    Kor::Ptr<Shelf> const pinned = shelf;
+    Kor::Ptr<BookShelf> const pinned = shelf;
     raw->hook = [&](String8 const& /*key*/) {
       ++calls;
       shelf = nullptr;
@@ -343,7 +343,7 @@ TEST(ValueCollection, AHookMayEndTheOwnerInTheMiddleOfRemovingAll) {
 // owned objects
 
 TEST(OwnedCollection, WritingFindsOrCreatesAndAnnouncesOnlyTheCreation) {
-  auto const shelf = Kor::make<Shelf>();
+  auto const shelf = Kor::make<BookShelf>();
   auto const created = shelf->drawerIs("top");
   EXPECT_THAT(shelf->announced, ElementsAre("drawer top"));
   EXPECT_EQ(shelf->drawerIs("top"), created);
@@ -353,26 +353,27 @@ TEST(OwnedCollection, WritingFindsOrCreatesAndAnnouncesOnlyTheCreation) {
 }
 
 TEST(OwnedCollection, AnAbsentKeyReadsAsNull) {
-  auto const shelf = Kor::make<Shelf>();
+  auto const shelf = Kor::make<BookShelf>();
   EXPECT_FALSE(shelf->drawer("top"));
   EXPECT_FALSE(shelf->drawerDel("top"));
   EXPECT_THAT(shelf->announced, IsEmpty());
 }
 
 TEST(OwnedCollection, AConstOwnerAnswersPointersToConst) {
+  static_assert(std::is_same_v<decltype(std::declval<BookShelf const&>().drawer("")),
+                               Kor::Ptr<LabelledDrawer const>>);
   static_assert(
-      std::is_same_v<decltype(std::declval<Shelf const&>().drawer("")), Kor::Ptr<Drawer const>>);
-  static_assert(std::is_same_v<decltype(std::declval<Shelf&>().drawer("")), Kor::Ptr<Drawer>>);
-  static_assert(std::is_same_v<decltype(std::declval<Shelf::DrawerIteratorConst>().value()),
-                               Kor::Ptr<Drawer const>>);
-  auto const shelf = Kor::make<Shelf>();
+      std::is_same_v<decltype(std::declval<BookShelf&>().drawer("")), Kor::Ptr<LabelledDrawer>>);
+  static_assert(std::is_same_v<decltype(std::declval<BookShelf::DrawerIteratorConst>().value()),
+                               Kor::Ptr<LabelledDrawer const>>);
+  auto const shelf = Kor::make<BookShelf>();
   auto const drawer = shelf->newDrawer("top");
   EXPECT_EQ(std::as_const(*shelf).drawer("top"), drawer);
   EXPECT_EQ(std::as_const(*shelf).drawerIteratorConst().value(), drawer);
 }
 
 TEST(OwnedCollection, NewReplacesSilentlyAndHandlesStayValid) {
-  auto const shelf = Kor::make<Shelf>();
+  auto const shelf = Kor::make<BookShelf>();
   auto const old = shelf->newDrawer("top");
   old->content = 5;
   auto it = shelf->drawerIterator();
@@ -387,7 +388,7 @@ TEST(OwnedCollection, NewReplacesSilentlyAndHandlesStayValid) {
 }
 
 TEST(OwnedCollection, RemovingAnswersTheMember) {
-  auto const shelf = Kor::make<Shelf>();
+  auto const shelf = Kor::make<BookShelf>();
   auto const drawer = shelf->newDrawer("top");
   EXPECT_EQ(shelf->drawerDel(drawer->fwkKey()), drawer);
   EXPECT_EQ(shelf->drawers(), 0U);
@@ -395,17 +396,17 @@ TEST(OwnedCollection, RemovingAnswersTheMember) {
 }
 
 TEST(OwnedCollection, ARemovedMemberThatNobodyHoldsLivesUntilTheHookHasRun) {
-  auto const shelf = Kor::make<Shelf>();
+  auto const shelf = Kor::make<BookShelf>();
   static_cast<void>(shelf->newDrawer("top"));
   int aliveInHook = 0;
-  shelf->hook = [&](String8 const& /*key*/) { aliveInHook = Drawer::alive(); };
+  shelf->hook = [&](String8 const& /*key*/) { aliveInHook = LabelledDrawer::alive(); };
   static_cast<void>(shelf->drawerDel(shelf->drawer("top")->fwkKey()));
   EXPECT_EQ(aliveInHook, 1);
-  EXPECT_EQ(Drawer::alive(), 0);
+  EXPECT_EQ(LabelledDrawer::alive(), 0);
 }
 
 TEST(OwnedCollection, AHookThatRemovesTheNewMemberLeavesTheWriterWithAValidOne) {
-  auto const shelf = Kor::make<Shelf>();
+  auto const shelf = Kor::make<BookShelf>();
   shelf->hook = [&](String8 const& key) {
     shelf->hook = nullptr;
     static_cast<void>(shelf->drawerDel(key));
@@ -417,7 +418,7 @@ TEST(OwnedCollection, AHookThatRemovesTheNewMemberLeavesTheWriterWithAValidOne) 
 }
 
 TEST(OwnedCollection, RemovalThroughAnIteratorAnnounces) {
-  auto const shelf = Kor::make<Shelf>();
+  auto const shelf = Kor::make<BookShelf>();
   static_cast<void>(shelf->newDrawer("top"));
   auto it = shelf->drawerIterator();
   it.del();
@@ -425,11 +426,11 @@ TEST(OwnedCollection, RemovalThroughAnIteratorAnnounces) {
   EXPECT_EQ(it.value()->fwkKey(), "top");
   ++it;
   EXPECT_FALSE(it);
-  EXPECT_EQ(Drawer::alive(), 0);
+  EXPECT_EQ(LabelledDrawer::alive(), 0);
 }
 
 TEST(OwnedCollection, TheKorIteratorAnswersMembersAndRemoves) {
-  auto const shelf = Kor::make<Shelf>();
+  auto const shelf = Kor::make<BookShelf>();
   auto const drawer = shelf->newDrawer("top");
   auto it = shelf->korDrawerIterator();
   EXPECT_EQ(it.entry(), drawer);
@@ -498,12 +499,12 @@ TEST(OwnedCollection, AMemberThatAsksHasNoOwnerOnceThatHasDied) {
 }
 
 TEST(OwnedCollection, MembersDieWithTheirOwnerUnlessSomebodyHoldsThem) {
-  auto shelf = Kor::make<Shelf>();
+  auto shelf = Kor::make<BookShelf>();
   static_cast<void>(shelf->newDrawer("a"));
   auto const held = shelf->newDrawer("b");
-  EXPECT_EQ(Drawer::alive(), 2);
+  EXPECT_EQ(LabelledDrawer::alive(), 2);
   shelf = nullptr;
-  EXPECT_EQ(Drawer::alive(), 1);
+  EXPECT_EQ(LabelledDrawer::alive(), 1);
   EXPECT_EQ(held->fwkHmNext(), nullptr);
 }
 

@@ -19,6 +19,7 @@ using Kor::GenericValue;
 using Kor::KorType;
 using Library::Drawer;
 using Library::Genre;
+using Library::isbn;
 using Library::Isbn;
 using Library::Place;
 using Library::Shelf;
@@ -33,10 +34,6 @@ using Code = GenericIf::AttributeOp;
 template <class T>
 GenericIf adapter(Kor::Ptr<T> const& object, bool isConst = false) {
   return object->fwkType()->genericIf(object, isConst);
-}
-
-GenericValue isbn(std::uint32_t group, char const* title) {
-  return Kor::Generic<Isbn>::value(Isbn(group, title));
 }
 
 // The exception that `work` throws, as "EXCEPTION FIELD...". Checks that what() contains each word.

@@ -21,12 +21,9 @@ using Kor::GenericList;
 using Kor::GenericValue;
 using Library::Drawer;
 using Library::Genre;
-using Library::Isbn;
+using Library::isbn;
 using Kind = GenericValue::Kind;
 
-GenericValue isbn(std::uint32_t group, char const* title) {
-  return Kor::Generic<Isbn>::value(Isbn(group, title));
-}
 GenericValue verse() {
   return Kor::Generic<Genre>::value(Genre::verse);
 }

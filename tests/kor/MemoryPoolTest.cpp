@@ -85,8 +85,11 @@ TEST(MemoryPool, ASlabServesManyRequests) {
 }
 
 TEST(MemoryPool, PassesThroughInASanitizedLibraryAlone) {
-#ifdef __SANITIZE_ADDRESS__
-  constexpr bool sanitized = true;  // the tests are compiled like the library
+  // The tests are compiled like the library.
+#if defined(__SANITIZE_ADDRESS__)
+  constexpr bool sanitized = true;
+#elif defined(__has_feature)
+  constexpr bool sanitized = __has_feature(address_sanitizer);
 #else
   constexpr bool sanitized = false;
 #endif

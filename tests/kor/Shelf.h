@@ -19,6 +19,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Library {
@@ -61,6 +62,9 @@ class Isbn {
   std::uint32_t group_ = 0;
   Kor::String8 title_;
 };
+[[nodiscard]] inline Kor::GenericValue isbn(std::uint32_t group, Kor::String8 title) {
+  return Kor::Generic<Isbn>::value(Isbn(group, std::move(title)));
+}
 
 class Stamp {
  public:

@@ -24,7 +24,7 @@ using TestSupport::assertionOf;
 using TestSupport::Journal;
 using TestSupport::TraceRecorder;
 
-class DataWatcher : public TestSupport::Watcher<TestClassCommonData::NotifieeConst> {
+class EffectWatcher : public TestSupport::Watcher<TestClassCommonData::NotifieeConst> {
  public:
   using Watcher::Watcher;
   void onAction1Value() override { heard("value"); }
@@ -58,7 +58,7 @@ class TestActionSmOfKind : public testing::Test {
   Journal journal;
   Kor::Ptr<typename Kind::Action> action = Kind::holding(0);
   TestClassCommonData::Ptr data = Kor::make<TestClassCommonData>("web", nullptr, nullptr);
-  Kor::Ptr<DataWatcher> watcher = Kor::make<DataWatcher>(journal, "data", data.get());
+  Kor::Ptr<EffectWatcher> watcher = Kor::make<EffectWatcher>(journal, "data", data.get());
 };
 TYPED_TEST_SUITE(TestActionSmOfKind, TestKinds);
 

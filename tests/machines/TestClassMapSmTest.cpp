@@ -26,25 +26,25 @@ using testing::IsEmpty;
 using TestSupport::assertionOf;
 using TestSupport::TraceRecorder;
 
-class Machine : public TestClassMapSm {
+class ClassMachine : public TestClassMapSm {
  public:
   template <class... Args>
-  explicit Machine(Args&&... args) : TestClassMapSm(std::forward<Args>(args)...) {}
+  explicit ClassMachine(Args&&... args) : TestClassMapSm(std::forward<Args>(args)...) {}
 };
 
 class TestClassMapMachine : public testing::Test {
  protected:
   // A machine on the members below. Its notifications are off.
-  Kor::Ptr<Machine> quietMachine() {
-    return Kor::make<Machine>(global, policy, nullptr, rawMap, classAction);
+  Kor::Ptr<ClassMachine> quietMachine() {
+    return Kor::make<ClassMachine>(global, policy, nullptr, rawMap, classAction);
   }
-  Kor::Ptr<Machine> machine() {
+  Kor::Ptr<ClassMachine> machine() {
     auto made = quietMachine();
     made->hasNotificationActiveIs(true);
     return made;
   }
   // A machine that has class data but has not run.
-  Kor::Ptr<Machine> machineWithData() {
+  Kor::Ptr<ClassMachine> machineWithData() {
     auto made = quietMachine();
     made->classCommonDataIs(data);
     return made;
@@ -158,7 +158,7 @@ TEST_F(TestClassMapMachineDeathTest, AKindWithoutAConfiguredActionIsAFault) {
 }
 
 TEST_F(TestClassMapMachineDeathTest, AMissingClassActionEndsTheProcessByThePointersOwnAssertion) {
-  auto const classes = Kor::make<Machine>(global, policy, nullptr, rawMap, nullptr);
+  auto const classes = Kor::make<ClassMachine>(global, policy, nullptr, rawMap, nullptr);
   EXPECT_ASSERTION(classes->createActionSm(ActionType{1}), "Kor/Ptr", "object_ != nullptr",
                    "Kor/Ptr.h");
 }
@@ -214,7 +214,7 @@ TEST_F(TestClassMapMachine, TracesTheCreationOfClassData) {
 }
 
 TEST_F(TestClassMapMachineDeathTest, MissingGlobalDataEndTheProcessByThePointersOwnAssertion) {
-  auto const classes = Kor::make<Machine>(nullptr, policy, nullptr, rawMap, classAction);
+  auto const classes = Kor::make<ClassMachine>(nullptr, policy, nullptr, rawMap, classAction);
   EXPECT_ASSERTION(classes->createCommonData(), "Kor/Ptr", "object_ != nullptr", "Kor/Ptr.h");
 }
 

@@ -20,20 +20,20 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::TraceRecorder;
 
-class Machine : public TestPolicyMapSm {
+class PolicyMachine : public TestPolicyMapSm {
  public:
   template <class... Args>
-  explicit Machine(Args&&... args) : TestPolicyMapSm(std::forward<Args>(args)...) {}
+  explicit PolicyMachine(Args&&... args) : TestPolicyMapSm(std::forward<Args>(args)...) {}
 };
 
 class TestPolicyMapMachine : public testing::Test {
  protected:
   // A machine whose notifications are off.
-  Kor::Ptr<Machine> quietMachine() {
-    return Kor::make<Machine>(global, PolicyMap::PolicyMapSmKey("pm", "input"), config,
-                              classTypeConfig, nullptr);
+  Kor::Ptr<PolicyMachine> quietMachine() {
+    return Kor::make<PolicyMachine>(global, PolicyMap::PolicyMapSmKey("pm", "input"), config,
+                                    classTypeConfig, nullptr);
   }
-  Kor::Ptr<Machine> machine() {
+  Kor::Ptr<PolicyMachine> machine() {
     auto made = quietMachine();
     made->hasNotificationActiveIs(true);
     return made;
@@ -95,8 +95,8 @@ TEST_F(TestPolicyMapMachine, WithoutPolicyDataTheClassMachineHasNone) {
 }
 
 TEST_F(TestPolicyMapMachine, WithoutGlobalDataTheClassMachineMakesNoClassData) {
-  auto const policy = Kor::make<Machine>(nullptr, PolicyMap::PolicyMapSmKey("pm", "input"), nullptr,
-                                         nullptr, nullptr);
+  auto const policy = Kor::make<PolicyMachine>(nullptr, PolicyMap::PolicyMapSmKey("pm", "input"),
+                                               nullptr, nullptr, nullptr);
   auto const made = policy->createClassMapSm(map, nullptr, action);
   EXPECT_FALSE(made->globalCommonData());
   EXPECT_FALSE(made->classCommonData());

@@ -30,9 +30,9 @@ IntfId const e2("Ethernet3/2");
 IntfId const e3("Ethernet3/3");
 
 // A machine without configuration that records the interfaces it must evaluate.
-class Machine : public TestServicePolicySm {
+class EvaluatingMachine : public TestServicePolicySm {
  public:
-  Machine()
+  EvaluatingMachine()
       : TestServicePolicySm(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                             nullptr, nullptr, nullptr, nullptr, true, true, true) {}
 
@@ -54,7 +54,7 @@ class NonexistentIntf : public testing::Test {
   NonexistentIntf() { machine->calls = &calls; }
 
   std::vector<std::string> calls;
-  Kor::Ptr<Machine> machine = Kor::make<Machine>();
+  Kor::Ptr<EvaluatingMachine> machine = Kor::make<EvaluatingMachine>();
 };
 
 // nonexistentIntf and intfExists

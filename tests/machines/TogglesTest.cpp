@@ -32,15 +32,15 @@ class BaseMachine : public Kor::PtrInterface {
   std::vector<std::string>* calls_;
 };
 
-class Machine : public PolicyMapTest::Toggles<BaseMachine> {
+class ToggledMachine : public PolicyMapTest::Toggles<BaseMachine> {
  public:
-  explicit Machine(std::vector<std::string>& calls) : Toggles(calls) {}
+  explicit ToggledMachine(std::vector<std::string>& calls) : Toggles(calls) {}
 };
 
 class MachineToggles : public testing::Test {
  protected:
   std::vector<std::string> calls;
-  Kor::Ptr<Machine> machine{new Machine(calls)};
+  Kor::Ptr<ToggledMachine> machine{new ToggledMachine(calls)};
 };
 
 TEST_F(MachineToggles, NotificationsArePassedOnOnlyWhenTheyChange) {

@@ -20,7 +20,7 @@ using PolicyMap::ClassMapSmCommonData;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr ActionType one{1};
+constexpr ActionType kindOne{1};
 
 // Holds action machines, as a class machine does.
 class PlainClass final : public ClassActions::Class {
@@ -83,9 +83,9 @@ TEST_F(ConfiguredActions, GetAMachineWhenTheyAreConfiguredAndLoseItAfterwards) {
   EXPECT_THAT(synced(), IsEmpty());
   auto const action = configure(1);
   EXPECT_THAT(synced(), ElementsAre("create 1"));
-  EXPECT_EQ(holder.data->action(one), action);
+  EXPECT_EQ(holder.data->action(kindOne), action);
   EXPECT_THAT(synced(), IsEmpty());
-  holder.configured->actionDel(one);
+  holder.configured->actionDel(kindOne);
   EXPECT_THAT(synced(), ElementsAre("c/1: cleanup data", "c/1: zombie", "c/1: gone"));
   EXPECT_THAT(holder.machines, IsEmpty());
   EXPECT_EQ(holder.data->actions(), 0U);
@@ -93,12 +93,12 @@ TEST_F(ConfiguredActions, GetAMachineWhenTheyAreConfiguredAndLoseItAfterwards) {
 
 TEST_F(ConfiguredActions, OfTheSameKindKeepTheMachine) {
   configure(1);
-  actions.sync(one);
-  auto const kept = holder.actionSm(one);
+  actions.sync(kindOne);
+  auto const kept = holder.actionSm(kindOne);
   auto const other = configure(1);
   other->numberIs(5);
   EXPECT_THAT(synced(), ElementsAre("c/1: handleAction 5"));
-  EXPECT_EQ(holder.actionSm(one), kept);
+  EXPECT_EQ(holder.actionSm(kindOne), kept);
   EXPECT_EQ(kept->action(), other);
 }
 
@@ -117,11 +117,11 @@ TEST_F(ConfiguredActions, ThatWereRefusedAreAskedAboutAgainWhenAnotherOneTakesTh
   EXPECT_THAT(synced(), IsEmpty());
   configure(1);
   EXPECT_THAT(synced(), ElementsAre("create 1"));
-  holder.configured->actionIs(one, refused);
+  holder.configured->actionIs(kindOne, refused);
   EXPECT_THAT(synced(), ElementsAre("create 1"));
-  holder.configured->actionDel(one);
+  holder.configured->actionDel(kindOne);
   EXPECT_THAT(synced(), IsEmpty());
-  holder.configured->actionIs(one, refused);
+  holder.configured->actionIs(kindOne, refused);
   EXPECT_THAT(synced(), ElementsAre("create 1"));
 }
 
@@ -131,19 +131,19 @@ TEST_F(ConfiguredActions, ThatWereRefusedAreNotKeptAliveAfterAnotherOneGotItsMac
     using NumberAction::NumberAction;
   };
   holder.hooks.refusedKinds = {1};
-  holder.configured->actionIs(one, Kor::make<CountedAction>("c", 1));
-  actions.sync(one);
+  holder.configured->actionIs(kindOne, Kor::make<CountedAction>("c", 1));
+  actions.sync(kindOne);
   ASSERT_EQ(CountedAction::alive(), 1);
   holder.hooks.refusedKinds.clear();
   configure(1);
-  actions.sync(one);
-  EXPECT_TRUE(holder.actionSm(one));
+  actions.sync(kindOne);
+  EXPECT_TRUE(holder.actionSm(kindOne));
   EXPECT_EQ(CountedAction::alive(), 0);
 }
 
 TEST_F(ConfiguredActions, KindsAreThoseConfiguredBuiltOrRefused) {
   configure(1);
-  actions.sync(one);
+  actions.sync(kindOne);
   holder.hooks.refusedKinds = {2};
   configure(2);
   actions.sync(ActionType{2});
@@ -157,10 +157,10 @@ TEST_F(ConfiguredActions, KindsAreThoseConfiguredBuiltOrRefused) {
 TEST_F(ConfiguredActions, ThatLeaveWhileTheirMachineIsCreatedHaveNone) {
   configure(1);
   holder.deed = [&] {
-    holder.configured->actionDel(one);
-    actions.sync(one);
+    holder.configured->actionDel(kindOne);
+    actions.sync(kindOne);
   };
-  actions.sync(one);
+  actions.sync(kindOne);
   EXPECT_THAT(holder.machines, IsEmpty());
   EXPECT_EQ(holder.data->actions(), 0U);
 }
@@ -168,17 +168,17 @@ TEST_F(ConfiguredActions, ThatLeaveWhileTheirMachineIsCreatedHaveNone) {
 TEST_F(ConfiguredActions, AreLookedAtAgainWhenTheCallerSaysSo) {
   configure(1);
   holder.deed = [&] {
-    holder.configured->actionDel(one);
+    holder.configured->actionDel(kindOne);
     actions.lookAgain();
   };
-  actions.sync(one);
+  actions.sync(kindOne);
   EXPECT_THAT(holder.machines, IsEmpty());
 }
 
 TEST_F(ConfiguredActions, AreTakenDownTogether) {
   configure(1);
   configure(2);
-  actions.sync(one);
+  actions.sync(kindOne);
   actions.sync(ActionType{2});
   holder.hooks.taken();
   actions.takeDownAll();

@@ -11,16 +11,11 @@ namespace policymap {
 namespace {
 
 using PolicyMap::ClassMapConfig;
-using PolicyMap::ClassMapMatch;
 using PolicyMap::ClassMapSubConfig;
 using PolicyMap::ClassMapTypeConfig;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::Journal;
-
-ClassMapMatch ipList(char const* name) {
-  return ClassMapMatch::acl(ClassMapMatchOption::ipv4, name);
-}
 
 TEST(ClassMaps, ASubConfigurationIsEditedFreelyUntilItIsTheCurrentOne) {
   auto const all = Kor::make<ClassMapTypeConfig>();

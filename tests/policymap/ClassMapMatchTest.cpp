@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "acl/ValueChecks.h"
 #include "policymap/PolicyBench.h"
+#include "policymap/ValueChecks.h"
 
 #include <Kor/GenericIf.h>
 #include <PolicyMap/ClassMapMatch.h>
@@ -14,7 +14,6 @@ namespace {
 
 using Kor::GenericIf;
 using Kor::GenericList;
-using Kor::GenericValue;
 using Kor::KorType;
 using PolicyMap::ClassMapMatch;
 using TestSupport::expectTextForm;
@@ -28,9 +27,6 @@ Acl::MacRuleConfig vlanRule() {
   return rule;
 }
 
-std::string parseError(std::string const& text) {
-  return rangeError([&] { (void)Kor::strepToValue<ClassMapMatch>(Kor::String8(text)); });
-}
 std::string refused(Kind kind, ClassMapMatchOption option, char const* name,
                     Acl::OptionalRule const& rule) {
   return rangeError([&] { (void)ClassMapMatch(kind, option, Kor::Name(name), rule); });
@@ -64,7 +60,7 @@ TEST(MatchText, ReadsItsPartsInAnyOrder) {
 
 TEST(MatchText, NamesWhatItCannotRead) {
   auto const error = [](std::string const& parts) {
-    return parseError("Value('PolicyMap::ClassMapMatch', ** {" + parts + "})");
+    return parseError<ClassMapMatch>("Value('PolicyMap::ClassMapMatch', ** {" + parts + "})");
   };
   EXPECT_EQ(error("'kind': 'list'"), "attribute 'kind': Kind has no such value: list");
   EXPECT_EQ(error("'kind': 3"), "attribute 'kind': Kind < 0 or > 2 not allowed");
@@ -154,10 +150,6 @@ TEST(MatchKind, PrintsAndReadsItsNames) {
   expectTextForm(Kind::rule, "'rule'");
   EXPECT_EQ(printed(Kind::classMap), "classMap");
   EXPECT_EQ(rangeError([] { (void)Kor::strepToValue<Kind>("3"); }), "Kind < 0 or > 2 not allowed");
-}
-
-ClassMapMatch ipList(char const* name) {
-  return ClassMapMatch::acl(ClassMapMatchOption::ipv4, name);
 }
 
 TEST(Match, SaysOfWhatKindItIs) {

@@ -442,6 +442,18 @@ TEST_F(ClassMachine, AZombieReportsNothingToItsOwner) {
   EXPECT_THAT(owner.reports, IsEmpty());
 }
 
+TEST_F(ClassMachine, AClassMapThatWasSetStaysUntilTheConfigurationChanges) {
+  activate();
+  auto const other = Kor::make<ClassMapSubConfig>("other");
+  machine->classMapIs(other);
+  machine->classMapConfigIs(config);
+  machine->rawClassMapSubConfigIs(nullptr);
+  EXPECT_EQ(machine->classMap(), other) << "nothing has changed";
+  auto const changed = Kor::make<ClassMapSubConfig>("c");
+  config->currentSubConfigIs(changed);
+  EXPECT_EQ(machine->classMap(), changed);
+}
+
 TEST_F(ClassMachine, AListConcernsOnlyTheOptionsOfItsKind) {
   using PolicyMap::DependencyKind;
   activate();

@@ -10,15 +10,10 @@
 namespace policymap {
 namespace {
 
-using PolicyMap::ClassMapMatch;
 using PolicyMap::ClassMapMatchType;
 using PolicyMap::ClassMapSubConfig;
 using testing::ElementsAre;
 using TestSupport::Journal;
-
-ClassMapMatch ipList(char const* name) {
-  return ClassMapMatch::acl(ClassMapMatchOption::ipv4, name);
-}
 
 TEST(ClassMaps, EachChangeOfMatchesIsAnnouncedOnce) {
   auto const subConfig = Kor::make<ClassMapSubConfig>("c");

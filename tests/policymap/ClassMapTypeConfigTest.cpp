@@ -10,16 +10,11 @@
 namespace policymap {
 namespace {
 
-using PolicyMap::ClassMapMatch;
 using PolicyMap::ClassMapSubConfig;
 using PolicyMap::ClassMapTypeConfig;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::Journal;
-
-ClassMapMatch ipList(char const* name) {
-  return ClassMapMatch::acl(ClassMapMatchOption::ipv4, name);
-}
 
 TEST(ClassMaps, ComingAndGoingIsAnnouncedOnce) {
   auto const all = Kor::make<ClassMapTypeConfig>();

@@ -20,11 +20,10 @@ using PolicyMap::PresentPolicy;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
-constexpr auto ipv6 = ClassMapMatchOption::ipv6;
+using enum PolicyMap::ClassMapMatchOption;
 
 // The owner of any classes. It counts the requests for them.
-class Owner final : public PolicyMap::PolicyOwner {
+class ClassesOwner final : public PolicyMap::PolicyOwner {
  public:
   Classes classes;
   mutable unsigned asked = 0;  // requests for all classes
@@ -115,7 +114,7 @@ class Due : public testing::Test {
   Kor::Ptr<Acl::Config> acls = Kor::make<Acl::Config>();
   Kor::Ptr<PolicyMap::PolicyMapGlobalData> global =
       Kor::make<PolicyMap::PolicyMapGlobalData>(acls, nullptr, Kor::make<Acl::AclDiff>());
-  Owner owner;
+  ClassesOwner owner;
   PlainHost host;
   Turn turn{host};
   PolicyMap::ProgrammedState state;

@@ -22,7 +22,7 @@ using testing::IsEmpty;
 
 using Journal = std::vector<std::string>;
 
-class Owner final : public Kor::PtrInterface {
+class ArbiterOwner final : public Kor::PtrInterface {
  public:
   HelperArbiter arbiter{*this};
   [[nodiscard]] Kor::KorType const* fwkType() const override { return PtrInterface::_fwkType(); }
@@ -71,7 +71,7 @@ class Arbiter : public testing::Test {
         .error;
   }
 
-  Kor::Ptr<Owner> owner = Kor::make<Owner>();
+  Kor::Ptr<ArbiterOwner> owner = Kor::make<ArbiterOwner>();
   HelperArbiter& arbiter = owner->arbiter;
   Journal journal;
   Client a{"a", journal};
@@ -237,6 +237,12 @@ TEST_F(AsyncArbiter, AResultThatComesLaterReachesTheHolder) {
   arbiter.resultIs({"nobody waits", 0});
   EXPECT_EQ(trace.lines().size(), 1U);
   EXPECT_THAT(journal, ElementsAre("a granted", "a result bad"));
+}
+
+TEST_F(AsyncArbiter, AResultBeforeTheFirstCallIsOnlyTraced) {
+  TestSupport::TraceRecorder const trace("PolicyMap", 1);
+  arbiter.resultIs({"early", 0});
+  EXPECT_EQ(trace.lines().size(), 1U);
 }
 
 TEST_F(AsyncArbiter, TheFirstResultInsideTheCallDecides) {

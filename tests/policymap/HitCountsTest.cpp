@@ -6,7 +6,10 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace policymap {
 namespace {
@@ -145,6 +148,38 @@ TEST_F(HitCount, OfARuleWhoseCounterThrowsIsAbsent) {
   request(1);
   bench.settle();
   EXPECT_FALSE(status()->korHitCount(key(10)));
+  EXPECT_EQ(status()->hitCount(key(20)), 7U);
+}
+
+// Runs a function once, when a count is read.
+class DoingCounts final : public CallLog {
+ public:
+  std::function<void()> deed;
+
+  std::uint64_t getCountForRule(PolicyMap::AclRuleKey const& key, PolicyData const& data,
+                                ClassData const& classData) override {
+    if (auto const once = std::exchange(deed, nullptr)) {
+      once();
+    }
+    return CallLog::getCountForRule(key, data, classData);
+  }
+};
+
+// The helper is removed while the first count is read.
+TEST_F(HitCount, StaysWhenAReadEndsEarly) {
+  auto const helper = Kor::make<DoingCounts>();
+  helper->counts = {{key(10), 5}, {key(20), 7}};
+  bench.helper = helper;
+  bench.machine->aclHelperIs(helper);
+  bench.settle();
+  request(1);
+  bench.settle();
+  helper->counts[key(10)] = 9;
+  helper->deed = [this] { bench.machine->aclHelperDel(); };
+  request(2);
+  bench.settle();
+  EXPECT_EQ(helper->countCalls, 3U);
+  EXPECT_EQ(status()->hitCount(key(10)), 5U);
   EXPECT_EQ(status()->hitCount(key(20)), 7U);
 }
 

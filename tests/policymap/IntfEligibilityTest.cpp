@@ -24,17 +24,17 @@ struct Facts {
   bool routing = false;
 };
 
-struct Row {
+struct EligibilityRow {
   char const* name;
   char const* intf;
   Facts facts;
   char const* layer;    // "2", "3" or ""
   char const* options;  // eligible for these
 
-  friend void PrintTo(Row const& row, std::ostream* out) { *out << row.name; }
+  friend void PrintTo(EligibilityRow const& row, std::ostream* out) { *out << row.name; }
 };
 
-class IntfEligibilityTable : public testing::TestWithParam<Row> {
+class IntfEligibilityTable : public testing::TestWithParam<EligibilityRow> {
  protected:
   IntfEligibilityTable() : intf(Kor::String8(GetParam().intf)) {
     Facts const& facts = GetParam().facts;
@@ -90,21 +90,23 @@ TEST_P(IntfEligibilityTable, GoesByTheFlagOfTheKind) {
 INSTANTIATE_TEST_SUITE_P(
     IntfEligibility, IntfEligibilityTable,
     testing::Values(
-        Row{"switchport", "Ethernet1", {}, "2", "ipv4 ipv6 mac"},
-        Row{"switchportWithRoutingOn", "Ethernet1", {.routing = true}, "2", "ipv4 ipv6 mac mpls"},
-        Row{"portChannel", "PortChannel7", {}, "2", "ipv4 ipv6 mac"},
-        Row{"vlanWithoutAddress", "Vlan10", {}, "", ""},
-        Row{"loopbackWithoutAddress", "Loopback0", {}, "", ""},
-        Row{"routed", "Ethernet1", {.routed = true}, "3", "mac"},
-        Row{"routed6", "Ethernet1", {.routed6 = true}, "3", "mac"},
-        Row{"ipv4", "Ethernet1", {.ip = true}, "3", "ipv4 mac"},
-        Row{"ipv6", "Ethernet1", {.ip6 = true}, "3", "ipv6 mac"},
-        Row{"both", "Ethernet1", {.ip = true, .ip6 = true}, "3", "ipv4 ipv6 mac"},
-        Row{"portChannelWithAddress", "PortChannel7", {.ip = true}, "3", "ipv4"},
-        Row{"routedPortChannel", "PortChannel7", {.routed = true}, "3", ""},
-        Row{"vlanWithAddress", "Vlan10", {.ip = true, .routing = true}, "3", "ipv4 mpls"},
-        Row{"management", "Management1", {}, "", ""},
-        Row{"managementWithAddress", "Management1", {.ip = true}, "3", "ipv4"}),
+        EligibilityRow{"switchport", "Ethernet1", {}, "2", "ipv4 ipv6 mac"},
+        EligibilityRow{
+            "switchportWithRoutingOn", "Ethernet1", {.routing = true}, "2", "ipv4 ipv6 mac mpls"},
+        EligibilityRow{"portChannel", "PortChannel7", {}, "2", "ipv4 ipv6 mac"},
+        EligibilityRow{"vlanWithoutAddress", "Vlan10", {}, "", ""},
+        EligibilityRow{"loopbackWithoutAddress", "Loopback0", {}, "", ""},
+        EligibilityRow{"routed", "Ethernet1", {.routed = true}, "3", "mac"},
+        EligibilityRow{"routed6", "Ethernet1", {.routed6 = true}, "3", "mac"},
+        EligibilityRow{"ipv4", "Ethernet1", {.ip = true}, "3", "ipv4 mac"},
+        EligibilityRow{"ipv6", "Ethernet1", {.ip6 = true}, "3", "ipv6 mac"},
+        EligibilityRow{"both", "Ethernet1", {.ip = true, .ip6 = true}, "3", "ipv4 ipv6 mac"},
+        EligibilityRow{"portChannelWithAddress", "PortChannel7", {.ip = true}, "3", "ipv4"},
+        EligibilityRow{"routedPortChannel", "PortChannel7", {.routed = true}, "3", ""},
+        EligibilityRow{
+            "vlanWithAddress", "Vlan10", {.ip = true, .routing = true}, "3", "ipv4 mpls"},
+        EligibilityRow{"management", "Management1", {}, "", ""},
+        EligibilityRow{"managementWithAddress", "Management1", {.ip = true}, "3", "ipv4"}),
     [](auto const& each) { return std::string(each.param.name); });
 
 TEST(IntfEligibility, WithoutStatusesEverythingPhysicalIsLayer2) {

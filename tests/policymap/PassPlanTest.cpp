@@ -23,7 +23,7 @@ using PolicyMap::ProgrammedClass;
 using PolicyMap::ProgrammedClasses;
 using PolicyMap::WantedPolicy;
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
+using enum PolicyMap::ClassMapMatchOption;
 
 Vorel::IntfId ethernet(char number) {
   return Vorel::IntfId(Kor::String8(std::string("Ethernet") + number));
@@ -85,7 +85,7 @@ std::string inShort(std::optional<PolicyMap::Pass> const& pass) {
 }
 
 // What is present, what is wanted, what the helper supports, and the expected plan.
-struct Row {
+struct PlanRow {
   char const* name;
   // Present: the programmed rules ("": none), at which interfaces, and whether created and owned.
   char const* programmed;
@@ -99,7 +99,7 @@ struct Row {
   char const* refusal = nullptr;
   void (*change)(OptionState&, HelperTraits&, WantedPolicy&) = nullptr;
 
-  friend void PrintTo(Row const& row, std::ostream* out) { *out << row.name; }
+  friend void PrintTo(PlanRow const& row, std::ostream* out) { *out << row.name; }
 };
 
 using S = OptionState;
@@ -113,7 +113,7 @@ PolicyMap::Capabilities withoutDeny() {
   return capabilities;
 }
 
-Row const rows[] = {
+PlanRow const rows[] = {
     {"firstTime", "", "", false, false, "a", "12",
      "createPolicy addRule +Ethernet1 +Ethernet2 commit"},
     {"theSame", "a", "12", true, true, "a", "12", "nothing"},
@@ -167,10 +167,10 @@ Row const rows[] = {
      nullptr, [](S& state, T&, W&) { state.classes.begin()->data->updateAclActionsInc(1); }},
 };
 
-class Planned : public testing::TestWithParam<Row> {
+class Planned : public testing::TestWithParam<PlanRow> {
  protected:
   // Classes with equal rules share their common data, as if from one class machine.
-  static WantedPolicy wantedOf(Row const& row, OptionState const& state) {
+  static WantedPolicy wantedOf(PlanRow const& row, OptionState const& state) {
     WantedPolicy wanted;
     if (std::string_view(row.wanted) == "=") {
       wanted.classes.reset();
@@ -190,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(Plan, Planned, testing::ValuesIn(rows),
                          [](auto const& one) { return std::string(one.param.name); });
 
 TEST_P(Planned, Steps) {
-  Row const& row = GetParam();
+  PlanRow const& row = GetParam();
   OptionState state;
   state.classes = classesOf(row.programmed);
   HelperTraits helper;

@@ -26,8 +26,7 @@ using testing::IsEmpty;
 using testing::Not;
 
 using Outcome = PassRun::Outcome;
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
-constexpr auto ipv6 = ClassMapMatchOption::ipv6;
+using enum PolicyMap::ClassMapMatchOption;
 
 // Holds the arbiter and records its notifications.
 class Holder final : public HelperArbiter::Client, public PassRun::Observer {

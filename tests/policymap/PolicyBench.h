@@ -32,6 +32,11 @@ inline std::string text(auto const& value) {
   return out.str();
 }
 
+// Matches the packets of an IPv4 access list.
+inline PolicyMap::ClassMapMatch ipList(char const* name) {
+  return PolicyMap::ClassMapMatch::acl(ClassMapMatchOption::ipv4, name);
+}
+
 // Records every call as one line and returns the text that is set for it, or "". The line begins
 // with the operation without its object: "create", "addIntf".
 class CallLog : public PolicyMapTestKit::ForwardingHelper<PolicyMap::PolicyMapAclHelper> {

@@ -11,17 +11,12 @@ namespace policymap {
 namespace {
 
 using PolicyMap::ActionType;
-using PolicyMap::ClassMapMatch;
 using PolicyMap::ClassMapSubConfig;
 using PolicyMap::PolicyMapConfig;
 using PolicyMap::PolicyMapSubConfig;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using TestSupport::Journal;
-
-ClassMapMatch ipList(char const* name) {
-  return ClassMapMatch::acl(ClassMapMatchOption::ipv4, name);
-}
 
 TEST(PolicyMaps, ThePrioritiesOfClassesAreFollowedByTheClassesOfPriorities) {
   auto const subConfig = Kor::make<PolicyMapSubConfig>("pm");

@@ -18,19 +18,23 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
-constexpr auto ipv6 = ClassMapMatchOption::ipv6;
+using enum PolicyMap::ClassMapMatchOption;
 PolicyMapSmKey const input("pm", "input");
 
-// deletePolicy() throws while `thrown` is set. commitPolicy() runs a function once.
+// deletePolicy() throws while `thrown` is set. commitPolicy() and deletePolicy() run a function
+// once.
 class FaultyLog final : public CallLog {
  public:
   std::function<void()> deed;
+  std::function<void()> deletionDeed;
   std::string thrown;
 
   Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) override {
     if (!thrown.empty()) {
       throw std::runtime_error(thrown);
+    }
+    if (auto const once = std::exchange(deletionDeed, nullptr)) {
+      once();
     }
     return CallLog::deletePolicy(data, option);
   }
@@ -382,6 +386,28 @@ TEST_F(Reconciling, ActionsThatMovedWhileTheMachineWasOffAreUpdatedWhenItIsOn) {
   machine->classCommonData()->updateAclActionsInc(1);
   bench.machine->hasNotificationActiveIs(true);
   EXPECT_THAT(bench.settle(), Contains("update pm/input/ipv4 c:acl:10"));
+}
+
+// The service machine is removed from the policy while the first option is deleted.
+TEST_F(Reconciling, WithoutItsServiceMachineItLeavesNothingMoreOfItsHelper) {
+  ipv6Too();
+  auto const helper = Kor::make<FaultyLog>();
+  bench.helper = helper;
+  bench.start();
+  bench.settle();
+  helper->deletionDeed = [&] { bench.machine->policyMapSm(input)->serviceIs(nullptr); };
+  bench.machine->aclHelperDel();
+  EXPECT_THAT(bench.settle(), testing::ElementsAre("delete pm/input/ipv4"));
+}
+
+TEST_F(Reconciling, APassThatHasEndedKeepsNoClassThatHasLeft) {
+  bench.helper->answers["addRule"] = "no room";
+  bench.start();
+  bench.settle();
+  auto const data = bench.machine->policyMapSm(input)->classMapSm("c")->classCommonData();
+  bench.policy("pm")->classPrioDel(Kor::Name("c"));
+  bench.settle();
+  EXPECT_EQ(data->references(), 1U);
 }
 
 // The policy counts as still created on that helper.

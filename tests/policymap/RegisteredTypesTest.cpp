@@ -34,7 +34,6 @@ using Kor::KorAttr;
 using Kor::KorType;
 using TestSupport::rangeError;
 using Code = GenericIf::AttributeOp;
-using Kind = GenericValue::Kind;
 
 // The types under test, without those that a test program registers for itself.
 std::vector<KorType const*> platformTypes() {
@@ -249,15 +248,15 @@ bool isEnumeration(KorType const* type) {
 // An attribute that is read has a value of its type.
 void expectOfType(GenericValue const& value, KorType const* type, std::string const& what) {
   switch (value.kind()) {
-  case Kind::none: ADD_FAILURE() << what << ": no value"; break;
-  case Kind::null:
+  case GenericValue::Kind::none: ADD_FAILURE() << what << ": no value"; break;
+  case GenericValue::Kind::null:
     EXPECT_TRUE(!type->isValue() || type->name().starts_with("Acl::Optional")) << what;
     break;
-  case Kind::object: EXPECT_TRUE(value.object()->fwkType()->isA(type)) << what; break;
-  case Kind::value:
+  case GenericValue::Kind::object: EXPECT_TRUE(value.object()->fwkType()->isA(type)) << what; break;
+  case GenericValue::Kind::value:
     EXPECT_TRUE(value.object()->fwkType() == type || type->name() == "Acl::OptionalRule") << what;
     break;
-  case Kind::enumeration: EXPECT_EQ(value.enumerationType(), type) << what; break;
+  case GenericValue::Kind::enumeration: EXPECT_EQ(value.enumerationType(), type) << what; break;
   default: EXPECT_TRUE(type->isValue()) << what; break;
   }
 }
@@ -401,7 +400,7 @@ TEST_F(RegisteredInstances, AnswerEveryAttributeWithAValueOfItsType) {
   std::vector<GenericValue> instances = objects.all;
   for (KorType const* const type : platformTypes()) {
     for (GenericValue const& value : objects.samples.of(type)) {
-      if (value.kind() == Kind::value) {
+      if (value.kind() == GenericValue::Kind::value) {
         instances.push_back(value);
       }
     }

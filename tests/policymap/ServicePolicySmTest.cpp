@@ -598,6 +598,18 @@ TEST_F(ServiceMachine, APolicyMachineTakenFromTheCollectionCanStillDeleteItsPoli
   kept->serviceIs(nullptr);
 }
 
+TEST_F(ServiceMachine, ConfigurationThatItAlreadyHasKeepsTheTree) {
+  bench.simplePolicy();
+  bench.activate();
+  bench.settle();
+  bench.hooks.taken();
+  bench.service->policyConfigIs(bench.policies);
+  bench.service->classTypeConfigIs(bench.classes);
+  bench.service->aclConfigIs(bench.acls);
+  EXPECT_THAT(bench.settle(), IsEmpty());
+  EXPECT_THAT(bench.hooks.taken(), IsEmpty());
+}
+
 TEST_F(ServiceMachine, NewAccessListsMeanNewGlobalDataAndANewTree) {
   bench.simplePolicy();
   bench.activate();

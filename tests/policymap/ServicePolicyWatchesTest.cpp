@@ -19,7 +19,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 // Records every report.
-class Journal final : public ServicePolicyWatches::Owner {
+class ReportJournal final : public ServicePolicyWatches::Owner {
  public:
   std::vector<std::string> taken() { return std::exchange(lines_, {}); }
 
@@ -81,7 +81,7 @@ class Watches : public testing::Test {
   }
 
   PolicyBench bench;
-  Journal journal;
+  ReportJournal journal;
   ServicePolicyWatches watches{journal};
 };
 

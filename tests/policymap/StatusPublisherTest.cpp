@@ -14,8 +14,7 @@ using PolicyMap::PresentPolicy;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr auto ipv4 = ClassMapMatchOption::ipv4;
-constexpr auto ipv6 = ClassMapMatchOption::ipv6;
+using enum PolicyMap::ClassMapMatchOption;
 
 PolicyFailure failureOf(char const* error, char const* className = "") {
   return {error, "addRule", Kor::Name(className), {}};

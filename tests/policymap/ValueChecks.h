@@ -14,7 +14,7 @@
 namespace policymap {
 
 template <class T>
-std::string parseError(char const* text) {
+std::string parseError(std::string const& text) {
   return TestSupport::rangeError([&] { (void)Kor::strepToValue<T>(Kor::String8(text)); });
 }
 

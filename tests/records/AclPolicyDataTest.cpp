@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "records/AclPolicyData.h"
 
+#include "acl/ValueChecks.h"
 #include "support/Allocations.h"
 #include "support/VirtualSlot.h"
 
@@ -25,6 +26,7 @@ using PolicyMap::PolicyMapSmKey;
 using PolicyMapTest::AclPolicyData;
 using PolicyMapTest::AclPolicyType;
 using PolicyMapTest::SubRuleDataCollection;
+using TestSupport::rangeError;
 using TestSupport::virtualSlotOf;
 using Vorel::IntfId;
 
@@ -492,26 +494,16 @@ TEST(AclPolicyDataSubRules, TheChangeHookHasNoEffect) {
 
 // configurations with their own ranges
 
-template <class Call>
-std::string errorOf(Call&& call) {
-  try {
-    call();
-  } catch (Kor::RangeException const& error) {
-    return error.what();
-  }
-  return "no error";
-}
-
 TEST(AclPolicyData, ConfigurationsRefuseValuesOutOfRangeBeforeAnythingIsStored) {
   Acl::IpRuleConfig ip;
-  EXPECT_EQ(errorOf([&] { ip.tniIs(16777216); }),
+  EXPECT_EQ(rangeError([&] { ip.tniIs(16777216); }),
             "IpFilterBase::tni < 0 or > 16777215 not allowed");
-  EXPECT_EQ(errorOf([&] { ip.vniIs(-1); }), "IpFilterBase::vni < 0 or > 16777215 not allowed");
+  EXPECT_EQ(rangeError([&] { ip.vniIs(-1); }), "IpFilterBase::vni < 0 or > 16777215 not allowed");
   EXPECT_EQ(ip, Acl::IpRuleConfig());
   Acl::MacRuleConfig mac;
-  EXPECT_EQ(errorOf([&] { mac.mplsLabelIs(1048576); }),
+  EXPECT_EQ(rangeError([&] { mac.mplsLabelIs(1048576); }),
             "MacFilter::mplsLabel < 0 or > 1048575 not allowed");
-  EXPECT_EQ(errorOf([&] { mac.mplsInnerLabelIs(1048576); }),
+  EXPECT_EQ(rangeError([&] { mac.mplsInnerLabelIs(1048576); }),
             "MacFilter::mplsInnerLabel < 0 or > 1048575 not allowed");
   EXPECT_EQ(mac, Acl::MacRuleConfig());
 }

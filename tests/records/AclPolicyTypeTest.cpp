@@ -28,7 +28,7 @@ using PolicyMap::ClassMapMatchOption;
 using PolicyMap::PolicyMapSmKey;
 using PolicyMapTest::AclPolicyType;
 
-AclPolicyType policy(char const* first, char const* second, int option) {
+AclPolicyType policyType(char const* first, char const* second, int option) {
   return {PolicyMapSmKey(first, second), ClassMapMatchOption{option}};
 }
 
@@ -60,45 +60,45 @@ TEST(AclPolicyType, ADefaultBuiltIdentityIsEmpty) {
 }
 
 TEST(AclPolicyType, HoldsTheKeyAndTheOptionThatItIsBuiltFrom) {
-  AclPolicyType const type = policy("pm", "input", 2);
+  AclPolicyType const type = policyType("pm", "input", 2);
   EXPECT_EQ(type.policyKey(), PolicyMapSmKey("pm", "input"));
   EXPECT_EQ(type.option(), ClassMapMatchOption::mac);
   AclPolicyType copy = type;
   EXPECT_EQ(copy, type);
-  copy = policy("x", "y", 0);
-  EXPECT_EQ(copy, policy("x", "y", 0));
+  copy = policyType("x", "y", 0);
+  EXPECT_EQ(copy, policyType("x", "y", 0));
 }
 
 TEST(AclPolicyType, EachPartMakesItNotEmpty) {
-  EXPECT_TRUE(!policy("", "", 0));
-  EXPECT_FALSE(!policy("a", "", 0));
-  EXPECT_FALSE(!policy("", "a", 0));
-  EXPECT_FALSE(!policy("", "", 1));
-  EXPECT_FALSE(!policy("", "", -1));
+  EXPECT_TRUE(!policyType("", "", 0));
+  EXPECT_FALSE(!policyType("a", "", 0));
+  EXPECT_FALSE(!policyType("", "a", 0));
+  EXPECT_FALSE(!policyType("", "", 1));
+  EXPECT_FALSE(!policyType("", "", -1));
 }
 
 TEST(AclPolicyType, EqualityTakesKeyAndOption) {
-  EXPECT_TRUE(policy("a", "b", 1) == policy("a", "b", 1));
-  EXPECT_FALSE(policy("a", "b", 1) == policy("a", "b", 2));
-  EXPECT_FALSE(policy("a", "b", 1) == policy("a", "c", 1));
-  EXPECT_FALSE(policy("a", "b", 1) == policy("b", "b", 1));
+  EXPECT_TRUE(policyType("a", "b", 1) == policyType("a", "b", 1));
+  EXPECT_FALSE(policyType("a", "b", 1) == policyType("a", "b", 2));
+  EXPECT_FALSE(policyType("a", "b", 1) == policyType("a", "c", 1));
+  EXPECT_FALSE(policyType("a", "b", 1) == policyType("b", "b", 1));
 }
 
 TEST(AclPolicyType, TheKeyOrdersFirstWhateverTheOptions) {
-  EXPECT_TRUE(policy("a", "z", 3) < policy("b", "a", 0));
-  EXPECT_FALSE(policy("b", "a", 0) < policy("a", "z", 3));
-  EXPECT_TRUE(policy("a", "a", 3) < policy("a", "b", 0));
+  EXPECT_TRUE(policyType("a", "z", 3) < policyType("b", "a", 0));
+  EXPECT_FALSE(policyType("b", "a", 0) < policyType("a", "z", 3));
+  EXPECT_TRUE(policyType("a", "a", 3) < policyType("a", "b", 0));
 }
 
 TEST(AclPolicyType, TheOptionOrdersEqualKeysAsASignedNumber) {
-  EXPECT_TRUE(policy("a", "b", 0) < policy("a", "b", 1));
-  EXPECT_FALSE(policy("a", "b", 1) < policy("a", "b", 0));
-  EXPECT_TRUE(policy("a", "b", -1) < policy("a", "b", 0));
-  EXPECT_TRUE(policy("a", "b", std::numeric_limits<int>::min()) < policy("a", "b", -1));
+  EXPECT_TRUE(policyType("a", "b", 0) < policyType("a", "b", 1));
+  EXPECT_FALSE(policyType("a", "b", 1) < policyType("a", "b", 0));
+  EXPECT_TRUE(policyType("a", "b", -1) < policyType("a", "b", 0));
+  EXPECT_TRUE(policyType("a", "b", std::numeric_limits<int>::min()) < policyType("a", "b", -1));
 }
 
 TEST(AclPolicyType, AnIdentityIsNeitherLessNorGreaterThanItself) {
-  AclPolicyType const a = policy("a", "b", 1);
+  AclPolicyType const a = policyType("a", "b", 1);
   AclPolicyType const same = a;
   EXPECT_TRUE(a <= same);
   EXPECT_TRUE(a >= same);
@@ -153,9 +153,9 @@ TEST(AclPolicyTypeHash, WrapsAround) {
 }
 
 TEST(AclPolicyTypeHash, IsMadeOfTheStringHashesOfTheKeysTexts) {
-  AclPolicyType const type = policy("pm", "input", 2);
+  AclPolicyType const type = policyType("pm", "input", 2);
   EXPECT_EQ(type.hash(), mixed(Kor::hashBytes("pm"), Kor::hashBytes("input"), 2));
-  EXPECT_EQ(type.hash(), policy("input", "pm", 2).hash());
+  EXPECT_EQ(type.hash(), policyType("input", "pm", 2).hash());
 }
 
 RC_GTEST_PROP(AclPolicyTypeHash, IdentitiesThatDifferInTheOptionDifferByThatDifference,
@@ -170,7 +170,7 @@ RC_GTEST_PROP(AclPolicyTypeHash, IdentitiesThatDifferInTheOptionDifferByThatDiff
 TEST(AclPolicyTypeHash, TheFourOptionsOfOneKeyPartInTheTopBitsOfTheReversedHash) {
   std::set<std::uint32_t> quarters;
   for (int option = 0; option < 4; ++option) {
-    quarters.insert(Kor::bitReverse(policy("pm", "input", option).hash()) >> 30);
+    quarters.insert(Kor::bitReverse(policyType("pm", "input", option).hash()) >> 30);
   }
   EXPECT_THAT(quarters, testing::ElementsAre(0, 1, 2, 3));
 }
@@ -178,7 +178,7 @@ TEST(AclPolicyTypeHash, TheFourOptionsOfOneKeyPartInTheTopBitsOfTheReversedHash)
 // text form
 
 TEST(AclPolicyTypeText, NamesTheTypeAndBothAttributesInOrder) {
-  EXPECT_EQ(valueToStrep(policy("pm", "input", 1)), whole.c_str());
+  EXPECT_EQ(valueToStrep(policyType("pm", "input", 1)), whole.c_str());
   EXPECT_EQ(valueToStrep(AclPolicyType()),
             "Value('PolicyMapTest::AclPolicyType', ** {'policyKey': "
             "Value('PolicyMap::PolicyMapSmKey', ** {'first': '', 'second': ''}), "
@@ -186,16 +186,16 @@ TEST(AclPolicyTypeText, NamesTheTypeAndBothAttributesInOrder) {
 }
 
 TEST(AclPolicyTypeText, AnOptionWithoutANameIsANumber) {
-  EXPECT_EQ(valueToStrep(policy("pm", "input", -1)),
+  EXPECT_EQ(valueToStrep(policyType("pm", "input", -1)),
             (head + "'policyKey': " + keyText + ", 'option': -1})").c_str());
-  EXPECT_EQ(valueToStrep(policy("pm", "input", 7)),
+  EXPECT_EQ(valueToStrep(policyType("pm", "input", 7)),
             (head + "'policyKey': " + keyText + ", 'option': 7})").c_str());
 }
 
 TEST(AclPolicyTypeText, AStreamGetsTheTextAloneWhateverItsWidthFillAndBase) {
   std::ostringstream out;
   out << std::setw(500) << std::setfill('*') << std::hex << std::showbase << std::left
-      << policy("pm", "input", 1);
+      << policyType("pm", "input", 1);
   EXPECT_EQ(out.str(), whole);
 }
 
@@ -217,15 +217,15 @@ RC_GTEST_PROP(AclPolicyTypeText, ReadsBackAsAnEqualIdentity,
 // parser
 
 TEST(AclPolicyTypeParser, ReadsWhatIsPrinted) {
-  EXPECT_EQ(parsed(whole), policy("pm", "input", 1));
+  EXPECT_EQ(parsed(whole), policyType("pm", "input", 1));
 }
 
 TEST(AclPolicyTypeParser, BothSpellingsOfTheWholeTextParseExist) {
   EXPECT_EQ(Kor::strepToValue(whole, static_cast<AclPolicyType*>(nullptr)),
-            policy("pm", "input", 1));
-  AclPolicyType ignored = policy("other", "other", 3);
-  EXPECT_EQ(Kor::strepToValue(whole, &ignored), policy("pm", "input", 1));
-  EXPECT_EQ(ignored, policy("other", "other", 3));
+            policyType("pm", "input", 1));
+  AclPolicyType ignored = policyType("other", "other", 3);
+  EXPECT_EQ(Kor::strepToValue(whole, &ignored), policyType("pm", "input", 1));
+  EXPECT_EQ(ignored, policyType("other", "other", 3));
 }
 
 TEST(AclPolicyTypeParser, NothingBetweenTheBracesIsTheEmptyIdentity) {
@@ -237,39 +237,39 @@ TEST(AclPolicyTypeParser, AttributesMayComeInReverseOrder) {
 }
 
 TEST(AclPolicyTypeParser, AMissingAttributeStaysEmpty) {
-  EXPECT_EQ(parsed(head + "'policyKey': " + keyText + "})"), policy("pm", "input", 0));
-  EXPECT_EQ(parsed(head + "'option': 3})"), policy("", "", 3));
+  EXPECT_EQ(parsed(head + "'policyKey': " + keyText + "})"), policyType("pm", "input", 0));
+  EXPECT_EQ(parsed(head + "'option': 3})"), policyType("", "", 3));
 }
 
 TEST(AclPolicyTypeParser, TheLastOfARepeatedAttributeCounts) {
-  EXPECT_EQ(parsed(head + "'option': 'mac', 'option': 'mpls'})"), policy("", "", 3));
+  EXPECT_EQ(parsed(head + "'option': 'mac', 'option': 'mpls'})"), policyType("", "", 3));
 }
 
 TEST(AclPolicyTypeParser, ARepeatedKeyIsReplacedAsAWhole) {
   EXPECT_EQ(parsed(head + "'policyKey': " + keyText +
                    ", 'policyKey': Value('PolicyMap::PolicyMapSmKey', ** {'second': 'output'})})"),
-            policy("", "output", 0));
+            policyType("", "output", 0));
 }
 
 TEST(AclPolicyTypeParser, WhiteSpaceIsFreeBetweenTokens) {
   EXPECT_EQ(parsed(" \t\n\v\f\rValue ( 'PolicyMapTest::AclPolicyType' , ** { 'policyKey' : "
                    "Value ( 'PolicyMap::PolicyMapSmKey' , ** { 'first' : 'pm' , 'second' : "
                    "'input' } ) , 'option' : 'ipv6' } ) \n"),
-            policy("pm", "input", 1));
-  EXPECT_EQ(parsed("Value('PolicyMapTest::AclPolicyType',**{'option':2})"), policy("", "", 2));
+            policyType("pm", "input", 1));
+  EXPECT_EQ(parsed("Value('PolicyMapTest::AclPolicyType',**{'option':2})"), policyType("", "", 2));
 }
 
 TEST(AclPolicyTypeParser, AnOptionIsANameOrANumber) {
   EXPECT_EQ(parsed(head + "'option': 'ipv4'})"), parsed(head + "'option': 0})"));
   EXPECT_EQ(parsed(head + "'option': -2147483648})"),
-            policy("", "", std::numeric_limits<int>::min()));
+            policyType("", "", std::numeric_limits<int>::min()));
 }
 
 TEST(AclPolicyTypeParser, TheIteratorConstructorStopsBehindTheValueAndItsWhiteSpace) {
   Kor::String8 const text = "  " + whole + " \n rest";
   Kor::String8::IteratorConst it = text.begin();
   AclPolicyType const type(it, text.end());
-  EXPECT_EQ(type, policy("pm", "input", 1));
+  EXPECT_EQ(type, policyType("pm", "input", 1));
   EXPECT_EQ(it.position(), 2 + whole.size() + 3);
 }
 
@@ -338,8 +338,8 @@ TEST(AclPolicyTypeParser, AnUnknownAttributeIsNamed) {
 }
 
 TEST(AclPolicyTypeParser, AnAttributeNameMayBeWrittenAsAnyString) {
-  EXPECT_EQ(parsed(head + "\"option\": 2})"), policy("", "", 2));
-  EXPECT_EQ(parsed(head + "'opt\\x69on': 2})"), policy("", "", 2));
+  EXPECT_EQ(parsed(head + "\"option\": 2})"), policyType("", "", 2));
+  EXPECT_EQ(parsed(head + "'opt\\x69on': 2})"), policyType("", "", 2));
 }
 
 TEST(AclPolicyTypeParser, AnErrorInTheOptionNamesTheAttribute) {

@@ -29,7 +29,6 @@ only = {
 
 most = 350
 limited = ('PolicyMap/', 'records/', 'helper/', 'machines/', 'reflect/')
-longer = {'PolicyMap/ServicePolicySm.cpp'}  # to be split
 
 faults = []
 files = {}  # name as it is included -> path
@@ -105,10 +104,8 @@ for circle in circles(folders):
 for name, path in files.items():
     if name.startswith(limited):
         lines = len(path.read_text().splitlines())
-        if lines > most and name not in longer:
+        if lines > most:
             faults.append(f'{path.relative_to(root)}: {lines} lines, more than {most}')
-        elif lines <= most and name in longer:
-            faults.append(f'{path.relative_to(root)}: {lines} lines, so it is no exception any more')
 
 if len(files) < 200:
     faults.append(f'only {len(files)} files found: are the folders elsewhere?')

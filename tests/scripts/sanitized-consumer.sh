@@ -57,7 +57,9 @@ END
 declare -a sanitize=() environment=()
 if [[ $(setting POLICYMAPTEST_SANITIZE) == ON ]]; then
   case=$'a normal program on sanitized libraries'
-  environment=("LD_PRELOAD=$("$compiler" -print-file-name=libasan.so)")
+  runtime=libasan.so
+  if [[ $("$compiler" --version) == *clang* ]]; then runtime=libclang_rt.asan-$(uname -m).so; fi
+  environment=("LD_PRELOAD=$("$compiler" -print-file-name="$runtime")")
 else
   case=$'a sanitized program on normal libraries'
   sanitize=(-fsanitize=address)
