@@ -10,13 +10,34 @@
 #include "PolicyMap/PolicyMapSmKey.h"
 #include "Vorel/IntfId.h"
 
+#include <set>
 #include <vector>
 
 namespace PolicyMap {
 
 class PolicyHost {
  public:
+  // A reconciler that uses this host.
+  class User {
+   public:
+    // The host is going to end: the user must stop using it, and calls userDel().
+    virtual void hostEnds() = 0;
+
+   protected:
+    ~User() = default;
+  };
+
   virtual ~PolicyHost() = default;
+
+  void userIs(User& user) { users_.insert(&user); }
+  void userDel(User& user) { users_.erase(&user); }
+  // Calls hostEnds() of all users. To be called before the host ends.
+  void dismissUsers() {
+    while (!users_.empty()) {
+      (*users_.begin())->hostEnds();
+    }
+  }
+
   // Runs the passes, and is the clock of the waits.
   [[nodiscard]] virtual Kor::EventLoop& eventLoop() const = 0;
   // Null: nothing is programmed.
@@ -36,6 +57,9 @@ class PolicyHost {
   [[nodiscard]] virtual double asyncTimeout() const = 0;
   // Nothing of the policy is programmed any more. The host may drop the policy or build it again.
   virtual void policyGone(PolicyMapSmKey const& key) = 0;
+
+ private:
+  std::set<User*> users_;
 };
 
 }  // namespace PolicyMap

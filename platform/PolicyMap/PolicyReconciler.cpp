@@ -31,9 +31,11 @@ void PolicyReconciler::serviceIs(Service* service) {
     }
     leaving_ = nullptr;
     abandonTurn();
+    service_->userDel(*this);
   }
   service_ = service;
   if (service != nullptr) {
+    service->userIs(*this);
     Kor::EventLoop& loop = service->eventLoop();
     loopIs(loop);
     retryTimer_.loopIs(loop);

@@ -31,7 +31,8 @@ namespace PolicyMap {
 
 class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
                                              private HelperArbiter::Client,
-                                             private PassRun::Observer {
+                                             private PassRun::Observer,
+                                             private PolicyHost::User {
  public:
   using Policy = PolicyOwner;
   using Service = PolicyHost;
@@ -89,6 +90,7 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
   void granted() override;
   void resultArrived(Kor::String const& error) override;
   void callEnded() override { leave(); }
+  void hostEnds() override { serviceIs(nullptr); }
   void committed(ClassMapMatchOption option) override;
   void deleted(ClassMapMatchOption option) override;
   void updateFailed() override { publish(); }

@@ -116,10 +116,9 @@ ServicePolicySm::ServicePolicySm(Kor::Ptr<PolicyMapTypeConfig const> const& poli
   watches_.aclHelper.objectIs(aclHelper);
 }
 
+// A machine that was taken from the collection may still exist.
 ServicePolicySm::~ServicePolicySm() {
-  for (auto const& entry : policyMapSmIteratorConst()) {
-    entry.value()->serviceIs(nullptr);
-  }
+  parts_->dismissUsers();
 }
 
 Kor::KorType const* ServicePolicySm::fwkType() const {

@@ -598,6 +598,19 @@ TEST_F(ServiceMachine, APolicyMachineTakenFromTheCollectionCanStillDeleteItsPoli
   kept->serviceIs(nullptr);
 }
 
+TEST_F(ServiceMachine, APolicyMachineTakenFromTheCollectionOutlivesIt) {
+  bench.simplePolicy();
+  bench.activate();
+  bench.settle();
+  auto const kept = bench.service->policyMapSm(input);
+  bench.service->policyMapSmDel(input);
+  kept->reconciler().everythingChanged();
+  bench.service = nullptr;
+  EXPECT_FALSE(kept->reconciler().attached());
+  bench.rule("acl", 20);
+  EXPECT_THAT(bench.settle(), IsEmpty());
+}
+
 TEST_F(ServiceMachine, ConfigurationThatItAlreadyHasKeepsTheTree) {
   bench.simplePolicy();
   bench.activate();

@@ -21,6 +21,8 @@ below = {
     'machines': [*platform, 'records'],
     'helper': [*platform, 'records', 'machines'],
     'reflect': [*platform, 'records', 'machines', 'helper'],
+    'testkit': [*platform, 'records', 'machines', 'helper'],
+    'lab': [*platform, 'records', 'machines', 'helper', 'testkit'],
 } | {name: ['Kor', 'PolicyMapExport', *values] for name in values}
 only = {
     ('helper', 'machines'): {'machines/TestClassCommonData'},
@@ -32,7 +34,7 @@ limited = ('PolicyMap/', 'records/', 'helper/', 'machines/', 'reflect/')
 
 faults = []
 files = {}  # name as it is included -> path
-for top in ('platform', 'records', 'helper', 'machines', 'reflect'):
+for top in ('platform', 'records', 'helper', 'machines', 'reflect', 'testkit', 'lab'):
     base = root / top if top == 'platform' else root
     for path in sorted((root / top).rglob('*')):
         if path.suffix in ('.h', '.cpp'):
