@@ -598,7 +598,7 @@ TEST_F(ServiceMachine, APolicyMachineTakenFromTheCollectionCanStillDeleteItsPoli
   kept->serviceIs(nullptr);
 }
 
-TEST_F(ServiceMachine, ConfigurationThatItAlreadyHasKeepsTheTree) {
+TEST_F(ServiceMachine, ObjectsThatItAlreadyHasChangeNothing) {
   bench.simplePolicy();
   bench.activate();
   bench.settle();
@@ -606,6 +606,7 @@ TEST_F(ServiceMachine, ConfigurationThatItAlreadyHasKeepsTheTree) {
   bench.service->policyConfigIs(bench.policies);
   bench.service->classTypeConfigIs(bench.classes);
   bench.service->aclConfigIs(bench.acls);
+  bench.service->aclHelperIs(bench.helper);
   EXPECT_THAT(bench.settle(), IsEmpty());
   EXPECT_THAT(bench.hooks.taken(), IsEmpty());
 }
