@@ -5,6 +5,7 @@
 #include "lab/Prompt.h"
 #include "lab/Trial.h"
 #include "testkit/text/ShownText.h"
+#include "testkit/text/SourceText.h"
 
 #include <Kor/Assert.h>
 #include <Kor/EventLoop.h>

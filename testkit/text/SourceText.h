@@ -34,7 +34,7 @@ POLICYMAPTESTKIT_API std::string toText(SourcePosition const& position);
 POLICYMAPTESTKIT_API std::string excerpt(std::string_view found);
 
 // Returns the text after the byte order mark with which it may start.
-std::string_view withoutByteOrderMark(std::string_view text);
+POLICYMAPTESTKIT_API std::string_view withoutByteOrderMark(std::string_view text);
 
 // Invalid input. what() is "FILE:LINE:COLUMN: expected X, found 'Y'".
 class POLICYMAPTESTKIT_API InputError : public std::runtime_error {

@@ -611,7 +611,7 @@ TEST_F(ServiceMachine, APolicyMachineTakenFromTheCollectionOutlivesIt) {
   EXPECT_THAT(bench.settle(), IsEmpty());
 }
 
-TEST_F(ServiceMachine, ConfigurationThatItAlreadyHasKeepsTheTree) {
+TEST_F(ServiceMachine, ObjectsThatItAlreadyHasChangeNothing) {
   bench.simplePolicy();
   bench.activate();
   bench.settle();
@@ -619,6 +619,7 @@ TEST_F(ServiceMachine, ConfigurationThatItAlreadyHasKeepsTheTree) {
   bench.service->policyConfigIs(bench.policies);
   bench.service->classTypeConfigIs(bench.classes);
   bench.service->aclConfigIs(bench.acls);
+  bench.service->aclHelperIs(bench.helper);
   EXPECT_THAT(bench.settle(), IsEmpty());
   EXPECT_THAT(bench.hooks.taken(), IsEmpty());
 }
