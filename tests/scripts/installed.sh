@@ -25,7 +25,7 @@ if [[ ! -e $BUILD_DIR/platform/libKor.so || ! -e $BUILD_DIR/libPolicyMapTest.so 
   printf 'SKIPPED: no libraries of this tree in %s, so nothing was installed\n' "$BUILD_DIR"
   exit 0
 fi
-components=(PolicyMapPlatform PolicyMapTest)
+components=(PolicyMapPlatform PolicyMapTest PolicyMapTestKit)
 if [[ -x $BUILD_DIR/bin/policymap-lab ]]; then
   components+=(PolicyMapLab)
 else
@@ -38,7 +38,7 @@ for component in "${components[@]}"; do
 done
 
 # Who may be replaced by whom: the name that programs ask for, and the packages' version files.
-for library in Kor PolicyMap PolicyMapTest; do
+for library in Kor PolicyMap PolicyMapTest PolicyMapTestKit; do
   file=$(find "$prefix" -name "lib$library.so")
   name=$(readelf -d "$file" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')
   [[ $name == "lib$library.so.0.1" ]] || fail "lib$library.so is called '$name'"
@@ -54,7 +54,7 @@ fi
 
 # configure [ARGUMENT...]: the library alone, without platform/.
 mkdir "$work/source"
-cp -r "$SOURCE_DIR"/{CMakeLists.txt,LICENSE,cmake,records,helper,machines,reflect} "$work/source/"
+cp -r "$SOURCE_DIR"/{CMakeLists.txt,LICENSE,cmake,records,helper,machines,reflect,testkit} "$work/source/"
 configure() {
   rm -rf "$work/build"
   cmake -G Ninja -S "$work/source" -B "$work/build" -Wno-dev \
