@@ -40,21 +40,6 @@ std::string const broadPolicy =
     "interface Vlan10\n ipv6 address 2001:db8::1/64\n service-policy input P\n"
     "interface Management1\n ip address 10.0.1.1/24\n service-policy input P\n";
 
-TEST(Lab, IsFiveLinesFromTextToAssertion) {
-  Lab lab;
-  lab.load(R"(ip access-list web
-                10 permit tcp any any eq 80
-              class-map match-any web
-                match access-group web
-              policy-map edge
-                class web
-                  set action1 7
-              interface Ethernet1
-                ip address 192.0.2.1/24
-                service-policy input edge)");
-  EXPECT_EQ(lab.record("edge").rule("web 10").action(1), 7U);
-}
-
 TEST(Lab, InvalidTextChangesNothing) {
   Lab lab;
   load(lab, simplePolicy);
