@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/text/RuleParser.h"
 
-#include "lab/RuleConversion.h"
+#include "testkit/text/RuleConversion.h"
 #include "testkit/text/Parsing.h"
 #include "testkit/text/Rules.h"
 
