@@ -257,8 +257,8 @@ class Shell::Parser {
     std::string_view const word = ahead.substr(0, length);
     char const next = length < ahead.size() ? ahead[length] : '\0';
     return isValueWord(word) ||
-           (next == '(' && (word == "Value" || word == "Ptr" || word == "float")) ||
-           next == '\'' || next == '"';
+           (next == '(' && (word == "Value" || word == "Ptr" || word == "float")) || next == '\'' ||
+           next == '"';
   }
   Result literal() {
     Kor::String const text(line_);

@@ -60,8 +60,8 @@ class KOR_API EventLoop {
  public:
   // The loop of the process.
   static EventLoop& global();
-  // The loop that new activities use and whose clock Kor::now() reads: the one that runs, or that of
-  // the innermost Scope; otherwise the global loop.
+  // The loop that new activities use and whose clock Kor::now() reads: the one that runs, or that
+  // of the innermost Scope; otherwise the global loop.
   static EventLoop& current();
 
   // Makes a loop the current one until the end of the scope.

@@ -176,8 +176,8 @@ class KOR_API NotifieeList {
   Entries* entries_ = nullptr;  // null without notifiees
 };
 
-// Base of X::NotifieeConst: registers with an X, and records the class whose hooks it implements. `Base` is
-// NotifieeBase or the NotifieeConst of X's base class.
+// Base of X::NotifieeConst: registers with an X, and records the class whose hooks it implements.
+// `Base` is NotifieeBase or the NotifieeConst of X's base class.
 template <class X, class Base = NotifieeBase>
 class NotifieeOf : public Base {
  public:

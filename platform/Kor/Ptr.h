@@ -8,8 +8,8 @@
 //   Ptr<Thing const> seen = thing;      // 3
 //   Ptr<Thing> self = Kor::share(this); // an existing object: adds to the count
 //
-// Counting is not atomic. A Ptr has the size of a raw pointer. Dereferencing null fails an assertion
-// of source "Kor/Ptr".
+// Counting is not atomic. A Ptr has the size of a raw pointer. Dereferencing null fails an
+// assertion of source "Kor/Ptr".
 
 #include "Kor/Assert.h"
 #include "Kor/Exception.h"

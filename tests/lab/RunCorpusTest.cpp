@@ -2,8 +2,8 @@
 
 // Real inputs, end to end.
 
-#include "testkit/text/Parsing.h"
 #include "lab/Labs.h"
+#include "testkit/text/Parsing.h"
 
 #include <gtest/gtest.h>
 
@@ -44,7 +44,8 @@ std::vector<Counts> countsOfCorpus() {
 
 std::vector<std::string> filesIn(std::string const& folder) {
   std::vector<std::string> files;
-  for (auto const& entry : std::filesystem::directory_iterator(Text::test::corpusFolder() + "/" + folder)) {
+  for (auto const& entry :
+       std::filesystem::directory_iterator(Text::test::corpusFolder() + "/" + folder)) {
     files.push_back(entry.path().string());
   }
   std::sort(files.begin(), files.end());
@@ -65,9 +66,9 @@ TEST_F(RunCorpus, EveryFilterSetExpandsToTheEntriesKnownOfIt) {
   ASSERT_EQ(counts.size(), filesIn("rules").size());
   for (Counts const& row : counts) {
     for (std::string const classes : {"1", "10"}) {
-      Outcome const outcome =
-          runLab({"run", "--json", "--summary", "--sub-rules-for-ports", "--ports-on-any-protocol",
-                  "--classes", classes, "--rules", Text::test::corpusFolder() + "/rules/" + row.file});
+      Outcome const outcome = runLab({"run", "--json", "--summary", "--sub-rules-for-ports",
+                                      "--ports-on-any-protocol", "--classes", classes, "--rules",
+                                      Text::test::corpusFolder() + "/rules/" + row.file});
       ASSERT_EQ(outcome.status, ExitStatus::success) << row.file << ": " << outcome.err;
       EXPECT_EQ(outcome.json()["totals"]["rules"], row.rules) << row.file;
       EXPECT_EQ(outcome.json()["totals"]["subRules"], row.entries) << row.file;
@@ -96,7 +97,7 @@ TEST_F(RunCorpus, EveryListIsProgrammedWhenItIsAttached) {
       text += " match access-group " + name + "\n";
     }
     load(lab, text + "policy-map attached-here\n class attached-here\ninterface Ethernet99\n"
-                         " service-policy output attached-here\n");
+                     " service-policy output attached-here\n");
     std::uint64_t rules = 0;
     for (auto const& [name, list] : lists) {
       rules += lab.configuration().acls()->ipAcl(name)->rules();

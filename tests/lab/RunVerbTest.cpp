@@ -4,8 +4,8 @@
 
 #include "lab/RunVerb.h"
 
-#include "testkit/text/FilterSetGenerator.h"
 #include "lab/Labs.h"
+#include "testkit/text/FilterSetGenerator.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

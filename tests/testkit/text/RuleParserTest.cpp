@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/text/RuleParser.h"
 
-#include "testkit/text/RuleConversion.h"
 #include "testkit/text/Parsing.h"
+#include "testkit/text/RuleConversion.h"
 #include "testkit/text/Rules.h"
 
 #include <gtest/gtest.h>
