@@ -15,9 +15,6 @@
 namespace PolicyMapTestKit::Text::test {
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
-
 TEST(ShownText, ReadableTextStaysAsItIs) {
   for (std::string const text :
        {"", "plain text, 'quoted' \\ and ~", "Zürich → 東京 𝄞 \u00a0\u00ad"}) {
