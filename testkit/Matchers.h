@@ -31,6 +31,9 @@
 
 namespace PolicyMapTestKit {
 
+// Matchers are named as those of Google Mock, and have its functions.
+// NOLINTBEGIN(readability-identifier-naming)
+
 namespace matchers {
 
 inline std::string joined(std::vector<std::string> const& texts) {
@@ -334,5 +337,7 @@ template <class... Lines>
 matchers::CallsMatcher Calls(Lines... lines) {
   return {{std::string(std::move(lines))...}};
 }
+
+// NOLINTEND(readability-identifier-naming)
 
 }  // namespace PolicyMapTestKit

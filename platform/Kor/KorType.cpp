@@ -129,7 +129,7 @@ void KorAttr::attrDel(KorType* type, std::string_view name) {
 
 KorAttr::Ptr KorAttr::attrIs(KorType* type, Name name, KorType const* valueType, Ptr const& keyAttr,
                              Ptr const& indexAttr, AttrFlags flags, AttributeId id) {
-  Ptr const attr(new KorAttr(type, std::move(name), valueType, flags, id));
+  Ptr attr(new KorAttr(type, std::move(name), valueType, flags, id));
   attr->keyType_ = keyAttr ? keyAttr->valueType() : nullptr;
   attr->keyAttr_ = keyAttr;
   attr->indexAttr_ = indexAttr;

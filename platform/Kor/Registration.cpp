@@ -104,7 +104,7 @@ KorAttr::Ptr defNoninstantiatingAttr(KorType* owner, Name name, KorType const* v
                                      KorType const* keyType, KorAttr::AttrFlags flags,
                                      KorAttr::KorAttrIntrospectionFlags introspection,
                                      AttributeId id) {
-  KorAttr::Ptr const attr(new KorAttr(owner, std::move(name), valueType, flags, id));
+  KorAttr::Ptr attr(new KorAttr(owner, std::move(name), valueType, flags, id));
   attr->keyType_ = keyType;
   attr->introspection_ = introspection;
   owner->attrIs(attr);
