@@ -57,10 +57,11 @@ Lab::Lab(LabOptions const& options)
   });
 }
 
-// The machine goes first, and the helper is not told of anything that goes after it.
+// A test may hold the helper, which must not refer to the lab after it.
 Lab::~Lab() {
   machine_ = nullptr;
   helper_->aroundIs({});
+  helper_->journalDel();
 }
 
 void Lab::load(std::string_view policyText) {

@@ -21,9 +21,12 @@ class POLICYMAPTESTKIT_API RecordingHelper final
   // Called in place of each operation. `proceed` carries it out; the error in `call` is returned.
   using Around = std::function<void(HelperCall& call, std::function<void()> const& proceed)>;
 
-  // `journal` must outlive the helper's use; null: none is written.
+  // `journal` must exist until journalDel(); null: none is written.
   RecordingHelper(bool updateActionSupported, bool expandPortChannels, Journal* journal);
   ~RecordingHelper() override;
+
+  // No journal is written from now on.
+  void journalDel() { journal_ = nullptr; }
 
   void aroundIs(Around around) { around_ = std::move(around); }
 

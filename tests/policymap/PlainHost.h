@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// PlainHost: a service-policy machine as the reconciler of a policy sees it, with settable answers.
+// PlainHost: a service-policy machine as seen by the reconciler of a policy. A test sets what its
+// functions return.
 
 #include "policymap/PolicyBench.h"
 

@@ -95,6 +95,8 @@ TEST(Lab, LeavesNothingBehind) {
   EXPECT_EQ(Kor::EventLoop::global().pending(), pending);
   EXPECT_EQ(&Kor::EventLoop::current(), &Kor::EventLoop::global());
   EXPECT_EQ(helper->testDatas(), 1U) << "a test that holds the records can read them";
+  helper->hwInit();  // writes to no journal
+  helper->asyncTriggerInc(1);
 }
 
 TEST(Lab, RefusesAFaultThatDoesNotExist) {
