@@ -57,6 +57,9 @@ if(POLICYMAPTEST_SANITIZE)
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=address,leak,undefined)
 else()
+  # A function that crosses one more cache line runs up to a third slower. With a fixed alignment, a
+  # benchmark compares code and not the addresses that the linker gives it.
+  add_compile_options(-falign-functions=64)
   # Drops unreferenced sections. Data that is only read through its section must be retained.
   add_compile_options(-ffunction-sections -fdata-sections)
   add_link_options(-Wl,--gc-sections -Wl,--no-undefined)

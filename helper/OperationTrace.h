@@ -84,9 +84,11 @@ struct OperationLine {
   }
 };
 
+// Inlined, so that the arguments are only put together if the line is written.
 template <class... T>
-void traceOperation(std::string_view result, std::string_view operation,
-                    Traced<T> const&... arguments) {
+[[gnu::always_inline]] inline void traceOperation(std::string_view result,
+                                                  std::string_view operation,
+                                                  Traced<T> const&... arguments) {
   KOR_TRACE_LINE(traceHandle(), 8, (OperationLine<T...>{result, operation, {arguments...}}));
 }
 

@@ -8,7 +8,7 @@ namespace PolicyMapTest {
 // The source name of the library's trace lines and assertions.
 inline constexpr char const* sourceName = "PolicyMapTestSm";
 
-inline Kor::TraceHandle const& traceHandle() {
+[[gnu::always_inline]] inline Kor::TraceHandle const& traceHandle() {
   static Kor::TraceHandle const handle(sourceName);
   return handle;
 }

@@ -109,12 +109,13 @@ class Collection {
   // For a value collection: overwrites in place or creates. An equal value does not notify.
   template <class Owner>
   void set(Owner& owner, Key const& key, Value const& value) {
-    Kor::Ptr<Member> entry = find(key);
-    if (!entry) {
-      entry = Attribute::create(owner, key, value);
-    } else if (entry->value() == value) {
+    Member* const present = map_.find(key);
+    if (present != nullptr && present->value() == value) {
       return;
-    } else {
+    }
+    Kor::Ptr<Member> const entry =
+        present != nullptr ? share(present) : Attribute::create(owner, key, value);
+    if (present != nullptr) {
       entry->valueIs(value);
     }
     Attribute::notify(owner, entry);

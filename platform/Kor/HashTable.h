@@ -8,6 +8,9 @@
 // in ascending reversed hash, whatever k is. Neither growth, which splits chains, nor shrinking,
 // which joins them, disturbs an iteration. Keys are equal by `==`. A member's hash is computed
 // once, when it is linked.
+//
+// A table shrinks when an iteration starts, not when members are removed: only iterations visit
+// empty buckets, and a table that is emptied and filled again need not grow again.
 
 #include "Kor/Hash.h"
 #include "Kor/HashMapLink.h"
@@ -67,17 +70,14 @@ class HashTable {
     }
     Kor::Ptr<Member> removed = share(member);
     unlink(bucket, before, member);
-    shrinkIfSparse();
     return removed;
   }
 
-  void clear() {
-    unlinkAll();
-    shrinkIfSparse();
-  }
+  void clear() { unlinkAll(); }
 
   // The first member, null if empty; the next after a linked member, null after the last.
   [[nodiscard]] Member* first() const {
+    shrinkIfSparse();
     if (members_ == 0) {
       return nullptr;
     }
@@ -105,7 +105,8 @@ class HashTable {
   }
 
   // Links a member that is in no map. Replaces a member with an equal key and returns the old one.
-  Kor::Ptr<Member> insertUnlinked(Member* t) {
+  // Inlined, because most types insert at one place.
+  [[gnu::always_inline]] Kor::Ptr<Member> insertUnlinked(Member* t) {
     auto const& key = t->fwkKey();
     std::uint32_t const reversed = bitReverse(hashOf(key));
     // At most half full, so most chains have one member.
@@ -226,7 +227,7 @@ class HashTable {
 
   // Doubles the buckets. A chain is ordered by reversed hash, so it is cut at the first member
   // whose next bit is set. No key is hashed again.
-  void grow() {
+  [[gnu::noinline]] void grow() {
     std::uint32_t const oldCount = bucketCount();
     auto* const wider = new Member*[std::size_t{2} * oldCount];
     std::uint32_t const bit = 0x80000000U >> bits_;
@@ -251,7 +252,7 @@ class HashTable {
 
   // Growth leaves a map a quarter full, so a map that has just grown or shrunk is far from the
   // other threshold.
-  void shrinkIfSparse() {
+  void shrinkIfSparse() const {
     constexpr std::uint32_t smallest = 16;
     while (members_ < bucketCount() / 16 && bucketCount() > smallest)
       [[unlikely]] {
@@ -262,8 +263,8 @@ class HashTable {
   }
 
   // Halves the buckets. Each new chain joins two neighbours, so the order stays. Without memory the
-  // map stays as it is, because a removal must not fail.
-  bool shrink() {
+  // map stays as it is, because an iteration must not fail.
+  [[gnu::noinline]] bool shrink() const {
     std::uint32_t const newCount = bucketCount() / 2;
     auto* const narrower = new (std::nothrow) Member*[newCount];
     if (narrower == nullptr) {
@@ -287,18 +288,19 @@ class HashTable {
     return true;
   }
 
-  void replaceBuckets(Member** buckets) {
+  void replaceBuckets(Member** buckets) const {
     if (buckets_ != &single_) {
       delete[] buckets_;
     }
     buckets_ = buckets;
   }
 
-  Member** buckets_ = &single_;  // small tables need no allocation
-  Member* single_ = nullptr;
+  // Mutable: the number of buckets is not part of the table's value.
+  mutable Member** buckets_ = &single_;  // small tables need no allocation
+  mutable Member* single_ = nullptr;
+  mutable std::uint32_t bits_ = 0;
   std::uint32_t members_ = 0;
   std::uint32_t removals_ = 0;
-  std::uint32_t bits_ = 0;
   mutable std::uint32_t firstBucket_ = 0;  // advances when first() finds nothing
 };
 

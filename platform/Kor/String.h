@@ -63,7 +63,7 @@ class KOR_API String8 {
 
   // Compares unsigned bytes; a prefix is less.
   friend bool operator==(String8 const& a, String8 const& b) {
-    return a.text_ == b.text_ || (a.hash() == b.hash() && a.view() == b.view());
+    return a.text_ == b.text_ || sameText(a, b);
   }
   friend std::strong_ordering operator<=>(String8 const& a, String8 const& b) {
     return a.view() <=> b.view();
@@ -79,6 +79,10 @@ class KOR_API String8 {
   [[nodiscard]] IteratorConst end() const;
 
  private:
+  static bool sameText(String8 const& a, String8 const& b) {
+    return a.hash() == b.hash() && a.view() == b.view();
+  }
+
   struct Text {
     std::uint32_t references;
     std::uint32_t hash;
