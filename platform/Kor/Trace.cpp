@@ -106,6 +106,16 @@ void traceLevelIs(std::string_view source, int level) {
   }
 }
 
+std::vector<std::string_view> traceSources() {
+  std::vector<std::string_view> names;
+  for (TraceHandle const* const handle : registry().handles) {
+    names.push_back(handle->name());
+  }
+  std::sort(names.begin(), names.end());
+  names.erase(std::unique(names.begin(), names.end()), names.end());
+  return names;
+}
+
 TraceSink traceSinkIs(TraceSink sink) {
   return std::exchange(registry().sink, sink ? std::move(sink) : TraceSink(writeToStderr));
 }

@@ -16,6 +16,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Kor {
 
@@ -45,6 +46,9 @@ class KOR_API TraceHandle {
 
 // Sets the level of all handles of that name, including those created later. "*" means all handles.
 KOR_API void traceLevelIs(std::string_view source, int level);
+// The names of all handles that exist, ascending, unique. The libraries create theirs when they are
+// loaded.
+[[nodiscard]] KOR_API std::vector<std::string_view> traceSources();
 // Installs a sink and returns the previous one. An empty sink restores the print to stderr.
 KOR_API TraceSink traceSinkIs(TraceSink sink);
 

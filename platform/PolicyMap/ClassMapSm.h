@@ -123,6 +123,9 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   // Why the class must not be programmed, over all options; empty if it may be. Compiles stale
   // rules, which may write the status.
   [[nodiscard]] Kor::String ruleError();
+  // The objects that the rules refer to and that did not exist when they were last compiled, e.g.
+  // "ip access-list a".
+  [[nodiscard]] std::vector<std::string> const& missing() const { return compiledRules_.missing(); }
   // Publishes whether rules of the class are programmed, and the failure of the last pass.
   void programStateIs(bool programmed, Kor::String const& error);
   // `owner` must outlive this machine or be reset before. Null: no owner.

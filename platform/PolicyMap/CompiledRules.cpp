@@ -28,17 +28,16 @@ void CompiledRules::compile(Kor::Ptr<ClassMapSubConfig const> const& classMap) {
                    globalData_ ? globalData_->aclConfig() : nullptr);
   rules_ = compiled.rules;
   error_ = compiled.error;
-  std::string missing;
-  for (std::string const& name : compiled.missing) {
-    missing += (missing.empty() ? "missing " : ", missing ") + name;
-  }
-  missing_ = missing;
+  missing_ = compiled.missing;
   dependOn(compiled);
 }
 
 Kor::String CompiledRules::problems(Kor::String const& programError) const {
-  Kor::String const& first = programError.empty() ? error_ : programError;
-  return first.empty() || missing_.empty() ? first + missing_ : first + ", " + missing_;
+  std::string text = (programError.empty() ? error_ : programError).stdString();
+  for (std::string const& name : missing_) {
+    text += (text.empty() ? "missing " : ", missing ") + name;
+  }
+  return text;
 }
 
 void CompiledRules::dependOn(CompiledClass const& compiled) {

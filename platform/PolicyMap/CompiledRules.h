@@ -18,6 +18,8 @@
 #include "PolicyMapExport.h"
 
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace PolicyMap {
 
@@ -43,6 +45,8 @@ class POLICYMAP_API CompiledRules {
   }
   // Why the class must not be programmed, over all options; empty if it may be.
   [[nodiscard]] Kor::String const& error() const { return error_; }
+  // The missing objects that the class refers to, e.g. "ip access-list a".
+  [[nodiscard]] std::vector<std::string> const& missing() const { return missing_; }
   // All problems as one text: `programError`, or error() if that is empty, followed by the missing
   // objects: 'no room, missing ip access-list a, missing class-map b'.
   [[nodiscard]] Kor::String problems(Kor::String const& programError) const;
@@ -54,7 +58,7 @@ class POLICYMAP_API CompiledRules {
   PerOption<ClassRules::PtrConst> rules_;
   bool stale_ = true;
   Kor::String error_;
-  Kor::String missing_;  // the missing objects that the class refers to
+  std::vector<std::string> missing_;
   // Last member: it must leave the index before the global data are released.
   DependencyIndex::Dependent dependencies_;
 };

@@ -54,6 +54,28 @@ bool DuePasses::any() const {
          std::any_of(state_.begin(), state_.end(), [](OptionState const& o) { return o.due(); });
 }
 
+PolicyProgress DuePasses::progress(ClassMapMatchOption option, PolicyHost const& host,
+                                   PresentPolicy const& present,
+                                   std::optional<double> nextTry) const {
+  OptionState const& state = state_[option];
+  PolicyProgress progress{ProgrammingState::noIntf, known(present, state)};
+  if (!!state.failure) {
+    progress.state =
+        state.failure.operation().empty() ? ProgrammingState::refused : ProgrammingState::failed;
+    progress.failure = state.failure;
+    progress.nextTry = state.retry ? nextTry : std::nullopt;
+  } else if (state.due() || (progress.programmed && anyActions())) {
+    progress.state = ProgrammingState::due;
+  } else if (progress.programmed) {
+    progress.state = ProgrammingState::programmed;
+  } else if (state.noClasses) {
+    progress.state = ProgrammingState::nothingToProgram;
+  } else if (!host.allowsOption(option)) {
+    progress.state = ProgrammingState::optionNotAllowed;
+  }
+  return progress;
+}
+
 std::optional<Pass> DuePasses::next(Turn& turn) {
   for (ClassMapMatchOption const option : allMatchOptions) {
     if (!turn.over() && state_[option].due()) {
@@ -72,6 +94,7 @@ std::optional<Pass> DuePasses::optionPass(ClassMapMatchOption option, Turn& turn
   if (!rulesDue && state.noClasses && !unwanted() && !turn.present(option).owned) {
     return std::nullopt;
   }
+  std::string_view const cause = causeOf(state, rulesDue);
   HelperTraits const traits(turn.helper());
   WantedPolicy const wanted = wantedPolicy(option, rulesDue, traits, turn);
   if (turn.over()) {
@@ -91,7 +114,26 @@ std::optional<Pass> DuePasses::optionPass(ClassMapMatchOption option, Turn& turn
       turn.refused(option);
     }
   }
+  if (plan.pass) {
+    plan.pass->cause = cause;
+  }
   return std::move(plan.pass);
+}
+
+std::string_view DuePasses::causeOf(OptionState const& state, bool rulesDue) const {
+  if (restart_) {
+    return "replaced configuration";
+  }
+  if (!wanted_) {
+    return "not wanted";
+  }
+  if (state.retry) {
+    return "retry";
+  }
+  if (state.recreate) {
+    return "to be programmed again";
+  }
+  return rulesDue ? "rules changed" : "interfaces changed";
 }
 
 WantedPolicy DuePasses::wantedPolicy(ClassMapMatchOption option, bool rulesDue,
@@ -156,6 +198,7 @@ std::optional<Pass> DuePasses::updatePass(Turn& turn) {
   if (pass.steps.empty()) {
     return std::nullopt;
   }
+  pass.cause = "actions changed";
   if (turn.helper().updateActionSupported()) {
     return pass;
   }

@@ -12,9 +12,11 @@
 #include "PolicyMap/PassPlan.h"
 #include "PolicyMap/PolicyHost.h"
 #include "PolicyMap/PolicyOwner.h"
+#include "PolicyMap/PolicyProgress.h"
 
 #include <optional>
 #include <set>
+#include <string_view>
 
 namespace PolicyMap {
 
@@ -58,12 +60,18 @@ class POLICYMAP_API DuePasses {
   [[nodiscard]] bool unwanted() const { return !wanted_ || restart_; }
 
   [[nodiscard]] bool any() const;
+  // What has become of an option, apart from a pending result. `nextTry` is when failures are
+  // retried.
+  [[nodiscard]] PolicyProgress progress(ClassMapMatchOption option, PolicyHost const& host,
+                                        PresentPolicy const& present,
+                                        std::optional<double> nextTry) const;
   // Consumes marks until one needs a pass. Returns none if nothing else is due or the turn is over.
   std::optional<Pass> next(Turn& turn);
 
  private:
   [[nodiscard]] bool anyActions() const { return allActions_ || !changedActions_.empty(); }
   std::optional<Pass> optionPass(ClassMapMatchOption option, Turn& turn);
+  [[nodiscard]] std::string_view causeOf(OptionState const& state, bool rulesDue) const;
   std::optional<Pass> updatePass(Turn& turn);
   WantedPolicy wantedPolicy(ClassMapMatchOption option, bool rulesDue, HelperTraits const& traits,
                             Turn& turn);

@@ -16,7 +16,7 @@ void HelperArbiter::initialize(std::function<void()> const& hwInit) {
     hwInit();
     return Kor::String();
   });
-  if (result.threw) {
+  if (!result.carriedOut) {
     KOR_TRACE_LINE(traceHandle(), 1, "hwInit: " << result.error);
   }
 }

@@ -24,6 +24,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -46,9 +47,10 @@ class POLICYMAP_API HelperArbiter {
   };
 
   // The result of an operation, "" for success. An operation that throws has failed with the text
-  // of the exception, and is treated as not carried out.
+  // of the exception, and was not carried out.
   struct Result {
     Kor::String error;
+    bool carriedOut = true;
     bool threw = false;
   };
 
@@ -82,17 +84,29 @@ class POLICYMAP_API HelperArbiter {
   // Policies that the client has created remain, but belong to no client.
   void disown(PolicyMapSmKey const& key, Client const& client);
 
+  // Why the operations that follow are called, e.g. "rules changed"; a literal. For helpers that
+  // record it.
+  [[nodiscard]] std::string_view cause() const { return cause_; }
+  void causeIs(std::string_view cause) { cause_ = cause; }
+
   // True while an operation is on the stack.
   [[nodiscard]] bool calling() const { return calls_ != 0; }
   // Calls callEnded() of the client after the operation on the stack has returned.
   void afterCall(Client& client) { waiting_.push_back(&client); }
+
+  // The operation on the stack is not carried out, although it will return a text.
+  void notCarriedOut() { notCarriedOut_ = true; }
 
   // Calls an operation that returns a text.
   template <class Operation>
   Result call(Operation&& operation) {
     Kor::Ptr<Kor::PtrInterface> const pinned = Kor::share(&helper_);
     ++calls_;
+    bool const outer = std::exchange(notCarriedOut_, false);
     Result result = resultOf(operation);
+    if (std::exchange(notCarriedOut_, outer) && !result.error.empty()) {
+      result.carriedOut = false;
+    }
     if (--calls_ == 0) {
       callsEnded();
     }
@@ -127,9 +141,9 @@ class POLICYMAP_API HelperArbiter {
     try {
       return {operation()};
     } catch (std::exception const& exception) {
-      return {std::string("exception: ") + exception.what(), true};
+      return {std::string("exception: ") + exception.what(), false, true};
     } catch (...) {
-      return {"exception", true};
+      return {"exception", false, true};
     }
   }
   void callsEnded();
@@ -142,7 +156,9 @@ class POLICYMAP_API HelperArbiter {
   std::deque<Client*> queue_;
   bool granting_ = false;
   Kor::Timer grantTimer_;
+  std::string_view cause_;
   unsigned calls_ = 0;
+  bool notCarriedOut_ = false;    // the innermost call
   std::vector<Client*> waiting_;  // for callEnded()
   bool expectingResult_ = false;  // an operation on the stack may get its result inside the call
   std::optional<Kor::String> early_;  // the result that arrived inside the call

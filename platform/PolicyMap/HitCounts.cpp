@@ -25,7 +25,7 @@ HitCounts readHitCounts(PolicyMapAclHelper& helper,
         count = helper.getCountForRule(key, policyData, counted.data);
         return Kor::String();
       });
-      if (!result.threw) {
+      if (result.carriedOut) {
         counts.emplace(key, count);
       } else {
         KOR_TRACE_LINE(traceHandle(), 1, "no hit count for " << key << ": " << result.error);

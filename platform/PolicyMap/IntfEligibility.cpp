@@ -35,22 +35,34 @@ bool IntfEligibility::isLayer2(Vorel::IntfId intf) const {
   return (intf.isPhysical() || intf.isPortChannel()) && !isLayer3(intf);
 }
 
-bool IntfEligibility::isAllowed(Vorel::IntfId intf, AllowedKinds const& kinds) const {
+IntfObstacle IntfEligibility::obstacle(Vorel::IntfId intf, AllowedKinds const& kinds) const {
+  auto const servedIf = [](bool allowed) {
+    return allowed ? IntfObstacle::none : IntfObstacle::notServed;
+  };
   if (intf.isManagement()) {
-    return kinds.management;
+    return servedIf(kinds.management);
   }
   if (isLayer3(intf)) {
-    return kinds.layer3;
+    return servedIf(kinds.layer3);
   }
-  return isLayer2(intf) && kinds.layer2;
+  return isLayer2(intf) ? servedIf(kinds.layer2) : IntfObstacle::noLayer;
 }
 
-bool IntfEligibility::allowsOption(Vorel::IntfId intf, ClassMapMatchOption option) const {
+IntfObstacle IntfEligibility::obstacle(Vorel::IntfId intf, ClassMapMatchOption option) const {
+  auto const unless = [](bool allowed, IntfObstacle obstacle) {
+    return allowed ? IntfObstacle::none : obstacle;
+  };
   return forOption(
-      option, [&] { return isLayer2(intf) || hasIp(intf); },
-      [&] { return isLayer2(intf) || hasIp6(intf); },
-      [&] { return isLayer2(intf) || (isLayer3(intf) && intf.isPhysical()); },
-      [&] { return statuses_.routing != nullptr && statuses_.routing->routing(); });
+      option, [&] { return unless(isLayer2(intf) || hasIp(intf), IntfObstacle::noAddress); },
+      [&] { return unless(isLayer2(intf) || hasIp6(intf), IntfObstacle::noAddress); },
+      [&] {
+        return unless(isLayer2(intf) || (isLayer3(intf) && intf.isPhysical()),
+                      IntfObstacle::notPhysical);
+      },
+      [&] {
+        return unless(statuses_.routing != nullptr && statuses_.routing->routing(),
+                      IntfObstacle::notRouting);
+      });
 }
 
 }  // namespace PolicyMap

@@ -12,7 +12,22 @@
 #include "Routing6/RoutingInfo.h"
 #include "Vorel/IntfId.h"
 
+#include <cstdint>
+
 namespace PolicyMap {
+
+// Why an interface does not carry the rules of a policy.
+enum class IntfObstacle : std::uint8_t {
+  none,         // it may carry them
+  absent,       // the interface does not exist or is shut down
+  excluded,     // the service-policy machine rejects it for a reason of its own
+  noLayer,      // neither layer 2 nor layer 3
+  notServed,    // policies on interfaces of its kind are not served
+  noAddress,    // layer 3 without an address of the option
+  notPhysical,  // layer 3, but not physical
+  notRouting,   // routing is off
+  noMembers,    // a port-channel without existing members
+};
 
 // Null: the status does not exist, so no interface has an address or is routed.
 struct IntfStatuses {
@@ -40,11 +55,19 @@ class POLICYMAP_API IntfEligibility {
   [[nodiscard]] bool isLayer3(Vorel::IntfId intf) const;
   [[nodiscard]] bool isLayer2(Vorel::IntfId intf) const;
 
-  // True if the interface is of an allowed kind. A management interface is neither layer 2 nor
-  // layer 3 here.
-  [[nodiscard]] bool isAllowed(Vorel::IntfId intf, AllowedKinds const& kinds) const;
-  // True if an interface of an allowed kind may carry rules of an option.
-  [[nodiscard]] bool allowsOption(Vorel::IntfId intf, ClassMapMatchOption option) const;
+  // noLayer, notServed, or none if the interface is of an allowed kind. A management interface is
+  // neither layer 2 nor layer 3 here.
+  [[nodiscard]] IntfObstacle obstacle(Vorel::IntfId intf, AllowedKinds const& kinds) const;
+  // Why an interface of an allowed kind may not carry rules of an option: noAddress, notPhysical,
+  // notRouting, or none if it may.
+  [[nodiscard]] IntfObstacle obstacle(Vorel::IntfId intf, ClassMapMatchOption option) const;
+
+  [[nodiscard]] bool isAllowed(Vorel::IntfId intf, AllowedKinds const& kinds) const {
+    return obstacle(intf, kinds) == IntfObstacle::none;
+  }
+  [[nodiscard]] bool allowsOption(Vorel::IntfId intf, ClassMapMatchOption option) const {
+    return obstacle(intf, option) == IntfObstacle::none;
+  }
 
  private:
   IntfStatuses statuses_;

@@ -63,6 +63,8 @@ struct Pass {
   ProgrammedClasses classes = {};
   PortExpansion expansion = PortExpansion::rangeChecker;
   Capabilities capabilities = {};
+  // Why the pass is due, for the trace.
+  std::string_view cause = {};
 };
 
 }  // namespace PolicyMap

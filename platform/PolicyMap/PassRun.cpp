@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PolicyMap/PassRun.h"
 
-#include "PolicyMap/Trace.h"
+#include "PolicyMap/PassTrace.h"
 
 #include <algorithm>
 
@@ -16,7 +16,9 @@ PassRun::PassRun(Pass pass, Kor::Ptr<PolicyMapAclHelper> helper,
       client_(client),
       policyData_(std::move(policyData)),
       state_(state),
-      observer_(observer) {}
+      observer_(observer) {
+  tracePass(policyData_->policyKey(), pass_);
+}
 
 // calls -----------------------------------------------------------------------------------
 
@@ -25,6 +27,7 @@ PassRun::Outcome PassRun::outcomeOf(HelperArbiter::Result const& result) {
     return Outcome::abandoned;
   }
   error_ = result.error;
+  carriedOut_ = result.carriedOut;
   threw_ = result.threw;
   return error_.empty() ? Outcome::done : Outcome::failed;
 }
@@ -46,11 +49,15 @@ PassRun::Outcome PassRun::callAsync(Operation&& operation) {
 // the pass --------------------------------------------------------------------------------
 
 PassRun::Outcome PassRun::run() {
+  arbiter_.causeIs(pass_.cause);
   while (next_ < pass_.steps.size()) {
     Step const step = pass_.steps[next_++];  // copied, because steps may be added
     Outcome outcome = perform(step);
     if (outcome == Outcome::done || outcome == Outcome::failed) {
       outcome = settle(step, outcome);
+    }
+    if (outcome == Outcome::pending) {
+      traceStep(policyData_->policyKey(), step, "pending");
     }
     if (outcome != Outcome::done) {
       return outcome;
@@ -61,12 +68,12 @@ PassRun::Outcome PassRun::run() {
 
 PassRun::Outcome PassRun::resultIs(Kor::String const& error) {
   error_ = error;
-  Outcome const outcome =
-      settle(pass_.steps[next_ - 1], error.empty() ? Outcome::done : Outcome::failed);
+  Outcome const outcome = settle(pendingStep(), error.empty() ? Outcome::done : Outcome::failed);
   return outcome == Outcome::done ? run() : outcome;
 }
 
 PassRun::Outcome PassRun::settle(Step const& step, Outcome outcome) {
+  traceStep(policyData_->policyKey(), step, outcome == Outcome::failed ? error_.view() : "done");
   if (outcome == Outcome::failed) {
     return failed(step);
   }
@@ -104,6 +111,7 @@ void PassRun::succeeded(Step const& step) {
 PassRun::Outcome PassRun::failed(Step const& step) {
   AclRuleKey const rule = std::exchange(failedRule_, std::nullopt).value_or(AclRuleKey());
   PolicyFailure const failure(error_, Kor::String(nameOf(step.operation)), rule.className(), rule);
+  traceFailure(policyData_->policyKey(), failure);
   if (!failure_) {
     failure_ = failure;
   } else {
@@ -158,11 +166,13 @@ PassRun::Outcome PassRun::create(Step const& step) {
   // Recorded before the call: the policy exists, without rules, whatever the operation returns.
   arbiter_.createdIs(key, step.option, &client_);
   state_[step.option].classes.clear();
-  if (step.operation == HelperOperation::recreatePolicy) {
-    return call([&] { return helper_->recreatePolicy(policyData_, step.option); });
-  }
-  Outcome const outcome = call([&] { return helper_->createPolicy(policyData_, step.option); });
-  if (outcome == Outcome::failed && threw_) {
+  bool const again = step.operation == HelperOperation::recreatePolicy;
+  Outcome const outcome = call([&] {
+    return again ? helper_->recreatePolicy(policyData_, step.option)
+                 : helper_->createPolicy(policyData_, step.option);
+  });
+  // A re-creation that threw has not even deleted the policy.
+  if (outcome == Outcome::failed && !carriedOut_ && !(again && threw_)) {
     arbiter_.createdDel(key, step.option);
   }
   return outcome;
@@ -302,7 +312,7 @@ PassRun::Outcome PassRun::deletePolicy(ClassMapMatchOption option) {
   if (outcome == Outcome::abandoned) {
     return outcome;
   }
-  if (threw_) {
+  if (!carriedOut_) {
     arbiter_.createdIs(policyData_->policyKey(), option, &client_);
     state_[option].recreate = true;
     deletionThrew_ = true;
@@ -323,7 +333,7 @@ HelperArbiter::Result PassRun::takeDown(PolicyMapAclHelper& helper,
   if (arbiter.created(key, option) && (creator == nullptr || creator == &client)) {
     arbiter.createdDel(key, option);
     result = arbiter.call([&] { return helper.deletePolicy(policyData, option); });
-    if (result.threw) {
+    if (!result.carriedOut) {
       arbiter.createdIs(key, option, nullptr);
       return result;
     }

@@ -53,9 +53,15 @@ class POLICYMAP_API PassRun {
   void abandon() { abandoned_ = true; }
 
   [[nodiscard]] Pass const& pass() const { return pass_; }
+  // True if the pass reconciles the option, or updates actions, which may be those of any option.
+  [[nodiscard]] bool concerns(ClassMapMatchOption option) const {
+    return pass_.kind == PassKind::updateActions || pass_.option == option;
+  }
+  // The step whose result is pending. Valid only while one is.
+  [[nodiscard]] Step const& pendingStep() const { return pass_.steps[next_ - 1]; }
   // The first failure of the run. Default value: no failure.
   [[nodiscard]] PolicyFailure const& failure() const { return failure_; }
-  // True if a deletion threw, so that the policy is still created.
+  // True if a deletion was not carried out, so that the policy is still created.
   [[nodiscard]] bool deletionThrew() const { return deletionThrew_; }
 
   // Deletes the policy that the client has created for one option, and clears state and policy
@@ -107,6 +113,7 @@ class POLICYMAP_API PassRun {
   PolicyFailure failure_ = {};
   Kor::String error_ = {};                     // of the operation that failed last
   std::optional<AclRuleKey> failedRule_ = {};  // of that operation
+  bool carriedOut_ = true;
   bool threw_ = false;
   bool deletionThrew_ = false;
   bool abandoned_ = false;

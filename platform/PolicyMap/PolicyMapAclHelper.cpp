@@ -19,6 +19,11 @@ Kor::KorType* PolicyMapAclHelper::_fwkType() {
   return &type;
 }
 
+Kor::String PolicyMapAclHelper::notCarriedOut(Kor::String error) {
+  arbiter_->notCarriedOut();
+  return error;
+}
+
 Kor::String PolicyMapAclHelper::showAclRule(AclRuleKey const& /*key*/) const {
   return {};
 }

@@ -3,10 +3,22 @@
 
 // The hardware interface. Implement it to program a forwarding chip.
 //
-// Every operation that returns a text returns "" for success and a message for failure. An
-// operation that throws is treated as failed and not carried out. With asyncOperations, "" from the
-// commit and interface operations means "accepted"; the result follows through
-// asyncOperationResultIs(), after the call or inside it. At most one operation is outstanding.
+// What the result of an operation means to the core:
+//
+//   ""            it was carried out. With asyncOperations, from a commit or interface operation:
+//                 accepted; the result follows through asyncOperationResultIs(), after the call or
+//                 inside it. At most one operation is outstanding
+//   a text        it was carried out, and failed: the policy is deleted, and programmed again
+//   later.
+//                 A createPolicy() with a text has created the policy, and a deletePolicy() with a
+//                 text has deleted it
+//   an exception  it was not carried out, and failed. A policy whose createPolicy() threw does not
+//                 exist and is not deleted. A policy whose deletePolicy() threw still exists; the
+//                 deletion is tried again. After any other operation the policy is deleted, as
+//                 after a text
+//
+// A text returned as notCarriedOut(text) has the meaning of an exception, with one difference: a
+// recreatePolicy() with it has deleted the policy and not created it again.
 
 #include "Kor/Notifiee.h"
 #include "Kor/PtrInterface.h"
@@ -101,6 +113,14 @@ class POLICYMAP_API PolicyMapAclHelper : public Kor::PtrInterface, public Kor::N
 
   // Reports the result of an asynchronous operation. A signal: equal results notify too.
   virtual void asyncOperationResultIs(AsyncOperationResult const& result);
+
+  // Returns `error`, not empty, and marks the operation that is being called as not carried out. To
+  // be used in its return statement:
+  //
+  //   Kor::String createPolicy(...) override {
+  //     return full() ? notCarriedOut("no room") : AclHelper::createPolicy(...);
+  //   }
+  [[nodiscard]] Kor::String notCarriedOut(Kor::String error);
 
   [[nodiscard]] bool updateActionSupported() const { return updateActionSupported_; }
   [[nodiscard]] bool reprogramPolicyOnIntfChange() const { return reprogramPolicyOnIntfChange_; }

@@ -2,6 +2,7 @@
 #include "PolicyMap/PolicyReconciler.h"
 
 #include "PolicyMap/HitCounts.h"
+#include "PolicyMap/PassTrace.h"
 
 #include <algorithm>
 #include <sstream>
@@ -64,19 +65,8 @@ void PolicyReconciler::relevantChange() {
 }
 
 void PolicyReconciler::scheduleRetry() {
-  if (service_ != nullptr) {
-    retryTimer_.schedule(service_->retryMin(), service_->retryMax());
-  }
-}
-
-void PolicyReconciler::countsRequested() {
-  countsRequested_ = true;
-  schedule();
-}
-
-void PolicyReconciler::wantedIs(bool wanted) {
-  if (due_.wantedIs(wanted)) {
-    relevantChange();
+  if (service_ != nullptr && retryTimer_.schedule(service_->retryMin(), service_->retryMax())) {
+    traceRetry(policy_.key(), retryTimer_.wait());
   }
 }
 
@@ -154,16 +144,19 @@ void PolicyReconciler::granted() {
 void PolicyReconciler::goOn(std::shared_ptr<PassRun> const& passRun, PassRun::Outcome outcome) {
   switch (outcome) {
   case PassRun::Outcome::abandoned: break;
-  case PassRun::Outcome::pending: resultTimer_.scheduleIn(service_->asyncTimeout()); break;
+  case PassRun::Outcome::pending:
+    waitingSince_ = service_->eventLoop().now();
+    resultTimer_.scheduleIn(service_->asyncTimeout());
+    break;
   default: passEnded(*passRun);
   }
 }
 
 void PolicyReconciler::resultArrived(Kor::String const& error) {
-  Kor::Ptr<Kor::PtrInterface> const pinned = policy_.pinned();
-  Kor::Ptr<PolicyMapAclHelper> const helper = helper_;
+  auto const pinned = policy_.pinned();
+  auto const helper = helper_;
   resultTimer_.cancel();
-  std::shared_ptr<PassRun> const passRun = passRun_;
+  auto const passRun = passRun_;
   goOn(passRun, passRun->resultIs(error));
 }
 
@@ -171,11 +164,7 @@ void PolicyReconciler::timedOut() {
   helper_->arbiter().abandonResult();
   std::ostringstream text;
   text << "no result within " << service_->asyncTimeout() << " seconds";
-  resultArrived(Kor::String(text.str()));
-}
-
-void PolicyReconciler::committed(ClassMapMatchOption option) {
-  policy_.timeProgrammedIs(option, service_->eventLoop().now());
+  resultArrived(text.str());
 }
 
 void PolicyReconciler::deleted(ClassMapMatchOption option) {
@@ -264,6 +253,7 @@ void PolicyReconciler::leave() {
   // The operation may drop the last references to the machine and the helper.
   Kor::Ptr<Kor::PtrInterface> const pinned = policy_.pinned();
   Kor::Ptr<PolicyMapAclHelper> const helper = leaving_;
+  helper->arbiter().causeIs("replaced helper");
   abandonTurn();
   unsigned const turn = turn_;
   for (ClassMapMatchOption const option : allMatchOptions) {
@@ -311,6 +301,19 @@ PresentPolicy PolicyReconciler::presentPolicy(ClassMapMatchOption option) const 
 bool PolicyReconciler::ownsAnything() const {
   return std::any_of(allMatchOptions.begin(), allMatchOptions.end(),
                      [this](auto const option) { return presentPolicy(option).owned; });
+}
+
+PolicyProgress PolicyReconciler::progress(ClassMapMatchOption option) const {
+  if (service_ == nullptr || !service_->active()) {
+    return {};
+  }
+  auto progress = due_.progress(option, *service_, presentPolicy(option), retryTimer_.dueTime());
+  if (passRun_ && resultTimer_.scheduled() && passRun_->concerns(option)) {
+    progress.state = ProgrammingState::waiting;
+    progress.waitingFor = nameOf(passRun_->pendingStep().operation);
+    progress.waitingSince = waitingSince_;
+  }
+  return progress;
 }
 
 // publishing ------------------------------------------------------------------------------

@@ -22,6 +22,7 @@
 #include "PolicyMap/PassRun.h"
 #include "PolicyMap/PolicyHost.h"
 #include "PolicyMap/PolicyOwner.h"
+#include "PolicyMap/PolicyProgress.h"
 #include "PolicyMap/RetryTimer.h"
 #include "PolicyMap/StatusPublisher.h"
 
@@ -73,14 +74,23 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
     relevantChange();
   }
   // Schedules a read of the hit counts of all programmed rules into the class statuses.
-  void countsRequested();
+  void countsRequested() {
+    countsRequested_ = true;
+    schedule();
+  }
   // False: deletes everything, then calls policyGone() of the service machine.
-  void wantedIs(bool wanted);
+  void wantedIs(bool wanted) {
+    if (due_.wantedIs(wanted)) {
+      relevantChange();
+    }
+  }
   // Deletes everything, then lets the service machine build the policy again.
   void restart() {
     due_.restart();
     relevantChange();
   }
+  // What has become of one option.
+  [[nodiscard]] PolicyProgress progress(ClassMapMatchOption option) const;
   // Called when the helper was replaced. Deletes what this policy created on it: at once, or,
   // inside an operation of the helper, after that returns. A failed deletion is not retried.
   void leaveHelper(Kor::Ptr<PolicyMapAclHelper> const& helper);
@@ -91,7 +101,9 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
   void resultArrived(Kor::String const& error) override;
   void callEnded() override { leave(); }
   void hostEnds() override { serviceIs(nullptr); }
-  void committed(ClassMapMatchOption option) override;
+  void committed(ClassMapMatchOption option) override {
+    policy_.timeProgrammedIs(option, service_->eventLoop().now());
+  }
   void deleted(ClassMapMatchOption option) override;
   void updateFailed() override { publish(); }
 
@@ -127,6 +139,7 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
   std::shared_ptr<PassRun> passRun_;  // shared with the calls that run it
   RetryTimer retryTimer_;
   Kor::Timer resultTimer_;
+  double waitingSince_ = 0;  // while resultTimer_ is scheduled
 };
 
 }  // namespace PolicyMap

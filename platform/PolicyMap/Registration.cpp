@@ -10,6 +10,7 @@
 #include "Ip6/Models.h"
 #include "Lag/Models.h"
 #include "PolicyMap/Models.h"
+#include "PolicyMap/Trace.h"
 #include "Routing/Models.h"
 #include "Routing6/Models.h"
 #include "Vorel/Models.h"
@@ -30,6 +31,7 @@ std::vector<Kor::TypeModel const*> coreModels() {
 }
 
 [[maybe_unused]] bool const registered = [] {
+  PolicyMap::traceHandle();  // known by name from now on
   auto const add = [](std::string_view nameSpace, PolicyMap::Models models) {
     Kor::registerTypes(nameSpace, models);
     Kor::enterTypes(models);

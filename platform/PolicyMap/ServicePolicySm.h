@@ -5,10 +5,9 @@
 // policy-map machine per attached policy-map and direction, and provides them with the helper.
 //
 // Changes are only recorded; policies are programmed from the event loop that is current when the
-// machine is created. Two operations of the
-// helper are called at once: hwInit(), when an active machine is given a helper for the first time,
-// and deletePolicy(), for policies on a helper that is replaced or removed. Destroying the machine
-// calls no operation.
+// machine is created. Two operations of the helper are called at once: hwInit(), when an active
+// machine is given a helper for the first time, and deletePolicy(), for policies on a helper that
+// is replaced or removed. Destroying the machine calls no operation.
 //
 // Its parts: AttachedPolicies (which policies have a machine), PortChannels (members),
 // IntfEligibility (which interfaces may carry policies), ServicePolicyWatches (what it observes),
@@ -198,6 +197,9 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   [[nodiscard]] double asyncTimeout() const { return waits_.asyncTimeout(); }
   [[nodiscard]] bool initialized() const { return initialized_; }
 
+  // The kinds of interfaces that may carry policies, and what the current statuses say.
+  [[nodiscard]] AllowedKinds const& allowedKinds() const { return allowedKinds_; }
+  [[nodiscard]] IntfEligibility eligibility() const;
   // The hardware interfaces of `intf`: itself, or the existing members of a port-channel if the
   // helper expands port-channels.
   [[nodiscard]] std::vector<Vorel::IntfId> memberIntfs(Vorel::IntfId intf) const;
@@ -245,7 +247,6 @@ class POLICYMAP_API ServicePolicySm : public Kor::PtrInterface {
   void syncMembers();
   void syncMember(Vorel::IntfId member);
   void allIntfsChanged();
-  [[nodiscard]] IntfEligibility eligibility() const;
 
   Kor::EventLoop& eventLoop_ = Kor::EventLoop::current();
   std::unique_ptr<Parts> parts_;

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <locale>
@@ -200,6 +201,14 @@ TEST_F(TraceEnvironmentDeathTest, WithoutASinkLinesGoToStderr) {
         std::_Exit(0);
       },
       testing::ExitedWithCode(0), testing::StrEq("TraceTestEngine/8: to stderr\n"));
+}
+
+TEST(Trace, SourcesAreListedOnceAndInOrder) {
+  Kor::TraceHandle const again("TraceTestBrake");
+  auto const sources = Kor::traceSources();
+  EXPECT_THAT(sources, testing::IsSupersetOf({"TraceTestBrake", "TraceTestEngine"}));
+  EXPECT_TRUE(std::is_sorted(sources.begin(), sources.end()));
+  EXPECT_EQ(std::count(sources.begin(), sources.end(), "TraceTestBrake"), 1);
 }
 
 }  // namespace

@@ -183,11 +183,30 @@ TEST_F(Arbiter, AnOperationThatThrowsHasFailedWithItsText) {
   auto const answer =
       arbiter.call([]() -> Kor::String { throw std::runtime_error("lost the card"); });
   EXPECT_EQ(answer.error, "exception: lost the card");
+  EXPECT_FALSE(answer.carriedOut);
   EXPECT_TRUE(answer.threw);
   auto const other = arbiter.call([]() -> Kor::String { throw 7; });
   EXPECT_EQ(other.error, "exception");
   EXPECT_FALSE(arbiter.calling());
-  EXPECT_FALSE(arbiter.call([] { return Kor::String("exception: no"); }).threw);
+  EXPECT_TRUE(arbiter.call([] { return Kor::String("exception: no"); }).carriedOut);
+}
+
+TEST_F(Arbiter, AnOperationMaySayThatItWasNotCarriedOut) {
+  auto const refused = arbiter.call([&]() -> Kor::String {
+    // The mark of an inner call is not that of the outer one.
+    EXPECT_TRUE(arbiter.call([] { return Kor::String("inner"); }).carriedOut);
+    arbiter.notCarriedOut();
+    return "no room";
+  });
+  EXPECT_EQ(refused.error, "no room");
+  EXPECT_FALSE(refused.carriedOut);
+  EXPECT_FALSE(refused.threw);
+  EXPECT_TRUE(arbiter.call([] { return Kor::String("no room"); }).carriedOut);
+  auto const succeeded = arbiter.call([&]() -> Kor::String {
+    arbiter.notCarriedOut();
+    return {};
+  });
+  EXPECT_TRUE(succeeded.carriedOut);
 }
 
 TEST_F(Arbiter, InitialisesOnceWhateverComesOfIt) {
