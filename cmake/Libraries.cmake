@@ -15,12 +15,13 @@ endfunction()
 # add_project_library(<name> PACKAGE <package> FOLDERS <folder>... HEADERS_TO <folder>
 #                     [DEPENDS <target>...])
 #
-# Builds lib<name> from all sources below FOLDERS, with the alias <package>::<name>, and installs it
-# and its headers (below include/HEADERS_TO) as part of the package.
+# Builds lib<name> from all sources below FOLDERS, except those in folders named main, with the alias
+# <package>::<name>, and installs it and its headers (below include/HEADERS_TO) as part of the package.
 function(add_project_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "PACKAGE;HEADERS_TO" "FOLDERS;DEPENDS")
   list(TRANSFORM arg_FOLDERS APPEND "/*.cpp" OUTPUT_VARIABLE patterns)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${patterns})
+  list(FILTER sources EXCLUDE REGEX "^${CMAKE_CURRENT_SOURCE_DIR}/[^/]+/main/")
   if(NOT sources)
     message(STATUS "${name}: no source file yet, not built")
     return()
@@ -56,6 +57,28 @@ function(add_project_library name)
       FILES_MATCHING
       PATTERN "*.h")
   endforeach()
+endfunction()
+
+# add_main(<library> PACKAGE <package> SOURCE <file> HEADERS_TO <folder> DEPENDS <target>...)
+#
+# The target <package>::Main: programs that link it compile SOURCE, which defines main().
+function(add_main library)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "PACKAGE;SOURCE;HEADERS_TO" "DEPENDS")
+  set(name ${library}Main)
+  set(installed "${CMAKE_INSTALL_INCLUDEDIR}/${arg_HEADERS_TO}")
+  add_library(${name} INTERFACE)
+  add_library(${arg_PACKAGE}::Main ALIAS ${name})
+  set_target_properties(${name} PROPERTIES EXPORT_NAME Main)
+  target_sources(
+    ${name} INTERFACE "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/${arg_SOURCE}>"
+                      "$<INSTALL_INTERFACE:${installed}/${arg_SOURCE}>")
+  target_link_libraries(${name} INTERFACE ${library} ${arg_DEPENDS})
+  install(TARGETS ${name} EXPORT ${arg_PACKAGE})
+  get_filename_component(folder "${arg_SOURCE}" DIRECTORY)
+  install(
+    FILES ${arg_SOURCE}
+    DESTINATION "${installed}/${folder}"
+    COMPONENT ${arg_PACKAGE})
 endfunction()
 
 # install_license(<component>): installs the licence as share/doc/<component>/LICENSE.
