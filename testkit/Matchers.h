@@ -13,6 +13,7 @@
 // This header needs Google Mock; the test kit itself does not.
 
 #include "testkit/Journal.h"
+#include "testkit/Printers.h"
 #include "testkit/Printing.h"
 #include "testkit/Record.h"
 #include "testkit/text/RuleConversion.h"

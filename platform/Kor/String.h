@@ -50,12 +50,16 @@ class KOR_API String8 {
   void swap(String8& other) noexcept { std::swap(text_, other.text_); }
 
   [[nodiscard]] std::size_t length() const { return text_ == nullptr ? 0 : text_->length; }
+  [[nodiscard]] std::size_t size() const { return length(); }
   [[nodiscard]] bool empty() const { return text_ == nullptr; }
   [[nodiscard]] bool operator!() const { return empty(); }
   // NUL-terminated; valid while this or a copy exists.
   [[nodiscard]] char const* charPtr() const { return text_ == nullptr ? "" : text_->bytes(); }
   [[nodiscard]] std::string_view view() const { return {charPtr(), length()}; }
   [[nodiscard]] std::string stdString() const { return std::string(view()); }
+  // For functions and matchers that take a standard text.
+  // NOLINTNEXTLINE(google-explicit-constructor): text is text
+  operator std::string() const { return stdString(); }
   [[nodiscard]] std::uint32_t hash() const {
     return text_ == nullptr ? hashBytes({}) : text_->hash;
   }
