@@ -33,7 +33,8 @@ std::string failureMessage(CLI::App const* program, CLI::Error const& error) {
   return shownText(error.what()) + usual.substr(size);
 }
 
-// While it exists, trace lines are written to the console's `err`, safe for the terminal.
+// While it exists, trace lines are written to the console's `err`, safe for the terminal. At its
+// end, tracing is off.
 class ShownTraces {
  public:
   explicit ShownTraces(Console const& console)
@@ -43,7 +44,10 @@ class ShownTraces {
             })) {}
   ShownTraces(ShownTraces const&) = delete;
   ShownTraces& operator=(ShownTraces const&) = delete;
-  ~ShownTraces() { Kor::traceSinkIs(std::move(before_)); }
+  ~ShownTraces() {
+    Kor::traceLevelIs("*", 0);
+    Kor::traceSinkIs(std::move(before_));
+  }
 
  private:
   Kor::TraceSink before_;
@@ -62,7 +66,8 @@ ExitStatus runVerb(std::vector<std::unique_ptr<Verb>> const& verbs, Console cons
 
 std::vector<std::unique_ptr<Verb>> makeVerbs(CLI::App& program) {
   std::vector<std::unique_ptr<Verb>> verbs;
-  verbs.push_back(std::make_unique<RunVerb>(program));
+  verbs.push_back(std::make_unique<RunVerb>(program, RunVerb::Output::records));
+  verbs.push_back(std::make_unique<RunVerb>(program, RunVerb::Output::explanations));
   verbs.push_back(std::make_unique<TypesVerb>(program));
   verbs.push_back(std::make_unique<ShellVerb>(program));
   return verbs;

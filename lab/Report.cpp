@@ -118,6 +118,36 @@ std::vector<std::string> interfaceLines(StatusRow const& row, TextStyle const& s
   return lines;
 }
 
+// Failures and missing policy-maps are problems, which are printed too.
+bool isProblem(PolicyMap::Explanation const& explanation) {
+  using enum PolicyMap::ProgrammingState;
+  return explanation.state == failed || explanation.state == refused ||
+         explanation.state == noPolicyMap || !explanation.missing.empty();
+}
+
+void printLines(std::ostream& out, TextStyle const& style, Tint tint,
+                std::vector<std::string> const& lines) {
+  for (std::string const& text : lines) {
+    for (std::string const& line : wrapped(text, style.width - 2)) {
+      out << "  " << tinted(style, tint, line) << "\n";
+    }
+  }
+}
+
+void printNotProgrammed(std::ostream& out, TextStyle const& style, Lab const& lab) {
+  std::vector<PolicyMap::Explanation> others;
+  for (PolicyMap::Explanation const& explanation : lab.explain()) {
+    if (!isProblem(explanation)) {
+      others.push_back(explanation);
+    }
+  }
+  std::vector<std::string> const lines = Explanations(others, lab.now()).notProgrammed();
+  if (!lines.empty()) {
+    out << "\n" << tinted(style, Tint::heading, "attached, but not programmed") << "\n";
+    printLines(out, style, Tint::changed, lines);
+  }
+}
+
 void printProblems(std::ostream& out, TextStyle const& style,
                    std::vector<Problem> const& problems) {
   if (problems.empty()) {
@@ -126,9 +156,7 @@ void printProblems(std::ostream& out, TextStyle const& style,
   out << "\n" << tinted(style, Tint::heading, "problems") << "\n";
   for (Problem const& problem : problems) {
     bool const failed = problem.kind == Problem::Kind::failed;
-    for (std::string const& line : wrapped(toText(problem), style.width - 2)) {
-      out << "  " << tinted(style, failed ? Tint::bad : Tint::changed, line) << "\n";
-    }
+    printLines(out, style, failed ? Tint::bad : Tint::changed, {toText(problem)});
   }
 }
 
@@ -236,8 +264,21 @@ void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
   out << tinted(style, Tint::heading, "total") << " " << totals.policies
       << (totals.policies == 1 ? " policy, " : " policies, ") << counted(totals.rules, "rule")
       << ", " << counted(totals.subRules, "sub-rule") << "\n";
+  printNotProgrammed(out, style, lab);
   printProblems(out, style, problems);
   printSkipped(out, style, lab.skipped());
+}
+
+void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab) {
+  Explanations const explanations = lab.explain();
+  if (explanations.empty()) {
+    out << "nothing is attached\n";
+  }
+  for (std::string const& text : explanations.lines()) {
+    for (std::string const& line : wrapped(text, style.width)) {
+      out << line << "\n";
+    }
+  }
 }
 
 void printStatuses(std::ostream& out, TextStyle const& style, Lab const& lab) {

@@ -13,10 +13,13 @@
 
 namespace lab {
 
-// One table per policy and option, totals, problems, and skipped lines. Without rules, only the
-// tables are omitted.
+// One table per policy and option, totals, what is attached and not programmed, problems, and
+// skipped lines. Without rules, only the tables are omitted.
 void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
                  std::vector<Problem> const& problems, WithRules withRules);
+
+// Why each attached policy is or is not programmed; see Explanations::lines().
+void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab);
 
 // One line per policy and option (state, time, failure), with its interfaces below.
 void printStatuses(std::ostream& out, TextStyle const& style, Lab const& lab);

@@ -5,12 +5,12 @@
 #include "lab/Faults.h"
 #include "lab/Progress.h"
 #include "lab/Report.h"
+#include "testkit/Tracing.h"
 #include "testkit/text/ShownText.h"
-
-#include <Kor/Trace.h>
 
 #include <algorithm>
 #include <charconv>
+#include <exception>
 #include <optional>
 
 namespace lab {
@@ -67,12 +67,19 @@ bool counts(Problem const& problem, bool lenient) {
 
 }  // namespace
 
-RunVerb::RunVerb(CLI::App& program)
-    : command_(program.add_subcommand("run",
-                                      "Load policy text, each file as an edit of those before it,\n"
-                                      "or a filter set, and show what is programmed")) {
+RunVerb::RunVerb(CLI::App& program, Output output)
+    : output_(output),
+      command_(output == Output::records
+                   ? program.add_subcommand(
+                         "run", "Load policy text, each file as an edit of those before it,\n"
+                                "or a filter set, and show what is programmed")
+                   : program.add_subcommand(
+                         "explain", "Load as run does, and show for each attached policy why it\n"
+                                    "is or is not programmed")) {
   addInputOptions();
-  addOutputOptions();
+  if (output == Output::records) {
+    addOutputOptions();
+  }
   addHelperOptions();
   addMachineOptions();
   addFaultOptions();
@@ -186,9 +193,11 @@ void RunVerb::addFaultOptions() {
       ->type_name("SECONDS")
       ->check(&faultOfAdvance)
       ->trigger_on_parse();
-  command_->add_option("--trace", traceLevel_, "Write the library's and the core's trace lines")
-      ->type_name("LEVEL")
-      ->check(CLI::Range(0, 9));
+  command_
+      ->add_option("--trace", trace_,
+                   "Write the trace lines of the library and the core,\nor of one source, up to a "
+                   "level")
+      ->type_name("[SOURCE/]LEVEL");
 }
 
 void RunVerb::performSteps(Lab& lab, Console const& console) const {
@@ -245,6 +254,35 @@ void RunVerb::loadFiles(Lab& lab, Console const& console) const {
   }
 }
 
+void RunVerb::setTrace() const {
+  try {
+    if (!trace_.empty()) {
+      traceIs(trace_);
+    }
+  } catch (std::exception const& error) {
+    throw UsageError("--trace: " + std::string(error.what()));
+  }
+}
+
+void RunVerb::report(Lab const& lab, std::vector<Problem> const& problems,
+                     Console const& console) const {
+  WithRules const withRules = summary_ ? WithRules::no : WithRules::yes;
+  if (output_ == Output::explanations) {
+    printExplanations(console.out, console.style, lab);
+  } else if (json_) {
+    printJson(console.out, lab, withRules);
+    for (Problem const& problem : problems) {
+      console.err << "policymap-lab: " << shownText(toText(problem)) << "\n";
+    }
+  } else {
+    printReport(console.out, console.style, lab, problems, withRules);
+    if (!faults_.empty() || options_.async || options_.pseudoAsync) {
+      console.out << "\n" << tinted(console.style, Tint::heading, "status") << "\n";
+      printStatuses(console.out, console.style, lab);
+    }
+  }
+}
+
 ExitStatus RunVerb::run(Console const& console) {
   if (files_.empty() && rulesFile_.empty()) {
     throw UsageError("a FILE or --rules FILE is required");
@@ -254,9 +292,7 @@ ExitStatus RunVerb::run(Console const& console) {
   for (std::string const& fault : faults_) {
     options.faults.push_back(readFault(fault));
   }
-  if (traceLevel_ >= 0) {
-    Kor::traceLevelIs("*", traceLevel_);
-  }
+  setTrace();
   options.journal = 0;
   Lab lab(options);
   showProgress(lab, progress);
@@ -269,19 +305,7 @@ ExitStatus RunVerb::run(Console const& console) {
   performSteps(lab, console);
 
   std::vector<Problem> const problems = findProblems(lab);
-  WithRules const withRules = summary_ ? WithRules::no : WithRules::yes;
-  if (json_) {
-    printJson(console.out, lab, withRules);
-    for (Problem const& problem : problems) {
-      console.err << "policymap-lab: " << shownText(toText(problem)) << "\n";
-    }
-  } else {
-    printReport(console.out, console.style, lab, problems, withRules);
-    if (!faults_.empty() || options_.async || options_.pseudoAsync) {
-      console.out << "\n" << tinted(console.style, Tint::heading, "status") << "\n";
-      printStatuses(console.out, console.style, lab);
-    }
-  }
+  report(lab, problems, console);
   bool const failed = std::any_of(problems.begin(), problems.end(), [this](Problem const& problem) {
     return counts(problem, lenient_);
   });

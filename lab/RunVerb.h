@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// `policymap-lab run`: loads policy text or a filter set and shows what was programmed.
+// `policymap-lab run` and `policymap-lab explain`: load policy text or a filter set, and show what
+// was programmed, or why what is attached is or is not programmed.
 
 #include "lab/Faults.h"
 #include "lab/Verb.h"
 #include "testkit/Lab.h"
+#include "testkit/Problems.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -14,7 +17,9 @@ namespace lab {
 
 class RunVerb : public Verb {
  public:
-  explicit RunVerb(CLI::App& program);
+  enum class Output : std::uint8_t { records, explanations };
+
+  RunVerb(CLI::App& program, Output output);
 
   CLI::App const& command() const override { return *command_; }
   ExitStatus run(Console const& console) override;
@@ -31,8 +36,11 @@ class RunVerb : public Verb {
   void loadFiles(Lab& lab, Console const& console) const;
   void loadRules(Lab& lab) const;
   void performSteps(Lab& lab, Console const& console) const;
-  bool tells() const { return !json_; }
+  bool tells() const { return output_ == Output::records && !json_; }
+  void setTrace() const;
+  void report(Lab const& lab, std::vector<Problem> const& problems, Console const& console) const;
 
+  Output output_;
   CLI::App* command_;
   std::vector<std::string> files_;
   std::string rulesFile_;
@@ -44,7 +52,7 @@ class RunVerb : public Verb {
   LabOptions options_;
   std::vector<std::string> faults_;
   std::vector<Step> steps_;  // in the order of the command line
-  int traceLevel_ = -1;      // none
+  std::string trace_;        // empty: none
 };
 
 }  // namespace lab

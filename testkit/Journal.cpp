@@ -127,7 +127,7 @@ void Journal::testDid(std::string_view operation, Kor::String const& text) {
   add(JournalEntry::Kind::test, operation).text = text;
 }
 
-std::uint64_t Journal::begin(HelperCall const& call) {
+std::uint64_t Journal::begin(HelperCall const& call, std::string_view cause) {
   if (limit_ == 0) {
     return 0;
   }
@@ -136,10 +136,12 @@ std::uint64_t Journal::begin(HelperCall const& call) {
     entry.policy = (*call.policy)->policyKey();
   }
   entry.option = call.option;
+  entry.cause = cause;
   entry.intf = call.intf;
   if (call.classData != nullptr && *call.classData) {
     enterClass(entry, call);
   }
+  openCalls_.push_back(entry.number);
   return entry.number;
 }
 
@@ -164,14 +166,23 @@ void Journal::enterClass(JournalEntry& entry, HelperCall const& call) {
 }
 
 void Journal::end(std::uint64_t number, HelperCall const& call, bool threw) {
-  // The entry may have been dropped or cleared during the call.
-  if (entries_.empty() || number < entries_.front().number || number > entries_.back().number) {
-    return;
+  std::erase(openCalls_, number);
+  if (entry(number) != nullptr) {
+    JournalEntry& ended = entries_[number - entries_.front().number];
+    ended.error = call.error;
+    ended.count = call.count;
+    ended.threw = threw;
   }
-  JournalEntry& entry = entries_[number - entries_.front().number];
-  entry.error = call.error;
-  entry.count = call.count;
-  entry.threw = threw;
+}
+
+JournalEntry const* Journal::entry(std::uint64_t number) const {
+  bool const kept =
+      !entries_.empty() && number >= entries_.front().number && number <= entries_.back().number;
+  return kept ? &entries_[number - entries_.front().number] : nullptr;
+}
+
+JournalEntry const* Journal::openCall() const {
+  return openCalls_.empty() ? nullptr : entry(openCalls_.back());
 }
 
 void Journal::resultArrived(Kor::String const& error) {

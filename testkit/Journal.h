@@ -22,6 +22,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace PolicyMapTestKit {
 
@@ -55,6 +56,8 @@ struct POLICYMAPTESTKIT_API JournalEntry {
   std::uint64_t count = 0;
   // True if the operation threw; `error` has the text of the exception.
   bool threw = false;
+  // For calls: why the core calls it, e.g. "rules changed"; empty for a call by the test.
+  std::string_view cause;
   // For what the test did: its argument. For calls: what the test did last before the call.
   Kor::String text;
 
@@ -92,6 +95,8 @@ class POLICYMAPTESTKIT_API Journal {
   [[nodiscard]] Journal since(std::uint64_t number) const;
   [[nodiscard]] Journal failed() const;
 
+  // The innermost call that has begun and not returned; null if none, or if it was dropped.
+  [[nodiscard]] JournalEntry const* openCall() const;
   // The number of the next entry.
   [[nodiscard]] std::uint64_t next() const { return written_ + 1; }
   // Removes all entries. Numbers go on.
@@ -100,12 +105,14 @@ class POLICYMAPTESTKIT_API Journal {
   // Writing. `operation` must outlive the journal.
   void testDid(std::string_view operation, Kor::String const& text);
   // Enters a call when it begins, and returns its number; then its result.
-  std::uint64_t begin(HelperCall const& call);
+  std::uint64_t begin(HelperCall const& call, std::string_view cause = {});
   void end(std::uint64_t number, HelperCall const& call, bool threw);
   void resultArrived(Kor::String const& error);
 
  private:
   JournalEntry& add(JournalEntry::Kind kind, std::string_view operation);
+  // Null if it was dropped or cleared.
+  [[nodiscard]] JournalEntry const* entry(std::uint64_t number) const;
   static void enterClass(JournalEntry& entry, HelperCall const& call);
   template <class Wanted>
   Journal some(Wanted const& wanted) const;
@@ -115,6 +122,7 @@ class POLICYMAPTESTKIT_API Journal {
   std::deque<JournalEntry> entries_;
   std::uint64_t written_ = 0;
   std::uint64_t dropped_ = 0;
+  std::vector<std::uint64_t> openCalls_;  // by number, the innermost last
   Kor::String lastDeed_;
 };
 

@@ -2,13 +2,16 @@
 #include "testkit/Lab.h"
 
 #include "machines/PolicyMapTestSm.h"
+#include "testkit/Assertions.h"
 #include "testkit/config/FilterSettings.h"
 #include "testkit/config/SettingsEditor.h"
 
 #include <Acl/AclDiff.h>
 
+#include <set>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace PolicyMapTestKit {
 
@@ -39,6 +42,7 @@ Lab::Lab(LabOptions const& options)
       requests_(Kor::make<PolicyMap::PolicyMapStatusRequestDir>("requests")),
       status_(Kor::make<PolicyMap::PolicyMapTypeStatus>("status")) {
   Kor::EventLoop::Scope const scope(loop_);
+  usedLabIs(this);
   loop_.virtualTimeIs(true);
   helper_ = makeHelper(options, options.journal == 0 ? nullptr : &journal_);
   machine_ = PolicyMapTest::testServicePolicySmFactory(
@@ -62,6 +66,9 @@ Lab::~Lab() {
   machine_ = nullptr;
   helper_->aroundIs({});
   helper_->journalDel();
+  if (usedLab() == this) {
+    usedLabIs(nullptr);
+  }
 }
 
 void Lab::load(std::string_view policyText) {
@@ -88,12 +95,14 @@ void Lab::configure(Text::Settings const& settings) {
   if (onLoad_) {
     onLoad_(settings);
   }
+  usedLabIs(this);
   Kor::EventLoop::Scope const scope(loop_);
   configuration_.settingsAre(settings);
   loop_.runUntilIdle();
 }
 
 void Lab::settle() {
+  usedLabIs(this);
   loop_.runUntilIdle();
 }
 
@@ -101,6 +110,7 @@ void Lab::advance(std::chrono::duration<double> time) {
   std::ostringstream text;
   text << time.count() << " s";
   journal_.testDid("advance", Kor::String(text.str()));
+  usedLabIs(this);
   loop_.runFor(time.count());
   settle();
 }
@@ -120,6 +130,7 @@ void Lab::clearFaults() {
 void Lab::trigger() {
   Kor::EventLoop::Scope const scope(loop_);
   journal_.testDid("trigger", {});
+  usedLabIs(this);
   helper_->asyncTriggerInc(1);
   settle();
 }
@@ -143,6 +154,25 @@ PolicyMap::PolicyFailure Lab::failure(std::string_view policyMap, std::string_vi
     }
   }
   return {};
+}
+
+Explanations Lab::explain() const {
+  return {PolicyMap::explain(*machine_), now()};
+}
+
+Explanations Lab::explain(std::string_view policyMap) const {
+  std::vector<PolicyMap::Explanation> some;
+  std::set<std::string> attached;
+  for (PolicyMap::Explanation const& explanation : PolicyMap::explain(*machine_)) {
+    attached.insert(explanation.policy.first().stdString());
+    if (explanation.policy.first().view() == policyMap) {
+      some.push_back(explanation);
+    }
+  }
+  if (some.empty()) {
+    throw LookupError("attached policy-map", policyMap, {attached.begin(), attached.end()});
+  }
+  return {some, now()};
 }
 
 }  // namespace PolicyMapTestKit

@@ -22,6 +22,7 @@
 // objects that a test still holds must not be programmed any more.
 
 #include "machines/TestServicePolicySm.h"
+#include "testkit/Explanations.h"
 #include "testkit/Export.h"
 #include "testkit/Journal.h"
 #include "testkit/LabOptions.h"
@@ -95,6 +96,11 @@ class POLICYMAPTESTKIT_API Lab {
   [[nodiscard]] PolicyMap::PolicyFailure failure(
       std::string_view policyMap, std::string_view direction = "input",
       std::optional<PolicyMap::ClassMapMatchOption> option = {}) const;
+
+  // Why what is attached is, or is not, programmed: of one policy-map in both directions, or of
+  // all. Throws LookupError if that policy-map is not attached.
+  [[nodiscard]] Explanations explain() const;
+  [[nodiscard]] Explanations explain(std::string_view policyMap) const;
 
   [[nodiscard]] Journal& journal() { return journal_; }
   [[nodiscard]] Journal const& journal() const { return journal_; }

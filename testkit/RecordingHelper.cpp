@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/RecordingHelper.h"
 
+#include <PolicyMap/HelperArbiter.h>
 #include <PolicyMap/Settling.h>
 
 #include <exception>
@@ -36,7 +37,7 @@ void RecordingHelper::around(HelperCall& call, Proceed const& proceed) {
   }
   PolicyMap::ScopedFlag const flag(recreating_, call.operation == "recreatePolicy");
   keepOrder(call);
-  std::uint64_t const number = journal_ != nullptr ? journal_->begin(call) : 0;
+  std::uint64_t const number = journal_ != nullptr ? journal_->begin(call, causeNow()) : 0;
   auto const ended = [&](bool threw) {
     if (journal_ != nullptr) {
       journal_->end(number, call, threw);
@@ -58,6 +59,11 @@ void RecordingHelper::around(HelperCall& call, Proceed const& proceed) {
     throw;
   }
   ended(false);
+}
+
+// A test may call an operation itself, which then has no cause.
+std::string_view RecordingHelper::causeNow() const {
+  return arbiter().calling() ? arbiter().cause() : std::string_view();
 }
 
 void RecordingHelper::keepOrder(HelperCall const& call) {

@@ -10,6 +10,7 @@
 #include "testkit/Journal.h"
 
 #include <functional>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -48,6 +49,7 @@ class POLICYMAPTESTKIT_API RecordingHelper final
   using RulesAdded = std::unordered_map<PolicyMapTest::AclPolicyType,
                                         std::vector<PolicyMap::AclRuleKey>, PolicyHash>;
 
+  [[nodiscard]] std::string_view causeNow() const;
   void keepOrder(HelperCall const& call);
   std::vector<PolicyMap::AclRuleKey>& rulesAddedTo(HelperCall const& call);
 

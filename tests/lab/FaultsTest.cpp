@@ -157,8 +157,11 @@ TEST_F(FaultsTest, AnUnknownFaultIsBadUsageThatListsTheKnownOnes) {
 }
 
 TEST_F(FaultsTest, BadStepsAreBadUsage) {
-  std::vector<std::vector<std::string>> const bad{
-      {"--then", "wait"}, {"--advance", "x"}, {"--advance", "-1"}, {"--trace", "10"}};
+  std::vector<std::vector<std::string>> const bad{{"--then", "wait"},
+                                                  {"--advance", "x"},
+                                                  {"--advance", "-1"},
+                                                  {"--trace", "10"},
+                                                  {"--trace", "Policy/3"}};
   for (auto const& options : bad) {
     std::vector<std::string> arguments{"run", simple()};
     arguments.insert(arguments.end(), options.begin(), options.end());

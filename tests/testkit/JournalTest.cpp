@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -51,6 +52,44 @@ TEST(Journal, HasUpdatesOfActionsAndRemovals) {
   EXPECT_THAT(
       linesOf(lab.journal().calls()),
       ElementsAre("removeIntfFromPolicy P/input ipv4 Ethernet1", "deletePolicy P/input ipv4"));
+}
+
+TEST(Journal, SaysWhyTheCoreMakesACall) {
+  Lab lab({.faults = {{"commitError", "full"}}});
+  load(lab, simplePolicy);
+  EXPECT_EQ(lab.journal().calls("createPolicy").begin()->cause, "rules changed");
+  EXPECT_EQ(lab.journal().calls("createPolicy").begin()->text, "load t");
+  lab.clearFaults();
+  lab.journal().clear();
+  lab.advance(1s);
+  EXPECT_EQ(lab.journal().calls("createPolicy").begin()->cause, "retry");
+  lab.journal().clear();
+  load(lab, "interface Ethernet2\n service-policy input P\n");
+  EXPECT_EQ(lab.journal().calls("addIntfToPolicy").begin()->cause, "interfaces changed");
+  lab.journal().clear();
+  lab.machine()->aclHelperDel();
+  EXPECT_EQ(lab.journal().calls("deletePolicy").begin()->cause, "replaced helper");
+}
+
+TEST(Journal, ACallByTheTestHasNoCause) {
+  Lab lab;
+  load(lab, simplePolicy);
+  lab.journal().clear();
+  lab.helper()->commitPolicy(lab.machine()->policyMapSm({"P", "input"})->policyCommonData(),
+                             PolicyMap::ClassMapMatchOption::ipv4);
+  EXPECT_EQ(lab.journal().begin()->cause, "");
+}
+
+TEST(Journal, KnowsTheInnermostOpenCall) {
+  Lab lab;
+  std::vector<std::string> open;
+  lab.helper()->aroundIs([&](HelperCall& /*call*/, std::function<void()> const& proceed) {
+    proceed();
+    open.push_back(lab.journal().openCall()->describe());
+  });
+  load(lab, simplePolicy);
+  EXPECT_EQ(open.back(), "commitPolicy P/input ipv4");
+  EXPECT_EQ(lab.journal().openCall(), nullptr);
 }
 
 TEST(Journal, HasFailuresWithTheirTexts) {

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/Explanations.h"
+
+#include "testkit/Printing.h"
+
+#include <algorithm>
+#include <ostream>
+#include <set>
+#include <sstream>
+
+namespace PolicyMapTestKit {
+
+namespace {
+
+using PolicyMap::ClassMapMatchOption;
+using PolicyMap::Explanation;
+using PolicyMap::IntfObstacle;
+using PolicyMap::ProgrammingState;
+
+std::string seconds(double time) {
+  std::ostringstream text;
+  text << std::max(time, 0.0) << " s";
+  return text.str();
+}
+
+// "Ethernet1, Ethernet2 (does not exist or is shut down)" of the interfaces that are wanted.
+std::string intfsOf(Explanation const& explanation, bool withObstacle) {
+  std::string text;
+  for (Explanation::Intf const& each : explanation.intfs) {
+    std::string const obstacle = describe(each.obstacle, explanation.option);
+    if (obstacle.empty() != withObstacle) {
+      text += (text.empty() ? "" : ", ") + each.intf.name().stdString();
+      text += obstacle.empty() ? "" : " (" + obstacle + ")";
+    }
+  }
+  return text;
+}
+
+std::string programmedAt(Explanation const& explanation) {
+  std::string const without = intfsOf(explanation, true);
+  return "programmed at " + intfsOf(explanation, false) +
+         (without.empty() ? "" : "; not at " + without);
+}
+
+std::string failureOf(Explanation const& explanation, double now) {
+  PolicyMap::PolicyFailure const& failure = explanation.failure;
+  std::string text = "failed: " + failure.operation().stdString();
+  if (!(!failure.rule())) {
+    text += " of class " + failure.className().stdString() + ", rule " + nameInList(failure.rule());
+  }
+  text += ": " + failure.error().stdString();
+  text += explanation.nextTry ? "; next try in " + seconds(*explanation.nextTry - now)
+                              : std::string("; tried again after the next change");
+  return text;
+}
+
+std::string optionWord(ClassMapMatchOption option) {
+  switch (option) {
+  case ClassMapMatchOption::ipv4: return "IPv4";
+  case ClassMapMatchOption::ipv6: return "IPv6";
+  case ClassMapMatchOption::mac: return "MAC";
+  default: return "MPLS";
+  }
+}
+
+std::string stateOf(Explanation const& explanation, double now) {
+  switch (explanation.state) {
+  case ProgrammingState::programmed: return programmedAt(explanation);
+  case ProgrammingState::noPolicyMap:
+    return "policy-map " + explanation.policy.first().stdString() + " does not exist";
+  case ProgrammingState::noHelper: return "there is no helper";
+  case ProgrammingState::noMachine: return "no machine programs it";
+  case ProgrammingState::waiting:
+    return "waiting for the result of " + std::string(explanation.waitingFor) + " for " +
+           seconds(now - explanation.waitingSince);
+  case ProgrammingState::failed: return failureOf(explanation, now);
+  case ProgrammingState::refused: return "refused: " + explanation.failure.error().stdString();
+  case ProgrammingState::due: return "not programmed yet";
+  case ProgrammingState::optionNotAllowed:
+    return optionWord(explanation.option) + " rules are not served";
+  case ProgrammingState::nothingToProgram:
+    return "nothing to program: no class has " + optionWord(explanation.option) + " rules";
+  case ProgrammingState::noIntf: return "no interface is eligible: " + intfsOf(explanation, true);
+  }
+  return {};
+}
+
+std::string missingOf(Explanation const& explanation) {
+  std::string text;
+  for (Explanation::Missing const& missing : explanation.missing) {
+    text += "; class " + missing.className.stdString() + ": missing " + missing.object;
+  }
+  return text;
+}
+
+bool hasNothing(Explanation const& explanation) {
+  return explanation.state == ProgrammingState::nothingToProgram;
+}
+
+bool asConfigured(Explanation const& explanation) {
+  return explanation.state == ProgrammingState::programmed && explanation.missing.empty() &&
+         intfsOf(explanation, true).empty();
+}
+
+}  // namespace
+
+std::string describe(IntfObstacle obstacle, ClassMapMatchOption option) {
+  switch (obstacle) {
+  case IntfObstacle::none: return {};
+  case IntfObstacle::absent: return "does not exist or is shut down";
+  case IntfObstacle::excluded: return "excluded by the machine";
+  case IntfObstacle::noLayer: return "neither layer 2 nor has an address";
+  case IntfObstacle::notServed: return "interfaces of its kind are not served";
+  case IntfObstacle::noAddress: return "no " + optionWord(option) + " address";
+  case IntfObstacle::notPhysical: return "layer 3, but not physical";
+  case IntfObstacle::notRouting: return "routing is off";
+  case IntfObstacle::noMembers: return "has no members";
+  }
+  return {};
+}
+
+std::string describe(Explanation const& explanation, double now) {
+  return nameOf(explanation.policy) + " " + toText(explanation.option) + ": " +
+         stateOf(explanation, now) + missingOf(explanation);
+}
+
+Explanations::Explanations(std::vector<Explanation> const& all, double now) : now_(now) {
+  std::set<PolicyMap::PolicyMapSmKey> withRules;
+  for (Explanation const& explanation : all) {
+    if (!hasNothing(explanation)) {
+      withRules.insert(explanation.policy);
+    }
+  }
+  for (Explanation const& explanation : all) {
+    if (!hasNothing(explanation) || !withRules.contains(explanation.policy)) {
+      explanations_.push_back(explanation);
+    }
+  }
+}
+
+template <class Wanted>
+std::vector<std::string> Explanations::linesOf(Wanted const& wanted) const {
+  std::vector<std::string> lines;
+  PolicyMap::PolicyMapSmKey last;
+  for (Explanation const& explanation : explanations_) {
+    bool const first = explanation.policy != std::exchange(last, explanation.policy);
+    if (!wanted(explanation)) {
+      continue;
+    }
+    switch (explanation.state) {
+    // The same for all options.
+    case ProgrammingState::nothingToProgram:
+    case ProgrammingState::noPolicyMap:
+    case ProgrammingState::noHelper:
+    case ProgrammingState::noMachine:
+      if (first) {
+        std::string const state = hasNothing(explanation) ? "nothing to program: no class has rules"
+                                                          : stateOf(explanation, now_);
+        lines.push_back(nameOf(explanation.policy) + ": " + state + missingOf(explanation));
+      }
+      break;
+    default: lines.push_back(describe(explanation, now_));
+    }
+  }
+  return lines;
+}
+
+std::vector<std::string> Explanations::lines() const {
+  return linesOf([](Explanation const& /*each*/) { return true; });
+}
+
+std::vector<std::string> Explanations::notProgrammed() const {
+  return linesOf([](Explanation const& each) { return !asConfigured(each); });
+}
+
+std::ostream& operator<<(std::ostream& out, Explanations const& explanations) {
+  if (explanations.empty()) {
+    return out << "nothing is attached";
+  }
+  char const* separator = "";
+  for (std::string const& line : explanations.lines()) {
+    out << std::exchange(separator, "\n") << line;
+  }
+  return out;
+}
+
+}  // namespace PolicyMapTestKit

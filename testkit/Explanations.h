@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Explanations: why the attached policies of a Lab are, or are not, programmed, as values and in
+// words.
+//
+//   EXPECT_THAT(lab.explain("edge"), SizeIs(1)) << lab.explain("edge");
+//   // edge/input ipv4: no interface is eligible: Vlan10 (no IPv4 address)
+
+#include "testkit/Export.h"
+
+#include <PolicyMap/Explanation.h>
+
+#include <iosfwd>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace PolicyMapTestKit {
+
+class POLICYMAPTESTKIT_API Explanations {
+ public:
+  // `now` is the time of the explanations, in seconds. Of each policy it keeps the options that the
+  // policy has rules for; if there are none, all four.
+  Explanations(std::vector<PolicyMap::Explanation> const& all, double now);
+
+  [[nodiscard]] auto begin() const { return explanations_.begin(); }
+  [[nodiscard]] auto end() const { return explanations_.end(); }
+  [[nodiscard]] std::size_t size() const { return explanations_.size(); }
+  [[nodiscard]] bool empty() const { return explanations_.empty(); }
+
+  // A line per policy and option, by name, direction and option. If no option has anything to
+  // program, the policy has one line without option.
+  [[nodiscard]] std::vector<std::string> lines() const;
+  // The lines of what is attached, but not programmed as configured at all of its interfaces.
+  [[nodiscard]] std::vector<std::string> notProgrammed() const;
+
+ private:
+  template <class Wanted>
+  [[nodiscard]] std::vector<std::string> linesOf(Wanted const& wanted) const;
+
+  std::vector<PolicyMap::Explanation> explanations_;
+  double now_;
+};
+
+// One line, e.g. "edge/input ipv4: failed: commitPolicy: table full; next try in 2 s".
+POLICYMAPTESTKIT_API std::string describe(PolicyMap::Explanation const& explanation, double now);
+// Why an interface does not carry rules of an option, e.g. "no IPv4 address"; empty
+// if it does.
+POLICYMAPTESTKIT_API std::string describe(PolicyMap::IntfObstacle obstacle,
+                                          PolicyMap::ClassMapMatchOption option);
+
+// The lines; "nothing is attached" if there are none.
+POLICYMAPTESTKIT_API std::ostream& operator<<(std::ostream& out, Explanations const& explanations);
+
+}  // namespace PolicyMapTestKit
