@@ -17,9 +17,24 @@ using PolicyMap::Explanation;
 using PolicyMap::IntfObstacle;
 using PolicyMap::ProgrammingState;
 
-std::string seconds(double time) {
+// Without now, the time itself.
+std::string until(double time, std::optional<double> now) {
   std::ostringstream text;
-  text << std::max(time, 0.0) << " s";
+  if (now) {
+    text << "in " << std::max(time - *now, 0.0) << " s";
+  } else {
+    text << "at t=" << time;
+  }
+  return text.str();
+}
+
+std::string since(double time, std::optional<double> now) {
+  std::ostringstream text;
+  if (now) {
+    text << "for " << std::max(*now - time, 0.0) << " s";
+  } else {
+    text << "since t=" << time;
+  }
   return text.str();
 }
 
@@ -42,14 +57,14 @@ std::string programmedAt(Explanation const& explanation) {
          (without.empty() ? "" : "; not at " + without);
 }
 
-std::string failureOf(Explanation const& explanation, double now) {
+std::string failureOf(Explanation const& explanation, std::optional<double> now) {
   PolicyMap::PolicyFailure const& failure = explanation.failure;
   std::string text = "failed: " + failure.operation().stdString();
   if (!(!failure.rule())) {
     text += " of class " + failure.className().stdString() + ", rule " + nameInList(failure.rule());
   }
   text += ": " + failure.error().stdString();
-  text += explanation.nextTry ? "; next try in " + seconds(*explanation.nextTry - now)
+  text += explanation.nextTry ? "; next try " + until(*explanation.nextTry, now)
                               : std::string("; tried again after the next change");
   return text;
 }
@@ -63,7 +78,7 @@ std::string optionWord(ClassMapMatchOption option) {
   }
 }
 
-std::string stateOf(Explanation const& explanation, double now) {
+std::string stateOf(Explanation const& explanation, std::optional<double> now) {
   switch (explanation.state) {
   case ProgrammingState::programmed: return programmedAt(explanation);
   case ProgrammingState::noPolicyMap:
@@ -71,8 +86,8 @@ std::string stateOf(Explanation const& explanation, double now) {
   case ProgrammingState::noHelper: return "there is no helper";
   case ProgrammingState::noMachine: return "no machine programs it";
   case ProgrammingState::waiting:
-    return "waiting for the result of " + std::string(explanation.waitingFor) + " for " +
-           seconds(now - explanation.waitingSince);
+    return "waiting for the result of " + std::string(explanation.waitingFor) + " " +
+           since(explanation.waitingSince, now);
   case ProgrammingState::failed: return failureOf(explanation, now);
   case ProgrammingState::refused: return "refused: " + explanation.failure.error().stdString();
   case ProgrammingState::due: return "not programmed yet";
@@ -119,7 +134,39 @@ std::string describe(IntfObstacle obstacle, ClassMapMatchOption option) {
   return {};
 }
 
-std::string describe(Explanation const& explanation, double now) {
+std::string describe(ProgrammingState state) {
+  switch (state) {
+  case ProgrammingState::noPolicyMap: return "noPolicyMap";
+  case ProgrammingState::noHelper: return "noHelper";
+  case ProgrammingState::noMachine: return "noMachine";
+  case ProgrammingState::waiting: return "waiting";
+  case ProgrammingState::failed: return "failed";
+  case ProgrammingState::refused: return "refused";
+  case ProgrammingState::due: return "due";
+  case ProgrammingState::programmed: return "programmed";
+  case ProgrammingState::nothingToProgram: return "nothingToProgram";
+  case ProgrammingState::optionNotAllowed: return "optionNotAllowed";
+  case ProgrammingState::noIntf: return "noIntf";
+  }
+  return {};
+}
+
+std::string describe(IntfObstacle obstacle) {
+  switch (obstacle) {
+  case IntfObstacle::none: return "none";
+  case IntfObstacle::absent: return "absent";
+  case IntfObstacle::excluded: return "excluded";
+  case IntfObstacle::noLayer: return "noLayer";
+  case IntfObstacle::notServed: return "notServed";
+  case IntfObstacle::noAddress: return "noAddress";
+  case IntfObstacle::notPhysical: return "notPhysical";
+  case IntfObstacle::notRouting: return "notRouting";
+  case IntfObstacle::noMembers: return "noMembers";
+  }
+  return {};
+}
+
+std::string describe(Explanation const& explanation, std::optional<double> now) {
   return nameOf(explanation.policy) + " " + toText(explanation.option) + ": " +
          stateOf(explanation, now) + missingOf(explanation);
 }

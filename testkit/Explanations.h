@@ -12,6 +12,7 @@
 #include <PolicyMap/Explanation.h>
 
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -43,8 +44,13 @@ class POLICYMAPTESTKIT_API Explanations {
   double now_;
 };
 
-// One line, e.g. "edge/input ipv4: failed: commitPolicy: table full; next try in 2 s".
-POLICYMAPTESTKIT_API std::string describe(PolicyMap::Explanation const& explanation, double now);
+// One line, e.g. "edge/input ipv4: failed: commitPolicy: table full; next try in 2 s". Without the
+// time of the explanation, times are those of the clock: "next try at t=3".
+POLICYMAPTESTKIT_API std::string describe(PolicyMap::Explanation const& explanation,
+                                          std::optional<double> now = {});
+// The names of the values, e.g. "noIntf".
+POLICYMAPTESTKIT_API std::string describe(PolicyMap::ProgrammingState state);
+POLICYMAPTESTKIT_API std::string describe(PolicyMap::IntfObstacle obstacle);
 // Why an interface does not carry rules of an option, e.g. "no IPv4 address"; empty
 // if it does.
 POLICYMAPTESTKIT_API std::string describe(PolicyMap::IntfObstacle obstacle,

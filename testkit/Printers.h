@@ -5,13 +5,14 @@
 // write them. To be included by every source of a test program, or by none; testkit/Matchers.h
 // includes it.
 
+#include "testkit/Explanations.h"
 #include "testkit/Printing.h"
 
 #include <Kor/Ptr.h>
 #include <Kor/PtrInterface.h>
 #include <Kor/String.h>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <concepts>
 #include <ostream>
@@ -87,6 +88,25 @@ class FormatForComparison<char const*, Kor::String8> {
  public:
   static std::string Format(char const* literal) { return PrintToString(std::string(literal)); }
 };
+
+// These matchers bind a reference to the text, for which g++ does not use an explicit conversion.
+template <>
+template <>
+inline bool StartsWithMatcher<std::string>::MatchAndExplain(Kor::String8 const& text,
+                                                            MatchResultListener* listener) const {
+  return MatchAndExplain(text.stdString(), listener);
+}
+template <>
+template <>
+inline bool EndsWithMatcher<std::string>::MatchAndExplain(Kor::String8 const& text,
+                                                          MatchResultListener* listener) const {
+  return MatchAndExplain(text.stdString(), listener);
+}
+template <>
+inline bool MatchesRegexMatcher::MatchAndExplain(Kor::String8 const& text,
+                                                 MatchResultListener* listener) const {
+  return MatchAndExplain(text.stdString(), listener);
+}
 
 }  // namespace testing::internal
 

@@ -57,9 +57,8 @@ class KOR_API String8 {
   [[nodiscard]] char const* charPtr() const { return text_ == nullptr ? "" : text_->bytes(); }
   [[nodiscard]] std::string_view view() const { return {charPtr(), length()}; }
   [[nodiscard]] std::string stdString() const { return std::string(view()); }
-  // For functions and matchers that take a standard text.
-  // NOLINTNEXTLINE(google-explicit-constructor): text is text
-  operator std::string() const { return stdString(); }
+  // The same, for templates that construct a std::string, such as the matchers of Google Mock.
+  explicit operator std::string() const { return stdString(); }
   [[nodiscard]] std::uint32_t hash() const {
     return text_ == nullptr ? hashBytes({}) : text_->hash;
   }

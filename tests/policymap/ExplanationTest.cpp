@@ -67,13 +67,13 @@ TEST_F(ExplanationTest, AllPoliciesByNameAndDirection) {
   begin();
   attach("pm", "Ethernet1", "output");
   attach("other", "Ethernet2");
-  std::vector<PolicyMapSmKey> policies;
+  std::vector<PolicyMapSmKey> keys;
   for (Explanation const& each : explain(*machine)) {
     if (each.option == ipv4) {
-      policies.push_back(each.policy);
+      keys.push_back(each.policy);
     }
   }
-  EXPECT_THAT(policies,
+  EXPECT_THAT(keys,
               ElementsAre(PolicyMapSmKey("other", "input"), input, PolicyMapSmKey("pm", "output")));
   EXPECT_THAT(explain(*machine), SizeIs(12));
   EXPECT_THAT(explain(*machine, PolicyMapSmKey("none", "input")), IsEmpty());

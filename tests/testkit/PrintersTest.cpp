@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest-spi.h>
 
+#include <set>
 #include <string>
 
 namespace PolicyMapTestKit::test {
@@ -68,8 +69,42 @@ TEST(Printers, ValuesAsAPersonWritesThem) {
   EXPECT_EQ(PrintToString(Match::acl(ClassMapMatchOption::ipv4, "web")), "access-group web");
   EXPECT_EQ(PrintToString(Match::acl(ClassMapMatchOption::ipv6, "web")), "ipv6 access-group web");
   EXPECT_EQ(PrintToString(Match::classMap("inner")), "class-map inner");
-  EXPECT_EQ(PrintToString(Match::rule(match)),
-            "permit tcp any any eq 80");
+  EXPECT_EQ(PrintToString(Match::rule(match)), "permit tcp any any eq 80");
+}
+
+TEST(Printers, Explanations) {
+  Lab lab({.faults = {{"commitError", "full"}}});
+  load(lab, portPolicy);
+  PolicyMap::Explanation const explanation = *lab.explain().begin();
+  EXPECT_EQ(PrintToString(explanation),
+            "edge/input ipv4: failed: commitPolicy: full; next try at t=1");
+  EXPECT_EQ(PrintToString(explanation.state), "failed");
+  EXPECT_EQ(PrintToString(explanation.intfs.at(0).obstacle), "none");
+  Lab waiting({.async = true});
+  load(waiting, portPolicy);
+  EXPECT_EQ(PrintToString(*waiting.explain().begin()),
+            "edge/input ipv4: waiting for the result of addIntfToPolicy since t=0");
+}
+
+// A name for each value, and a different one.
+template <class Enum>
+std::set<std::string> namesUpTo(Enum last) {
+  std::set<std::string> names;
+  for (int value = 0; value <= static_cast<int>(last); ++value) {
+    names.insert(PrintToString(static_cast<Enum>(value)));
+  }
+  return names;
+}
+
+TEST(Printers, StatesAndObstaclesByTheirNames) {
+  using PolicyMap::IntfObstacle;
+  using PolicyMap::ProgrammingState;
+  EXPECT_THAT(namesUpTo(ProgrammingState::noIntf),
+              testing::AllOf(testing::SizeIs(11), testing::Contains("programmed"),
+                             testing::Not(testing::Contains(""))));
+  EXPECT_THAT(namesUpTo(IntfObstacle::noMembers),
+              testing::AllOf(testing::SizeIs(9), testing::Contains("noAddress"),
+                             testing::Not(testing::Contains(""))));
 }
 
 TEST(Printers, Failures) {
