@@ -4,20 +4,43 @@
 
 #include <PolicyMap/HelperOperationModels.h>
 
+#include <array>
+#include <string_view>
+
 namespace PolicyMapTest {
 namespace {
 
 using T = AclHelper;
 using M = Kor::Model<T>;
 
+// By row of POLICYMAPTEST_HELPER_ERRORS.
+constexpr std::array<std::string_view, 8> errorProse{
+    "result of createPolicy and recreatePolicy; empty: success",
+    "result of deletePolicy; empty: success",
+    "result of commitPolicy; empty: success",
+    "result of addIntfToPolicy; empty: success",
+    "result of removeIntfFromPolicy; empty: success",
+    "result of addRule, which then records nothing; empty: success",
+    "result of updateAction, which records the actions anyway; empty: success",
+    "result of addRule for a sub-rule that needs a range checker; empty: addRuleError",
+};
+
 constexpr std::array ownAttrs{
-    M::function<&T::scheduleAsyncResult>("scheduleAsyncResult", "error"),
-    M::data<&T::asyncTrigger, &T::asyncTriggerIs>("asyncTrigger"),
-    M::function<&T::handleAsyncTrigger>("handleAsyncTrigger"),
-    M::data<&T::asyncError, &T::asyncErrorIs>("asyncError"),
-    M::data<&T::pseudoAsync, &T::pseudoAsyncIs>("pseudoAsync"),
-    M::owned<T::TestDataAttribute>("testData").with(Kor::Flags::settableOwned),
-#define POLICYMAPTEST_ROW(name, Name) M::data<&T::name, &T::name##Is>(#name),
+    M::function<&T::scheduleAsyncResult>("scheduleAsyncResult", "error")
+        .says("sets the pending result; with pseudoAsync also delivers it"),
+    M::data<&T::asyncTrigger, &T::asyncTriggerIs>("asyncTrigger")
+        .says("a change delivers the pending result"),
+    M::function<&T::handleAsyncTrigger>("handleAsyncTrigger")
+        .says("delivers asyncError with the current time, and keeps it pending"),
+    M::data<&T::asyncError, &T::asyncErrorIs>("asyncError")
+        .says("pending result of an asynchronous operation; empty: success"),
+    M::data<&T::pseudoAsync, &T::pseudoAsyncIs>("pseudoAsync")
+        .says("asynchronous results are delivered inside the operation; default False"),
+    M::owned<T::TestDataAttribute>("testData")
+        .with(Kor::Flags::settableOwned)
+        .says("records by policy and option"),
+#define POLICYMAPTEST_ROW(name, Name) \
+  M::data<&T::name, &T::name##Is>(#name).says(errorProse[T::name##Id - T::createErrorId]),
     POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
 };
