@@ -5,25 +5,12 @@
 #include <PolicyMap/HelperOperationModels.h>
 
 #include <array>
-#include <string_view>
 
 namespace PolicyMapTest {
 namespace {
 
 using T = AclHelper;
 using M = Kor::Model<T>;
-
-// By row of POLICYMAPTEST_HELPER_ERRORS.
-constexpr std::array<std::string_view, 8> errorProse{
-    "result of createPolicy and recreatePolicy; empty: success",
-    "result of deletePolicy; empty: success",
-    "result of commitPolicy; empty: success",
-    "result of addIntfToPolicy; empty: success",
-    "result of removeIntfFromPolicy; empty: success",
-    "result of addRule, which then records nothing; empty: success",
-    "result of updateAction, which records the actions anyway; empty: success",
-    "result of addRule for a sub-rule that needs a range checker; empty: addRuleError",
-};
 
 constexpr std::array ownAttrs{
     M::function<&T::scheduleAsyncResult>("scheduleAsyncResult", "error")
@@ -39,8 +26,7 @@ constexpr std::array ownAttrs{
     M::owned<T::TestDataAttribute>("testData")
         .with(Kor::Flags::settableOwned)
         .says("records by policy and option"),
-#define POLICYMAPTEST_ROW(name, Name) \
-  M::data<&T::name, &T::name##Is>(#name).says(errorProse[T::name##Id - T::createErrorId]),
+#define POLICYMAPTEST_ROW(name, Name, prose) M::data<&T::name, &T::name##Is>(#name).says(prose),
     POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
 };

@@ -38,7 +38,7 @@ using T = PolicyMapGlobalData;
 using M = Model<T>;
 constexpr std::array attrs{
     M::key<&T::aclConfig>("aclConfig")
-        .says("access lists that the rules are compiled from; None: nothing is programmed"),
+        .says("access lists that the rules are compiled from; None: none is found"),
     M::key<&T::classTypeConfig>("classTypeConfig")
         .says("class-maps in which nested ones are found; None: none is found"),
     M::key<&T::aclDiff>("aclDiff").says(
