@@ -187,7 +187,8 @@ constexpr std::array attrs{
         .says("machine of each attached policy-map and direction"),
     M::data<&T::initialized, &T::initializedIs>("initialized")
         .says("true after the first activation"),
-    M::function<&T::intfExists>("intfExists", "intf").says("true if the interface exists"),
+    M::function<&T::intfExists>("intfExists", "intf")
+        .says("false: the interface carries no policy; the base class returns True"),
     M::function<&T::allowedIntf>("allowedIntf", "intf")
         .says("true if the interface is of a kind that may carry policies"),
     M::function<&T::allowedIntfForType>("allowedIntfForType", "intf", "matchOption")
@@ -205,7 +206,7 @@ constexpr std::array attrs{
     M::function<&T::handlePolicyMapConfig>("handlePolicyMapConfig", "policyMapName")
         .says("called when a policy-map was created or removed"),
     M::function<&T::handleIntf>("handleIntf", "intf", "force")
-        .says("evaluates an interface again; with force, its policies are programmed again"),
+        .says("evaluates an interface again; with force, its policies are programmed in any case"),
     M::function<&T::cleanup>("cleanup").says("requests the removal of all policies"),
     M::function<&T::handleInitialized>("handleInitialized")
         .says("called at the end of the first activation"),
