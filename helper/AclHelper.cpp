@@ -321,7 +321,7 @@ void AclHelper::asyncErrorIs(Kor::String8 error) {
 void AclHelper::pseudoAsyncIs(bool pseudoAsync) {
   attributeIs(pseudoAsync_, pseudoAsync, pseudoAsyncId, &NotifieeConst::onPseudoAsync);
 }
-#define POLICYMAPTEST_ROW(name, Name)                                \
+#define POLICYMAPTEST_ROW(name, Name, prose)                         \
   void AclHelper::name##Is(Kor::String8 error) {                     \
     attributeIs(name##_, error, name##Id, &NotifieeConst::on##Name); \
   }

@@ -116,7 +116,7 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
 
   // The texts of failing operations (see helper/HelperErrors.h): createError(),
   // createErrorIs(error) and so on.
-#define POLICYMAPTEST_ROW(name, Name)              \
+#define POLICYMAPTEST_ROW(name, Name, prose)       \
   [[nodiscard]] Kor::String8 const& name() const { \
     return name##_;                                \
   }                                                \
@@ -132,7 +132,7 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
     asyncErrorId,
     pseudoAsyncId,
     testDataId,
-#define POLICYMAPTEST_ROW(name, Name) name##Id,
+#define POLICYMAPTEST_ROW(name, Name, prose) name##Id,
     POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
   };
@@ -154,7 +154,7 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
   std::uint32_t asyncTrigger_ = 0;
   Kor::String8 asyncError_;
   bool pseudoAsync_ = false;
-#define POLICYMAPTEST_ROW(name, Name) Kor::String8 name##_;
+#define POLICYMAPTEST_ROW(name, Name, prose) Kor::String8 name##_;
   POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
 };
@@ -170,7 +170,7 @@ class POLICYMAPTEST_API AclHelper::NotifieeConst
   // The record of that key was created or removed.
   // NOLINTNEXTLINE(performance-unnecessary-value-param): the published signature
   virtual void onTestData(AclPolicyType /*key*/) {}
-#define POLICYMAPTEST_ROW(name, Name) \
+#define POLICYMAPTEST_ROW(name, Name, prose) \
   virtual void on##Name() {}
   POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW

@@ -2,6 +2,7 @@
 #include "lab/TypeListing.h"
 
 #include <Kor/ByName.h>
+#include <Kor/FlagNames.h>
 
 #include <iomanip>
 #include <sstream>
@@ -23,8 +24,18 @@ std::string hexadecimal(std::uint32_t word) {
   return text.str();
 }
 
-std::string flagsOf(KorAttr const& attr) {
-  return hexadecimal(attr.flags().first()) + " " + hexadecimal(attr.flags().second());
+template <class Texts>
+std::string joined(Texts const& texts) {
+  std::string line;
+  for (auto const& text : texts) {
+    line.append(line.empty() ? "" : ", ").append(text);
+  }
+  return line;
+}
+
+std::string explained(KorAttr const& attr) {
+  std::string const flags = "[" + joined(Kor::flagNames(attr)) + "]";
+  return attr.prose().empty() ? flags : std::string(attr.prose()) + " " + flags;
 }
 
 std::string listOf(std::vector<Kor::ArgumentSpec> const& args) {
@@ -77,8 +88,20 @@ nlohmann::ordered_json attrAsJson(KorType const& type, KorAttr const& attr) {
   json["args"] = argsAsJson(attr.args());
   json["flags"] = {attr.flags().first(), attr.flags().second()};
   json["introspection"] = attr.introspectionFlags().value();
+  json["flagNames"] = Kor::flagNames(attr);
+  json["prose"] = attr.prose();
   json["inherited"] = !isOwn(type, attr);
   return json;
+}
+
+// The lines under the row of an attribute, indented to its name.
+std::vector<std::string> below(std::string const& text, TextStyle const& style) {
+  std::size_t const indentation = 7;
+  std::vector<std::string> lines = wrapped(text, style.width - indentation);
+  for (std::string& line : lines) {
+    line.insert(0, indentation, ' ');
+  }
+  return lines;
 }
 
 std::string described(KorType const& type) {
@@ -108,20 +131,38 @@ std::string section(KorType const& type) {
   if (type.operations().construct != nullptr) {
     text << "\nBuilt by name with " << code(listOf(type.constructorArgs())) << ".\n";
   }
+  if (!type.enumNames().empty()) {
+    text << "\nValues from 0: " << code(joined(type.enumNames())) << ".\n";
+  }
   std::string rows;
   for (KorAttr::Ptr const& attr : type.attrs()) {
     if (isOwn(type, *attr)) {
-      rows += row({std::to_string(attr->id()), code(attr->name().stdString()), kindOf(*attr),
-                   code(shapeOf(*attr)), flagsOf(*attr),
-                   std::to_string(attr->introspectionFlags().value())});
+      rows +=
+          row({std::to_string(attr->id()), code(attr->name().stdString()), kindOf(*attr),
+               code(shapeOf(*attr)), std::string(attr->prose()), joined(Kor::flagNames(*attr))});
     }
   }
   if (!rows.empty()) {
     text << "\n"
-         << row({"Id", "Attribute", "Kind", "Type", "Flags", "Introspection"})
+         << row({"Id", "Attribute", "Kind", "Type", "Meaning", "Flags"})
          << row({"---", "---", "---", "---", "---", "---"}) << rows;
   }
   return text.str();
+}
+
+// What the words in the column of flags are as numbers.
+std::string flagLegend() {
+  std::string text = "\n## Flags\n\nThe first word names the two flag words of an attribute; the "
+                     "others are its introspection flags.\n\n| Name | Number |\n| --- | --- |\n";
+  for (Kor::FlagPairName const& pair : Kor::flagPairNames()) {
+    text += row({std::string(pair.name),
+                 hexadecimal(pair.flags.first()) + " " + hexadecimal(pair.flags.second())});
+  }
+  text += "\n| Introspection flag | Number |\n| --- | --- |\n";
+  for (Kor::IntrospectionFlagName const& named : Kor::introspectionFlagNames()) {
+    text += row({std::string(named.name), std::to_string(named.flag.value())});
+  }
+  return text;
 }
 
 }  // namespace
@@ -177,10 +218,13 @@ void printType(KorType const& type, Console const& console) {
     printWrapped(console.out, console.style, "  built by name with ",
                  listOf(type.constructorArgs()));
   }
-  Table table({{"id", Table::Align::right}, {"attribute"}, {"kind"}, {"flags"}, {"type"}}, 2);
+  if (!type.enumNames().empty()) {
+    printWrapped(console.out, console.style, "  values from 0: ", joined(type.enumNames()));
+  }
+  Table table({{"id", Table::Align::right}, {"attribute"}, {"kind"}, {"type"}}, 2);
   for (KorAttr::Ptr const& attr : type.attrs()) {
-    table.add({std::to_string(attr->id()), attr->name().stdString(), kindOf(*attr), flagsOf(*attr),
-               shapeOf(*attr)});
+    table.add({std::to_string(attr->id()), attr->name().stdString(), kindOf(*attr), shapeOf(*attr)},
+              below(explained(*attr), console.style));
   }
   if (!type.attrs().empty()) {
     table.print(console.out, console.style);
@@ -198,6 +242,7 @@ nlohmann::ordered_json typesAsJson(std::vector<KorType const*> const& types) {
     json["size"] = type->size();
     json["constructible"] = type->operations().construct != nullptr;
     json["constructorArgs"] = argsAsJson(type->constructorArgs());
+    json["values"] = type->enumNames();
     json["attributes"] = nlohmann::ordered_json::array();
     for (KorAttr::Ptr const& attr : type->attrs()) {
       json["attributes"].push_back(attrAsJson(*type, *attr));
@@ -229,7 +274,7 @@ std::map<std::string, std::string> referencePages(std::vector<KorType const*> co
   for (auto const& [nameSpace, names] : links) {
     index += row({"[" + nameSpace + "](" + pageOf(nameSpace) + ")", names});
   }
-  pages["README.md"] = index;
+  pages["README.md"] = index + flagLegend();
   return pages;
 }
 

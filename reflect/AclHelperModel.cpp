@@ -4,6 +4,8 @@
 
 #include <PolicyMap/HelperOperationModels.h>
 
+#include <array>
+
 namespace PolicyMapTest {
 namespace {
 
@@ -11,13 +13,20 @@ using T = AclHelper;
 using M = Kor::Model<T>;
 
 constexpr std::array ownAttrs{
-    M::function<&T::scheduleAsyncResult>("scheduleAsyncResult", "error"),
-    M::data<&T::asyncTrigger, &T::asyncTriggerIs>("asyncTrigger"),
-    M::function<&T::handleAsyncTrigger>("handleAsyncTrigger"),
-    M::data<&T::asyncError, &T::asyncErrorIs>("asyncError"),
-    M::data<&T::pseudoAsync, &T::pseudoAsyncIs>("pseudoAsync"),
-    M::owned<T::TestDataAttribute>("testData").with(Kor::Flags::settableOwned),
-#define POLICYMAPTEST_ROW(name, Name) M::data<&T::name, &T::name##Is>(#name),
+    M::function<&T::scheduleAsyncResult>("scheduleAsyncResult", "error")
+        .says("sets the pending result; with pseudoAsync also delivers it"),
+    M::data<&T::asyncTrigger, &T::asyncTriggerIs>("asyncTrigger")
+        .says("a change delivers the pending result"),
+    M::function<&T::handleAsyncTrigger>("handleAsyncTrigger")
+        .says("delivers asyncError with the current time, and keeps it pending"),
+    M::data<&T::asyncError, &T::asyncErrorIs>("asyncError")
+        .says("pending result of an asynchronous operation; empty: success"),
+    M::data<&T::pseudoAsync, &T::pseudoAsyncIs>("pseudoAsync")
+        .says("asynchronous results are delivered inside the operation; default False"),
+    M::owned<T::TestDataAttribute>("testData")
+        .with(Kor::Flags::settableOwned)
+        .says("records by policy and option"),
+#define POLICYMAPTEST_ROW(name, Name, prose) M::data<&T::name, &T::name##Is>(#name).says(prose),
     POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
 };

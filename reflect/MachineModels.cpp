@@ -17,8 +17,10 @@ using Kor::TypeModel;
 
 template <class T>
 constexpr std::array actionAttrs{
-    Model<T>::template function<&T::equalTo>("equalTo", "other"),
-    Model<T>::template data<&T::value, &T::valueIs>("value"),
+    Model<T>::template function<&T::equalTo>("equalTo", "other")
+        .says("true for an action of this class with the same value"),
+    Model<T>::template data<&T::value, &T::valueIs>("value").says(
+        "number that the action stores in the rules of its class; default 0"),
 };
 template <class T, auto make>
 constexpr TypeModel actionModel =
@@ -26,8 +28,11 @@ constexpr TypeModel actionModel =
 
 template <class T>
 constexpr std::array actionSmAttrs{
-    Model<T>::template function<&T::cleanup>("cleanup"),
-    Model<T>::template function<&T::handleAction>("handleAction"),
+    Model<T>::template function<&T::cleanup>("cleanup").says(
+        "resets the value of the class to 0, and requests programming"),
+    Model<T>::template function<&T::handleAction>("handleAction")
+        .says(
+            "copies the value of the action to the class, and requests programming if it differs"),
     Model<T>::activeHook(),
     Model<T>::zombieHook(),
 };
@@ -40,8 +45,9 @@ namespace ofClassCommonData {
 using T = TestClassCommonData;
 using M = Model<T>;
 constexpr std::array attrs{
-#define POLICYMAPTEST_ROW(kind) \
-  M::data<&T::action##kind##Value, &T::action##kind##ValueIs>("action" #kind "Value"),
+#define POLICYMAPTEST_ROW(kind)                                                       \
+  M::data<&T::action##kind##Value, &T::action##kind##ValueIs>("action" #kind "Value") \
+      .says("value of action " #kind ", which the helper records in every rule; default 0"),
     POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
 };
@@ -56,7 +62,7 @@ using T = TestClassMapSm;
 using M = Model<T>;
 constexpr std::array attrs{
     M::factory<&T::createActionSm>("createActionSm", "actionType"),
-    M::factory<&T::createCommonData>("createCommonData"),
+    M::factory<&T::createCommonData>("createCommonData").says("creates a TestClassCommonData"),
     Model<T>::activeHook(),
     Model<T>::zombieHook(),
 };
@@ -76,9 +82,11 @@ namespace ofServicePolicySm {
 using T = TestServicePolicySm;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::function<&T::intfExists>("intfExists", "intf"),
+    M::function<&T::intfExists>("intfExists", "intf")
+        .says("false for interfaces whose entry in nonexistentIntf is true"),
     M::factory<&T::createPolicyMapSm>("createPolicyMapSm", "key", "policyMap", "status"),
-    M::collection<T::NonexistentIntfAttribute>("nonexistentIntf"),
+    M::collection<T::NonexistentIntfAttribute>("nonexistentIntf")
+        .says("interfaces that do not exist, if the value is true"),
     Model<T>::activeHook(),
     Model<T>::zombieHook(),
 };

@@ -19,7 +19,7 @@ struct Attribute {
 };
 
 constexpr std::array attributes{
-#define POLICYMAPTEST_ROW(name, Name) Attribute{#name, &AclHelper::name##Is},
+#define POLICYMAPTEST_ROW(name, Name, prose) Attribute{#name, &AclHelper::name##Is},
     POLICYMAPTEST_HELPER_ERRORS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
 };

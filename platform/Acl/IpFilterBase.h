@@ -4,21 +4,9 @@
 // IpFilterBase: the fields that IPv4 and IPv6 rules match besides the addresses.
 //
 // ACL_IP_FILTER_FIELDS is the one list of the fields. Each row gives a field its storage, its
-// reader x(), its writer xIs(value), its place in hash, order, text form and registration, and its
-// meeting in intersections. Code that treats the fields one by one, such as describe(), does not
-// compile until it covers a new field.
-//
-//   permit              permit (the default) or deny
-//   protocol            0 to 255, none for any
-//   srcPort, dstPort    of protocols with ports
-//   dscp                0 to 63, none for any
-//   ttl                 0 to 255
-//   tcpFlags            flags that must be set or clear
-//   established         only packets of an established connection
-//   ackOrRst            only packets with ACK or RST (or both) set, which no TcpFlags can say
-//   fragments           only non-initial fragments
-//   icmpType, icmpCode  0 to 255, none for any
-//   tni, vni            tenant and virtual network identifier, 0 to 16777215, 0 for any
+// reader x(), its writer xIs(value), its place in hash, order, text form and registration, its
+// meeting in intersections, and one line of explanation. Code that treats the fields one by one,
+// such as describe(), does not compile until it covers a new field.
 //
 // Every setter checks its value first and raises RangeException "IpFilterBase::ATTRIBUTE < LOWEST
 // or > HIGHEST not allowed".
@@ -44,32 +32,33 @@ using PortField = PlainField<PortMatch>;
 using TtlField = PlainField<TtlMatch>;
 using TcpFlagsField = PlainField<TcpFlags>;
 
-#define ACL_IP_FILTER_FIELDS(ROW) \
-  ROW(permit, PermitField)        \
-  ROW(protocol, ByteField)        \
-  ROW(srcPort, PortField)         \
-  ROW(dstPort, PortField)         \
-  ROW(dscp, DscpField)            \
-  ROW(ttl, TtlField)              \
-  ROW(tcpFlags, TcpFlagsField)    \
-  ROW(established, FlagField)     \
-  ROW(ackOrRst, FlagField)        \
-  ROW(fragments, FlagField)       \
-  ROW(icmpType, ByteField)        \
-  ROW(icmpCode, ByteField)        \
-  ROW(tni, NetworkField)          \
-  ROW(vni, NetworkField)
+#define ACL_IP_FILTER_FIELDS(ROW)                                                     \
+  ROW(permit, PermitField, "True permits, False denies; default True")                \
+  ROW(protocol, ByteField, "IP protocol, 0 to 255; None for any")                     \
+  ROW(srcPort, PortField, "source ports that match, of protocols with ports")         \
+  ROW(dstPort, PortField, "destination ports that match, of protocols with ports")    \
+  ROW(dscp, DscpField, "differentiated services code point, 0 to 63; None for any")   \
+  ROW(ttl, TtlField, "time to live or hop limit that matches, 0 to 255")              \
+  ROW(tcpFlags, TcpFlagsField, "TCP flags that must be set or clear")                 \
+  ROW(established, FlagField, "matches only packets of an established connection")    \
+  ROW(ackOrRst, FlagField,                                                            \
+      "matches only packets with ACK or RST set, or both, which tcpFlags cannot say") \
+  ROW(fragments, FlagField, "matches only non-initial fragments")                     \
+  ROW(icmpType, ByteField, "of ICMP packets, 0 to 255; None for any")                 \
+  ROW(icmpCode, ByteField, "of ICMP packets, 0 to 255; None for any")                 \
+  ROW(tni, NetworkField, "tenant network identifier, 0 to 16777215; 0 for any")       \
+  ROW(vni, NetworkField, "virtual network identifier, 0 to 16777215; 0 for any")
 
 class POLICYMAP_API IpFilterBase {
  public:
   static constexpr auto filterFields() {
     using F = IpFilterBase;
-#define ACL_ROW(name, Field) Kor::field(#name, &F::name, &F::name##Is),
+#define ACL_ROW(name, Field, prose) Kor::field(#name, &F::name, &F::name##Is, prose),
     return std::tuple{ACL_IP_FILTER_FIELDS(ACL_ROW)};
 #undef ACL_ROW
   }
 
-#define ACL_ROW(name, Field)                    \
+#define ACL_ROW(name, Field, prose)             \
   [[nodiscard]] Field::Value name() const {     \
     return name##_.get();                       \
   }                                             \
@@ -93,7 +82,7 @@ class POLICYMAP_API IpFilterBase {
                                            std::string_view destination) const;
 
  private:
-#define ACL_ROW(name, Field) Field name##_;
+#define ACL_ROW(name, Field, prose) Field name##_;
   ACL_IP_FILTER_FIELDS(ACL_ROW)
 #undef ACL_ROW
 };

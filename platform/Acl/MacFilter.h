@@ -5,11 +5,6 @@
 //
 // ACL_MAC_FILTER_FIELDS is the one list of the fields; see IpFilterBase.h.
 //
-//   permit                     permit (the default) or deny
-//   ethertype                  0 to 65535, none for any
-//   vlan                       1 to 4094, none for any
-//   mplsLabel, mplsInnerLabel  the outer and the next MPLS label, 0 to 1048575, none for any
-//
 // Every setter checks its value first and raises RangeException "MacFilter::ATTRIBUTE < LOWEST or >
 // HIGHEST not allowed".
 
@@ -29,23 +24,23 @@ using EthertypeField = OptionalField<std::uint32_t, 0, 65535>;
 using VlanField = OptionalField<std::uint16_t, 1, 4094>;
 using MplsLabelField = OptionalField<std::uint32_t, 0, 1048575>;
 
-#define ACL_MAC_FILTER_FIELDS(ROW) \
-  ROW(permit, PermitField)         \
-  ROW(ethertype, EthertypeField)   \
-  ROW(vlan, VlanField)             \
-  ROW(mplsLabel, MplsLabelField)   \
-  ROW(mplsInnerLabel, MplsLabelField)
+#define ACL_MAC_FILTER_FIELDS(ROW)                                               \
+  ROW(permit, PermitField, "True permits, False denies; default True")           \
+  ROW(ethertype, EthertypeField, "0 to 65535; None for any")                     \
+  ROW(vlan, VlanField, "1 to 4094; None for any")                                \
+  ROW(mplsLabel, MplsLabelField, "outer MPLS label, 0 to 1048575; None for any") \
+  ROW(mplsInnerLabel, MplsLabelField, "next MPLS label, 0 to 1048575; None for any")
 
 class POLICYMAP_API MacFilter {
  public:
   static constexpr auto filterFields() {
     using F = MacFilter;
-#define ACL_ROW(name, Field) Kor::field(#name, &F::name, &F::name##Is),
+#define ACL_ROW(name, Field, prose) Kor::field(#name, &F::name, &F::name##Is, prose),
     return std::tuple{ACL_MAC_FILTER_FIELDS(ACL_ROW)};
 #undef ACL_ROW
   }
 
-#define ACL_ROW(name, Field)                 \
+#define ACL_ROW(name, Field, prose)          \
   [[nodiscard]] Field::Value name() const {  \
     return name##_.get();                    \
   }                                          \
@@ -69,7 +64,7 @@ class POLICYMAP_API MacFilter {
                                            std::string_view destination) const;
 
  private:
-#define ACL_ROW(name, Field) Field name##_;
+#define ACL_ROW(name, Field, prose) Field name##_;
   ACL_MAC_FILTER_FIELDS(ACL_ROW)
 #undef ACL_ROW
 };

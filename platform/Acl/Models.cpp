@@ -18,7 +18,9 @@ Match addressMatch(Kor::String const& text) {
   return Match(text.view());
 }
 template <class Match>
-constexpr std::array addressMatchAttrs{Model<Match>::template derived<&Match::length>("length")};
+constexpr std::array addressMatchAttrs{
+    Model<Match>::template derived<&Match::length>("length").says(
+        "leading one bits of the mask; None if it has holes")};
 template <class Match>
 constexpr TypeModel ofAddressMatch = Model<Match>::value(
     addressMatchAttrs<Match>, Model<Match>::template constructor<&addressMatch<Match>>("text"));
@@ -44,7 +46,8 @@ constexpr TypeModel ofRule = Model<Rule>::value(
 
 template <class List>
 constexpr std::array listAttrs{
-    Model<List>::template collection<typename List::RuleAttribute>("rule")};
+    Model<List>::template collection<typename List::RuleAttribute>("rule").says(
+        "rules by sequence number; they apply in ascending order")};
 template <class List>
 constexpr TypeModel ofList = Model<List>::entity(
     listAttrs<List>, Model<List>::template constructor<&Kor::makeObject<List, Kor::Name>>("name"));
@@ -53,9 +56,9 @@ namespace ofConfig {
 using T = Config;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::owned<T::IpAclAttribute>("ipAcl"),
-    M::owned<T::Ip6AclAttribute>("ip6Acl"),
-    M::owned<T::MacAclAttribute>("macAcl"),
+    M::owned<T::IpAclAttribute>("ipAcl").says("IPv4 access lists by name"),
+    M::owned<T::Ip6AclAttribute>("ip6Acl").says("IPv6 access lists by name"),
+    M::owned<T::MacAclAttribute>("macAcl").says("MAC access lists by name"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));

@@ -13,7 +13,7 @@ constexpr Kor::EnumNames opNames{"MatchOp", opTexts.data(), opTexts.size()};
 }  // namespace
 
 Kor::KorType* korEnumType(MatchOp /*any*/) {
-  static Kor::KorType type("Acl::MatchOp", nullptr);
+  static Kor::KorType type("Acl::MatchOp", opNames);
   return &type;
 }
 

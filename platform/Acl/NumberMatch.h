@@ -67,9 +67,12 @@ class POLICYMAP_API NumberMatch {
   static constexpr std::int64_t highest = Traits::highest;
   static constexpr std::string_view korTypeName = Traits::typeName;
   static constexpr auto korFields() {
-    return std::tuple(Kor::field("op", &NumberMatch::op, &NumberMatch::opIs),
-                      Kor::field("low", &NumberMatch::low, &NumberMatch::lowIs),
-                      Kor::field("high", &NumberMatch::high, &NumberMatch::highIs));
+    return std::tuple(Kor::field("op", &NumberMatch::op, &NumberMatch::opIs,
+                                 "operator; any also matches packets without the field"),
+                      Kor::field("low", &NumberMatch::low, &NumberMatch::lowIs,
+                                 "number of the operator, or lowest number of a range; 0 for any"),
+                      Kor::field("high", &NumberMatch::high, &NumberMatch::highIs,
+                                 "highest number of a range; for other operators the same as low"));
   }
 
   // Matches any number.

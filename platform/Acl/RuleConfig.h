@@ -25,9 +25,10 @@ class RuleConfig : public Filter {
   static constexpr auto korFields() {
     return std::tuple_cat(
         Filter::filterFields(),
-        std::tuple(
-            Kor::field("source", &RuleConfig::source, &RuleConfig::sourceIs),
-            Kor::field("destination", &RuleConfig::destination, &RuleConfig::destinationIs)));
+        std::tuple(Kor::field("source", &RuleConfig::source, &RuleConfig::sourceIs,
+                              "source addresses that match; default any"),
+                   Kor::field("destination", &RuleConfig::destination, &RuleConfig::destinationIs,
+                              "destination addresses that match; default any")));
   }
 
   [[nodiscard]] Match const& source() const { return source_; }

@@ -21,8 +21,11 @@ class POLICYMAP_API TcpFlags {
                                 cwr = 128;
   static constexpr std::string_view korTypeName = "Acl::TcpFlags";
   static constexpr auto korFields() {
-    return std::tuple(Kor::field("value", &TcpFlags::value, &TcpFlags::valueIs),
-                      Kor::field("mask", &TcpFlags::mask, &TcpFlags::maskIs));
+    return std::tuple(
+        Kor::field("value", &TcpFlags::value, &TcpFlags::valueIs,
+                   "required values of the checked flags, FIN in bit 0 to CWR in bit 7"),
+        Kor::field("mask", &TcpFlags::mask, &TcpFlags::maskIs,
+                   "flags that are checked, FIN in bit 0 to CWR in bit 7; 0: none"));
   }
 
   // Checks no flags.

@@ -15,8 +15,9 @@ Address makeAddress(Kor::String const& text) {
 }
 template <class Address>
 inline constexpr std::array addressAttrs{
-    Kor::Model<Address>::template key<&Address::text>("text"),
-    Kor::Model<Address>::template derived<&Address::length>("length"),
+    Kor::Model<Address>::template key<&Address::text>("text").says(
+        "address and prefix length, such as 10.1.2.3/24; empty for no address"),
+    Kor::Model<Address>::template derived<&Address::length>("length").says("prefix length in bits"),
 };
 template <class Address>
 inline constexpr Kor::TypeModel ofAddress = Kor::Model<Address>::value(
@@ -25,7 +26,8 @@ inline constexpr Kor::TypeModel ofAddress = Kor::Model<Address>::value(
 
 template <class Status>
 inline constexpr std::array addressStatusAttrs{
-    Kor::Model<Status>::template collection<typename Status::IntfAddressAttribute>("intfAddress")};
+    Kor::Model<Status>::template collection<typename Status::IntfAddressAttribute>("intfAddress")
+        .says("address of each interface; absent: it has none")};
 template <class Status>
 inline constexpr Kor::TypeModel ofAddressStatus = Kor::Model<Status>::entity(
     addressStatusAttrs<Status>,

@@ -106,6 +106,11 @@ class KOR_API KorAttr {
                     Ptr const& indexAttr, AttrFlags flags, AttributeId id);
 
   [[nodiscard]] Name const& name() const { return name_; }
+  // One line that explains the attribute: what it means, its unit, a special value. Empty if the
+  // table says nothing.
+  [[nodiscard]] std::string_view prose() const { return prose_; }
+  // `prose` is a literal.
+  void proseIs(std::string_view prose) { prose_ = prose; }
   // The type that registered this record; for an overridden function, the most derived one.
   [[nodiscard]] KorType const* owner() const { return owner_; }
   // The type of the value, of a collection's members, or of a function's result.
@@ -161,6 +166,7 @@ class KOR_API KorAttr {
   Access access_ = &notSupported;
   Reader reader_ = nullptr;
   Name name_;
+  std::string_view prose_;
   KorType const* owner_;
   KorType const* valueType_;
   KorType const* keyType_ = nullptr;

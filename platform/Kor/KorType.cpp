@@ -37,6 +37,10 @@ KorType::KorType(std::string_view name, KorType const* base)
   lineage_[level_] = this;
 }
 
+KorType::KorType(std::string_view name, EnumNames const& names) : KorType(name, nullptr) {
+  enumNames_ = {names.names, names.count};
+}
+
 KorType::~KorType() = default;
 
 std::string_view KorType::shortName() const {

@@ -8,6 +8,7 @@
 // afterwards.
 
 #include "Kor/ArgumentSpec.h"
+#include "Kor/EnumNames.h"
 #include "Kor/Export.h"
 #include "Kor/Ptr.h"
 #include "Kor/String.h"
@@ -16,6 +17,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -41,6 +43,8 @@ class KOR_API KorType {
  public:
   // `name` is the qualified name, a literal. `base` is null for a root and for a value type.
   KorType(std::string_view name, KorType const* base);
+  // An enumeration. The names outlive the record.
+  KorType(std::string_view name, EnumNames const& names);
   KorType(KorType const&) = delete;
   KorType& operator=(KorType const&) = delete;
   ~KorType();
@@ -51,6 +55,10 @@ class KOR_API KorType {
   [[nodiscard]] KorType const* base() const { return base_; }
   // Inheritance level: 0 for a root and for a value type.
   [[nodiscard]] std::uint32_t level() const { return level_; }
+
+  // The names of the values 0, 1, 2, … of an enumeration. Empty for one without names and for every
+  // other type.
+  [[nodiscard]] std::span<std::string_view const> enumNames() const { return enumNames_; }
 
   // True if this type is `other` or derives from it. Constant time.
   [[nodiscard]] bool isA(KorType const* other) const {
@@ -121,6 +129,7 @@ class KOR_API KorType {
   std::string_view name_;
   KorType const* base_;
   std::uint32_t level_;
+  std::span<std::string_view const> enumNames_;
   bool isEntity_ = false;
   bool isValue_ = false;
   bool hasGenericIfSupport_ = false;

@@ -80,7 +80,8 @@ void enterPrimitives() {
   (enter(primitiveType<T>(), sizeOf<T>), ...);
 }
 
-constexpr std::array entityAttrs{Model<Entity>::key<&Entity::name>("name")};
+constexpr std::array entityAttrs{Model<Entity>::key<&Entity::name>("name").says(
+    "name given at construction, which never changes")};
 constexpr TypeModel root = Model<PtrInterface>::object({});
 constexpr TypeModel entity = Model<Entity>::entity(entityAttrs);
 constexpr std::array<TypeModel const*, 2> models{&root, &entity};

@@ -6,7 +6,7 @@
 //
 //   using M = Kor::Model<Shelf>;
 //   constexpr std::array attrs{
-//       M::data<&Shelf::colour, &Shelf::colourIs>("colour"),
+//       M::data<&Shelf::colour, &Shelf::colourIs>("colour").says("RGB, 8 bits each"),
 //       M::collection<Shelf::BookAttribute>("book"),
 //       M::owned<Shelf::DrawerAttribute>("drawer"),
 //       M::function<&Shelf::weigh>("weigh", "scale", "unit"),
@@ -68,7 +68,9 @@ class Model {
   }
   template <auto read>
   static constexpr AttrModel fwkKey() {
-    AttrModel attr = derived<read>("fwkKey").with(Flags::fwkKey);
+    AttrModel attr = derived<read>("fwkKey")
+                         .with(Flags::fwkKey)
+                         .says("key under which a collection holds the object");
     attr.withoutNumber = true;
     return attr;
   }
@@ -129,10 +131,12 @@ class Model {
   // The two hooks of every machine. The first one's argument has the hook's own name.
   static constexpr AttrModel activeHook() {
     return hook<&Self::hasNotificationActiveIs>("hasNotificationActiveIs",
-                                                "hasNotificationActiveIs");
+                                                "hasNotificationActiveIs")
+        .says("starts or stops the observation of the machine's objects");
   }
   static constexpr AttrModel zombieHook() {
-    return hook<&Self::korDoZombieReactors>("korDoZombieReactors", "on");
+    return hook<&Self::korDoZombieReactors>("korDoZombieReactors", "on")
+        .says("while on, the machine observes nothing, even if its notifications are active");
   }
   // Two overloads with one name. The record describes the first.
   template <auto withArgs, auto without, class... Names>
@@ -214,9 +218,9 @@ constexpr std::array<AttrModel, sizeof...(I)> fieldAttrs(std::index_sequence<I..
   auto const attr = []<std::size_t J>(std::integral_constant<std::size_t, J>) {
     constexpr auto field = std::get<J>(Self::korFields());
     if constexpr (writable) {
-      return Model<Self>::template data<field.get, field.set>(field.name);
+      return Model<Self>::template data<field.get, field.set>(field.name).says(field.prose);
     } else {
-      return Model<Self>::template key<field.get>(field.name);
+      return Model<Self>::template key<field.get>(field.name).says(field.prose);
     }
   };
   return {attr(std::integral_constant<std::size_t, I>())...};

@@ -53,9 +53,16 @@ AttributeId numberOf(KorType const* type, AttrModel const& model, AttributeId& o
   return inherited != nullptr ? inherited->id() : firstAttributeId(type->level()) + own++;
 }
 
+std::string_view proseOf(KorType const* type, AttrModel const& model) {
+  KorAttr const* const inherited = type->attr(model.name);
+  return model.prose.empty() && inherited != nullptr ? inherited->prose() : model.prose;
+}
+
 void registerAttr(KorType* type, AttrModel const& model, AttributeId& own) {
   IntrospectionReactor& reactor = IntrospectionReactor::global();
+  std::string_view const prose = proseOf(type, model);  // define() replaces the inherited one
   KorAttr::Ptr const attr = define(type, model, numberOf(type, model, own));
+  attr->proseIs(prose);
   attr->accessIs(model.access);
   attr->readerIs(model.reader);
   attr->isWritableIs(model.writable);

@@ -23,7 +23,7 @@
 //   struct Point {
 //     static constexpr std::string_view korTypeName = "Ns::Point";
 //     static constexpr auto korFields() {
-//       return std::tuple(Kor::field("x", &Point::x, &Point::xIs), ...);
+//       return std::tuple(Kor::field("x", &Point::x, &Point::xIs, "distance to the left"), ...);
 //     }
 //   };
 //
@@ -31,6 +31,7 @@
 // strepToValue<Point>(text). The first two are found by argument-dependent lookup if the type's
 // namespace declares `using Kor::valueToStrep; using Kor::operator<<;`.
 
+#include "Kor/EnumNames.h"
 #include "Kor/Exception.h"
 #include "Kor/Export.h"
 #include "Kor/KorType.h"
@@ -140,12 +141,6 @@ T strepToValue(String const& text) {
 
 // enumerations --------------------------------------------------------------------------
 
-// The names of the values 0, 1, 2, … of an enumeration. Other values print and parse as numbers.
-struct EnumNames {
-  std::string_view type;  // short type name
-  std::string_view const* names;
-  std::size_t count;
-};
 KOR_API String enumToText(EnumNames const& names, std::int32_t value);   // bare name or number
 KOR_API String enumToStrep(EnumNames const& names, std::int32_t value);  // 'name' or number
 KOR_API std::int32_t sequenceToEnum(TextIterator& it, TextIterator const& end,
@@ -153,16 +148,18 @@ KOR_API std::int32_t sequenceToEnum(TextIterator& it, TextIterator const& end,
 
 // values with attributes ----------------------------------------------------------------
 
-// One attribute of a value type, with its getter and, unless it is read-only, its setter.
+// One attribute of a value type, with its getter, its setter and one line that explains it.
 template <class Getter, class Setter>
 struct Field {
   std::string_view name;
   Getter get;
   Setter set;
+  std::string_view prose;
 };
 template <class Getter, class Setter>
-constexpr Field<Getter, Setter> field(std::string_view name, Getter get, Setter set) {
-  return {name, get, set};
+constexpr Field<Getter, Setter> field(std::string_view name, Getter get, Setter set,
+                                      std::string_view prose = {}) {
+  return {name, get, set, prose};
 }
 
 template <class T>

@@ -47,6 +47,7 @@ struct AttrModel {
   enum class Kind : std::uint8_t { data, collection, owned, function };
 
   std::string_view name;
+  std::string_view prose;  // an override without one has that of the overridden attribute
   Kind kind = Kind::data;
   TypeGetter valueType = nullptr;
   TypeGetter keyType = nullptr;  // of a collection
@@ -61,6 +62,12 @@ struct AttrModel {
   [[nodiscard]] constexpr AttrModel with(KorAttr::AttrFlags other) const {
     AttrModel copy = *this;
     copy.flags = other;
+    return copy;
+  }
+  // One line that explains the attribute: at most 100 characters, no full stop, no vertical bar.
+  [[nodiscard]] constexpr AttrModel says(std::string_view line) const {
+    AttrModel copy = *this;
+    copy.prose = line;
     return copy;
   }
 };

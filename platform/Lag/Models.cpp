@@ -10,7 +10,8 @@ namespace {
 
 using M = Kor::Model<Config>;
 
-constexpr std::array attrs{M::collection<Config::MemberOfAttribute>("memberOf")};
+constexpr std::array attrs{M::collection<Config::MemberOfAttribute>("memberOf")
+                               .says("port-channel of each member interface")};
 
 constexpr Kor::TypeModel ofConfig =
     M::entity(attrs, M::constructor<&Kor::makeObject<Config, Kor::Name>>("name"));

@@ -52,10 +52,14 @@ class POLICYMAP_API AclRuleKey {
 
   static constexpr auto korFields() {
     return std::tuple(
-        Kor::field("className", &AclRuleKey::className, &AclRuleKey::classNameIs),
-        Kor::field("aclName", &AclRuleKey::aclName, &AclRuleKey::aclNameIs),
-        Kor::field("seqno", &AclRuleKey::seqno, &AclRuleKey::seqnoIs),
-        Kor::field("matchOption", &AclRuleKey::matchOption, &AclRuleKey::matchOptionIs));
+        Kor::field("className", &AclRuleKey::className, &AclRuleKey::classNameIs,
+                   "class of the rule"),
+        Kor::field("aclName", &AclRuleKey::aclName, &AclRuleKey::aclNameIs,
+                   "access list of the rule; empty for a rule written in the class-map itself"),
+        Kor::field("seqno", &AclRuleKey::seqno, &AclRuleKey::seqnoIs,
+                   "sequence number in the access list, or place in the class-map"),
+        Kor::field("matchOption", &AclRuleKey::matchOption, &AclRuleKey::matchOptionIs,
+                   "match option for which the rule is programmed"));
   }
 
  private:

@@ -9,7 +9,7 @@ constexpr Kor::EnumNames actionTypeNames{"ActionType", nullptr, 0};
 }  // namespace
 
 Kor::KorType* korEnumType(ActionType /*any*/) {
-  static Kor::KorType type("PolicyMap::ActionType", nullptr);
+  static Kor::KorType type("PolicyMap::ActionType", actionTypeNames);
   return &type;
 }
 

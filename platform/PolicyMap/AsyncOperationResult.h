@@ -33,8 +33,9 @@ class POLICYMAP_API AsyncOperationResult {
 
   static constexpr auto korFields() {
     using R = AsyncOperationResult;
-    return std::tuple(Kor::field("error", &R::error, &R::errorIs),
-                      Kor::field("time", &R::time, &R::timeIs));
+    return std::tuple(
+        Kor::field("error", &R::error, &R::errorIs, "text of the failure; empty: success"),
+        Kor::field("time", &R::time, &R::timeIs, "when the operation was completed, in seconds"));
   }
 
  private:

@@ -87,7 +87,7 @@ void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end, ClassM
 }
 
 Kor::KorType* korEnumType(ClassMapMatch::Kind /*any*/) {
-  static Kor::KorType type("PolicyMap::ClassMapMatch::Kind", nullptr);
+  static Kor::KorType type("PolicyMap::ClassMapMatch::Kind", kindNames);
   return &type;
 }
 

@@ -55,8 +55,13 @@ class POLICYMAP_API ClassMapMatch {
   static constexpr auto korFields() {
     using M = ClassMapMatch;
     return std::tuple(
-        Kor::field("kind", &M::kind, &M::kindIs), Kor::field("option", &M::option, &M::optionIs),
-        Kor::field("name", &M::name, &M::nameIs), Kor::field("rule", &M::ruleIfAny, &M::ruleIs));
+        Kor::field("kind", &M::kind, &M::kindIs,
+                   "what is matched: an access list, a class-map or an inline rule"),
+        Kor::field("option", &M::option, &M::optionIs,
+                   "match option; without meaning for a class-map"),
+        Kor::field("name", &M::name, &M::nameIs,
+                   "access list or class-map; empty for an inline rule"),
+        Kor::field("rule", &M::ruleIfAny, &M::ruleIs, "inline rule; None for other kinds"));
   }
 
  private:

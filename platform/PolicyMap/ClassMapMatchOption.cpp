@@ -13,7 +13,7 @@ constexpr Kor::EnumNames matchOptionNames{"ClassMapMatchOption", matchOptionText
 }  // namespace
 
 Kor::KorType* korEnumType(ClassMapMatchOption /*any*/) {
-  static Kor::KorType type("PolicyMap::ClassMapMatchOption", nullptr);
+  static Kor::KorType type("PolicyMap::ClassMapMatchOption", matchOptionNames);
   return &type;
 }
 

@@ -16,7 +16,7 @@ constexpr Kor::EnumNames matchTypeNames{"ClassMapMatchType", matchTypeTexts.data
 }  // namespace
 
 Kor::KorType* korEnumType(ClassMapMatchType /*any*/) {
-  static Kor::KorType type("PolicyMap::ClassMapMatchType", nullptr);
+  static Kor::KorType type("PolicyMap::ClassMapMatchType", matchTypeNames);
   return &type;
 }
 

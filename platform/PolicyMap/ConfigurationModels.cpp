@@ -18,8 +18,10 @@ namespace ofClassMapSubConfig {
 using T = ClassMapSubConfig;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::data<&T::matchType, &T::matchTypeIs>("matchType"),
-    M::collection<T::MatchAttribute>("match"),
+    M::data<&T::matchType, &T::matchTypeIs>("matchType")
+        .says("whether traffic must satisfy any or all of the match statements; default matchAny"),
+    M::collection<T::MatchAttribute>("match").says(
+        "statements by place; they apply in ascending order of place"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));
@@ -29,7 +31,8 @@ namespace ofClassMapConfig {
 using T = ClassMapConfig;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::data<&T::currentSubConfig, &T::currentSubConfigIs>("currentSubConfig"),
+    M::data<&T::currentSubConfig, &T::currentSubConfigIs>("currentSubConfig")
+        .says("matches in force; None: the class-map matches nothing"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));
@@ -39,7 +42,7 @@ namespace ofClassMapTypeConfig {
 using T = ClassMapTypeConfig;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::owned<T::ClassMapConfigAttribute>("classMapConfig"),
+    M::owned<T::ClassMapConfigAttribute>("classMapConfig").says("class-maps by name"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));
@@ -49,7 +52,7 @@ namespace ofClassAction {
 using T = ClassAction;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::collection<T::ActionAttribute>("action"),
+    M::collection<T::ActionAttribute>("action").says("configured actions of the class by kind"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));
@@ -59,10 +62,13 @@ namespace ofPolicyMapSubConfig {
 using T = PolicyMapSubConfig;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::collection<T::ClassPrioAttribute>("classPrio"),
-    M::collection<T::PrioClassAttribute>("prioClass"),
-    M::owned<T::ClassActionAttribute>("classAction"),
-    M::collection<T::RawClassMapAttribute>("rawClassMap"),
+    M::collection<T::ClassPrioAttribute>("classPrio")
+        .says("priority of each class; lower numbers come first, equal ones by class name"),
+    M::collection<T::PrioClassAttribute>("prioClass")
+        .says("class at each priority, derived from classPrio; of several, the one written last"),
+    M::owned<T::ClassActionAttribute>("classAction").says("actions of each class by class name"),
+    M::collection<T::RawClassMapAttribute>("rawClassMap")
+        .says("matches written in the policy, by class; used if no class-map of the name exists"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));
@@ -72,7 +78,8 @@ namespace ofPolicyMapConfig {
 using T = PolicyMapConfig;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::data<&T::currentSubConfig, &T::currentSubConfigIs>("currentSubConfig"),
+    M::data<&T::currentSubConfig, &T::currentSubConfigIs>("currentSubConfig")
+        .says("classes in force; None: the policy-map has no classes"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));
@@ -82,8 +89,9 @@ namespace ofPolicyMapTypeConfig {
 using T = PolicyMapTypeConfig;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::owned<T::PolicyMapConfigAttribute>("policyMapConfig"),
-    M::collection<T::ServicePolicyAttribute>("servicePolicy"),
+    M::owned<T::PolicyMapConfigAttribute>("policyMapConfig").says("policy-maps by name"),
+    M::collection<T::ServicePolicyAttribute>("servicePolicy")
+        .says("name of the policy-map attached to an interface in a direction"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));

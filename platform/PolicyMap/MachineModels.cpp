@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Models of the actions, the machines, their shared data, and the helper.
+// Models of the machines.
 
-#include "PolicyMap/HelperOperationModels.h"
 #include "PolicyMap/Models.h"
-#include "PolicyMap/PolicyMapAclHelper.h"
 #include "PolicyMap/ServicePolicySm.h"
 
 #include <array>
@@ -15,114 +13,24 @@ namespace {
 using Kor::Model;
 using Kor::TypeModel;
 
-namespace ofAction {
-using T = Action;
-using M = Model<T>;
-constexpr std::array attrs{
-    M::key<&T::className>("className"),
-    M::key<&T::actionType>("actionType"),
-    M::key<&T::id>("id"),
-    M::function<&T::equalTo>("equalTo", "other"),
-};
-T::Ptr make(Kor::Name const& className, ActionType actionType, Zub::UniqueId const& id) {
-  return Kor::make<T>(className, actionType, id);
-}
-constexpr TypeModel model =
-    M::entity(attrs, M::constructor<&make>("className", "actionType", "id"));
-}  // namespace ofAction
-
-namespace ofGlobalData {
-using T = PolicyMapGlobalData;
-using M = Model<T>;
-constexpr std::array attrs{
-    M::key<&T::aclConfig>("aclConfig"),
-    M::key<&T::classTypeConfig>("classTypeConfig"),
-    M::key<&T::aclDiff>("aclDiff"),
-};
-T::Ptr make(Kor::Ptr<Acl::Config const> const& aclConfig,
-            Kor::Ptr<ClassMapTypeConfig const> const& classTypeConfig,
-            Kor::Ptr<Acl::AclDiff> const& aclDiff) {
-  return Kor::make<T>(aclConfig, classTypeConfig, aclDiff);
-}
-constexpr TypeModel model =
-    M::object(attrs, M::constructor<&make>("aclConfig", "classTypeConfig", "aclDiff"));
-}  // namespace ofGlobalData
-
-namespace ofPolicyCommonData {
-using T = PolicyMapSmCommonData;
-using M = Model<T>;
-constexpr std::array attrs{
-    M::key<&T::policyKey>("policyKey"),
-    M::collection<T::Intf4Attribute>("intf4"),
-    M::collection<T::Intf6Attribute>("intf6"),
-    M::collection<T::IntfMacAttribute>("intfMac"),
-    M::collection<T::IntfMplsAttribute>("intfMpls"),
-};
-T::Ptr make(PolicyMapSmKey const& policyKey) {
-  return Kor::make<T>(policyKey);
-}
-constexpr TypeModel model = M::object(attrs, M::constructor<&make>("policyKey"));
-}  // namespace ofPolicyCommonData
-
-namespace ofClassCommonData {
-using T = ClassMapSmCommonData;
-using M = Model<T>;
-constexpr std::array attrs{
-    M::key<&T::name>("name"),
-    M::data<&T::classMap, &T::classMapIs>("classMap"),
-    M::key<&T::aclConfig>("aclConfig"),
-    M::data<&T::classMapStatus, &T::classMapStatusIs>("classMapStatus"),
-    M::collection<T::ActionAttribute>("action"),
-    M::data<&T::updateAclActions, &T::updateAclActionsIs>("updateAclActions"),
-    M::function<&T::getIpRule>("getIpRule", "key"),
-    M::function<&T::getIp6Rule>("getIp6Rule", "key"),
-    M::function<&T::getMacRule>("getMacRule", "key"),
-};
-T::Ptr make(Kor::Name const& name, ClassMapSubConfig::PtrConst const& classMap,
-            Acl::Config::PtrConst const& aclConfig) {
-  return Kor::make<T>(name, classMap, aclConfig);
-}
-constexpr TypeModel model =
-    M::object(attrs, M::constructor<&make>("name", "classMap", "aclConfig"));
-}  // namespace ofClassCommonData
-
-namespace ofAclHelper {
-using T = PolicyMapAclHelper;
-using M = Model<T>;
-constexpr std::array capabilityAttrs{
-    M::data<&T::updateActionSupported, &T::updateActionSupportedIs>("updateActionSupported"),
-    M::data<&T::reprogramPolicyOnIntfChange, &T::reprogramPolicyOnIntfChangeIs>(
-        "reprogramPolicyOnIntfChange"),
-    M::data<&T::expandPortChannels, &T::expandPortChannelsIs>("expandPortChannels"),
-    M::data<&T::denyRulesAllowed, &T::denyRulesAllowedIs>("denyRulesAllowed"),
-    M::data<&T::ttlSupported, &T::ttlSupportedIs>("ttlSupported"),
-    M::data<&T::onlyTtlEqSupported, &T::onlyTtlEqSupportedIs>("onlyTtlEqSupported"),
-    M::data<&T::ackOrRstSupported, &T::ackOrRstSupportedIs>("ackOrRstSupported"),
-    M::data<&T::establishedSupported, &T::establishedSupportedIs>("establishedSupported"),
-    M::data<&T::subRulesForL4Ports, &T::subRulesForL4PortsIs>("subRulesForL4Ports"),
-    M::data<&T::asyncOperations, &T::asyncOperationsIs>("asyncOperations"),
-    M::data<&T::asyncOperationResult, &T::asyncOperationResultIs>("asyncOperationResult"),
-};
-constexpr std::array showAttrs{
-    M::function<&T::showAclRule>("showAclRule", "key"),
-    M::function<&T::showAclSummary>("showAclSummary"),
-};
-constexpr auto attrs = Kor::joined(capabilityAttrs, helperOperationAttrs<T>, showAttrs);
-constexpr TypeModel model = M::object(attrs);
-}  // namespace ofAclHelper
-
 namespace ofActionSm {
 using T = ActionSm;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::key<&T::globalCommonData>("globalCommonData"),
-    M::key<&T::policyCommonData>("policyCommonData"),
-    M::key<&T::classCommonData>("classCommonData"),
-    M::data<&T::action, &T::actionIs>("action"),
-    M::data<&T::initialized, &T::initializedIs>("initialized"),
-    M::function<&T::cleanup>("cleanup"),
-    M::function<&T::handleAction>("handleAction"),
-    M::function<&T::handleInitialized>("handleInitialized"),
+    M::key<&T::globalCommonData>("globalCommonData")
+        .says("data shared by all machines below one service-policy machine, or None"),
+    M::key<&T::policyCommonData>("policyCommonData")
+        .says("data of the policy that the helper receives, or None"),
+    M::key<&T::classCommonData>("classCommonData")
+        .says("data of the class that the helper receives, or None"),
+    M::data<&T::action, &T::actionIs>("action").says("observed action; None if there is none"),
+    M::data<&T::initialized, &T::initializedIs>("initialized")
+        .says("true after the first activation"),
+    M::function<&T::cleanup>("cleanup").says(
+        "undoes what handleAction did; called once, before the machine is dropped"),
+    M::function<&T::handleAction>("handleAction")
+        .says("called when the action is configured, changed or replaced"),
+    M::function<&T::handleInitialized>("handleInitialized").says("called at the first activation"),
     Model<T>::activeHook(),
     Model<T>::zombieHook(),
 };
@@ -132,7 +40,8 @@ constexpr TypeModel model = M::object(attrs);
 namespace ofClassMapMatchSm {
 using T = ClassMapMatchSm;
 using M = Model<T>;
-constexpr std::array attrs{M::key<&T::option>("option")};
+constexpr std::array attrs{
+    M::key<&T::option>("option").says("match option of the rules that it keeps")};
 constexpr TypeModel model = M::object(attrs);
 }  // namespace ofClassMapMatchSm
 
@@ -141,30 +50,52 @@ using T = ClassMapSm;
 using M = Model<T>;
 using Handler = void (T::*)();
 constexpr std::array attrs{
-    M::key<&T::globalCommonData>("globalCommonData"),
-    M::key<&T::policyCommonData>("policyCommonData"),
-    M::data<&T::classMapConfig, &T::classMapConfigIs>("classMapConfig"),
-    M::data<&T::rawClassMapSubConfig, &T::rawClassMapSubConfigIs>("rawClassMapSubConfig"),
-    M::data<&T::classAction, &T::classActionIs>("classAction"),
-    M::data<&T::classMap, &T::classMapIs>("classMap"),
-    M::data<&T::classCommonData, &T::classCommonDataIs>("classCommonData"),
-    M::data<&T::classMapStatus, &T::classMapStatusIs>("classMapStatus"),
-    M::collection<T::ClassMapMatchSmAttribute>("classMapMatchSm"),
-    M::collection<T::ActionSmAttribute>("actionSm"),
-    M::data<&T::actionsActive, &T::actionsActiveIs>("actionsActive"),
-    M::data<&T::initializing, &T::initializingIs>("initializing"),
-    M::data<&T::initialized, &T::initializedIs>("initialized"),
+    M::key<&T::globalCommonData>("globalCommonData")
+        .says("data shared by all machines below one service-policy machine, or None"),
+    M::key<&T::policyCommonData>("policyCommonData")
+        .says("data of the policy that the helper receives, or None"),
+    M::data<&T::classMapConfig, &T::classMapConfigIs>("classMapConfig")
+        .says("observed class-map, or None"),
+    M::data<&T::rawClassMapSubConfig, &T::rawClassMapSubConfigIs>("rawClassMapSubConfig")
+        .says("matches written in the policy itself, or None"),
+    M::data<&T::classAction, &T::classActionIs>("classAction")
+        .says("configured actions of the class, or None"),
+    M::data<&T::classMap, &T::classMapIs>("classMap")
+        .says("matches in force: those of the class-map, otherwise those written in the policy"),
+    M::data<&T::classCommonData, &T::classCommonDataIs>("classCommonData")
+        .says("data of the class that the helper receives, or None"),
+    M::data<&T::classMapStatus, &T::classMapStatusIs>("classMapStatus")
+        .says("published status of the class, or None"),
+    M::collection<T::ClassMapMatchSmAttribute>("classMapMatchSm")
+        .says("keeper of the compiled rules by option"),
+    M::collection<T::ActionSmAttribute>("actionSm")
+        .says("machine of each configured action by kind"),
+    M::data<&T::actionsActive, &T::actionsActiveIs>("actionsActive")
+        .says("true while the class has action machines"),
+    M::data<&T::initializing, &T::initializingIs>("initializing")
+        .says("true during the first activation"),
+    M::data<&T::initialized, &T::initializedIs>("initialized")
+        .says("true after the first activation"),
     M::overloaded<static_cast<void (T::*)(ActionType)>(&T::handleAction),
-                  static_cast<Handler>(&T::handleAction)>("handleAction", "actionType"),
+                  static_cast<Handler>(&T::handleAction)>("handleAction", "actionType")
+        .says("called when an action was added, replaced or removed; without a kind: all kinds"),
     M::overloaded<static_cast<void (T::*)(ClassMapMatchOption)>(&T::handleMatch),
-                  static_cast<Handler>(&T::handleMatch)>("handleMatch", "option"),
-    M::factory<&T::createMatchSm>("createMatchSm", "option"),
-    M::factory<&T::createActionSm>("createActionSm", "actionType"),
-    M::factory<&T::createCommonData>("createCommonData"),
-    M::factory<&T::createClassMapStatus>("createClassMapStatus"),
-    M::function<&T::handleInitialized>("handleInitialized"),
-    M::function<&T::cleanup>("cleanup"),
-    M::derived<&T::name>("name"),
+                  static_cast<Handler>(&T::handleMatch)>("handleMatch", "option")
+        .says("called when the matched traffic may have changed; without an option: all options"),
+    M::factory<&T::createMatchSm>("createMatchSm", "option")
+        .says("creates the keeper of the rules of an option; None: the option has no rules"),
+    M::factory<&T::createActionSm>("createActionSm", "actionType")
+        .says("creates the machine of a configured action; None: the kind has none"),
+    M::factory<&T::createCommonData>("createCommonData")
+        .says("creates the data of the class that the helper receives"),
+    M::factory<&T::createClassMapStatus>("createClassMapStatus")
+        .says("creates the status of the class; None: it has none"),
+    M::function<&T::handleInitialized>("handleInitialized")
+        .says("called at the end of the first activation"),
+    M::function<&T::cleanup>("cleanup").says(
+        "takes down all action machines, each after its own cleanup"),
+    M::derived<&T::name>("name").says(
+        "class-map, or the matches written in the policy; empty if there are neither"),
     Model<T>::activeHook(),
     Model<T>::zombieHook(),
 };
@@ -175,25 +106,40 @@ namespace ofPolicyMapSm {
 using T = PolicyMapSm;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::key<&T::globalCommonData>("globalCommonData"),
-    M::key<&T::key>("key"),
-    M::data<&T::policyMapConfig, &T::policyMapConfigIs>("policyMapConfig"),
-    M::data<&T::classTypeConfig, &T::classTypeConfigIs>("classTypeConfig"),
-    M::key<&T::status>("status"),
-    M::data<&T::policyMap, &T::policyMapIs>("policyMap"),
-    M::collection<T::ClassMapSmAttribute>("classMapSm"),
-    M::data<&T::policyCommonData, &T::policyCommonDataIs>("policyCommonData"),
-    M::collection<T::PrioClassAttribute>("prioClass"),
-    M::collection<T::ClassPrioAttribute>("classPrio"),
-    M::collection<T::TimeProgrammedAttribute>("timeProgrammed"),
-    M::collection<T::ActiveIntfAttribute>("activeIntf"),
-    M::factory<&T::createClassMapSm>("createClassMapSm", "map", "rawMap", "action"),
-    M::factory<&T::createCommonData>("createCommonData"),
-    M::function<&T::handleActiveIntf>("handleActiveIntf", "intf"),
-    M::function<&T::cleanup>("cleanup"),
-    M::function<&T::handleInitialized>("handleInitialized"),
-    M::data<&T::actionsActive, &T::actionsActiveIs>("actionsActive"),
-    M::data<&T::initialized, &T::initializedIs>("initialized"),
+    M::key<&T::globalCommonData>("globalCommonData")
+        .says("data shared by all machines below one service-policy machine, or None"),
+    M::key<&T::key>("key").says("policy-map and direction"),
+    M::data<&T::policyMapConfig, &T::policyMapConfigIs>("policyMapConfig")
+        .says("observed policy-map, or None"),
+    M::data<&T::classTypeConfig, &T::classTypeConfigIs>("classTypeConfig")
+        .says("class-maps that the classes refer to, or None"),
+    M::key<&T::status>("status").says("published status of the policy; None: nothing is published"),
+    M::data<&T::policyMap, &T::policyMapIs>("policyMap").says("classes in force, or None"),
+    M::collection<T::ClassMapSmAttribute>("classMapSm").says("machine of each class by name"),
+    M::data<&T::policyCommonData, &T::policyCommonDataIs>("policyCommonData")
+        .says("data of the policy that the helper receives, or None"),
+    M::collection<T::PrioClassAttribute>("prioClass")
+        .says("copy of the configured class at each priority"),
+    M::collection<T::ClassPrioAttribute>("classPrio")
+        .says("copy of the configured priority of each class"),
+    M::collection<T::TimeProgrammedAttribute>("timeProgrammed")
+        .says("when each option was last programmed, in seconds of the event loop's clock"),
+    M::collection<T::ActiveIntfAttribute>("activeIntf")
+        .says("attached interfaces; true if the policy may be programmed there"),
+    M::factory<&T::createClassMapSm>("createClassMapSm", "map", "rawMap", "action")
+        .says("creates the machine of a class; None: the class has none"),
+    M::factory<&T::createCommonData>("createCommonData")
+        .says("creates the data of the policy that the helper receives"),
+    M::function<&T::handleActiveIntf>("handleActiveIntf", "intf")
+        .says("called when an interface was attached or detached, or its eligibility changed"),
+    M::function<&T::cleanup>("cleanup").says(
+        "takes down all class machines, each after its own cleanup"),
+    M::function<&T::handleInitialized>("handleInitialized")
+        .says("called at the end of the first activation"),
+    M::data<&T::actionsActive, &T::actionsActiveIs>("actionsActive")
+        .says("stored for derived machines; the core does not use it"),
+    M::data<&T::initialized, &T::initializedIs>("initialized")
+        .says("true after the first activation"),
     Model<T>::activeHook(),
     Model<T>::zombieHook(),
 };
@@ -204,59 +150,87 @@ namespace ofServicePolicySm {
 using T = ServicePolicySm;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::data<&T::policyConfig, &T::policyConfigIs>("policyConfig"),
-    M::data<&T::classTypeConfig, &T::classTypeConfigIs>("classTypeConfig"),
-    M::data<&T::statusRequestDir, &T::statusRequestDirIs>("statusRequestDir"),
-    M::key<&T::status>("status"),
-    M::data<&T::aclConfig, &T::aclConfigIs>("aclConfig"),
-    M::data<&T::lagConfig, &T::lagConfigIs>("lagConfig"),
-    M::data<&T::ipStatus, &T::ipStatusIs>("ipStatus"),
-    M::data<&T::ip6Status, &T::ip6StatusIs>("ip6Status"),
-    M::data<&T::routingInfo, &T::routingInfoIs>("routingInfo"),
-    M::data<&T::routing6Info, &T::routing6InfoIs>("routing6Info"),
-    M::data<&T::aclHelper, &T::aclHelperIs>("aclHelper"),
-    M::key<&T::aclDiff>("aclDiff"),
-    M::key<&T::allowL2Intf>("allowL2Intf"),
-    M::key<&T::allowL3Intf>("allowL3Intf"),
-    M::key<&T::allowMgmtIntf>("allowMgmtIntf"),
-    M::data<&T::allowIpAcl, &T::allowIpAclIs>("allowIpAcl"),
-    M::data<&T::allowIp6Acl, &T::allowIp6AclIs>("allowIp6Acl"),
-    M::data<&T::allowMacAcl, &T::allowMacAclIs>("allowMacAcl"),
-    M::data<&T::commonData, &T::commonDataIs>("commonData"),
-    M::collection<T::PolicyMapSmAttribute>("policyMapSm"),
-    M::data<&T::initialized, &T::initializedIs>("initialized"),
-    M::function<&T::intfExists>("intfExists", "intf"),
-    M::function<&T::allowedIntf>("allowedIntf", "intf"),
-    M::function<&T::allowedIntfForType>("allowedIntfForType", "intf", "matchOption"),
-    M::function<&T::memberIntfs>("memberIntfs", "intf"),
-    M::function<&T::effectiveIntfs>("effectiveIntfs", "key", "matchOption"),
-    M::factory<&T::createPolicyMapSm>("createPolicyMapSm", "key", "policyMap", "status"),
-    M::factory<&T::createCommonData>("createCommonData"),
-    M::function<&T::handlePolicyMap>("handlePolicyMap", "policyMapName"),
-    M::function<&T::handlePolicyMapConfig>("handlePolicyMapConfig", "policyMapName"),
-    M::function<&T::handleIntf>("handleIntf", "intf", "force"),
-    M::function<&T::cleanup>("cleanup"),
-    M::function<&T::handleInitialized>("handleInitialized"),
-    M::data<&T::retryMin, &T::retryMinIs>("retryMin"),
-    M::data<&T::retryMax, &T::retryMaxIs>("retryMax"),
-    M::data<&T::asyncTimeout, &T::asyncTimeoutIs>("asyncTimeout"),
+    M::data<&T::policyConfig, &T::policyConfigIs>("policyConfig")
+        .says("policy-maps and their attachments; None: nothing is programmed"),
+    M::data<&T::classTypeConfig, &T::classTypeConfigIs>("classTypeConfig")
+        .says("class-maps that the classes refer to, or None"),
+    M::data<&T::statusRequestDir, &T::statusRequestDirIs>("statusRequestDir")
+        .says("requests for hit counts, or None"),
+    M::key<&T::status>("status").says("where statuses are published; None: nowhere"),
+    M::data<&T::aclConfig, &T::aclConfigIs>("aclConfig")
+        .says("access lists that the rules are compiled from; None: nothing is programmed"),
+    M::data<&T::lagConfig, &T::lagConfigIs>("lagConfig").says("port-channel memberships, or None"),
+    M::data<&T::ipStatus, &T::ipStatusIs>("ipStatus")
+        .says("IPv4 addresses of interfaces; None: no interface has one"),
+    M::data<&T::ip6Status, &T::ip6StatusIs>("ip6Status")
+        .says("IPv6 addresses of interfaces; None: no interface has one"),
+    M::data<&T::routingInfo, &T::routingInfoIs>("routingInfo")
+        .says("IPv4 routing by interface; None: no interface is routed"),
+    M::data<&T::routing6Info, &T::routing6InfoIs>("routing6Info")
+        .says("IPv6 routing by interface; None: no interface is routed"),
+    M::data<&T::aclHelper, &T::aclHelperIs>("aclHelper")
+        .says("hardware on which policies are programmed; None: nothing is programmed"),
+    M::key<&T::aclDiff>("aclDiff").says(
+        "tells rewrites of access lists without effect; None: every rewrite is a change"),
+    M::key<&T::allowL2Intf>("allowL2Intf").says("layer 2 interfaces may carry policies"),
+    M::key<&T::allowL3Intf>("allowL3Intf").says("layer 3 interfaces may carry policies"),
+    M::key<&T::allowMgmtIntf>("allowMgmtIntf").says("management interfaces may carry policies"),
+    M::data<&T::allowIpAcl, &T::allowIpAclIs>("allowIpAcl")
+        .says("option ipv4 is programmed; default True"),
+    M::data<&T::allowIp6Acl, &T::allowIp6AclIs>("allowIp6Acl")
+        .says("option ipv6 is programmed; default True"),
+    M::data<&T::allowMacAcl, &T::allowMacAclIs>("allowMacAcl")
+        .says("option mac is programmed; default True"),
+    M::data<&T::commonData, &T::commonDataIs>("commonData")
+        .says("data shared by the machines below, or None"),
+    M::collection<T::PolicyMapSmAttribute>("policyMapSm")
+        .says("machine of each attached policy-map and direction"),
+    M::data<&T::initialized, &T::initializedIs>("initialized")
+        .says("true after the first activation"),
+    M::function<&T::intfExists>("intfExists", "intf")
+        .says("false: the interface carries no policy; the base class returns True"),
+    M::function<&T::allowedIntf>("allowedIntf", "intf")
+        .says("true if the interface is of a kind that may carry policies"),
+    M::function<&T::allowedIntfForType>("allowedIntfForType", "intf", "matchOption")
+        .says("true if an allowed interface may carry rules of an option"),
+    M::function<&T::memberIntfs>("memberIntfs", "intf")
+        .says("hardware interfaces of an interface: itself, or the members of a port-channel"),
+    M::function<&T::effectiveIntfs>("effectiveIntfs", "key", "matchOption")
+        .says("interfaces where a policy is to be applied for an option, ascending"),
+    M::factory<&T::createPolicyMapSm>("createPolicyMapSm", "key", "policyMap", "status")
+        .says("creates the machine of a policy; None: the policy is not programmed"),
+    M::factory<&T::createCommonData>("createCommonData")
+        .says("creates the data shared by the machines below"),
+    M::function<&T::handlePolicyMap>("handlePolicyMap", "policyMapName")
+        .says("called when a policy-map was attached, detached, created or removed"),
+    M::function<&T::handlePolicyMapConfig>("handlePolicyMapConfig", "policyMapName")
+        .says("called when a policy-map was created or removed"),
+    M::function<&T::handleIntf>("handleIntf", "intf", "force")
+        .says("evaluates an interface again; with force, its policies are programmed in any case"),
+    M::function<&T::cleanup>("cleanup").says("requests the removal of all policies"),
+    M::function<&T::handleInitialized>("handleInitialized")
+        .says("called at the end of the first activation"),
+    M::data<&T::retryMin, &T::retryMinIs>("retryMin")
+        .says("first wait before a failed policy is retried, in seconds above 0; default 1"),
+    M::data<&T::retryMax, &T::retryMaxIs>("retryMax")
+        .says("longest wait before a failed policy is retried, in seconds; default 60"),
+    M::data<&T::asyncTimeout, &T::asyncTimeoutIs>("asyncTimeout")
+        .says("time limit for an asynchronous result, in seconds above 0; default 30"),
     Model<T>::activeHook(),
     Model<T>::zombieHook(),
 };
 constexpr TypeModel model = M::object(attrs);
 }  // namespace ofServicePolicySm
 
-constexpr std::array<TypeModel const*, 10> models{
-    &ofAction::model,          &ofGlobalData::model, &ofPolicyCommonData::model,
-    &ofClassCommonData::model, &ofAclHelper::model,  &ofActionSm::model,
-    &ofClassMapMatchSm::model, &ofClassMapSm::model, &ofPolicyMapSm::model,
-    &ofServicePolicySm::model,
+constexpr std::array allMachineModels{
+    &ofActionSm::model,    &ofClassMapMatchSm::model, &ofClassMapSm::model,
+    &ofPolicyMapSm::model, &ofServicePolicySm::model,
 };
 
 }  // namespace
 
 Models machineModels() {
-  return models;
+  return allMachineModels;
 }
 
 }  // namespace PolicyMap

@@ -15,6 +15,7 @@ using Models = std::span<Kor::TypeModel const* const>;
 [[nodiscard]] Models valueModels();
 [[nodiscard]] Models configurationModels();
 [[nodiscard]] Models statusModels();
+[[nodiscard]] Models sharedModels();
 [[nodiscard]] Models machineModels();
 
 }  // namespace PolicyMap

@@ -43,8 +43,10 @@ class POLICYMAP_API OptionIntf {
 
   static constexpr auto korFields() {
     using K = OptionIntf;
-    return std::tuple(Kor::field("option", &K::option, &K::optionIs),
-                      Kor::field("intf", &K::intf, &K::intfIs));
+    return std::tuple(
+        Kor::field("option", &K::option, &K::optionIs,
+                   "match option for which the policy is applied"),
+        Kor::field("intf", &K::intf, &K::intfIs, "interface to which the policy is applied"));
   }
 
  private:

@@ -44,10 +44,15 @@ class POLICYMAP_API PolicyFailure {
 
   static constexpr auto korFields() {
     using F = PolicyFailure;
-    return std::tuple(Kor::field("error", &F::error, &F::errorIs),
-                      Kor::field("operation", &F::operation, &F::operationIs),
-                      Kor::field("className", &F::className, &F::classNameIs),
-                      Kor::field("rule", &F::rule, &F::ruleIs));
+    return std::tuple(
+        Kor::field("error", &F::error, &F::errorIs,
+                   "text of the failure, as the helper or the core gave it; empty: no failure"),
+        Kor::field("operation", &F::operation, &F::operationIs,
+                   "helper operation that failed; empty if the core refused the policy"),
+        Kor::field("className", &F::className, &F::classNameIs,
+                   "class that caused the failure; empty if it concerns the whole policy"),
+        Kor::field("rule", &F::rule, &F::ruleIs,
+                   "rule that caused the failure; the default if it concerns the whole policy"));
   }
 
  private:

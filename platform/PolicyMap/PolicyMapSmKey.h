@@ -43,8 +43,10 @@ class POLICYMAP_API PolicyMapSmKey {
   [[nodiscard]] Kor::KorType const* fwkType() const { return _fwkType(); }
 
   static constexpr auto korFields() {
-    return std::tuple(Kor::field("first", &PolicyMapSmKey::first, &PolicyMapSmKey::firstIs),
-                      Kor::field("second", &PolicyMapSmKey::second, &PolicyMapSmKey::secondIs));
+    return std::tuple(Kor::field("first", &PolicyMapSmKey::first, &PolicyMapSmKey::firstIs,
+                                 "name of the policy-map"),
+                      Kor::field("second", &PolicyMapSmKey::second, &PolicyMapSmKey::secondIs,
+                                 "direction, input or output"));
   }
 
  private:

@@ -23,8 +23,9 @@ namespace {
 
 std::vector<Kor::TypeModel const*> coreModels() {
   std::vector<Kor::TypeModel const*> all;
-  for (PolicyMap::Models const models : {PolicyMap::valueModels(), PolicyMap::configurationModels(),
-                                         PolicyMap::statusModels(), PolicyMap::machineModels()}) {
+  for (PolicyMap::Models const models :
+       {PolicyMap::valueModels(), PolicyMap::configurationModels(), PolicyMap::statusModels(),
+        PolicyMap::sharedModels(), PolicyMap::machineModels()}) {
     all.insert(all.end(), models.begin(), models.end());
   }
   return all;

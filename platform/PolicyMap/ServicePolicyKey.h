@@ -44,8 +44,9 @@ class POLICYMAP_API ServicePolicyKey {
 
   static constexpr auto korFields() {
     using K = ServicePolicyKey;
-    return std::tuple(Kor::field("intf", &K::intf, &K::intfIs),
-                      Kor::field("direction", &K::direction, &K::directionIs));
+    return std::tuple(
+        Kor::field("intf", &K::intf, &K::intfIs, "interface where a policy-map is attached"),
+        Kor::field("direction", &K::direction, &K::directionIs, "input or output"));
   }
 
  private:

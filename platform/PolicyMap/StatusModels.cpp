@@ -17,9 +17,12 @@ namespace ofClassMapStatus {
 using T = ClassMapStatus;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::data<&T::error, &T::errorIs>("error"),
-    M::data<&T::programmed, &T::programmedIs>("programmed"),
-    M::collection<T::HitCountAttribute>("hitCount"),
+    M::data<&T::error, &T::errorIs>("error").says(
+        "why the class cannot be programmed, or which objects it misses; empty if neither"),
+    M::data<&T::programmed, &T::programmedIs>("programmed")
+        .says("true if rules of the class are programmed"),
+    M::collection<T::HitCountAttribute>("hitCount")
+        .says("packets that each rule had matched when counts were last requested"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));
@@ -29,13 +32,20 @@ namespace ofPolicyMapStatus {
 using T = PolicyMapStatus;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::key<&T::key>("key"),
-    M::data<&T::error, &T::errorIs>("error"),
-    M::collection<T::ProgrammedAttribute>("programmed"),
-    M::collection<T::FailureAttribute>("failure"),
-    M::owned<T::ClassMapStatusAttribute>("classMapStatus"),
-    M::collection<T::TimeProgrammedAttribute>("timeProgrammed"),
-    M::collection<T::AppliedIntfAttribute>("appliedIntf"),
+    M::key<&T::key>("key").says("policy-map and direction"),
+    M::data<&T::error, &T::errorIs>("error").says(
+        "text of the first failure, in the order of the options; empty without a failure"),
+    M::collection<T::ProgrammedAttribute>("programmed")
+        .says("options for which the policy is programmed; absent: it is not"),
+    M::collection<T::FailureAttribute>("failure").says(
+        "why the policy is not programmed as configured, by option; absent: no failure"),
+    M::owned<T::ClassMapStatusAttribute>("classMapStatus")
+        .says("status of each class by name, while the class is in the policy"),
+    M::collection<T::TimeProgrammedAttribute>("timeProgrammed")
+        .says("when each programmed option was last programmed, in seconds of the event loop's "
+              "clock"),
+    M::collection<T::AppliedIntfAttribute>("appliedIntf")
+        .says("options and interfaces where the policy is applied; the value has no meaning"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, PolicyMapSmKey>>("key"));
@@ -45,7 +55,8 @@ namespace ofPolicyMapTypeStatus {
 using T = PolicyMapTypeStatus;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::owned<T::PolicyMapStatusAttribute>("policyMapStatus"),
+    M::owned<T::PolicyMapStatusAttribute>("policyMapStatus")
+        .says("status of each attached policy-map and direction"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));
@@ -55,7 +66,8 @@ namespace ofStatusRequestDir {
 using T = PolicyMapStatusRequestDir;
 using M = Model<T>;
 constexpr std::array attrs{
-    M::collection<T::CountRequestAttribute>("countRequest"),
+    M::collection<T::CountRequestAttribute>("countRequest")
+        .says("a new number requests the hit counts of that policy from the helper"),
 };
 constexpr TypeModel model =
     M::entity(attrs, M::constructor<&Kor::makeObject<T, Kor::Name>>("name"));

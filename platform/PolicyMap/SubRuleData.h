@@ -66,13 +66,21 @@ class POLICYMAP_API SubRuleData {
 
   static constexpr auto korFields() {
     using S = SubRuleData;
-    return std::tuple(Kor::field("srcPortLow", &S::srcPortLow, &S::srcPortLowIs),
-                      Kor::field("srcPortHigh", &S::srcPortHigh, &S::srcPortHighIs),
-                      Kor::field("dstPortLow", &S::dstPortLow, &S::dstPortLowIs),
-                      Kor::field("dstPortHigh", &S::dstPortHigh, &S::dstPortHighIs),
-                      Kor::field("distinction", &S::distinction, &S::distinctionIs),
-                      Kor::field("srcPortRange", &S::srcPortRange, &S::srcPortRangeIs),
-                      Kor::field("dstPortRange", &S::dstPortRange, &S::dstPortRangeIs));
+    return std::tuple(
+        Kor::field("srcPortLow", &S::srcPortLow, &S::srcPortLowIs, "lowest source port; default 0"),
+        Kor::field("srcPortHigh", &S::srcPortHigh, &S::srcPortHighIs,
+                   "highest source port; default 65535"),
+        Kor::field("dstPortLow", &S::dstPortLow, &S::dstPortLowIs,
+                   "lowest destination port; default 0"),
+        Kor::field("dstPortHigh", &S::dstPortHigh, &S::dstPortHighIs,
+                   "highest destination port; default 65535"),
+        Kor::field("distinction", &S::distinction, &S::distinctionIs,
+                   "distinguishes sub-rules of one rule"),
+        Kor::field("srcPortRange", &S::srcPortRange, &S::srcPortRangeIs,
+                   "the source ports need a range checker: value and mask cannot express them"),
+        Kor::field(
+            "dstPortRange", &S::dstPortRange, &S::dstPortRangeIs,
+            "the destination ports need a range checker: value and mask cannot express them"));
   }
 
  private:

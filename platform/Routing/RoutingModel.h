@@ -11,8 +11,10 @@ namespace Routing {
 
 template <class Info>
 inline constexpr std::array routingInfoAttrs{
-    Kor::Model<Info>::template data<&Info::routing, &Info::routingIs>("routing"),
-    Kor::Model<Info>::template collection<typename Info::RoutedIntfAttribute>("routedIntf"),
+    Kor::Model<Info>::template data<&Info::routing, &Info::routingIs>("routing").says(
+        "global switch; default False"),
+    Kor::Model<Info>::template collection<typename Info::RoutedIntfAttribute>("routedIntf")
+        .says("interfaces with routing enabled, if the value is true"),
 };
 template <class Info>
 inline constexpr Kor::TypeModel ofRoutingInfo = Kor::Model<Info>::entity(

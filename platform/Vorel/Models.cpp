@@ -10,7 +10,8 @@ namespace {
 
 using M = Kor::Model<IntfId>;
 
-constexpr std::array attrs{M::key<&IntfId::name>("name")};
+constexpr std::array attrs{M::key<&IntfId::name>("name").says(
+    "canonical name, such as Ethernet3/1; empty for no interface")};
 
 IntfId make(Kor::String const& name) {
   return name.empty() ? IntfId() : IntfId(name);

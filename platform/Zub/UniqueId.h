@@ -21,7 +21,8 @@ class POLICYMAP_API UniqueId {
  public:
   static constexpr std::string_view korTypeName = "Zub::UniqueId";
   static constexpr auto korFields() {
-    return std::tuple(Kor::field("value", &UniqueId::value, &UniqueId::valueIs));
+    return std::tuple(Kor::field("value", &UniqueId::value, &UniqueId::valueIs,
+                                 "text that identifies something; empty: nothing"));
   }
 
   // Identifies nothing.

@@ -450,7 +450,7 @@ TEST(AclHelperIds, AreThoseOfTheRegisteredAttributes) {
       {"asyncError", AclHelper::asyncErrorId},
       {"pseudoAsync", AclHelper::pseudoAsyncId},
       {"testData", AclHelper::testDataId},
-#define ROW(name, Name) {#name, AclHelper::name##Id},
+#define ROW(name, Name, prose) {#name, AclHelper::name##Id},
       POLICYMAPTEST_HELPER_ERRORS(ROW)
 #undef ROW
   };

@@ -120,6 +120,35 @@ TEST(Registration, ListsTheArgumentsOfFunctions) {
   EXPECT_THAT(of("rustle"), ElementsAre("on: bool"));
 }
 
+TEST(Registration, KeepsTheLineThatExplainsAnAttribute) {
+  auto const prose = [](KorType const* type, char const* name) {
+    return type->attr(name)->prose();
+  };
+  KorType const* const shelf = Shelf::_fwkType();
+  EXPECT_EQ(prose(shelf, "width"), "in centimetres");
+  EXPECT_EQ(prose(shelf, "drawer"), "drawers by label");
+  EXPECT_EQ(prose(shelf, "weigh"), "weight of all books");
+  EXPECT_EQ(prose(shelf, "open"), "") << "the table says nothing";
+  EXPECT_EQ(prose(Isbn::_fwkType(), "group"), "publisher, 0 to 99") << "of the listed field";
+  EXPECT_EQ(prose(Isbn::_fwkType(), "title"), "");
+  EXPECT_EQ(prose(KorType::named("Library::Stamp"), "day"), "day of the month; 0: none");
+  EXPECT_FALSE(prose(Drawer::_fwkType(), "fwkKey").empty());
+}
+
+TEST(Registration, ExplainsAnOverrideWithoutALineOfItsOwnLikeTheOverridden) {
+  KorType const* const tall = TallShelf::_fwkType();
+  EXPECT_NE(tall->attr("weigh"), Shelf::_fwkType()->attr("weigh"));
+  EXPECT_EQ(tall->attr("weigh")->prose(), "weight of all books");
+  EXPECT_EQ(tall->attr("height")->prose(), "number of boards");
+}
+
+TEST(Registration, KeepsTheNamesOfAnEnumeration) {
+  EXPECT_THAT(KorType::named("Library::Genre")->enumNames(), ElementsAre("prose", "verse"));
+  EXPECT_THAT(KorType::named("Library::Size")->enumNames(), ElementsAre("small", "large"));
+  EXPECT_THAT(Shelf::_fwkType()->enumNames(), IsEmpty());
+  EXPECT_THAT(Isbn::_fwkType()->enumNames(), IsEmpty());
+}
+
 TEST(Registration, FlagsAttributesByWhatTheyAre) {
   struct Line {
     KorType const* type;

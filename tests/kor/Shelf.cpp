@@ -43,7 +43,7 @@ constexpr TypeModel ofDrawer = Model<Drawer>::object(
 using M = Model<Shelf>;
 constexpr std::array shelfAttrs{
     M::data<&Shelf::open, &Shelf::openIs>("open"),
-    M::data<&Shelf::width, &Shelf::widthIs>("width"),
+    M::data<&Shelf::width, &Shelf::widthIs>("width").says("in centimetres"),
     M::data<&Shelf::tilt, &Shelf::tiltIs>("tilt"),
     M::data<&Shelf::serial, &Shelf::serialIs>("serial"),
     M::data<&Shelf::load, &Shelf::loadIs>("load"),
@@ -55,9 +55,9 @@ constexpr std::array shelfAttrs{
     M::data<&Shelf::top, &Shelf::topIs>("top"),
     M::data<&Shelf::above, &Shelf::aboveIs>("above"),
     M::collection<Shelf::BookAttribute>("book"),
-    M::owned<Shelf::DrawerAttribute>("drawer"),
-    M::function<&Shelf::weigh>("weigh", "scale", "unit"),
-    M::function<&Shelf::clear>("clear"),
+    M::owned<Shelf::DrawerAttribute>("drawer").says("drawers by label"),
+    M::function<&Shelf::weigh>("weigh", "scale", "unit").says("weight of all books"),
+    M::function<&Shelf::clear>("clear").says("removes all books"),
     M::overloaded<static_cast<void (Shelf::*)(std::uint32_t)>(&Shelf::lift),
                   static_cast<void (Shelf::*)()>(&Shelf::lift)>("lift", "by"),
     M::function<&Shelf::titles>("titles"),
@@ -70,7 +70,7 @@ constexpr TypeModel ofShelf =
 using Tall = Model<TallShelf>;
 constexpr std::array tallAttrs{
     Tall::function<&TallShelf::weigh>("weigh", "scale", "unit"),
-    Tall::data<&TallShelf::height, &TallShelf::heightIs>("height"),
+    Tall::data<&TallShelf::height, &TallShelf::heightIs>("height").says("number of boards"),
 };
 constexpr TypeModel ofTallShelf =
     Tall::entity(tallAttrs, Tall::constructor<&Kor::makeObject<TallShelf, Kor::Name>>("name"));
@@ -87,7 +87,8 @@ constexpr std::array all{&ofIsbn, &ofStamp,  &ofPlace, &ofGenre,
 }  // namespace
 
 Kor::KorType* korEnumType(Genre /*any*/) {
-  return record<Genre>("Library::Genre");
+  static Kor::KorType type("Library::Genre", genreNames);
+  return &type;
 }
 Kor::String8 valueToStrep(Genre genre) {
   return Kor::enumToStrep(genreNames, static_cast<std::int32_t>(genre));
@@ -97,7 +98,8 @@ void sequenceToValue(Kor::TextIterator& it, Kor::TextIterator const& end, Genre&
 }
 
 Kor::KorType* korEnumType(Size /*any*/) {
-  return record<Size>("Library::Size");
+  static Kor::KorType type("Library::Size", sizeNames);
+  return &type;
 }
 Kor::String8 valueToStrep(Size size) {
   return Kor::enumToStrep(sizeNames, static_cast<std::int32_t>(size));

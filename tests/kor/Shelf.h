@@ -54,7 +54,7 @@ class Isbn {
   [[nodiscard]] static Kor::KorType* _fwkType();
 
   static constexpr auto korFields() {
-    return std::tuple(Kor::field("group", &Isbn::group, &Isbn::groupIs),
+    return std::tuple(Kor::field("group", &Isbn::group, &Isbn::groupIs, "publisher, 0 to 99"),
                       Kor::field("title", &Isbn::title, &Isbn::titleIs));
   }
 
@@ -77,7 +77,7 @@ class Stamp {
   friend bool operator==(Stamp const&, Stamp const&) = default;
   [[nodiscard]] static Kor::KorType* _fwkType();
   static constexpr auto korFields() {
-    return std::tuple(Kor::field("day", &Stamp::day, &Stamp::dayIs));
+    return std::tuple(Kor::field("day", &Stamp::day, &Stamp::dayIs, "day of the month; 0: none"));
   }
 
  private:

@@ -29,13 +29,36 @@ TEST(TypesVerb, ShowsATypeWithItsAttributes) {
   EXPECT_EQ(outcome.out,
             "PolicyMapTest::TestAction2 (entity, base PolicyMap::Action)\n"
             "  built by name with (className: Kor::Name, id: Zub::UniqueId)\n"
-            "   id  attribute   kind       flags                type\n"
-            "  130  name        read-only  0x220109 0x40000400  Kor::Name\n"
-            "  258  className   read-only  0x220109 0x40000400  Kor::Name\n"
-            "  259  actionType  read-only  0x220109 0x40000400  PolicyMap::ActionType\n"
-            "  260  id          read-only  0x220109 0x40000400  Zub::UniqueId\n"
-            "  261  equalTo     function   0x20001 0x400        (other: PolicyMap::Action) → bool\n"
-            "  386  value       data       0x220143 0x400       uint32_t\n");
+            "   id  attribute   kind       type\n"
+            "  130  name        read-only  Kor::Name\n"
+            "       name given at construction, which never changes [key, independent domain]\n"
+            "  258  className   read-only  Kor::Name\n"
+            "       class that the action belongs to; the same as the name [key, independent "
+            "domain]\n"
+            "  259  actionType  read-only  PolicyMap::ActionType\n"
+            "       kind of the action, a number chosen by its class [key, independent domain]\n"
+            "  260  id          read-only  Zub::UniqueId\n"
+            "       identifier of this action object [key, independent domain]\n"
+            "  261  equalTo     function   (other: PolicyMap::Action) → bool\n"
+            "       true for an action of this class with the same value [function]\n"
+            "  386  value       data       uint32_t\n"
+            "       number that the action stores in the rules of its class; default 0 [data,\n"
+            "       independent domain]\n");
+}
+
+TEST(TypesVerb, ShowsTheValuesOfAnEnumeration) {
+  EXPECT_EQ(runLab({"types", "MatchOp"}).out, "Acl::MatchOp (value)\n"
+                                              "  values from 0: any, eq, neq, lt, gt, range\n");
+  EXPECT_EQ(runLab({"types", "ActionType"}).out, "PolicyMap::ActionType (value)\n")
+      << "its values have no names";
+  auto const json = nlohmann::json::parse(runLab({"types", "--json"}).out);
+  for (auto const& type : json.at("types")) {
+    if (type.at("name") == "PolicyMap::ClassMapMatchOption") {
+      EXPECT_EQ(type.at("values"), (nlohmann::json{"ipv4", "ipv6", "mac", "mpls"}));
+    } else if (!type.at("attributes").empty()) {
+      EXPECT_EQ(type.at("values"), nlohmann::json::array()) << type.at("name");
+    }
+  }
 }
 
 TEST(TypesVerb, AShortNameWillDo) {
@@ -72,6 +95,8 @@ TEST(TypesVerb, JsonHoldsWhatTheTablesHold) {
   EXPECT_EQ(intf.at("type"), "bool");
   EXPECT_EQ(intf.at("flags"), (nlohmann::json{0x1a20103, 0x400}));
   EXPECT_EQ(intf.at("introspection"), 2);
+  EXPECT_EQ(intf.at("flagNames"), (nlohmann::json{"collection", "independent domain"}));
+  EXPECT_EQ(intf.at("prose"), "interfaces to which the policy is applied");
   EXPECT_EQ(intf.at("inherited"), false);
 }
 

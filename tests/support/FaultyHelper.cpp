@@ -28,7 +28,7 @@ std::optional<Fault> faultOf(std::string_view operation) {
 
 std::ostream& operator<<(std::ostream& out, Fault fault) {
   constexpr std::array<std::string_view, allFaults.size()> names{
-#define FAULT(name, Name) #name,
+#define FAULT(name, Name, prose) #name,
       POLICYMAPTEST_HELPER_ERRORS(FAULT)
 #undef FAULT
   };
@@ -39,7 +39,7 @@ FaultyHelper::~FaultyHelper() = default;
 
 FaultyHelper::ErrorIs FaultyHelper::errorIs(Fault fault) {
   constexpr std::array<ErrorIs, allFaults.size()> setters{
-#define FAULT(name, Name) &AclHelper::name##Is,
+#define FAULT(name, Name, prose) &AclHelper::name##Is,
       POLICYMAPTEST_HELPER_ERRORS(FAULT)
 #undef FAULT
   };

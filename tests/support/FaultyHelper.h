@@ -26,12 +26,12 @@ namespace TestSupport {
 
 // Named after the attributes of the helper: createError and so on.
 enum class Fault : std::uint8_t {
-#define FAULT(name, Name) name,
+#define FAULT(name, Name, prose) name,
   POLICYMAPTEST_HELPER_ERRORS(FAULT)
 #undef FAULT
 };
 inline constexpr std::array allFaults{
-#define FAULT(name, Name) Fault::name,
+#define FAULT(name, Name, prose) Fault::name,
     POLICYMAPTEST_HELPER_ERRORS(FAULT)
 #undef FAULT
 };
