@@ -17,7 +17,6 @@ using testing::AllOf;
 using testing::Gt;
 using testing::IsEmpty;
 using testing::Not;
-using testing::SizeIs;
 
 namespace {
 

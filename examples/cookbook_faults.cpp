@@ -14,7 +14,6 @@ using namespace PolicyMapTestKit;
 using namespace std::chrono_literals;
 using PolicyMap::ClassMapMatchOption;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
@@ -141,7 +140,7 @@ TEST(Cookbook, AResultThatNeverArrives) {
   lab.advance(29s);
   EXPECT_EQ(lab.failure("edge"), PolicyMap::PolicyFailure());
   lab.advance(1s);
-  EXPECT_THAT(lab.failure("edge"), FailsWith(HasSubstr("30"), "addIntfToPolicy"));
+  EXPECT_THAT(lab.failure("edge"), FailsWith("no result within 30 seconds", "addIntfToPolicy"));
 }
 
 TEST(Cookbook, QuestionsToTheJournal) {
