@@ -21,23 +21,35 @@ constexpr auto edge = R"(ip access-list web
                            service-policy input edge)";
 
 // Vlan10 has no address.
-TEST(Debugging, DISABLED_NotProgrammed) {
+TEST(Debugging, DISABLED_NoRecord) {
   Lab lab;
   lab.load(edge);
-  ASSERT_FALSE(lab.snapshot().empty()) << lab.explain("edge");
   EXPECT_THAT(lab.record("edge"), HasRule("web 10", Action1(7)));
 }
 
-// The edit makes two calls more than expected.
+TEST(Debugging, DISABLED_NotProgrammed) {
+  Lab lab;
+  lab.load(edge);
+  ASSERT_THAT(lab.explain("edge").notProgrammed(), testing::IsEmpty());
+}
+
+// The edit creates the policy again.
 TEST(Debugging, DISABLED_TooManyCalls) {
   Lab lab;
   lab.load(edge);
   lab.load("interface Vlan10\n ip address 192.0.2.1/24");
-  Snapshot const before = lab.snapshot();
   std::uint64_t const next = lab.journal().next();
   lab.load("ip access-list web\n 20 permit tcp any any eq 443");
-  EXPECT_THAT(lab.journal().since(next),
-              Calls("addRule edge/input ipv4 web web 20", "commitPolicy"));
+  EXPECT_THAT(lab.journal().since(next).calls(), Calls("addRule", "commitPolicy"));
+}
+
+// The edit adds a rule.
+TEST(Debugging, DISABLED_OtherRecords) {
+  Lab lab;
+  lab.load(edge);
+  lab.load("interface Vlan10\n ip address 192.0.2.1/24");
+  Snapshot const before = lab.snapshot();
+  lab.load("ip access-list web\n 20 permit tcp any any eq 443");
   EXPECT_EQ(lab.snapshot(), before);
 }
 
@@ -49,11 +61,12 @@ TEST(Debugging, DISABLED_BrokenOrder) {
   lab.helper()->commitPolicy(data, PolicyMap::ClassMapMatchOption::ipv4);
 }
 
-TEST(Debugging, TheSameRepaired) {
+TEST(Debugging, Repaired) {
   Lab lab;
   lab.load(edge);
   lab.load("interface Vlan10\n ip address 192.0.2.1/24");
-  EXPECT_THAT(lab.record("edge"), HasRule("web 10", Action1(7))) << lab.explain("edge");
+  ASSERT_THAT(lab.explain("edge").notProgrammed(), testing::IsEmpty());
+  EXPECT_THAT(lab.record("edge"), HasRule("web 10", Action1(7)));
 }
 
 }  // namespace

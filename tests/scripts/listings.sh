@@ -6,8 +6,8 @@
 #   cpp      consecutive lines of one of examples/*.cpp, apart from a common indentation. After a
 #            comment "<!-- This listing is FILE; ... -->" the whole file
 #   console  each line "$ COMMAND" is run in SOURCE_DIR with the built programs; the lines after it
-#            are all that it writes, and a line "…" stands for any number of lines. A status other
-#            than 0 is told by a last line "[status N]"
+#            are all that it writes. A line "…" stands for any number of lines, "…" within a line
+#            for any text. A status other than 0 is told by a last line "[status N]"
 #
 # A command whose program is neither built nor installed is reported as skipped.
 set -euo pipefail
@@ -94,6 +94,11 @@ def outputOf(command):
     return done.stdout.splitlines() + status
 
 
+def same(wanted, line):
+    pattern = '.*'.join(re.escape(part) for part in wanted.split('…'))
+    return re.fullmatch(pattern, line) is not None
+
+
 def difference(wanted, actual):
     """The numbers of wanted and of actual lines that agree; None if all do."""
     furthest, reached = (0, 0), {0}  # the numbers of actual lines that wanted[:i] may stand for
@@ -101,7 +106,7 @@ def difference(wanted, actual):
         if line == '…':
             reached = set(range(min(reached), len(actual) + 1))
         else:
-            reached = {j + 1 for j in reached if j < len(actual) and actual[j] == line}
+            reached = {j + 1 for j in reached if j < len(actual) and same(line, actual[j])}
         if not reached:
             return furthest
         furthest = (i + 1, min(reached))
