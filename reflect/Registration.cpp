@@ -4,6 +4,7 @@
 
 #include "helper/AclHelper.h"
 #include "machines/PolicyMapTestSm.h"
+#include "records/Trace.h"
 #include "reflect/Models.h"
 
 #include <Kor/Registration.h>
@@ -64,6 +65,7 @@ void makeRecords() {
 }
 
 [[maybe_unused]] bool const registered = [] {
+  traceHandle();  // known by name from now on
   makeRecords<PolicyMap::Action, PolicyMap::ActionSm, PolicyMap::ClassMapSm,
               PolicyMap::ClassMapSmCommonData, PolicyMap::PolicyMapAclHelper,
               PolicyMap::PolicyMapSm, PolicyMap::ServicePolicySm, AclHelper, AclPolicyData,

@@ -47,6 +47,12 @@ TEST_F(Tracing, OfAllSources) {
                                            "PolicyMapTest::AclHelper::commitPolicy")));
 }
 
+// To be run in a process of its own, as ctest does: other tests use the sources.
+TEST_F(Tracing, TheSourcesOfTheLibrariesAreKnownWhenTheyAreLoaded) {
+  EXPECT_NO_THROW(traceIs("PolicyMap/0"));
+  EXPECT_NO_THROW(traceIs("PolicyMapTestSm/0"));
+}
+
 TEST_F(Tracing, AnUnknownSourceNamesTheNearest) {
   EXPECT_THAT([] { traceIs("PolicyMpa/3"); }, ThrowsMessage<LookupError>(testing::AllOf(
                                                   HasSubstr("PolicyMpa"), HasSubstr("PolicyMap"))));
