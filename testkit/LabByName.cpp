@@ -26,24 +26,32 @@ using T = LabByName;
 using M = Kor::Model<T>;
 
 constexpr std::array attrs{
-    M::key<&T::helper>("helper"),
-    M::key<&T::machine>("machine"),
-    M::key<&T::acls>("acls"),
-    M::key<&T::classMaps>("classMaps"),
-    M::key<&T::policyMaps>("policyMaps"),
-    M::key<&T::status>("status"),
-    M::derived<&T::now>("now"),
-    M::function<&T::load>("load", "policyText"),
-    M::function<&T::settle>("settle"),
-    M::function<&T::advance>("advance", "time"),
-    M::function<&T::inject>("inject", "fault", "text"),
-    M::function<&T::clearFaults>("clearFaults"),
-    M::function<&T::trigger>("trigger"),
-    M::function<&T::record>("record", "policyMap", "direction"),
-    M::function<&T::rules>("rules", "policyMap", "direction"),
-    M::function<&T::failure>("failure", "policyMap", "direction"),
-    M::function<&T::explain>("explain"),
-    M::function<&T::journal>("journal"),
+    M::key<&T::helper>("helper").says("the helper, which records every call"),
+    M::key<&T::machine>("machine").says("the service-policy machine"),
+    M::key<&T::acls>("acls").says("the configured access lists"),
+    M::key<&T::classMaps>("classMaps").says("the configured class-maps"),
+    M::key<&T::policyMaps>("policyMaps").says("the configured policy-maps and their attachments"),
+    M::key<&T::status>("status").says("the published statuses"),
+    M::derived<&T::now>("now").says("seconds of virtual time since the lab began"),
+    M::function<&T::load>("load", "policyText")
+        .says("applies policy text as an edit of the current configuration, and settles"),
+    M::function<&T::settle>("settle").says("runs everything that is due now"),
+    M::function<&T::advance>("advance", "time")
+        .says("advances virtual time by some seconds, and runs what becomes due"),
+    M::function<&T::inject>("inject", "fault", "text")
+        .says("sets an error attribute of the helper, such as commitError, and settles"),
+    M::function<&T::clearFaults>("clearFaults").says("removes all injected errors, and settles"),
+    M::function<&T::trigger>("trigger").says(
+        "delivers the pending asynchronous result, and settles"),
+    M::function<&T::record>("record", "policyMap", "direction")
+        .says("the record of a policy-map in one direction, as text"),
+    M::function<&T::rules>("rules", "policyMap", "direction")
+        .says("the rules of that record in the order of programming, one line each"),
+    M::function<&T::failure>("failure", "policyMap", "direction")
+        .says("why the policy is not programmed as configured; empty if it is"),
+    M::function<&T::explain>("explain").says(
+        "why each attached policy is or is not programmed, one line each"),
+    M::function<&T::journal>("journal").says("the calls of the helper in order, one line each"),
 };
 constexpr Kor::TypeModel model =
     M::object(attrs, M::constructor<&labFactory>("updateAction", "expandPortChannels", "async"));

@@ -210,7 +210,8 @@ String valueToStrep(T const& value) {
     text.append(valueToStrep((value.*field.get)()).view());
     separator = ", ";
   };
-  std::apply([&](auto const&... fields) { (print(fields), ...); }, T::korFields());
+  static constexpr auto all = T::korFields();
+  std::apply([&](auto const&... fields) { (print(fields), ...); }, all);
   text.append("})");
   return text;
 }
@@ -237,7 +238,8 @@ void readValueFields(TextIterator& it, TextIterator const& end, T& value) {
       }
       return true;
     };
-    return std::apply([&](auto const&... fields) { return (take(fields) || ...); }, T::korFields());
+    static constexpr auto all = T::korFields();
+    return std::apply([&](auto const&... fields) { return (take(fields) || ...); }, all);
   };
   ValueReader(T::korTypeName).read(it, end, readField);
 }
