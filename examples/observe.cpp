@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// An observer: what the status of a policy tells while the policy fails and recovers.
+// An observer: the changes of a status while its policy fails and recovers.
 
 #include "testkit/Lab.h"
 #include "testkit/Matchers.h"
@@ -22,7 +22,7 @@ class StatusWatch final : public PolicyMap::PolicyMapStatus::NotifieeConst {
   }
 };
 
-TEST(Observe, EachChangeIsToldOnce) {
+TEST(Observe, EachChangeIsReportedOnce) {
   Lab lab;
   lab.load(R"(class-map match-any web
                 match ip tcp any any eq 80
