@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/Assertions.h"
 
-#include "testkit/Lab.h"
+#include "testkit/Journal.h"
 
 #include <sstream>
 
@@ -9,7 +9,7 @@ namespace PolicyMapTestKit {
 
 namespace {
 
-thread_local Lab const* labInUse = nullptr;
+thread_local Journal const* journalInUse = nullptr;
 
 void describe(std::ostream& out, Journal const& journal) {
   constexpr std::uint64_t shown = 10;
@@ -30,20 +30,20 @@ void describe(std::ostream& out, Journal const& journal) {
 
 }  // namespace
 
-Lab const* usedLab() {
-  return labInUse;
+Journal const* usedJournal() {
+  return journalInUse;
 }
 
-void usedLabIs(Lab const* lab) {
-  labInUse = lab;
+void usedJournalIs(Journal const* journal) {
+  journalInUse = journal;
 }
 
 std::string describe(Kor::AssertionFailure const& failure) {
   std::ostringstream text;
   text << failure.source << ": assertion \"" << failure.text << "\" failed at " << failure.file
        << ':' << failure.line;
-  if (labInUse != nullptr) {
-    describe(text, labInUse->journal());
+  if (journalInUse != nullptr) {
+    describe(text, *journalInUse);
   }
   return text.str();
 }

@@ -15,7 +15,7 @@
 
 namespace PolicyMapTestKit {
 
-class Lab;
+class Journal;
 
 // what() is describe() of the failure.
 class POLICYMAPTESTKIT_API AssertionFailed : public std::logic_error {
@@ -33,8 +33,8 @@ class POLICYMAPTESTKIT_API AssertionFailed : public std::logic_error {
 //   5 t=0 addIntfToPolicy edge/input ipv4 Ethernet1
 POLICYMAPTESTKIT_API std::string describe(Kor::AssertionFailure const& failure);
 
-// Internal: the lab whose journal describe() shows. Null: none.
-Lab const* usedLab();
-void usedLabIs(Lab const* lab);
+// Internal: the journal that describe() shows. Null: none.
+Journal const* usedJournal();
+void usedJournalIs(Journal const* journal);
 
 }  // namespace PolicyMapTestKit

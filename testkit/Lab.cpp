@@ -42,7 +42,7 @@ Lab::Lab(LabOptions const& options)
       requests_(Kor::make<PolicyMap::PolicyMapStatusRequestDir>("requests")),
       status_(Kor::make<PolicyMap::PolicyMapTypeStatus>("status")) {
   Kor::EventLoop::Scope const scope(loop_);
-  usedLabIs(this);
+  usedJournalIs(&journal_);
   loop_.virtualTimeIs(true);
   helper_ = makeHelper(options, options.journal == 0 ? nullptr : &journal_);
   machine_ = PolicyMapTest::testServicePolicySmFactory(
@@ -66,8 +66,8 @@ Lab::~Lab() {
   machine_ = nullptr;
   helper_->aroundIs({});
   helper_->journalDel();
-  if (usedLab() == this) {
-    usedLabIs(nullptr);
+  if (usedJournal() == &journal_) {
+    usedJournalIs(nullptr);
   }
 }
 
@@ -95,14 +95,14 @@ void Lab::configure(Text::Settings const& settings) {
   if (onLoad_) {
     onLoad_(settings);
   }
-  usedLabIs(this);
+  usedJournalIs(&journal_);
   Kor::EventLoop::Scope const scope(loop_);
   configuration_.settingsAre(settings);
   loop_.runUntilIdle();
 }
 
 void Lab::settle() {
-  usedLabIs(this);
+  usedJournalIs(&journal_);
   loop_.runUntilIdle();
 }
 
@@ -110,7 +110,7 @@ void Lab::advance(std::chrono::duration<double> time) {
   std::ostringstream text;
   text << time.count() << " s";
   journal_.testDid("advance", Kor::String(text.str()));
-  usedLabIs(this);
+  usedJournalIs(&journal_);
   loop_.runFor(time.count());
   settle();
 }
@@ -130,7 +130,7 @@ void Lab::clearFaults() {
 void Lab::trigger() {
   Kor::EventLoop::Scope const scope(loop_);
   journal_.testDid("trigger", {});
-  usedLabIs(this);
+  usedJournalIs(&journal_);
   helper_->asyncTriggerInc(1);
   settle();
 }
