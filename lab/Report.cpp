@@ -143,7 +143,7 @@ void printNotProgrammed(std::ostream& out, TextStyle const& style, Lab const& la
   }
   std::vector<std::string> const lines = Explanations(others, lab.now()).notProgrammed();
   if (!lines.empty()) {
-    out << "\n" << tinted(style, Tint::heading, "attached, but not programmed") << "\n";
+    out << "\n" << tinted(style, Tint::heading, "not programmed as configured") << "\n";
     printLines(out, style, Tint::changed, lines);
   }
 }

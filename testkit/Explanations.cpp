@@ -4,8 +4,9 @@
 #include "testkit/Printing.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <map>
 #include <ostream>
-#include <set>
 #include <sstream>
 
 namespace PolicyMapTestKit {
@@ -112,6 +113,27 @@ bool hasNothing(Explanation const& explanation) {
   return explanation.state == ProgrammingState::nothingToProgram;
 }
 
+// How much is known of an option: nothing to program, not looked at yet, or something to tell.
+enum class Known : std::uint8_t { nothing, undecided, decided };
+
+Known knownOf(Explanation const& explanation) {
+  if (hasNothing(explanation)) {
+    return Known::nothing;
+  }
+  bool const undecided = explanation.state == ProgrammingState::due && !explanation.programmed;
+  return undecided ? Known::undecided : Known::decided;
+}
+
+bool sameForAllOptions(Explanation const& explanation) {
+  switch (explanation.state) {
+  case ProgrammingState::nothingToProgram:
+  case ProgrammingState::noPolicyMap:
+  case ProgrammingState::noHelper:
+  case ProgrammingState::noMachine: return true;
+  default: return knownOf(explanation) == Known::undecided;
+  }
+}
+
 bool asConfigured(Explanation const& explanation) {
   return explanation.state == ProgrammingState::programmed && explanation.missing.empty() &&
          intfsOf(explanation, true).empty();
@@ -172,14 +194,13 @@ std::string describe(Explanation const& explanation, std::optional<double> now) 
 }
 
 Explanations::Explanations(std::vector<Explanation> const& all, double now) : now_(now) {
-  std::set<PolicyMap::PolicyMapSmKey> withRules;
+  std::map<PolicyMap::PolicyMapSmKey, Known> most;
   for (Explanation const& explanation : all) {
-    if (!hasNothing(explanation)) {
-      withRules.insert(explanation.policy);
-    }
+    Known& known = most[explanation.policy];
+    known = std::max(known, knownOf(explanation));
   }
   for (Explanation const& explanation : all) {
-    if (!hasNothing(explanation) || !withRules.contains(explanation.policy)) {
+    if (knownOf(explanation) == most[explanation.policy]) {
       explanations_.push_back(explanation);
     }
   }
@@ -194,19 +215,12 @@ std::vector<std::string> Explanations::linesOf(Wanted const& wanted) const {
     if (!wanted(explanation)) {
       continue;
     }
-    switch (explanation.state) {
-    // The same for all options.
-    case ProgrammingState::nothingToProgram:
-    case ProgrammingState::noPolicyMap:
-    case ProgrammingState::noHelper:
-    case ProgrammingState::noMachine:
-      if (first) {
-        std::string const state = hasNothing(explanation) ? "nothing to program: no class has rules"
-                                                          : stateOf(explanation, now_);
-        lines.push_back(nameOf(explanation.policy) + ": " + state + missingOf(explanation));
-      }
-      break;
-    default: lines.push_back(describe(explanation, now_));
+    if (!sameForAllOptions(explanation)) {
+      lines.push_back(describe(explanation, now_));
+    } else if (first) {
+      std::string const state = hasNothing(explanation) ? "nothing to program: no class has rules"
+                                                        : stateOf(explanation, now_);
+      lines.push_back(nameOf(explanation.policy) + ": " + state + missingOf(explanation));
     }
   }
   return lines;

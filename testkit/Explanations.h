@@ -22,7 +22,8 @@ namespace PolicyMapTestKit {
 class POLICYMAPTESTKIT_API Explanations {
  public:
   // `now` is the time of the explanations, in seconds. Of each policy it keeps the options that the
-  // policy has rules for; if there are none, all four.
+  // policy has rules for; while none is known, those that are not looked at yet; if there are none,
+  // all four.
   Explanations(std::vector<PolicyMap::Explanation> const& all, double now);
 
   [[nodiscard]] auto begin() const { return explanations_.begin(); }

@@ -8,6 +8,7 @@
 
 #include <Acl/AclDiff.h>
 
+#include <algorithm>
 #include <set>
 #include <sstream>
 #include <string>
@@ -141,7 +142,24 @@ Snapshot Lab::snapshot(WithRules withRules) const {
 
 Record Lab::record(std::string_view policyMap, std::string_view direction,
                    std::optional<PolicyMap::ClassMapMatchOption> option) const {
-  return snapshot().record(policyMap, direction, option);
+  Snapshot const all = snapshot();
+  try {
+    return all.record(policyMap, direction, option);
+  } catch (LookupError const& error) {
+    bool const recorded = std::any_of(all.begin(), all.end(), [&](Record const& each) {
+      return each.policy == policyMap && each.direction == direction;
+    });
+    PolicyMap::PolicyMapSmKey const key{Kor::Name(policyMap), Kor::Name(direction)};
+    if (recorded) {
+      throw;
+    }
+    std::string text = error.what();
+    for (std::string const& line :
+         Explanations(PolicyMap::explain(*machine_, key), now()).lines()) {
+      text += "\n" + line;
+    }
+    throw LookupError(text);
+  }
 }
 
 PolicyMap::PolicyFailure Lab::failure(std::string_view policyMap, std::string_view direction,

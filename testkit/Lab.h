@@ -86,7 +86,8 @@ class POLICYMAPTESTKIT_API Lab {
   // Delivers the pending asynchronous result, and settles.
   void trigger();
 
-  // The records. record() throws LookupError; see Snapshot::record().
+  // The records. record() throws LookupError; see Snapshot::record(). If the policy-map is attached
+  // and has no record, the message also says why it is not programmed.
   [[nodiscard]] Snapshot snapshot(WithRules withRules = WithRules::yes) const;
   [[nodiscard]] Record record(std::string_view policyMap, std::string_view direction = "input",
                               std::optional<PolicyMap::ClassMapMatchOption> option = {}) const;

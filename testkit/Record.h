@@ -32,6 +32,7 @@ class POLICYMAPTESTKIT_API LookupError : public std::out_of_range {
   // `what` is e.g. "record"; `known` are the names that are there.
   LookupError(std::string_view what, std::string_view wanted,
               std::vector<std::string> const& known);
+  explicit LookupError(std::string const& text) : std::out_of_range(text) {}
   ~LookupError() override;
 };
 

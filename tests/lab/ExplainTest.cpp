@@ -46,7 +46,7 @@ TEST_F(ExplainTest, SaysThatNothingIsAttached) {
 
 TEST_F(ExplainTest, AReportTellsWhatIsAttachedAndNotProgrammed) {
   EXPECT_THAT(runLab({"run", unserved()}).out,
-              HasSubstr("\nattached, but not programmed\n"
+              HasSubstr("\nnot programmed as configured\n"
                         "  P/output ipv4: no interface is eligible: Vlan10 (neither layer 2 nor\n"
                         "  has an address)\n"));
   EXPECT_THAT(runLab({"run", simple()}).out, Not(HasSubstr("not programmed")));
@@ -57,7 +57,7 @@ TEST_F(ExplainTest, AReportTellsOfAFailureOnce) {
                                   file("deny.cfg", simplePolicy + "ip access-list P\n"
                                                                   " deny ip any any\n")});
   EXPECT_THAT(outcome.out, AllOf(HasSubstr("problems\n"), HasSubstr("deny rules are not allowed"),
-                                 Not(HasSubstr("attached, but not"))));
+                                 Not(HasSubstr("as configured"))));
 }
 
 TEST_F(ExplainTest, TracesAreOfOneSourceOnRequest) {

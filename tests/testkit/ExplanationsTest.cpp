@@ -88,6 +88,24 @@ TEST(Explanations, SayForWhichResultItWaits) {
                                                           "of addIntfToPolicy for 3 s"));
 }
 
+TEST(Explanations, OptionsThatAreNotLookedAtYetAreLeftOut) {
+  Lab lab({.async = true});
+  load(lab, simplePolicy);
+  EXPECT_THAT(lab.explain().lines(),
+              ElementsAre("P/input ipv4: waiting for the result of addIntfToPolicy for 0 s"));
+  Lab idle;
+  load(idle, simplePolicy);
+  idle.machine()->policyMapSm({"P", "input"})->reconciler().reprogram();
+  EXPECT_THAT(idle.explain().lines(), ElementsAre("P/input ipv4: not programmed yet"));
+}
+
+TEST(Explanations, OfAPolicyThatIsNotLookedAtYetAreOneLine) {
+  Lab lab;
+  load(lab, policyAt);
+  lab.policyMaps()->servicePolicyIs({Vorel::IntfId(Kor::String("Ethernet1")), "input"}, "P");
+  EXPECT_THAT(lab.explain().lines(), ElementsAre("P/input: not programmed yet"));
+}
+
 TEST(Explanations, OfOtherStatesAndObstacles) {
   using enum PolicyMap::ProgrammingState;
   PolicyMap::Explanation explanation;

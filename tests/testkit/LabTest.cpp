@@ -49,6 +49,17 @@ TEST(Lab, InvalidTextChangesNothing) {
   EXPECT_EQ(lab.snapshot(), before);
 }
 
+TEST(Lab, ARecordThatIsMissingIsExplained) {
+  Lab lab;
+  load(lab, "policy-map P\ninterface Vlan2\n service-policy input P\n");
+  EXPECT_THAT(
+      [&] { static_cast<void>(lab.record("P")); },
+      testing::ThrowsMessage<LookupError>("no record 'P/input'; there is none at all\n"
+                                          "P/input: nothing to program: no class has rules"));
+  EXPECT_THAT([&] { static_cast<void>(lab.record("Q")); },
+              testing::ThrowsMessage<LookupError>("no record 'Q/input'; there is none at all"));
+}
+
 TEST(Lab, HasItsOwnTime) {
   Lab first({.faults = {{"commitError", "full"}}});
   Lab second({.faults = {{"commitError", "full"}}});
