@@ -91,7 +91,9 @@ std::string stateOf(Explanation const& explanation, std::optional<double> now) {
            since(explanation.waitingSince, now);
   case ProgrammingState::failed: return failureOf(explanation, now);
   case ProgrammingState::refused: return "refused: " + explanation.failure.error().stdString();
-  case ProgrammingState::due: return "not programmed yet";
+  case ProgrammingState::due:
+    return explanation.programmed ? "programmed; a change is not processed yet"
+                                  : "not programmed yet";
   case ProgrammingState::optionNotAllowed:
     return optionWord(explanation.option) + " rules are not served";
   case ProgrammingState::nothingToProgram:

@@ -96,7 +96,8 @@ TEST(Explanations, OptionsThatAreNotLookedAtYetAreLeftOut) {
   Lab idle;
   load(idle, simplePolicy);
   idle.machine()->policyMapSm({"P", "input"})->reconciler().reprogram();
-  EXPECT_THAT(idle.explain().lines(), ElementsAre("P/input ipv4: not programmed yet"));
+  EXPECT_THAT(idle.explain().lines(),
+              ElementsAre("P/input ipv4: programmed; a change is not processed yet"));
 }
 
 TEST(Explanations, OfAPolicyThatIsNotLookedAtYetAreOneLine) {
