@@ -11,7 +11,7 @@ namespace {
 
 thread_local Journal const* journalInUse = nullptr;
 
-void describe(std::ostream& out, Journal const& journal) {
+void writeEnd(std::ostream& out, Journal const& journal) {
   constexpr std::uint64_t shown = 10;
   if (JournalEntry const* const call = journal.openCall()) {
     out << "\nin the call " << call->describe();
@@ -43,7 +43,7 @@ std::string describe(Kor::AssertionFailure const& failure) {
   text << failure.source << ": assertion \"" << failure.text << "\" failed at " << failure.file
        << ':' << failure.line;
   if (journalInUse != nullptr) {
-    describe(text, *journalInUse);
+    writeEnd(text, *journalInUse);
   }
   return text.str();
 }

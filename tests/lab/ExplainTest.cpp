@@ -26,8 +26,8 @@ class ExplainTest : public InputFiles {
 TEST_F(ExplainTest, PrintsALinePerPolicyAndOption) {
   Outcome const outcome = runLab({"explain", unserved()});
   EXPECT_EQ(outcome.out, "P/input ipv4: programmed at Ethernet1\n"
-                         "P/output ipv4: no interface is eligible: Vlan10 (neither layer 2 nor\n"
-                         "has an address)\n");
+                         "P/output ipv4: no interface is eligible: Vlan10 (neither layer 2 nor has "
+                         "an address)\n");
   EXPECT_EQ(outcome.status, ExitStatus::success);
 }
 
@@ -45,10 +45,11 @@ TEST_F(ExplainTest, SaysThatNothingIsAttached) {
 }
 
 TEST_F(ExplainTest, AReportTellsWhatIsAttachedAndNotProgrammed) {
-  EXPECT_THAT(runLab({"run", unserved()}).out,
-              HasSubstr("\nnot programmed as configured\n"
-                        "  P/output ipv4: no interface is eligible: Vlan10 (neither layer 2 nor\n"
-                        "  has an address)\n"));
+  EXPECT_THAT(
+      runLab({"run", unserved()}).out,
+      HasSubstr("\nnot programmed as configured\n"
+                "  P/output ipv4: no interface is eligible: Vlan10 (neither layer 2 nor has "
+                "an address)\n"));
   EXPECT_THAT(runLab({"run", simple()}).out, Not(HasSubstr("not programmed")));
 }
 
