@@ -94,7 +94,7 @@ nlohmann::ordered_json attrAsJson(KorType const& type, KorAttr const& attr) {
   return json;
 }
 
-// The lines under the row of an attribute, indented to its name.
+// The lines under the row of an attribute.
 std::vector<std::string> below(std::string const& text, TextStyle const& style) {
   std::size_t const indentation = 7;
   std::vector<std::string> lines = wrapped(text, style.width - indentation);

@@ -42,8 +42,17 @@ TEST(TypesVerb, ShowsATypeWithItsAttributes) {
             "  261  equalTo     function   (other: PolicyMap::Action) → bool\n"
             "       true for an action of this class with the same value [function]\n"
             "  386  value       data       uint32_t\n"
-            "       number that the action stores in the rules of its class; default 0 [data,\n"
-            "       independent domain]\n");
+            "       number that the action stores in the rules of its class; default 0 [data, "
+            "independent "
+            "domain]\n");
+}
+
+TEST(TypesVerb, WrapsALongExplanationUnderItsAttribute) {
+  EXPECT_THAT(runLab({"types", "SubRuleData"}).out,
+              HasSubstr("\n   8  dstPortRange  read-only  bool\n"
+                        "       the destination ports need a range checker: value and mask cannot "
+                        "express them [key,\n"
+                        "       independent domain]\n"));
 }
 
 TEST(TypesVerb, ShowsTheValuesOfAnEnumeration) {
