@@ -2,6 +2,7 @@
 #include "testkit/ForwardingHelper.h"
 
 #include "helper/HelperFixture.h"
+#include "testkit/Printers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -24,7 +24,7 @@ TEST(LabByName, FromTextToRecords) {
   GenericRef const lab = construct("PolicyMapTestKit::Lab", true, false, false);
   lab.call("load", simplePolicy);
   EXPECT_EQ(textOf(lab.call("rules", "P", "input")),
-            "[ 'P 10 permit tcp any any eq 80, action1 1' ]");
+            "['P 10 permit tcp any any eq 80, action1 1']");
   EXPECT_THAT(textOf(lab.call("record", "P", "input")), HasSubstr("P/input ipv4"));
   EXPECT_THAT(textOf(lab.call("explain")), HasSubstr("P/input ipv4: programmed at Ethernet1"));
   EXPECT_THAT(textOf(lab.call("journal")), HasSubstr("6 t=0 commitPolicy P/input ipv4"));

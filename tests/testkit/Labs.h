@@ -4,6 +4,7 @@
 // Shared by the tests of the test kit: labs on texts.
 
 #include "testkit/Lab.h"
+#include "testkit/Printers.h"
 #include "testkit/Problems.h"
 #include "testkit/text/RuleConversion.h"
 

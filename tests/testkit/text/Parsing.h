@@ -3,6 +3,7 @@
 
 // Shared by the tests of the readers: from text to statements, or to the text of an error.
 
+#include "testkit/Printers.h"
 #include "testkit/text/FilterSet.h"
 #include "testkit/text/PolicyTextParser.h"
 
