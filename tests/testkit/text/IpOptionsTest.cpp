@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/text/IpOptions.h"
 
+#include "testkit/Printers.h"
 #include "testkit/text/Rules.h"
 
 #include <gtest/gtest.h>
