@@ -19,9 +19,8 @@ namespace PolicyMapTestKit {
 // a failure of the test. Where no exception may pass, as in a destructor, the process still ends.
 inline void assertionsFailTests() {
   Kor::assertionHandlerIs([](Kor::AssertionFailure const& failure) {
-    AssertionFailed const error(failure);
-    ADD_FAILURE() << error.what();
-    throw error;
+    ADD_FAILURE() << describe(failure);
+    throw AssertionFailed(failure);
   });
 }
 

@@ -92,20 +92,20 @@ class FormatForComparison<char const*, Kor::String8> {
 // These matchers bind a reference to the text, for which g++ does not use an explicit conversion.
 template <>
 template <>
-inline bool StartsWithMatcher<std::string>::MatchAndExplain(Kor::String8 const& text,
+inline bool StartsWithMatcher<std::string>::MatchAndExplain(Kor::String8 const& s,
                                                             MatchResultListener* listener) const {
-  return MatchAndExplain(text.stdString(), listener);
+  return MatchAndExplain(s.stdString(), listener);
 }
 template <>
 template <>
-inline bool EndsWithMatcher<std::string>::MatchAndExplain(Kor::String8 const& text,
+inline bool EndsWithMatcher<std::string>::MatchAndExplain(Kor::String8 const& s,
                                                           MatchResultListener* listener) const {
-  return MatchAndExplain(text.stdString(), listener);
+  return MatchAndExplain(s.stdString(), listener);
 }
 template <>
-inline bool MatchesRegexMatcher::MatchAndExplain(Kor::String8 const& text,
+inline bool MatchesRegexMatcher::MatchAndExplain(Kor::String8 const& s,
                                                  MatchResultListener* listener) const {
-  return MatchAndExplain(text.stdString(), listener);
+  return MatchAndExplain(s.stdString(), listener);
 }
 
 }  // namespace testing::internal

@@ -22,11 +22,12 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 using enum PolicyMap::ClassMapMatchOption;
-PolicyMapSmKey const input("pm", "input");
+PolicyMapSmKey const pmInputKey("pm", "input");
 
 class ExplanationTest : public testing::Test, protected PolicyBench {
  protected:
-  Explanation of(ClassMapMatchOption option = ipv4, PolicyMapSmKey const& policy = input) const {
+  Explanation of(ClassMapMatchOption option = ipv4,
+                 PolicyMapSmKey const& policy = pmInputKey) const {
     return explain(*machine, policy).at(static_cast<std::size_t>(option));
   }
   ProgrammingState state(ClassMapMatchOption option = ipv4) const { return of(option).state; }
@@ -43,7 +44,7 @@ class ExplanationTest : public testing::Test, protected PolicyBench {
 TEST_F(ExplanationTest, OfWhatIsProgrammed) {
   begin();
   Explanation const explanation = of();
-  EXPECT_EQ(explanation.policy, input);
+  EXPECT_EQ(explanation.policy, pmInputKey);
   EXPECT_EQ(explanation.option, ipv4);
   EXPECT_EQ(explanation.state, ProgrammingState::programmed);
   EXPECT_TRUE(explanation.programmed);
@@ -73,8 +74,8 @@ TEST_F(ExplanationTest, AllPoliciesByNameAndDirection) {
       keys.push_back(each.policy);
     }
   }
-  EXPECT_THAT(keys,
-              ElementsAre(PolicyMapSmKey("other", "input"), input, PolicyMapSmKey("pm", "output")));
+  EXPECT_THAT(keys, ElementsAre(PolicyMapSmKey("other", "input"), pmInputKey,
+                                PolicyMapSmKey("pm", "output")));
   EXPECT_THAT(explain(*machine), SizeIs(12));
   EXPECT_THAT(explain(*machine, PolicyMapSmKey("none", "input")), IsEmpty());
 }
@@ -237,7 +238,7 @@ TEST_F(ExplanationTest, OfInterfacesThatTheMachineExcludes) {
       Kor::Ptr<PolicyMap::PolicyMapAclHelper>(helper), diff, true, true, true);
   excluding->hasNotificationActiveIs(true);
   settle();
-  Explanation const explanation = explain(*excluding, input).at(0);
+  Explanation const explanation = explain(*excluding, pmInputKey).at(0);
   EXPECT_EQ(explanation.state, ProgrammingState::noIntf);
   EXPECT_EQ(explanation.intfs.at(0).obstacle, IntfObstacle::excluded);
 }
