@@ -32,7 +32,7 @@ constexpr std::array<IntrospectionFlagName, 3> introspection{{
     {"internal index", Introspection::hasInternalIndex_()},
 }};
 
-std::string nameOfWords(KorAttr::AttrFlags flags) {
+std::string nameOfPair(KorAttr::AttrFlags flags) {
   auto const* const named = std::ranges::find(pairs, flags, &FlagPairName::flags);
   if (named != pairs.end()) {
     return std::string(named->name);
@@ -53,7 +53,7 @@ std::span<IntrospectionFlagName const> introspectionFlagNames() {
 }
 
 std::vector<std::string> flagNames(KorAttr const& attr) {
-  std::vector<std::string> names{nameOfWords(attr.flags())};
+  std::vector<std::string> names{nameOfPair(attr.flags())};
   for (IntrospectionFlagName const& named : introspection) {
     bool const isSet = (attr.introspectionFlags().value() & named.flag.value()) != 0;
     if (isSet && named.name != names.front()) {

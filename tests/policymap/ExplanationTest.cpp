@@ -227,20 +227,10 @@ TEST_F(ExplanationTest, OfInterfacesThatTheMachineExcludes) {
     }
   };
   simplePolicy();
-  Kor::Ptr<ServiceSm> const excluding = Kor::make<Excluding>(
-      Kor::Ptr<PolicyMap::PolicyMapTypeConfig const>(policies),
-      Kor::Ptr<PolicyMap::ClassMapTypeConfig const>(classes),
-      Kor::Ptr<PolicyMap::PolicyMapStatusRequestDir const>(requests), status,
-      Kor::Ptr<Acl::Config const>(acls), Kor::Ptr<Lag::Input::Config const>(lag),
-      Kor::Ptr<Ip::Status const>(ip), Kor::Ptr<Ip6::Status const>(ip6),
-      Kor::Ptr<Routing::RoutingInfo const>(routing),
-      Kor::Ptr<Routing6::RoutingInfo const>(routing6),
-      Kor::Ptr<PolicyMap::PolicyMapAclHelper>(helper), diff, true, true, true);
-  excluding->hasNotificationActiveIs(true);
+  start<Excluding>();
   settle();
-  Explanation const explanation = explain(*excluding, pmInputKey).at(0);
-  EXPECT_EQ(explanation.state, ProgrammingState::noIntf);
-  EXPECT_EQ(explanation.intfs.at(0).obstacle, IntfObstacle::excluded);
+  EXPECT_EQ(state(), ProgrammingState::noIntf);
+  EXPECT_EQ(obstacle(), IntfObstacle::excluded);
 }
 
 TEST_F(ExplanationTest, CallsNoOperationAndChangesNothing) {

@@ -255,8 +255,9 @@ class PolicyBench {
   Kor::Ptr<Acl::AclDiff> diff = Kor::make<Acl::AclDiff>();
   Kor::Ptr<ServiceSm> machine;
 
+  template <class Machine = ServiceSm>
   void start(bool allowL2 = true, bool allowL3 = true, bool allowMgmt = true) {
-    machine = Kor::make<ServiceSm>(
+    machine = Kor::make<Machine>(
         Kor::Ptr<PolicyMap::PolicyMapTypeConfig const>(policies),
         Kor::Ptr<PolicyMap::ClassMapTypeConfig const>(classes),
         Kor::Ptr<PolicyMap::PolicyMapStatusRequestDir const>(requests), status,
