@@ -81,7 +81,8 @@ std::string namesOf(std::vector<Vorel::IntfId> const& intfs) {
 }
 
 void printRecord(std::ostream& out, TextStyle const& style, Record const& record) {
-  out << tinted(style, Tint::heading, titleOf(record)) << ": "
+  out << tinted(style, Tint::heading, titleOf(record.policy, record.direction, record.option))
+      << ": "
       << (record.created ? tinted(style, Tint::good, "created")
                          : tinted(style, Tint::bad, "not created"))
       << (record.dirty ? tinted(style, Tint::changed, ", not committed") : "") << "\n";
@@ -250,8 +251,9 @@ void printRecordJson(std::ostream& out, Record const& record, WithRules withRule
 
 }  // namespace
 
-std::string titleOf(Record const& record) {
-  return "policy-map " + record.policy + ", " + record.direction + ", " + toText(record.option);
+std::string titleOf(std::string const& policy, std::string const& direction,
+                    PolicyMap::ClassMapMatchOption option) {
+  return "policy-map " + policy + ", " + direction + ", " + toText(option);
 }
 
 void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,

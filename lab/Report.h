@@ -30,6 +30,7 @@ void printStatuses(std::ostream& out, TextStyle const& style, Lab const& lab);
 void printJson(std::ostream& out, Lab const& lab, WithRules withRules);
 
 // "policy-map EDGE, input, ipv4".
-std::string titleOf(Record const& record);
+std::string titleOf(std::string const& policy, std::string const& direction,
+                    PolicyMap::ClassMapMatchOption option);
 
 }  // namespace lab

@@ -216,7 +216,7 @@ void RunVerb::performSteps(Lab& lab, Console const& console) const {
     }
     Snapshot after = lab.snapshot();
     console.out << tinted(console.style, Tint::heading, "== " + step.text) << "\n\n";
-    printChanges(console.out, console.style, before, after);
+    printChanges(console.out, console.style, difference(before, after));
     printStatuses(console.out, console.style, lab);
     before = std::move(after);
   }
@@ -245,7 +245,7 @@ void RunVerb::loadFiles(Lab& lab, Console const& console) const {
     if (i != 0) {
       console.out << tinted(console.style, Tint::heading, "== what " + files_[i] + " changed")
                   << "\n\n";
-      printChanges(console.out, console.style, before, after);
+      printChanges(console.out, console.style, difference(before, after));
     }
     before = std::move(after);
   }
