@@ -1,21 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The differences between two sets of records.
+// The layout of differences between two sets of records.
 
 #include "lab/Kit.h"
 #include "lab/TextLayout.h"
-#include "testkit/Snapshot.h"
+#include "testkit/Difference.h"
 
 #include <ostream>
-#include <vector>
 
 namespace lab {
 
-// Prints, per policy and option, the differences in counters, interfaces, rules, and actions by
-// class and value. Both sets must be in the order of snapshotOf(). If nothing differs, prints so
-// and returns false.
-bool printChanges(std::ostream& out, TextStyle const& style, Snapshot const& before,
-                  Snapshot const& after);
+// Prints, per policy and option, the changes of state, counters, interfaces, rules, and actions by
+// class and value. If nothing differs, prints so.
+void printChanges(std::ostream& out, TextStyle const& style, Difference const& difference);
 
 }  // namespace lab

@@ -1,16 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Faults.h"
 
+#include "lab/Input.h"
 #include "lab/Verb.h"
 #include "testkit/text/SourceText.h"
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <vector>
 
 namespace lab {
 
-Fault readFault(std::string_view argument) {
+namespace {
+
+template <class Number>
+std::optional<Number> numberOf(std::string_view text) {
+  Number value{};
+  char const* const end = text.data() + text.size();
+  auto const [stop, error] = std::from_chars(text.data(), end, value);
+  return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
+}
+
+Fault readFaultOf(std::string_view option, std::string_view argument) {
   auto const equals = argument.find('=');
   std::string const name(argument.substr(0, equals));
   std::vector<std::string> const known = faultNames();
@@ -20,16 +32,68 @@ Fault readFault(std::string_view argument) {
     for (std::string const& one : known) {
       names.append(names.empty() ? "" : ", ").append(one);
     }
-    throw UsageError("--inject: expected NAME=TEXT with one of " + names + ", found " +
-                     excerpt(argument));
+    throw UsageError(std::string(option) + ": expected NAME=TEXT with one of " + names +
+                     ", found " + excerpt(argument));
   }
   return {name, std::string(argument.substr(equals + 1))};
 }
 
-void perform(Lab& lab, Step const& step) {
+}  // namespace
+
+Fault readFault(std::string_view argument) {
+  return readFaultOf("--inject", argument);
+}
+
+std::optional<double> secondsOf(std::string_view text) {
+  std::optional<double> const value = numberOf<double>(text);
+  return value && *value >= 0 && *value <= longestAdvance ? value : std::nullopt;
+}
+
+Step readStep(std::string const& argument) {
+  std::string_view const all = argument;
+  auto const blank = all.find(' ');
+  std::string_view const verb = all.substr(0, blank);
+  bool const alone = blank == std::string_view::npos;
+  std::string_view const rest = alone ? std::string_view() : all.substr(blank + 1);
+  Step step{.text = "--then " + argument};
+  if (alone && (verb == "clear" || verb == "trigger")) {
+    step.kind = verb == "clear" ? Step::Kind::clear : Step::Kind::trigger;
+    return step;
+  }
+  if (verb == "trigger") {
+    std::optional<std::uint32_t> const number = numberOf<std::uint32_t>(rest);
+    if (!number || *number == 0 || *number > mostTriggers) {
+      throw UsageError("--then trigger: N must be 1 to 1000000, found " + excerpt(rest));
+    }
+    step.kind = Step::Kind::trigger;
+    step.triggers = *number;
+    return step;
+  }
+  if (verb == "inject" && !alone) {
+    step.kind = Step::Kind::inject;
+    step.fault = readFaultOf("--then inject", rest);
+    return step;
+  }
+  if (verb == "load" && !rest.empty()) {
+    step.kind = Step::Kind::load;
+    step.file = rest;
+    return step;
+  }
+  throw UsageError("--then: expected clear, trigger, trigger N, inject NAME=TEXT or load FILE, "
+                   "found " +
+                   excerpt(argument));
+}
+
+void perform(Lab& lab, Step const& step, Reading reading) {
   switch (step.kind) {
   case Step::Kind::clear: lab.clearFaults(); break;
-  case Step::Kind::trigger: lab.trigger(); break;
+  case Step::Kind::trigger:
+    for (std::uint32_t i = 0; i != step.triggers; ++i) {
+      lab.trigger();
+    }
+    break;
+  case Step::Kind::inject: lab.inject(step.fault); break;
+  case Step::Kind::load: lab.load(readInput(step.file), reading); break;
   case Step::Kind::advance: lab.advance(std::chrono::duration<double>(step.seconds)); break;
   }
 }

@@ -6,6 +6,8 @@
 #include "lab/Kit.h"
 #include "testkit/Lab.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,21 +18,36 @@ Fault readFault(std::string_view argument);
 
 // Seconds. Operations that are retried forever would keep a longer advance running.
 constexpr double longestAdvance = 1e6;
+// Parses SECONDS; none if it is not a valid time to advance.
+std::optional<double> secondsOf(std::string_view text);
+
+// Number of results that one step delivers at most.
+constexpr std::uint32_t mostTriggers = 1000000;
 
 // An action performed after everything is loaded.
 struct Step {
   enum class Kind : std::uint8_t {
     clear,    // removes all injected errors
-    trigger,  // delivers the pending asynchronous result
+    trigger,  // delivers pending asynchronous results
+    inject,   // makes an operation fail
+    load,     // a file, as an edit
     advance,  // advances virtual time, by longestAdvance at most
   };
 
   Kind kind = Kind::clear;
   double seconds = 0;
+  std::uint32_t triggers = 1;
+  Fault fault = {};
+  std::string file = {};
   // As written on the command line, for headings.
-  std::string text;
+  std::string text = {};
 };
 
-void perform(Lab& lab, Step const& step);
+// Parses the argument of --then: "clear", "trigger", "trigger N", "inject NAME=TEXT" or
+// "load FILE". Raises UsageError.
+Step readStep(std::string const& argument);
+
+// `reading` is for files. Raises InputError.
+void perform(Lab& lab, Step const& step, Reading reading);
 
 }  // namespace lab

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Program.h"
 
+#include "lab/GenerateVerb.h"
 #include "lab/Kit.h"
 #include "lab/RunVerb.h"
 #include "lab/ShellVerb.h"
@@ -68,6 +69,7 @@ std::vector<std::unique_ptr<Verb>> makeVerbs(CLI::App& program) {
   std::vector<std::unique_ptr<Verb>> verbs;
   verbs.push_back(std::make_unique<RunVerb>(program, RunVerb::Output::records));
   verbs.push_back(std::make_unique<RunVerb>(program, RunVerb::Output::explanations));
+  verbs.push_back(std::make_unique<GenerateVerb>(program));
   verbs.push_back(std::make_unique<TypesVerb>(program));
   verbs.push_back(std::make_unique<ShellVerb>(program));
   return verbs;
@@ -77,6 +79,7 @@ ExitStatus runProgram(int argc, char const* const* argv, Console const& console)
   CLI::App program("Programs policies on test doubles and shows what was recorded.",
                    "policymap-lab");
   program.require_subcommand(1);
+  program.set_version_flag("--version", "policymap-lab " POLICYMAPLAB_VERSION);
   program.get_formatter()->column_width(36);
   program.failure_message(failureMessage);
   std::vector<std::unique_ptr<Verb>> const verbs = makeVerbs(program);
@@ -84,7 +87,7 @@ ExitStatus runProgram(int argc, char const* const* argv, Console const& console)
   try {
     program.parse(argc, argv);
   } catch (CLI::ParseError const& error) {
-    // A request for help is also raised as an error.
+    // A request for help or for the version is also raised as an error.
     bool const asked = program.exit(error, console.out, console.err) == 0;
     return asked ? finished(console, ExitStatus::success) : ExitStatus::badInput;
   }

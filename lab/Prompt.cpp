@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <histedit.h>
+#include <system_error>
 
 namespace lab {
 
@@ -71,6 +73,16 @@ struct Prompt::Editor {
     }
     return CC_REDISPLAY;
   }
+
+  static unsigned char dropLine(EditLine* line, int /*key*/) {
+    std::fputs("^C\n", stdout);
+    std::fflush(stdout);
+    LineInfo const* const info = el_line(line);
+    auto const length = static_cast<int>(info->lastchar - info->buffer);
+    el_cursor(line, static_cast<int>(info->lastchar - info->cursor));
+    el_deletestr(line, length);
+    return CC_REDISPLAY;
+  }
 };
 
 Prompt::Prompt(std::string prompt, Completions completions) : editor_(std::make_unique<Editor>()) {
@@ -89,6 +101,11 @@ Prompt::Prompt(std::string prompt, Completions completions) : editor_(std::make_
   el_set(line, EL_HIST, &history, editor_->history);
   el_set(line, EL_ADDFN, "complete", "Complete a name", &Editor::complete);
   el_set(line, EL_BIND, "^I", "complete", nullptr);
+  // While a line is edited, Ctrl-C is a key and not a signal. "intr=" is not enough: the editor
+  // takes that character from the terminal again.
+  el_set(line, EL_SETTY, "-d", "-isig", nullptr);
+  el_set(line, EL_ADDFN, "drop-line", "Drop the line", &Editor::dropLine);
+  el_set(line, EL_BIND, "^C", "drop-line", nullptr);
 }
 
 Prompt::~Prompt() {
@@ -111,6 +128,35 @@ std::optional<std::string> Prompt::next() {
     history(editor_->history, &event, H_ENTER, line.c_str());
   }
   return line;
+}
+
+void Prompt::loadHistory(std::string const& file) {
+  HistEvent event;
+  history(editor_->history, &event, H_LOAD, file.c_str());
+}
+
+bool Prompt::saveHistory(std::string const& file) const {
+  std::filesystem::path const folder = std::filesystem::path(file).parent_path();
+  std::error_code failed;
+  if (!folder.empty()) {
+    std::filesystem::create_directories(folder, failed);
+  }
+  HistEvent event;
+  return history(editor_->history, &event, H_SAVE, file.c_str()) != -1;
+}
+
+std::string historyFile(Environment const& environment) {
+  if (char const* const file = environment("POLICYMAP_LAB_HISTORY")) {
+    return file;
+  }
+  char const* const state = environment("XDG_STATE_HOME");
+  if (state != nullptr && *state == '/') {  // relative paths are to be ignored
+    return std::string(state) + "/policymap-lab/history";
+  }
+  char const* const home = environment("HOME");
+  return home == nullptr || *home == '\0'
+             ? std::string()
+             : std::string(home) + "/.local/state/policymap-lab/history";
 }
 
 }  // namespace lab

@@ -2,10 +2,9 @@
 #include "lab/Report.h"
 
 #include "lab/Kit.h"
+#include "testkit/JournalText.h"
 #include "testkit/Printing.h"
 #include "testkit/Statuses.h"
-
-#include <nlohmann/json.hpp>
 
 #include <iomanip>
 #include <limits>
@@ -15,22 +14,6 @@
 namespace lab {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-struct Totals {
-  std::uint64_t policies = 0;
-  std::uint64_t rules = 0;
-  std::uint64_t subRules = 0;
-
-  void add(Record const& record) {
-    ++policies;
-    rules += record.ruleCount;
-    subRules += record.subRuleCount;
-  }
-};
-
-// Text
 
 // The sub-rules, unless they add nothing to the match.
 std::vector<std::string> portLines(RuleRecord const& rule, TextStyle const& style) {
@@ -81,7 +64,8 @@ std::string namesOf(std::vector<Vorel::IntfId> const& intfs) {
 }
 
 void printRecord(std::ostream& out, TextStyle const& style, Record const& record) {
-  out << tinted(style, Tint::heading, titleOf(record)) << ": "
+  out << tinted(style, Tint::heading, titleOf(record.policy, record.direction, record.option))
+      << ": "
       << (record.created ? tinted(style, Tint::good, "created")
                          : tinted(style, Tint::bad, "not created"))
       << (record.dirty ? tinted(style, Tint::changed, ", not committed") : "") << "\n";
@@ -173,85 +157,11 @@ void printSkipped(std::ostream& out, TextStyle const& style, SkippedLines const&
   table.print(out, style);
 }
 
-// JSON
-
-Json jsonOf(RuleRecord const& rule) {
-  Json subRules = Json::array();
-  for (PolicyMap::SubRuleData const& subRule : rule.subRules) {
-    subRules.push_back(describe(subRule));
-  }
-  Json json{{"class", rule.key.className().view()},
-            {"acl", rule.key.aclName().view()},
-            {"seq", rule.key.seqno()},
-            {"match", describe(rule.match)}};
-  for (std::size_t i = 0; i != rule.actions.size(); ++i) {
-    json[std::string(PolicyMapTest::testActionNames[i])] = rule.actions[i];
-  }
-  json["subRules"] = std::move(subRules);
-  return json;
-}
-
-Json jsonOf(std::vector<Vorel::IntfId> const& intfs) {
-  Json names = Json::array();
-  for (Vorel::IntfId const intf : intfs) {
-    names.push_back(intf.name().view());
-  }
-  return names;
-}
-
-Json jsonOf(Record const& record) {
-  return {{"policy", record.policy},
-          {"direction", record.direction},
-          {"option", toText(record.option)},
-          {"created", record.created},
-          {"dirty", record.dirty},
-          {"createCount", record.createCount},
-          {"commitCount", record.commitCount},
-          {"beginUpdateActionCount", record.beginUpdateActionCount},
-          {"endUpdateActionCount", record.endUpdateActionCount},
-          {"interfaces", jsonOf(record.interfaces)},
-          {"ruleCount", record.ruleCount},
-          {"subRuleCount", record.subRuleCount}};
-}
-
-Json jsonOf(StatusRow const& row) {
-  return {{"policy", row.policy},
-          {"direction", row.direction},
-          {"option", toText(row.option)},
-          {"programmed", row.programmed},
-          {"timeProgrammed", row.timeProgrammed ? Json(*row.timeProgrammed) : Json(nullptr)},
-          {"interfaces", jsonOf(row.interfaces)},
-          {"error", row.error},
-          {"operation", row.operation},
-          {"class", row.className},
-          {"rule", row.rule}};
-}
-
-std::string dumped(Json const& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
-// Prints the rules one by one, so that a complete tree is never in memory.
-void printRecordJson(std::ostream& out, Record const& record, WithRules withRules) {
-  std::string text = dumped(jsonOf(record));
-  if (withRules == WithRules::no) {
-    out << text;
-    return;
-  }
-  text.pop_back();
-  out << text << ",\"rules\":[";
-  char const* separator = "\n";
-  for (RuleRecord const& rule : record.rules) {
-    out << separator << dumped(jsonOf(rule));
-    separator = ",\n";
-  }
-  out << "]}";
-}
-
 }  // namespace
 
-std::string titleOf(Record const& record) {
-  return "policy-map " + record.policy + ", " + record.direction + ", " + toText(record.option);
+std::string titleOf(std::string const& policy, std::string const& direction,
+                    PolicyMap::ClassMapMatchOption option) {
+  return "policy-map " + policy + ", " + direction + ", " + toText(option);
 }
 
 void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
@@ -306,31 +216,20 @@ void printStatuses(std::ostream& out, TextStyle const& style, Lab const& lab) {
   out << "\n";
 }
 
-void printJson(std::ostream& out, Lab const& lab, WithRules withRules) {
-  Totals totals;
-  out << "{\"policies\":[";
-  char const* separator = "\n";
-  forEachRecord(*lab.helper(), withRules, [&](Record const& record) {
-    out << separator;
-    separator = ",\n";
-    printRecordJson(out, record, withRules);
-    totals.add(record);
-  });
-  Json skipped = Json::object();
-  for (auto const& [kind, lines] : lab.skipped().byKind()) {
-    skipped[kind] = lines;
+void printJournal(std::ostream& out, TextStyle const& style, Journal const& journal, bool mermaid) {
+  out << "\n" << tinted(style, Tint::heading, "journal") << "\n";
+  if (mermaid) {
+    writeMermaid(out, journal);
+    return;
   }
-  out << "],\n\"totals\":"
-      << dumped({{"policies", totals.policies},
-                 {"rules", totals.rules},
-                 {"subRules", totals.subRules}})
-      << ",\n\"skipped\":" << dumped(skipped) << ",\n\"status\":[";
-  separator = "\n";
-  for (StatusRow const& row : readStatuses(lab)) {
-    out << separator << dumped(jsonOf(row));
-    separator = ",\n";
+  if (journal.dropped() != 0) {
+    out << "  " << journal.dropped() << " earlier entries\n";
   }
-  out << "]}\n";
+  for (JournalEntry const& entry : journal) {
+    std::ostringstream line;
+    line << entry;
+    printWrapped(out, style, "  ", line.str());
+  }
 }
 
 }  // namespace lab

@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// The programmed state of a lab, as text and as JSON.
+// The programmed state of a lab as text.
 
 #include "lab/Kit.h"
 #include "lab/TextLayout.h"
 #include "testkit/Problems.h"
 #include "testkit/Record.h"
 
+#include <cstdint>
 #include <ostream>
+#include <string>
 #include <vector>
 
 namespace lab {
@@ -24,12 +26,24 @@ void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab
 // One line per policy and option (state, time, failure), with its interfaces below.
 void printStatuses(std::ostream& out, TextStyle const& style, Lab const& lab);
 
-// One object: "policies", "totals", "skipped" (lines by kind) and "status", as described in
-// docs/lab.md. One line per rule. Holds one policy in memory at a time. Without rules, each policy
-// omits "rules".
-void printJson(std::ostream& out, Lab const& lab, WithRules withRules);
+// What happened, an entry per line, or as a Mermaid diagram.
+void printJournal(std::ostream& out, TextStyle const& style, Journal const& journal, bool mermaid);
+
+// The sums of some records.
+struct Totals {
+  std::uint64_t policies = 0;
+  std::uint64_t rules = 0;
+  std::uint64_t subRules = 0;
+
+  void add(Record const& record) {
+    ++policies;
+    rules += record.ruleCount;
+    subRules += record.subRuleCount;
+  }
+};
 
 // "policy-map EDGE, input, ipv4".
-std::string titleOf(Record const& record);
+std::string titleOf(std::string const& policy, std::string const& direction,
+                    PolicyMap::ClassMapMatchOption option);
 
 }  // namespace lab

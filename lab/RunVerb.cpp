@@ -3,15 +3,16 @@
 
 #include "lab/Changes.h"
 #include "lab/Faults.h"
+#include "lab/Input.h"
 #include "lab/Progress.h"
 #include "lab/Report.h"
+#include "testkit/JournalText.h"
 #include "testkit/Tracing.h"
 #include "testkit/text/ShownText.h"
 
 #include <algorithm>
-#include <charconv>
 #include <exception>
-#include <optional>
+#include <utility>
 
 namespace lab {
 
@@ -19,15 +20,6 @@ namespace {
 
 constexpr std::size_t mostClasses = 1000000;
 constexpr std::size_t mostInterfaces = 65535;
-
-// Parses SECONDS; none if it is not a valid time to advance.
-std::optional<double> secondsOf(std::string const& text) {
-  double value = 0;
-  char const* const end = text.data() + text.size();
-  auto const [stop, error] = std::from_chars(text.data(), end, value);
-  bool const passes = error == std::errc() && stop == end && value >= 0 && value <= longestAdvance;
-  return passes ? std::optional(value) : std::nullopt;
-}
 
 std::string faultOfAdvance(std::string const& seconds) {
   return secondsOf(seconds) ? "" : "SECONDS must be 0 to 1000000, not " + seconds;
@@ -58,6 +50,15 @@ void showProgress(Lab& lab, Progress& progress) {
     }
     proceed();
   });
+}
+
+std::string faultOfStep(std::string const& argument) {
+  try {
+    static_cast<void>(readStep(argument));
+    return "";
+  } catch (UsageError const& error) {
+    return error.what();
+  }
 }
 
 // True if the problem makes the run fail.
@@ -124,6 +125,13 @@ void RunVerb::addOutputOptions() {
   char const* const group = "Output";
   command_->add_flag("--json", json_, "Print one JSON object")->group(group);
   command_->add_flag("--summary", summary_, "Leave out the rules")->group(group);
+  command_
+      ->add_option("--journal", journal_,
+                   "Also print every call of the helper: text, json (lines,\nor a member of the "
+                   "object of --json) or mermaid")
+      ->type_name("FORM")
+      ->check(CLI::IsMember({"text", "json", "mermaid"}))
+      ->group(group);
 }
 
 void RunVerb::addSwitch(std::string const& name, bool& value, std::string const& text) {
@@ -172,22 +180,20 @@ void RunVerb::addFaultOptions() {
       ->allow_extra_args(false);
   command_
       ->add_option_function<std::string>(
-          "--then",
-          [this](std::string const& what) {
-            steps_.push_back(
-                {what == "clear" ? Step::Kind::clear : Step::Kind::trigger, 0, "--then " + what});
-          },
-          "Afterwards remove the faults (clear), or deliver\nthe pending result (trigger); may "
-          "repeat")
+          "--then", [this](std::string const& what) { steps_.push_back(readStep(what)); },
+          "Afterwards remove the faults (clear), deliver pending\nresults (trigger or \"trigger "
+          "N\"), "
+          "add a fault\n(\"inject NAME=TEXT\") or load an edit (\"load FILE\");\nmay repeat")
       ->type_name("WHAT")
-      ->check(CLI::IsMember({"clear", "trigger"}))
+      ->check(&faultOfStep)
       ->trigger_on_parse();
   command_
       ->add_option_function<std::string>(
           "--advance",
           [this](std::string const& seconds) {
-            steps_.push_back(
-                {Step::Kind::advance, secondsOf(seconds).value(), "--advance " + seconds});
+            steps_.push_back({.kind = Step::Kind::advance,
+                              .seconds = secondsOf(seconds).value(),
+                              .text = "--advance " + seconds});
           },
           "Afterwards advance virtual time; may repeat,\nin order with --then")
       ->type_name("SECONDS")
@@ -200,31 +206,44 @@ void RunVerb::addFaultOptions() {
       ->type_name("[SOURCE/]LEVEL");
 }
 
-void RunVerb::performSteps(Lab& lab, Console const& console) const {
-  if (tells() && !steps_.empty()) {
+void RunVerb::performSteps(Run& run) const {
+  if (steps_.empty()) {
+    return;
+  }
+  Console const& console = run.console;
+  if (tells()) {
     console.out << tinted(console.style, Tint::heading, "== before the first step") << "\n\n";
-    printStatuses(console.out, console.style, lab);
+    printStatuses(console.out, console.style, run.lab);
   }
-  Snapshot before;
-  if (tells() && !steps_.empty()) {
-    before = lab.snapshot();
-  }
+  Snapshot before = compares() ? run.lab.snapshot() : Snapshot();
   for (Step const& step : steps_) {
-    perform(lab, step);
-    if (!tells()) {
+    perform(run.lab, step, reading());
+    if (!compares()) {
       continue;
     }
-    Snapshot after = lab.snapshot();
-    console.out << tinted(console.style, Tint::heading, "== " + step.text) << "\n\n";
-    printChanges(console.out, console.style, before, after);
-    printStatuses(console.out, console.style, lab);
+    Snapshot after = run.lab.snapshot();
+    if (tells()) {
+      console.out << tinted(console.style, Tint::heading, "== " + step.text) << "\n\n";
+    }
+    showChanges(run, step.text, difference(before, after));
+    if (tells()) {
+      printStatuses(console.out, console.style, run.lab);
+    }
     before = std::move(after);
+  }
+}
+
+void RunVerb::showChanges(Run& run, std::string const& step, Difference changes) const {
+  if (tells()) {
+    printChanges(run.console.out, run.console.style, changes);
+  } else {
+    run.changes.push_back({step, std::move(changes)});
   }
 }
 
 void RunVerb::loadRules(Lab& lab) const {
   FilterSet const set =
-      readFilterSet(SourceText::fromFile(rulesFile_),
+      readFilterSet(readInput(rulesFile_),
                     portsOnAnyProtocol_ ? PortRanges::onAnyProtocol : PortRanges::onPortProtocols);
   if (layout_.classes > std::max<std::size_t>(set.rules.size(), 1)) {
     throw UsageError("--classes: " + std::to_string(layout_.classes) + " is more than the " +
@@ -233,19 +252,21 @@ void RunVerb::loadRules(Lab& lab) const {
   lab.load(set, layout_);
 }
 
-void RunVerb::loadFiles(Lab& lab, Console const& console) const {
-  Reading const reading = lenient_ ? Reading::lenient : Reading::strict;
+void RunVerb::loadFiles(Run& run) const {
+  Console const& console = run.console;
   Snapshot before;
   for (std::size_t i = 0; i != files_.size(); ++i) {
-    lab.load(SourceText::fromFile(files_[i]), reading);
-    if (!tells() || files_.size() == 1) {
+    run.lab.load(readInput(files_[i]), reading());
+    if (!compares() || files_.size() == 1) {
       continue;
     }
-    Snapshot after = lab.snapshot();
+    Snapshot after = run.lab.snapshot();
     if (i != 0) {
-      console.out << tinted(console.style, Tint::heading, "== what " + files_[i] + " changed")
-                  << "\n\n";
-      printChanges(console.out, console.style, before, after);
+      if (tells()) {
+        console.out << tinted(console.style, Tint::heading, "== what " + files_[i] + " changed")
+                    << "\n\n";
+      }
+      showChanges(run, files_[i], difference(before, after));
     }
     before = std::move(after);
   }
@@ -264,48 +285,74 @@ void RunVerb::setTrace() const {
   }
 }
 
-void RunVerb::report(Lab const& lab, std::vector<Problem> const& problems,
-                     Console const& console) const {
+void RunVerb::report(Run const& run, std::vector<Problem> const& problems) const {
+  Console const& console = run.console;
   WithRules const withRules = summary_ ? WithRules::no : WithRules::yes;
   if (output_ == Output::explanations) {
-    printExplanations(console.out, console.style, lab);
-  } else if (json_) {
-    printJson(console.out, lab, withRules);
-    for (Problem const& problem : problems) {
-      console.err << "policymap-lab: " << shownText(toText(problem)) << "\n";
-    }
-  } else {
-    printReport(console.out, console.style, lab, problems, withRules);
+    printExplanations(console.out, console.style, run.lab);
+    return;
+  }
+  if (tells()) {
+    printReport(console.out, console.style, run.lab, problems, withRules);
     if (!faults_.empty() || options_.async || options_.pseudoAsync) {
       console.out << "\n" << tinted(console.style, Tint::heading, "status") << "\n";
-      printStatuses(console.out, console.style, lab);
+      printStatuses(console.out, console.style, run.lab);
     }
+    if (!journal_.empty()) {
+      printJournal(console.out, console.style, run.lab.journal(), journal_ == "mermaid");
+    }
+    return;
+  }
+  if (json_) {
+    printJson(console.out, {run.lab, problems, run.changes, withRules, !journal_.empty()});
+  } else {
+    writeJsonLines(console.out, run.lab.journal());
+  }
+  for (Problem const& problem : problems) {
+    console.err << "policymap-lab: " << shownText(toText(problem)) << "\n";
+  }
+}
+
+void RunVerb::check() const {
+  if (files_.empty() && rulesFile_.empty()) {
+    throw UsageError("a FILE or --rules FILE is required");
+  }
+  if (json_ && !journal_.empty() && journal_ != "json") {
+    throw UsageError("--journal " + journal_ + ": with --json, only --journal json is possible");
+  }
+  auto reads = std::count(files_.begin(), files_.end(), standardInput);
+  reads += rulesFile_ == standardInput ? 1 : 0;
+  reads += std::count_if(steps_.begin(), steps_.end(),
+                         [](Step const& step) { return step.file == standardInput; });
+  if (reads > 1) {
+    throw UsageError("-: standard input can be read only once");
   }
 }
 
 ExitStatus RunVerb::run(Console const& console) {
-  if (files_.empty() && rulesFile_.empty()) {
-    throw UsageError("a FILE or --rules FILE is required");
-  }
+  check();
   Progress progress(console.progress ? &console.err : nullptr);
   LabOptions options = options_;
   for (std::string const& fault : faults_) {
     options.faults.push_back(readFault(fault));
   }
   setTrace();
-  options.journal = 0;
+  if (journal_.empty()) {
+    options.journal = 0;
+  }
   Lab lab(options);
+  Run run{lab, console};
   showProgress(lab, progress);
   if (rulesFile_.empty()) {
-    loadFiles(lab, console);
+    loadFiles(run);
   } else {
     loadRules(lab);
   }
   progress.clear();
-  performSteps(lab, console);
+  performSteps(run);
 
   std::vector<Problem> const problems = findProblems(lab);
-  report(lab, problems, console);
+  report(run, problems);
   bool const failed = std::any_of(problems.begin(), problems.end(), [this](Problem const& problem) {
     return counts(problem, lenient_);
   });

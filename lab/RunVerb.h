@@ -5,6 +5,7 @@
 // was programmed, or why what is attached is or is not programmed.
 
 #include "lab/Faults.h"
+#include "lab/JsonReport.h"
 #include "lab/Verb.h"
 #include "testkit/Lab.h"
 #include "testkit/Problems.h"
@@ -33,12 +34,25 @@ class RunVerb : public Verb {
   // Adds a flag that inverts the default of a lab option.
   void addSwitch(std::string const& name, bool& value, std::string const& text);
 
-  void loadFiles(Lab& lab, Console const& console) const;
+  // One execution.
+  struct Run {
+    Lab& lab;
+    Console const& console;
+    std::vector<StepChanges> changes = {};  // for JSON
+  };
+
+  // Raises UsageError for options that exclude each other.
+  void check() const;
+  void loadFiles(Run& run) const;
   void loadRules(Lab& lab) const;
-  void performSteps(Lab& lab, Console const& console) const;
-  bool tells() const { return output_ == Output::records && !json_; }
+  void performSteps(Run& run) const;
+  void showChanges(Run& run, std::string const& step, Difference changes) const;
+  // Whether changes are determined, and printed as text while the lab runs.
+  bool compares() const { return output_ == Output::records && (json_ || journal_ != "json"); }
+  bool tells() const { return compares() && !json_; }
+  Reading reading() const { return lenient_ ? Reading::lenient : Reading::strict; }
   void setTrace() const;
-  void report(Lab const& lab, std::vector<Problem> const& problems, Console const& console) const;
+  void report(Run const& run, std::vector<Problem> const& problems) const;
 
   Output output_;
   CLI::App* command_;
@@ -49,6 +63,7 @@ class RunVerb : public Verb {
   bool lenient_ = false;
   bool json_ = false;
   bool summary_ = false;
+  std::string journal_;  // its form; empty: none
   LabOptions options_;
   std::vector<std::string> faults_;
   std::vector<Step> steps_;  // in the order of the command line

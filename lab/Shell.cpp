@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Shell.h"
 
+#include "lab/Changes.h"
 #include "lab/Faults.h"
 #include "lab/Kit.h"
 #include "lab/TypeListing.h"
@@ -10,6 +11,7 @@
 #include <Kor/Strep.h>
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <variant>
 
@@ -31,12 +33,13 @@ constexpr std::string_view helpText =
     "  NAME.function(VALUE, ...)       call\n"
     "  del NAME.collection[KEY]        remove a member\n"
     "  del NAME                        forget a name\n"
+    "  load FILE                       program policy text; FILE may be quoted\n"
     "  run | advance SECONDS           run the event loop; its time is virtual\n"
     "  objects | types [NAME] | help | quit\n"
     "Values are written as they print: 7, 'text', True, None, [1, 2], Value(...), Ptr(...).\n";
 
-constexpr std::string_view commands[] = {"advance", "del", "help", "objects",
-                                         "quit",    "run", "types"};
+constexpr std::string_view commands[] = {"advance", "del",  "help", "load",
+                                         "objects", "quit", "run",  "types"};
 
 bool isNameStart(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
@@ -75,6 +78,19 @@ GenericRef valueOf(Result const& result) {
 // The text form of a value, safe for the terminal.
 std::string textOf(GenericRef const& value) {
   return shownText(Kor::valueToStrep(value.value()).view());
+}
+
+// The objects of a lab, by the names that the shell gives them.
+std::map<std::string, GenericRef, std::less<>> objectsOf(Lab const& lab) {
+  auto const named = [](char const* name, Kor::Ptr<Kor::PtrInterface const> const& object) {
+    return std::pair<std::string const, GenericRef>(name, GenericRef(GenericValue(object, false)));
+  };
+  return {named("acls", lab.acls()),
+          named("classMaps", lab.classMaps()),
+          named("helper", lab.helper()),
+          named("machine", lab.machine()),
+          named("policyMaps", lab.policyMaps()),
+          named("status", lab.status())};
 }
 
 }  // namespace
@@ -363,6 +379,47 @@ void Shell::advance(std::string_view line, std::size_t start) {
     throw Kor::RangeException("the time to advance must be 0 to 1000000 seconds, not " + written);
   }
   Kor::EventLoop::global().runFor(seconds);
+  if (lab_) {
+    lab_->advance(std::chrono::duration<double>(seconds));
+  }
+}
+
+void Shell::runDue() {
+  Kor::EventLoop::global().runUntilIdle();
+  if (lab_) {
+    lab_->settle();
+  }
+}
+
+// Programs policy text as an edit of what was loaded before, and prints what changed. The first
+// time it creates a lab and names its objects.
+void Shell::load(std::string_view line, std::size_t start) {
+  Parser parser(line, objects_, start);
+  if (parser.atEnd()) {
+    parser.fail("expected a file");
+  }
+  std::string file(trimmed(line.substr(start)));
+  if (file.front() == '\'' || file.front() == '"') {
+    file = Kor::converted<Kor::String>(valueOf(parser.expression()).value(), "file").stdString();
+    parser.needEnd();
+  }
+  SourceText const source = SourceText::fromFile(file);
+  std::unique_ptr<Lab> created = lab_ ? nullptr : std::make_unique<Lab>();
+  Lab& lab = created ? *created : *lab_;
+  if (created) {
+    for (auto const& [name, object] : objectsOf(lab)) {
+      if (objects_.contains(name)) {
+        throw ShellError("load: the name " + name + " is in use; `del " + name + "` removes it");
+      }
+    }
+  }
+  Snapshot const before = lab.snapshot();
+  lab.load(source);
+  if (created) {
+    objects_.merge(objectsOf(lab));
+    lab_ = std::move(created);
+  }
+  printChanges(console_.out, console_.style, difference(before, lab.snapshot()));
 }
 
 void Shell::types(std::string_view line, std::size_t start) {
@@ -384,6 +441,8 @@ bool Shell::carriedOut(std::string_view line) {
   std::size_t const rest = parser.place();
   if (command == "advance") {
     advance(line, rest);
+  } else if (command == "load") {
+    load(line, rest);
   } else if (command == "del") {
     del(line, rest);
   } else if (command == "types") {
@@ -395,7 +454,7 @@ bool Shell::carriedOut(std::string_view line) {
     if (command == "help") {
       console_.out << helpText;
     } else if (command == "run") {
-      Kor::EventLoop::global().runUntilIdle();
+      runDue();
     } else {
       printObjects();
     }

@@ -8,17 +8,21 @@
 //   helper.testData[key].commitCount                   reads
 //   helper.createPolicy(data, 'ipv4')                  calls
 //   del helper.testData[key]                           removes a member, or a name
+//   load edge.cfg                                      programs policy text
 //   run, advance 5, objects, types, types NAME, help   commands
 //
 // Values are written as they print: numbers, float('inf'), texts, True, False, None, [lists],
 // Value(…), Ptr(…).
 
 #include "lab/Console.h"
+#include "lab/Kit.h"
+#include "testkit/Lab.h"
 
 #include <Kor/ByName.h>
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -52,12 +56,15 @@ class Shell {
   bool kept(std::string_view line);
   void del(std::string_view line, std::size_t start);
   void advance(std::string_view line, std::size_t start);
+  void load(std::string_view line, std::size_t start);
+  void runDue();
   void types(std::string_view line, std::size_t start);
   void print(Kor::GenericRef const& value);
   void print(Kor::GenericPlace const& place);
   void printObjects() const;
 
   Console console_;
+  std::unique_ptr<Lab> lab_;  // from the first `load` on
   std::map<std::string, Kor::GenericRef, std::less<>> objects_;
 };
 

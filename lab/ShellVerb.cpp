@@ -10,6 +10,7 @@
 #include <Kor/Assert.h>
 #include <Kor/EventLoop.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -101,7 +102,20 @@ class ScriptAssertions {
 
 ScriptAssertions* ScriptAssertions::current_ = nullptr;
 
+// While it exists, Ctrl-C does not end this process. It ends the copy in which a line is tried.
+class InterruptsIgnored {
+ public:
+  InterruptsIgnored() : before_(std::signal(SIGINT, SIG_IGN)) {}
+  InterruptsIgnored(InterruptsIgnored const&) = delete;
+  InterruptsIgnored& operator=(InterruptsIgnored const&) = delete;
+  ~InterruptsIgnored() { std::signal(SIGINT, before_); }
+
+ private:
+  void (*before_)(int);
+};
+
 ExitStatus runTerminal(Console const& console) {
+  InterruptsIgnored const interrupts;
   Shell shell(console);
   Prompt prompt("> ", [&](std::string_view line) {
     std::vector<std::string> found;
@@ -111,9 +125,18 @@ ExitStatus runTerminal(Console const& console) {
     }
     return found;
   });
+  std::string const file =
+      historyFile([](char const* name) -> char const* { return std::getenv(name); });
+  if (!file.empty()) {
+    prompt.loadHistory(file);
+  }
   console.out << "Objects by name; `help` shows how.\n" << std::flush;
-  return runPrompt(
+  ExitStatus const status = runPrompt(
       shell, [&] { return prompt.next(); }, console);
+  if (!file.empty() && !prompt.saveHistory(file)) {
+    console.err << "policymap-lab: the history cannot be written to " << shownText(file) << "\n";
+  }
+  return status;
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -35,6 +36,7 @@ void report(Kor::AssertionFailure const& failure) {
   ::dup2(nothing, STDOUT_FILENO);
   ::dup2(nothing, STDERR_FILENO);
   reportFile = file;
+  std::signal(SIGINT, SIG_DFL);  // this process may ignore it
   Kor::assertionHandlerIs(report);
   try {
     action();

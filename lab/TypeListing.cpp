@@ -70,28 +70,35 @@ std::string pageOf(std::string const& nameSpace) {
   return file + ".md";
 }
 
-nlohmann::ordered_json argsAsJson(std::vector<Kor::ArgumentSpec> const& args) {
-  auto list = nlohmann::ordered_json::array();
+Json argsAsJson(std::vector<Kor::ArgumentSpec> const& args) {
+  Json::Array list;
   for (Kor::ArgumentSpec const& arg : args) {
-    list.push_back({{"name", arg.name.stdString()}, {"type", arg.typeName.stdString()}});
+    list.emplace_back(Json::Object{{"name", arg.name.view()}, {"type", arg.typeName.view()}});
   }
   return list;
 }
 
-nlohmann::ordered_json attrAsJson(KorType const& type, KorAttr const& attr) {
-  nlohmann::ordered_json json;
-  json["name"] = attr.name().stdString();
-  json["id"] = attr.id();
-  json["kind"] = kindOf(attr);
-  json["type"] = nameOf(attr.valueType());
-  json["key"] = nameOf(attr.keyType());
-  json["args"] = argsAsJson(attr.args());
-  json["flags"] = {attr.flags().first(), attr.flags().second()};
-  json["introspection"] = attr.introspectionFlags().value();
-  json["flagNames"] = Kor::flagNames(attr);
-  json["prose"] = attr.prose();
-  json["inherited"] = !isOwn(type, attr);
-  return json;
+template <class Texts>
+Json textsAsJson(Texts const& texts) {
+  Json::Array list;
+  for (std::string_view const text : texts) {
+    list.emplace_back(text);
+  }
+  return list;
+}
+
+Json attrAsJson(KorType const& type, KorAttr const& attr) {
+  return Json::Object{{"name", attr.name().view()},
+                      {"id", attr.id()},
+                      {"kind", kindOf(attr)},
+                      {"type", nameOf(attr.valueType())},
+                      {"key", nameOf(attr.keyType())},
+                      {"args", argsAsJson(attr.args())},
+                      {"flags", Json::Array{attr.flags().first(), attr.flags().second()}},
+                      {"introspection", attr.introspectionFlags().value()},
+                      {"flagNames", textsAsJson(Kor::flagNames(attr))},
+                      {"prose", attr.prose()},
+                      {"inherited", !isOwn(type, attr)}};
 }
 
 // The lines under the row of an attribute.
@@ -231,25 +238,24 @@ void printType(KorType const& type, Console const& console) {
   }
 }
 
-nlohmann::ordered_json typesAsJson(std::vector<KorType const*> const& types) {
-  auto list = nlohmann::ordered_json::array();
+Json typesAsJson(std::vector<KorType const*> const& types) {
+  Json::Array list;
   for (KorType const* const type : types) {
-    nlohmann::ordered_json json;
-    json["name"] = type->name();
-    json["kind"] = kindOf(*type);
-    json["base"] = nameOf(type->base());
-    json["level"] = type->level();
-    json["size"] = type->size();
-    json["constructible"] = type->operations().construct != nullptr;
-    json["constructorArgs"] = argsAsJson(type->constructorArgs());
-    json["values"] = type->enumNames();
-    json["attributes"] = nlohmann::ordered_json::array();
+    Json::Array attributes;
     for (KorAttr::Ptr const& attr : type->attrs()) {
-      json["attributes"].push_back(attrAsJson(*type, *attr));
+      attributes.push_back(attrAsJson(*type, *attr));
     }
-    list.push_back(std::move(json));
+    list.emplace_back(Json::Object{{"name", type->name()},
+                                   {"kind", kindOf(*type)},
+                                   {"base", nameOf(type->base())},
+                                   {"level", type->level()},
+                                   {"size", type->size()},
+                                   {"constructible", type->operations().construct != nullptr},
+                                   {"constructorArgs", argsAsJson(type->constructorArgs())},
+                                   {"values", textsAsJson(type->enumNames())},
+                                   {"attributes", std::move(attributes)}});
   }
-  return {{"types", std::move(list)}};
+  return Json::Object{{"types", std::move(list)}};
 }
 
 std::map<std::string, std::string> referencePages(std::vector<KorType const*> const& types) {

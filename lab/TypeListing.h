@@ -4,11 +4,11 @@
 // Lists the registered types and their attributes, as tables, JSON and reference pages.
 
 #include "lab/Console.h"
+#include "lab/Kit.h"
+#include "testkit/text/Json.h"
 
 #include <Kor/KorAttr.h>
 #include <Kor/KorType.h>
-
-#include <nlohmann/json.hpp>
 
 #include <map>
 #include <string>
@@ -28,7 +28,7 @@ std::vector<Kor::KorType const*> typesNamed(std::string const& name);
 
 void printTypes(std::vector<Kor::KorType const*> const& types, Console const& console);
 void printType(Kor::KorType const& type, Console const& console);
-nlohmann::ordered_json typesAsJson(std::vector<Kor::KorType const*> const& types);
+Json typesAsJson(std::vector<Kor::KorType const*> const& types);
 // The reference in Markdown: the text of each page by file name.
 std::map<std::string, std::string> referencePages(std::vector<Kor::KorType const*> const& types);
 

@@ -51,7 +51,7 @@ ExitStatus TypesVerb::run(Console const& console) {
   if (!folder_.empty()) {
     writePages(folder_, types);
   } else if (json_) {
-    console.out << typesAsJson(types).dump(2) << "\n";
+    console.out << typesAsJson(types).text(2) << "\n";
   } else if (name_.empty()) {
     printTypes(types, console);
   } else {

@@ -77,14 +77,20 @@ std::string JournalEntry::describe() const {
   case Kind::test: out << "[" << operation << (text.empty() ? "" : " ") << text << "]"; break;
   case Kind::result: out << "result: " << (error.empty() ? Kor::String("done") : error); break;
   case Kind::call:
-    out << operation;
-    describeArguments(out, *this);
+    out << describeCall();
     if (!error.empty()) {
       out << (threw ? " -> throws " : " -> ") << error;
     } else if (operation == "getCountForRule") {
       out << " -> " << count;
     }
   }
+  return out.str();
+}
+
+std::string JournalEntry::describeCall() const {
+  std::ostringstream out;
+  out << operation;
+  describeArguments(out, *this);
   return out.str();
 }
 

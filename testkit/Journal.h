@@ -64,6 +64,8 @@ struct POLICYMAPTESTKIT_API JournalEntry {
   // One line without number and time: "addRule edge/input ipv4 web web:10 permit tcp any any eq 80
   // action1=7 -> table full".
   [[nodiscard]] std::string describe() const;
+  // Of a call: the operation and its arguments, without the result.
+  [[nodiscard]] std::string describeCall() const;
 };
 
 // "12 t=0.5 " and describe(). Result, time and text of what the test did are part of the line.

@@ -17,7 +17,7 @@ using testing::HasSubstr;
 
 std::string changesOf(Snapshot const& before, Lab const& lab) {
   std::ostringstream out;
-  printChanges(out, {}, before, lab.snapshot());
+  printChanges(out, {}, difference(before, lab.snapshot()));
   return out.str();
 }
 

@@ -12,6 +12,7 @@
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
+#include <vector>
 
 namespace lab::test {
 namespace {
@@ -59,6 +60,25 @@ TEST_F(PolicymapLab, EndsWithTheStatusOfTheRun) {
   EXPECT_EQ(shell(binary + " --help").status, 0);
 }
 
+TEST_F(PolicymapLab, ReadsStandardInput) {
+  std::string const good = file("good.cfg", simplePolicy);
+  std::string const edit = file("edit.cfg", "interface Ethernet2\n service-policy input P\n");
+  std::string const rules = file("rules", "@1.2.3.0/24 0.0.0.0/0 0 : 65535 80 : 80 0x06/0xff\n");
+  EXPECT_EQ(shell(binary + " run - <" + good).out, shell(binary + " run " + good).out);
+  EXPECT_EQ(shell(binary + " run --rules - <" + rules).out,
+            shell(binary + " run --rules " + rules).out);
+  EXPECT_THAT(shell(binary + " run " + good + " --then 'load -' <" + edit).out,
+              HasSubstr("+ Ethernet2"));
+  EXPECT_THAT(shell("(echo frobnicate | " + binary + " run - 2>&1)").out,
+              HasSubstr("standard input:1:1: expected "));
+  Process const twice = shell("(" + binary + " run - - 2>&1 <" + good + ")");
+  EXPECT_EQ(twice.status, 2);
+  EXPECT_THAT(twice.out, HasSubstr("standard input can be read only once"));
+  EXPECT_EQ(
+      shell("(cat " + good + "; cat /dev/zero) | head -c 300000000 | " + binary + " run -").status,
+      2);
+}
+
 TEST_F(PolicymapLab, FailsWhereItsOutputCannotBeWritten) {
   if (!std::filesystem::exists("/dev/full")) {
     GTEST_SKIP() << "there is no /dev/full here: output to a full disk was not tried";
@@ -95,6 +115,38 @@ TEST_F(PolicymapLab, AnAssertionEndsAScriptButNoSessionAtATerminal) {
   auto const told = typed.out.find("Kor/Ptr: assertion \"object_ != nullptr\" failed at ");
   ASSERT_NE(told, std::string::npos) << typed.out;
   EXPECT_NE(typed.out.find("'full'\r\n", told), std::string::npos) << typed.out;
+}
+
+// A session at a prompt on a terminal; the keys of each line are sent one after the other.
+std::string session(std::string const& environment, std::vector<std::string> const& keys) {
+  std::string typing = "sleep 0.5; ";
+  for (std::string const& each : keys) {
+    typing += "printf '" + each + "'; sleep 0.3; ";
+  }
+  return shell("(" + typing + ") | env TERM=xterm LSAN_OPTIONS=detect_leaks=0 " + environment +
+               " script -qec '" + binary + " shell' /dev/null")
+      .out;
+}
+
+TEST_F(PolicymapLab, AnInterruptDropsTheLineAndKeepsTheObjects) {
+  if (shell("script -qec true /dev/null").status != 0) {
+    GTEST_SKIP() << "script finds no pseudo-terminal here: the prompt was not tried";
+  }
+  std::string const out = session("POLICYMAP_LAB_HISTORY=",
+                                  {"number = 12340 \\r", "[nobody\\003", "[number]\\r", "quit\\r"});
+  EXPECT_THAT(out, HasSubstr("[12340]\r\n"));
+  EXPECT_THAT(out, Not(HasSubstr("there is no nobody")));
+}
+
+TEST_F(PolicymapLab, TheHistoryIsKeptFromSessionToSession) {
+  if (shell("script -qec true /dev/null").status != 0) {
+    GTEST_SKIP() << "script finds no pseudo-terminal here: the prompt was not tried";
+  }
+  std::string const history = "POLICYMAP_LAB_HISTORY=" + folder() + "/new/history";
+  session(history, {"number = 12340\\r", "quit\\r"});
+  EXPECT_TRUE(std::filesystem::exists(folder() + "/new/history"));
+  std::string const out = session(history, {"\\020", "\\020", "\\r", "[number]\\r", "quit\\r"});
+  EXPECT_THAT(out, HasSubstr("[12340]\r\n"));
 }
 
 TEST_F(PolicymapLab, PrintsNoControlSequencesWhereNoTerminalIs) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Report.h"
 
+#include "lab/JsonReport.h"
 #include "lab/Labs.h"
 
 #include <gmock/gmock.h>
@@ -25,7 +26,7 @@ std::string reportOf(Lab const& lab, WithRules withRules = WithRules::yes,
 
 nlohmann::ordered_json jsonOf(Lab const& lab, WithRules withRules = WithRules::yes) {
   std::ostringstream out;
-  printJson(out, lab, withRules);
+  printJson(out, {lab, findProblems(lab), {}, withRules, false});
   return nlohmann::ordered_json::parse(out.str());
 }
 
@@ -117,7 +118,8 @@ TEST(Report, JsonHasItsKeysInOrder) {
   Lab lab;
   load(lab, simplePolicy);
   auto const json = jsonOf(lab);
-  EXPECT_THAT(keysOf(json), ElementsAre("policies", "totals", "skipped", "status"));
+  EXPECT_THAT(keysOf(json), ElementsAre("policies", "totals", "skipped", "status", "problems",
+                                        "outstanding", "changes"));
   EXPECT_THAT(keysOf(json["status"][0]),
               ElementsAre("policy", "direction", "option", "programmed", "timeProgrammed",
                           "interfaces", "error", "operation", "class", "rule"));
@@ -148,7 +150,8 @@ TEST(Report, JsonHasTheValuesOfTheRecord) {
     "totals": {"policies": 1, "rules": 2, "subRules": 3},
     "skipped": {"frobnicate": 2},
     "status": [{"policy": "P", "direction": "input", "option": "ipv4", "programmed": true,
-                "timeProgrammed": 0.0, "interfaces": ["Ethernet1"], "error": "", "operation": "", "class": "", "rule": ""}]})"));
+                "timeProgrammed": 0.0, "interfaces": ["Ethernet1"], "error": "", "operation": "", "class": "", "rule": ""}],
+    "problems": [], "outstanding": [], "changes": []})"));
 }
 
 TEST(Report, JsonSummaryHasNoRulesArrays) {
@@ -162,7 +165,8 @@ TEST(Report, JsonSummaryHasNoRulesArrays) {
 TEST(Report, JsonOfNothingIsAnObjectAllTheSame) {
   Lab const lab;
   EXPECT_EQ(jsonOf(lab), nlohmann::ordered_json::parse(R"({"policies": [],
-    "totals": {"policies": 0, "rules": 0, "subRules": 0}, "skipped": {}, "status": []})"));
+    "totals": {"policies": 0, "rules": 0, "subRules": 0}, "skipped": {}, "status": [],
+    "problems": [], "outstanding": [], "changes": []})"));
 }
 
 TEST(Report, PoliciesAreOrderedByNameDirectionAndOption) {

@@ -41,6 +41,7 @@ TEST_F(RunVerbTest, HelpTellsTheOptionsAndSucceeds) {
                                    "--interfaces",
                                    "--ports-on-any-protocol",
                                    "--json",
+                                   "--journal",
                                    "--summary",
                                    "--update-action",
                                    "--expand-port-channels",
@@ -85,6 +86,12 @@ TEST_F(RunVerbTest, BadUsageEndsWithTwoAndATextOnStderr) {
     EXPECT_NE(outcome.err, "") << testing::PrintToString(arguments);
     EXPECT_EQ(outcome.out, "") << testing::PrintToString(arguments);
   }
+}
+
+TEST_F(RunVerbTest, VersionIsThatOfTheProject) {
+  Outcome const outcome = runLab({"--version"});
+  EXPECT_EQ(outcome.status, ExitStatus::success);
+  EXPECT_THAT(outcome.out, testing::MatchesRegex("policymap-lab [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }
 
 TEST_F(RunVerbTest, ProgrammedTextIsASuccess) {

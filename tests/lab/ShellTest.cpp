@@ -161,6 +161,58 @@ TEST_F(ShellTest, AValueIsNoName) {
   EXPECT_EQ(run("True"), "True\n");
 }
 
+class ShellLoad : public InputFiles {
+ protected:
+  std::string simple() const { return file("a simple.cfg", simplePolicy); }
+  Outcome runLines(std::string const& lines) const {
+    return runLab({"shell", file("a.shell", lines)});
+  }
+};
+
+TEST_F(ShellLoad, ProgramsPolicyTextAndNamesTheObjects) {
+  Outcome const outcome = runLines("load " + simple() + "\nobjects\n");
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(outcome.out, StartsWith("policy-map P, input, ipv4\n"
+                                      "  state       created\n"));
+  for (char const* const name :
+       {"\nacls ", "\nclassMaps ", "\nhelper ", "\nmachine ", "\npolicyMaps ", "\nstatus "}) {
+    EXPECT_THAT(outcome.out, HasSubstr(name));
+  }
+}
+
+TEST_F(ShellLoad, EachFurtherFileIsAnEdit) {
+  std::string const edit = file("edit.cfg", "interface Ethernet2\n service-policy input P\n");
+  Outcome const outcome = runLines("load " + simple() + "\nload '" + edit + "' # an edit\n");
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(outcome.out, EndsWith("policy-map P, input, ipv4\n"
+                                    "  counts      committed 1 -> 2\n"
+                                    "  interfaces  + Ethernet2\n\n"));
+}
+
+TEST_F(ShellLoad, RunAndAdvanceServeWhatWasLoaded) {
+  std::string const read =
+      "status.policyMapStatus[PolicyMap::PolicyMapSmKey('P', 'input')].error\n";
+  std::string const edit = file("edit.cfg", "interface Ethernet2\n service-policy input P\n");
+  Outcome const outcome =
+      runLines("load " + simple() + "\nhelper.addIntfError = 'no room'\nload " + edit + "\n" +
+               read + "helper.addIntfError = ''\nadvance 1\n" + read +
+               "del policyMaps.servicePolicy[PolicyMap::ServicePolicyKey('Ethernet1', 'input')]\n"
+               "del policyMaps.servicePolicy[PolicyMap::ServicePolicyKey('Ethernet2', 'input')]\n"
+               "run\nstatus.policyMapStatus\n'end'\n");
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(outcome.out, HasSubstr("'no room'\n''\n'end'\n"));
+}
+
+TEST_F(ShellLoad, AFileThatCannotBeLoadedChangesNothing) {
+  EXPECT_THAT(runLines("load").err, EndsWith("line 1: column 5: expected a file\n"));
+  EXPECT_THAT(runLines("load nowhere").err, HasSubstr("nowhere: expected a readable file"));
+  EXPECT_THAT(runLines("load " + file("bad.cfg", "frobnicate\n")).err,
+              HasSubstr("bad.cfg:1:1: expected "));
+  EXPECT_THAT(runLines("helper = 7\nload " + simple()).err,
+              EndsWith("line 2: load: the name helper is in use; `del helper` removes it\n"));
+  EXPECT_EQ(runLines("load = 7\n[load]\n").out, "[7]\n") << "a name like any other";
+}
+
 TEST_F(ShellTest, QuitIsALineOfItsOwn) {
   for (char const* const line : {"quit", " quit", "quit ", "quit\r", "\tquit \r", "quit # bye"}) {
     EXPECT_TRUE(Shell::quits(line)) << line;

@@ -34,6 +34,12 @@ TEST(Trial, ASignalIsToldWithItsNumber) {
   EXPECT_THAT(endOf([] { std::raise(SIGKILL); }), StartsWith("signal 9 ("));
 }
 
+TEST(Trial, AnInterruptEndsTheCopyEvenIfThisProcessIgnoresIt) {
+  auto* const before = std::signal(SIGINT, SIG_IGN);
+  EXPECT_THAT(endOf([] { std::raise(SIGINT); }), StartsWith("signal 2 ("));
+  std::signal(SIGINT, before);
+}
+
 TEST(Trial, NothingIsChangedAndNothingPrintedHere) {
   int value = 1;
   testing::internal::CaptureStdout();

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/Input.h"
+
+#include <array>
+#include <iostream>
+
+namespace lab {
+
+SourceText readInput(std::string const& file) {
+  if (file != standardInput) {
+    return SourceText::fromFile(file);
+  }
+  std::string const name = "standard input";
+  std::string content;
+  std::array<char, 65536> block{};
+  do {
+    std::cin.read(block.data(), block.size());
+    content.append(block.data(), static_cast<std::size_t>(std::cin.gcount()));
+    if (content.size() > SourceText::largestFile) {
+      throw InputError({std::make_shared<std::string const>(name), 0, 0},
+                       "at most " + std::to_string(SourceText::largestFile) + " bytes",
+                       "more of them");
+    }
+  } while (std::cin);
+  return {name, std::move(content)};
+}
+
+}  // namespace lab

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/JsonReport.h"
+
+#include "lab/Report.h"
+#include "testkit/JournalText.h"
+#include "testkit/Printing.h"
+#include "testkit/Statuses.h"
+#include "testkit/text/Json.h"
+
+#include <utility>
+
+namespace lab {
+
+namespace {
+
+Json jsonOf(RuleRecord const& rule) {
+  Json::Array subRules;
+  for (PolicyMap::SubRuleData const& subRule : rule.subRules) {
+    subRules.emplace_back(describe(subRule));
+  }
+  Json json(Json::Object{{"class", rule.key.className().view()},
+                         {"acl", rule.key.aclName().view()},
+                         {"seq", rule.key.seqno()},
+                         {"match", describe(rule.match)}});
+  for (std::size_t i = 0; i != rule.actions.size(); ++i) {
+    json.add(PolicyMapTest::testActionNames[i], rule.actions[i]);
+  }
+  json.add("subRules", std::move(subRules));
+  return json;
+}
+
+Json jsonOf(std::vector<Vorel::IntfId> const& intfs) {
+  Json::Array names;
+  for (Vorel::IntfId const intf : intfs) {
+    names.emplace_back(intf.name().view());
+  }
+  return names;
+}
+
+Json jsonOf(Record const& record) {
+  return Json::Object{{"policy", record.policy},
+                      {"direction", record.direction},
+                      {"option", toText(record.option)},
+                      {"created", record.created},
+                      {"dirty", record.dirty},
+                      {"createCount", record.createCount},
+                      {"commitCount", record.commitCount},
+                      {"beginUpdateActionCount", record.beginUpdateActionCount},
+                      {"endUpdateActionCount", record.endUpdateActionCount},
+                      {"interfaces", jsonOf(record.interfaces)},
+                      {"ruleCount", record.ruleCount},
+                      {"subRuleCount", record.subRuleCount}};
+}
+
+Json jsonOf(StatusRow const& row) {
+  return Json::Object{{"policy", row.policy},
+                      {"direction", row.direction},
+                      {"option", toText(row.option)},
+                      {"programmed", row.programmed},
+                      {"timeProgrammed", row.timeProgrammed ? Json(*row.timeProgrammed) : Json()},
+                      {"interfaces", jsonOf(row.interfaces)},
+                      {"error", row.error},
+                      {"operation", row.operation},
+                      {"class", row.className},
+                      {"rule", row.rule}};
+}
+
+Json jsonOf(Problem const& problem) {
+  return Json::Object{{"kind", problem.kind == Problem::Kind::missing ? "missing" : "failed"},
+                      {"where", problem.where},
+                      {"text", problem.text}};
+}
+
+char const* nameOf(Change::Kind kind) {
+  switch (kind) {
+  case Change::Kind::created: return "created";
+  case Change::Kind::removed: return "removed";
+  case Change::Kind::committed: return "committed";
+  case Change::Kind::uncommitted: return "uncommitted";
+  case Change::Kind::counterChanged: return "counterChanged";
+  case Change::Kind::intfAdded: return "interfaceAdded";
+  case Change::Kind::intfRemoved: return "interfaceRemoved";
+  case Change::Kind::ruleAdded: return "ruleAdded";
+  case Change::Kind::ruleRemoved: return "ruleRemoved";
+  case Change::Kind::matchChanged: return "matchChanged";
+  case Change::Kind::subRulesChanged: return "subRulesChanged";
+  case Change::Kind::actionChanged: return "actionChanged";
+  case Change::Kind::rulesReordered: return "rulesReordered";
+  }
+  return "";
+}
+
+Json jsonOf(Change const& change) {
+  Json json(Json::Object{{"kind", nameOf(change.kind)},
+                         {"policy", change.policy},
+                         {"direction", change.direction},
+                         {"option", toText(change.option)}});
+  if (change.rule) {
+    json.add("class", change.rule->className().view());
+    json.add("acl", change.rule->aclName().view());
+    json.add("seq", change.rule->seqno());
+  }
+  if (!change.field.empty()) {  // a counter or an action
+    json.add("field", change.field);
+    json.add("before", change.numberBefore);
+    json.add("after", change.numberAfter);
+    return json;
+  }
+  if (!change.before.empty()) {
+    json.add("before", change.before);
+  }
+  if (!change.after.empty()) {
+    json.add("after", change.after);
+  }
+  return json;
+}
+
+// An operation that waits for its result, or a failure that will be tried again.
+Json::Array outstandingIn(Lab const& lab) {
+  Json::Array all;
+  for (PolicyMap::Explanation const& each : lab.explain()) {
+    bool const waiting = each.state == PolicyMap::ProgrammingState::waiting;
+    if (!waiting && !each.nextTry) {
+      continue;
+    }
+    Json json(
+        Json::Object{{"policy", each.policy.first().view()},
+                     {"direction", each.policy.second().view()},
+                     {"option", toText(each.option)},
+                     {"state", waiting ? "waiting" : "retry"},
+                     {"operation", waiting ? each.waitingFor : each.failure.operation().view()}});
+    json.add(waiting ? "since" : "at", waiting ? each.waitingSince : *each.nextTry);
+    all.push_back(std::move(json));
+  }
+  return all;
+}
+
+// Prints the rules one by one, so that a complete tree is never in memory.
+void printRecordJson(std::ostream& out, Record const& record, WithRules withRules) {
+  std::string text = jsonOf(record).text();
+  if (withRules == WithRules::no) {
+    out << text;
+    return;
+  }
+  text.pop_back();
+  out << text << ",\"rules\":[";
+  char const* separator = "\n";
+  for (RuleRecord const& rule : record.rules) {
+    out << std::exchange(separator, ",\n") << jsonOf(rule).text();
+  }
+  out << "]}";
+}
+
+// An array with a line per item.
+template <class Items, class TextOf>
+void printList(std::ostream& out, Items const& items, TextOf const& textOfItem) {
+  out << "[";
+  char const* separator = "\n";
+  for (auto const& item : items) {
+    out << std::exchange(separator, ",\n") << textOfItem(item);
+  }
+  out << "]";
+}
+
+void printChanges(std::ostream& out, std::vector<StepChanges> const& steps) {
+  out << "[";
+  char const* separator = "\n";
+  for (StepChanges const& step : steps) {
+    out << std::exchange(separator, ",\n") << "{\"step\":" << Json(step.step).text()
+        << ",\"changes\":";
+    printList(out, step.changes, [](Change const& change) { return jsonOf(change).text(); });
+    out << "}";
+  }
+  out << "]";
+}
+
+}  // namespace
+
+void printJson(std::ostream& out, JsonReport const& report) {
+  Lab const& lab = report.lab;
+  Totals totals;
+  out << "{\"policies\":[";
+  char const* separator = "\n";
+  forEachRecord(*lab.helper(), report.withRules, [&](Record const& record) {
+    out << std::exchange(separator, ",\n");
+    printRecordJson(out, record, report.withRules);
+    totals.add(record);
+  });
+  Json::Object skipped;
+  for (auto const& [kind, lines] : lab.skipped().byKind()) {
+    skipped.emplace_back(kind, lines);
+  }
+  Json const sums(Json::Object{
+      {"policies", totals.policies}, {"rules", totals.rules}, {"subRules", totals.subRules}});
+  auto const textOfItem = [](auto const& item) { return jsonOf(item).text(); };
+  out << "],\n\"totals\":" << sums.text() << ",\n\"skipped\":" << Json(std::move(skipped)).text()
+      << ",\n\"status\":";
+  printList(out, readStatuses(lab), textOfItem);
+  out << ",\n\"problems\":";
+  printList(out, report.problems, textOfItem);
+  out << ",\n\"outstanding\":";
+  printList(out, outstandingIn(lab), [](Json const& json) { return json.text(); });
+  out << ",\n\"changes\":";
+  printChanges(out, report.changes);
+  if (report.withJournal) {
+    out << ",\n\"journal\":";
+    printList(out, jsonLines(lab.journal()), [](std::string const& line) { return line; });
+  }
+  out << "}\n";
+}
+
+}  // namespace lab
