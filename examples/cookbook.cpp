@@ -280,7 +280,7 @@ TEST(Cookbook, ALargeFilterSet) {
 TEST(Cookbook, HitCounts) {
   Lab lab;
   lab.load(edge);
-  lab.helper()->aroundIs([](HelperCall& call, auto const& proceed) {
+  lab.aroundIs([](HelperCall& call, auto const& proceed) {
     proceed();
     call.count = 42;
   });

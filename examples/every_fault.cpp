@@ -21,7 +21,7 @@ constexpr auto policy = R"(class-map match-any web
 Record programmedAfterFailureOf(std::uint64_t number, std::uint64_t& calls) {
   Lab lab;
   std::uint64_t count = 0;
-  lab.helper()->aroundIs([&](HelperCall& call, auto const& proceed) {
+  lab.aroundIs([&](HelperCall& call, auto const& proceed) {
     proceed();
     if (++count == number) {
       call.error = "failed on purpose";

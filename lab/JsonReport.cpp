@@ -181,7 +181,7 @@ void printJson(std::ostream& out, JsonReport const& report) {
   Totals totals;
   out << "{\"policies\":[";
   char const* separator = "\n";
-  forEachRecord(*lab.helper(), report.withRules, [&](Record const& record) {
+  lab.forEachRecord(report.withRules, [&](Record const& record) {
     out << std::exchange(separator, ",\n");
     printRecordJson(out, record, report.withRules);
     totals.add(record);

@@ -167,7 +167,7 @@ std::string titleOf(std::string const& policy, std::string const& direction,
 void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
                  std::vector<Problem> const& problems, WithRules withRules) {
   Totals totals;
-  forEachRecord(*lab.helper(), withRules, [&](Record const& record) {
+  lab.forEachRecord(withRules, [&](Record const& record) {
     printRecord(out, style, record);
     totals.add(record);
   });
@@ -225,10 +225,8 @@ void printJournal(std::ostream& out, TextStyle const& style, Journal const& jour
   if (journal.dropped() != 0) {
     out << "  " << journal.dropped() << " earlier entries\n";
   }
-  for (JournalEntry const& entry : journal) {
-    std::ostringstream line;
-    line << entry;
-    printWrapped(out, style, "  ", line.str());
+  for (std::string const& line : journal.lines()) {
+    printWrapped(out, style, "  ", line);
   }
 }
 

@@ -42,8 +42,8 @@ void showProgress(Lab& lab, Progress& progress) {
   }
   lab.onLoadIs(
       [&progress](Settings const& settings) { progress.begin("programming", rulesIn(settings)); });
-  lab.helper()->aroundIs([&progress, last = PolicyMap::AclRuleKey()](
-                             HelperCall& call, std::function<void()> const& proceed) mutable {
+  lab.aroundIs([&progress, last = PolicyMap::AclRuleKey()](
+                   HelperCall& call, std::function<void()> const& proceed) mutable {
     if (call.operation == "addRule" && *call.rule != last) {
       last = *call.rule;
       progress.step();

@@ -11,6 +11,13 @@ namespace {
 
 thread_local Journal const* journalInUse = nullptr;
 
+std::string headOf(Kor::AssertionFailure const& failure) {
+  std::ostringstream text;
+  text << failure.source << ": assertion \"" << failure.text << "\" failed at " << failure.file
+       << ':' << failure.line;
+  return text.str();
+}
+
 void writeEnd(std::ostream& out, Journal const& journal) {
   constexpr std::uint64_t shown = 10;
   if (JournalEntry const* const call = journal.openCall()) {
@@ -40,8 +47,7 @@ void usedJournalIs(Journal const* journal) {
 
 std::string describe(Kor::AssertionFailure const& failure) {
   std::ostringstream text;
-  text << failure.source << ": assertion \"" << failure.text << "\" failed at " << failure.file
-       << ':' << failure.line;
+  text << headOf(failure);
   if (journalInUse != nullptr) {
     writeEnd(text, *journalInUse);
   }
@@ -49,7 +55,7 @@ std::string describe(Kor::AssertionFailure const& failure) {
 }
 
 AssertionFailed::AssertionFailed(Kor::AssertionFailure const& failure)
-    : std::logic_error(describe(failure)) {}
+    : std::logic_error(headOf(failure)) {}
 
 AssertionFailed::~AssertionFailed() = default;
 

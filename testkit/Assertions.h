@@ -17,7 +17,7 @@ namespace PolicyMapTestKit {
 
 class Journal;
 
-// what() is describe() of the failure.
+// what() is the first line of describe().
 class POLICYMAPTESTKIT_API AssertionFailed : public std::logic_error {
  public:
   explicit AssertionFailed(Kor::AssertionFailure const& failure);

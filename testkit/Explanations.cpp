@@ -39,6 +39,15 @@ std::string since(double time, std::optional<double> now) {
   return text.str();
 }
 
+// " (members Ethernet1, Ethernet2)"
+std::string membersOf(Explanation::Intf const& portChannel) {
+  std::string text;
+  for (Vorel::IntfId const member : portChannel.members) {
+    text += (text.empty() ? " (members " : ", ") + member.name().stdString();
+  }
+  return text.empty() ? text : text + ")";
+}
+
 // "Ethernet1, Ethernet2 (does not exist or is shut down)" of the interfaces that are wanted.
 std::string intfsOf(Explanation const& explanation, bool withObstacle) {
   std::string text;
@@ -46,7 +55,7 @@ std::string intfsOf(Explanation const& explanation, bool withObstacle) {
     std::string const obstacle = describe(each.obstacle, explanation.option);
     if (obstacle.empty() != withObstacle) {
       text += (text.empty() ? "" : ", ") + each.intf.name().stdString();
-      text += obstacle.empty() ? "" : " (" + obstacle + ")";
+      text += obstacle.empty() ? membersOf(each) : " (" + obstacle + ")";
     }
   }
   return text;

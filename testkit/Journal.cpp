@@ -94,6 +94,11 @@ std::string JournalEntry::describeCall() const {
   return out.str();
 }
 
+bool JournalEntry::continues(JournalEntry const& before) const {
+  return kind == Kind::call && before.kind == Kind::call && policy == before.policy &&
+         cause == before.cause;
+}
+
 std::ostream& operator<<(std::ostream& out, JournalEntry const& entry) {
   return out << entry.number << " t=" << entry.time << ' ' << entry.describe();
 }
@@ -102,10 +107,25 @@ std::ostream& operator<<(std::ostream& out, Journal const& journal) {
   if (journal.dropped() != 0) {
     out << journal.dropped() << " earlier entries\n";
   }
-  for (JournalEntry const& entry : journal) {
-    out << entry << '\n';
+  for (std::string const& line : journal.lines()) {
+    out << line << '\n';
   }
   return out;
+}
+
+std::vector<std::string> Journal::lines() const {
+  std::vector<std::string> lines;
+  JournalEntry const* before = nullptr;
+  for (JournalEntry const& entry : entries_) {
+    std::ostringstream line;
+    line << entry;
+    if (!entry.cause.empty() && (before == nullptr || !entry.continues(*before))) {
+      line << " (" << entry.cause << ")";
+    }
+    lines.push_back(line.str());
+    before = &entry;
+  }
+  return lines;
 }
 
 // writing -------------------------------------------------------------------------------
@@ -130,7 +150,30 @@ void Journal::testDid(std::string_view operation, Kor::String const& text) {
   }
   std::string const deed = std::string(operation) + (text.empty() ? "" : " ") + text.stdString();
   lastDeed_ = Kor::String(deed);
+  objectsWritten_ = 0;
   add(JournalEntry::Kind::test, operation).text = text;
+}
+
+void Journal::testWrote(Kor::String const& object) {
+  constexpr std::string_view operation = "write";
+  constexpr unsigned mostNamed = 4;
+  if (limit_ == 0) {
+    return;
+  }
+  JournalEntry const* const newest = entries_.empty() ? nullptr : &entries_.back();
+  bool const inARow = newest != nullptr && newest->operation == operation;
+  if (inARow && newest->text == object) {
+    return;
+  }
+  objectsWritten_ = inARow ? objectsWritten_ + 1 : 1;
+  if (objectsWritten_ == 1) {
+    lastDeed_ = Kor::String(std::string(operation) + " " + object.stdString());
+  } else if (objectsWritten_ <= mostNamed) {
+    lastDeed_ = Kor::String(lastDeed_.stdString() + ", " + object.stdString());
+  } else if (objectsWritten_ == mostNamed + 1) {
+    lastDeed_ = Kor::String(lastDeed_.stdString() + ", ...");
+  }
+  add(JournalEntry::Kind::test, operation).text = object;
 }
 
 std::uint64_t Journal::begin(HelperCall const& call, std::string_view cause) {

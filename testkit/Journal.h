@@ -30,7 +30,7 @@ struct POLICYMAPTESTKIT_API JournalEntry {
   enum class Kind : std::uint8_t {
     call,    // of an operation of the helper
     result,  // of an asynchronous operation
-    test,    // what the test did: `operation` is "load", "advance", "trigger", "inject", ...
+    test,    // what the test did: `operation` is "load", "write", "advance", "trigger", ...
   };
   using Actions = std::array<std::uint32_t, PolicyMapTest::testActionKinds>;
 
@@ -58,7 +58,8 @@ struct POLICYMAPTESTKIT_API JournalEntry {
   bool threw = false;
   // For calls: why the core calls it, e.g. "rules changed"; empty for a call by the test.
   std::string_view cause;
-  // For what the test did: its argument. For calls: what the test did last before the call.
+  // For what the test did: its argument. For calls: what the test did last before the call, e.g.
+  // "load policy text", or what it wrote: "write class-map web, policy-map edge".
   Kor::String text;
 
   // One line without number and time: "addRule edge/input ipv4 web web:10 permit tcp any any eq 80
@@ -66,6 +67,8 @@ struct POLICYMAPTESTKIT_API JournalEntry {
   [[nodiscard]] std::string describe() const;
   // Of a call: the operation and its arguments, without the result.
   [[nodiscard]] std::string describeCall() const;
+  // True for a call that the core makes for the same policy and cause as the call `before`.
+  [[nodiscard]] bool continues(JournalEntry const& before) const;
 };
 
 // "12 t=0.5 " and describe(). Result, time and text of what the test did are part of the line.
@@ -93,6 +96,8 @@ class POLICYMAPTESTKIT_API Journal {
   [[nodiscard]] Journal ofClass(std::string_view className) const;
   // "LIST NUMBER", e.g. "web 10"; or "NUMBER" for a rule of the class-map itself.
   [[nodiscard]] Journal ofRule(std::string_view rule) const;
+  // The lines of the printed journal, without the number of dropped entries.
+  [[nodiscard]] std::vector<std::string> lines() const;
   // From this entry number on.
   [[nodiscard]] Journal since(std::uint64_t number) const;
   [[nodiscard]] Journal failed() const;
@@ -106,6 +111,9 @@ class POLICYMAPTESTKIT_API Journal {
 
   // Writing. `operation` must outlive the journal.
   void testDid(std::string_view operation, Kor::String const& text);
+  // The test wrote to an object, e.g. "class-map web". If the newest entry is the same, it counts
+  // for both.
+  void testWrote(Kor::String const& object);
   // Enters a call when it begins, and returns its number; then its result.
   std::uint64_t begin(HelperCall const& call, std::string_view cause = {});
   void end(std::uint64_t number, HelperCall const& call, bool threw);
@@ -126,9 +134,11 @@ class POLICYMAPTESTKIT_API Journal {
   std::uint64_t dropped_ = 0;
   std::vector<std::uint64_t> openCalls_;  // by number, the innermost last
   Kor::String lastDeed_;
+  unsigned objectsWritten_ = 0;  // that lastDeed_ names; 0: it is no write
 };
 
-// One line per entry.
+// One line per entry. The first of several calls in a row that have the same policy and cause ends
+// with the cause: " (rules changed)".
 POLICYMAPTESTKIT_API std::ostream& operator<<(std::ostream& out, Journal const& journal);
 
 }  // namespace PolicyMapTestKit

@@ -18,9 +18,7 @@ namespace PolicyMapTestKit {
 
 namespace {
 
-Kor::Ptr<RecordingHelper> makeHelper(LabOptions const& options, Journal* journal) {
-  auto helper =
-      Kor::make<RecordingHelper>(options.updateAction, options.expandPortChannels, journal);
+void applyOptions(PolicyMapTest::AclHelper* helper, LabOptions const& options) {
   helper->subRulesForL4PortsIs(options.subRulesForPorts);
   helper->reprogramPolicyOnIntfChangeIs(options.reprogramOnIntfChange);
   helper->denyRulesAllowedIs(options.denyRules);
@@ -33,22 +31,24 @@ Kor::Ptr<RecordingHelper> makeHelper(LabOptions const& options, Journal* journal
   for (Fault const& fault : options.faults) {
     PolicyMapTestKit::inject(*helper, fault);
   }
-  return helper;
 }
 
 }  // namespace
 
-Lab::Lab(LabOptions const& options)
+Lab::Lab(LabOptions const& options, HelperMaker const& makeHelper)
     : journal_(loop_, options.journal),
+      writes_(journal_),
       requests_(Kor::make<PolicyMap::PolicyMapStatusRequestDir>("requests")),
       status_(Kor::make<PolicyMap::PolicyMapTypeStatus>("status")) {
   Kor::EventLoop::Scope const scope(loop_);
   usedJournalIs(&journal_);
   loop_.virtualTimeIs(true);
-  helper_ = makeHelper(options, options.journal == 0 ? nullptr : &journal_);
+  recorded_ = makeHelper(options.updateAction, options.expandPortChannels);
+  recorded_.recorder->journalIs(options.journal == 0 ? nullptr : &journal_);
+  applyOptions(helper().get(), options);
   machine_ = PolicyMapTest::testServicePolicySmFactory(
       policyMaps(), classMaps(), requests_, status_, acls(), lag(), ip(), ip6(), routing(),
-      routing6(), helper_, Kor::make<Acl::AclDiff>(), options.layer2, options.layer3,
+      routing6(), helper(), Kor::make<Acl::AclDiff>(), options.layer2, options.layer3,
       options.management);
   machine_->allowIpAclIs(options.ipLists);
   machine_->allowIp6AclIs(options.ip6Lists);
@@ -60,13 +60,16 @@ Lab::Lab(LabOptions const& options)
       machine_->nonexistentIntfDel(intf);
     }
   });
+  if (options.journal != 0) {
+    writes_.observe(configuration_, requests_, helper());
+  }
 }
 
 // A test may hold the helper, which must not refer to the lab after it.
 Lab::~Lab() {
   machine_ = nullptr;
-  helper_->aroundIs({});
-  helper_->journalDel();
+  recorded_.recorder->aroundIs({});
+  recorded_.recorder->journalIs(nullptr);
   if (usedJournal() == &journal_) {
     usedJournalIs(nullptr);
   }
@@ -98,7 +101,10 @@ void Lab::configure(Text::Settings const& settings) {
   }
   usedJournalIs(&journal_);
   Kor::EventLoop::Scope const scope(loop_);
-  configuration_.settingsAre(settings);
+  {
+    WriteLog::Pause const pause(writes_);  // the text is the write
+    configuration_.settingsAre(settings);
+  }
   loop_.runUntilIdle();
 }
 
@@ -117,14 +123,14 @@ void Lab::advance(std::chrono::duration<double> time) {
 }
 
 void Lab::inject(Fault const& fault) {
-  PolicyMapTestKit::inject(*helper_, fault);
+  PolicyMapTestKit::inject(*helper(), fault);
   journal_.testDid("inject", Kor::String(fault.name + "=" + fault.text));
   settle();
 }
 
 void Lab::clearFaults() {
   journal_.testDid("clear", {});
-  PolicyMapTestKit::clearFaults(*helper_);
+  PolicyMapTestKit::clearFaults(*helper());
   settle();
 }
 
@@ -132,12 +138,12 @@ void Lab::trigger() {
   Kor::EventLoop::Scope const scope(loop_);
   journal_.testDid("trigger", {});
   usedJournalIs(&journal_);
-  helper_->asyncTriggerInc(1);
+  helper()->asyncTriggerInc(1);
   settle();
 }
 
 Snapshot Lab::snapshot(WithRules withRules) const {
-  return snapshotOf(*helper_, withRules);
+  return snapshotOf(recorded_, withRules);
 }
 
 Record Lab::record(std::string_view policyMap, std::string_view direction,

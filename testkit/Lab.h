@@ -26,8 +26,9 @@
 #include "testkit/Export.h"
 #include "testkit/Journal.h"
 #include "testkit/LabOptions.h"
-#include "testkit/RecordingHelper.h"
+#include "testkit/Recorder.h"
 #include "testkit/Snapshot.h"
+#include "testkit/WriteLog.h"
 #include "testkit/config/Configuration.h"
 #include "testkit/text/FilterSet.h"
 #include "testkit/text/PolicyTextParser.h"
@@ -41,6 +42,7 @@
 #include <functional>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace PolicyMapTestKit {
 
@@ -55,7 +57,9 @@ struct FilterLayout {
 
 class POLICYMAPTESTKIT_API Lab {
  public:
-  explicit Lab(LabOptions const& options = {});
+  // The helper is made while the lab's event loop is current, and gets the capabilities and faults
+  // of the options.
+  explicit Lab(LabOptions const& options = {}, HelperMaker const& makeHelper = helperOf<>());
   Lab(Lab const&) = delete;
   Lab& operator=(Lab const&) = delete;
   ~Lab();
@@ -85,12 +89,21 @@ class POLICYMAPTESTKIT_API Lab {
   void clearFaults();
   // Delivers the pending asynchronous result, and settles.
   void trigger();
+  // From now on, `around` is called in place of each operation of the helper:
+  //
+  //   lab.aroundIs([](HelperCall& call, auto const& proceed) { ... proceed(); ... });
+  void aroundIs(Recorder::Around around) { recorded_.recorder->aroundIs(std::move(around)); }
 
   // The records. record() throws LookupError; see Snapshot::record(). If the policy-map is attached
   // and has no record, the message also says why it is not programmed.
   [[nodiscard]] Snapshot snapshot(WithRules withRules = WithRules::yes) const;
   [[nodiscard]] Record record(std::string_view policyMap, std::string_view direction = "input",
                               std::optional<PolicyMap::ClassMapMatchOption> option = {}) const;
+
+  // Calls `visit` for each record; see PolicyMapTestKit::forEachRecord().
+  void forEachRecord(WithRules withRules, std::function<void(Record const&)> const& visit) const {
+    PolicyMapTestKit::forEachRecord(recorded_, withRules, visit);
+  }
 
   // Why a policy is not programmed as configured; an empty failure if it is, or is not attached.
   // Without an option: the first failure by option.
@@ -128,7 +141,9 @@ class POLICYMAPTESTKIT_API Lab {
     return requests_;
   }
   [[nodiscard]] PolicyMap::PolicyMapTypeStatus::Ptr const& status() const { return status_; }
-  [[nodiscard]] Kor::Ptr<RecordingHelper> const& helper() const { return helper_; }
+  [[nodiscard]] Kor::Ptr<PolicyMapTest::AclHelper> const& helper() const {
+    return recorded_.helper;
+  }
   [[nodiscard]] PolicyMapTest::TestServicePolicySm::Ptr const& machine() const { return machine_; }
   [[nodiscard]] Kor::EventLoop& eventLoop() { return loop_; }
   // Of all files so far.
@@ -139,12 +154,13 @@ class POLICYMAPTESTKIT_API Lab {
 
   Kor::EventLoop loop_;
   Journal journal_;
+  WriteLog writes_;
   Text::Configuration configuration_;
   Text::SkippedLines skipped_;
   std::function<void(Text::Settings const&)> onLoad_;
   PolicyMap::PolicyMapStatusRequestDir::Ptr requests_;
   PolicyMap::PolicyMapTypeStatus::Ptr status_;
-  Kor::Ptr<RecordingHelper> helper_;
+  RecordedHelper recorded_;
   PolicyMapTest::TestServicePolicySm::Ptr machine_;
 };
 

@@ -8,6 +8,8 @@
 //   EXPECT_THAT(lab.record("edge"), RulesAre("web 10 permit tcp any any eq 80", "web 20 ..."));
 //   EXPECT_THAT(lab.record("edge"), OnInterfaces("Ethernet1", "Ethernet2"));
 //   EXPECT_THAT(lab.failure("edge"), FailsWith("table full", "commitPolicy"));
+//   EXPECT_THAT(lab.failure("edge"), NoFailure());
+//   EXPECT_THAT(lab.explain(), AllProgrammed());
 //   EXPECT_THAT(lab.journal().calls(), Calls("createPolicy", "addRule", "commitPolicy"));
 //
 // This header needs Google Mock; the test kit itself does not.
@@ -17,6 +19,7 @@
 #include "testkit/Printing.h"
 #include "testkit/Record.h"
 #include "testkit/text/RuleConversion.h"
+#include "testkit/text/RuleParser.h"
 
 #include <PolicyMap/PolicyFailure.h>
 
@@ -45,13 +48,13 @@ inline std::string joined(std::vector<std::string> const& texts) {
   return all.empty() ? "none" : all;
 }
 
-// Compares two lists of lines. `same(expected, actual)` compares two lines.
+// Compares two lists of lines. `same(expected, i)` compares a line with the actual line i.
 template <class Same>
 bool sameLines(std::vector<std::string> const& expected, std::vector<std::string> const& actual,
                char const* what, std::ostream* out, Same const& same) {
   std::size_t const common = std::min(expected.size(), actual.size());
   for (std::size_t i = 0; i != common; ++i) {
-    if (!same(expected[i], actual[i])) {
+    if (!same(expected[i], i)) {
       *out << what << ' ' << i + 1 << " is \"" << actual[i] << "\", not \"" << expected[i] << '"';
       return false;
     }
@@ -128,7 +131,7 @@ struct HasRuleMatcher {
       return false;
     }
     std::string const actual = Text::describe(rule->match);
-    if (!match.empty() && actual != match) {
+    if (!match.empty() && !Text::isWritten(rule->match, match)) {
       text << "rule " << name << " is \"" << actual << '"';
       return false;
     }
@@ -166,7 +169,12 @@ struct RulesAreMatcher {
       actual.push_back(nameInList(rule.key) + " " + Text::describe(rule.match));
     }
     return sameLines(lines, actual, "rule", out == nullptr ? &nowhere : out,
-                     [](std::string const& a, std::string const& b) { return a == b; });
+                     [&](std::string const& wanted, std::size_t i) {
+                       RuleRecord const& rule = record.rules[i];
+                       std::string const name = nameInList(rule.key) + " ";
+                       return wanted.starts_with(name) &&
+                              Text::isWritten(rule.match, wanted.substr(name.size()));
+                     });
   }
   void DescribeTo(std::ostream* out) const { *out << "has the rules " << joined(lines); }
   void DescribeNegationTo(std::ostream* out) const {
@@ -249,6 +257,38 @@ struct FailsWithMatcher {
   }
 };
 
+struct NoFailureMatcher {
+  using is_gtest_matcher = void;
+
+  bool MatchAndExplain(PolicyMap::PolicyFailure const& failure, std::ostream* out) const {
+    if (out != nullptr && !!failure) {
+      *out << describe(failure);
+    }
+    return !failure;
+  }
+  void DescribeTo(std::ostream* out) const { *out << "is no failure"; }
+  void DescribeNegationTo(std::ostream* out) const { *out << "is a failure"; }
+};
+
+struct AllProgrammedMatcher {
+  using is_gtest_matcher = void;
+
+  bool MatchAndExplain(Explanations const& explanations, std::ostream* out) const {
+    std::vector<std::string> const lines = explanations.notProgrammed();
+    if (out != nullptr && explanations.empty()) {
+      *out << "nothing is attached";
+    }
+    for (std::size_t i = 0; out != nullptr && i != lines.size(); ++i) {
+      *out << (i == 0 ? "" : "\n") << lines[i];
+    }
+    return lines.empty() && !explanations.empty();
+  }
+  void DescribeTo(std::ostream* out) const { *out << "everything is programmed as configured"; }
+  void DescribeNegationTo(std::ostream* out) const {
+    *out << "something is not programmed as configured";
+  }
+};
+
 struct CallsMatcher {
   using is_gtest_matcher = void;
 
@@ -264,8 +304,8 @@ struct CallsMatcher {
     }
     // An expected line may leave out words at the end.
     return sameLines(lines, actual, "call", out == nullptr ? &nowhere : out,
-                     [](std::string const& wanted, std::string const& line) {
-                       return line == wanted || line.starts_with(wanted + " ");
+                     [&](std::string const& wanted, std::size_t i) {
+                       return actual[i] == wanted || actual[i].starts_with(wanted + " ");
                      });
   }
   void DescribeTo(std::ostream* out) const { *out << "has the calls " << joined(lines); }
@@ -329,6 +369,16 @@ matchers::OnInterfacesMatcher OnInterfaces(Names... names) {
 inline matchers::FailsWithMatcher FailsWith(testing::Matcher<std::string> text,
                                             std::string operation = {}, std::string rule = {}) {
   return {std::move(text), std::move(operation), std::move(rule)};
+}
+
+// No failure: EXPECT_THAT(lab.failure("edge"), NoFailure()).
+inline matchers::NoFailureMatcher NoFailure() {
+  return {};
+}
+
+// Explanations of policies that are all programmed, at all of their interfaces; at least one.
+inline matchers::AllProgrammedMatcher AllProgrammed() {
+  return {};
 }
 
 // A journal whose calls of the helper are exactly these. Each is a line of

@@ -49,6 +49,13 @@ std::string fullName(PolicyMap::AclRuleKey const& key) {
   return key.className().stdString() + " " + nameInList(key);
 }
 
+void describeCount(std::ostream& out, std::string_view name, std::uint64_t count,
+                   std::uint64_t usual) {
+  if (count != usual) {
+    out << ", " << name << ' ' << count;
+  }
+}
+
 }  // namespace
 
 LookupError::LookupError(std::string_view what, std::string_view wanted,
@@ -82,28 +89,47 @@ std::string RuleRecord::describe() const {
   return text;
 }
 
+std::vector<RuleRecord const*> Record::rulesNamed(
+    std::string_view name, std::string (*nameOfRule)(PolicyMap::AclRuleKey const&)) const {
+  std::vector<RuleRecord const*> found;
+  for (RuleRecord const& rule : rules) {
+    if (nameOfRule(rule.key) == name) {
+      found.push_back(&rule);
+    }
+  }
+  return found;
+}
+
 std::string Record::name() const {
   return policy + "/" + direction + " " + toText(option);
 }
 
 RuleRecord const& Record::rule(std::string_view name) const {
-  RuleRecord const* found = nullptr;
+  std::vector<RuleRecord const*> found = rulesNamed(name, &nameInList);
+  if (found.empty()) {
+    found = rulesNamed(name, &fullName);
+  }
+  if (found.size() == 1) {
+    return *found.front();
+  }
   std::vector<std::string> known;
-  std::size_t matching = 0;
   for (RuleRecord const& rule : rules) {
-    if (nameInList(rule.key) == name || fullName(rule.key) == name) {
-      found = &rule;
-      ++matching;
+    known.push_back(found.empty() ? nameInList(rule.key) : fullName(rule.key));
+  }
+  throw LookupError((found.empty() ? "rule of " : "single rule of ") + this->name(), name, known);
+}
+
+RuleRecord const& Record::rule(PolicyMap::AclRuleKey const& key) const {
+  for (RuleRecord const& rule : rules) {
+    if (rule.key == key) {
+      return rule;
     }
   }
-  if (matching == 1) {
-    return *found;
-  }
+  std::vector<std::string> known;
   for (RuleRecord const& rule : rules) {
-    known.push_back(matching == 0 ? nameInList(rule.key) : fullName(rule.key));
+    known.push_back(fullName(rule.key));
   }
-  throw LookupError(matching == 0 ? "rule of " + this->name() : "single rule of " + this->name(),
-                    name, known);
+  throw LookupError("rule of " + name(), fullName(key), known);
 }
 
 std::ostream& operator<<(std::ostream& out, RuleRecord const& rule) {
@@ -117,6 +143,14 @@ std::ostream& operator<<(std::ostream& out, Record const& record) {
     out << ' ' << intf.name();
   }
   out << (record.interfaces.empty() ? " no interface" : "");
+  describeCount(out, "createCount", record.createCount, 1);
+  describeCount(out, "commitCount", record.commitCount, 1);
+  describeCount(out, "beginUpdateActionCount", record.beginUpdateActionCount, 0);
+  describeCount(out, "endUpdateActionCount", record.endUpdateActionCount, 0);
+  if (record.rules.empty()) {
+    describeCount(out, "ruleCount", record.ruleCount, 0);
+    describeCount(out, "subRuleCount", record.subRuleCount, 0);
+  }
   for (RuleRecord const& rule : record) {
     out << "\n  " << rule.key.className() << ": " << rule;
   }

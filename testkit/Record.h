@@ -82,11 +82,17 @@ class POLICYMAPTESTKIT_API Record {
   // rules of different classes, "CLASS LIST NUMBER". Throws LookupError if there is none or more
   // than one.
   [[nodiscard]] RuleRecord const& rule(std::string_view name) const;
+  [[nodiscard]] RuleRecord const& rule(PolicyMap::AclRuleKey const& key) const;
+
+ private:
+  [[nodiscard]] std::vector<RuleRecord const*> rulesNamed(
+      std::string_view name, std::string (*nameOfRule)(PolicyMap::AclRuleKey const&)) const;
 };
 
 // The match as policy text, name and values; one line.
 POLICYMAPTESTKIT_API std::ostream& operator<<(std::ostream& out, RuleRecord const& rule);
-// A head line, and a line per rule.
+// A head line, and a line per rule. The head has the counters unless they are as after one creation
+// and one commit.
 POLICYMAPTESTKIT_API std::ostream& operator<<(std::ostream& out, Record const& record);
 
 }  // namespace PolicyMapTestKit

@@ -107,20 +107,20 @@ Record readRecord(AclPolicyData const& data, std::vector<AclRuleKey> const& adde
 
 }  // namespace
 
-void forEachRecord(RecordingHelper const& helper, WithRules withRules,
+void forEachRecord(RecordedHelper const& recorded, WithRules withRules,
                    std::function<void(Record const&)> const& visit) {
   std::vector<Kor::Ptr<AclPolicyData const>> records;
-  for (auto const& entry : helper.testDataIteratorConst()) {
+  for (auto const& entry : recorded.helper->testDataIteratorConst()) {
     records.push_back(entry.value());
   }
   std::sort(records.begin(), records.end(),
             [](auto const& a, auto const& b) { return a->key() < b->key(); });
   for (auto const& record : records) {
-    visit(readRecord(*record, helper.rulesAdded(record->key()), withRules));
+    visit(readRecord(*record, recorded.recorder->rulesAdded(record->key()), withRules));
   }
 }
 
-Snapshot snapshotOf(RecordingHelper const& helper, WithRules withRules) {
+Snapshot snapshotOf(RecordedHelper const& helper, WithRules withRules) {
   std::vector<Record> records;
   forEachRecord(helper, withRules, [&](Record const& record) { records.push_back(record); });
   return Snapshot(std::move(records));

@@ -5,7 +5,7 @@
 
 #include "testkit/Export.h"
 #include "testkit/Record.h"
-#include "testkit/RecordingHelper.h"
+#include "testkit/Recorder.h"
 
 #include <functional>
 #include <optional>
@@ -40,13 +40,13 @@ class POLICYMAPTESTKIT_API Snapshot {
 
 POLICYMAPTESTKIT_API std::ostream& operator<<(std::ostream& out, Snapshot const& snapshot);
 
-// Calls `visit` for each record, ordered by policy-map, direction and option. Holds one record at a
-// time.
-POLICYMAPTESTKIT_API void forEachRecord(RecordingHelper const& helper, WithRules withRules,
+// Calls `visit` for each record of a helper, ordered by policy-map, direction and option. Holds one
+// record at a time.
+POLICYMAPTESTKIT_API void forEachRecord(RecordedHelper const& helper, WithRules withRules,
                                         std::function<void(Record const&)> const& visit);
 
 // All records at once.
-POLICYMAPTESTKIT_API Snapshot snapshotOf(RecordingHelper const& helper,
+POLICYMAPTESTKIT_API Snapshot snapshotOf(RecordedHelper const& helper,
                                          WithRules withRules = WithRules::yes);
 
 }  // namespace PolicyMapTestKit

@@ -40,6 +40,18 @@ IntfObstacle obstacle(ServicePolicySm& machine, Vorel::IntfId intf, ClassMapMatc
   return machine.memberIntfs(intf).empty() ? IntfObstacle::noMembers : IntfObstacle::none;
 }
 
+Explanation::Intf explained(ServicePolicySm& machine, Vorel::IntfId intf,
+                            ClassMapMatchOption option) {
+  Explanation::Intf explained{intf, obstacle(machine, intf, option)};
+  if (explained.obstacle == IntfObstacle::none) {
+    explained.members = machine.memberIntfs(intf);
+    if (explained.members == std::vector{intf}) {
+      explained.members.clear();
+    }
+  }
+  return explained;
+}
+
 PolicyProgress progress(ServicePolicySm const& machine, PolicyMapSmKey const& policy,
                         ClassMapMatchOption option) {
   if (!machine.policyConfig()->policyMapConfig(Kor::Name(policy.first()))) {
@@ -75,7 +87,7 @@ void explain(ServicePolicySm& machine, Attached::value_type const& attached,
     explanation.policy = policy;
     explanation.option = option;
     for (Vorel::IntfId const intf : intfs) {
-      explanation.intfs.push_back({intf, obstacle(machine, intf, option)});
+      explanation.intfs.push_back(explained(machine, intf, option));
     }
     explanation.missing = missing(machine, policy);
     explanations.push_back(std::move(explanation));

@@ -26,6 +26,8 @@ struct Explanation : PolicyProgress {
   struct Intf {
     Vorel::IntfId intf;
     IntfObstacle obstacle = IntfObstacle::none;
+    // The existing members of a port-channel that carry the rules in its place, ascending.
+    std::vector<Vorel::IntfId> members = {};
   };
   // An object that a class refers to and that does not exist, e.g. "ip access-list a".
   struct Missing {

@@ -9,13 +9,12 @@
 //                 accepted; the result follows through asyncOperationResultIs(), after the call or
 //                 inside it. At most one operation is outstanding
 //   a text        it was carried out, and failed: the policy is deleted, and programmed again
-//   later.
-//                 A createPolicy() with a text has created the policy, and a deletePolicy() with a
-//                 text has deleted it
+//                 later. A createPolicy() with a text has created the policy, and a deletePolicy()
+//                 with a text has deleted it. After a failed update of actions in place the policy
+//                 is re-created at once instead
 //   an exception  it was not carried out, and failed. A policy whose createPolicy() threw does not
 //                 exist and is not deleted. A policy whose deletePolicy() threw still exists; the
-//                 deletion is tried again. After any other operation the policy is deleted, as
-//                 after a text
+//                 deletion is tried again. After any other operation, as after a text
 //
 // A text returned as notCarriedOut(text) has the meaning of an exception, with one difference: a
 // recreatePolicy() with it has deleted the policy and not created it again.

@@ -241,4 +241,23 @@ ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict) {
   return parseMacRule(lexer, verdict);
 }
 
+bool isWritten(ConfiguredRule const& rule, std::string_view text) {
+  if (describe(rule) == text) {
+    return true;
+  }
+  for (RuleKind const kind : {RuleKind::ip4, RuleKind::ip6, RuleKind::mac}) {
+    try {
+      Lexer lexer(text);
+      bool const deny = lexer.accept("deny");
+      if ((deny || lexer.accept("permit")) &&
+          parseRule(lexer, kind, deny ? Verdict::deny : Verdict::permit) == rule) {
+        return true;
+      }
+    } catch (SyntaxFailure const&) {
+      // It may be a rule of another kind.
+    }
+  }
+  return false;
+}
+
 }  // namespace PolicyMapTestKit::Text

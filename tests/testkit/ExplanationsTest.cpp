@@ -24,6 +24,20 @@ std::vector<std::string> linesAfter(std::string const& text, LabOptions const& o
   return lab.explain().lines();
 }
 
+TEST(Explanations, NamesTheMembersOfAPortChannel) {
+  std::string const text = std::string(simplePolicy) +
+                           "interface PortChannel1\n service-policy input P\n"
+                           "interface Ethernet7\n channel-group 1\n"
+                           "interface Ethernet8\n channel-group 1\n";
+  for (bool const expand : {false, true}) {
+    Lab lab({.expandPortChannels = expand});
+    lab.load(text);
+    EXPECT_THAT(lab.explain("P").lines(),
+                ElementsAre("P/input ipv4: programmed at Ethernet1, PortChannel1" +
+                            std::string(expand ? " (members Ethernet7, Ethernet8)" : "")));
+  }
+}
+
 TEST(Explanations, SayWhereItIsProgrammed) {
   EXPECT_THAT(linesAfter("interface Ethernet1\n service-policy input P\n"),
               ElementsAre("P/input ipv4: programmed at Ethernet1"));

@@ -54,6 +54,74 @@ TEST(Journal, HasUpdatesOfActionsAndRemovals) {
       ElementsAre("removeIntfFromPolicy P/input ipv4 Ethernet1", "deletePolicy P/input ipv4"));
 }
 
+TEST(Journal, HasWhatATestWrites) {
+  Lab lab;
+  load(lab, simplePolicy);
+  lab.journal().clear();
+  lab.acls()->ipAcl("P")->ruleIs(20, Acl::IpRuleConfig());
+  lab.acls()->ipAcl("P")->ruleIs(30, Acl::IpRuleConfig());
+  lab.policyMaps()->servicePolicyIs({Vorel::IntfId("Ethernet2"), "input"}, "P");
+  lab.settle();
+  EXPECT_THAT(linesOf(lab.journal()),
+              testing::IsSupersetOf(
+                  {"[write ip access-list P]", "[write service-policy input at Ethernet2]"}));
+  EXPECT_EQ(lab.journal().calls("addRule").begin()->text,
+            "write ip access-list P, service-policy input at Ethernet2");
+}
+
+TEST(Journal, HasEveryKindOfWrite) {
+  Lab lab;
+  load(lab, simplePolicy);
+  lab.journal().clear();
+  Vorel::IntfId const one("Ethernet1");
+  lab.classMaps()->classMapConfigDel("P");
+  lab.policyMaps()->policyMapConfigDel("P");
+  lab.ip()->intfAddressIs(one, Ip::Address({192, 0, 2, 1}, 24));
+  lab.lag()->memberOfIs(one, Vorel::IntfId("PortChannel1"));
+  lab.routing()->routingIs(!lab.routing()->routing());
+  lab.helper()->ttlSupportedIs(false);
+  lab.requests()->countRequestIs({"P", "input"}, 1);
+  lab.acls()->ip6AclIs("six");
+  lab.acls()->macAclIs("mac");
+  EXPECT_THAT(linesOf(lab.journal()),
+              ElementsAre("[write class-map P]", "[write policy-map P]",
+                          "[write interface Ethernet1]", "[write port-channel of Ethernet1]",
+                          "[write routing]", "[write capabilities of the helper]",
+                          "[write request for counts of P/input]", "[write ipv6 access-list six]",
+                          "[write mac access-list mac]"));
+}
+
+TEST(Journal, NamesTheFirstObjectsOfManyWrites) {
+  Lab lab;
+  load(lab, simplePolicy);
+  for (char const* const name : {"a", "b", "c", "d", "e", "f"}) {
+    lab.acls()->ipAclIs(name);
+  }
+  lab.policyMaps()->servicePolicyDel({Vorel::IntfId("Ethernet1"), "input"});
+  lab.settle();
+  EXPECT_EQ(lab.journal().calls("deletePolicy").begin()->text,
+            "write ip access-list a, ip access-list b, ip access-list c, ip access-list d, ...");
+  lab.clearFaults();
+  lab.policyMaps()->servicePolicyIs({Vorel::IntfId("Ethernet1"), "input"}, "P");
+  lab.settle();
+  EXPECT_EQ(lab.journal().calls("createPolicy").begin()->text, "load t");
+  EXPECT_EQ((--lab.journal().calls("createPolicy").end())->text,
+            "write service-policy input at Ethernet1");
+}
+
+TEST(Journal, PrintsTheCauseOfTheFirstCallOfSeveral) {
+  Lab lab({.faults = {{"commitError", "full"}}});
+  load(lab, simplePolicy);
+  lab.clearFaults();
+  lab.advance(1s);
+  EXPECT_THAT(lab.journal().calls().lines(),
+              ElementsAre("1 t=0 hwInit", "3 t=0 createPolicy P/input ipv4 (rules changed)",
+                          testing::StartsWith("4 t=0 addRule"), testing::_,
+                          "6 t=0 commitPolicy P/input ipv4 -> full", testing::_,
+                          "10 t=1 createPolicy P/input ipv4 (retry)", testing::_, testing::_,
+                          "13 t=1 commitPolicy P/input ipv4"));
+}
+
 TEST(Journal, SaysWhyTheCoreMakesACall) {
   Lab lab({.faults = {{"commitError", "full"}}});
   load(lab, simplePolicy);
@@ -83,7 +151,7 @@ TEST(Journal, ACallByTheTestHasNoCause) {
 TEST(Journal, KnowsTheInnermostOpenCall) {
   Lab lab;
   std::vector<std::string> open;
-  lab.helper()->aroundIs([&](HelperCall& /*call*/, std::function<void()> const& proceed) {
+  lab.aroundIs([&](HelperCall& /*call*/, std::function<void()> const& proceed) {
     proceed();
     open.push_back(lab.journal().openCall()->describe());
   });
@@ -101,7 +169,7 @@ TEST(Journal, HasFailuresWithTheirTexts) {
 
 TEST(Journal, HasExceptions) {
   Lab lab;
-  lab.helper()->aroundIs([](HelperCall& call, std::function<void()> const& proceed) {
+  lab.aroundIs([](HelperCall& call, std::function<void()> const& proceed) {
     if (call.operation == "commitPolicy") {
       throw std::runtime_error("no link");
     }
@@ -195,7 +263,7 @@ TEST(Journal, PrintsALinePerEntryWithNumberAndTime) {
   std::ostringstream out;
   out << lab.journal();
   EXPECT_EQ(out.str(), "4 earlier entries\n"
-                       "5 t=0 addIntfToPolicy P/input ipv4 Ethernet1\n"
+                       "5 t=0 addIntfToPolicy P/input ipv4 Ethernet1 (rules changed)\n"
                        "6 t=0 commitPolicy P/input ipv4\n");
 }
 

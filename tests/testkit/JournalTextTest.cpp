@@ -74,10 +74,10 @@ TEST(JournalText, WhatIsWrittenIsReadBack) {
   lab.inject({"commitError", "table \"full\"\n\u20ac"});
   lab.trigger();
   lab.advance(std::chrono::duration<double>(0.1));
-  lab.helper()->aroundIs(
+  lab.aroundIs(
       [](HelperCall&, std::function<void()> const&) { throw std::runtime_error("no link"); });
   load(lab, "policy-map P\n class P\n  set action2 4294967295\n");
-  lab.helper()->aroundIs([](HelperCall& call, std::function<void()> const&) { call.count = 7; });
+  lab.aroundIs([](HelperCall& call, std::function<void()> const&) { call.count = 7; });
   lab.helper()->getCountForRule({}, {}, {});
   std::vector<JournalLine> expected;
   bool failed = false;
@@ -161,9 +161,9 @@ TEST(JournalText, MermaidHasArrowsByDirection) {
 TEST(JournalText, MermaidMarksFailuresAndCounts) {
   Lab lab({.faults = {{"createError", "full"}}});
   load(lab, simplePolicy);
-  lab.helper()->aroundIs([](HelperCall& call, std::function<void()> const&) { call.count = 7; });
+  lab.aroundIs([](HelperCall& call, std::function<void()> const&) { call.count = 7; });
   lab.helper()->getCountForRule({}, {}, {});
-  lab.helper()->aroundIs(
+  lab.aroundIs(
       [](HelperCall&, std::function<void()> const&) { throw std::runtime_error("no link"); });
   load(lab, "policy-map P\n class P\n  set action2 5\n");
   lab.advance(std::chrono::seconds(1));

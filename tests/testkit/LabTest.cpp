@@ -95,7 +95,7 @@ TEST(Lab, TakesUpWhatATestWritesWhenItSettles) {
 }
 
 TEST(Lab, LeavesNothingBehind) {
-  Kor::Ptr<RecordingHelper> helper;
+  Kor::Ptr<PolicyMapTest::AclHelper> helper;
   std::size_t const pending = Kor::EventLoop::global().pending();
   {
     Lab lab({.faults = {{"commitError", "full"}}});
@@ -108,6 +108,37 @@ TEST(Lab, LeavesNothingBehind) {
   EXPECT_EQ(helper->testDatas(), 1U) << "a test that holds the records can read them";
   helper->hwInit();  // writes to no journal
   helper->asyncTriggerInc(1);
+}
+
+// Refuses every second rule, before it is recorded.
+class EverySecond : public PolicyMapTest::AclHelper {
+ public:
+  using AclHelper::AclHelper;
+  int initialized = 0;
+
+  void hwInit() override { ++initialized; }
+  Kor::String addRule(PolicyMap::AclRuleKey const& key, PolicyMap::SubRuleData const& subRule,
+                      PolicyMap::PolicyMapSmCommonData::PtrConst const& policyData,
+                      PolicyMap::ClassMapSmCommonData::PtrConst const& classData) override {
+    return ++rules_ % 2 == 0 ? "second" : AclHelper::addRule(key, subRule, policyData, classData);
+  }
+
+ private:
+  int rules_ = 0;
+};
+
+TEST(Lab, RecordsTheCallsOfAHelperOfOnesOwn) {
+  Lab lab({.updateAction = true, .faults = {{"commitError", "full"}}}, helperOf<EverySecond>());
+  EXPECT_EQ(dynamic_cast<EverySecond const&>(*lab.helper()).initialized, 1);
+  EXPECT_TRUE(lab.helper()->updateActionSupported());
+  load(lab, simplePolicy);
+  EXPECT_EQ(lab.failure("P").error(), "full");
+  lab.clearFaults();
+  lab.advance(std::chrono::seconds(1));
+  EXPECT_EQ(lab.failure("P").error(), "second");
+  EXPECT_EQ(lab.journal().calls("addRule").size(), 2U) << "calls that it refuses, too";
+  lab.advance(std::chrono::seconds(2));
+  EXPECT_EQ(lab.record("P").rules.size(), 1U);
 }
 
 TEST(Lab, RefusesAFaultThatDoesNotExist) {

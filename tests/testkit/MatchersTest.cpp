@@ -110,6 +110,41 @@ TEST_F(Matching, FailsWithSaysWhatTheFailureIs) {
             "the rule is \"web 15\"");
 }
 
+TEST_F(Matching, NoFailureSaysWhatFailed) {
+  EXPECT_THAT(lab.failure("edge"), NoFailure());
+  lab.inject({"commitError", "full"});
+  lab.load("interface Ethernet3\n service-policy input edge\n");
+  EXPECT_EQ(mismatch(lab.failure("edge"), NoFailure()), "commitPolicy: full");
+}
+
+TEST_F(Matching, AllProgrammedSaysWhatIsNot) {
+  EXPECT_THAT(lab.explain(), AllProgrammed());
+  EXPECT_EQ(mismatch(Lab().explain(), AllProgrammed()), "nothing is attached");
+  lab.load("interface Vlan7\n service-policy input edge\n service-policy output other\n");
+  EXPECT_EQ(mismatch(lab.explain(), AllProgrammed()),
+            "edge/input ipv4: programmed at Ethernet1, Ethernet2; not at Vlan7 (neither layer 2 "
+            "nor has an address)\n"
+            "other/output: policy-map other does not exist");
+}
+
+TEST(RuleMatchers, TakeEverySpellingOfARule) {
+  Lab lab;
+  load(lab, "ip access-list a\n 10 permit icmp any any echo\n 20 deny tcp any any eq www\n"
+            "class-map match-any a\n match access-group a\n match mac any any arp\n"
+            "policy-map a\n class a\n"
+            "interface Ethernet1\n service-policy input a\n");
+  Record const record = lab.record("a", "input", PolicyMap::ClassMapMatchOption::ipv4);
+  EXPECT_THAT(record, HasRule("a 10", "permit icmp any any echo"));
+  EXPECT_THAT(record, HasRule("a 10", "permit icmp any any 8"));
+  EXPECT_THAT(record, RulesAre("a 10 permit  icmp any any echo", "a 20 deny tcp any any eq 80"));
+  EXPECT_EQ(mismatch(record, HasRule("a 10", "permit icmp any any echo-reply")),
+            "rule a 10 is \"" + Text::describe(record.rules[0].match) + "\"");
+  EXPECT_EQ(mismatch(record, HasRule("a 20", "permit tcp any any eq www")),
+            "rule a 20 is \"deny tcp any any eq 80\"");
+  EXPECT_THAT(lab.record("a", "input", PolicyMap::ClassMapMatchOption::mac),
+              HasRule("20", "permit any any arp"));
+}
+
 TEST_F(Matching, AFailureIsOfOneOption) {
   lab.inject({"commitError", "full"});
   lab.load("ipv6 access-list six\n permit ipv6 any any\n"

@@ -40,6 +40,25 @@ std::string failureOf(Statement const& statement) {
   return results.size() == 1 ? results.GetTestPartResult(0).message() : "no failure";
 }
 
+TEST(Printers, ARecordWithItsUnusualCounters) {
+  Record record;
+  record.policy = "edge";
+  record.direction = "input";
+  record.created = true;
+  record.createCount = 1;
+  record.commitCount = 1;
+  EXPECT_EQ(PrintToString(record), "edge/input ipv4, on no interface");
+  record.createCount = 2;
+  record.commitCount = 0;
+  record.beginUpdateActionCount = 4;
+  record.endUpdateActionCount = 3;
+  record.ruleCount = 5;
+  record.subRuleCount = 6;
+  EXPECT_EQ(PrintToString(record),
+            "edge/input ipv4, on no interface, createCount 2, commitCount 0, "
+            "beginUpdateActionCount 4, endUpdateActionCount 3, ruleCount 5, subRuleCount 6");
+}
+
 TEST(Printers, ValuesAsAPersonWritesThem) {
   PolicyMap::PolicyMapSmKey const policy("edge", "input");
   PolicyMap::AclRuleKey const rule("web", "list", 10, ClassMapMatchOption::ipv4);

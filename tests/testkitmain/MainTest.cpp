@@ -22,6 +22,7 @@ using PolicyMapTestKit::Lab;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 std::string const edge = "ip access-list web\n 10 permit tcp any any eq 80\n"
                          "class-map match-any web\n match access-group web\n"
@@ -34,30 +35,48 @@ void breakTheOrder(Lab& lab) {
   lab.helper()->deletePolicy(data, ClassMapMatchOption::ipv6);
 }
 
-std::string messageOf(Lab& lab) {
+// The failure of the test that an action reports before it throws; "none" for any other end.
+template <class Action>
+std::string failureOf(Action const& action) {
+  testing::TestPartResultArray results;
   try {
-    breakTheOrder(lab);
-  } catch (AssertionFailed const& error) {
-    return error.what();
+    testing::ScopedFakeTestPartResultReporter const reporter(
+        testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &results);
+    action();
+  } catch (AssertionFailed const&) {
+    return results.size() == 1 ? results.GetTestPartResult(0).message() : "none";
   }
   return "none";
+}
+
+std::string failureOfABrokenOrder(Lab& lab) {
+  return failureOf([&] { breakTheOrder(lab); });
 }
 
 TEST(Main, AFailedAssertionFailsTheTestAndIsAnException) {
   Lab lab;
   lab.load(edge);
+  EXPECT_THAT(failureOfABrokenOrder(lab),
+              HasSubstr("PolicyMapTestSm: assertion \"data\" failed at"));
   std::string message;
-  EXPECT_NONFATAL_FAILURE(message = messageOf(lab), "assertion \"data\" failed at");
-  EXPECT_THAT(message, HasSubstr("PolicyMapTestSm: assertion \"data\" failed at"));
+  auto const fail = [&] {
+    try {
+      breakTheOrder(lab);
+    } catch (AssertionFailed const& error) {
+      message = error.what();
+    }
+  };
+  EXPECT_NONFATAL_FAILURE(fail(), "assertion");
+  EXPECT_THAT(message, StartsWith("PolicyMapTestSm: assertion \"data\" failed at"));
+  EXPECT_THAT(message, Not(HasSubstr("journal"))) << "the failure of the test has it";
 }
 
 TEST(Main, ItsMessageNamesTheCallAndTheEndOfTheJournal) {
   Lab lab;
   lab.load(edge);
-  std::string message;
-  EXPECT_NONFATAL_FAILURE(message = messageOf(lab), "in the call deletePolicy edge/input ipv6");
-  EXPECT_THAT(message,
-              AllOf(HasSubstr(", after load policy text\n"), HasSubstr("the journal ends with\n"),
+  EXPECT_THAT(failureOfABrokenOrder(lab),
+              AllOf(HasSubstr("in the call deletePolicy edge/input ipv6"),
+                    HasSubstr(", after load policy text\n"), HasSubstr("the journal ends with\n"),
                     HasSubstr("\n6 t=0 commitPolicy edge/input ipv4\n")));
 }
 
@@ -67,8 +86,7 @@ TEST(Main, TheJournalIsCutToTenEntries) {
   for (int i = 0; i < 20; ++i) {
     lab.advance(std::chrono::seconds(1));
   }
-  std::string message;
-  EXPECT_NONFATAL_FAILURE(message = messageOf(lab), "deletePolicy");
+  std::string const message = failureOfABrokenOrder(lab);
   std::string const tail = message.substr(message.find("the journal ends with"));
   EXPECT_EQ(std::count(tail.begin(), tail.end(), '\n'), 10);
   EXPECT_THAT(tail, HasSubstr("27 t=20 deletePolicy"));
@@ -76,13 +94,13 @@ TEST(Main, TheJournalIsCutToTenEntries) {
 
 TEST(Main, InsideAnOperationTheCoreGoesOn) {
   Lab lab;
-  lab.helper()->aroundIs([](HelperCall& call, std::function<void()> const& proceed) {
+  lab.aroundIs([](HelperCall& call, std::function<void()> const& proceed) {
     proceed();
     KOR_ASSERT_AS("Test", "not a commit", call.operation != "commitPolicy");
   });
   EXPECT_NONFATAL_FAILURE(lab.load(edge), "in the call commitPolicy edge/input ipv4");
   EXPECT_EQ(lab.failure("edge").operation(), "commitPolicy");
-  lab.helper()->aroundIs({});
+  lab.aroundIs({});
   lab.advance(std::chrono::seconds(1));
   EXPECT_TRUE(lab.record("edge").created);
 }
@@ -91,16 +109,8 @@ TEST(Main, WithoutALabOnlyTheAssertionIsNamed) {
   std::optional<Lab> lab(std::in_place);
   lab->load(edge);
   lab.reset();
-  std::string message;
-  auto const fail = [&] {
-    try {
-      KOR_ASSERT_AS("Test", "never", false);
-    } catch (AssertionFailed const& error) {
-      message = error.what();
-    }
-  };
-  EXPECT_NONFATAL_FAILURE(fail(), "Test: assertion \"never\" failed at");
-  EXPECT_THAT(message, Not(HasSubstr("journal")));
+  EXPECT_THAT(failureOf([] { KOR_ASSERT_AS("Test", "never", false); }),
+              AllOf(HasSubstr("Test: assertion \"never\" failed at"), Not(HasSubstr("journal"))));
 }
 
 }  // namespace

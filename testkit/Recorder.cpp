@@ -1,35 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "testkit/RecordingHelper.h"
+#include "testkit/Recorder.h"
 
-#include <PolicyMap/HelperArbiter.h>
 #include <PolicyMap/Settling.h>
 
 #include <exception>
-#include <utility>
 
 namespace PolicyMapTestKit {
 
-RecordingHelper::RecordingHelper(bool updateActionSupported, bool expandPortChannels,
-                                 Journal* journal)
-    : ForwardingHelper(updateActionSupported, expandPortChannels), journal_(journal) {}
+Recorder::Recorder() = default;
 
-RecordingHelper::~RecordingHelper() = default;
+Recorder::~Recorder() = default;
 
-std::vector<PolicyMap::AclRuleKey> const& RecordingHelper::rulesAdded(
+std::vector<PolicyMap::AclRuleKey> const& Recorder::rulesAdded(
     PolicyMapTest::AclPolicyType const& policy) const {
   static std::vector<PolicyMap::AclRuleKey> const none;
   auto const found = rulesAdded_.find(policy);
   return found == rulesAdded_.end() ? none : found->second;
 }
 
-void RecordingHelper::asyncOperationResultIs(PolicyMap::AsyncOperationResult const& result) {
+void Recorder::resultArrived(Kor::String const& error) {
   if (journal_ != nullptr) {
-    journal_->resultArrived(result.error());
+    journal_->resultArrived(error);
   }
-  AclHelper::asyncOperationResultIs(result);
 }
 
-void RecordingHelper::around(HelperCall& call, Proceed const& proceed) {
+void Recorder::record(HelperCall& call, Proceed const& proceed, std::string_view cause) {
   // recreatePolicy() of the base calls the operations for deletion and creation.
   if (recreating_ && (call.operation == "deletePolicy" || call.operation == "createPolicy")) {
     proceed();
@@ -37,7 +32,7 @@ void RecordingHelper::around(HelperCall& call, Proceed const& proceed) {
   }
   PolicyMap::ScopedFlag const flag(recreating_, call.operation == "recreatePolicy");
   keepOrder(call);
-  std::uint64_t const number = journal_ != nullptr ? journal_->begin(call, causeNow()) : 0;
+  std::uint64_t const number = journal_ != nullptr ? journal_->begin(call, cause) : 0;
   auto const ended = [&](bool threw) {
     if (journal_ != nullptr) {
       journal_->end(number, call, threw);
@@ -61,12 +56,7 @@ void RecordingHelper::around(HelperCall& call, Proceed const& proceed) {
   ended(false);
 }
 
-// A test may call an operation itself, which then has no cause.
-std::string_view RecordingHelper::causeNow() const {
-  return arbiter().calling() ? arbiter().cause() : std::string_view();
-}
-
-void RecordingHelper::keepOrder(HelperCall const& call) {
+void Recorder::keepOrder(HelperCall const& call) {
   if (call.operation == "addRule") {
     std::vector<PolicyMap::AclRuleKey>& rules = rulesAddedTo(call);
     if (rules.empty() || rules.back() != *call.rule) {
@@ -78,7 +68,7 @@ void RecordingHelper::keepOrder(HelperCall const& call) {
   }
 }
 
-std::vector<PolicyMap::AclRuleKey>& RecordingHelper::rulesAddedTo(HelperCall const& call) {
+std::vector<PolicyMap::AclRuleKey>& Recorder::rulesAddedTo(HelperCall const& call) {
   PolicyMap::PolicyMapSmKey const& key = (*call.policy)->policyKey();
   // Nearly all rules go to the policy of the previous one.
   if (current_ == nullptr || current_->first.option() != *call.option ||
