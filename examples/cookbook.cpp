@@ -9,14 +9,10 @@
 
 #include <Kor/ByName.h>
 
-#include <gmock/gmock.h>
-
 using namespace PolicyMapTestKit;
+using namespace std::chrono_literals;
+using namespace testing;
 using PolicyMap::ClassMapMatchOption;
-using testing::AllOf;
-using testing::Gt;
-using testing::IsEmpty;
-using testing::Not;
 
 namespace {
 

@@ -6,17 +6,12 @@
 #include "testkit/Lab.h"
 #include "testkit/Matchers.h"
 
-#include <gmock/gmock.h>
-
 #include <stdexcept>
 
 using namespace PolicyMapTestKit;
 using namespace std::chrono_literals;
+using namespace testing;
 using PolicyMap::ClassMapMatchOption;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
-using testing::SizeIs;
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <fstream>
 #include <vector>
 
 namespace lab {
@@ -63,7 +64,7 @@ Step readStep(std::string const& argument) {
   if (verb == "trigger") {
     std::optional<std::uint32_t> const number = numberOf<std::uint32_t>(rest);
     if (!number || *number == 0 || *number > mostTriggers) {
-      throw UsageError("--then trigger: N must be 1 to 1000000, found " + excerpt(rest));
+      throw UsageError("trigger: N must be 1 to 1000000, found " + excerpt(rest));
     }
     step.kind = Step::Kind::trigger;
     step.triggers = *number;
@@ -71,15 +72,18 @@ Step readStep(std::string const& argument) {
   }
   if (verb == "inject" && !alone) {
     step.kind = Step::Kind::inject;
-    step.fault = readFaultOf("--then inject", rest);
+    step.fault = readFaultOf("inject", rest);
     return step;
   }
   if (verb == "load" && !rest.empty()) {
     step.kind = Step::Kind::load;
     step.file = rest;
+    if (step.file != standardInput && !std::ifstream(step.file)) {
+      throw UsageError("load: " + step.file + " cannot be read");
+    }
     return step;
   }
-  throw UsageError("--then: expected clear, trigger, trigger N, inject NAME=TEXT or load FILE, "
+  throw UsageError("expected clear, trigger, trigger N, inject NAME=TEXT or load FILE, "
                    "found " +
                    excerpt(argument));
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/ShellVerb.h"
 
+#include "lab/Input.h"
 #include "lab/Kit.h"
 #include "lab/Prompt.h"
 #include "lab/Trial.h"
@@ -161,6 +162,13 @@ ExitStatus ShellVerb::run(Console const& console) {
   }
   Shell shell(console);
   for (std::string const& file : files_) {
+    if (file == standardInput) {
+      ExitStatus const status = runScript(shell, std::cin, "standard input: ", console);
+      if (status != ExitStatus::success) {
+        return status;
+      }
+      continue;
+    }
     std::ifstream script(file);
     ExitStatus const status = runScript(shell, script, file + ": ", console);
     if (!script.is_open() || script.bad()) {

@@ -54,7 +54,7 @@ std::string textOf(std::vector<PolicyMap::SubRuleData> const& subRules) {
   for (PolicyMap::SubRuleData const& subRule : subRules) {
     text += (text.empty() ? "" : " | ") + describe(subRule);
   }
-  return text;
+  return text.empty() ? "none" : text;
 }
 
 // The counters of every record, and those that its rules follow from.

@@ -3,10 +3,13 @@
 
 #include "machines/TestClassCommonData.h"
 #include "testkit/Printing.h"
+#include "testkit/Record.h"
 #include "testkit/text/RuleConversion.h"
 
+#include <PolicyMap/HelperOperationModels.h>
 #include <PolicyMap/PerOption.h>
 
+#include <algorithm>
 #include <ostream>
 #include <sstream>
 
@@ -259,7 +262,21 @@ Journal Journal::some(Wanted const& wanted) const {
   return found;
 }
 
+void needOperation(std::string_view name) {
+  using Helper = PolicyMap::PolicyMapAclHelper;
+  std::vector<std::string> known;
+  for (auto const& row : PolicyMap::helperOperationAttrs<Helper>) {
+    known.emplace_back(row.name);
+  }
+  if (std::find(known.begin(), known.end(), name) == known.end()) {
+    throw LookupError("operation", name, known);
+  }
+}
+
 Journal Journal::calls(std::string_view operation) const {
+  if (!operation.empty()) {
+    needOperation(operation);
+  }
   return some([&](JournalEntry const& entry) {
     return entry.kind == JournalEntry::Kind::call &&
            (operation.empty() || entry.operation == operation);

@@ -90,7 +90,8 @@ class POLICYMAPTESTKIT_API Journal {
   [[nodiscard]] std::uint64_t dropped() const { return dropped_; }
 
   // Copies of some entries, in order.
-  // The calls of the helper; with an operation only those.
+  // The calls of the helper; with an operation only those. Throws LookupError if there is no such
+  // operation.
   [[nodiscard]] Journal calls(std::string_view operation = {}) const;
   [[nodiscard]] Journal ofPolicy(std::string_view policyMap) const;
   [[nodiscard]] Journal ofClass(std::string_view className) const;
@@ -136,6 +137,9 @@ class POLICYMAPTESTKIT_API Journal {
   Kor::String lastDeed_;
   unsigned objectsWritten_ = 0;  // that lastDeed_ names; 0: it is no write
 };
+
+// Throws LookupError if the helper has no operation of this name.
+POLICYMAPTESTKIT_API void needOperation(std::string_view name);
 
 // One line per entry. The first of several calls in a row that have the same policy and cause ends
 // with the cause: " (rules changed)".

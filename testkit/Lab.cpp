@@ -3,6 +3,7 @@
 
 #include "machines/PolicyMapTestSm.h"
 #include "testkit/Assertions.h"
+#include "testkit/Printing.h"
 #include "testkit/config/FilterSettings.h"
 #include "testkit/config/SettingsEditor.h"
 
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <set>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -75,18 +77,26 @@ Lab::~Lab() {
   }
 }
 
-void Lab::load(std::string_view policyText) {
-  load(Text::SourceText("policy text", std::string(policyText)));
+void Lab::load(std::string_view policyText, std::source_location const& where) {
+  std::string const file = where.file_name();
+  std::string const place =
+      file.substr(file.find_last_of('/') + 1) + ":" + std::to_string(where.line());
+  edit(Text::SourceText(place + ": policy text", std::string(policyText)), Text::Reading::strict,
+       "policy text");
 }
 
 void Lab::load(Text::SourceText const& source, Text::Reading reading) {
+  edit(source, reading, *source.name());
+}
+
+void Lab::edit(Text::SourceText const& source, Text::Reading reading, std::string const& name) {
   Text::PolicyText text = Text::parsePolicyText(source, reading);
   Text::Settings settings = configuration_.settings();
   Text::editSettings(settings, text, reading);
   for (auto const& [kind, lines] : text.skipped.byKind()) {
     skipped_.add(kind, lines);
   }
-  journal_.testDid("load", Kor::String(*source.name()));
+  journal_.testDid("load", Kor::String(name));
   configure(settings);
 }
 
@@ -116,6 +126,9 @@ void Lab::settle() {
 void Lab::advance(std::chrono::duration<double> time) {
   std::ostringstream text;
   text << time.count() << " s";
+  if (!(time.count() >= 0)) {
+    throw std::invalid_argument("time advances by 0 s or more, not by " + text.str());
+  }
   journal_.testDid("advance", Kor::String(text.str()));
   usedJournalIs(&journal_);
   loop_.runFor(time.count());
@@ -170,14 +183,29 @@ Record Lab::record(std::string_view policyMap, std::string_view direction,
 
 PolicyMap::PolicyFailure Lab::failure(std::string_view policyMap, std::string_view direction,
                                       std::optional<PolicyMap::ClassMapMatchOption> option) const {
-  Kor::Ptr<PolicyMap::PolicyMapStatus> const status = status_->policyMapStatus(
-      {Kor::Name(std::string(policyMap)), Kor::Name(std::string(direction))});
+  PolicyMap::PolicyMapSmKey const key{Kor::Name(policyMap), Kor::Name(direction)};
+  Kor::Ptr<PolicyMap::PolicyMapStatus> const status = status_->policyMapStatus(key);
+  if (!status) {
+    needAttached(key);
+  }
   for (PolicyMap::ClassMapMatchOption const each : PolicyMap::allMatchOptions) {
     if (status && (!option || *option == each) && !(!status->failure(each))) {
       return status->failure(each);
     }
   }
   return {};
+}
+
+void Lab::needAttached(PolicyMap::PolicyMapSmKey const& policy) const {
+  std::set<std::string> attached;
+  for (auto const& entry : policyMaps()->servicePolicyIteratorConst()) {
+    PolicyMap::PolicyMapSmKey const each(entry.value(), entry.key().direction());
+    if (each == policy) {
+      return;
+    }
+    attached.insert(describe(each));
+  }
+  throw LookupError("attached policy-map", describe(policy), {attached.begin(), attached.end()});
 }
 
 Explanations Lab::explain() const {

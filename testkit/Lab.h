@@ -22,6 +22,7 @@
 // objects that a test still holds must not be programmed any more.
 
 #include "machines/TestServicePolicySm.h"
+#include "testkit/Difference.h"
 #include "testkit/Explanations.h"
 #include "testkit/Export.h"
 #include "testkit/Journal.h"
@@ -41,6 +42,7 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <source_location>
 #include <string_view>
 #include <utility>
 
@@ -65,8 +67,10 @@ class POLICYMAPTESTKIT_API Lab {
   ~Lab();
 
   // Applies policy text as an edit of the current configuration, and settles. Throws
-  // Text::InputError; the configuration is then unchanged.
-  void load(std::string_view policyText);
+  // Text::InputError, which names the line of the caller and that of the text; the configuration is
+  // then unchanged.
+  void load(std::string_view policyText,
+            std::source_location const& where = std::source_location::current());
   void load(Text::SourceText const& source, Text::Reading reading = Text::Reading::strict);
   // Replaces the current configuration by a filter set: policy-map "rules" with classes "rules-1",
   // "rules-2", ..., each matching the access list of its name with the sequence numbers 10, 20,
@@ -78,7 +82,8 @@ class POLICYMAPTESTKIT_API Lab {
 
   // Runs everything that is due now.
   void settle();
-  // Advances the lab's clock and runs what becomes due.
+  // Advances the lab's clock and runs what becomes due. Throws std::invalid_argument for a negative
+  // time.
   void advance(std::chrono::duration<double> time);
   // In seconds since the lab began.
   [[nodiscard]] double now() const { return loop_.now(); }
@@ -87,7 +92,7 @@ class POLICYMAPTESTKIT_API Lab {
   // exist throws Kor::RangeException.
   void inject(Fault const& fault);
   void clearFaults();
-  // Delivers the pending asynchronous result, and settles.
+  // Delivers the pending asynchronous result, if there is one, and settles.
   void trigger();
   // From now on, `around` is called in place of each operation of the helper:
   //
@@ -105,8 +110,8 @@ class POLICYMAPTESTKIT_API Lab {
     PolicyMapTestKit::forEachRecord(recorded_, withRules, visit);
   }
 
-  // Why a policy is not programmed as configured; an empty failure if it is, or is not attached.
-  // Without an option: the first failure by option.
+  // What failed when a policy was programmed; an empty failure if nothing did. Without an option:
+  // the first failure by option. Throws LookupError if the policy is not attached.
   [[nodiscard]] PolicyMap::PolicyFailure failure(
       std::string_view policyMap, std::string_view direction = "input",
       std::optional<PolicyMap::ClassMapMatchOption> option = {}) const;
@@ -150,6 +155,8 @@ class POLICYMAPTESTKIT_API Lab {
   [[nodiscard]] Text::SkippedLines const& skipped() const { return skipped_; }
 
  private:
+  void edit(Text::SourceText const& source, Text::Reading reading, std::string const& name);
+  void needAttached(PolicyMap::PolicyMapSmKey const& policy) const;
   void configure(Text::Settings const& settings);
 
   Kor::EventLoop loop_;

@@ -28,6 +28,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <ostream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -46,6 +47,16 @@ inline std::string joined(std::vector<std::string> const& texts) {
     all += (all.empty() ? "" : ", ") + text;
   }
   return all.empty() ? "none" : all;
+}
+
+// Throws std::invalid_argument unless the name ends with a number: a mistyped one would never be
+// found.
+inline void needRuleName(std::string_view name) {
+  std::string_view const number = name.substr(name.rfind(' ') + 1);
+  if (number.empty() || number.find_first_not_of("0123456789") != std::string_view::npos) {
+    throw std::invalid_argument("a rule's name is \"LIST NUMBER\" or \"NUMBER\", not \"" +
+                                std::string(name) + '"');
+  }
 }
 
 // Compares two lists of lines. `same(expected, i)` compares a line with the actual line i.
@@ -79,7 +90,7 @@ struct ProgrammedMatcher {
     return record.created && !record.dirty;
   }
   void DescribeTo(std::ostream* out) const { *out << "is created and committed"; }
-  void DescribeNegationTo(std::ostream* out) const { *out << "is not created and committed"; }
+  void DescribeNegationTo(std::ostream* out) const { *out << "is not created, or not committed"; }
 };
 
 // One property of a rule with its expected value.
@@ -165,20 +176,36 @@ struct RulesAreMatcher {
   bool MatchAndExplain(Record const& record, std::ostream* out) const {
     std::ostream nowhere(nullptr);
     std::vector<std::string> actual;
+    bool const oneClass = std::all_of(record.begin(), record.end(), [&](RuleRecord const& rule) {
+      return rule.key.className() == record.rules.front().key.className();
+    });
     for (RuleRecord const& rule : record) {
-      actual.push_back(nameInList(rule.key) + " " + Text::describe(rule.match));
+      actual.push_back((oneClass ? "" : rule.key.className().stdString() + " ") +
+                       nameInList(rule.key) + " " + rule.matchText());
     }
     return sameLines(lines, actual, "rule", out == nullptr ? &nowhere : out,
                      [&](std::string const& wanted, std::size_t i) {
-                       RuleRecord const& rule = record.rules[i];
-                       std::string const name = nameInList(rule.key) + " ";
-                       return wanted.starts_with(name) &&
-                              Text::isWritten(rule.match, wanted.substr(name.size()));
+                       return isLineOf(record.rules[i], wanted);
                      });
   }
-  void DescribeTo(std::ostream* out) const { *out << "has the rules " << joined(lines); }
+  void DescribeTo(std::ostream* out) const {
+    *out << (lines.empty() ? "has no rules" : "has the rules " + joined(lines));
+  }
   void DescribeNegationTo(std::ostream* out) const {
-    *out << "does not have the rules " << joined(lines);
+    *out << (lines.empty() ? "has rules" : "does not have the rules " + joined(lines));
+  }
+
+ private:
+  // "[CLASS] LIST NUMBER MATCH".
+  static bool isLineOf(RuleRecord const& rule, std::string const& line) {
+    std::size_t const match = std::min(line.find(" permit "), line.find(" deny "));
+    if (match == std::string::npos) {
+      throw std::invalid_argument("a rule is \"LIST NUMBER MATCH\", not \"" + line + '"');
+    }
+    std::string const name = line.substr(0, match);
+    bool const written = Text::isWritten(rule.match, std::string_view(line).substr(match + 1));
+    std::string const inList = nameInList(rule.key);
+    return written && (name == inList || name == rule.key.className().stdString() + " " + inList);
   }
 };
 
@@ -240,6 +267,10 @@ struct FailsWithMatcher {
       explained << "the operation is " << failure.operation();
       return false;
     }
+    if (!rule.empty() && !failure.rule()) {
+      explained << "it names no rule";
+      return false;
+    }
     if (!rule.empty() && nameInList(failure.rule()) != rule) {
       explained << "the rule is \"" << nameInList(failure.rule()) << '"';
       return false;
@@ -260,10 +291,8 @@ struct FailsWithMatcher {
 struct NoFailureMatcher {
   using is_gtest_matcher = void;
 
-  bool MatchAndExplain(PolicyMap::PolicyFailure const& failure, std::ostream* out) const {
-    if (out != nullptr && !!failure) {
-      *out << describe(failure);
-    }
+  // The value says it all.
+  bool MatchAndExplain(PolicyMap::PolicyFailure const& failure, std::ostream* /*out*/) const {
     return !failure;
   }
   void DescribeTo(std::ostream* out) const { *out << "is no failure"; }
@@ -321,14 +350,15 @@ inline matchers::ProgrammedMatcher Programmed() {
   return {};
 }
 
-// A rule's value of an action by its kind, e.g. Action(1, 7) or Action(1, Gt(5)).
-inline matchers::RuleValueMatcher Action(std::size_t kind, testing::Matcher<std::uint64_t> value) {
+// A rule's value of an action by its kind, e.g. ActionValue(1, 7) or ActionValue(1, Gt(5)).
+inline matchers::RuleValueMatcher ActionValue(std::size_t kind,
+                                              testing::Matcher<std::uint64_t> value) {
   return {matchers::RuleValueMatcher::Property::action, kind, std::move(value)};
 }
 // Action1(7) and so on.
 #define POLICYMAPTEST_ROW(kind)                                                           \
   inline matchers::RuleValueMatcher Action##kind(testing::Matcher<std::uint64_t> value) { \
-    return Action(kind, std::move(value));                                                \
+    return ActionValue(kind, std::move(value));                                           \
   }
 POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
@@ -342,32 +372,42 @@ inline matchers::RuleValueMatcher SubRules(testing::Matcher<std::uint64_t> count
 // values.
 template <class... Values>
 matchers::HasRuleMatcher HasRule(std::string name, std::string match, Values... values) {
+  matchers::needRuleName(name);
   return {std::move(name), std::move(match), {std::move(values)...}};
 }
 inline matchers::HasRuleMatcher HasRule(std::string name) {
+  matchers::needRuleName(name);
   return {std::move(name), {}, {}};
 }
 template <class... Values>
 matchers::HasRuleMatcher HasRule(std::string name, matchers::RuleValueMatcher first,
                                  Values... values) {
+  matchers::needRuleName(name);
   return {std::move(name), {}, {std::move(first), std::move(values)...}};
 }
 
-// A record with exactly these rules in this order, each as "LIST NUMBER MATCH".
+// A record with exactly these rules in this order, each as "LIST NUMBER MATCH", or with the class
+// before it.
 template <class... Lines>
 matchers::RulesAreMatcher RulesAre(Lines... lines) {
   return {{std::string(std::move(lines))...}};
 }
 
-// A record on exactly these interfaces.
+// A record on exactly these interfaces. Throws Kor::RangeException for a name that none can have.
 template <class... Names>
 matchers::OnInterfacesMatcher OnInterfaces(Names... names) {
-  return {{std::string(std::move(names))...}};
+  return {{Vorel::IntfId(Kor::String(std::string(std::move(names)))).name().stdString()...}};
 }
 
 // A failure with this text; with an operation and a rule ("LIST NUMBER") only of that.
 inline matchers::FailsWithMatcher FailsWith(testing::Matcher<std::string> text,
                                             std::string operation = {}, std::string rule = {}) {
+  if (!operation.empty()) {
+    needOperation(operation);
+  }
+  if (!rule.empty()) {
+    matchers::needRuleName(rule);
+  }
   return {std::move(text), std::move(operation), std::move(rule)};
 }
 
@@ -383,10 +423,14 @@ inline matchers::AllProgrammedMatcher AllProgrammed() {
 
 // A journal whose calls of the helper are exactly these. Each is a line of
 // JournalEntry::describe(), of which words at the end may be left out: "addRule edge/input ipv4 web
-// web 10".
+// web 10". Other entries do not count.
 template <class... Lines>
 matchers::CallsMatcher Calls(Lines... lines) {
-  return {{std::string(std::move(lines))...}};
+  matchers::CallsMatcher matcher{{std::string(std::move(lines))...}};
+  for (std::string const& line : matcher.lines) {
+    needOperation(std::string_view(line).substr(0, line.find(' ')));
+  }
+  return matcher;
 }
 
 // NOLINTEND(readability-identifier-naming)

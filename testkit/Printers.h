@@ -6,6 +6,7 @@
 // includes it.
 
 #include "testkit/Explanations.h"
+#include "testkit/Journal.h"
 #include "testkit/Printing.h"
 
 #include <Kor/Ptr.h>
@@ -17,6 +18,7 @@
 #include <concepts>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 // Google Test finds these functions by name, in the namespace of the value.
@@ -32,6 +34,15 @@ template <class Value>
 concept DescribedHere = requires(Value const& value) {
   { describe(value) } -> std::convertible_to<std::string>;
 };
+
+// A call per line, and not in one line as other containers.
+inline void PrintTo(Journal const& journal, std::ostream* out) {
+  *out << (journal.empty() ? "no entries" : "");
+  for (std::string const& line : journal.lines()) {
+    *out << "\n  " << line;
+  }
+  *out << (journal.empty() ? "" : "\n ");
+}
 
 }  // namespace PolicyMapTestKit
 
@@ -81,6 +92,13 @@ inline void PrintTo(AclPolicyType const& type, std::ostream* out) {
 }  // namespace PolicyMapTest
 
 namespace testing::internal {
+
+// As texts, and not as addresses.
+template <>
+class FormatForComparison<char const*, std::string_view> {
+ public:
+  static std::string Format(char const* literal) { return PrintToString(std::string(literal)); }
+};
 
 // A literal is compared with the text, so it is printed as text and not as an address.
 template <>

@@ -73,6 +73,10 @@ std::uint32_t RuleRecord::action(std::size_t kind) const {
   return actions[kind - 1];
 }
 
+std::string RuleRecord::matchText() const {
+  return Text::describe(match);
+}
+
 std::string RuleRecord::describe() const {
   std::string text = nameInList(key) + " " + Text::describe(match);
   for (std::size_t i = 0; i != actions.size(); ++i) {

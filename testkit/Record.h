@@ -48,6 +48,8 @@ struct POLICYMAPTESTKIT_API RuleRecord {
 
   // The value of an action by its kind, 1 or more. Throws LookupError if there is no such kind.
   [[nodiscard]] std::uint32_t action(std::size_t kind) const;
+  // The match as policy text: "permit tcp any any eq 80".
+  [[nodiscard]] std::string matchText() const;
   // "web 10 permit tcp any any eq 80, action1 7, 2 sub-rules": list, number and match, then what is
   // not as usual: actions other than 0, sub-rules other than one without range checker.
   [[nodiscard]] std::string describe() const;

@@ -31,18 +31,21 @@ void Recorder::record(HelperCall& call, Proceed const& proceed, std::string_view
     return;
   }
   PolicyMap::ScopedFlag const flag(recreating_, call.operation == "recreatePolicy");
-  keepOrder(call);
   std::uint64_t const number = journal_ != nullptr ? journal_->begin(call, cause) : 0;
   auto const ended = [&](bool threw) {
     if (journal_ != nullptr) {
       journal_->end(number, call, threw);
     }
   };
+  Proceed const carryOut = [&] {
+    proceed();
+    keepOrder(call);
+  };
   try {
     if (around_) {
-      around_(call, proceed);
+      around_(call, carryOut);
     } else {
-      proceed();
+      carryOut();
     }
   } catch (std::exception const& exception) {
     call.error = Kor::String(exception.what());

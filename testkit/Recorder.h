@@ -25,6 +25,7 @@ class POLICYMAPTESTKIT_API Recorder {
  public:
   using Proceed = std::function<void()>;
   // Called in place of each operation. `proceed` carries it out; the error in `call` is returned.
+  // Without proceed() nothing is recorded, and without an error the core takes this for success.
   using Around = std::function<void(HelperCall& call, Proceed const& proceed)>;
 
   Recorder();

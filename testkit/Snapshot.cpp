@@ -148,7 +148,15 @@ Record const& Snapshot::record(std::string_view policyMap, std::string_view dire
   if (option) {
     wanted += " " + toText(*option);
   }
-  throw LookupError(found.empty() ? "record" : "single record", wanted, known);
+  if (found.empty()) {
+    throw LookupError("record", wanted, known);
+  }
+  std::string names;
+  for (Record const* const record : found) {
+    names += (names.empty() ? "'" : ", '") + record->name() + "'";
+  }
+  throw LookupError("more than one record '" + wanted + "': " + names +
+                    (option ? "" : "; name the option"));
 }
 
 std::ostream& operator<<(std::ostream& out, Snapshot const& snapshot) {

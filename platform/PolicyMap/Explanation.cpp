@@ -65,14 +65,35 @@ PolicyProgress progress(ServicePolicySm const& machine, PolicyMapSmKey const& po
                        : PolicyProgress{ProgrammingState::noMachine};
 }
 
+std::vector<Kor::Name> classesByPriority(ServicePolicySm const& machine,
+                                         PolicyMapSmKey const& policy) {
+  std::map<std::uint32_t, Kor::Name> byPriority;
+  auto const config = machine.policyConfig()->policyMapConfig(Kor::Name(policy.first()));
+  if (config && config->currentSubConfig()) {
+    for (auto const& entry : config->currentSubConfig()->classPrioIteratorConst()) {
+      byPriority.emplace(entry.value(), entry.key());
+    }
+  }
+  std::vector<Kor::Name> classes;
+  for (auto const& [priority, className] : byPriority) {
+    classes.push_back(className);
+  }
+  return classes;
+}
+
 std::vector<Explanation::Missing> missing(ServicePolicySm const& machine,
                                           PolicyMapSmKey const& policy) {
   std::vector<Explanation::Missing> all;
-  if (Kor::Ptr<PolicyMapSm> const policyMachine = machine.policyMapSm(policy)) {
-    for (Kor::Ptr<ClassMapSm> const& classMachine : policyMachine->classesInOrder()) {
-      for (std::string const& object : classMachine->missing()) {
-        all.push_back({classMachine->className(), object});
-      }
+  Kor::Ptr<PolicyMapSm> const policyMachine = machine.policyMapSm(policy);
+  for (Kor::Name const& className : classesByPriority(machine, policy)) {
+    Kor::Ptr<ClassMapSm> const classMachine =
+        policyMachine ? policyMachine->classMapSm(className) : nullptr;
+    if (!classMachine) {
+      all.push_back({className, "class-map " + className.stdString()});
+      continue;
+    }
+    for (std::string const& object : classMachine->missing()) {
+      all.push_back({className, object});
     }
   }
   return all;

@@ -122,6 +122,13 @@ class IpOptions {
     if (rule_.protocol() != protocol::icmp && rule_.protocol() != protocol::icmp6) {
       return false;
     }
+    if (lexer_.accept("icmp-type") && !isNumber()) {
+      lexer_.fail("ICMP type 0-255");
+    }
+    if (!!rule_.icmpType() && !rule_.icmpCode() && lexer_.accept("icmp-code")) {
+      rule_.icmpCodeIs(takeNumber(lexer_, "ICMP code", 0, 255));
+      return true;
+    }
     auto const protocol = static_cast<std::uint8_t>(*rule_.protocol());
     auto const message = icmpMessage(protocol, lexer_.peek().text);
     bool const numeric = isNumber();

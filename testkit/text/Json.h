@@ -39,7 +39,8 @@ class POLICYMAPTESTKIT_API Json {
   using Object = std::vector<std::pair<std::string, Json>>;
 
   Json();  // null
-  // Not inline: the compiler reports moves of a variant of containers as uses of uninitialized data.
+  // Not inline: the compiler reports moves of a variant of containers as uses of uninitialized
+  // data.
   Json(Json const& other);
   Json(Json&& other) noexcept;
   Json& operator=(Json const& other);

@@ -6,6 +6,8 @@
 #include "testkit/text/PortNames.h"
 #include "testkit/text/RuleConversion.h"
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -194,12 +196,19 @@ Rule parseIpRule(Lexer& lexer, Family family, Verdict verdict) {
 
 bool takeEtherType(Lexer& lexer, Acl::MacRuleConfig& rule) {
   std::uint64_t number = 0;
+  bool const word = lexer.peek().is("ethertype") && !rule.ethertype();
+  if (word) {
+    lexer.next();
+  }
   auto type = etherTypeNumber(lexer.peek().text);
   if (parseNumber(lexer.peek().text, 0, 0xffff, number) ||
       parseHexNumber(lexer.peek().text, 0xffff, number)) {
     type = static_cast<std::uint16_t>(number);
   }
   if (!type || rule.ethertype()) {
+    if (word) {
+      lexer.fail("an Ethernet type 0-0xffff or its name");
+    }
     return false;
   }
   rule.ethertypeIs(*type);
@@ -245,17 +254,29 @@ bool isWritten(ConfiguredRule const& rule, std::string_view text) {
   if (describe(rule) == text) {
     return true;
   }
+  // The error at the rightmost word is that of the kind of rule that is meant.
+  std::optional<SyntaxFailure> error;
+  bool isRule = false;
   for (RuleKind const kind : {RuleKind::ip4, RuleKind::ip6, RuleKind::mac}) {
     try {
       Lexer lexer(text);
       bool const deny = lexer.accept("deny");
-      if ((deny || lexer.accept("permit")) &&
-          parseRule(lexer, kind, deny ? Verdict::deny : Verdict::permit) == rule) {
+      if (!deny && !lexer.accept("permit")) {
+        lexer.fail("permit or deny");
+      }
+      if (parseRule(lexer, kind, deny ? Verdict::deny : Verdict::permit) == rule) {
         return true;
       }
-    } catch (SyntaxFailure const&) {
-      // It may be a rule of another kind.
+      isRule = true;
+    } catch (SyntaxFailure const& failure) {
+      if (!error || failure.found.column > error->found.column) {
+        error = failure;
+      }
     }
+  }
+  if (!isRule) {
+    static auto const file = std::make_shared<std::string const>("expected rule");
+    throw InputError({file, 1, error->found.column}, error->expected, error->found.text);
   }
   return false;
 }

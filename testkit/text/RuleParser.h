@@ -29,7 +29,8 @@ constexpr RuleKind extendedRule(Family family) noexcept {
 POLICYMAPTESTKIT_API ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict);
 
 // True if `text` is the rule as policy text, in any of its spellings, or as messages show it:
-// "permit tcp any any eq www", "permit tcp any any eq 80".
+// "permit tcp any any eq www", "permit tcp any any eq 80". Throws InputError if it is no rule at
+// all.
 POLICYMAPTESTKIT_API bool isWritten(ConfiguredRule const& rule, std::string_view text);
 
 }  // namespace PolicyMapTestKit::Text

@@ -269,11 +269,11 @@ TEST(Faults, AStepThatIsNotUnderstoodSaysWhatIsExpected) {
     }
     return std::string("no error");
   };
-  EXPECT_EQ(errorOf("wait"), "--then: expected clear, trigger, trigger N, inject NAME=TEXT or "
+  EXPECT_EQ(errorOf("wait"), "expected clear, trigger, trigger N, inject NAME=TEXT or "
                              "load FILE, found 'wait'");
-  EXPECT_EQ(errorOf("trigger 0"), "--then trigger: N must be 1 to 1000000, found '0'");
+  EXPECT_EQ(errorOf("trigger 0"), "trigger: N must be 1 to 1000000, found '0'");
   EXPECT_THAT(errorOf("inject x=y"),
-              testing::StartsWith("--then inject: expected NAME=TEXT with one of createError, "));
+              testing::StartsWith("inject: expected NAME=TEXT with one of createError, "));
   EXPECT_EQ(errorOf("trigger 1000000"), "no error");
 }
 

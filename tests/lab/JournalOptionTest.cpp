@@ -37,7 +37,7 @@ TEST_F(JournalOption, TextFollowsTheReport) {
                      "  2 t=0 [load " +
                      path +
                      "]\n"
-                     "  3 t=0 createPolicy P/input ipv4\n"
+                     "  3 t=0 createPolicy P/input ipv4 (rules changed)\n"
                      "  4 t=0 addRule P/input ipv4 P P 10 permit tcp any any eq 80 (dst 80) "
                      "action1=1\n"
                      "  5 t=0 addIntfToPolicy P/input ipv4 Ethernet1\n"

@@ -13,7 +13,13 @@ fault() {
 
 # Links and the folders of the table.
 while IFS= read -r path; do
-  if [[ ! -e $path ]]; then fault "there is no $path"; fi
+  # A heading of a page is all lower case, with a hyphen for each blank.
+  heading=${path#*#}
+  if [[ ! -e ${path%%#*} ]]; then
+    fault "there is no ${path%%#*}"
+  elif [[ $path == *'#'* ]] && ! grep -qixE "#+ ${heading//-/.}" "${path%%#*}"; then
+    fault "there is no heading for $path"
+  fi
 done < <({ grep -oE '\]\([^):]+\)' README.md | tr -d '])('; grep -oE '^\| `[a-z]+/`' README.md | tr -d '|` '; } | sort -u)
 
 # ./dev commands.

@@ -24,6 +24,16 @@ std::vector<std::string> linesAfter(std::string const& text, LabOptions const& o
   return lab.explain().lines();
 }
 
+TEST(Explanations, NamesEveryMissingClassMap) {
+  Lab lab;
+  lab.load(policyAt + "policy-map P\n class wob insert-before C\n class wbe\n"
+                      "interface Ethernet1\n service-policy input P\n");
+  std::string const line = "P/input ipv4: programmed at Ethernet1; class wob: missing class-map "
+                           "wob; class wbe: missing class-map wbe";
+  EXPECT_THAT(lab.explain("P").lines(), ElementsAre(line));
+  EXPECT_THAT(lab.explain("P").notProgrammed(), ElementsAre(line));
+}
+
 TEST(Explanations, NamesTheMembersOfAPortChannel) {
   std::string const text = std::string(simplePolicy) +
                            "interface PortChannel1\n service-policy input P\n"

@@ -54,6 +54,19 @@ TEST(Journal, HasUpdatesOfActionsAndRemovals) {
       ElementsAre("removeIntfFromPolicy P/input ipv4 Ethernet1", "deletePolicy P/input ipv4"));
 }
 
+TEST(Journal, ACallThatIsNotCarriedOutDoesNotChangeTheOrderOfRules) {
+  Lab lab;
+  load(lab, simplePolicy);
+  load(lab, "ip access-list P\n 20 permit udp any any\n");
+  lab.aroundIs([](HelperCall& /*call*/, std::function<void()> const& /*proceed*/) {});
+  load(lab, "ip access-list P\n no 10\n 5 permit icmp any any\n");
+  std::vector<std::string> rules;
+  for (RuleRecord const& rule : lab.record("P")) {
+    rules.push_back(rule.matchText());
+  }
+  EXPECT_THAT(rules, ElementsAre("permit tcp any any eq 80", "permit udp any any"));
+}
+
 TEST(Journal, HasWhatATestWrites) {
   Lab lab;
   load(lab, simplePolicy);

@@ -141,6 +141,28 @@ TEST(Lab, RecordsTheCallsOfAHelperOfOnesOwn) {
   EXPECT_EQ(lab.record("P").rules.size(), 1U);
 }
 
+TEST(Lab, AnErrorInATextNamesItsPlaceInTheTestAndInTheText) {
+  Lab lab;
+  EXPECT_THAT([&] { lab.load("policy-map P\n class C\n  set acton1 7"); },
+              testing::ThrowsMessage<Text::InputError>(testing::MatchesRegex(
+                  "LabTest.cpp:[0-9]+: policy text:3:7: expected .*, found 'acton1'")));
+}
+
+TEST(Lab, TimeDoesNotGoBack) {
+  Lab lab;
+  EXPECT_THROW(lab.advance(std::chrono::seconds(-1)), std::invalid_argument);
+  EXPECT_EQ(lab.now(), 0);
+}
+
+TEST(Lab, TheFailureOfAPolicyThatIsNotAttachedIsAMistake) {
+  Lab lab;
+  load(lab, simplePolicy);
+  EXPECT_EQ(lab.failure("P"), PolicyMap::PolicyFailure());
+  EXPECT_THAT(
+      [&] { static_cast<void>(lab.failure("p")); },
+      testing::ThrowsMessage<LookupError>("no attached policy-map 'p/input'; nearest: 'P/input'"));
+}
+
 TEST(Lab, RefusesAFaultThatDoesNotExist) {
   Lab lab;
   EXPECT_THAT(

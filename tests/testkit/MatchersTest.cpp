@@ -6,11 +6,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 
 namespace PolicyMapTestKit::test {
 namespace {
 
+using testing::AllOf;
 using testing::Gt;
 using testing::HasSubstr;
 using testing::Not;
@@ -67,9 +69,9 @@ TEST_F(Matching, HasRuleSaysWhichPartDiffers) {
 TEST_F(Matching, ARulesValuesAreMatchedByThemselves) {
   RuleRecord const rule = lab.record("edge").rule("web 20");
   EXPECT_THAT(rule, Action1(7));
-  EXPECT_THAT(rule, Action(3, 9));
+  EXPECT_THAT(rule, ActionValue(3, 9));
   EXPECT_THAT(rule, SubRules(1));
-  EXPECT_EQ(mismatch(rule, Action(1, 8)), "action1 is 7");
+  EXPECT_EQ(mismatch(rule, ActionValue(1, 8)), "action1 is 7");
 }
 
 TEST_F(Matching, RulesAreNamesTheFirstDifference) {
@@ -114,7 +116,8 @@ TEST_F(Matching, NoFailureSaysWhatFailed) {
   EXPECT_THAT(lab.failure("edge"), NoFailure());
   lab.inject({"commitError", "full"});
   lab.load("interface Ethernet3\n service-policy input edge\n");
-  EXPECT_EQ(mismatch(lab.failure("edge"), NoFailure()), "commitPolicy: full");
+  EXPECT_THAT(lab.failure("edge"), Not(NoFailure()));
+  EXPECT_EQ(testing::PrintToString(lab.failure("edge")), "commitPolicy: full");
 }
 
 TEST_F(Matching, AllProgrammedSaysWhatIsNot) {
@@ -127,6 +130,44 @@ TEST_F(Matching, AllProgrammedSaysWhatIsNot) {
             "other/output: policy-map other does not exist");
 }
 
+// What can match nothing is an error, also below Not().
+TEST_F(Matching, ATextThatCanMatchNothingIsAnError) {
+  using Unread = std::invalid_argument;
+  Record const record = lab.record("edge");
+  EXPECT_THROW(static_cast<void>(HasRule("web10")), Unread);
+  EXPECT_THROW(static_cast<void>(HasRule("web ten", Action1(7))), Unread);
+  EXPECT_THROW(static_cast<void>(HasRule("", "permit ip any any")), Unread);
+  EXPECT_THROW(static_cast<void>(FailsWith("x", "comitPolicy")), LookupError);
+  EXPECT_THROW(static_cast<void>(FailsWith("x", "addRule", "web")), Unread);
+  EXPECT_THROW(static_cast<void>(Calls("addRule", "hwInitt x")), LookupError);
+  EXPECT_THROW(static_cast<void>(OnInterfaces("Foo")), Kor::RangeException);
+  EXPECT_THROW(static_cast<void>(lab.journal().calls("addRul")), LookupError);
+  EXPECT_THROW(mismatch(record, RulesAre("web 10")), Unread);
+  EXPECT_THAT([&] { mismatch(record, Not(HasRule("web 10", "permit tcp any any eqq 80"))); },
+              testing::ThrowsMessage<Text::InputError>(
+                  HasSubstr("expected rule:1:20: expected a rule option (")));
+}
+
+TEST_F(Matching, RulesAreTellsClassesApart) {
+  lab.load("class-map match-any two\n match access-group web\n"
+           "policy-map edge\n class two insert-before web\n exit\n"
+           "ip access-list web\n no 20\n no 30\n");
+  Record const record = lab.record("edge");
+  EXPECT_THAT(record, RulesAre("two web 10 permit tcp any any eq 80",
+                               "web web 10 permit tcp any any eq 80"));
+  EXPECT_EQ(mismatch(record, RulesAre("web web 10 permit tcp any any eq 80",
+                                      "two web 10 permit tcp any any eq 80")),
+            "rule 1 is \"two web 10 permit tcp any any eq 80\", not \"web web 10 permit tcp any "
+            "any eq 80\"");
+}
+
+TEST_F(Matching, AFailureOfNoRuleNamesNone) {
+  lab.inject({"commitError", "full"});
+  lab.load("interface Ethernet3\n service-policy input edge\n");
+  EXPECT_EQ(mismatch(lab.failure("edge"), FailsWith("full", "commitPolicy", "web 10")),
+            "it names no rule");
+}
+
 TEST(RuleMatchers, TakeEverySpellingOfARule) {
   Lab lab;
   load(lab, "ip access-list a\n 10 permit icmp any any echo\n 20 deny tcp any any eq www\n"
@@ -136,13 +177,16 @@ TEST(RuleMatchers, TakeEverySpellingOfARule) {
   Record const record = lab.record("a", "input", PolicyMap::ClassMapMatchOption::ipv4);
   EXPECT_THAT(record, HasRule("a 10", "permit icmp any any echo"));
   EXPECT_THAT(record, HasRule("a 10", "permit icmp any any 8"));
+  EXPECT_THAT(record, HasRule("a 10", record.rules[0].matchText()));
   EXPECT_THAT(record, RulesAre("a 10 permit  icmp any any echo", "a 20 deny tcp any any eq 80"));
   EXPECT_EQ(mismatch(record, HasRule("a 10", "permit icmp any any echo-reply")),
             "rule a 10 is \"" + Text::describe(record.rules[0].match) + "\"");
   EXPECT_EQ(mismatch(record, HasRule("a 20", "permit tcp any any eq www")),
             "rule a 20 is \"deny tcp any any eq 80\"");
   EXPECT_THAT(lab.record("a", "input", PolicyMap::ClassMapMatchOption::mac),
-              HasRule("20", "permit any any arp"));
+              AllOf(HasRule("20", "permit any any arp"),
+                    HasRule("20", "permit any any ethertype arp"),
+                    HasRule("20", "permit any any ethertype 2054")));
 }
 
 TEST_F(Matching, AFailureIsOfOneOption) {
@@ -153,7 +197,9 @@ TEST_F(Matching, AFailureIsOfOneOption) {
   EXPECT_THAT(lab.failure("edge", "input", ClassMapMatchOption::ipv6), FailsWith("full"));
   EXPECT_THAT(lab.failure("edge", "input", ClassMapMatchOption::ipv4), Not(FailsWith("full")));
   EXPECT_THAT(lab.failure("edge"), FailsWith("full"));
-  EXPECT_THAT(lab.failure("edge", "output"), Not(FailsWith("full")));
+  EXPECT_THAT([&] { static_cast<void>(lab.failure("edge", "output")); },
+              testing::ThrowsMessage<LookupError>(
+                  "no attached policy-map 'edge/output'; nearest: 'edge/input'"));
 }
 
 TEST_F(Matching, CallsNamesTheFirstDifference) {
@@ -163,8 +209,8 @@ TEST_F(Matching, CallsNamesTheFirstDifference) {
                            "addIntfToPolicy edge/input ipv4 Ethernet2", "commitPolicy"));
   EXPECT_THAT(mismatch(calls, Calls("createPolicy", "commitPolicy")),
               StartsWith("call 2 is \"addRule edge/input ipv4 web web 10 "));
-  EXPECT_EQ(mismatch(lab.journal().calls("commitPolicy"), Calls("commit")),
-            "call 1 is \"commitPolicy edge/input ipv4\", not \"commit\"")
+  EXPECT_EQ(mismatch(lab.journal().calls("commitPolicy"), Calls("commitPolicy edge")),
+            "call 1 is \"commitPolicy edge/input ipv4\", not \"commitPolicy edge\"")
       << "whole words";
 }
 

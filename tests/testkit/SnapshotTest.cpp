@@ -57,9 +57,10 @@ TEST(Snapshot, NamesTheNearestRecordsOfALookUpThatFails) {
               ThrowsMessage<LookupError>("no record 'P/output'; nearest: 'P/input ipv4'"));
   load(lab, "ipv6 access-list P\n permit ipv6 any any\n"
             "class-map match-any P\n match ipv6 access-group P\n");
-  EXPECT_THAT([&] { static_cast<void>(lab.record("P")); },
-              ThrowsMessage<LookupError>(
-                  "no single record 'P/input'; nearest: 'P/input ipv4', 'P/input ipv6'"));
+  EXPECT_THAT(
+      [&] { static_cast<void>(lab.record("P")); },
+      ThrowsMessage<LookupError>(
+          "more than one record 'P/input': 'P/input ipv4', 'P/input ipv6'; name the option"));
 }
 
 TEST(Snapshot, IsAValue) {
