@@ -33,7 +33,7 @@ constexpr std::uint32_t slot = 65535;
 constexpr std::uint32_t logical = 2147483647;
 
 // Indexed by IntfKind.
-constexpr std::array<KindTraits, 15> kinds{{
+constexpr std::array<KindTraits, 25> kinds{{
     {"", "", "", 0, 0, 0, false, false},
     {"Ethernet", "ethernet", "", 0, slot, mostNumbers, true, true},
     {"FastEthernet", "fastethernet", "", 0, slot, mostNumbers, true, true},
@@ -44,12 +44,22 @@ constexpr std::array<KindTraits, 15> kinds{{
     {"FortyGigabitEthernet", "fortygigabitethernet", "fortygige", 0, slot, mostNumbers, true, true},
     {"HundredGigE", "hundredgige", "hundredgigabitethernet", 0, slot, mostNumbers, true, true},
     {"Serial", "serial", "", 0, slot, mostNumbers, true, true},
-    {"PortChannel", "portchannel", "", 0, slot, 1, false, true},
+    {"PortChannel", "portchannel", "bundleether", 0, slot, 1, false, true},
     {"Vlan", "vlan", "", 1, 4094, 1, false, false},
     {"Management", "management", "mgmt", 0, slot, mostNumbers, false, false},
     {"Loopback", "loopback", "", 0, logical, 1, false, false},
     {"Tunnel", "tunnel", "", 0, logical, 1, false, false},
     {"BDI", "bdi", "", 1, slot, 1, false, false},
+    {"TwoGigabitEthernet", "twogigabitethernet", "", 0, slot, mostNumbers, true, true},
+    {"FiveGigabitEthernet", "fivegigabitethernet", "fivegige", 0, slot, mostNumbers, true, true},
+    {"FourHundredGigE", "fourhundredgige", "", 0, slot, mostNumbers, true, true},
+    {"AppGigabitEthernet", "appgigabitethernet", "", 0, slot, mostNumbers, true, true},
+    {"BVI", "bvi", "", 1, slot, 1, false, false},
+    {"Multilink", "multilink", "", 0, logical, mostNumbers, false, true},
+    {"Dialer", "dialer", "", 0, logical, 1, false, false},
+    {"Cellular", "cellular", "", 0, slot, mostNumbers, false, true},
+    {"Virtual-Template", "virtualtemplate", "", 0, logical, 1, false, false},
+    {"Null", "null", "", 0, slot, 1, false, false},
 }};
 
 KindTraits const& traitsOf(IntfKind kind) {
@@ -104,7 +114,8 @@ IntfKind kindOf(std::string_view word) {
     if (word == kinds[i].spelling || word == kinds[i].otherSpelling) {
       return kind;
     }
-    if (begins(kinds[i].spelling) || begins(kinds[i].otherSpelling)) {
+    bool const abbreviates = kind <= IntfKind::bdi;
+    if (abbreviates && (begins(kinds[i].spelling) || begins(kinds[i].otherSpelling))) {
       if (found != IntfKind::none) {
         return IntfKind::none;
       }
