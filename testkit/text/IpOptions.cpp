@@ -2,6 +2,7 @@
 #include "testkit/text/IpOptions.h"
 
 #include "testkit/text/Comparison.h"
+#include "testkit/text/MatchConditions.h"
 #include "testkit/text/PortNames.h"
 
 #include <algorithm>
@@ -28,7 +29,8 @@ constexpr NamedFlag tcpFlags[] = {
 
 class IpOptions {
  public:
-  IpOptions(Lexer& lexer, Acl::IpFilterBase& rule) : lexer_(lexer), rule_(rule) {}
+  IpOptions(Lexer& lexer, Acl::IpFilterBase& rule, std::optional<std::uint8_t>* precedence)
+      : lexer_(lexer), rule_(rule), precedence_(precedence) {}
 
   void takeAll() {
     while (!lexer_.peek().atEnd()) {
@@ -61,16 +63,20 @@ class IpOptions {
     if (!lexer_.peek().is("dscp")) {
       return false;
     }
-    refuseIf(!!rule_.dscp(), "one dscp in a rule");
+    refuseIf(!!rule_.dscp() || (precedence_ != nullptr && *precedence_),
+             "one dscp or precedence in a rule");
     lexer_.next();
-    std::uint64_t value = 0;
-    if (auto const named = dscpNumber(lexer_.peek().text)) {
-      value = *named;
-    } else if (!parseNumber(lexer_.peek().text, 0, 63, value)) {
-      lexer_.fail("dscp 0-63 or a DSCP name");
+    rule_.dscpIs(takeDscpNumber(lexer_));
+    return true;
+  }
+
+  bool takePrecedence(std::string_view word) {
+    if (precedence_ == nullptr || !lexer_.peek().is(word)) {
+      return false;
     }
+    refuseIf(!!rule_.dscp() || *precedence_, "one dscp or precedence in a rule");
     lexer_.next();
-    rule_.dscpIs(value);
+    *precedence_ = static_cast<std::uint8_t>(takePrecedenceNumber(lexer_));
     return true;
   }
 
@@ -155,6 +161,14 @@ class IpOptions {
     return lexer_.accept("log") || lexer_.accept("log-input");
   }
 
+  bool takeTimeRange(std::string_view word) {
+    bool const taken = lexer_.accept(word);
+    if (taken) {
+      takeName(lexer_, "the name of a time-range");
+    }
+    return taken;
+  }
+
   bool isNumber() const {
     std::uint64_t number = 0;
     return parseNumber(lexer_.peek().text, 0, UINT64_MAX, number);
@@ -189,11 +203,14 @@ class IpOptions {
       Option{"tcpFlags", "a TCP flag", &IpOptions::takeTcpFlag},
       Option{"icmpType", "an ICMP message", &IpOptions::takeIcmp},
       Option{"fragments", "fragments", &IpOptions::takeFlag<&F::fragments, &F::fragmentsIs>},
+      Option{"", "precedence", &IpOptions::takePrecedence},
       Option{"", "log", &IpOptions::takeLog},
+      Option{"", "time-range", &IpOptions::takeTimeRange},
   };
 
   Lexer& lexer_;
   Acl::IpFilterBase& rule_;
+  std::optional<std::uint8_t>* precedence_;
 };
 
 static_assert(Acl::saysEachField<Acl::IpFilterBase>(IpOptions::knows),
@@ -201,8 +218,8 @@ static_assert(Acl::saysEachField<Acl::IpFilterBase>(IpOptions::knows),
 
 }  // namespace
 
-void takeIpOptions(Lexer& lexer, Acl::IpFilterBase& rule) {
-  IpOptions(lexer, rule).takeAll();
+void takeIpOptions(Lexer& lexer, Acl::IpFilterBase& rule, std::optional<std::uint8_t>* precedence) {
+  IpOptions(lexer, rule, precedence).takeAll();
 }
 
 }  // namespace PolicyMapTestKit::Text

@@ -8,10 +8,14 @@
 
 #include <Acl/IpFilterBase.h>
 
+#include <cstdint>
+#include <optional>
+
 namespace PolicyMapTestKit::Text {
 
-// Reads options into `rule`, whose protocol is set, up to the end of the line. Raises
-// SyntaxFailure.
-POLICYMAPTESTKIT_API void takeIpOptions(Lexer& lexer, Acl::IpFilterBase& rule);
+// Reads options into `rule`, whose protocol is set, up to the end of the line. A precedence, which
+// is no field of a rule, goes to `precedence`; null: it is not allowed. Raises SyntaxFailure.
+POLICYMAPTESTKIT_API void takeIpOptions(Lexer& lexer, Acl::IpFilterBase& rule,
+                                        std::optional<std::uint8_t>* precedence = nullptr);
 
 }  // namespace PolicyMapTestKit::Text

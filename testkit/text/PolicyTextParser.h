@@ -18,8 +18,9 @@
 namespace PolicyMapTestKit::Text {
 
 enum class Reading : std::uint8_t {
-  strict,   // every line must be valid
-  lenient,  // unknown lines are skipped whole, and counted
+  strict,    // every line must be valid
+  lenient,   // unknown lines are skipped whole, and counted
+  widening,  // lenient, and a class that loses a condition so matches more
 };
 
 // The content of a policy text file.
@@ -36,7 +37,10 @@ struct PolicyText {
 // A lenient reading skips each line that it cannot parse, the more deeply indented lines below it,
 // and the text of banners. If such a line is not indented more deeply than the command that opened
 // the mode, it ends the mode if the mode's other lines are indented more deeply, or if it starts a
-// block of its own (router, line, object-group, ...).
+// block of its own (router, line, ...).
+//
+// A skipped `match` line is kept as a condition that no rule expresses, so that a match-all class
+// does not match more than its text says, but nothing; unless the reading is widening.
 POLICYMAPTESTKIT_API PolicyText parsePolicyText(SourceText const& source, Reading reading);
 
 }  // namespace PolicyMapTestKit::Text

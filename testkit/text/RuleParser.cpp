@@ -6,6 +6,8 @@
 #include "testkit/text/PortNames.h"
 #include "testkit/text/RuleConversion.h"
 
+#include <algorithm>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,20 +29,6 @@ std::uint64_t takePort(Lexer& lexer, std::uint8_t protocol, std::uint64_t low, s
   }
   lexer.next();
   return port;
-}
-
-Acl::PortMatch takePorts(Lexer& lexer, std::optional<std::uint8_t> protocol) {
-  Lexer const before = lexer;
-  Acl::MatchOp const comparison = acceptComparison(lexer);
-  if (comparison == Acl::MatchOp::any) {
-    return {};
-  }
-  if (!protocol || !hasPorts(*protocol)) {
-    before.fail("protocol tcp, udp or sctp before a port");
-  }
-  return takeOperands<Acl::PortMatch>(comparison, [&](std::uint64_t low, std::uint64_t high) {
-    return takePort(lexer, *protocol, low, high);
-  });
 }
 
 AddressBytes takeAddress(Lexer& lexer, Family family, std::string_view what) {
@@ -107,7 +95,20 @@ Address takeIp6Address(Lexer& lexer, std::string_view side) {
   lexer.fail(std::string(side) + ": any, host A or A/LENGTH");
 }
 
-Address takeIpAddress(Lexer& lexer, Family family, std::string_view side) {
+// Takes the name of an object-group if one of the words precedes it.
+bool takeGroup(Lexer& lexer, std::initializer_list<std::string_view> words, std::string* group) {
+  bool const named = group != nullptr && std::any_of(words.begin(), words.end(),
+                                                     [&](auto word) { return lexer.accept(word); });
+  if (named) {
+    *group = takeName(lexer, "an object-group name").text;
+  }
+  return named;
+}
+
+Address takeIpAddress(Lexer& lexer, Family family, std::string_view side, std::string* group) {
+  if (takeGroup(lexer, {"object-group", "addrgroup", "net-group"}, group)) {
+    return {};
+  }
   return family == Family::ip4 ? takeIp4Address(lexer, side, false) : takeIp6Address(lexer, side);
 }
 
@@ -177,20 +178,37 @@ Acl::IpRuleConfig parseStandardRule(Lexer& lexer, Verdict verdict) {
   return rule;
 }
 
+Acl::PortMatch takePortsOrGroup(Lexer& lexer, std::optional<std::uint8_t> protocol,
+                                std::initializer_list<std::string_view> words, std::string* group) {
+  bool const possible = protocol && hasPorts(*protocol);
+  return possible && takeGroup(lexer, words, group) ? Acl::PortMatch() : takePorts(lexer, protocol);
+}
+
+// Null `groups`: they are not allowed.
 template <class Rule>
-Rule parseIpRule(Lexer& lexer, Family family, Verdict verdict) {
+Rule parseIpRule(Lexer& lexer, Family family, Verdict verdict, RuleGroups* groups) {
   using Match = typename Rule::AddressMatch;
   Rule rule;
   rule.permitIs(verdict == Verdict::permit);
-  std::optional<std::uint8_t> const protocol = takeProtocol(lexer, family);
+  auto const group = [groups](std::string RuleGroups::*name) {
+    return groups == nullptr ? nullptr : &(groups->*name);
+  };
+  std::optional<std::uint8_t> protocol;
+  if (!takeGroup(lexer, {"object-group"}, group(&RuleGroups::service))) {
+    protocol = takeProtocol(lexer, family);
+  }
   if (protocol) {
     rule.protocolIs(*protocol);
   }
-  rule.sourceIs(addressMatch<Match>(takeIpAddress(lexer, family, "source")));
-  rule.srcPortIs(takePorts(lexer, protocol));
-  rule.destinationIs(addressMatch<Match>(takeIpAddress(lexer, family, "destination")));
-  rule.dstPortIs(takePorts(lexer, protocol));
-  takeIpOptions(lexer, rule);
+  rule.sourceIs(
+      addressMatch<Match>(takeIpAddress(lexer, family, "source", group(&RuleGroups::source))));
+  rule.srcPortIs(takePortsOrGroup(lexer, protocol, {"portgroup", "port-group"},
+                                  group(&RuleGroups::sourcePorts)));
+  rule.destinationIs(addressMatch<Match>(
+      takeIpAddress(lexer, family, "destination", group(&RuleGroups::destination))));
+  rule.dstPortIs(takePortsOrGroup(lexer, protocol, {"portgroup", "port-group", "object-group"},
+                                  group(&RuleGroups::destinationPorts)));
+  takeIpOptions(lexer, rule, groups == nullptr ? nullptr : &groups->precedence);
   return rule;
 }
 
@@ -238,16 +256,44 @@ Acl::MacRuleConfig parseMacRule(Lexer& lexer, Verdict verdict) {
   return rule;
 }
 
-}  // namespace
-
-ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict) {
+ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict, RuleGroups* groups) {
   switch (kind) {
   case RuleKind::standardIp4: return parseStandardRule(lexer, verdict);
-  case RuleKind::ip4: return parseIpRule<Acl::IpRuleConfig>(lexer, Family::ip4, verdict);
-  case RuleKind::ip6: return parseIpRule<Acl::Ip6RuleConfig>(lexer, Family::ip6, verdict);
+  case RuleKind::ip4: return parseIpRule<Acl::IpRuleConfig>(lexer, Family::ip4, verdict, groups);
+  case RuleKind::ip6: return parseIpRule<Acl::Ip6RuleConfig>(lexer, Family::ip6, verdict, groups);
   case RuleKind::mac: break;
   }
   return parseMacRule(lexer, verdict);
+}
+
+}  // namespace
+
+Acl::PortMatch takePorts(Lexer& lexer, std::optional<std::uint8_t> protocol) {
+  Lexer const before = lexer;
+  Acl::MatchOp const comparison = acceptComparison(lexer);
+  if (comparison == Acl::MatchOp::any) {
+    return {};
+  }
+  if (!protocol || !hasPorts(*protocol)) {
+    before.fail("protocol tcp, udp or sctp before a port");
+  }
+  return takeOperands<Acl::PortMatch>(comparison, [&](std::uint64_t low, std::uint64_t high) {
+    return takePort(lexer, *protocol, low, high);
+  });
+}
+
+ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict) {
+  return parseRule(lexer, kind, verdict, nullptr);
+}
+
+ListRule parseListRule(Lexer& lexer, RuleKind kind, Verdict verdict, SourcePosition const& place) {
+  RuleGroups groups;
+  ListRule line{parseRule(lexer, kind, verdict, &groups)};
+  if (groups != RuleGroups()) {
+    groups.place = place;
+    line.groups = std::make_shared<RuleGroups const>(std::move(groups));
+  }
+  return line;
 }
 
 bool isWritten(ConfiguredRule const& rule, std::string_view text) {

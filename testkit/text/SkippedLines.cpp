@@ -54,10 +54,28 @@ void passEntryNumber(Lexer& lexer) {
 
 }  // namespace
 
-void SkippedLines::add(std::string const& kind, std::uint64_t lines) {
+void SkippedLines::count(std::string const& kind, std::uint64_t lines) {
   bool const room = byKind_.size() < kindLimit || byKind_.count(kind) != 0;
   byKind_[room ? kind : "other"] += lines;
   total_ += lines;
+}
+
+void SkippedLines::add(std::string const& kind, SourcePosition const& place) {
+  count(kind, 1);
+  if (lines_.size() < mostLines) {
+    lines_.push_back({place, kind});
+  }
+}
+
+void SkippedLines::add(SkippedLines const& more) {
+  for (auto const& [kind, lines] : more.byKind_) {
+    count(kind, lines);
+  }
+  std::size_t const room = std::min(mostLines - lines_.size(), more.lines_.size());
+  lines_.insert(lines_.end(), more.lines_.begin(),
+                more.lines_.begin() + static_cast<std::ptrdiff_t>(room));
+  understood_ += more.understood_;
+  missed_ += more.missed_;
 }
 
 std::string skippedKind(std::string_view line, SyntaxFailure const& failure) {

@@ -8,11 +8,14 @@
 #include "testkit/text/Address.h"
 #include "testkit/text/SourceText.h"
 
+#include <Acl/IpRuleConfig.h>
 #include <PolicyMap/ClassMapMatch.h>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <variant>
 #include <vector>
 
@@ -48,16 +51,49 @@ struct AccessListRemove {
   AccessListId list;
 };
 
+// What a line of an access list leaves to others to say: the object-groups that it names in place
+// of protocol, addresses and ports, and a precedence, which several DSCPs have.
+struct RuleGroups {
+  std::string service;
+  std::string source;
+  std::string destination;
+  std::string sourcePorts;
+  std::string destinationPorts;
+  std::optional<std::uint8_t> precedence;
+  // Of the line.
+  SourcePosition place;
+
+  bool operator==(RuleGroups const& other) const {
+    auto const all = [](RuleGroups const& groups) {
+      return std::tie(groups.service, groups.source, groups.destination, groups.sourcePorts,
+                      groups.destinationPorts, groups.precedence);
+    };
+    return all(*this) == all(other);
+  }
+};
+
+// A line of an access list: one rule, or with groups as many as their members make of it.
+struct ListRule {
+  ConfiguredRule rule;
+  // Null: none.
+  std::shared_ptr<RuleGroups const> groups = {};
+
+  bool operator==(ListRule const& other) const {
+    bool const same = groups && other.groups ? *groups == *other.groups : groups == other.groups;
+    return same && rule == other.rule;
+  }
+};
+
 // `[SEQ] permit ...`. Without a number the rule goes after the last entry of its list.
 struct RuleAdd {
   AccessListId list;
   std::optional<std::uint32_t> sequence;
-  ConfiguredRule rule;
+  ListRule rule;
 };
 // `no permit ...`: removes the entry with an equal rule.
 struct RuleRemove {
   AccessListId list;
-  ConfiguredRule rule;
+  ListRule rule;
 };
 // `[SEQ] remark TEXT`.
 struct RemarkAdd {
@@ -78,6 +114,39 @@ struct EntryRemove {
 };
 
 enum class ClassMatch : std::uint8_t { any, all };
+
+// What the members of an object-group are.
+enum class GroupKind : std::uint8_t { addresses, services, ports };
+
+// A nested group of the same kind.
+struct GroupReference {
+  std::string name;
+
+  bool operator==(GroupReference const&) const = default;
+};
+struct GroupAddress {
+  Family family = Family::ip4;
+  Address address;
+
+  bool operator==(GroupAddress const&) const = default;
+};
+// A service is a rule for any addresses.
+using GroupMember = std::variant<GroupReference, GroupAddress, Acl::IpRuleConfig, Acl::PortMatch>;
+
+// `object-group network|service NAME`, `object-group ip address|port NAME`.
+struct ObjectGroupOpen {
+  GroupKind kind = GroupKind::addresses;
+  Name group;
+};
+struct ObjectGroupRemove {
+  Name group;
+};
+// One line of a group, which may be several members, as `range A B`.
+struct ObjectGroupMembers {
+  Name group;
+  std::vector<GroupMember> members;
+  bool remove = false;
+};
 
 // `class-map [type WORD] [match-any|match-all] NAME`.
 struct ClassMapOpen {
@@ -104,6 +173,20 @@ struct ClassMatchClass {
   Name nested;
   bool remove = false;
 };
+// The packets of a condition such as "dscp 46": those that one of the rules permits, of each family
+// in order. No rules: no rule can express it.
+struct MatchCondition {
+  // In its canonical spelling.
+  std::string text;
+  std::vector<ConfiguredRule> rules;
+};
+// `match CONDITION`, or its `no` form.
+struct ClassMatchCondition {
+  Name classMap;
+  MatchCondition condition;
+  bool remove = false;
+};
+
 // `match ip|ipv6|mac RULE`, or its `no` form.
 struct ClassMatchRule {
   Name classMap;
@@ -138,6 +221,13 @@ struct PolicyClassAction {
   // The number of a kind of test action, from 1.
   std::uint8_t action = 1;
   std::optional<std::uint32_t> value;
+};
+// What a class does that is no number, e.g. "inspect" or "drop log".
+struct PolicyClassDeed {
+  Name policyMap;
+  Name className;
+  std::string text;
+  bool remove = false;
 };
 
 // `interface NAME`; "Ethernet 3/1" is joined to "Ethernet3/1".
@@ -181,6 +271,8 @@ struct InterfaceChannelGroup {
   Name interface;
   std::optional<std::uint32_t> group;
   bool remove = false;
+  // Instead of the number: the bare numbers of the port-channel (see PortChannelName).
+  std::optional<Name> bare = {};
 };
 
 enum class Direction : std::uint8_t { input, output };
@@ -193,6 +285,41 @@ struct ServicePolicy {
   bool remove = false;
 };
 
+// `ip access-group NAME in`, `ipv6 traffic-filter NAME in` and such.
+struct InterfaceAccessGroup {
+  Name interface;
+  Direction direction = Direction::input;
+  AccessListId list;
+  bool remove = false;
+};
+// `zone-member security ZONE`.
+struct InterfaceZone {
+  Name interface;
+  std::string zone;
+  bool remove = false;
+};
+
+// `zone-pair security NAME source ZONE destination ZONE`.
+struct ZonePairOpen {
+  Name zonePair;
+  std::string source;
+  std::string destination;
+};
+struct ZonePairRemove {
+  Name zonePair;
+};
+// `service-policy type inspect NAME` in a zone-pair.
+struct ZonePairPolicy {
+  Name zonePair;
+  std::optional<Name> policyMap;
+  bool remove = false;
+};
+
+// `port-channel name NUMBERS NAME`: the interface with these bare numbers is a port-channel.
+struct PortChannelName {
+  Name interface;
+};
+
 // `ip routing`, `ipv6 unicast-routing` and their `no` forms.
 struct Routing {
   Family family = Family::ip4;
@@ -202,10 +329,12 @@ struct Routing {
 using StatementBody =
     std::variant<AccessListOpen, AccessListRemove, RuleAdd, RuleRemove, RemarkAdd, RemarkRemove,
                  EntryRemove, ClassMapOpen, ClassMapRemove, ClassMatchList, ClassMatchClass,
-                 ClassMatchRule, PolicyMapOpen, PolicyMapRemove, PolicyClassOpen, PolicyClassRemove,
-                 PolicyClassAction, InterfaceOpen, InterfaceRemove, InterfaceAddress,
-                 InterfaceSwitchport, InterfaceShutdown, InterfaceChannelGroup, ServicePolicy,
-                 Routing>;
+                 ClassMatchRule, ClassMatchCondition, ObjectGroupOpen, ObjectGroupRemove,
+                 ObjectGroupMembers, PolicyMapOpen, PolicyMapRemove, PolicyClassOpen,
+                 PolicyClassRemove, PolicyClassAction, PolicyClassDeed, InterfaceOpen,
+                 InterfaceRemove, InterfaceAddress, InterfaceSwitchport, InterfaceShutdown,
+                 InterfaceChannelGroup, ServicePolicy, InterfaceAccessGroup, InterfaceZone,
+                 ZonePairOpen, ZonePairRemove, ZonePairPolicy, PortChannelName, Routing>;
 
 struct Statement {
   // The first word of the line.

@@ -25,7 +25,7 @@ TEST(IpOptions, DscpIsANameOrANumber) {
   EXPECT_EQ(ruleError("permit ip any any dscp 64"),
             "t:2:24: expected dscp 0-63 or a DSCP name, found '64'");
   EXPECT_EQ(ruleError("permit ip any any dscp 1 dscp 2"),
-            "t:2:26: expected one dscp in a rule, found 'dscp'");
+            "t:2:26: expected one dscp or precedence in a rule, found 'dscp'");
 }
 
 TEST(IpOptions, TtlComparisons) {
@@ -84,12 +84,12 @@ TEST(IpOptions, OptionsStandInAnyOrder) {
 TEST(IpOptions, UnknownOptionIsRefusedWithItsColumn) {
   std::string const expected =
       "expected a rule option (dscp, ttl, established, ack-or-rst, a TCP flag, an "
-      "ICMP message, fragments, log) "
+      "ICMP message, fragments, precedence, log, time-range) "
       "or end of line, found ";
-  EXPECT_EQ(ruleError("permit tcp any any eq 80 time-range T"),
-            "t:2:26: " + expected + "'time-range'");
+  EXPECT_EQ(ruleError("permit tcp any any eq 80 http-method get"),
+            "t:2:26: " + expected + "'http-method'");
   EXPECT_EQ(ruleError("permit tcp any any eq 80 81"), "t:2:26: " + expected + "'81'");
-  EXPECT_EQ(ruleError("permit udp any any portgroup G"), "t:2:20: " + expected + "'portgroup'");
+  EXPECT_EQ(ruleError("permit ip any any portgroup G"), "t:2:19: " + expected + "'portgroup'");
   EXPECT_EQ(ruleError("permit udp any any 3"), "t:2:20: " + expected + "'3'");
 }
 

@@ -55,8 +55,11 @@ bool saysNothing(std::string_view line) {
   Lexer lexer(line);
   lexer.accept("no");
   Token const first = lexer.peek();
-  return first.atEnd() || first.text.front() == '!' || first.is("hostname") || first.is("exit") ||
-         first.is("end") || first.is("description");
+  Token const second = lexer.peekSecond();
+  bool const isZone = first.is("zone") && second.is("security");
+  bool const isDetail = first.is("switchport") && (second.is("mode") || second.is("trunk"));
+  return isZone || isDetail || first.is("statistics") || first.atEnd() || first.text.front() == '!' || first.is("hostname") ||
+         first.is("exit") || first.is("end") || first.is("description");
 }
 
 TEST(PolicyTextDocument, EveryExampleLineIsReadStrictlyAndSaysSomething) {

@@ -107,8 +107,8 @@ TEST(PolicyTextParser, UnknownCommandIsRefusedByWhatTheModeKnows) {
             "t:2:1: expected match or another command, found 'router'");
   EXPECT_EQ(errorOf(inPolicyMap + "router"),
             "t:2:1: expected class or another command, found 'router'");
-  EXPECT_EQ(errorOf(inClass + "router"),
-            "t:3:1: expected set, class or another command, found 'router'");
+  EXPECT_EQ(errorOf(inClass + "router"), "t:3:1: expected set, police, drop or another action, "
+                                         "class or another command, found 'router'");
   EXPECT_EQ(errorOf(inInterface + "router"),
             "t:2:1: expected ip address, ipv6 address, switchport, channel-group, shutdown, "
             "service-policy or another command, found 'router'");
@@ -120,8 +120,9 @@ TEST(PolicyTextParser, SecondWordOfACommandIsNamedWhereItIsWrong) {
   EXPECT_EQ(errorOf("no ip source-route"),
             "t:1:7: expected access-list, routing, found 'source-route'");
   EXPECT_EQ(errorOf("ipv6"), "t:1:5: expected access-list, unicast-routing, found end of line");
-  EXPECT_EQ(errorOf(inInterface + "ip ospf 1"),
-            "t:2:4: expected access-list, routing, address, found 'ospf'");
+  EXPECT_EQ(
+      errorOf(inInterface + "ip ospf 1"),
+      "t:2:4: expected access-list, routing, address, unnumbered, access-group, found 'ospf'");
   EXPECT_EQ(errorOf("no"), "t:1:3: expected a command (access-list, class-map, policy-map, "
                            "interface, ...), found end of line");
   EXPECT_EQ(errorOf("no hostname h"),
@@ -312,24 +313,25 @@ TEST(PolicyTextParser, MatchNamesAnotherClassMap) {
 
 TEST(PolicyTextParser, MatchHoldsARule) {
   auto const body = last<ClassMatchRule>(inClassMap + "match ip tcp any any eq 80");
-  EXPECT_EQ(body.rule, last<RuleAdd>(inList + "permit tcp any any eq 80").rule);
+  EXPECT_EQ(body.rule, last<RuleAdd>(inList + "permit tcp any any eq 80").rule.rule);
   EXPECT_FALSE(body.remove);
   EXPECT_EQ(last<ClassMatchRule>(inClassMap + "match ip permit tcp any any eq 80").rule, body.rule);
   EXPECT_EQ(last<ClassMatchRule>(inClassMap + "no match ip tcp any any eq 80").rule, body.rule);
   EXPECT_TRUE(last<ClassMatchRule>(inClassMap + "no match ip tcp any any eq 80").remove);
   EXPECT_EQ(last<ClassMatchRule>(inClassMap + "match ip deny ip any any").rule,
-            last<RuleAdd>(inList + "deny ip any any").rule);
+            last<RuleAdd>(inList + "deny ip any any").rule.rule);
   EXPECT_EQ(last<ClassMatchRule>(inClassMap + "match ipv6 ipv6 any ::/3").rule,
-            last<RuleAdd>("ipv6 access-list L\npermit ipv6 any ::/3").rule);
+            last<RuleAdd>("ipv6 access-list L\npermit ipv6 any ::/3").rule.rule);
   EXPECT_EQ(last<ClassMatchRule>(inClassMap + "match mac any any arp").rule,
-            last<RuleAdd>("mac access-list L\npermit any any arp").rule);
+            last<RuleAdd>("mac access-list L\npermit any any arp").rule.rule);
 }
 
 TEST(PolicyTextParser, UnknownMatchIsRefusedWithItsColumn) {
-  EXPECT_EQ(errorOf(inClassMap + " match protocol tcp"),
-            "t:2:8: expected access-group, class-map, ip, ipv6 or mac, found 'protocol'");
-  EXPECT_EQ(errorOf(inClassMap + "match ip dscp 40"),
-            "t:2:10: expected protocol 0-255 or a protocol name, found 'dscp'");
+  EXPECT_EQ(errorOf(inClassMap + " match colour red"),
+            "t:2:8: expected access-group, class-map, ip, ipv6, mac, any, dscp, precedence, "
+            "protocol, vlan, ethertype, srcl4port, dstl4port, srcip or dstip, found 'colour'");
+  EXPECT_EQ(errorOf(inClassMap + "match ip colour 40"),
+            "t:2:10: expected protocol 0-255 or a protocol name, found 'colour'");
 }
 
 // Policy-maps
@@ -432,8 +434,8 @@ TEST(PolicyTextParser, InterfaceAddressesOfIp6) {
 TEST(PolicyTextParser, FaultyInterfaceAddressIsRefusedWithItsColumn) {
   EXPECT_EQ(errorOf(inInterface + "ip address"),
             "t:2:11: expected A/LENGTH or A MASK, found end of line");
-  EXPECT_EQ(errorOf(inInterface + "ip address dhcp"),
-            "t:2:12: expected A/LENGTH or A MASK, found 'dhcp'");
+  EXPECT_EQ(errorOf(inInterface + "ip address none"),
+            "t:2:12: expected A/LENGTH or A MASK, found 'none'");
   EXPECT_EQ(errorOf(inInterface + "ip address 10.1.2.3"),
             "t:2:20: expected a subnet mask, found end of line");
   EXPECT_EQ(errorOf(inInterface + "ip address 10.1.2.3 255.0.255.0"),
@@ -451,8 +453,7 @@ TEST(PolicyTextParser, InterfaceSwitches) {
   EXPECT_FALSE(last<InterfaceSwitchport>(inInterface + "no switchport").on);
   EXPECT_TRUE(last<InterfaceShutdown>(inInterface + "shutdown").on);
   EXPECT_FALSE(last<InterfaceShutdown>(inInterface + "no shutdown").on);
-  EXPECT_EQ(errorOf(inInterface + "switchport mode trunk"),
-            "t:2:12: expected end of line, found 'mode'");
+  EXPECT_EQ(errorOf(inInterface + "switchport fast"), "t:2:12: expected end of line, found 'fast'");
   EXPECT_EQ(errorOf(inInterface + "shutdown now"), "t:2:10: expected end of line, found 'now'");
 }
 
@@ -508,23 +509,23 @@ TEST(PolicyTextParser, StrictReadingSkipsNothing) {
 }
 
 TEST(PolicyTextParser, RuleWithAnUnknownTailIsNotReadByHalf) {
-  auto const text = readText(inList + " permit tcp any any eq 80 time-range T\n"
-                                      " access-list 101 permit tcp any any precedence 5\n",
+  auto const text = readText(inList + " permit tcp any any eq 80 tos 3\n"
+                                      " access-list 101 permit tcp any any packet-length 5\n",
                              Reading::lenient);
   EXPECT_EQ(countOf<RuleAdd>(text), 0U);
   EXPECT_EQ(countOf<AccessListOpen>(text), 1U);
-  EXPECT_EQ(text.skipped.byKind(), (Kinds{{"permit (precedence)", 1}, {"permit (time-range)", 1}}));
+  EXPECT_EQ(text.skipped.byKind(), (Kinds{{"permit (packet-length)", 1}, {"permit (tos)", 1}}));
 }
 
 TEST(PolicyTextParser, LinesBelowASkippedLineAreSkippedWithIt) {
-  auto const text = readText("object-group network G\n"
+  auto const text = readText("route-map G\n"
                              " host 10.1.2.3\n"
                              "!\n"
                              "  shutdown\n"
                              "ip routing\n",
                              Reading::lenient);
   EXPECT_EQ(text.statements.size(), 1U);
-  EXPECT_EQ(text.skipped.byKind(), (Kinds{{"object-group", 3}}));
+  EXPECT_EQ(text.skipped.byKind(), (Kinds{{"route-map", 3}}));
 }
 
 TEST(PolicyTextParser, BlockInsideAModeIsSkippedAndTheModeGoesOn) {

@@ -12,13 +12,13 @@ namespace {
 
 // A rule of policy text, converted to its configuration and described.
 std::string ip4(std::string const& rule) {
-  return describe(last<RuleAdd>("ip access-list L\n" + rule).rule);
+  return describe(last<RuleAdd>("ip access-list L\n" + rule).rule.rule);
 }
 std::string ip6(std::string const& rule) {
-  return describe(last<RuleAdd>("ipv6 access-list L\n" + rule).rule);
+  return describe(last<RuleAdd>("ipv6 access-list L\n" + rule).rule.rule);
 }
 std::string mac(std::string const& rule) {
-  return describe(last<RuleAdd>("mac access-list L\n" + rule).rule);
+  return describe(last<RuleAdd>("mac access-list L\n" + rule).rule.rule);
 }
 
 TEST(RuleConversion, Ip4RuleKeepsProtocolAndAddresses) {
@@ -51,17 +51,17 @@ TEST(RuleConversion, OptionsAreKept) {
 
 TEST(RuleConversion, IcmpMessageKeepsTypeAndCode) {
   auto const rule = std::get<Acl::IpRuleConfig>(
-      last<RuleAdd>("ip access-list L\npermit icmp any any port-unreachable").rule);
+      last<RuleAdd>("ip access-list L\npermit icmp any any port-unreachable").rule.rule);
   EXPECT_EQ(rule.icmpType(), Acl::OptionalNumber(3));
   EXPECT_EQ(rule.icmpCode(), Acl::OptionalNumber(3));
   auto const open =
-      std::get<Acl::IpRuleConfig>(last<RuleAdd>("ip access-list L\npermit icmp any any").rule);
+      std::get<Acl::IpRuleConfig>(last<RuleAdd>("ip access-list L\npermit icmp any any").rule.rule);
   EXPECT_EQ(open.icmpType(), Acl::OptionalNumber());
 }
 
 TEST(RuleConversion, FlagsMustBeSetAndOthersMayBe) {
   auto const rule = std::get<Acl::IpRuleConfig>(
-      last<RuleAdd>("ip access-list L\npermit tcp any any syn urg").rule);
+      last<RuleAdd>("ip access-list L\npermit tcp any any syn urg").rule.rule);
   std::uint8_t const wanted = Acl::TcpFlags::syn | Acl::TcpFlags::urg;
   EXPECT_EQ(rule.tcpFlags().value(), wanted);
   EXPECT_EQ(rule.tcpFlags().mask(), wanted);
@@ -105,7 +105,7 @@ TEST(RuleConversion, FilterSetOfIp6MakesIp6Rules) {
 
 TEST(RuleConversion, EqualRulesHaveEqualHashes) {
   auto const one = ofFilterSet("@1.2.3.4/32 0.0.0.0/0 0 : 65535 80 : 80 0x06/0xff 0x0/0x0");
-  auto const two = last<RuleAdd>("ip access-list L\npermit tcp host 1.2.3.4 any eq www").rule;
+  auto const two = last<RuleAdd>("ip access-list L\npermit tcp host 1.2.3.4 any eq www").rule.rule;
   EXPECT_EQ(one, two);
   EXPECT_EQ(hashOf(one), hashOf(two));
 }

@@ -74,8 +74,8 @@ TEST(RuleParser, FaultyAddressIsRefusedWithItsColumn) {
             "t:2:23: expected wildcard bits, found end of line");
   EXPECT_EQ(ruleError("permit ip any"),
             "t:2:14: expected destination: any, host A, A/LENGTH or A WILDCARD, found end of line");
-  EXPECT_EQ(ruleError("permit ip any addrgroup G"),
-            "t:2:15: expected destination: any, host A, A/LENGTH or A WILDCARD, found 'addrgroup'");
+  EXPECT_EQ(ruleError("permit ip any address G"),
+            "t:2:15: expected destination: any, host A, A/LENGTH or A WILDCARD, found 'address'");
 }
 
 TEST(RuleParser, PortComparisons) {

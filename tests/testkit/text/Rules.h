@@ -15,7 +15,7 @@ namespace PolicyMapTestKit::Text::test {
 
 template <class Rule>
 Rule ruleOf(std::string const& list, std::string const& rule) {
-  return std::get<Rule>(last<RuleAdd>(list + "\n" + rule).rule);
+  return std::get<Rule>(last<RuleAdd>(list + "\n" + rule).rule.rule);
 }
 
 inline Acl::IpRuleConfig ipRule(std::string const& rule,

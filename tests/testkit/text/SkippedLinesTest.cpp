@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 namespace PolicyMapTestKit::Text {
@@ -53,9 +54,10 @@ TEST(SkippedLines, KindIsShortWhateverTheLine) {
 
 TEST(SkippedLines, LinesAreCountedByKind) {
   SkippedLines skipped;
-  skipped.add("a");
-  skipped.add("b", 2);
-  skipped.add("a");
+  skipped.add("a", {});
+  skipped.add("b", {});
+  skipped.add("b", {});
+  skipped.add("a", {});
   EXPECT_EQ(skipped.total(), 4U);
   EXPECT_EQ(skipped.byKind(), (std::map<std::string, std::uint64_t>{{"a", 2}, {"b", 2}}));
 }
@@ -63,13 +65,34 @@ TEST(SkippedLines, LinesAreCountedByKind) {
 TEST(SkippedLines, KindsBeyondTheLimitAreCountedTogether) {
   SkippedLines skipped;
   for (int kind = 0; kind != 1000; ++kind) {
-    skipped.add("k" + std::to_string(kind));
+    skipped.add("k" + std::to_string(kind), {});
   }
-  skipped.add("k0");
+  skipped.add("k0", {});
   EXPECT_EQ(skipped.byKind().size(), 257U);
   EXPECT_EQ(skipped.byKind().at("other"), 744U);
   EXPECT_EQ(skipped.byKind().at("k0"), 2U);
   EXPECT_EQ(skipped.total(), 1001U);
+}
+
+TEST(SkippedLines, AreListedInOrderAndBounded) {
+  auto const file = std::make_shared<std::string const>("f");
+  SkippedLines one;
+  one.add("a", {file, 3, 1});
+  SkippedLines all;
+  all.add("b", {file, 1, 1});
+  all.sawPolicyLine(true);
+  one.sawPolicyLine(false);
+  all.add(one);
+  ASSERT_EQ(all.lines().size(), 2U);
+  EXPECT_EQ(toText(all.lines()[1].place) + " " + all.lines()[1].kind, "f:3:1 a");
+  EXPECT_EQ(all.total(), 2U);
+  EXPECT_EQ(all.understood(), 1U);
+  EXPECT_EQ(all.missed(), 1U);
+  for (std::size_t i = 0; i != SkippedLines::mostLines; ++i) {
+    all.add("c", {file, 5, 1});
+  }
+  EXPECT_EQ(all.lines().size(), SkippedLines::mostLines);
+  EXPECT_EQ(all.total(), SkippedLines::mostLines + 2);
 }
 
 }  // namespace

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+// The lines of access lists.
+
+#include "testkit/text/LineParser.h"
+
+namespace PolicyMapTestKit::Text {
+
+void LineParser::ipAccessList(Lexer& lexer, bool remove) {
+  bool const standard = lexer.accept("standard");
+  if (!standard) {
+    lexer.accept("extended");
+  }
+  accessList(lexer, Family::ip4, remove, standard ? RuleKind::standardIp4 : RuleKind::ip4);
+}
+
+void LineParser::macAccessList(Lexer& lexer, bool remove) {
+  lexer.accept("extended");
+  accessList(lexer, Family::mac, remove);
+}
+
+void LineParser::accessList(Lexer& lexer, Family family, bool remove, RuleKind kind) {
+  AccessListId list{family, nameOf(takeName(lexer, "an access-list name"))};
+  lexer.expectEnd();
+  if (remove) {
+    emit(AccessListRemove{std::move(list)});
+    return;
+  }
+  list_ = {family, withoutColumn(list.name)};
+  ruleKind_ = kind;
+  emit(AccessListOpen{std::move(list), kind == RuleKind::standardIp4});
+  enter(Mode::accessList);
+}
+
+// One line that names its list by number, as if the list's mode were open for this line.
+void LineParser::numberedAccessList(Lexer& lexer, bool remove) {
+  std::uint64_t number = 0;
+  Token const token = lexer.peek();
+  bool const standard =
+      parseNumber(token.text, 1, 99, number) || parseNumber(token.text, 1300, 1999, number);
+  if (!standard && !parseNumber(token.text, 100, 199, number) &&
+      !parseNumber(token.text, 2000, 2699, number)) {
+    lexer.fail("an access-list number 1-199 or 1300-2699");
+  }
+  lexer.next();
+  std::string const name = std::to_string(number);
+  list_ = {Family::ip4, {name, token.column}};
+  ruleKind_ = standard ? RuleKind::standardIp4 : RuleKind::ip4;
+  if (remove && lexer.peek().atEnd()) {
+    numbered_.clear();
+    emit(AccessListRemove{list_});
+    return;
+  }
+  std::size_t const before = result_.statements.size();
+  if (!lexer.peek().is("permit") && !lexer.peek().is("deny") && !lexer.peek().is("remark")) {
+    lexer.fail("permit, deny or remark");
+  }
+  accessListEntry(lexer, remove);
+  if (remove) {
+    return;
+  }
+  if (numbered_ != name) {
+    // Opened only after the line was parsed.
+    result_.statements.insert(result_.statements.begin() + static_cast<std::ptrdiff_t>(before),
+                              {position_, 0, subject_, AccessListOpen{list_, standard}});
+    numbered_ = name;
+    numberedLine_ = position_.line;
+  }
+  result_.statements.back().block = numberedLine_;
+}
+
+// Parses an entry of the list. Returns false, without consuming a word, if the line is not one.
+bool LineParser::accessListEntry(Lexer& lexer, bool remove) {
+  std::optional<std::uint32_t> sequence;
+  std::uint64_t number = 0;
+  if (parseNumber(lexer.peek().text, 0, std::numeric_limits<std::uint64_t>::max(), number)) {
+    isAbout(lexer.peek());
+    sequence = static_cast<std::uint32_t>(takeNumber(lexer, "sequence number", 1, highestWord));
+  }
+  if (sequence && remove) {
+    removeSequence(lexer, *sequence);
+    return true;
+  }
+  if (lexer.accept("remark")) {
+    remark(lexer, sequence, remove);
+    return true;
+  }
+  bool const permit = lexer.peek().is("permit");
+  if (!sequence) {
+    isAbout(lexer.peek());
+  }
+  if (!permit && !lexer.peek().is("deny")) {
+    if (sequence) {
+      lexer.fail("permit, deny or remark");
+    }
+    return false;
+  }
+  lexer.next();
+  ListRule rule =
+      parseListRule(lexer, ruleKind_, permit ? Verdict::permit : Verdict::deny, position_);
+  if (remove) {
+    emit(RuleRemove{list_, std::move(rule)});
+  } else {
+    emit(RuleAdd{list_, sequence, std::move(rule)});
+  }
+  return true;
+}
+
+void LineParser::remark(Lexer& lexer, std::optional<std::uint32_t> sequence, bool remove) {
+  if (remove && !lexer.peek().atEnd()) {
+    isAbout(lexer.peek());
+  }
+  std::string text(lexer.rest().text);
+  if (remove) {
+    emit(RemarkRemove{list_, std::move(text)});
+  } else {
+    emit(RemarkAdd{list_, sequence, std::move(text)});
+  }
+}
+
+void LineParser::removeSequence(Lexer& lexer, std::uint32_t sequence) {
+  bool const remarkOnly = lexer.accept("remark");
+  if (remarkOnly) {
+    lexer.rest();
+  }
+  lexer.expectEnd("remark or end of line");
+  emit(EntryRemove{list_, sequence, remarkOnly});
+}
+
+}  // namespace PolicyMapTestKit::Text

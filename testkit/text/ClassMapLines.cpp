@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+// The lines of class-maps.
+
+#include "testkit/text/LineParser.h"
+#include "testkit/text/MatchConditions.h"
+
+namespace PolicyMapTestKit::Text {
+
+namespace {
+
+// The types of class-maps and policy-maps that share the syntax of plain ones.
+constexpr std::array<std::string_view, 3> knownTypes = {"inspect", "qos", "traffic"};
+
+}  // namespace
+
+// Parses `type WORD`. Only a lenient reading accepts unknown types.
+std::string LineParser::takeType(Lexer& lexer) const {
+  if (!lexer.accept("type")) {
+    return {};
+  }
+  if (!lenient_ && !contains(knownTypes, lexer.peek())) {
+    lexer.fail("type inspect, qos or traffic");
+  }
+  return std::string(takeName(lexer, "a type").text);
+}
+
+void LineParser::classMap(Lexer& lexer, bool remove) {
+  ClassMapOpen open;
+  open.type = takeType(lexer);
+  bool const any = lexer.accept("match-any");
+  open.matchWritten = any || lexer.accept("match-all");
+  open.match = any ? ClassMatch::any : ClassMatch::all;
+  open.classMap = nameOf(takeName(lexer, "match-any, match-all or a class-map name"));
+  lexer.expectEnd();
+  if (remove) {
+    emit(ClassMapRemove{std::move(open.classMap)});
+    return;
+  }
+  outer_ = withoutColumn(open.classMap);
+  emit(std::move(open));
+  enter(Mode::classMap);
+}
+
+void LineParser::match(Lexer& lexer, bool remove) {
+  if (std::optional<MatchCondition> condition = takeCondition(lexer)) {
+    emit(ClassMatchCondition{outer_, *std::move(condition), remove});
+  } else if (lexer.accept("access-group")) {
+    matchList(lexer, Family::ip4, remove);
+  } else if (lexer.accept("class-map")) {
+    ClassMatchClass body{outer_, nameOf(takeName(lexer, "a class-map name")), remove};
+    lexer.expectEnd();
+    emit(std::move(body));
+  } else if (lexer.accept("ip") || lexer.accept("ipv4")) {
+    matchFamily(lexer, Family::ip4, remove);
+  } else if (lexer.accept("ipv6")) {
+    matchFamily(lexer, Family::ip6, remove);
+  } else if (lexer.accept("mac")) {
+    matchFamily(lexer, Family::mac, remove);
+  } else {
+    lexer.fail(std::string(conditionWords()));
+  }
+}
+
+void LineParser::matchFamily(Lexer& lexer, Family family, bool remove) {
+  if (lexer.accept("access-group") || lexer.accept("access-list")) {
+    matchList(lexer, family, remove);
+    return;
+  }
+  isAbout(lexer.peek());
+  bool const deny = lexer.accept("deny");
+  if (!deny) {
+    lexer.accept("permit");
+  }
+  ConfiguredRule const rule =
+      parseRule(lexer, extendedRule(family), deny ? Verdict::deny : Verdict::permit);
+  emit(ClassMatchRule{outer_, rule, remove});
+}
+
+void LineParser::matchList(Lexer& lexer, Family family, bool remove) {
+  lexer.accept("name");
+  AccessListId list{family, nameOf(takeName(lexer, "an access-list name"))};
+  lexer.expectEnd();
+  emit(ClassMatchList{outer_, std::move(list), remove});
+}
+
+}  // namespace PolicyMapTestKit::Text

@@ -1,0 +1,276 @@
+// SPDX-License-Identifier: Apache-2.0
+// The lines of policy-maps.
+
+#include "records/TestActionKinds.h"
+#include "testkit/text/LineParser.h"
+#include "testkit/text/MatchConditions.h"
+
+#include <algorithm>
+
+namespace PolicyMapTestKit::Text {
+
+namespace {
+
+// Consumes the name of a test action and returns its kind.
+std::uint8_t takeActionKind(Lexer& lexer) {
+  auto const& names = PolicyMapTest::testActionNames;
+  std::string expected;
+  for (std::size_t i = 0; i != names.size(); ++i) {
+    if (lexer.accept(names[i])) {
+      return static_cast<std::uint8_t>(i + 1);
+    }
+    char const* const separator = i == 0 ? "" : i + 1 == names.size() ? " or " : ", ";
+    expected.append(separator).append(names[i]);
+  }
+  lexer.fail(std::move(expected));
+}
+
+// The test actions that stand for what classes do: the DSCP, queue or class that a packet gets, and
+// a rate in kbit/s. What is no number is the third.
+constexpr std::uint8_t markedAs = 1;
+constexpr std::uint8_t rateOf = 2;
+
+std::uint64_t takeAnyNumber(Lexer& lexer) {
+  return takeNumber(lexer, "a number", 0, highestWord);
+}
+
+// What follows `set`.
+struct Marking {
+  std::array<std::string_view, 3> words;
+  std::uint64_t (*take)(Lexer& lexer);
+};
+constexpr std::array markings{
+    Marking{{"dscp"}, &takeDscpNumber},
+    Marking{{"ip", "dscp"}, &takeDscpNumber},
+    Marking{{"precedence"}, &takePrecedenceNumber},
+    Marking{{"ip", "precedence"}, &takePrecedenceNumber},
+    Marking{{"cos"}, &takeAnyNumber},
+    Marking{{"qos-group"}, &takeAnyNumber},
+    Marking{{"discard-class"}, &takeAnyNumber},
+    Marking{{"traffic-class"}, &takeAnyNumber},
+    Marking{{"mpls", "experimental", "imposition"}, &takeAnyNumber},
+    Marking{{"mpls", "experimental", "topmost"}, &takeAnyNumber},
+    Marking{{"mpls", "experimental"}, &takeAnyNumber},
+};
+
+constexpr std::array<std::string_view, 27> deeds = {"admit",
+                                                    "compression",
+                                                    "conform-action",
+                                                    "drop",
+                                                    "estimate",
+                                                    "exceed-action",
+                                                    "fair-queue",
+                                                    "inspect",
+                                                    "log",
+                                                    "mark",
+                                                    "mirror",
+                                                    "netflow-sampler",
+                                                    "pass",
+                                                    "queue-buffers",
+                                                    "queue-limit",
+                                                    "random-detect",
+                                                    "redirect",
+                                                    "reset",
+                                                    "service-policy",
+                                                    "trust",
+                                                    "urlfilter",
+                                                    "violate-action",
+                                                    "wred",
+                                                    "mirror-port",
+                                                    "police-two-rate",
+                                                    "child-conform-aware",
+                                                    "account"};
+
+// Consumes the words that are not empty, if they come next.
+bool acceptWords(Lexer& lexer, std::array<std::string_view, 3> const& words) {
+  return std::all_of(words.begin(), words.end(),
+                     [&](std::string_view word) { return word.empty() || lexer.accept(word); });
+}
+
+// Takes a rate such as `8000`, `64k`, `10 mbps`, and returns it in kbit/s, rounded up; none if the
+// next word is no rate. A number without a unit counts `bits` bits per second.
+std::optional<std::uint64_t> takeRate(Lexer& lexer, std::uint64_t bits) {
+  struct Unit {
+    std::string_view word;
+    std::string_view letter;
+    std::uint64_t bits;
+  };
+  static constexpr std::array units{Unit{"bps", "", 1}, Unit{"kbps", "k", 1000},
+                                    Unit{"mbps", "m", 1000000}, Unit{"gbps", "g", 1000000000}};
+  constexpr std::uint64_t highest = std::uint64_t{1} << 48U;
+  std::string_view const word = lexer.peek().text;
+  std::size_t const digits = std::min(word.find_first_not_of("0123456789"), word.size());
+  std::string_view const suffix = word.substr(digits);
+  std::uint64_t number = 0;
+  if (!parseNumber(word.substr(0, digits), 0, highest, number)) {
+    return std::nullopt;
+  }
+  for (Unit const& unit : units) {
+    bool const attached =
+        !suffix.empty() && (equalsKeyword(suffix, unit.letter) || equalsKeyword(suffix, unit.word));
+    if (attached || (suffix.empty() && lexer.peekSecond().is(unit.word))) {
+      lexer.next();
+      if (!attached) {
+        lexer.next();
+      }
+      return (number * unit.bits + 999) / 1000;
+    }
+  }
+  if (!suffix.empty()) {
+    return std::nullopt;
+  }
+  lexer.next();
+  return (number * bits + 999) / 1000;
+}
+
+}  // namespace
+
+void LineParser::policyMap(Lexer& lexer, bool remove) {
+  PolicyMapOpen open;
+  open.type = takeType(lexer);
+  open.policyMap = nameOf(takeName(lexer, "a policy-map name"));
+  // Some dialects specify the direction here; this one does so where the policy-map is attached.
+  if (!lexer.accept("in")) {
+    lexer.accept("out");
+  }
+  lexer.expectEnd();
+  if (remove) {
+    emit(PolicyMapRemove{std::move(open.policyMap)});
+    return;
+  }
+  outer_ = withoutColumn(open.policyMap);
+  emit(std::move(open));
+  enter(Mode::policyMap);
+}
+
+void LineParser::policyClass(Lexer& lexer, bool remove) {
+  // Even a faulty header ends the mode: the lines after it must not be applied to the previous
+  // class.
+  mode_ = Mode::policyMap;
+  takeType(lexer);
+  Name name = nameOf(takeName(lexer, "a class name"));
+  std::optional<Name> other;
+  if (!remove && lexer.accept("insert-before")) {
+    other = nameOf(takeName(lexer, "a class name"));
+  }
+  lexer.expectEnd(remove || other ? "end of line" : "insert-before or end of line");
+  if (remove) {
+    emit(PolicyClassRemove{outer_, std::move(name)});
+    return;
+  }
+  className_ = withoutColumn(name);
+  emit(PolicyClassOpen{outer_, std::move(name), std::move(other)});
+  mode_ = Mode::policyClass;
+  classLine_ = position_.line;
+}
+
+void LineParser::setAction(Lexer& lexer, bool remove) {
+  isAbout(lexer.peek());
+  for (Marking const& marking : markings) {
+    Lexer ahead = lexer;
+    if (acceptWords(ahead, marking.words)) {
+      lexer = ahead;
+      bool const any = remove && lexer.peek().atEnd();
+      emitAction(markedAs, any ? 0 : marking.take(lexer), remove);
+      lexer.expectEnd();
+      return;
+    }
+  }
+  if (lexer.accept("tunnel") || lexer.peek().is("vlan") || lexer.peek().is("ip")) {
+    emitDeed("set " + std::string(lexer.rest().text), remove);
+    return;
+  }
+  std::uint8_t const kind = takeActionKind(lexer);
+  bool const any = remove && lexer.peek().atEnd();
+  emitAction(kind, any ? 0 : takeNumber(lexer, "action value", 0, highestWord), remove);
+  lexer.expectEnd();
+}
+
+void LineParser::assignQueue(Lexer& lexer, bool remove) {
+  bool const any = remove && lexer.peek().atEnd();
+  emitAction(markedAs, any ? 0 : takeNumber(lexer, "queue", 0, highestWord), remove);
+  lexer.expectEnd();
+}
+
+// True for `no police` and such, without a rate.
+bool LineParser::removesRate(Lexer const& lexer, bool remove) {
+  bool const removes = remove && lexer.peek().atEnd();
+  if (removes) {
+    emitAction(rateOf, 0, remove);
+  }
+  return removes;
+}
+
+// The rate, or the first of two; the rest of the line does not count.
+void LineParser::police(Lexer& lexer, bool remove) {
+  if (removesRate(lexer, remove)) {
+    return;
+  }
+  bool const simple = command_ == "police-simple";
+  Lexer const before = lexer;
+  lexer.accept("cir") || lexer.accept("rate");
+  if (std::optional<std::uint64_t> const rate = takeRate(lexer, simple ? 1000 : 1)) {
+    lexer.rest();
+    emitAction(rateOf, *rate, remove);
+  } else {
+    lexer = before;
+    emitDeed(command_ + " " + std::string(lexer.rest().text), remove);
+  }
+}
+
+void LineParser::shape(Lexer& lexer, bool remove) {
+  if (removesRate(lexer, remove)) {
+    return;
+  }
+  Lexer const before = lexer;
+  lexer.accept("average") || lexer.accept("peak");
+  if (std::optional<std::uint64_t> const rate = takeRate(lexer, 1)) {
+    lexer.rest();
+    emitAction(rateOf, *rate, remove);
+  } else {
+    lexer = before;
+    emitDeed(command_ + " " + std::string(lexer.rest().text), remove);
+  }
+}
+
+// `bandwidth KBPS` and `priority KBPS`.
+void LineParser::bandwidth(Lexer& lexer, bool remove) {
+  if (command_ == "bandwidth" && removesRate(lexer, remove)) {
+    return;
+  }
+  Lexer const before = lexer;
+  if (std::optional<std::uint64_t> const rate = takeRate(lexer, 1000)) {
+    lexer.rest();
+    emitAction(rateOf, *rate, remove);
+  } else {
+    lexer = before;
+    emitDeed(command_ + " " + std::string(lexer.rest().text), remove);
+  }
+}
+
+void LineParser::deed(Lexer& lexer, bool remove) {
+  emitDeed(std::string(lexer.rest().text), remove);
+}
+
+bool LineParser::isDeed(Token const& word) {
+  return contains(deeds, word);
+}
+
+void LineParser::emitAction(std::uint8_t kind, std::uint64_t value, bool remove) {
+  PolicyClassAction body{outer_, className_, kind, std::nullopt};
+  if (!remove) {
+    body.value = static_cast<std::uint32_t>(std::min(value, highestWord));
+  }
+  emit(std::move(body));
+}
+
+void LineParser::emitDeed(std::string text, bool remove) {
+  Lexer words(text);
+  std::string normal;
+  while (!words.peek().atEnd()) {
+    normal.append(normal.empty() ? "" : " ").append(words.next().text);
+  }
+  emit(PolicyClassDeed{outer_, className_, std::move(normal), remove});
+}
+
+}  // namespace PolicyMapTestKit::Text

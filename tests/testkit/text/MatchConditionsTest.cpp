@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/text/MatchConditions.h"
+
+#include "testkit/text/RuleConversion.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace PolicyMapTestKit::Text::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+MatchCondition conditionOf(std::string_view text) {
+  Lexer lexer(text);
+  std::optional<MatchCondition> const condition = takeCondition(lexer);
+  EXPECT_TRUE(condition) << text;
+  return condition.value_or(MatchCondition());
+}
+
+std::vector<std::string> rulesOf(std::string_view text) {
+  std::vector<std::string> lines;
+  for (ConfiguredRule const& rule : conditionOf(text).rules) {
+    lines.push_back(describe(rule));
+  }
+  return lines;
+}
+
+std::string errorOf(std::string_view text) {
+  try {
+    Lexer lexer(text);
+    static_cast<void>(takeCondition(lexer));
+  } catch (SyntaxFailure const& failure) {
+    return std::to_string(failure.found.column) + ": " + failure.expected;
+  }
+  return "none";
+}
+
+TEST(MatchConditions, AreOfBothFamiliesUnlessTheyNameOne) {
+  EXPECT_THAT(rulesOf("dscp ef"),
+              ElementsAre("permit ip any any dscp 46", "permit ipv6 any any dscp 46"));
+  EXPECT_THAT(rulesOf("ip dscp 40"), ElementsAre("permit ip any any dscp 40"));
+  EXPECT_THAT(rulesOf("ipv6 dscp cs5"), ElementsAre("permit ipv6 any any dscp 40"));
+  EXPECT_THAT(rulesOf("any"), ElementsAre("permit ip any any", "permit ipv6 any any"));
+}
+
+TEST(MatchConditions, ListsAreAlternatives) {
+  EXPECT_THAT(rulesOf("ip dscp af11 12 af11"),
+              ElementsAre("permit ip any any dscp 10", "permit ip any any dscp 12"));
+  EXPECT_EQ(conditionOf("IP  DSCP af11 12 af11").text, "ip dscp 10 12") << "canonical";
+  EXPECT_THAT(rulesOf("vlan 10 20"),
+              ElementsAre("permit any any vlan 10", "permit any any vlan 20"));
+}
+
+TEST(MatchConditions, APrecedenceIsEightCodePoints) {
+  std::vector<std::string> const rules = rulesOf("ip precedence critical");
+  EXPECT_THAT(rules, SizeIs(8));
+  EXPECT_EQ(rules.front(), "permit ip any any dscp 40");
+  EXPECT_EQ(rules.back(), "permit ip any any dscp 47");
+  EXPECT_THAT(rulesOf("precedence 0 7"), SizeIs(32));
+}
+
+TEST(MatchConditions, ProtocolsAreWhatAHeaderTells) {
+  EXPECT_THAT(rulesOf("protocol ip"), ElementsAre("permit ip any any"));
+  EXPECT_THAT(rulesOf("protocol ipv6"), ElementsAre("permit ipv6 any any"));
+  EXPECT_THAT(rulesOf("protocol arp"), ElementsAre("permit any any ethertype 2054"));
+  EXPECT_THAT(rulesOf("protocol gre"), ElementsAre("permit gre any any", "permit gre any any"));
+  EXPECT_THAT(rulesOf("protocol 99"), ElementsAre("permit 99 any any", "permit 99 any any"));
+  EXPECT_THAT(rulesOf("protocol icmp"), ElementsAre("permit icmp any any", "permit icmp6 any any"));
+}
+
+TEST(MatchConditions, ServicesAreTheirWellKnownPorts) {
+  EXPECT_THAT(rulesOf("protocol HTTPS"),
+              ElementsAre("permit tcp any any eq 443", "permit tcp any any eq 443"));
+  EXPECT_THAT(rulesOf("protocol dns"),
+              ElementsAre("permit tcp any any eq 53", "permit tcp any any eq 53",
+                          "permit udp any any eq 53", "permit udp any any eq 53"));
+  EXPECT_THAT(rulesOf("protocol tftp"),
+              ElementsAre("permit udp any any eq 69", "permit udp any any eq 69"));
+}
+
+TEST(MatchConditions, PortsAreThoseOfTcpAndUdp) {
+  EXPECT_THAT(rulesOf("srcl4port 62500"),
+              ElementsAre("permit tcp any eq 62500 any", "permit tcp any eq 62500 any",
+                          "permit udp any eq 62500 any", "permit udp any eq 62500 any"));
+  EXPECT_EQ(rulesOf("dstl4port www").front(), "permit tcp any any eq 80");
+}
+
+TEST(MatchConditions, AddressesHaveSubnetMasks) {
+  EXPECT_THAT(rulesOf("srcip 10.1.0.0 255.255.0.0"), ElementsAre("permit ip 10.1.0.0/16 any"));
+  EXPECT_THAT(rulesOf("dstip 10.1.0.0/16"), ElementsAre("permit ip any 10.1.0.0/16"));
+  EXPECT_THAT(rulesOf("srcip6 2001:db8::/32"), ElementsAre("permit ipv6 2001:db8::/32 any"));
+  EXPECT_THAT(rulesOf("dstip6 2001:db8::/32"), ElementsAre("permit ipv6 any 2001:db8::/32"));
+}
+
+TEST(MatchConditions, EthernetTypesHaveNamesAndNumbers) {
+  EXPECT_THAT(rulesOf("ethertype arp"), ElementsAre("permit any any ethertype 2054"));
+  EXPECT_THAT(rulesOf("ethertype 0x88CC"), ElementsAre("permit any any ethertype 35020"));
+}
+
+TEST(MatchConditions, NotIsADenyBeforeEverythingElse) {
+  EXPECT_THAT(rulesOf("not ip dscp ef"),
+              ElementsAre("deny ip any any dscp 46", "permit ip any any", "permit ipv6 any any"));
+  EXPECT_THAT(rulesOf("not vlan 10"), ElementsAre("deny any any vlan 10", "permit any any"));
+  EXPECT_EQ(conditionOf("not dscp ef").text, "not dscp 46");
+}
+
+TEST(MatchConditions, WhatNoRuleSaysHasNoRulesButAReason) {
+  struct Case {
+    std::string_view text;
+    std::string_view reason;
+  };
+  for (Case const& each : {Case{"cos 5", "rules do not have this field"},
+                           Case{"mpls experimental topmost 5", "rules do not have this field"},
+                           Case{"packet length min 10", "rules do not have this field"},
+                           Case{"qos-group 3", "a header does not tell it"},
+                           Case{"discard-class 2", "a header does not tell it"},
+                           Case{"application video", "a header does not tell it"},
+                           Case{"protocol http url x", "a header does not tell it"},
+                           Case{"protocol bittorrent", "a header does not tell it"},
+                           Case{"not access-group name x", "rules cannot say it"},
+                           Case{"ip rtp 16384 100", "rules cannot say it"}}) {
+    MatchCondition const condition = conditionOf(each.text);
+    EXPECT_THAT(condition.rules, IsEmpty()) << each.text;
+    EXPECT_EQ(condition.text, each.text);
+    EXPECT_EQ(reasonAgainst(condition.text), each.reason) << each.text;
+  }
+  EXPECT_EQ(reasonAgainst("something else"), "not understood");
+}
+
+TEST(MatchConditions, BadValuesAreErrorsAtTheirColumns) {
+  EXPECT_EQ(errorOf("dscp 64"), "6: dscp 0-63 or a DSCP name");
+  EXPECT_EQ(errorOf("dscp"), "5: dscp 0-63 or a DSCP name");
+  EXPECT_EQ(errorOf("ip precedence 8"), "15: precedence 0-7 or its name");
+  EXPECT_EQ(errorOf("vlan 0"), "6: vlan 1-4094");
+  EXPECT_EQ(errorOf("srcl4port 65536"), "11: port 0-65535");
+  EXPECT_EQ(errorOf("srcip 10.0.0.0"), "15: a subnet mask");
+  EXPECT_EQ(errorOf("any more"), "5: another value or end of line");
+  EXPECT_EQ(errorOf("ethertype x"), "11: an Ethernet type 0-0xffff or its name");
+}
+
+TEST(MatchConditions, OtherLinesAreLeftAlone) {
+  for (std::string_view const text : {"access-group name x", "ip tcp any any", "class-map x", "",
+                                      "not", "not access", "nonsense 5"}) {
+    Lexer lexer(text);
+    EXPECT_FALSE(takeCondition(lexer)) << text;
+    EXPECT_EQ(lexer.peek().column, Lexer(text).peek().column) << text;
+  }
+}
+
+}  // namespace
+}  // namespace PolicyMapTestKit::Text::test
