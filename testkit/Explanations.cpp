@@ -2,6 +2,8 @@
 #include "testkit/Explanations.h"
 
 #include "testkit/Printing.h"
+#include "testkit/config/SettingsEditor.h"
+#include "testkit/text/MatchConditions.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -115,7 +117,8 @@ std::string stateOf(Explanation const& explanation, std::optional<double> now) {
 std::string missingOf(Explanation const& explanation) {
   std::string text;
   for (Explanation::Missing const& missing : explanation.missing) {
-    text += "; class " + missing.className.stdString() + ": missing " + missing.object;
+    text += "; class " + missing.className.stdString() + ": " +
+            withReasons("missing " + missing.object);
   }
   return text;
 }
@@ -151,6 +154,15 @@ bool asConfigured(Explanation const& explanation) {
 }
 
 }  // namespace
+
+std::string withReasons(std::string const& missing) {
+  std::string const condition = "missing class-map " + Text::conditionName("");
+  if (!missing.starts_with(condition)) {
+    return missing;
+  }
+  std::string const text = missing.substr(condition.size());
+  return "cannot match " + text + ": " + std::string(Text::reasonAgainst(text));
+}
 
 std::string describe(IntfObstacle obstacle, ClassMapMatchOption option) {
   switch (obstacle) {

@@ -45,6 +45,10 @@ class POLICYMAPTESTKIT_API Explanations {
   double now_;
 };
 
+// "missing class-map web", and for the class-map of a condition that no rule expresses: "cannot
+// match cos 5: rules do not have this field". `missing` is the first form.
+POLICYMAPTESTKIT_API std::string withReasons(std::string const& missing);
+
 // One line, e.g. "edge/input ipv4: failed: commitPolicy: table full; next try in 2 s". Without the
 // time of the explanation, times are those of the clock: "next try at t=3".
 POLICYMAPTESTKIT_API std::string describe(PolicyMap::Explanation const& explanation,

@@ -45,6 +45,7 @@ Lab::Lab(LabOptions const& options, HelperMaker const& makeHelper)
   Kor::EventLoop::Scope const scope(loop_);
   usedJournalIs(&journal_);
   loop_.virtualTimeIs(true);
+  configuration_.accessGroupsIs(options.accessGroups);
   recorded_ = makeHelper(options.updateAction, options.expandPortChannels);
   recorded_.recorder->journalIs(options.journal == 0 ? nullptr : &journal_);
   applyOptions(helper().get(), options);
@@ -93,9 +94,7 @@ void Lab::edit(Text::SourceText const& source, Text::Reading reading, std::strin
   Text::PolicyText text = Text::parsePolicyText(source, reading);
   Text::Settings settings = configuration_.settings();
   Text::editSettings(settings, text, reading);
-  for (auto const& [kind, lines] : text.skipped.byKind()) {
-    skipped_.add(kind, lines);
-  }
+  skipped_.add(text.skipped);
   journal_.testDid("load", Kor::String(name));
   configure(settings);
 }

@@ -55,6 +55,9 @@ struct LabOptions {
   bool ip6Lists = true;
   bool macLists = true;
 
+  // Access lists that are attached by themselves are policy-maps of one class.
+  bool accessGroups = true;
+
   // The number of entries that the journal keeps; the oldest are dropped. 0: no journal.
   std::size_t journal = 65536;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/Problems.h"
 
+#include "testkit/Explanations.h"
+
 #include <PolicyMap/ClassMapSm.h>
 #include <PolicyMap/PolicyMapSm.h>
 
@@ -49,7 +51,7 @@ class PolicyProblems {
         problems_(problems) {}
 
   void find(std::vector<Vorel::IntfId> const& attachedAt) {
-    auto const& policyMaps = lab_.configuration().settings().policyMaps;
+    auto const& policyMaps = lab_.configuration().effective().policyMaps;
     auto const settings = policyMaps.find(key_.first().stdString());
     if (settings == policyMaps.end()) {
       add(Kind::missing, where_, "not defined, but attached to " + listOf(attachedAt));
@@ -68,7 +70,7 @@ class PolicyProblems {
  private:
   void findOfClass(std::string const& className) {
     std::string const where = where_ + ", class " + className;
-    if (lab_.configuration().settings().classMaps.count(className) == 0) {
+    if (lab_.configuration().effective().classMaps.count(className) == 0) {
       add(Kind::missing, where, "missing class-map " + className);
       return;
     }
@@ -81,7 +83,7 @@ class PolicyProblems {
     std::string const text = classMap->classMapStatus()->error().stdString();
     if (!text.empty()) {
       told_.insert(error);
-      add(error.empty() ? Kind::missing : Kind::failed, where, text);
+      add(error.empty() ? Kind::missing : Kind::failed, where, withReasons(text));
     }
   }
 
@@ -113,7 +115,7 @@ class PolicyProblems {
 
 std::vector<Problem> findProblems(Lab const& lab) {
   std::vector<Problem> problems;
-  for (auto const& [key, intfs] : attachmentsOf(lab.configuration().settings())) {
+  for (auto const& [key, intfs] : attachmentsOf(lab.configuration().effective())) {
     PolicyProblems(lab, key, problems).find(intfs);
   }
   return problems;

@@ -207,24 +207,26 @@ Configuration::Configuration()
       routing6_(Kor::make<::Routing6::RoutingInfo>()) {}
 
 void Configuration::settingsAre(Settings const& settings) {
-  listsAre(settings);
-  classMapsAre(settings);
-  policyMapsAre(settings);
-  interfacesAre(settings);
+  Settings next = effects_.of(settings);
+  listsAre(next);
+  classMapsAre(next);
+  policyMapsAre(next);
+  interfacesAre(next);
   routing_->routingIs(settings.ipRouting);
   routing6_->routingIs(settings.ip6Routing);
   settings_ = settings;
+  effective_ = std::move(next);
 }
 
 void Configuration::listsAre(Settings const& next) {
   Acl::Config& acls = *acls_;
-  listsOfFamilyAre<IpLists>(acls, settings_.listsOf(Family::ip4), next.listsOf(Family::ip4));
-  listsOfFamilyAre<Ip6Lists>(acls, settings_.listsOf(Family::ip6), next.listsOf(Family::ip6));
-  listsOfFamilyAre<MacLists>(acls, settings_.listsOf(Family::mac), next.listsOf(Family::mac));
+  listsOfFamilyAre<IpLists>(acls, effective_.listsOf(Family::ip4), next.listsOf(Family::ip4));
+  listsOfFamilyAre<Ip6Lists>(acls, effective_.listsOf(Family::ip6), next.listsOf(Family::ip6));
+  listsOfFamilyAre<MacLists>(acls, effective_.listsOf(Family::mac), next.listsOf(Family::mac));
 }
 
 void Configuration::classMapsAre(Settings const& next) {
-  walkBoth(settings_.classMaps, next.classMaps,
+  walkBoth(effective_.classMaps, next.classMaps,
            [&](std::string const& name, Shared<ClassMap> const* was, Shared<ClassMap> const* is) {
              if (is == nullptr) {
                classMaps_->classMapConfigDel(name);
@@ -240,7 +242,7 @@ void Configuration::classMapsAre(Settings const& next) {
 
 void Configuration::policyMapsAre(Settings const& next) {
   using Policy = Shared<PolicyMapSettings>;
-  walkBoth(settings_.policyMaps, next.policyMaps,
+  walkBoth(effective_.policyMaps, next.policyMaps,
            [&](std::string const& name, Policy const* was, Policy const* is) {
              if (is == nullptr) {
                policyMaps_->policyMapConfigDel(name);
@@ -256,7 +258,7 @@ void Configuration::policyMapsAre(Settings const& next) {
 
 void Configuration::interfacesAre(Settings const& next) {
   InterfaceSettings const none;
-  walkBoth(settings_.interfaces, next.interfaces,
+  walkBoth(effective_.interfaces, next.interfaces,
            [&](Vorel::IntfId intf, InterfaceSettings const* was, InterfaceSettings const* is) {
              interfaceIs(intf, was == nullptr ? none : *was, is == nullptr ? none : *is);
            });

@@ -4,6 +4,7 @@
 // The configuration and status objects that the machines observe.
 
 #include "testkit/Export.h"
+#include "testkit/config/EffectiveSettings.h"
 #include "testkit/config/Settings.h"
 
 #include <Acl/Config.h>
@@ -30,6 +31,11 @@ class POLICYMAPTESTKIT_API Configuration {
   // place, including the values of actions.
   void settingsAre(Settings const& settings);
   Settings const& settings() const { return settings_; }
+  // What is configured for them.
+  Settings const& effective() const { return effective_; }
+  // Whether lists that are attached by themselves count; true by default. To be set before the
+  // first settings.
+  void accessGroupsIs(bool on) { effects_.accessGroupsIs(on); }
   void onShutdownIs(OnShutdown onShutdown) { onShutdown_ = std::move(onShutdown); }
 
   Acl::Config::Ptr const& acls() const { return acls_; }
@@ -49,7 +55,9 @@ class POLICYMAPTESTKIT_API Configuration {
   void interfaceIs(Vorel::IntfId intf, InterfaceSettings const& before,
                    InterfaceSettings const& after);
 
-  Settings settings_;
+  Settings settings_;   // as written
+  Settings effective_;  // as configured
+  EffectiveSettings effects_;
   Acl::Config::Ptr acls_;
   PolicyMap::ClassMapTypeConfig::Ptr classMaps_;
   PolicyMap::PolicyMapTypeConfig::Ptr policyMaps_;

@@ -9,6 +9,7 @@
 #include "testkit/config/InterfaceAddresses.h"
 #include "testkit/config/NameOrder.h"
 #include "testkit/config/NumberedEntries.h"
+#include "testkit/config/ObjectGroups.h"
 #include "testkit/text/RuleConversion.h"
 #include "testkit/text/Statement.h"
 
@@ -25,6 +26,7 @@
 #include <unordered_map>
 #include <utility>
 #include <variant>
+#include <vector>
 
 namespace PolicyMapTestKit::Text {
 
@@ -56,8 +58,8 @@ struct Remark {
   bool operator==(Remark const&) const = default;
 };
 
-// A line of an access list.
-using ListEntry = std::variant<ConfiguredRule, Remark>;
+// A line of an access list. A rule with object-groups is a ListRule, any other a ConfiguredRule.
+using ListEntry = std::variant<ConfiguredRule, Remark, ListRule>;
 
 struct POLICYMAPTESTKIT_API ListEntryHash {
   std::uint32_t operator()(ListEntry const& entry) const;
@@ -70,6 +72,8 @@ class POLICYMAPTESTKIT_API ListEntries {
 
   Entries::ByNumber const& byNumber() const noexcept { return entries_.byNumber(); }
   std::size_t size() const noexcept { return entries_.size(); }
+  // The number of lines with object-groups.
+  std::size_t grouped() const noexcept { return grouped_.size(); }
   ListEntry const* find(std::uint32_t number) const { return entries_.find(number); }
   std::optional<std::uint32_t> numberOf(ListEntry const& entry) { return entries_.numberOf(entry); }
   std::optional<std::uint32_t> nextNumber() const { return entries_.nextNumber(); }
@@ -80,6 +84,7 @@ class POLICYMAPTESTKIT_API ListEntries {
  private:
   Entries entries_;
   std::set<std::uint32_t> remarks_;
+  std::set<std::uint32_t> grouped_;
 };
 
 struct AccessList {
@@ -105,6 +110,8 @@ struct PolicyMapSettings {
   // The classes in matching order.
   NameOrder order;
   std::unordered_map<std::string, ClassActions> actions;
+  // What each class does that is no number, in order.
+  std::unordered_map<std::string, std::vector<std::string>> deeds;
 };
 
 struct InterfaceSettings {
@@ -117,10 +124,21 @@ struct InterfaceSettings {
   std::optional<std::uint32_t> channelGroup;
   // Indexed by Direction; empty for none.
   std::array<std::string, 2> policyMaps;
+  // Lists that are attached by themselves, by Direction and Family; empty for none.
+  std::array<std::array<std::string, 3>, 2> accessGroups;
+  // Empty for none.
+  std::string zone;
 
   bool operator==(InterfaceSettings const&) const = default;
 };
 
+struct ZonePair {
+  std::string source;
+  std::string destination;
+  std::string policyMap;
+};
+
+// What is written. EffectiveSettings turns it into what is configured.
 struct Settings {
   using Lists = std::map<std::string, Shared<AccessList>>;
 
@@ -132,6 +150,12 @@ struct Settings {
   std::map<std::string, Shared<ClassMap>> classMaps;
   std::map<std::string, Shared<PolicyMapSettings>> policyMaps;
   std::map<Vorel::IntfId, InterfaceSettings> interfaces;
+  Shared<ObjectGroups> objectGroups;
+  std::map<std::string, ZonePair> zonePairs;
+  // Bare numbers of port-channels, and the port-channels.
+  std::map<std::string, Vorel::IntfId> barePortChannels;
+  // What classes do that is no number; the third action is the place of its text here, from 1.
+  Shared<std::vector<std::string>> deeds;
   bool ipRouting = false;
   bool ip6Routing = false;
 };

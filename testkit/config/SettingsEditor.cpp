@@ -108,14 +108,18 @@ class Editor {
     entries.put(*number, std::move(entry));
   }
 
-  void apply(RuleAdd const& body) { addEntry(body.list, body.sequence, body.rule); }
+  static ListEntry entryOf(ListRule const& line) {
+    return line.groups ? ListEntry(line) : ListEntry(line.rule);
+  }
+
+  void apply(RuleAdd const& body) { addEntry(body.list, body.sequence, entryOf(body.rule)); }
   void apply(RemarkAdd const& body) { addEntry(body.list, body.sequence, Remark{body.text}); }
 
   void apply(RuleRemove const& body) {
     auto& entries = existingList(body.list).entries;
-    std::optional<std::uint32_t> const number = entries.numberOf(body.rule);
+    std::optional<std::uint32_t> const number = entries.numberOf(entryOf(body.rule));
     if (!number) {
-      fail("a rule of " + nameOf(body.list), describe(body.rule), "no rule (absent)");
+      fail("a rule of " + nameOf(body.list), describe(body.rule.rule), "no rule (absent)");
     }
     entries.erase(*number);
   }
@@ -142,6 +146,46 @@ class Editor {
            std::to_string(body.sequence), "no access-list entry (absent)");
     }
     entries.erase(body.sequence);
+  }
+
+  // Object-groups
+
+  ObjectGroup& existingGroup(Name const& name) {
+    auto const found = settings_.objectGroups->find(name.text);
+    if (found == settings_.objectGroups->end()) {
+      failAbsent("an object-group", name);
+    }
+    return settings_.objectGroups.edit().at(name.text);
+  }
+
+  void apply(ObjectGroupOpen const& body) {
+    auto const found = settings_.objectGroups->find(body.group.text);
+    if (found == settings_.objectGroups->end()) {
+      settings_.objectGroups.edit()[body.group.text] = {body.kind, {}, statement_->position};
+    } else if (found->second.kind != body.kind) {
+      fail("the kind of the object-group at " + toText(found->second.place), body.group,
+           "object-group (other kind)");
+    }
+  }
+
+  void apply(ObjectGroupRemove const& body) {
+    existingGroup(body.group);
+    settings_.objectGroups.edit().erase(body.group.text);
+  }
+
+  void apply(ObjectGroupMembers const& body) {
+    std::vector<GroupMember>& members = existingGroup(body.group).members;
+    for (GroupMember const& member : body.members) {
+      auto const place = std::find(members.begin(), members.end(), member);
+      if (!body.remove && place == members.end()) {
+        members.push_back(member);
+      } else if (body.remove && place == members.end()) {
+        fail("a member of object-group " + body.group.text, statement_->subject,
+             "no member (absent)");
+      } else if (body.remove) {
+        members.erase(place);
+      }
+    }
   }
 
   // Class-maps
@@ -189,6 +233,25 @@ class Editor {
   void apply(ClassMatchClass const& body) {
     matchIs(body.classMap, PolicyMap::ClassMapMatch::classMap(body.nested.text), body.remove,
             body.nested);
+  }
+  // A condition with several rules is a class-map of its own, which class-maps with the same
+  // condition share. That of a condition that no rule can express does not exist.
+  void apply(ClassMatchCondition const& body) {
+    MatchCondition const& condition = body.condition;
+    Name const shown{condition.text, statement_->subject.column};
+    if (condition.rules.size() == 1) {
+      matchIs(body.classMap, ownMatch(condition.rules.front()), body.remove, shown);
+      return;
+    }
+    std::string const name = conditionName(condition.text);
+    matchIs(body.classMap, PolicyMap::ClassMapMatch::classMap(name), body.remove, shown);
+    if (!condition.rules.empty() && settings_.classMaps.count(name) == 0) {
+      ClassMap& conditions = settings_.classMaps[name].edit();
+      conditions.match = ClassMatch::any;
+      for (ConfiguredRule const& rule : condition.rules) {
+        conditions.matches.put(conditions.matches.nextNumber().value(), ownMatch(rule));
+      }
+    }
   }
   void apply(ClassMatchRule const& body) {
     matchIs(body.classMap, ownMatch(body.rule), body.remove,
@@ -257,11 +320,51 @@ class Editor {
     found->second[action] = body.value;
   }
 
+  // The third action counts what the class does: equal texts are equal numbers.
+  void apply(PolicyClassDeed const& body) {
+    PolicyMapSettings& policyMap = existingPolicyMap(body.policyMap);
+    auto const found = policyMap.actions.find(body.className.text);
+    if (found == policyMap.actions.end()) {
+      failNoClass(body.policyMap, body.className, "action (no class)");
+    }
+    std::vector<std::string>& deeds = policyMap.deeds[body.className.text];
+    auto const place = std::find(deeds.begin(), deeds.end(), body.text);
+    if (body.remove && place == deeds.end()) {
+      fail("what class " + body.className.text + " does", body.text, "no action (absent)");
+    }
+    if (body.remove) {
+      deeds.erase(place);
+    } else if (place == deeds.end()) {
+      deeds.push_back(body.text);
+    }
+    std::string all;
+    for (std::string const& deed : deeds) {
+      all += (all.empty() ? "" : "; ") + deed;
+    }
+    found->second[2] = all.empty() ? std::nullopt : std::optional(numberOfDeed(all));
+  }
+
+  std::uint32_t numberOfDeed(std::string const& text) {
+    auto const& known = *settings_.deeds;
+    auto const place = std::find(known.begin(), known.end(), text);
+    auto const number = static_cast<std::uint32_t>(place - known.begin()) + 1;
+    if (place == known.end()) {
+      settings_.deeds.edit().push_back(text);
+    }
+    return number;
+  }
+
   // Interfaces
 
+  // Bare numbers are those of a port-channel, or of an Ethernet interface.
   Vorel::IntfId intfOf(Name const& name) const {
     try {
-      return Vorel::IntfId(Kor::String(name.text));
+      bool const bare = name.text.front() >= '0' && name.text.front() <= '9';
+      auto const portChannel = settings_.barePortChannels.find(name.text);
+      if (portChannel != settings_.barePortChannels.end()) {
+        return portChannel->second;
+      }
+      return Vorel::IntfId(Kor::String((bare ? "Ethernet" : "") + name.text));
     } catch (Kor::RangeException const&) {
       fail("an interface name such as Ethernet3/1, PortChannel7 or Vlan10", name,
            "interface (name)");
@@ -307,6 +410,17 @@ class Editor {
   void apply(InterfaceChannelGroup const& body) {
     Vorel::IntfId const intf = intfOf(body.interface);
     InterfaceSettings& interface = settings_.interfaces[intf];
+    if (body.bare) {
+      auto const portChannel = settings_.barePortChannels.find(body.bare->text);
+      if (portChannel == settings_.barePortChannels.end()) {
+        failAbsent("a port-channel", *body.bare);
+      }
+      interface.channelGroup.reset();
+      if (!body.remove) {
+        interface.channelGroup = portChannel->second.numbers().front();
+      }
+      return;
+    }
     if (body.remove) {
       if (body.group && interface.channelGroup != body.group) {
         fail("the channel-group of interface " + body.interface.text, std::to_string(*body.group),
@@ -337,6 +451,52 @@ class Editor {
     attached.clear();
   }
 
+  void apply(InterfaceAccessGroup const& body) {
+    std::string& list = interfaceOf(body.interface)
+                            .accessGroups[static_cast<std::size_t>(body.direction)]
+                                         [static_cast<std::size_t>(body.list.family)];
+    if (body.remove && list != body.list.name.text) {
+      fail(std::string("the list that is attached for ") + toText(body.direction), body.list.name,
+           "no access-group (absent)");
+    }
+    list = body.remove ? "" : body.list.name.text;
+  }
+
+  void apply(InterfaceZone const& body) {
+    interfaceOf(body.interface).zone = body.remove ? "" : body.zone;
+  }
+
+  void apply(ZonePairOpen const& body) {
+    ZonePair& pair = settings_.zonePairs[body.zonePair.text];
+    pair.source = body.source.empty() ? pair.source : body.source;
+    pair.destination = body.destination.empty() ? pair.destination : body.destination;
+  }
+  void apply(ZonePairRemove const& body) {
+    if (settings_.zonePairs.erase(body.zonePair.text) == 0) {
+      failAbsent("a zone-pair", body.zonePair);
+    }
+  }
+  void apply(ZonePairPolicy const& body) {
+    std::string& attached = settings_.zonePairs.at(body.zonePair.text).policyMap;
+    attached = body.remove ? "" : body.policyMap->text;
+  }
+
+  // The port-channel has the last of the numbers, or the next one that is free.
+  void apply(PortChannelName const& body) {
+    std::string const& text = body.interface.text;
+    if (settings_.barePortChannels.count(text) != 0) {
+      return;
+    }
+    std::string number = text.substr(text.rfind('/') + 1);
+    Vorel::IntfId intf = intfOf({"PortChannel" + number, body.interface.column});
+    while (std::any_of(settings_.barePortChannels.begin(), settings_.barePortChannels.end(),
+                       [&](auto const& known) { return known.second == intf; })) {
+      number = std::to_string(intf.numbers().front() + 1);
+      intf = intfOf({"PortChannel" + number, body.interface.column});
+    }
+    settings_.barePortChannels.emplace(text, intf);
+  }
+
   void apply(Routing const& body) {
     (body.family == Family::ip4 ? settings_.ipRouting : settings_.ip6Routing) = body.on;
   }
@@ -345,7 +505,34 @@ class Editor {
   Statement const* statement_ = nullptr;
 };
 
+// Object-groups may be defined after the lines that name them.
+void checkGroups(Settings const& settings, PolicyText& text, Reading reading) {
+  for (Settings::Lists const& lists : settings.lists) {
+    for (auto const& [name, list] : lists) {
+      if (list->entries.grouped() == 0) {
+        continue;
+      }
+      for (auto const& [number, entry] : list->entries.byNumber()) {
+        try {
+          if (auto const* const line = std::get_if<ListRule>(&entry)) {
+            static_cast<void>(rulesOf(*line, *settings.objectGroups));
+          }
+        } catch (InputError const& error) {
+          if (reading == Reading::strict) {
+            throw;
+          }
+          text.skipped.add("permit (object-group)", error.position());
+        }
+      }
+    }
+  }
+}
+
 }  // namespace
+
+std::string conditionName(std::string const& condition) {
+  return "match " + condition;
+}
 
 void editSettings(Settings& settings, PolicyText& text, Reading reading) {
   Editor editor(settings);
@@ -354,7 +541,7 @@ void editSettings(Settings& settings, PolicyText& text, Reading reading) {
     std::uint32_t const line = statement.position.line;
     if (auto const block = passedOver.find(statement.block); block != passedOver.end()) {
       if (passedOver.try_emplace(line, block->second).second) {
-        text.skipped.add(block->second);
+        text.skipped.add(block->second, statement.position);
       }
       continue;
     }
@@ -364,10 +551,11 @@ void editSettings(Settings& settings, PolicyText& text, Reading reading) {
       if (reading == Reading::strict) {
         throw InputError(failure.position, failure.expected, failure.found);
       }
-      text.skipped.add(failure.kind);
+      text.skipped.add(failure.kind, failure.position);
       passedOver.emplace(line, failure.kind);
     }
   }
+  checkGroups(settings, text, reading);
 }
 
 }  // namespace PolicyMapTestKit::Text

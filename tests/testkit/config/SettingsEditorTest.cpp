@@ -406,7 +406,7 @@ TEST(SettingsEditor, RoutingIsSwitchedByFamily) {
 
 TEST(SettingsEditor, LenientEditCountsWhatCannotBeCarriedOut) {
   PolicyText text =
-      readText("no class-map A\nno class-map B\ninterface 0/1\n shutdown\n"
+      readText("no class-map A\nno class-map B\ninterface X0/1\n shutdown\n"
                "ip access-list L\n no 10\n permit ip any any\n no permit tcp any any\n"
                "policy-map P\n class A insert-before B\n  set action1 1\n"
                "no interface Ethernet1\nno policy-map Q\nno mac access-list M\n",

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/config/ObjectGroups.h"
+
+#include "testkit/text/RuleConversion.h"
+
+#include <set>
+#include <string_view>
+#include <type_traits>
+
+namespace PolicyMapTestKit::Text {
+
+namespace {
+
+// The members of one kind of a group and of the groups in it. A group that contains itself
+// contributes its members once.
+template <class Member>
+class Members {
+ public:
+  Members(ListRule const& line, ObjectGroups const& groups, GroupKind kind)
+      : line_(line), groups_(groups), kind_(kind) {}
+
+  std::vector<Member> of(std::string const& name) {
+    add(name);
+    return std::move(members_);
+  }
+
+ private:
+  void add(std::string const& name) {
+    auto const found = groups_.find(name);
+    if (found == groups_.end()) {
+      throw InputError(line_.groups->place, "the name of an object-group that exists", name);
+    }
+    if (found->second.kind != kind_) {
+      throw InputError(line_.groups->place,
+                       "an object-group of " + std::string(wordOf(kind_)) + ", which that at " +
+                           toText(found->second.place) + " is not",
+                       name);
+    }
+    if (!seen_.insert(name).second) {
+      return;
+    }
+    for (GroupMember const& member : found->second.members) {
+      if (auto const* const nested = std::get_if<GroupReference>(&member)) {
+        add(nested->name);
+      } else {
+        members_.push_back(std::get<Member>(member));
+      }
+    }
+  }
+
+  static std::string_view wordOf(GroupKind kind) {
+    switch (kind) {
+    case GroupKind::addresses: return "addresses";
+    case GroupKind::services: return "services";
+    case GroupKind::ports: break;
+    }
+    return "ports";
+  }
+
+  ListRule const& line_;
+  ObjectGroups const& groups_;
+  GroupKind kind_;
+  std::set<std::string> seen_;
+  std::vector<Member> members_;
+};
+
+template <class Rule>
+class Expansion {
+ public:
+  using Match = typename Rule::AddressMatch;
+
+  Expansion(ListRule const& line, ObjectGroups const& groups)
+      : line_(line), groups_(groups), rules_{std::get<Rule>(line.rule)} {}
+
+  std::vector<ConfiguredRule> all() && {
+    RuleGroups const& names = *line_.groups;
+    multiply(services(names.service), [](Rule& rule, Acl::IpRuleConfig const& service) {
+      rule.protocolIs(service.protocol());
+      rule.srcPortIs(service.srcPort());
+      rule.dstPortIs(service.dstPort());
+      rule.icmpTypeIs(service.icmpType());
+      rule.icmpCodeIs(service.icmpCode());
+    });
+    multiply(addresses(names.source),
+             [](Rule& rule, Match const& address) { rule.sourceIs(address); });
+    multiply(ports(names.sourcePorts),
+             [](Rule& rule, Acl::PortMatch const& match) { rule.srcPortIs(match); });
+    multiply(addresses(names.destination),
+             [](Rule& rule, Match const& address) { rule.destinationIs(address); });
+    multiply(ports(names.destinationPorts),
+             [](Rule& rule, Acl::PortMatch const& match) { rule.dstPortIs(match); });
+    multiply(dscps(names.precedence), [](Rule& rule, std::uint64_t dscp) { rule.dscpIs(dscp); });
+    return {rules_.begin(), rules_.end()};
+  }
+
+ private:
+  template <class Value>
+  using Values = std::optional<std::vector<Value>>;
+
+  // Each rule with each value. None: the rules remain.
+  template <class Value, class Set>
+  void multiply(Values<Value> const& values, Set const& set) {
+    if (!values) {
+      return;
+    }
+    if (rules_.size() * values->size() > mostRulesOfLine) {
+      throw InputError(line_.groups->place,
+                       "at most " + std::to_string(mostRulesOfLine) +
+                           " rules of the object-groups of a line",
+                       describe(line_.rule));
+    }
+    std::vector<Rule> product;
+    product.reserve(rules_.size() * values->size());
+    for (Rule const& rule : rules_) {
+      for (Value const& value : *values) {
+        set(product.emplace_back(rule), value);
+      }
+    }
+    rules_ = std::move(product);
+  }
+
+  Values<Acl::IpRuleConfig> services(std::string const& name) const {
+    if (name.empty()) {
+      return std::nullopt;
+    }
+    return Members<Acl::IpRuleConfig>(line_, groups_, GroupKind::services).of(name);
+  }
+  Values<Acl::PortMatch> ports(std::string const& name) const {
+    if (name.empty()) {
+      return std::nullopt;
+    }
+    return Members<Acl::PortMatch>(line_, groups_, GroupKind::ports).of(name);
+  }
+  Values<Match> addresses(std::string const& name) const {
+    if (name.empty()) {
+      return std::nullopt;
+    }
+    constexpr Family family = std::is_same_v<Rule, Acl::IpRuleConfig> ? Family::ip4 : Family::ip6;
+    std::vector<Match> matches;
+    for (GroupAddress const& member :
+         Members<GroupAddress>(line_, groups_, GroupKind::addresses).of(name)) {
+      if (member.family != family) {
+        throw InputError(line_.groups->place, "an object-group of addresses of this family", name);
+      }
+      matches.push_back(addressMatch<Match>(member.address));
+    }
+    return matches;
+  }
+  static Values<std::uint64_t> dscps(std::optional<std::uint8_t> precedence) {
+    if (!precedence) {
+      return std::nullopt;
+    }
+    std::vector<std::uint64_t> values;
+    for (std::uint64_t low = 0; low != 8; ++low) {
+      values.push_back(*precedence * std::uint64_t{8} + low);
+    }
+    return values;
+  }
+
+  ListRule const& line_;
+  ObjectGroups const& groups_;
+  std::vector<Rule> rules_;
+};
+
+}  // namespace
+
+std::vector<ConfiguredRule> rulesOf(ListRule const& line, ObjectGroups const& groups) {
+  if (!line.groups) {
+    return {line.rule};
+  }
+  if (std::holds_alternative<Acl::IpRuleConfig>(line.rule)) {
+    return Expansion<Acl::IpRuleConfig>(line, groups).all();
+  }
+  return Expansion<Acl::Ip6RuleConfig>(line, groups).all();
+}
+
+}  // namespace PolicyMapTestKit::Text

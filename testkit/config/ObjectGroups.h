@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Object-groups, and the rules that a line of an access list with object-groups stands for.
+
+#include "testkit/Export.h"
+#include "testkit/text/Statement.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace PolicyMapTestKit::Text {
+
+struct ObjectGroup {
+  GroupKind kind = GroupKind::addresses;
+  // In file order, each once.
+  std::vector<GroupMember> members;
+  // Of the line that opened it first.
+  SourcePosition place;
+};
+
+using ObjectGroups = std::map<std::string, ObjectGroup>;
+
+// One line makes at most this number of rules.
+constexpr std::uint64_t mostRulesOfLine = 100000;
+
+// The rules of a line: every service with every source and every destination, in the order of the
+// members. Throws InputError at the place of the line if a group does not exist, is of another
+// kind or family, or if there are more than mostRulesOfLine.
+[[nodiscard]] POLICYMAPTESTKIT_API std::vector<ConfiguredRule> rulesOf(ListRule const& line,
+                                                                       ObjectGroups const& groups);
+
+}  // namespace PolicyMapTestKit::Text

@@ -1,0 +1,302 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/config/EffectiveSettings.h"
+
+#include "testkit/Labs.h"
+#include "testkit/Matchers.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace PolicyMapTestKit::test {
+namespace {
+
+using PolicyMap::ClassMapMatchOption;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::ThrowsMessage;
+
+std::string const lists = "ip access-list a\n 10 permit tcp any any eq 1\n"
+                          "ip access-list b\n 10 permit tcp any any eq 2\n"
+                          "class-map match-any a\n match access-group a\n"
+                          "class-map match-any b\n match access-group b\n";
+
+// Access groups -------------------------------------------------------------------------
+
+TEST(AccessGroups, AreAPolicyMapOfOneClass) {
+  Lab lab;
+  lab.load(lists + "interface Ethernet1\n ip access-group a in\n"
+                   "interface Ethernet2\n ip access-group a in\n ip access-group b out\n");
+  EXPECT_THAT(lab.record("access-group a"),
+              AllOf(Programmed(), RulesAre("a 10 permit tcp any any eq 1"),
+                    OnInterfaces("Ethernet1", "Ethernet2")));
+  EXPECT_THAT(lab.record("access-group b", "output"), OnInterfaces("Ethernet2"));
+  lab.load("interface Ethernet1\n no ip access-group a in\n");
+  EXPECT_THAT(lab.record("access-group a"), OnInterfaces("Ethernet2"));
+}
+
+TEST(AccessGroups, OfAllFamiliesShareOne) {
+  Lab lab;
+  lab.load(lists + "ipv6 access-list a6\n permit udp any any\n"
+                   "mac access-list m\n permit any any arp\n"
+                   "interface Ethernet1\n ip access-group a in\n ipv6 traffic-filter a6 in\n"
+                   " mac access-group m in\n ipv6 address 2001:db8::1/64\n"
+                   " ip address 192.0.2.1/24\n");
+  EXPECT_THAT(lab.record("access-group a,a6,m", "input", ClassMapMatchOption::ipv4),
+              RulesAre("a 10 permit tcp any any eq 1"));
+  EXPECT_THAT(lab.record("access-group a,a6,m", "input", ClassMapMatchOption::ipv6),
+              RulesAre("a6 10 permit udp any any"));
+  EXPECT_THAT(lab.record("access-group a,a6,m", "input", ClassMapMatchOption::mac),
+              RulesAre("m 10 permit any any arp"));
+}
+
+TEST(AccessGroups, AServicePolicyTakesTheirPlace) {
+  Lab lab;
+  lab.load(lists + "policy-map p\n class b\n"
+                   "interface Ethernet1\n ip access-group a in\n service-policy input p\n");
+  EXPECT_THAT(lab.record("p"), OnInterfaces("Ethernet1"));
+  EXPECT_THROW(static_cast<void>(lab.record("access-group a")), LookupError);
+  lab.load("interface Ethernet1\n no service-policy input p\n");
+  EXPECT_THAT(lab.record("access-group a"), OnInterfaces("Ethernet1"));
+}
+
+TEST(AccessGroups, EverySpellingIsTaken) {
+  for (char const* const line :
+       {"ip access-group a in", "ipv4 access-group a ingress", "ip access-group name a input"}) {
+    Lab lab;
+    lab.load(lists + "interface Ethernet1\n " + line + "\n");
+    EXPECT_THAT(lab.record("access-group a"), Programmed()) << line;
+  }
+  Lab lab;
+  EXPECT_THAT([&] { lab.load("interface Ethernet1\n ip access-group a sideways\n"); },
+              ThrowsMessage<Text::InputError>(HasSubstr("2:20: expected in or out")));
+  EXPECT_THAT([&] { lab.load("interface Ethernet1\n no ip access-group a in\n"); },
+              ThrowsMessage<Text::InputError>(
+                  HasSubstr("expected the list that is attached for input, found 'a'")));
+}
+
+// class-default -------------------------------------------------------------------------
+
+TEST(ClassDefault, IsLastAndMatchesEverything) {
+  Lab lab;
+  lab.load(lists + "policy-map p\n class class-default\n  set action1 9\n class a\n"
+                   "interface Ethernet1\n service-policy input p\n ip address 192.0.2.1/24\n"
+                   " ipv6 address 2001:db8::1/64\n");
+  EXPECT_THAT(lab.record("p", "input", ClassMapMatchOption::ipv4),
+              RulesAre("a a 10 permit tcp any any eq 1", "class-default 10 permit ip any any"));
+  EXPECT_THAT(lab.record("p", "input", ClassMapMatchOption::ipv6),
+              RulesAre("20 permit ipv6 any any"));
+  EXPECT_THAT(lab.explain(), AllProgrammed());
+}
+
+TEST(ClassDefault, MayBeDefined) {
+  Lab lab;
+  lab.load(lists + "class-map match-any class-default\n match access-group b\n"
+                   "policy-map p\n class class-default\n"
+                   "interface Ethernet1\n service-policy input p\n");
+  EXPECT_THAT(lab.record("p"), RulesAre("b 10 permit tcp any any eq 2"));
+}
+
+// Zones ---------------------------------------------------------------------------------
+
+std::string const zones = lists + "policy-map type inspect p\n class type inspect a\n  inspect\n"
+                                  " class class-default\n  drop log\n"
+                                  "policy-map type inspect q\n class type inspect b\n  inspect\n"
+                                  "zone security in\nzone security out\n"
+                                  "interface Ethernet1\n zone-member security in\n"
+                                  "interface Ethernet2\n zone-member security out\n";
+
+// class-default has IPv6 rules, too.
+Record ip4(Lab const& lab, std::string_view policyMap) {
+  return lab.record(policyMap, "input", ClassMapMatchOption::ipv4);
+}
+
+TEST(Zones, AZonePairAttachesItsPolicyAtTheInterfacesOfTheSource) {
+  Lab lab;
+  lab.load(zones + "zone-pair security in-out source in destination out\n"
+                   " service-policy type inspect p\n");
+  EXPECT_THAT(ip4(lab, "p"), AllOf(Programmed(), OnInterfaces("Ethernet1")));
+  EXPECT_THAT(ip4(lab, "p"), HasRule("a 10", Action3(1)));
+  lab.load("zone-pair security in-out\n no service-policy type inspect p\n");
+  EXPECT_THAT(ip4(lab, "p"), Not(Programmed()));
+}
+
+TEST(Zones, PairsWithOneSourceAreOnePolicyMap) {
+  Lab lab;
+  lab.load(zones + "zone-pair security 1 source in destination out\n"
+                   " service-policy type inspect p\n"
+                   "zone-pair security 2 source in destination self\n"
+                   " service-policy type inspect q\n");
+  EXPECT_THAT(ip4(lab, "p,q"),
+              RulesAre("a a 10 permit tcp any any eq 1", "b b 10 permit tcp any any eq 2",
+                       "class-default 10 permit ip any any"));
+  lab.load("no zone-pair security 2\n");
+  EXPECT_THAT(ip4(lab, "p"), Programmed());
+  EXPECT_THAT(ip4(lab, "p,q"), Not(Programmed()));
+}
+
+TEST(Zones, MistakesAreSaid) {
+  Lab lab;
+  EXPECT_THAT([&] { lab.load("zone-pair security x source a target b\n"); },
+              ThrowsMessage<Text::InputError>(HasSubstr("source ZONE destination ZONE")));
+  EXPECT_THAT([&] { lab.load("no zone-pair security x\n"); },
+              ThrowsMessage<Text::InputError>(
+                  HasSubstr("expected the name of a zone-pair that exists, found 'x'")));
+}
+
+// Conditions ----------------------------------------------------------------------------
+
+std::string const policyOfC = "policy-map p\n class c\n"
+                              "interface Ethernet1\n service-policy input p\n";
+
+TEST(Conditions, OfAMatchAllAreIntersected) {
+  Lab lab;
+  lab.load(lists + "class-map match-all c\n match access-group a\n match dscp 10 12\n" + policyOfC);
+  std::vector<std::string> matches;
+  for (RuleRecord const& rule : lab.record("p")) {
+    matches.push_back(rule.matchText());
+  }
+  EXPECT_THAT(matches,
+              ElementsAre("permit tcp any any eq 1 dscp 10", "permit tcp any any eq 1 dscp 12"));
+}
+
+TEST(Conditions, OfAMatchAnyAreAlternatives) {
+  Lab lab;
+  lab.load("class-map match-any c\n match ip dscp 10\n match protocol gre\n" + policyOfC);
+  std::vector<std::string> matches;
+  for (RuleRecord const& rule : lab.record("p", "input", ClassMapMatchOption::ipv4)) {
+    matches.push_back(rule.matchText());
+  }
+  EXPECT_THAT(matches, ElementsAre("permit ip any any dscp 10", "permit gre any any"));
+  lab.load("class-map match-any c\n no match protocol gre\n");
+  EXPECT_EQ(lab.record("p", "input", ClassMapMatchOption::ipv4).ruleCount, 1U);
+}
+
+TEST(Conditions, AClassThatNoRuleExpressesIsLeftOutAndExplained) {
+  Lab lab;
+  lab.load(lists + "class-map match-all c\n match access-group a\n match cos 5\n"
+                   "policy-map p\n class c\n class b\n"
+                   "interface Ethernet1\n service-policy input p\n");
+  EXPECT_THAT(lab.record("p"), RulesAre("b 10 permit tcp any any eq 2"));
+  EXPECT_THAT(lab.explain().lines(),
+              ElementsAre("p/input ipv4: programmed at Ethernet1; class c: cannot match cos 5: "
+                          "rules do not have this field"));
+}
+
+TEST(Conditions, ALineThatIsSkippedDoesNotWidenAMatchAll) {
+  std::string const text =
+      lists + "class-map match-all c\n match access-group a\n match colour red\n" + policyOfC;
+  {
+    Lab lab;
+    lab.load(Text::SourceText("f", text), Text::Reading::lenient);
+    EXPECT_THROW(static_cast<void>(lab.record("p")), LookupError);
+    EXPECT_THAT(lab.explain().lines(), ElementsAre(HasSubstr("class c: cannot match colour red: "
+                                                             "not understood")));
+    EXPECT_EQ(lab.skipped().total(), 1U);
+  }
+  Lab lab;
+  lab.load(Text::SourceText("f", text), Text::Reading::widening);
+  EXPECT_THAT(lab.record("p"), RulesAre("a 10 permit tcp any any eq 1"));
+}
+
+// Actions -------------------------------------------------------------------------------
+
+// The three actions of class a after these lines of it; 0 for none.
+std::vector<std::uint32_t> actionsAfter(std::string const& lines) {
+  Lab lab;
+  lab.load(lists + "policy-map p\n class a\n" + lines +
+           "interface Ethernet1\n service-policy input p\n");
+  RuleRecord const rule = lab.record("p").rules.front();
+  return {rule.action(1), rule.action(2), rule.action(3)};
+}
+
+TEST(ClassActions, MarkingsAreTheFirst) {
+  EXPECT_THAT(actionsAfter("  set dscp ef\n"), ElementsAre(46, 0, 0));
+  EXPECT_THAT(actionsAfter("  set ip dscp 10\n"), ElementsAre(10, 0, 0));
+  EXPECT_THAT(actionsAfter("  set precedence flash\n"), ElementsAre(3, 0, 0));
+  EXPECT_THAT(actionsAfter("  set cos 5\n"), ElementsAre(5, 0, 0));
+  EXPECT_THAT(actionsAfter("  set qos-group 12\n"), ElementsAre(12, 0, 0));
+  EXPECT_THAT(actionsAfter("  set mpls experimental topmost 4\n"), ElementsAre(4, 0, 0));
+  EXPECT_THAT(actionsAfter("  set traffic-class 2\n"), ElementsAre(2, 0, 0));
+  EXPECT_THAT(actionsAfter("  assign-queue 5\n"), ElementsAre(5, 0, 0));
+  EXPECT_THAT(actionsAfter("  set dscp ef\n  no set dscp\n"), ElementsAre(0, 0, 0));
+}
+
+TEST(ClassActions, RatesInKilobitsAreTheSecond) {
+  EXPECT_THAT(actionsAfter("  police 64000\n"), ElementsAre(0, 64, 0));
+  EXPECT_THAT(actionsAfter("  police cir 8500 bc 100 conform-action transmit\n"),
+              ElementsAre(0, 9, 0))
+      << "rounded up";
+  EXPECT_THAT(actionsAfter("  police rate 10 mbps\n"), ElementsAre(0, 10000, 0));
+  EXPECT_THAT(actionsAfter("  police cir 2g\n"), ElementsAre(0, 2000000, 0));
+  EXPECT_THAT(actionsAfter("  shape average 64k\n"), ElementsAre(0, 64, 0));
+  EXPECT_THAT(actionsAfter("  bandwidth 500\n"), ElementsAre(0, 500, 0));
+  EXPECT_THAT(actionsAfter("  priority 100\n"), ElementsAre(0, 100, 0));
+  EXPECT_THAT(actionsAfter("  police 64000\n  no police\n"), ElementsAre(0, 0, 0));
+  EXPECT_THAT(actionsAfter("  priority\n  no priority\n"), ElementsAre(0, 0, 0));
+  EXPECT_THAT(actionsAfter("  police-simple 64 64 conform-action transmit\n"),
+              ElementsAre(0, 64, 0));
+}
+
+TEST(ClassActions, EverythingElseIsANumberPerText) {
+  EXPECT_THAT(actionsAfter("  inspect\n"), ElementsAre(0, 0, 1));
+  EXPECT_THAT(actionsAfter("  bandwidth percent 10\n"), ElementsAre(0, 0, 1));
+  Lab lab;
+  lab.load(lists + "policy-map p\n class a\n  drop log\n class b\n  inspect\n"
+                   "interface Ethernet1\n service-policy input p\n");
+  EXPECT_THAT(lab.record("p"), HasRule("a 10", Action3(1)));
+  EXPECT_THAT(lab.record("p"), HasRule("b 10", Action3(2)));
+  EXPECT_THAT(*lab.configuration().settings().deeds, ElementsAre("drop log", "inspect"));
+  lab.load("policy-map p\n class b\n  no inspect\n  drop   log\n");
+  EXPECT_THAT(lab.record("p"), HasRule("b 10", Action3(1))) << "the same text";
+}
+
+TEST(ClassActions, AChangedRateIsAnUpdateOfActions) {
+  Lab lab({.updateAction = true});
+  lab.load(lists + "policy-map p\n class a\n  police 64000\n"
+                   "interface Ethernet1\n service-policy input p\n");
+  std::uint64_t const next = lab.journal().next();
+  lab.load("policy-map p\n class a\n  police 128000\n");
+  EXPECT_THAT(lab.journal().since(next),
+              Calls("beginUpdateActions", "updateAction", "endUpdateActions", "commitPolicy"));
+}
+
+// Interfaces ----------------------------------------------------------------------------
+
+std::string const policyOfA = lists + "policy-map p\n class a\n";
+
+TEST(Interfaces, BareNumbersAreEthernetOrADeclaredPortChannel) {
+  Lab lab;
+  lab.load(policyOfA + "port-channel name 1/10 uplink\n"
+                       "interface 0/13\n addport 1/10\n"
+                       "interface 1/10\n service-policy in p\n"
+                       "interface 0/9\n service-policy in p\n");
+  EXPECT_THAT(lab.record("p"), OnInterfaces("Ethernet0/9", "PortChannel10"));
+  EXPECT_THAT(lab.lag()->memberOf(Vorel::IntfId("Ethernet0/13")), Vorel::IntfId("PortChannel10"));
+  EXPECT_THAT([&] { lab.load("interface 0/1\n addport 2/2\n"); },
+              ThrowsMessage<Text::InputError>(
+                  HasSubstr("expected the name of a port-channel that exists, found '2/2'")));
+}
+
+TEST(Interfaces, AnAddressThatIsNotSaidCounts) {
+  for (char const* const line : {"ip address dhcp", "ip unnumbered Loopback0"}) {
+    Lab lab;
+    lab.load(policyOfA + "interface Vlan7\n service-policy input p\n " + line + "\n");
+    EXPECT_THAT(lab.record("p"), OnInterfaces("Vlan7")) << line;
+  }
+}
+
+TEST(Interfaces, HowAPortIsSwitchedDoesNotCount) {
+  Lab lab;
+  lab.load(policyOfA + "interface Ethernet1\n switchport mode trunk\n"
+                       " switchport trunk allowed vlan 1,103\n service-policy input p\n");
+  EXPECT_THAT(lab.explain(), AllProgrammed());
+}
+
+}  // namespace
+}  // namespace PolicyMapTestKit::test
