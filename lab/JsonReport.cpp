@@ -174,6 +174,11 @@ void printChanges(std::ostream& out, std::vector<StepChanges> const& steps) {
   out << "]";
 }
 
+Json jsonOf(SkippedLines::Line const& line) {
+  return Json::Object{
+      {"file", *line.place.file}, {"line", std::uint64_t{line.place.line}}, {"kind", line.kind}};
+}
+
 }  // namespace
 
 void printJson(std::ostream& out, JsonReport const& report) {
@@ -192,9 +197,13 @@ void printJson(std::ostream& out, JsonReport const& report) {
   }
   Json const sums(Json::Object{
       {"policies", totals.policies}, {"rules", totals.rules}, {"subRules", totals.subRules}});
+  Json const understood(Json::Object{{"understood", lab.skipped().understood()},
+                                     {"skipped", lab.skipped().missed()}});
   auto const textOfItem = [](auto const& item) { return jsonOf(item).text(); };
   out << "],\n\"totals\":" << sums.text() << ",\n\"skipped\":" << Json(std::move(skipped)).text()
-      << ",\n\"status\":";
+      << ",\n\"skippedLines\":";
+  printList(out, lab.skipped().lines(), textOfItem);
+  out << ",\n\"policyLines\":" << understood.text() << ",\n\"status\":";
   printList(out, readStatuses(lab), textOfItem);
   out << ",\n\"problems\":";
   printList(out, report.problems, textOfItem);

@@ -144,12 +144,36 @@ void printProblems(std::ostream& out, TextStyle const& style,
   }
 }
 
-void printSkipped(std::ostream& out, TextStyle const& style, SkippedLines const& skipped) {
+// What the numbers of the third action mean.
+void printDeeds(std::ostream& out, TextStyle const& style, Lab const& lab) {
+  std::vector<std::string> const& deeds = *lab.configuration().settings().deeds;
+  if (deeds.empty()) {
+    return;
+  }
+  out << "\n" << tinted(style, Tint::heading, "what classes do besides") << "\n";
+  Table table({{"action3", Table::Align::right}, {"text"}}, 2);
+  for (std::size_t i = 0; i != deeds.size(); ++i) {
+    table.add({std::to_string(i + 1), deeds[i]});
+  }
+  table.print(out, style);
+}
+
+void printSkipped(std::ostream& out, TextStyle const& style, SkippedLines const& skipped,
+                  SkippedBy by) {
   if (skipped.total() == 0) {
     return;
   }
+  std::uint64_t const aboutPolicies = skipped.understood() + skipped.missed();
   out << "\n"
-      << tinted(style, Tint::heading, "skipped") << " " << counted(skipped.total(), "line") << "\n";
+      << tinted(style, Tint::heading, "skipped") << " " << counted(skipped.total(), "line")
+      << "; understood " << skipped.understood() << " of " << counted(aboutPolicies, "line")
+      << " about policies\n";
+  if (by == SkippedBy::line) {
+    for (SkippedLines::Line const& line : skipped.lines()) {
+      printWrapped(out, style, "  ", toText(line.place) + " " + line.kind);
+    }
+    return;
+  }
   Table table({{"lines", Table::Align::right}, {"kind"}}, 2);
   for (auto const& [kind, lines] : skipped.byKind()) {
     table.add({std::to_string(lines), kind});
@@ -165,7 +189,7 @@ std::string titleOf(std::string const& policy, std::string const& direction,
 }
 
 void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
-                 std::vector<Problem> const& problems, WithRules withRules) {
+                 std::vector<Problem> const& problems, WithRules withRules, SkippedBy skippedBy) {
   Totals totals;
   lab.forEachRecord(withRules, [&](Record const& record) {
     printRecord(out, style, record);
@@ -174,9 +198,10 @@ void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
   out << tinted(style, Tint::heading, "total") << " " << totals.policies
       << (totals.policies == 1 ? " policy, " : " policies, ") << counted(totals.rules, "rule")
       << ", " << counted(totals.subRules, "sub-rule") << "\n";
+  printDeeds(out, style, lab);
   printNotProgrammed(out, style, lab);
   printProblems(out, style, problems);
-  printSkipped(out, style, lab.skipped());
+  printSkipped(out, style, lab.skipped(), skippedBy);
 }
 
 void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab) {

@@ -15,10 +15,13 @@
 
 namespace lab {
 
+// How skipped lines are listed: counted by kind, or each with its file, line and kind.
+enum class SkippedBy : std::uint8_t { kind, line };
+
 // One table per policy and option, totals, what is attached and not programmed, problems, and
 // skipped lines. Without rules, only the tables are omitted.
 void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
-                 std::vector<Problem> const& problems, WithRules withRules);
+                 std::vector<Problem> const& problems, WithRules withRules, SkippedBy skippedBy);
 
 // Why each attached policy is or is not programmed; see Explanations::lines().
 void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab);

@@ -93,6 +93,16 @@ void RunVerb::addInputOptions() {
   CLI::Option* const lenient =
       command_->add_flag("--lenient", lenient_, "Skip and count lines that are not understood")
           ->group(group);
+  command_
+      ->add_flag("--widen", widen_,
+                 "With --lenient: a class that loses a condition matches more,\ninstead of nothing")
+      ->group(group)
+      ->needs(lenient);
+  command_
+      ->add_flag_callback(
+          "--no-access-groups", [this] { options_.accessGroups = false; },
+          "Leave out access lists that are attached by themselves")
+      ->group(group);
   CLI::Option* const rules =
       command_->add_option("--rules", rulesFile_, "A filter set in the ClassBench line format")
           ->type_name("FILE")
@@ -125,6 +135,8 @@ void RunVerb::addOutputOptions() {
   char const* const group = "Output";
   command_->add_flag("--json", json_, "Print one JSON object")->group(group);
   command_->add_flag("--summary", summary_, "Leave out the rules")->group(group);
+  command_->add_flag("--skipped", skippedLines_, "List the lines that --lenient skipped")
+      ->group(group);
   command_
       ->add_option("--journal", journal_,
                    "Also print every call of the helper: text, json (lines,\nor a member of the "
@@ -293,7 +305,8 @@ void RunVerb::report(Run const& run, std::vector<Problem> const& problems) const
     return;
   }
   if (tells()) {
-    printReport(console.out, console.style, run.lab, problems, withRules);
+    printReport(console.out, console.style, run.lab, problems, withRules,
+                skippedLines_ ? SkippedBy::line : SkippedBy::kind);
     if (!faults_.empty() || options_.async || options_.pseudoAsync) {
       console.out << "\n" << tinted(console.style, Tint::heading, "status") << "\n";
       printStatuses(console.out, console.style, run.lab);

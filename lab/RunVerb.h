@@ -50,7 +50,9 @@ class RunVerb : public Verb {
   // Whether changes are determined, and printed as text while the lab runs.
   bool compares() const { return output_ == Output::records && (json_ || journal_ != "json"); }
   bool tells() const { return compares() && !json_; }
-  Reading reading() const { return lenient_ ? Reading::lenient : Reading::strict; }
+  Reading reading() const {
+    return widen_ ? Reading::widening : lenient_ ? Reading::lenient : Reading::strict;
+  }
   void setTrace() const;
   void report(Run const& run, std::vector<Problem> const& problems) const;
 
@@ -61,6 +63,8 @@ class RunVerb : public Verb {
   FilterLayout layout_;
   bool portsOnAnyProtocol_ = false;
   bool lenient_ = false;
+  bool widen_ = false;
+  bool skippedLines_ = false;
   bool json_ = false;
   bool summary_ = false;
   std::string journal_;  // its form; empty: none

@@ -20,7 +20,7 @@ using testing::HasSubstr;
 std::string reportOf(Lab const& lab, WithRules withRules = WithRules::yes,
                      TextStyle const& style = {}) {
   std::ostringstream out;
-  printReport(out, style, lab, findProblems(lab), withRules);
+  printReport(out, style, lab, findProblems(lab), withRules, SkippedBy::kind);
   return out.str();
 }
 
@@ -87,7 +87,7 @@ TEST(Report, ProblemsAndSkippedLinesStandAtTheEnd) {
                            "problems\n"
                            "  policy-map P (input): not defined, but attached to Ethernet1\n"
                            "\n"
-                           "skipped 1 line\n"
+                           "skipped 1 line; understood 1 of 1 line about policies\n"
                            "  lines  kind\n"
                            "      1  frobnicate\n");
 }
@@ -118,8 +118,9 @@ TEST(Report, JsonHasItsKeysInOrder) {
   Lab lab;
   load(lab, simplePolicy);
   auto const json = jsonOf(lab);
-  EXPECT_THAT(keysOf(json), ElementsAre("policies", "totals", "skipped", "status", "problems",
-                                        "outstanding", "changes"));
+  EXPECT_THAT(keysOf(json),
+              ElementsAre("policies", "totals", "skipped", "skippedLines", "policyLines", "status",
+                          "problems", "outstanding", "changes"));
   EXPECT_THAT(keysOf(json["status"][0]),
               ElementsAre("policy", "direction", "option", "programmed", "timeProgrammed",
                           "interfaces", "error", "operation", "class", "rule"));
@@ -149,6 +150,9 @@ TEST(Report, JsonHasTheValuesOfTheRecord) {
          "action1": 1, "action2": 0, "action3": 0, "subRules": ["dst 5004-5007", "dst 5008"]}]}],
     "totals": {"policies": 1, "rules": 2, "subRules": 3},
     "skipped": {"frobnicate": 2},
+    "skippedLines": [{"file": "t", "line": 1, "kind": "frobnicate"},
+                     {"file": "t", "line": 2, "kind": "frobnicate"}],
+    "policyLines": {"understood": 11, "skipped": 0},
     "status": [{"policy": "P", "direction": "input", "option": "ipv4", "programmed": true,
                 "timeProgrammed": 0.0, "interfaces": ["Ethernet1"], "error": "", "operation": "", "class": "", "rule": ""}],
     "problems": [], "outstanding": [], "changes": []})"));
@@ -165,7 +169,8 @@ TEST(Report, JsonSummaryHasNoRulesArrays) {
 TEST(Report, JsonOfNothingIsAnObjectAllTheSame) {
   Lab const lab;
   EXPECT_EQ(jsonOf(lab), nlohmann::ordered_json::parse(R"({"policies": [],
-    "totals": {"policies": 0, "rules": 0, "subRules": 0}, "skipped": {}, "status": [],
+    "totals": {"policies": 0, "rules": 0, "subRules": 0}, "skipped": {},
+    "skippedLines": [], "policyLines": {"understood": 0, "skipped": 0}, "status": [],
     "problems": [], "outstanding": [], "changes": []})"));
 }
 

@@ -318,7 +318,7 @@ TEST_F(RunVerbTest, AckOrRstAndEstablishedAreCapabilitiesOfTheirOwn) {
 TEST_F(RunVerbTest, SkippedLinesAreCountedByKind) {
   std::string const path =
       file("foreign.cfg", simplePolicy + "spanning-tree mode mst\nspanning-tree mode mst\n"
-                                         "no class-map absent\ninterface 0/7\n");
+                                         "no class-map absent\ninterface X0/7\n");
   Outcome const outcome = runLab({"run", "--lenient", "--json", path});
   EXPECT_EQ(outcome.status, ExitStatus::success);
   EXPECT_EQ(outcome.json()["skipped"].dump(),
