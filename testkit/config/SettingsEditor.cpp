@@ -521,7 +521,11 @@ void checkGroups(Settings const& settings, PolicyText& text, Reading reading) {
           if (reading == Reading::strict) {
             throw;
           }
-          text.skipped.add("permit (object-group)", error.position());
+          // A line of an earlier file was counted then.
+          if (!text.statements.empty() &&
+              error.position().file == text.statements.front().position.file) {
+            text.skipped.add("permit (object-group)", error.position());
+          }
         }
       }
     }

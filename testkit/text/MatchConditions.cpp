@@ -417,10 +417,13 @@ std::optional<MatchCondition> takeCondition(Lexer& lexer) {
 }
 
 MatchCondition unknownCondition(Lexer& lexer) {
+  constexpr std::size_t longest = 200;  // it becomes a name
   MatchCondition condition;
-  while (!lexer.peek().atEnd()) {
+  while (!lexer.peek().atEnd() && condition.text.size() < longest) {
     condition.text.append(condition.text.empty() ? "" : " ").append(lowerCase(lexer.next().text));
   }
+  lexer.rest();
+  condition.text.resize(std::min(condition.text.size(), longest));
   return condition;
 }
 

@@ -156,6 +156,18 @@ TEST(ObjectGroups, MistakesNameTheLineAndTheGroup) {
               ThrowsMessage<Text::InputError>(HasSubstr("a member of the object-group")));
 }
 
+TEST(ObjectGroups, ALenientReadingLeavesOutTheLineAndCountsItOnce) {
+  Lab lab;
+  lab.load(Text::SourceText("f", std::string("ip access-list l\n permit ip object-group none any\n"
+                                             " permit udp any any\n") +
+                                     attached),
+           Text::Reading::lenient);
+  EXPECT_THAT(rulesOf(lab), ElementsAre("20 permit udp any any"));
+  EXPECT_EQ(lab.skipped().byKind().at("permit (object-group)"), 1U);
+  lab.load(Text::SourceText("g", "hostname x\ninterface Ethernet2\n"), Text::Reading::lenient);
+  EXPECT_EQ(lab.skipped().total(), 1U);
+}
+
 TEST(ObjectGroups, TheNumberOfRulesOfALineIsBounded) {
   std::string text = "object-group network a\n";
   for (int i = 0; i != 320; ++i) {

@@ -145,6 +145,14 @@ TEST(MatchConditions, BadValuesAreErrorsAtTheirColumns) {
   EXPECT_EQ(errorOf("ethertype x"), "11: an Ethernet type 0-0xffff or its name");
 }
 
+TEST(MatchConditions, AnUnknownOneIsNamedByItsBeginning) {
+  std::string const line = "COLOUR  " + std::string(1000, 'x') + " more";
+  Lexer lexer(line);
+  MatchCondition const condition = unknownCondition(lexer);
+  EXPECT_EQ(condition.text, "colour " + std::string(193, 'x'));
+  EXPECT_TRUE(lexer.peek().atEnd());
+}
+
 TEST(MatchConditions, OtherLinesAreLeftAlone) {
   for (std::string_view const text : {"access-group name x", "ip tcp any any", "class-map x", "",
                                       "not", "not access", "nonsense 5"}) {
