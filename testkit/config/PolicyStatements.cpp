@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: Apache-2.0
+// The statements about class-maps and policy-maps.
+
+#include "testkit/config/SettingsEditor.h"
+#include "testkit/config/StatementEditor.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace PolicyMapTestKit::Text {
+
+// Class-maps
+
+ClassMap& StatementEditor::existingClassMap(Name const& name) {
+  auto const found = settings_.classMaps.find(name.text);
+  if (found == settings_.classMaps.end()) {
+    failAbsent("a class-map", name);
+  }
+  return found->second.edit();
+}
+
+void StatementEditor::apply(ClassMapOpen const& body) {
+  auto const [found, isNew] = settings_.classMaps.try_emplace(body.classMap.text);
+  if (isNew || (body.matchWritten && found->second->match != body.match)) {
+    found->second.edit().match = body.match;
+  }
+}
+
+void StatementEditor::apply(ClassMapRemove const& body) {
+  existingClassMap(body.classMap);
+  settings_.classMaps.erase(body.classMap.text);
+}
+
+void StatementEditor::matchIs(Name const& classMap, PolicyMap::ClassMapMatch const& match,
+                              bool remove, Name const& shown) {
+  auto& matches = existingClassMap(classMap).matches;
+  std::optional<std::uint32_t> const place = matches.numberOf(match);
+  if (remove && !place) {
+    fail("a match of class-map " + classMap.text, shown, "no match (absent)");
+  }
+  if (remove) {
+    matches.erase(*place);
+  } else if (!place) {
+    // Numbers cannot run out: only this line assigns them, ten per line of input.
+    matches.put(matches.nextNumber().value(), match);
+  }
+}
+
+void StatementEditor::apply(ClassMatchList const& body) {
+  matchIs(body.classMap,
+          PolicyMap::ClassMapMatch::acl(matchOption(body.list.family), body.list.name.text),
+          body.remove, body.list.name);
+}
+
+void StatementEditor::apply(ClassMatchClass const& body) {
+  matchIs(body.classMap, PolicyMap::ClassMapMatch::classMap(body.nested.text), body.remove,
+          body.nested);
+}
+
+void StatementEditor::apply(ClassMatchCondition const& body) {
+  MatchCondition const& condition = body.condition;
+  Name const shown{condition.text, statement_->subject.column};
+  if (condition.rules.size() == 1) {
+    matchIs(body.classMap, ownMatch(condition.rules.front()), body.remove, shown);
+    return;
+  }
+  std::string const name = conditionName(condition.text);
+  matchIs(body.classMap, PolicyMap::ClassMapMatch::classMap(name), body.remove, shown);
+  if (!condition.rules.empty() && settings_.classMaps.count(name) == 0) {
+    ClassMap& conditions = settings_.classMaps[name].edit();
+    conditions.match = ClassMatch::any;
+    for (ConfiguredRule const& rule : condition.rules) {
+      conditions.matches.put(conditions.matches.nextNumber().value(), ownMatch(rule));
+    }
+  }
+}
+
+void StatementEditor::apply(ClassMatchRule const& body) {
+  matchIs(body.classMap, ownMatch(body.rule), body.remove,
+          {describe(body.rule), statement_->subject.column});
+}
+
+// Policy-maps
+
+PolicyMapSettings& StatementEditor::existingPolicyMap(Name const& name) {
+  auto const found = settings_.policyMaps.find(name.text);
+  if (found == settings_.policyMaps.end()) {
+    failAbsent("a policy-map", name);
+  }
+  return found->second.edit();
+}
+
+void StatementEditor::failNoClass(Name const& policyMap, Name const& className, std::string kind) {
+  fail("a class of policy-map " + policyMap.text, className, std::move(kind));
+}
+
+void StatementEditor::apply(PolicyMapOpen const& body) {
+  settings_.policyMaps.try_emplace(body.policyMap.text);
+}
+
+void StatementEditor::apply(PolicyMapRemove const& body) {
+  existingPolicyMap(body.policyMap);
+  settings_.policyMaps.erase(body.policyMap.text);
+}
+
+void StatementEditor::apply(PolicyClassOpen const& body) {
+  PolicyMapSettings& policyMap = existingPolicyMap(body.policyMap);
+  std::string const& name = body.className.text;
+  if (!body.insertBefore) {
+    if (policyMap.actions.try_emplace(name).second) {
+      policyMap.order.append(name);
+    }
+    return;
+  }
+  Name const& other = *body.insertBefore;
+  if (other == body.className || policyMap.actions.count(other.text) == 0) {
+    fail("another class of policy-map " + body.policyMap.text, other, "class (insert-before)");
+  }
+  if (!policyMap.actions.try_emplace(name).second) {
+    policyMap.order.erase(name);
+  }
+  policyMap.order.insertBefore(name, other.text);
+}
+
+void StatementEditor::apply(PolicyClassRemove const& body) {
+  PolicyMapSettings& policyMap = existingPolicyMap(body.policyMap);
+  if (policyMap.actions.erase(body.className.text) == 0) {
+    failNoClass(body.policyMap, body.className, "no class (absent)");
+  }
+  policyMap.order.erase(body.className.text);
+}
+
+void StatementEditor::apply(PolicyClassAction const& body) {
+  PolicyMapSettings& policyMap = existingPolicyMap(body.policyMap);
+  auto const found = policyMap.actions.find(body.className.text);
+  if (found == policyMap.actions.end()) {
+    failNoClass(body.policyMap, body.className, "set (no class)");
+  }
+  std::size_t const action = body.action - std::size_t{1};
+  if (!body.value && !found->second[action]) {
+    fail("an action of class " + body.className.text,
+         std::string(PolicyMapTest::testActionNames[action]), "no set (absent)");
+  }
+  found->second[action] = body.value;
+}
+
+void StatementEditor::apply(PolicyClassDeed const& body) {
+  PolicyMapSettings& policyMap = existingPolicyMap(body.policyMap);
+  auto const found = policyMap.actions.find(body.className.text);
+  if (found == policyMap.actions.end()) {
+    failNoClass(body.policyMap, body.className, "action (no class)");
+  }
+  std::vector<std::string>& deeds = policyMap.deeds[body.className.text];
+  auto const place = std::find(deeds.begin(), deeds.end(), body.text);
+  if (body.remove && place == deeds.end()) {
+    fail("what class " + body.className.text + " does", body.text, "no action (absent)");
+  }
+  if (body.remove) {
+    deeds.erase(place);
+  } else if (place == deeds.end()) {
+    deeds.push_back(body.text);
+  }
+  std::string all;
+  for (std::string const& deed : deeds) {
+    all += (all.empty() ? "" : "; ") + deed;
+  }
+  found->second[2] = all.empty() ? std::nullopt : std::optional(numberOfDeed(all));
+}
+
+std::uint32_t StatementEditor::numberOfDeed(std::string const& text) {
+  auto const& known = *settings_.deeds;
+  auto const place = std::find(known.begin(), known.end(), text);
+  auto const number = static_cast<std::uint32_t>(place - known.begin()) + 1;
+  if (place == known.end()) {
+    settings_.deeds.edit().push_back(text);
+  }
+  return number;
+}
+
+}  // namespace PolicyMapTestKit::Text
