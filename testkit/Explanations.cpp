@@ -2,7 +2,6 @@
 #include "testkit/Explanations.h"
 
 #include "testkit/Printing.h"
-#include "testkit/config/SettingsEditor.h"
 #include "testkit/text/MatchConditions.h"
 
 #include <algorithm>
@@ -156,7 +155,7 @@ bool asConfigured(Explanation const& explanation) {
 }  // namespace
 
 std::string withReasons(std::string const& missing) {
-  std::string const condition = "missing class-map " + Text::conditionName("");
+  std::string const condition = "missing class-map " + Text::conditionName({});
   if (!missing.starts_with(condition)) {
     return missing;
   }

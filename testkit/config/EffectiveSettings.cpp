@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/config/EffectiveSettings.h"
 
+#include "testkit/text/MatchConditions.h"
+
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -21,6 +23,52 @@ void matchEverything(ClassMap& classMap) {
   classMap.match = ClassMatch::any;
   classMap.matches.put(10, ownMatch(Acl::IpRuleConfig()));
   classMap.matches.put(20, ownMatch(Acl::Ip6RuleConfig()));
+}
+
+// Which kinds of rules a match has, a bit per family.
+unsigned familiesOf(Settings const& settings, PolicyMap::ClassMapMatch const& match) {
+  constexpr unsigned all = 7;
+  using Kind = PolicyMap::ClassMapMatch::Kind;
+  if (match.kind() == Kind::rule) {
+    return 1U << match.rule().index();
+  }
+  if (match.kind() == Kind::acl) {
+    using Option = PolicyMap::ClassMapMatchOption;
+    return match.option() == Option::ipv4 ? 1U : match.option() == Option::ipv6 ? 2U : 4U;
+  }
+  auto const nested = settings.classMaps.find(match.name().stdString());
+  if (!isCondition(match.name().view()) || nested == settings.classMaps.end()) {
+    return all;
+  }
+  unsigned families = 0;
+  for (auto const& [place, alternative] : nested->second->matches.byNumber()) {
+    families |= familiesOf(settings, alternative);
+  }
+  return families;
+}
+
+// No rule has the fields of two families, so a class with such conditions matches nothing. A
+// condition that says so takes their place; with them, the core would refuse the whole policy.
+void refuseContradictions(Settings& settings) {
+  std::vector<std::string> refused;
+  for (auto const& [name, classMap] : settings.classMaps) {
+    auto const& matches = classMap->matches.byNumber();
+    if (classMap->match != ClassMatch::all || matches.size() < 2) {
+      continue;
+    }
+    unsigned common = familiesOf(settings, matches.begin()->second);
+    for (auto const& [place, match] : matches) {
+      common &= familiesOf(settings, match);
+    }
+    if (common == 0) {
+      refused.push_back(name);
+    }
+  }
+  for (std::string const& name : refused) {
+    ClassMap refusing;
+    refusing.matches.put(10, PolicyMap::ClassMapMatch::classMap(conditionName(contradiction)));
+    settings.classMaps.at(name).edit() = std::move(refusing);
+  }
 }
 
 // class-default is the last class of each policy-map, and needs no class-map.
@@ -151,6 +199,7 @@ Settings EffectiveSettings::of(Settings const& written) {
     }
   }
   addClassDefault(settings);
+  refuseContradictions(settings);
   return settings;
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The statements about class-maps and policy-maps.
 
-#include "testkit/config/SettingsEditor.h"
 #include "testkit/config/StatementEditor.h"
+#include "testkit/text/MatchConditions.h"
 
 #include <algorithm>
 #include <utility>

@@ -40,10 +40,6 @@ void checkGroups(Settings const& settings, PolicyText& text, Reading reading) {
 
 }  // namespace
 
-std::string conditionName(std::string const& condition) {
-  return "match " + condition;
-}
-
 void editSettings(Settings& settings, PolicyText& text, Reading reading) {
   StatementEditor editor(settings);
   std::map<std::uint32_t, std::string> passedOver;  // kinds of skipped lines, by number

@@ -11,10 +11,6 @@
 
 namespace PolicyMapTestKit::Text {
 
-// The name of the class-map that has the rules of a condition such as "dscp 10 12". It does not
-// exist if no rule can express the condition.
-POLICYMAPTESTKIT_API std::string conditionName(std::string const& condition);
-
 // Applies the statements of `text` in order. A strict reading raises InputError at the first
 // invalid statement and leaves `settings` partly edited: pass a copy. A lenient reading skips
 // invalid statements whole and counts them as skipped lines of `text`.

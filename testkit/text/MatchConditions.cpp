@@ -427,7 +427,18 @@ MatchCondition unknownCondition(Lexer& lexer) {
   return condition;
 }
 
+std::string conditionName(std::string_view condition) {
+  return "match " + std::string(condition);
+}
+
+bool isCondition(std::string_view classMap) {
+  return classMap.starts_with(conditionName(""));
+}
+
 std::string_view reasonAgainst(std::string_view condition) {
+  if (condition == contradiction) {
+    return "no kind of rule has their fields together";
+  }
   std::string_view const known = knownReason(condition);
   bool const isProtocol = condition.starts_with("protocol ");
   return !known.empty() ? known : isProtocol ? notInHeaders : notUnderstood;

@@ -25,6 +25,13 @@ POLICYMAPTESTKIT_API std::optional<MatchCondition> takeCondition(Lexer& lexer);
 // The rest of the line as a condition that nobody knows.
 POLICYMAPTESTKIT_API MatchCondition unknownCondition(Lexer& lexer);
 
+// The name of the class-map that has the rules of a condition such as "dscp 10 12". It does not
+// exist if no rule can express the condition.
+POLICYMAPTESTKIT_API std::string conditionName(std::string_view condition);
+POLICYMAPTESTKIT_API bool isCondition(std::string_view classMap);
+// Stands for conditions of a match-all class that no kind of rule has together.
+inline constexpr std::string_view contradiction = "all of its conditions";
+
 // Why no rule expresses a condition without rules, from its text: "a header does not tell it".
 POLICYMAPTESTKIT_API std::string_view reasonAgainst(std::string_view condition);
 

@@ -204,6 +204,22 @@ TEST(Conditions, ALineThatIsSkippedDoesNotWidenAMatchAll) {
   EXPECT_THAT(lab.record("p"), RulesAre("a 10 permit tcp any any eq 1"));
 }
 
+TEST(Conditions, ThatNoKindOfRuleHasTogetherAreExplained) {
+  for (char const* const conditions :
+       {" match vlan 10\n match dscp 46\n", " match ip dscp 46\n match ipv6 dscp 46\n",
+        " match access-group a\n match protocol arp\n"}) {
+    Lab lab;
+    lab.load(lists + "class-map match-all c\n" + conditions + policyOfC);
+    EXPECT_THAT(lab.explain().lines(),
+                ElementsAre("p/input: nothing to program: no class has rules; class c: cannot "
+                            "match all of its conditions: no kind of rule has their fields "
+                            "together"))
+        << conditions;
+    lab.load("class-map match-any c\n");
+    EXPECT_THAT(lab.explain().lines(), testing::Not(testing::Contains(HasSubstr("together"))));
+  }
+}
+
 // Actions -------------------------------------------------------------------------------
 
 // The three actions of class a after these lines of it; 0 for none.
