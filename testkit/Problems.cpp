@@ -118,6 +118,9 @@ std::vector<Problem> findProblems(Lab const& lab) {
   for (auto const& [key, intfs] : attachmentsOf(lab.configuration().effective())) {
     PolicyProblems(lab, key, problems).find(intfs);
   }
+  for (EffectiveSettings::Note const& note : lab.configuration().notes()) {
+    problems.push_back({Kind::missing, note.where, note.text});
+  }
   return problems;
 }
 

@@ -17,6 +17,7 @@
 #include <Routing6/RoutingInfo.h>
 
 #include <functional>
+#include <vector>
 
 namespace PolicyMapTestKit::Text {
 
@@ -33,6 +34,8 @@ class POLICYMAPTESTKIT_API Configuration {
   Settings const& settings() const { return settings_; }
   // What is configured for them.
   Settings const& effective() const { return effective_; }
+  // What of them is not configured, and why.
+  std::vector<EffectiveSettings::Note> const& notes() const { return effects_.notes(); }
   // Whether lists that are attached by themselves count; true by default. To be set before the
   // first settings.
   void accessGroupsIs(bool on) { effects_.accessGroupsIs(on); }

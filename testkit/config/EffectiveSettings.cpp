@@ -18,6 +18,11 @@ std::size_t indexOf(Direction direction) {
   return static_cast<std::size_t>(direction);
 }
 
+std::string replacedAt(Vorel::IntfId intf, std::string const& policyMap) {
+  return "not at " + intf.name().stdString() + ": policy-map " + policyMap +
+         " is attached there in that direction";
+}
+
 // Packets of every family that has IP headers.
 void matchEverything(ClassMap& classMap) {
   classMap.match = ClassMatch::any;
@@ -138,13 +143,43 @@ std::map<std::string, ZonePolicies> policiesOfZones(Settings const& settings) {
   return zones;
 }
 
+}  // namespace
+
+std::string accessGroupName(std::string const& list) {
+  return "access-group " + list;
+}
+
+Settings EffectiveSettings::of(Settings const& written) {
+  Settings settings = written;
+  notes_.clear();
+  noteLostDenies(settings);
+  expandLists(settings);
+  attachZones(settings);
+  if (accessGroups_) {
+    for (auto const& [intf, interface] : settings.interfaces) {
+      attachLists(settings, intf, Direction::input);
+      attachLists(settings, intf, Direction::output);
+    }
+  }
+  addClassDefault(settings);
+  refuseContradictions(settings);
+  return settings;
+}
+
 // Rules do not know the zone to which a packet goes. So the policy-maps of all zone-pairs with one
 // source are one policy-map, for input at the interfaces of that zone.
-void attachZones(Settings& settings) {
+void EffectiveSettings::attachZones(Settings& settings) {
   for (auto const& [zone, policies] : policiesOfZones(settings)) {
+    std::string const where = "policy-map " + policies.name + " of zone " + zone;
+    bool empty = true;
     for (auto& [intf, interface] : settings.interfaces) {
       std::string& attached = interface.policyMaps[indexOf(Direction::input)];
-      if (interface.zone != zone || !attached.empty()) {
+      if (interface.zone != zone) {
+        continue;
+      }
+      empty = false;
+      if (!attached.empty()) {
+        notes_.push_back({where, replacedAt(intf, attached)});
         continue;
       }
       attached = policies.name;
@@ -152,18 +187,27 @@ void attachZones(Settings& settings) {
         settings.policyMaps.emplace(policies.name, merged(settings, policies.policyMaps));
       }
     }
+    if (empty) {
+      notes_.push_back({where, "not programmed: no interface is in the zone"});
+    }
   }
 }
 
 // The policy-map of one class that matches the lists of all families.
-void attachLists(Settings& settings, InterfaceSettings& interface, Direction direction) {
+void EffectiveSettings::attachLists(Settings& settings, Vorel::IntfId intf, Direction direction) {
+  InterfaceSettings& interface = settings.interfaces.at(intf);
   auto const& lists = interface.accessGroups[indexOf(direction)];
   std::string& attached = interface.policyMaps[indexOf(direction)];
   std::string names;
   for (std::string const& list : lists) {
     names += (names.empty() || list.empty() ? "" : ",") + list;
   }
-  if (names.empty() || !attached.empty()) {
+  if (names.empty()) {
+    return;
+  }
+  if (!attached.empty()) {
+    notes_.push_back(
+        {"access-group " + names + " (" + toText(direction) + ")", replacedAt(intf, attached)});
     return;
   }
   attached = accessGroupName(names);
@@ -182,25 +226,24 @@ void attachLists(Settings& settings, InterfaceSettings& interface, Direction dir
   }
 }
 
-}  // namespace
-
-std::string accessGroupName(std::string const& list) {
-  return "access-group " + list;
-}
-
-Settings EffectiveSettings::of(Settings const& written) {
-  Settings settings = written;
-  expandLists(settings);
-  attachZones(settings);
-  if (accessGroups_) {
-    for (auto& [intf, interface] : settings.interfaces) {
-      attachLists(settings, interface, Direction::input);
-      attachLists(settings, interface, Direction::output);
+// Entries after a deny that was skipped would match what it denies.
+void EffectiveSettings::noteLostDenies(Settings const& settings) {
+  for (Settings::Lists const& of : settings.lists) {
+    for (auto const& [name, list] : of) {
+      if (list->entries.grouped() == 0) {
+        continue;
+      }
+      for (auto const& [number, entry] : list->entries.byNumber()) {
+        auto const* const line = std::get_if<ListRule>(&entry);
+        if (line != nullptr && line->groups->lost) {
+          notes_.push_back(
+              {"access-list " + name, "the deny at " + toText(line->groups->place) +
+                                          " was skipped, so the entries after it are left out"});
+          break;
+        }
+      }
     }
   }
-  addClassDefault(settings);
-  refuseContradictions(settings);
-  return settings;
 }
 
 void EffectiveSettings::expandLists(Settings& settings) {
@@ -209,7 +252,7 @@ void EffectiveSettings::expandLists(Settings& settings) {
     groups_ = settings.objectGroups;
   }
   std::map<AccessListKey, Expanded> used;
-  for (Family const family : {Family::ip4, Family::ip6}) {
+  for (Family const family : {Family::ip4, Family::ip6, Family::mac}) {
     for (auto& [name, list] : settings.listsOf(family)) {
       if (list->entries.grouped() == 0) {
         continue;
@@ -244,6 +287,9 @@ Shared<AccessList> EffectiveSettings::expanded(AccessList const& list, ObjectGro
     if (line == nullptr) {
       put(number, entry);
       continue;
+    }
+    if (line->groups->lost) {
+      break;
     }
     try {
       for (ConfiguredRule& rule : rulesOf(*line, groups)) {

@@ -11,6 +11,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace PolicyMapTestKit::Text {
 
@@ -21,6 +22,14 @@ class POLICYMAPTESTKIT_API EffectiveSettings {
  public:
   // Whether lists that are attached by themselves count.
   void accessGroupsIs(bool on) { accessGroups_ = on; }
+
+  // What is written and not configured, and why: "ip access-list a", "the deny at f:3:1 ...".
+  struct Note {
+    std::string where;
+    std::string text;
+  };
+  // Of the last of().
+  [[nodiscard]] std::vector<Note> const& notes() const { return notes_; }
 
   // The result shares with earlier ones what has not changed. Lines whose object-groups are missing
   // or wrong contribute no rules.
@@ -36,7 +45,12 @@ class POLICYMAPTESTKIT_API EffectiveSettings {
   void expandLists(Settings& settings);
   static Shared<AccessList> expanded(AccessList const& list, ObjectGroups const& groups);
 
+  void attachZones(Settings& settings);
+  void attachLists(Settings& settings, Vorel::IntfId intf, Direction direction);
+  void noteLostDenies(Settings const& settings);
+
   bool accessGroups_ = true;
+  std::vector<Note> notes_;
   Shared<ObjectGroups> groups_;
   // Of the lists with object-groups.
   std::map<AccessListKey, Expanded> expanded_;

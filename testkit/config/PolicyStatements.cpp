@@ -5,10 +5,25 @@
 #include "testkit/text/MatchConditions.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace PolicyMapTestKit::Text {
+
+namespace {
+
+constexpr std::size_t deedKind = 2;  // the third action
+
+// A class does one thing per keyword, so a further line replaces the first.
+std::string_view keywordOf(std::string_view deed) {
+  std::size_t const first = std::min(deed.find(' '), deed.size());
+  bool const hasSecond = deed.substr(0, first) == "set" && first != deed.size();
+  return deed.substr(0, hasSecond ? std::min(deed.find(' ', first + 1), deed.size()) : first);
+}
+
+}  // namespace
 
 // Class-maps
 
@@ -152,20 +167,27 @@ void StatementEditor::apply(PolicyClassDeed const& body) {
     failNoClass(body.policyMap, body.className, "action (no class)");
   }
   std::vector<std::string>& deeds = policyMap.deeds[body.className.text];
-  auto const place = std::find(deeds.begin(), deeds.end(), body.text);
+  auto const place = std::find_if(deeds.begin(), deeds.end(), [&](std::string const& deed) {
+    return keywordOf(deed) == keywordOf(body.text);
+  });
   if (body.remove && place == deeds.end()) {
-    fail("what class " + body.className.text + " does", body.text, "no action (absent)");
+    if (!body.ifPresent) {
+      fail("what class " + body.className.text + " does", body.text, "no action (absent)");
+    }
+    return;
   }
   if (body.remove) {
     deeds.erase(place);
-  } else if (place == deeds.end()) {
+  } else if (place != deeds.end()) {
+    *place = body.text;
+  } else {
     deeds.push_back(body.text);
   }
   std::string all;
   for (std::string const& deed : deeds) {
     all += (all.empty() ? "" : "; ") + deed;
   }
-  found->second[2] = all.empty() ? std::nullopt : std::optional(numberOfDeed(all));
+  found->second[deedKind] = all.empty() ? std::nullopt : std::optional(numberOfDeed(all));
 }
 
 std::uint32_t StatementEditor::numberOfDeed(std::string const& text) {

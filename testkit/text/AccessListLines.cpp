@@ -72,11 +72,12 @@ void LineParser::numberedAccessList(Lexer& lexer, bool remove) {
 bool LineParser::accessListEntry(Lexer& lexer, bool remove) {
   std::optional<std::uint32_t> sequence;
   std::uint64_t number = 0;
+  lexer.accept("sequence");
   if (parseNumber(lexer.peek().text, 0, std::numeric_limits<std::uint64_t>::max(), number)) {
     isAbout(lexer.peek());
     sequence = static_cast<std::uint32_t>(takeNumber(lexer, "sequence number", 1, highestWord));
   }
-  if (sequence && remove) {
+  if (sequence && remove && !lexer.peek().is("permit") && !lexer.peek().is("deny")) {
     removeSequence(lexer, *sequence);
     return true;
   }
@@ -102,6 +103,30 @@ bool LineParser::accessListEntry(Lexer& lexer, bool remove) {
   } else {
     emit(RuleAdd{list_, sequence, std::move(rule)});
   }
+  return true;
+}
+
+// Keeps the place of a deny that is skipped. Returns false if the line is none.
+bool LineParser::losesDeny() {
+  Lexer lexer(reader_.line());
+  std::optional<std::uint32_t> sequence;
+  std::uint64_t number = 0;
+  lexer.accept("sequence");
+  if (parseNumber(lexer.peek().text, 1, highestWord, number)) {
+    sequence = static_cast<std::uint32_t>(number);
+    lexer.next();
+  }
+  if (!lexer.accept("deny")) {
+    return false;
+  }
+  RuleGroups groups;
+  groups.lost = true;
+  groups.place = position_;
+  ConfiguredRule rule = ruleKind_ == RuleKind::ip6   ? ConfiguredRule(Acl::Ip6RuleConfig())
+                        : ruleKind_ == RuleKind::mac ? ConfiguredRule(Acl::MacRuleConfig())
+                                                     : ConfiguredRule(Acl::IpRuleConfig());
+  std::visit([](auto& some) { some.permitIs(false); }, rule);
+  emit(RuleAdd{list_, sequence, {rule, std::make_shared<RuleGroups const>(std::move(groups))}});
   return true;
 }
 

@@ -45,7 +45,11 @@ void LineParser::match(Lexer& lexer, bool remove) {
   if (std::optional<MatchCondition> condition = takeCondition(lexer)) {
     emit(ClassMatchCondition{outer_, *std::move(condition), remove});
   } else if (lexer.accept("access-group")) {
-    matchList(lexer, Family::ip4, remove);
+    bool const ip6 = lexer.accept("ipv6");
+    if (!ip6) {
+      lexer.accept("ipv4");
+    }
+    matchList(lexer, ip6 ? Family::ip6 : Family::ip4, remove);
   } else if (lexer.accept("class-map")) {
     ClassMatchClass body{outer_, nameOf(takeName(lexer, "a class-map name")), remove};
     lexer.expectEnd();

@@ -3,6 +3,8 @@
 
 #include "testkit/text/LineParser.h"
 
+#include <algorithm>
+
 namespace PolicyMapTestKit::Text {
 
 namespace {
@@ -12,27 +14,109 @@ InterfacePrefix unknownAddress(Family family) {
   return {{}, static_cast<std::uint8_t>(addressSize(family) * 8)};
 }
 
+constexpr std::size_t mostOfRange = 1024;
+
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+std::string_view trimmed(std::string_view text) {
+  std::size_t const first = text.find_first_not_of(" \t");
+  std::size_t const last = text.find_last_not_of(" \t");
+  return first == std::string_view::npos ? "" : text.substr(first, last - first + 1);
+}
+
+// The place of the hyphen of a range: a digit precedes it. No place: npos.
+std::size_t hyphenOf(std::string_view text) {
+  for (std::size_t i = text.find('-'); i != std::string_view::npos; i = text.find('-', i + 1)) {
+    std::string_view const before = trimmed(text.substr(0, i));
+    if (!before.empty() && isDigit(before.back())) {
+      return i;
+    }
+  }
+  return std::string_view::npos;
+}
+
+bool hasRange(std::string_view name) {
+  return hyphenOf(name) != std::string_view::npos;
+}
+
+// The length of the digits at the end.
+std::size_t digitsAtEnd(std::string_view text) {
+  std::size_t length = 0;
+  while (length != text.size() && isDigit(text[text.size() - 1 - length])) {
+    ++length;
+  }
+  return length;
+}
+
+// "Ethernet1/1 - 4, Ethernet1/7": the names of the interfaces; none if it is no such text.
+std::vector<std::string> interfacesIn(std::string_view text) {
+  std::vector<std::string> names;
+  while (!text.empty()) {
+    std::size_t const comma = std::min(text.find(','), text.size());
+    std::string_view const item = trimmed(text.substr(0, comma));
+    text.remove_prefix(std::min(comma + 1, text.size()));
+    std::size_t const hyphen = std::min(hyphenOf(item), item.size());
+    std::string_view const first = trimmed(item.substr(0, hyphen));
+    std::string_view const last = hyphen == item.size() ? first : trimmed(item.substr(hyphen + 1));
+    std::size_t const digits = digitsAtEnd(first);
+    std::uint64_t low = 0;
+    std::uint64_t high = 0;
+    if (!parseNumber(first.substr(first.size() - digits), 0, highestWord, low) ||
+        !parseNumber(last.substr(last.size() - digitsAtEnd(last)), low, highestWord, high) ||
+        high - low >= mostOfRange - names.size()) {
+      return {};
+    }
+    for (std::uint64_t number = low; number <= high; ++number) {
+      names.push_back(std::string(first.substr(0, first.size() - digits)) + std::to_string(number));
+    }
+  }
+  return names;
+}
+
 }  // namespace
 
 void LineParser::interface(Lexer& lexer, bool remove) {
+  lexer.accept("preconfigure");
+  bool const isRange = lexer.accept("range") || hasRange(lexer.peek().text);
+  Lexer const before = lexer;
   Name name = nameOf(takeName(lexer, "an interface name"));
-  char const next = lexer.peek().atEnd() ? ' ' : lexer.peek().text.front();
-  if (next >= '0' && next <= '9') {
+  furtherInterfaces_.clear();
+  if (isRange) {
+    lexer = before;
+    std::vector<std::string> names = interfacesIn(lexer.rest().text);
+    if (names.empty()) {
+      before.fail("interfaces such as Ethernet1/1 - 4, Ethernet1/7, at most " +
+                  std::to_string(mostOfRange));
+    }
+    name.text = std::move(names.front());
+    for (std::size_t i = 1; i != names.size(); ++i) {
+      furtherInterfaces_.push_back({std::move(names[i]), 0});
+    }
+  } else if (!lexer.peek().atEnd() && isDigit(lexer.peek().text.front())) {
     name.text += takeName(lexer, "an interface number").text;
   }
+  lexer.accept("point-to-point") || lexer.accept("multipoint") || lexer.accept("l2transport");
   lexer.expectEnd();
+  outer_ = withoutColumn(name);
+  enter(Mode::interface);  // so that the statement is emitted for each of a range
   if (remove) {
     emit(InterfaceRemove{std::move(name)});
-    return;
+    mode_ = Mode::top;
+  } else {
+    emit(InterfaceOpen{std::move(name)});
   }
-  outer_ = withoutColumn(name);
-  emit(InterfaceOpen{std::move(name)});
-  enter(Mode::interface);
+  if (!result_.statements.empty()) {
+    result_.statements.back().block = 0;
+  }
 }
 
 void LineParser::address(Lexer& lexer, Family family, bool remove) {
   InterfaceAddress body{outer_, family, std::nullopt, false, remove};
-  if (lexer.accept("dhcp") || lexer.accept("negotiated") || lexer.accept("autoconfig")) {
+  bool const linkLocal = family == Family::ip6 && lexer.peekSecond().is("link-local");
+  if (linkLocal || lexer.accept("dhcp") || lexer.accept("negotiated") ||
+      lexer.accept("autoconfig")) {
     lexer.rest();
     body.prefix = unknownAddress(family);
     emit(std::move(body));
@@ -55,6 +139,9 @@ void LineParser::address(Lexer& lexer, Family family, bool remove) {
     }
     body.prefix = prefix;
     body.secondary = family == Family::ip4 && lexer.accept("secondary");
+    if (family == Family::ip6) {
+      lexer.accept("eui-64") || lexer.accept("anycast");
+    }
   }
   lexer.expectEnd();
   emit(std::move(body));
@@ -112,6 +199,12 @@ void LineParser::servicePolicy(Lexer& lexer, bool remove) {
 void LineParser::unnumbered(Lexer& lexer, bool remove) {
   lexer.rest();
   emit(InterfaceAddress{outer_, Family::ip4, unknownAddress(Family::ip4), false, remove});
+}
+
+// `ipv6 enable`: it has a link-local address.
+void LineParser::ip6Enable(Lexer& lexer, bool remove) {
+  lexer.expectEnd();
+  emit(InterfaceAddress{outer_, Family::ip6, unknownAddress(Family::ip6), false, remove});
 }
 
 void LineParser::accessGroup(Lexer& lexer, Family family, bool remove) {

@@ -69,6 +69,8 @@ LineParser::ModeCommands LineParser::topCommands() {
       {"zone-pair", "", &LineParser::zonePair},
       {"port-channel", "name", &LineParser::portChannel, false},
       {"hostname", "", &LineParser::hostname, false},
+      {"end-class-map", "", &LineParser::end, false},
+      {"end-policy-map", "", &LineParser::end, false},
       {"exit", "", &LineParser::exit, false},
       {"end", "", &LineParser::end, false},
   };
@@ -109,6 +111,7 @@ LineParser::ModeCommands LineParser::commandsOf(Mode mode) {
       {"ip", "address", &LineParser::ipAddress},
       {"ipv4", "address", &LineParser::ipAddress},
       {"ipv6", "address", &LineParser::ip6Address},
+      {"ipv6", "enable", &LineParser::ip6Enable},
       {"ip", "unnumbered", &LineParser::unnumbered},
       {"ipv4", "unnumbered", &LineParser::unnumbered},
       {"ip", "access-group", &LineParser::ipAccessGroup},
@@ -121,6 +124,7 @@ LineParser::ModeCommands LineParser::commandsOf(Mode mode) {
       {"switchport", "", &LineParser::switchport},
       {"shutdown", "", &LineParser::shutdown},
       {"channel-group", "", &LineParser::channelGroup},
+      {"bundle", "id", &LineParser::channelGroup},
       {"service-policy", "", &LineParser::servicePolicy},
       {"description", "", &LineParser::ignored},
       {"description:", "", &LineParser::ignored},
@@ -148,6 +152,23 @@ LineParser::ModeCommands LineParser::commandsOf(Mode mode) {
   case Mode::top: break;
   }
   return topCommands();
+}
+
+void LineParser::emit(StatementBody body) {
+  if (mode_ == Mode::interface) {
+    for (Name const& name : furtherInterfaces_) {
+      StatementBody further = body;
+      std::visit(
+          [&](auto& some) {
+            if constexpr (requires { some.interface = name; }) {
+              some.interface = name;
+            }
+          },
+          further);
+      result_.statements.push_back({position_, block(), subject_, std::move(further)});
+    }
+  }
+  result_.statements.push_back({position_, block(), subject_, std::move(body)});
 }
 
 PolicyText LineParser::parse() {
@@ -207,6 +228,9 @@ bool LineParser::skippedBefore(Token const& first) {
   }
   if (first.column > skippedColumn_) {
     result_.skipped.add(skippedKind_, reader_.position(first.column));
+    if (beginsPolicies(first) || Lexer(reader_.line()).peekSecond().is("access-group")) {
+      result_.skipped.sawPolicyLine(false);
+    }
     return true;
   }
   skippedColumn_ = 0;
@@ -234,6 +258,7 @@ void LineParser::run(Command const& command, Lexer& lexer, bool remove) {
 
 void LineParser::parseCommand(Lexer& lexer, Token const& first) {
   bool const remove = lexer.accept("no");
+  bool const wasInPolice = std::exchange(inPolice_, false);
   ModeCommands const inMode = commandsOf(mode_);
   if (Command const* const command = find(commandsOf(Mode::top), lexer, remove)) {
     // Even a faulty command ends the mode: the lines after it must not be applied to the old mode.
@@ -241,7 +266,7 @@ void LineParser::parseCommand(Lexer& lexer, Token const& first) {
     modeColumn_ = position_.column;
     bodyIsIndented_ = false;
     if (command->handler == &LineParser::exit && before == Mode::policyClass) {
-      mode_ = Mode::policyMap;
+      mode_ = wasInPolice ? Mode::policyClass : Mode::policyMap;
     }
     if (command->handler != &LineParser::numberedAccessList) {
       numbered_.clear();
@@ -288,6 +313,9 @@ void LineParser::skip(Token const& first, SyntaxFailure const& failure) {
     Lexer lexer(reader_.line());
     lexer.next();
     emit(ClassMatchCondition{outer_, unknownCondition(lexer), false});
+    return;
+  }
+  if (mode_ == Mode::accessList && !widening_ && losesDeny()) {
     return;
   }
   bool const beside = first.column <= modeColumn_;

@@ -146,6 +146,7 @@ class LineParser {
   void ip6AccessGroup(Lexer& lexer, bool remove) { accessGroup(lexer, Family::ip6, remove); }
   void macAccessGroup(Lexer& lexer, bool remove) { accessGroup(lexer, Family::mac, remove); }
   void unnumbered(Lexer& lexer, bool remove);
+  void ip6Enable(Lexer& lexer, bool remove);
   void ignored(Lexer& lexer, bool remove);
 
   void accessList(Lexer& lexer, Family family, bool remove, RuleKind kind);
@@ -153,6 +154,7 @@ class LineParser {
     accessList(lexer, family, remove, extendedRule(family));
   }
   bool accessListEntry(Lexer& lexer, bool remove);
+  bool losesDeny();
   bool groupMember(Lexer& lexer, bool remove);
   void accessGroup(Lexer& lexer, Family family, bool remove);
   void emitAction(std::uint8_t kind, std::uint64_t value, bool remove);
@@ -166,9 +168,8 @@ class LineParser {
   void routing(Lexer& lexer, Family family, bool remove);
   std::string takeType(Lexer& lexer) const;
 
-  void emit(StatementBody body) {
-    result_.statements.push_back({position_, block(), subject_, std::move(body)});
-  }
+  // In the mode of several interfaces: a statement for each.
+  void emit(StatementBody body);
   void isAbout(Token const& word) { subject_ = nameOf(word); }
   // The following lines belong to the mode that the current line opens.
   void enter(Mode mode) {
@@ -201,7 +202,10 @@ class LineParser {
   RuleKind ruleKind_ = RuleKind::ip4;
   GroupSyntax group_;
   Name outer_;  // object-group, class-map, policy-map, interface or zone-pair
+  std::vector<Name> furtherInterfaces_;  // of an interface range, besides outer_
   Name className_;
+  // The last line was one of a `police` block, which `exit` leaves before the class.
+  bool inPolice_ = false;
   std::string command_;  // its first word, as in its table
   // The list that one-line commands filled last without another command in between, and its line.
   std::string numbered_;

@@ -135,7 +135,7 @@ class ConditionParser {
         Kind{"dstip6", &ConditionParser::takeDestination6},
     };
     Token const first = lexer_.peek();
-    bool const ip = first.is("ip");
+    bool const ip = first.is("ip") || first.is("ipv4");
     if (ip || first.is("ipv6")) {
       Token const second = lexer_.peekSecond();
       if (!second.is("dscp") && !second.is("precedence")) {
@@ -147,6 +147,14 @@ class ConditionParser {
     }
     for (Kind const& kind : kinds) {
       if (lexer_.accept(kind.word)) {
+        bool const named = kind.word == "dscp" || kind.word == "precedence";
+        if (named && lexer_.accept("ipv4")) {
+          families_.ip6 = false;
+          say("ip");
+        } else if (named && lexer_.accept("ipv6")) {
+          families_.ip4 = false;
+          say("ipv6");
+        }
         say(kind.word);
         (this->*kind.take)();
         return true;
@@ -202,14 +210,55 @@ class ConditionParser {
   template <class Take>
   std::vector<std::uint64_t> takeValues(Take const& take) {
     std::vector<std::uint64_t> values;
-    do {
-      std::uint64_t const value = take();
+    auto const add = [&](std::uint64_t value) {
       if (std::find(values.begin(), values.end(), value) == values.end()) {
         values.push_back(value);
         say(value);
       }
+    };
+    do {
+      if (!takeList(take, add)) {
+        add(take(lexer_));
+      }
     } while (!lexer_.peek().atEnd());
     return values;
+  }
+
+  // Takes a word such as `10,12-14`. Returns false if the next word is no such list.
+  template <class Take, class Add>
+  bool takeList(Take const& take, Add const& add) {
+    std::string_view const word = lexer_.peek().text;
+    bool const isList =
+        word.find(',') != std::string_view::npos ||
+        (word.find('-') != std::string_view::npos && word.front() >= '0' && word.front() <= '9');
+    if (!isList) {
+      return false;
+    }
+    Lexer const before = lexer_;
+    try {
+      for (std::size_t from = 0; from <= word.size();) {
+        std::size_t const comma = std::min(word.find(',', from), word.size());
+        std::string_view const item = word.substr(from, comma - from);
+        std::size_t const hyphen = item.find('-');
+        bool const isRange =
+            hyphen != std::string_view::npos && item.front() >= '0' && item.front() <= '9';
+        Lexer low(isRange ? item.substr(0, hyphen) : item);
+        Lexer high(isRange ? item.substr(hyphen + 1) : item);
+        std::uint64_t const last = take(high);
+        std::uint64_t const first = take(low);
+        if (last < first) {
+          lexer_.fail("a range whose second value is not lower");
+        }
+        for (std::uint64_t value = first; value <= last; ++value) {
+          add(value);
+        }
+        from = comma + 1;
+      }
+    } catch (SyntaxFailure const& failure) {
+      before.fail(failure.expected);
+    }
+    lexer_.next();
+    return true;
   }
 
   void takeAny() {
@@ -217,14 +266,14 @@ class ConditionParser {
   }
 
   void takeDscp() {
-    for (std::uint64_t const value : takeValues([this] { return takeDscpNumber(lexer_); })) {
+    for (std::uint64_t const value : takeValues(&takeDscpNumber)) {
       add([&](auto& rule) { rule.dscpIs(value); });
     }
   }
 
   // A precedence is the first three bits of the DSCP.
   void takePrecedence() {
-    for (std::uint64_t const value : takeValues([this] { return takePrecedenceNumber(lexer_); })) {
+    for (std::uint64_t const value : takeValues(&takePrecedenceNumber)) {
       for (std::uint64_t low = 0; low != 8; ++low) {
         add([&](auto& rule) { rule.dscpIs(value * 8 + low); });
       }
@@ -233,7 +282,7 @@ class ConditionParser {
 
   void takeVlan() {
     for (std::uint64_t const vlan :
-         takeValues([this] { return takeNumber(lexer_, "vlan", 1, 4094); })) {
+         takeValues([](Lexer& lexer) { return takeNumber(lexer, "vlan", 1, 4094); })) {
       Acl::MacRuleConfig rule;
       rule.vlanIs(vlan);
       addMac(rule);
@@ -313,7 +362,7 @@ class ConditionParser {
 
   template <class Set>
   void takePort(Set const& set) {
-    for (std::uint64_t const port : takeValues([this] { return takePortOfTransports(); })) {
+    for (std::uint64_t const port : takeValues(&takePortOfTransports)) {
       for (std::uint8_t const transport : {protocol::tcp, protocol::udp}) {
         add([&](auto& rule) {
           rule.protocolIs(transport);
@@ -322,14 +371,14 @@ class ConditionParser {
       }
     }
   }
-  std::uint64_t takePortOfTransports() {
-    std::string_view const word = lexer_.peek().text;
+  static std::uint64_t takePortOfTransports(Lexer& lexer) {
+    std::string_view const word = lexer.peek().text;
     auto port = portNumber(protocol::tcp, word);
     port = port ? port : portNumber(protocol::udp, word);
     if (!port) {
-      return takeNumber(lexer_, "port", 0, 65535);
+      return takeNumber(lexer, "port", 0, 65535);
     }
-    lexer_.next();
+    lexer.next();
     return *port;
   }
   void takeSourcePort() {

@@ -53,6 +53,9 @@ constexpr std::array markings{
     Marking{{"mpls", "experimental"}, &takeAnyNumber},
 };
 
+constexpr std::array<std::string_view, 3> policeVerbs = {"conform-action", "exceed-action",
+                                                         "violate-action"};
+
 constexpr std::array<std::string_view, 27> deeds = {"admit",
                                                     "compression",
                                                     "conform-action",
@@ -116,7 +119,9 @@ std::optional<std::uint64_t> takeRate(Lexer& lexer, std::uint64_t bits) {
       return (number * unit.bits + 999) / 1000;
     }
   }
-  if (!suffix.empty()) {
+  static constexpr std::array<std::string_view, 5> otherUnits = {
+      "pps", "packets-per-second", "percent", "cps", "kilobits"};
+  if (!suffix.empty() || contains(otherUnits, lexer.peekSecond())) {
     return std::nullopt;
   }
   lexer.next();
@@ -201,8 +206,12 @@ bool LineParser::removesRate(Lexer const& lexer, bool remove) {
   return removes;
 }
 
-// The rate, or the first of two; the rest of the line does not count.
+// The rate, or the first of two, and what happens to packets within and above it. A new rate
+// replaces the lines about the old one.
 void LineParser::police(Lexer& lexer, bool remove) {
+  for (std::string_view const verb : policeVerbs) {
+    emit(PolicyClassDeed{outer_, className_, std::string(verb), true, true});
+  }
   if (removesRate(lexer, remove)) {
     return;
   }
@@ -210,8 +219,17 @@ void LineParser::police(Lexer& lexer, bool remove) {
   Lexer const before = lexer;
   lexer.accept("cir") || lexer.accept("rate");
   if (std::optional<std::uint64_t> const rate = takeRate(lexer, simple ? 1000 : 1)) {
-    lexer.rest();
     emitAction(rateOf, *rate, remove);
+    while (!lexer.peek().atEnd()) {
+      bool const isVerb = contains(policeVerbs, lexer.peek());
+      std::string text(lexer.next().text);
+      if (isVerb && !remove) {
+        while (!lexer.peek().atEnd() && !contains(policeVerbs, lexer.peek())) {
+          text.append(" ").append(lexer.next().text);
+        }
+        emitDeed(text, false);
+      }
+    }
   } else {
     lexer = before;
     emitDeed(command_ + " " + std::string(lexer.rest().text), remove);
@@ -249,6 +267,7 @@ void LineParser::bandwidth(Lexer& lexer, bool remove) {
 }
 
 void LineParser::deed(Lexer& lexer, bool remove) {
+  inPolice_ = contains(policeVerbs, lexer.peek());
   emitDeed(std::string(lexer.rest().text), remove);
 }
 

@@ -155,7 +155,7 @@ Address takeMacAddress(Lexer& lexer, std::string_view side, bool isDestination) 
 
 std::optional<std::uint8_t> takeProtocol(Lexer& lexer, Family family) {
   std::optional<std::uint8_t> number;
-  if (!lexer.peek().is("ip") && !lexer.peek().is("ipv6")) {
+  if (!lexer.peek().is("ip") && !lexer.peek().is("ipv4") && !lexer.peek().is("ipv6")) {
     std::uint64_t value = 0;
     number = protocolNumber(family, lexer.peek().text);
     if (parseNumber(lexer.peek().text, 0, 255, value)) {

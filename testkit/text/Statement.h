@@ -60,13 +60,15 @@ struct RuleGroups {
   std::string sourcePorts;
   std::string destinationPorts;
   std::optional<std::uint8_t> precedence;
+  // The line is a deny that was skipped: nothing after it may permit.
+  bool lost = false;
   // Of the line.
   SourcePosition place;
 
   bool operator==(RuleGroups const& other) const {
     auto const all = [](RuleGroups const& groups) {
       return std::tie(groups.service, groups.source, groups.destination, groups.sourcePorts,
-                      groups.destinationPorts, groups.precedence);
+                      groups.destinationPorts, groups.precedence, groups.lost);
     };
     return all(*this) == all(other);
   }
@@ -227,7 +229,10 @@ struct PolicyClassDeed {
   Name policyMap;
   Name className;
   std::string text;
+  // Whatever follows the keyword of the text.
   bool remove = false;
+  // Removing nothing is no mistake.
+  bool ifPresent = false;
 };
 
 // `interface NAME`; "Ethernet 3/1" is joined to "Ethernet3/1".

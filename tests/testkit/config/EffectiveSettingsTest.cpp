@@ -3,6 +3,7 @@
 
 #include "testkit/Labs.h"
 #include "testkit/Matchers.h"
+#include "testkit/Problems.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -80,6 +81,33 @@ TEST(AccessGroups, EverySpellingIsTaken) {
                   HasSubstr("expected the list that is attached for input, found 'a'")));
 }
 
+TEST(AccessGroups, ThatAPolicyMapReplacesAreAProblem) {
+  Lab lab;
+  lab.load(lists + "policy-map p\n class b\n"
+                   "interface Ethernet1\n ip access-group a in\n service-policy input p\n");
+  std::vector<Problem> const problems = findProblems(lab);
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_EQ(toText(problems[0]), "access-group a (input): not at Ethernet1: policy-map p is "
+                                 "attached there in that direction");
+}
+
+TEST(LostDenies, CutTheList) {
+  std::string const text = "ip access-list l\n 10 permit udp any any\n"
+                           " 20 deny tcp any any option 3\n 30 permit ip any any\n"
+                           "interface Ethernet1\n ip access-group l in\n";
+  Lab lab;
+  lab.load(Text::SourceText("f", text), Text::Reading::lenient);
+  EXPECT_THAT(lab.record("access-group l"), RulesAre("l 10 permit udp any any"));
+  std::vector<Problem> const problems = findProblems(lab);
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_EQ(toText(problems[0]), "access-list l: the deny at f:3:2 was skipped, so the entries "
+                                 "after it are left out");
+  Lab wide;
+  wide.load(Text::SourceText("f", text), Text::Reading::widening);
+  EXPECT_THAT(wide.record("access-group l"),
+              RulesAre("l 10 permit udp any any", "l 30 permit ip any any"));
+}
+
 // class-default -------------------------------------------------------------------------
 
 TEST(ClassDefault, IsLastAndMatchesEverything) {
@@ -138,6 +166,16 @@ TEST(Zones, PairsWithOneSourceAreOnePolicyMap) {
   lab.load("no zone-pair security 2\n");
   EXPECT_THAT(ip4(lab, "p"), Programmed());
   EXPECT_THAT(ip4(lab, "p,q"), Not(Programmed()));
+}
+
+TEST(Zones, AZoneWithoutInterfacesIsAProblem) {
+  Lab lab;
+  lab.load(zones + "zone-pair security x source self destination out\n"
+                   " service-policy type inspect p\n");
+  std::vector<Problem> const problems = findProblems(lab);
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_EQ(toText(problems[0]),
+            "policy-map p of zone self: not programmed: no interface is in the zone");
 }
 
 TEST(Zones, MistakesAreSaid) {
@@ -246,7 +284,7 @@ TEST(ClassActions, MarkingsAreTheFirst) {
 TEST(ClassActions, RatesInKilobitsAreTheSecond) {
   EXPECT_THAT(actionsAfter("  police 64000\n"), ElementsAre(0, 64, 0));
   EXPECT_THAT(actionsAfter("  police cir 8500 bc 100 conform-action transmit\n"),
-              ElementsAre(0, 9, 0))
+              ElementsAre(0, 9, 1))
       << "rounded up";
   EXPECT_THAT(actionsAfter("  police rate 10 mbps\n"), ElementsAre(0, 10000, 0));
   EXPECT_THAT(actionsAfter("  police cir 2g\n"), ElementsAre(0, 2000000, 0));
@@ -256,7 +294,31 @@ TEST(ClassActions, RatesInKilobitsAreTheSecond) {
   EXPECT_THAT(actionsAfter("  police 64000\n  no police\n"), ElementsAre(0, 0, 0));
   EXPECT_THAT(actionsAfter("  priority\n  no priority\n"), ElementsAre(0, 0, 0));
   EXPECT_THAT(actionsAfter("  police-simple 64 64 conform-action transmit\n"),
-              ElementsAre(0, 64, 0));
+              ElementsAre(0, 64, 1));
+}
+
+TEST(ClassActions, AFurtherLineOfAKeywordReplacesTheFirst) {
+  auto const deedOf = [](std::string const& text) {
+    Lab lab;
+    lab.load(lists + "policy-map p\n class a\n" + text +
+             "interface Ethernet1\n service-policy input p\n");
+    std::uint32_t const number = lab.record("p").rules.front().action(3);
+    return number == 0 ? "" : lab.configuration().settings().deeds->at(number - 1);
+  };
+  EXPECT_EQ(deedOf("  queue-limit 64\n  queue-limit 128\n"), "queue-limit 128");
+  EXPECT_EQ(deedOf("  queue-limit 64\n  inspect\n  no queue-limit\n"), "inspect");
+  EXPECT_EQ(deedOf("  police 8000 conform-action drop exceed-action drop\n"),
+            "conform-action drop; exceed-action drop");
+  EXPECT_EQ(deedOf("  police 8000\n   conform-action drop\n   exceed-action drop\n"
+                   "  police 9000\n   conform-action transmit\n"),
+            "conform-action transmit");
+  EXPECT_EQ(deedOf("  police 8000\n   conform-action drop\n  no police\n  inspect\n"), "inspect");
+  EXPECT_EQ(deedOf("  police rate 500 pps\n"), "police rate 500 pps");
+}
+
+TEST(ClassActions, ExitLeavesAPoliceBlockFirst) {
+  EXPECT_THAT(actionsAfter("  police 64000\n  conform-action transmit\n  exit\n  set dscp ef\n"),
+              ElementsAre(46, 64, testing::Gt(0U)));
 }
 
 TEST(ClassActions, EverythingElseIsANumberPerText) {
@@ -299,11 +361,58 @@ TEST(Interfaces, BareNumbersAreEthernetOrADeclaredPortChannel) {
                   HasSubstr("expected the name of a port-channel that exists, found '2/2'")));
 }
 
+TEST(Interfaces, OfARangeHaveTheSameLines) {
+  for (char const* const range :
+       {"range Ethernet1/1 - 3 , Ethernet2", "range Ethernet1/1-3,Ethernet2",
+        "Ethernet1/1-3,Ethernet2", "range Ethernet1/1 - Ethernet1/3, Ethernet2"}) {
+    Lab lab;
+    lab.load(policyOfA + "interface " + range + "\n service-policy input p\n");
+    EXPECT_THAT(lab.record("p"),
+                OnInterfaces("Ethernet1/1", "Ethernet1/2", "Ethernet1/3", "Ethernet2"))
+        << range;
+    lab.load("interface Ethernet9\n shutdown\nno interface range Ethernet1/1 - 2\n");
+    EXPECT_THAT(lab.record("p"), OnInterfaces("Ethernet1/3", "Ethernet2"));
+  }
+  Lab lab;
+  EXPECT_THAT([&] { lab.load("interface range Ethernet1/3 - 1\n"); },
+              ThrowsMessage<Text::InputError>(HasSubstr("1:17: expected interfaces such as")));
+  EXPECT_THAT([&] { lab.load("interface range Ethernet1 - 1025\n"); },
+              ThrowsMessage<Text::InputError>(HasSubstr("at most 1024")));
+}
+
+TEST(Interfaces, TheOtherDialectIsTaken) {
+  Lab lab;
+  lab.load("ipv4 access-list a\n 10 permit ipv4 any any dscp ef\n 20 deny ipv4 any any\n!\n"
+           "ipv6 access-list b\n sequence 10 permit tcp any any eq 80\n"
+           "class-map match-any a\n match access-group ipv4 a\n end-class-map\n!\n"
+           "policy-map p\n class a\n  police rate 10 mbps\n   conform-action transmit\n  !\n !\n"
+           " class class-default\n !\n end-policy-map\n!\n"
+           "interface TenGigE0/1/0/3\n bundle id 10 mode active\n!\n"
+           "interface Bundle-Ether10\n service-policy input p\n"
+           " ipv4 address 192.0.2.1 255.255.255.0\n!\n"
+           "interface TenGigE0/1/0/4.100\n ipv6 access-group b ingress\n"
+           " ipv6 address 2001:db8::1/64\n");
+  EXPECT_THAT(lab.record("p", "input", ClassMapMatchOption::ipv4),
+              AllOf(HasRule("a 10", "permit ip any any dscp ef", Action2(10000)),
+                    OnInterfaces("PortChannel10")));
+  EXPECT_THAT(lab.record("access-group b", "input", ClassMapMatchOption::ipv6),
+              AllOf(RulesAre("b 10 permit tcp any any eq 80"),
+                    OnInterfaces("TenGigabitEthernet0/1/0/4.100")));
+}
+
 TEST(Interfaces, AnAddressThatIsNotSaidCounts) {
   for (char const* const line : {"ip address dhcp", "ip unnumbered Loopback0"}) {
     Lab lab;
     lab.load(policyOfA + "interface Vlan7\n service-policy input p\n " + line + "\n");
     EXPECT_THAT(lab.record("p"), OnInterfaces("Vlan7")) << line;
+  }
+  for (char const* const line : {"ipv6 enable", "ipv6 address FE80::1 link-local",
+                                 "ipv6 address 2001:db8::/64 eui-64", "ipv6 address autoconfig"}) {
+    Lab lab;
+    lab.load("ipv6 access-list s\n permit ipv6 any any\n"
+             "interface Vlan7\n ipv6 traffic-filter s in\n " +
+             std::string(line) + "\n");
+    EXPECT_THAT(lab.record("access-group s"), OnInterfaces("Vlan7")) << line;
   }
 }
 

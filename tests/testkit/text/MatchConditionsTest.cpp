@@ -58,6 +58,18 @@ TEST(MatchConditions, ListsAreAlternatives) {
               ElementsAre("permit any any vlan 10", "permit any any vlan 20"));
 }
 
+TEST(MatchConditions, ListsMayHaveCommasAndRanges) {
+  EXPECT_EQ(conditionOf("ip dscp 10,12-14,ef").text, "ip dscp 10 12 13 14 46");
+  EXPECT_EQ(conditionOf("vlan 100-102 7").text, "vlan 100 101 102 7");
+  EXPECT_EQ(conditionOf("precedence 1-2").text, "precedence 1 2");
+  EXPECT_EQ(conditionOf("dscp ipv4 cs5").text, "ip dscp 40");
+  EXPECT_THAT(rulesOf("dscp ipv4 cs5"), ElementsAre("permit ip any any dscp 40"));
+  EXPECT_THAT(rulesOf("precedence ipv6 5"), SizeIs(8));
+  EXPECT_EQ(errorOf("vlan 4000-5000"), "6: vlan 1-4094");
+  EXPECT_EQ(errorOf("dscp 10,"), "6: dscp 0-63 or a DSCP name");
+  EXPECT_EQ(errorOf("dscp 12-10"), "6: a range whose second value is not lower");
+}
+
 TEST(MatchConditions, APrecedenceIsEightCodePoints) {
   std::vector<std::string> const rules = rulesOf("ip precedence critical");
   EXPECT_THAT(rules, SizeIs(8));

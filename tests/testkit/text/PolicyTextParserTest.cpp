@@ -202,8 +202,9 @@ TEST(PolicyTextParser, EntriesAreRemovedByNumberOrByRule) {
   EXPECT_EQ(last<RemarkRemove>(inList + "no remark").text, "");
   auto const removed = last<RuleRemove>(inList + "no permit tcp any any eq 80");
   EXPECT_EQ(removed.rule, last<RuleAdd>(inList + "7 permit tcp any any eq www").rule);
-  EXPECT_EQ(errorOf(inList + "no 10 permit ip any any"),
-            "t:2:7: expected remark or end of line, found 'permit'");
+  EXPECT_EQ(errorOf(inList + "no 10 log"), "t:2:7: expected remark or end of line, found 'log'");
+  EXPECT_EQ(last<RuleRemove>(inList + "no 10 permit ip any any").rule,
+            last<RuleAdd>(inList + "permit ip any any").rule);
   EXPECT_EQ(errorOf(inList + "no 0"), "t:2:4: expected sequence number 1-4294967295, found '0'");
 }
 
@@ -403,8 +404,8 @@ TEST(PolicyTextParser, InterfaceNameIsJoined) {
   EXPECT_EQ(last<InterfaceOpen>("interface Ethernet 3/1").interface.text, "Ethernet3/1");
   EXPECT_EQ(last<InterfaceRemove>("no interface Vlan 10").interface.text, "Vlan10");
   EXPECT_EQ(errorOf("interface"), "t:1:10: expected an interface name, found end of line");
-  EXPECT_EQ(errorOf("interface E1 point-to-point"),
-            "t:1:14: expected end of line, found 'point-to-point'");
+  EXPECT_EQ(errorOf("interface E1 upside-down"),
+            "t:1:14: expected end of line, found 'upside-down'");
 }
 
 TEST(PolicyTextParser, InterfaceAddressesOfIp4) {
