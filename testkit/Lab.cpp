@@ -78,10 +78,10 @@ Lab::~Lab() {
   }
 }
 
-void Lab::load(std::string_view policyText, std::source_location const& where) {
-  std::string const file = where.file_name();
+void Lab::load(std::string_view policyText, Caller const& where) {
+  std::string const file = where.file;
   std::string const place =
-      file.substr(file.find_last_of('/') + 1) + ":" + std::to_string(where.line());
+      file.substr(file.find_last_of('/') + 1) + ":" + std::to_string(where.line);
   edit(Text::SourceText(place + ": policy text", std::string(policyText)), Text::Reading::strict,
        "policy text");
 }

@@ -42,11 +42,21 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
-#include <source_location>
 #include <string_view>
 #include <utility>
 
 namespace PolicyMapTestKit {
+
+// The line of a test that calls a function with a default argument of this type. In place of
+// std::source_location, which not all compilers have.
+struct Caller {
+  char const* file = "";
+  int line = 0;
+
+  static constexpr Caller here(char const* file = __builtin_FILE(), int line = __builtin_LINE()) {
+    return {file, line};
+  }
+};
 
 // How a filter set is attached.
 struct FilterLayout {
@@ -69,8 +79,7 @@ class POLICYMAPTESTKIT_API Lab {
   // Applies policy text as an edit of the current configuration, and settles. Throws
   // Text::InputError, which names the line of the caller and that of the text; the configuration is
   // then unchanged.
-  void load(std::string_view policyText,
-            std::source_location const& where = std::source_location::current());
+  void load(std::string_view policyText, Caller const& where = Caller::here());
   void load(Text::SourceText const& source, Text::Reading reading = Text::Reading::strict);
   // Replaces the current configuration by a filter set: policy-map "rules" with classes "rules-1",
   // "rules-2", ..., each matching the access list of its name with the sequence numbers 10, 20,

@@ -86,15 +86,15 @@ TEST_F(FaultsTest, StepsAreDoneInTheOrderOfTheCommandLine) {
 }
 
 TEST_F(FaultsTest, AsynchronousOperationsWaitForOneTriggerEach) {
-  EXPECT_EQ(statusOf({"--async"}), nlohmann::ordered_json::array());
-  EXPECT_EQ(statusOf({"--async", "--then", "trigger"}), nlohmann::ordered_json::array());
+  EXPECT_EQ(statusOf({"--async"}), nlohmann::json::array());
+  EXPECT_EQ(statusOf({"--async", "--then", "trigger"}), nlohmann::json::array());
   auto const status = statusOf({"--async", "--then", "trigger", "--then", "trigger"});
   EXPECT_EQ(status.at("programmed"), true);
 }
 
 TEST_F(FaultsTest, OneStepDeliversSeveralResults) {
   EXPECT_EQ(statusOf({"--async", "--then", "trigger 2"}).at("programmed"), true);
-  EXPECT_EQ(statusOf({"--async", "--then", "trigger 1"}), nlohmann::ordered_json::array());
+  EXPECT_EQ(statusOf({"--async", "--then", "trigger 1"}), nlohmann::json::array());
 }
 
 TEST_F(FaultsTest, AFaultIsInjectedAfterwards) {
@@ -207,7 +207,7 @@ TEST_F(FaultsTest, StatusesTellWhenAndWhereThePolicyStands) {
   std::vector<std::string> const options{"--inject", "commitError=full", "--advance", "2.5"};
   auto const failed = statusOf(options);
   EXPECT_EQ(failed.at("timeProgrammed"), nullptr);
-  EXPECT_EQ(failed.at("interfaces"), nlohmann::ordered_json::array());
+  EXPECT_EQ(failed.at("interfaces"), nlohmann::json::array());
   std::vector<std::string> cleared = options;
   cleared.insert(cleared.end(), {"--then", "clear", "--advance", "1"});
   auto const stands = statusOf(cleared);

@@ -24,7 +24,7 @@ MatchCondition conditionOf(std::string_view text) {
   return condition.value_or(MatchCondition());
 }
 
-std::vector<std::string> rulesOf(std::string_view text) {
+std::vector<std::string> rulesOfCondition(std::string_view text) {
   std::vector<std::string> lines;
   for (ConfiguredRule const& rule : conditionOf(text).rules) {
     lines.push_back(describe(rule));
@@ -32,7 +32,7 @@ std::vector<std::string> rulesOf(std::string_view text) {
   return lines;
 }
 
-std::string errorOf(std::string_view text) {
+std::string conditionError(std::string_view text) {
   try {
     Lexer lexer(text);
     static_cast<void>(takeCondition(lexer));
@@ -43,18 +43,18 @@ std::string errorOf(std::string_view text) {
 }
 
 TEST(MatchConditions, AreOfBothFamiliesUnlessTheyNameOne) {
-  EXPECT_THAT(rulesOf("dscp ef"),
+  EXPECT_THAT(rulesOfCondition("dscp ef"),
               ElementsAre("permit ip any any dscp 46", "permit ipv6 any any dscp 46"));
-  EXPECT_THAT(rulesOf("ip dscp 40"), ElementsAre("permit ip any any dscp 40"));
-  EXPECT_THAT(rulesOf("ipv6 dscp cs5"), ElementsAre("permit ipv6 any any dscp 40"));
-  EXPECT_THAT(rulesOf("any"), ElementsAre("permit ip any any", "permit ipv6 any any"));
+  EXPECT_THAT(rulesOfCondition("ip dscp 40"), ElementsAre("permit ip any any dscp 40"));
+  EXPECT_THAT(rulesOfCondition("ipv6 dscp cs5"), ElementsAre("permit ipv6 any any dscp 40"));
+  EXPECT_THAT(rulesOfCondition("any"), ElementsAre("permit ip any any", "permit ipv6 any any"));
 }
 
 TEST(MatchConditions, ListsAreAlternatives) {
-  EXPECT_THAT(rulesOf("ip dscp af11 12 af11"),
+  EXPECT_THAT(rulesOfCondition("ip dscp af11 12 af11"),
               ElementsAre("permit ip any any dscp 10", "permit ip any any dscp 12"));
   EXPECT_EQ(conditionOf("IP  DSCP af11 12 af11").text, "ip dscp 10 12") << "canonical";
-  EXPECT_THAT(rulesOf("vlan 10 20"),
+  EXPECT_THAT(rulesOfCondition("vlan 10 20"),
               ElementsAre("permit any any vlan 10", "permit any any vlan 20"));
 }
 
@@ -63,63 +63,70 @@ TEST(MatchConditions, ListsMayHaveCommasAndRanges) {
   EXPECT_EQ(conditionOf("vlan 100-102 7").text, "vlan 100 101 102 7");
   EXPECT_EQ(conditionOf("precedence 1-2").text, "precedence 1 2");
   EXPECT_EQ(conditionOf("dscp ipv4 cs5").text, "ip dscp 40");
-  EXPECT_THAT(rulesOf("dscp ipv4 cs5"), ElementsAre("permit ip any any dscp 40"));
-  EXPECT_THAT(rulesOf("precedence ipv6 5"), SizeIs(8));
-  EXPECT_EQ(errorOf("vlan 4000-5000"), "6: vlan 1-4094");
-  EXPECT_EQ(errorOf("dscp 10,"), "6: dscp 0-63 or a DSCP name");
-  EXPECT_EQ(errorOf("dscp 12-10"), "6: a range whose second value is not lower");
+  EXPECT_THAT(rulesOfCondition("dscp ipv4 cs5"), ElementsAre("permit ip any any dscp 40"));
+  EXPECT_THAT(rulesOfCondition("precedence ipv6 5"), SizeIs(8));
+  EXPECT_EQ(conditionError("vlan 4000-5000"), "6: vlan 1-4094");
+  EXPECT_EQ(conditionError("dscp 10,"), "6: dscp 0-63 or a DSCP name");
+  EXPECT_EQ(conditionError("dscp 12-10"), "6: a range whose second value is not lower");
 }
 
 TEST(MatchConditions, APrecedenceIsEightCodePoints) {
-  std::vector<std::string> const rules = rulesOf("ip precedence critical");
+  std::vector<std::string> const rules = rulesOfCondition("ip precedence critical");
   EXPECT_THAT(rules, SizeIs(8));
   EXPECT_EQ(rules.front(), "permit ip any any dscp 40");
   EXPECT_EQ(rules.back(), "permit ip any any dscp 47");
-  EXPECT_THAT(rulesOf("precedence 0 7"), SizeIs(32));
+  EXPECT_THAT(rulesOfCondition("precedence 0 7"), SizeIs(32));
 }
 
 TEST(MatchConditions, ProtocolsAreWhatAHeaderTells) {
-  EXPECT_THAT(rulesOf("protocol ip"), ElementsAre("permit ip any any"));
-  EXPECT_THAT(rulesOf("protocol ipv6"), ElementsAre("permit ipv6 any any"));
-  EXPECT_THAT(rulesOf("protocol arp"), ElementsAre("permit any any ethertype 2054"));
-  EXPECT_THAT(rulesOf("protocol gre"), ElementsAre("permit gre any any", "permit gre any any"));
-  EXPECT_THAT(rulesOf("protocol 99"), ElementsAre("permit 99 any any", "permit 99 any any"));
-  EXPECT_THAT(rulesOf("protocol icmp"), ElementsAre("permit icmp any any", "permit icmp6 any any"));
+  EXPECT_THAT(rulesOfCondition("protocol ip"), ElementsAre("permit ip any any"));
+  EXPECT_THAT(rulesOfCondition("protocol ipv6"), ElementsAre("permit ipv6 any any"));
+  EXPECT_THAT(rulesOfCondition("protocol arp"), ElementsAre("permit any any ethertype 2054"));
+  EXPECT_THAT(rulesOfCondition("protocol gre"),
+              ElementsAre("permit gre any any", "permit gre any any"));
+  EXPECT_THAT(rulesOfCondition("protocol 99"),
+              ElementsAre("permit 99 any any", "permit 99 any any"));
+  EXPECT_THAT(rulesOfCondition("protocol icmp"),
+              ElementsAre("permit icmp any any", "permit icmp6 any any"));
 }
 
 TEST(MatchConditions, ServicesAreTheirWellKnownPorts) {
-  EXPECT_THAT(rulesOf("protocol HTTPS"),
+  EXPECT_THAT(rulesOfCondition("protocol HTTPS"),
               ElementsAre("permit tcp any any eq 443", "permit tcp any any eq 443"));
-  EXPECT_THAT(rulesOf("protocol dns"),
+  EXPECT_THAT(rulesOfCondition("protocol dns"),
               ElementsAre("permit tcp any any eq 53", "permit tcp any any eq 53",
                           "permit udp any any eq 53", "permit udp any any eq 53"));
-  EXPECT_THAT(rulesOf("protocol tftp"),
+  EXPECT_THAT(rulesOfCondition("protocol tftp"),
               ElementsAre("permit udp any any eq 69", "permit udp any any eq 69"));
 }
 
 TEST(MatchConditions, PortsAreThoseOfTcpAndUdp) {
-  EXPECT_THAT(rulesOf("srcl4port 62500"),
+  EXPECT_THAT(rulesOfCondition("srcl4port 62500"),
               ElementsAre("permit tcp any eq 62500 any", "permit tcp any eq 62500 any",
                           "permit udp any eq 62500 any", "permit udp any eq 62500 any"));
-  EXPECT_EQ(rulesOf("dstl4port www").front(), "permit tcp any any eq 80");
+  EXPECT_EQ(rulesOfCondition("dstl4port www").front(), "permit tcp any any eq 80");
 }
 
 TEST(MatchConditions, AddressesHaveSubnetMasks) {
-  EXPECT_THAT(rulesOf("srcip 10.1.0.0 255.255.0.0"), ElementsAre("permit ip 10.1.0.0/16 any"));
-  EXPECT_THAT(rulesOf("dstip 10.1.0.0/16"), ElementsAre("permit ip any 10.1.0.0/16"));
-  EXPECT_THAT(rulesOf("srcip6 2001:db8::/32"), ElementsAre("permit ipv6 2001:db8::/32 any"));
-  EXPECT_THAT(rulesOf("dstip6 2001:db8::/32"), ElementsAre("permit ipv6 any 2001:db8::/32"));
+  EXPECT_THAT(rulesOfCondition("srcip 10.1.0.0 255.255.0.0"),
+              ElementsAre("permit ip 10.1.0.0/16 any"));
+  EXPECT_THAT(rulesOfCondition("dstip 10.1.0.0/16"), ElementsAre("permit ip any 10.1.0.0/16"));
+  EXPECT_THAT(rulesOfCondition("srcip6 2001:db8::/32"),
+              ElementsAre("permit ipv6 2001:db8::/32 any"));
+  EXPECT_THAT(rulesOfCondition("dstip6 2001:db8::/32"),
+              ElementsAre("permit ipv6 any 2001:db8::/32"));
 }
 
 TEST(MatchConditions, EthernetTypesHaveNamesAndNumbers) {
-  EXPECT_THAT(rulesOf("ethertype arp"), ElementsAre("permit any any ethertype 2054"));
-  EXPECT_THAT(rulesOf("ethertype 0x88CC"), ElementsAre("permit any any ethertype 35020"));
+  EXPECT_THAT(rulesOfCondition("ethertype arp"), ElementsAre("permit any any ethertype 2054"));
+  EXPECT_THAT(rulesOfCondition("ethertype 0x88CC"), ElementsAre("permit any any ethertype 35020"));
 }
 
 TEST(MatchConditions, NotIsADenyBeforeEverythingElse) {
-  EXPECT_THAT(rulesOf("not ip dscp ef"),
+  EXPECT_THAT(rulesOfCondition("not ip dscp ef"),
               ElementsAre("deny ip any any dscp 46", "permit ip any any", "permit ipv6 any any"));
-  EXPECT_THAT(rulesOf("not vlan 10"), ElementsAre("deny any any vlan 10", "permit any any"));
+  EXPECT_THAT(rulesOfCondition("not vlan 10"),
+              ElementsAre("deny any any vlan 10", "permit any any"));
   EXPECT_EQ(conditionOf("not dscp ef").text, "not dscp 46");
 }
 
@@ -147,14 +154,14 @@ TEST(MatchConditions, WhatNoRuleSaysHasNoRulesButAReason) {
 }
 
 TEST(MatchConditions, BadValuesAreErrorsAtTheirColumns) {
-  EXPECT_EQ(errorOf("dscp 64"), "6: dscp 0-63 or a DSCP name");
-  EXPECT_EQ(errorOf("dscp"), "5: dscp 0-63 or a DSCP name");
-  EXPECT_EQ(errorOf("ip precedence 8"), "15: precedence 0-7 or its name");
-  EXPECT_EQ(errorOf("vlan 0"), "6: vlan 1-4094");
-  EXPECT_EQ(errorOf("srcl4port 65536"), "11: port 0-65535");
-  EXPECT_EQ(errorOf("srcip 10.0.0.0"), "15: a subnet mask");
-  EXPECT_EQ(errorOf("any more"), "5: another value or end of line");
-  EXPECT_EQ(errorOf("ethertype x"), "11: an Ethernet type 0-0xffff or its name");
+  EXPECT_EQ(conditionError("dscp 64"), "6: dscp 0-63 or a DSCP name");
+  EXPECT_EQ(conditionError("dscp"), "5: dscp 0-63 or a DSCP name");
+  EXPECT_EQ(conditionError("ip precedence 8"), "15: precedence 0-7 or its name");
+  EXPECT_EQ(conditionError("vlan 0"), "6: vlan 1-4094");
+  EXPECT_EQ(conditionError("srcl4port 65536"), "11: port 0-65535");
+  EXPECT_EQ(conditionError("srcip 10.0.0.0"), "15: a subnet mask");
+  EXPECT_EQ(conditionError("any more"), "5: another value or end of line");
+  EXPECT_EQ(conditionError("ethertype x"), "11: an Ethernet type 0-0xffff or its name");
 }
 
 TEST(MatchConditions, AnUnknownOneIsNamedByItsBeginning) {
