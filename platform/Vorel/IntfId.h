@@ -53,10 +53,10 @@ class POLICYMAP_API IntfId {
  public:
   // No interface.
   IntfId() = default;
-  // Parses a name. Ignores case, hyphens inside the kind and blanks after it. The kinds up to bdi may
-  // be abbreviated to two or more letters if they are unambiguous: "Port-channel7", "port-channel
-  // 7", "Po7" and "Bundle-Ether7" are all PortChannel7. Raises RangeException "IntfId: 'NAME' is not an interface name"
-  // for any other text, including the empty one.
+  // Parses a name. Ignores case, hyphens inside the kind and blanks after it. The kinds up to bdi
+  // may be abbreviated to two or more letters if they are unambiguous: "Port-channel7",
+  // "port-channel 7", "Po7" and "Bundle-Ether7" are all PortChannel7. Raises RangeException
+  // "IntfId: 'NAME' is not an interface name" for any other text, including the empty one.
   explicit IntfId(Kor::String const& name);
 
   [[nodiscard]] IntfKind kind() const;

@@ -119,8 +119,8 @@ std::optional<std::uint64_t> takeRate(Lexer& lexer, std::uint64_t bits) {
       return (number * unit.bits + 999) / 1000;
     }
   }
-  static constexpr std::array<std::string_view, 5> otherUnits = {
-      "pps", "packets-per-second", "percent", "cps", "kilobits"};
+  static constexpr std::array<std::string_view, 5> otherUnits = {"pps", "packets-per-second",
+                                                                 "percent", "cps", "kilobits"};
   if (!suffix.empty() || contains(otherUnits, lexer.peekSecond())) {
     return std::nullopt;
   }
