@@ -15,7 +15,6 @@
 namespace PolicyMapTestKit::test {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
