@@ -125,9 +125,16 @@ class PolicyChanges {
   void actions() {
     for (auto const& [moved, rules] : moved_) {
       auto const& [className, action, was, is] = moved;
-      line("actions", Tint::changed,
-           "class " + className + ": " + action + " " + std::to_string(was) + " -> " +
-               std::to_string(is) + " (" + counted(rules, "rule") + ")");
+      std::string text = "class ";
+      text.append(className)
+          .append(": ")
+          .append(action)
+          .append(" ")
+          .append(std::to_string(was))
+          .append(" -> ")
+          .append(std::to_string(is));
+      text.append(" (").append(counted(rules, "rule")).append(")");
+      line("actions", Tint::changed, text);
     }
     moved_.clear();
   }

@@ -409,7 +409,9 @@ void Shell::load(std::string_view line, std::size_t start) {
   if (created) {
     for (auto const& [name, object] : objectsOf(lab)) {
       if (objects_.contains(name)) {
-        throw ShellError("load: the name " + name + " is in use; `del " + name + "` removes it");
+        std::string text = "load: the name " + name;
+        text.append(" is in use; `del ").append(name).append("` removes it");
+        throw ShellError(text);
       }
     }
   }

@@ -265,6 +265,7 @@ Journal Journal::some(Wanted const& wanted) const {
 void needOperation(std::string_view name) {
   using Helper = PolicyMap::PolicyMapAclHelper;
   std::vector<std::string> known;
+  known.reserve(PolicyMap::helperOperationAttrs<Helper>.size());
   for (auto const& row : PolicyMap::helperOperationAttrs<Helper>) {
     known.emplace_back(row.name);
   }

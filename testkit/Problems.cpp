@@ -16,7 +16,7 @@ namespace {
 
 using namespace Text;
 
-using Kind = Problem::Kind;
+using ProblemKind = Problem::Kind;
 using Attachments = std::map<PolicyMap::PolicyMapSmKey, std::vector<Vorel::IntfId>>;
 
 Attachments attachmentsOf(Settings const& settings) {
@@ -54,7 +54,7 @@ class PolicyProblems {
     auto const& policyMaps = lab_.configuration().effective().policyMaps;
     auto const settings = policyMaps.find(key_.first().stdString());
     if (settings == policyMaps.end()) {
-      add(Kind::missing, where_, "not defined, but attached to " + listOf(attachedAt));
+      add(ProblemKind::missing, where_, "not defined, but attached to " + listOf(attachedAt));
       return;
     }
     for (std::string const& className : settings->second->order.names()) {
@@ -63,7 +63,7 @@ class PolicyProblems {
     auto const status = lab_.status()->policyMapStatus(key_);
     // The failing class may have reported the error already.
     if (status && !status->error().empty() && told_.count(status->error().stdString()) == 0) {
-      add(Kind::failed, where_, status->error().stdString());
+      add(ProblemKind::failed, where_, status->error().stdString());
     }
   }
 
@@ -71,7 +71,7 @@ class PolicyProblems {
   void findOfClass(std::string const& className) {
     std::string const where = where_ + ", class " + className;
     if (lab_.configuration().effective().classMaps.count(className) == 0) {
-      add(Kind::missing, where, "missing class-map " + className);
+      add(ProblemKind::missing, where, "missing class-map " + className);
       return;
     }
     auto const policy = lab_.machine()->policyMapSm(key_);
@@ -83,7 +83,7 @@ class PolicyProblems {
     std::string const text = classMap->classMapStatus()->error().stdString();
     if (!text.empty()) {
       told_.insert(error);
-      add(error.empty() ? Kind::missing : Kind::failed, where, withReasons(text));
+      add(error.empty() ? ProblemKind::missing : ProblemKind::failed, where, withReasons(text));
     }
   }
 
@@ -100,7 +100,7 @@ class PolicyProblems {
     return {};
   }
 
-  void add(Kind kind, std::string where, std::string text) {
+  void add(ProblemKind kind, std::string where, std::string text) {
     problems_.push_back({kind, std::move(where), std::move(text)});
   }
 
@@ -119,7 +119,7 @@ std::vector<Problem> findProblems(Lab const& lab) {
     PolicyProblems(lab, key, problems).find(intfs);
   }
   for (EffectiveSettings::Note const& note : lab.configuration().notes()) {
-    problems.push_back({Kind::missing, note.where, note.text});
+    problems.push_back({ProblemKind::missing, note.where, note.text});
   }
   return problems;
 }

@@ -75,6 +75,7 @@ std::vector<Kor::Name> classesByPriority(ServicePolicySm const& machine,
     }
   }
   std::vector<Kor::Name> classes;
+  classes.reserve(byPriority.size());
   for (auto const& [priority, className] : byPriority) {
     classes.push_back(className);
   }

@@ -292,8 +292,8 @@ Shared<AccessList> EffectiveSettings::expanded(AccessList const& list, ObjectGro
       break;
     }
     try {
-      for (ConfiguredRule& rule : rulesOf(*line, groups)) {
-        put(number, std::move(rule));
+      for (ConfiguredRule const& rule : rulesOf(*line, groups)) {
+        put(number, rule);
       }
     } catch (InputError const&) {
       // A lenient reading has said so.

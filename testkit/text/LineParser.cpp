@@ -272,9 +272,8 @@ void LineParser::parseCommand(Lexer& lexer, Token const& first) {
       numbered_.clear();
     }
     run(*command, lexer, remove);
-  } else if (mode_ == Mode::accessList && accessListEntry(lexer, remove)) {
-    return;
-  } else if (mode_ == Mode::objectGroup && groupMember(lexer, remove)) {
+  } else if ((mode_ == Mode::accessList && accessListEntry(lexer, remove)) ||
+             (mode_ == Mode::objectGroup && groupMember(lexer, remove))) {
     return;
   } else if (Command const* const inner = find(inMode, lexer, remove)) {
     run(*inner, lexer, remove);

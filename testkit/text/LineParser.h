@@ -158,7 +158,7 @@ class LineParser {
   bool groupMember(Lexer& lexer, bool remove);
   void accessGroup(Lexer& lexer, Family family, bool remove);
   void emitAction(std::uint8_t kind, std::uint64_t value, bool remove);
-  void emitDeed(std::string text, bool remove);
+  void emitDeed(std::string const& text, bool remove);
   bool removesRate(Lexer const& lexer, bool remove);
   void remark(Lexer& lexer, std::optional<std::uint32_t> sequence, bool remove);
   void removeSequence(Lexer& lexer, std::uint32_t sequence);

@@ -283,7 +283,7 @@ void LineParser::emitAction(std::uint8_t kind, std::uint64_t value, bool remove)
   emit(std::move(body));
 }
 
-void LineParser::emitDeed(std::string text, bool remove) {
+void LineParser::emitDeed(std::string const& text, bool remove) {
   Lexer words(text);
   std::string normal;
   while (!words.peek().atEnd()) {
