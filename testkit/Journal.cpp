@@ -143,7 +143,7 @@ JournalEntry& Journal::add(JournalEntry::Kind kind, std::string_view operation) 
   entry.number = ++written_;
   entry.time = loop_->now();
   entry.operation = operation;
-  entry.text = lastDeed_;
+  entry.text = lastStep_;
   return entry;
 }
 
@@ -151,8 +151,8 @@ void Journal::testDid(std::string_view operation, Kor::String const& text) {
   if (limit_ == 0) {
     return;
   }
-  std::string const deed = std::string(operation) + (text.empty() ? "" : " ") + text.stdString();
-  lastDeed_ = Kor::String(deed);
+  std::string const step = std::string(operation) + (text.empty() ? "" : " ") + text.stdString();
+  lastStep_ = Kor::String(step);
   objectsWritten_ = 0;
   add(JournalEntry::Kind::test, operation).text = text;
 }
@@ -170,11 +170,11 @@ void Journal::testWrote(Kor::String const& object) {
   }
   objectsWritten_ = inARow ? objectsWritten_ + 1 : 1;
   if (objectsWritten_ == 1) {
-    lastDeed_ = Kor::String(std::string(operation) + " " + object.stdString());
+    lastStep_ = Kor::String(std::string(operation) + " " + object.stdString());
   } else if (objectsWritten_ <= mostNamed) {
-    lastDeed_ = Kor::String(lastDeed_.stdString() + ", " + object.stdString());
+    lastStep_ = Kor::String(lastStep_.stdString() + ", " + object.stdString());
   } else if (objectsWritten_ == mostNamed + 1) {
-    lastDeed_ = Kor::String(lastDeed_.stdString() + ", ...");
+    lastStep_ = Kor::String(lastStep_.stdString() + ", ...");
   }
   add(JournalEntry::Kind::test, operation).text = object;
 }

@@ -134,8 +134,8 @@ class POLICYMAPTESTKIT_API Journal {
   std::uint64_t written_ = 0;
   std::uint64_t dropped_ = 0;
   std::vector<std::uint64_t> openCalls_;  // by number, the innermost last
-  Kor::String lastDeed_;
-  unsigned objectsWritten_ = 0;  // that lastDeed_ names; 0: it is no write
+  Kor::String lastStep_;
+  unsigned objectsWritten_ = 0;  // that lastStep_ names; 0: it is no write
 };
 
 // Throws LookupError if the helper has no operation of this name.

@@ -206,7 +206,7 @@ TEST(Journal, HasWhatTheTestDidAndTheResultsThatCame) {
                           "[inject commitError=full]", "[advance 1.5 s]", "[clear]"));
 }
 
-TEST(Journal, HasTimesAndTheDeedBeforeEachCall) {
+TEST(Journal, HasTimesAndTheStepBeforeEachCall) {
   Lab lab({.faults = {{"commitError", "full"}}});
   load(lab, simplePolicy);
   lab.clearFaults();
