@@ -145,15 +145,15 @@ void printProblems(std::ostream& out, TextStyle const& style,
 }
 
 // What the numbers of the third action mean.
-void printDeeds(std::ostream& out, TextStyle const& style, Lab const& lab) {
-  std::vector<std::string> const& deeds = *lab.configuration().settings().deeds;
-  if (deeds.empty()) {
+void printOtherActions(std::ostream& out, TextStyle const& style, Lab const& lab) {
+  std::vector<std::string> const& otherActions = *lab.configuration().settings().otherActions;
+  if (otherActions.empty()) {
     return;
   }
-  out << "\n" << tinted(style, Tint::heading, "what classes do besides") << "\n";
+  out << "\n" << tinted(style, Tint::heading, "other actions") << "\n";
   Table table({{"action3", Table::Align::right}, {"text"}}, 2);
-  for (std::size_t i = 0; i != deeds.size(); ++i) {
-    table.add({std::to_string(i + 1), deeds[i]});
+  for (std::size_t i = 0; i != otherActions.size(); ++i) {
+    table.add({std::to_string(i + 1), otherActions[i]});
   }
   table.print(out, style);
 }
@@ -198,7 +198,7 @@ void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
   out << tinted(style, Tint::heading, "total") << " " << totals.policies
       << (totals.policies == 1 ? " policy, " : " policies, ") << counted(totals.rules, "rule")
       << ", " << counted(totals.subRules, "sub-rule") << "\n";
-  printDeeds(out, style, lab);
+  printOtherActions(out, style, lab);
   printNotProgrammed(out, style, lab);
   printProblems(out, style, problems);
   printSkipped(out, style, lab.skipped(), skippedBy);

@@ -155,11 +155,11 @@ bool asConfigured(Explanation const& explanation) {
 }  // namespace
 
 std::string withReasons(std::string const& missing) {
-  std::string const condition = "missing class-map " + Text::conditionName({});
-  if (!missing.starts_with(condition)) {
+  std::string const before = "missing class-map " + Text::conditionName({});
+  if (!missing.starts_with(before)) {
     return missing;
   }
-  std::string const text = missing.substr(condition.size());
+  std::string const text = missing.substr(before.size());
   return "cannot match " + text + ": " + std::string(Text::reasonAgainst(text));
 }
 

@@ -42,7 +42,7 @@ unsigned familiesOf(Settings const& settings, PolicyMap::ClassMapMatch const& ma
     return match.option() == Option::ipv4 ? 1U : match.option() == Option::ipv6 ? 2U : 4U;
   }
   auto const nested = settings.classMaps.find(match.name().stdString());
-  if (!isCondition(match.name().view()) || nested == settings.classMaps.end()) {
+  if (!isConditionName(match.name().view()) || nested == settings.classMaps.end()) {
     return all;
   }
   unsigned families = 0;
@@ -124,7 +124,8 @@ Shared<PolicyMapSettings> merged(Settings const& settings, std::vector<std::stri
   return all;
 }
 
-// The policy-maps of the zone-pairs with this source, and the name of one that stands for them.
+// The policy-maps of the zone-pairs with one source zone, and the name of the policy-map that
+// replaces them.
 struct ZonePolicies {
   std::string name;
   std::vector<std::string> policyMaps;
@@ -145,14 +146,9 @@ std::map<std::string, ZonePolicies> policiesOfZones(Settings const& settings) {
 
 }  // namespace
 
-std::string accessGroupName(std::string const& list) {
-  return "access-group " + list;
-}
-
 Settings EffectiveSettings::of(Settings const& written) {
   Settings settings = written;
   notes_.clear();
-  noteLostDenies(settings);
   expandLists(settings);
   attachZones(settings);
   if (accessGroups_) {
@@ -210,7 +206,7 @@ void EffectiveSettings::attachLists(Settings& settings, Vorel::IntfId intf, Dire
         {"access-group " + names + " (" + toText(direction) + ")", replacedAt(intf, attached)});
     return;
   }
-  attached = accessGroupName(names);
+  attached = "access-group " + names;
   ClassMap& classMap = settings.classMaps[attached].edit();
   classMap.match = ClassMatch::any;
   for (std::size_t i = 0; i != lists.size(); ++i) {
@@ -226,22 +222,13 @@ void EffectiveSettings::attachLists(Settings& settings, Vorel::IntfId intf, Dire
   }
 }
 
-// Entries after a deny that was skipped would match what it denies.
-void EffectiveSettings::noteLostDenies(Settings const& settings) {
-  for (Settings::Lists const& of : settings.lists) {
-    for (auto const& [name, list] : of) {
-      if (list->entries.grouped() == 0) {
-        continue;
-      }
-      for (auto const& [number, entry] : list->entries.byNumber()) {
-        auto const* const line = std::get_if<ListRule>(&entry);
-        if (line != nullptr && line->groups->lost) {
-          notes_.push_back(
-              {"access-list " + name, "the deny at " + toText(line->groups->place) +
-                                          " was skipped, so the entries after it are left out"});
-          break;
-        }
-      }
+void EffectiveSettings::noteSkippedDenies(std::string const& name, AccessList const& list) {
+  for (auto const& [number, entry] : list.entries.byNumber()) {
+    if (auto const* const skipped = std::get_if<SkippedDeny>(&entry)) {
+      notes_.push_back({"access-list " + name, "the deny at " + toText(skipped->place) +
+                                                   " was skipped, so the entries after it are "
+                                                   "left out"});
+      return;
     }
   }
 }
@@ -254,9 +241,10 @@ void EffectiveSettings::expandLists(Settings& settings) {
   std::map<AccessListKey, Expanded> used;
   for (Family const family : {Family::ip4, Family::ip6, Family::mac}) {
     for (auto& [name, list] : settings.listsOf(family)) {
-      if (list->entries.grouped() == 0) {
+      if (!list->entries.needExpansion()) {
         continue;
       }
+      noteSkippedDenies(name, *list);
       AccessListKey const key{family, name};
       auto const known = expanded_.find(key);
       bool const same = known != expanded_.end() && known->second.written.sameAs(list);
@@ -283,13 +271,13 @@ Shared<AccessList> EffectiveSettings::expanded(AccessList const& list, ObjectGro
     }
   };
   for (auto const& [number, entry] : list.entries.byNumber()) {
+    if (std::holds_alternative<SkippedDeny>(entry)) {
+      break;
+    }
     auto const* const line = std::get_if<ListRule>(&entry);
     if (line == nullptr) {
       put(number, entry);
       continue;
-    }
-    if (line->groups->lost) {
-      break;
     }
     try {
       for (ConfiguredRule const& rule : rulesOf(*line, groups)) {

@@ -15,9 +15,6 @@
 
 namespace PolicyMapTestKit::Text {
 
-// The name of the policy-map and class-map of a list that is attached by itself.
-POLICYMAPTESTKIT_API std::string accessGroupName(std::string const& list);
-
 class POLICYMAPTESTKIT_API EffectiveSettings {
  public:
   // Whether lists that are attached by themselves count.
@@ -47,12 +44,12 @@ class POLICYMAPTESTKIT_API EffectiveSettings {
 
   void attachZones(Settings& settings);
   void attachLists(Settings& settings, Vorel::IntfId intf, Direction direction);
-  void noteLostDenies(Settings const& settings);
+  void noteSkippedDenies(std::string const& name, AccessList const& list);
 
   bool accessGroups_ = true;
   std::vector<Note> notes_;
   Shared<ObjectGroups> groups_;
-  // Of the lists with object-groups.
+  // Of the lists that need it.
   std::map<AccessListKey, Expanded> expanded_;
 };
 

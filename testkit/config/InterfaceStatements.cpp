@@ -2,6 +2,7 @@
 // The statements about interfaces, zones and port-channels.
 
 #include "testkit/config/StatementEditor.h"
+#include "testkit/text/Lexer.h"
 
 #include <Kor/Exception.h>
 
@@ -11,7 +12,7 @@ namespace PolicyMapTestKit::Text {
 
 Vorel::IntfId StatementEditor::intfOf(Name const& name) const {
   try {
-    bool const bare = name.text.front() >= '0' && name.text.front() <= '9';
+    bool const bare = isDigit(name.text.front());
     auto const portChannel = settings_.barePortChannels.find(name.text);
     if (portChannel != settings_.barePortChannels.end()) {
       return portChannel->second;

@@ -99,6 +99,10 @@ void StatementEditor::apply(RuleAdd const& body) {
   addEntry(body.list, body.sequence, entryOf(body.rule));
 }
 
+void StatementEditor::apply(SkippedDenyAdd const& body) {
+  addEntry(body.list, body.sequence, SkippedDeny{statement_->position});
+}
+
 void StatementEditor::apply(RemarkAdd const& body) {
   addEntry(body.list, body.sequence, Remark{body.text});
 }

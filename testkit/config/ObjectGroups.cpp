@@ -165,7 +165,7 @@ class Expansion {
 }  // namespace
 
 std::vector<ConfiguredRule> rulesOf(ListRule const& line, ObjectGroups const& groups) {
-  if (!line.groups || line.groups->lost) {
+  if (!line.groups) {
     return {line.rule};
   }
   if (std::holds_alternative<Acl::IpRuleConfig>(line.rule)) {

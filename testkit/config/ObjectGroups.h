@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Object-groups, and the rules that a line of an access list with object-groups stands for.
+// Object-groups, and the expansion of access list lines that name them into rules.
 
 #include "testkit/Export.h"
 #include "testkit/text/Statement.h"

@@ -5,7 +5,6 @@
 #include "testkit/text/MatchConditions.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -14,13 +13,11 @@ namespace PolicyMapTestKit::Text {
 
 namespace {
 
-constexpr std::size_t deedKind = 2;  // the third action
-
 // A class does one thing per keyword, so a further line replaces the first.
-std::string_view keywordOf(std::string_view deed) {
-  std::size_t const first = std::min(deed.find(' '), deed.size());
-  bool const hasSecond = deed.substr(0, first) == "set" && first != deed.size();
-  return deed.substr(0, hasSecond ? std::min(deed.find(' ', first + 1), deed.size()) : first);
+std::string_view keywordOf(std::string_view action) {
+  std::size_t const first = std::min(action.find(' '), action.size());
+  bool const hasSecond = action.substr(0, first) == "set" && first != action.size();
+  return action.substr(0, hasSecond ? std::min(action.find(' ', first + 1), action.size()) : first);
 }
 
 }  // namespace
@@ -160,42 +157,44 @@ void StatementEditor::apply(PolicyClassAction const& body) {
   found->second[action] = body.value;
 }
 
-void StatementEditor::apply(PolicyClassDeed const& body) {
+void StatementEditor::apply(PolicyClassOtherAction const& body) {
   PolicyMapSettings& policyMap = existingPolicyMap(body.policyMap);
   auto const found = policyMap.actions.find(body.className.text);
   if (found == policyMap.actions.end()) {
     failNoClass(body.policyMap, body.className, "action (no class)");
   }
-  std::vector<std::string>& deeds = policyMap.deeds[body.className.text];
-  auto const place = std::find_if(deeds.begin(), deeds.end(), [&](std::string const& deed) {
-    return keywordOf(deed) == keywordOf(body.text);
-  });
-  if (body.remove && place == deeds.end()) {
+  std::vector<std::string>& otherActions = policyMap.otherActions[body.className.text];
+  auto const place =
+      std::find_if(otherActions.begin(), otherActions.end(), [&](std::string const& action) {
+        return keywordOf(action) == keywordOf(body.text);
+      });
+  if (body.remove && place == otherActions.end()) {
     if (!body.ifPresent) {
-      fail("what class " + body.className.text + " does", body.text, "no action (absent)");
+      fail("an action of class " + body.className.text, body.text, "no action (absent)");
     }
     return;
   }
   if (body.remove) {
-    deeds.erase(place);
-  } else if (place != deeds.end()) {
+    otherActions.erase(place);
+  } else if (place != otherActions.end()) {
     *place = body.text;
   } else {
-    deeds.push_back(body.text);
+    otherActions.push_back(body.text);
   }
   std::string all;
-  for (std::string const& deed : deeds) {
-    all += (all.empty() ? "" : "; ") + deed;
+  for (std::string const& action : otherActions) {
+    all += (all.empty() ? "" : "; ") + action;
   }
-  found->second[deedKind] = all.empty() ? std::nullopt : std::optional(numberOfDeed(all));
+  found->second[otherAction - 1] =
+      all.empty() ? std::nullopt : std::optional(numberOfOtherAction(all));
 }
 
-std::uint32_t StatementEditor::numberOfDeed(std::string const& text) {
-  auto const& known = *settings_.deeds;
+std::uint32_t StatementEditor::numberOfOtherAction(std::string const& text) {
+  auto const& known = *settings_.otherActions;
   auto const place = std::find(known.begin(), known.end(), text);
   auto const number = static_cast<std::uint32_t>(place - known.begin()) + 1;
   if (place == known.end()) {
-    settings_.deeds.edit().push_back(text);
+    settings_.otherActions.edit().push_back(text);
   }
   return number;
 }

@@ -9,6 +9,9 @@ std::uint32_t ListEntryHash::operator()(ListEntry const& entry) const {
   if (auto const* const remark = std::get_if<Remark>(&entry)) {
     return Kor::hashBytes(remark->text);
   }
+  if (auto const* const skipped = std::get_if<SkippedDeny>(&entry)) {
+    return skipped->place.line;
+  }
   auto const* const line = std::get_if<ListRule>(&entry);
   return hashOf(line != nullptr ? line->rule : std::get<ConfiguredRule>(entry));
 }
@@ -20,18 +23,18 @@ std::uint32_t MatchHash::operator()(PolicyMap::ClassMapMatch const& match) const
 
 void ListEntries::put(std::uint32_t number, ListEntry entry) {
   remarks_.erase(number);
-  grouped_.erase(number);
+  expanding_.erase(number);
   if (std::holds_alternative<Remark>(entry)) {
     remarks_.insert(number);
-  } else if (std::holds_alternative<ListRule>(entry)) {
-    grouped_.insert(number);
+  } else if (!std::holds_alternative<ConfiguredRule>(entry)) {
+    expanding_.insert(number);
   }
   entries_.put(number, std::move(entry));
 }
 
 bool ListEntries::erase(std::uint32_t number) {
   remarks_.erase(number);
-  grouped_.erase(number);
+  expanding_.erase(number);
   return entries_.erase(number);
 }
 

@@ -58,8 +58,18 @@ struct Remark {
   bool operator==(Remark const&) const = default;
 };
 
+// A `deny` that was skipped. The entries after it would match what it denies, so they are not
+// configured.
+struct SkippedDeny {
+  SourcePosition place;
+
+  bool operator==(SkippedDeny const& other) const {
+    return place.line == other.place.line && *place.file == *other.place.file;
+  }
+};
+
 // A line of an access list. A rule with object-groups is a ListRule, any other a ConfiguredRule.
-using ListEntry = std::variant<ConfiguredRule, Remark, ListRule>;
+using ListEntry = std::variant<ConfiguredRule, Remark, ListRule, SkippedDeny>;
 
 struct POLICYMAPTESTKIT_API ListEntryHash {
   std::uint32_t operator()(ListEntry const& entry) const;
@@ -72,8 +82,9 @@ class POLICYMAPTESTKIT_API ListEntries {
 
   Entries::ByNumber const& byNumber() const noexcept { return entries_.byNumber(); }
   std::size_t size() const noexcept { return entries_.size(); }
-  // The number of lines with object-groups.
-  std::size_t grouped() const noexcept { return grouped_.size(); }
+  // True if what is configured is not the rules as they are: a line has object-groups, or was
+  // skipped.
+  bool needExpansion() const noexcept { return !expanding_.empty(); }
   ListEntry const* find(std::uint32_t number) const { return entries_.find(number); }
   std::optional<std::uint32_t> numberOf(ListEntry const& entry) { return entries_.numberOf(entry); }
   std::optional<std::uint32_t> nextNumber() const { return entries_.nextNumber(); }
@@ -84,7 +95,7 @@ class POLICYMAPTESTKIT_API ListEntries {
  private:
   Entries entries_;
   std::set<std::uint32_t> remarks_;
-  std::set<std::uint32_t> grouped_;
+  std::set<std::uint32_t> expanding_;
 };
 
 struct AccessList {
@@ -111,7 +122,7 @@ struct PolicyMapSettings {
   NameOrder order;
   std::unordered_map<std::string, ClassActions> actions;
   // What each class does that is no number, in order.
-  std::unordered_map<std::string, std::vector<std::string>> deeds;
+  std::unordered_map<std::string, std::vector<std::string>> otherActions;
 };
 
 struct InterfaceSettings {
@@ -155,7 +166,7 @@ struct Settings {
   // Bare numbers of port-channels, and the port-channels.
   std::map<std::string, Vorel::IntfId> barePortChannels;
   // What classes do that is no number; the third action is the place of its text here, from 1.
-  Shared<std::vector<std::string>> deeds;
+  Shared<std::vector<std::string>> otherActions;
   bool ipRouting = false;
   bool ip6Routing = false;
 };

@@ -11,28 +11,40 @@ namespace PolicyMapTestKit::Text {
 
 namespace {
 
-// Object-groups may be defined after the lines that name them.
-void checkGroups(Settings const& settings, PolicyText& text, Reading reading) {
-  for (Settings::Lists const& lists : settings.lists) {
-    for (auto const& [name, list] : lists) {
-      if (list->entries.grouped() == 0) {
-        continue;
+void checkGroups(AccessList const& list, ObjectGroups const& groups, PolicyText& text,
+                 Reading reading) {
+  for (auto const& [number, entry] : list.entries.byNumber()) {
+    auto const* const line = std::get_if<ListRule>(&entry);
+    if (line == nullptr) {
+      continue;
+    }
+    try {
+      static_cast<void>(rulesOf(*line, groups));
+    } catch (InputError const& error) {
+      if (reading == Reading::strict) {
+        throw;
       }
-      for (auto const& [number, entry] : list->entries.byNumber()) {
-        try {
-          if (auto const* const line = std::get_if<ListRule>(&entry)) {
-            static_cast<void>(rulesOf(*line, *settings.objectGroups));
-          }
-        } catch (InputError const& error) {
-          if (reading == Reading::strict) {
-            throw;
-          }
-          // A line of an earlier file was counted then.
-          if (!text.statements.empty() &&
-              error.position().file == text.statements.front().position.file) {
-            text.skipped.add("permit (object-group)", error.position());
-          }
-        }
+      // A line of an earlier file was counted then.
+      if (!text.statements.empty() &&
+          error.position().file == text.statements.front().position.file) {
+        text.skipped.add("permit (object-group)", error.position());
+      }
+    }
+  }
+}
+
+// Expands every list that the text changed, or all of them if it changed object-groups: a group may
+// be defined after the lines that name it.
+void checkGroups(Settings const& before, Settings const& settings, PolicyText& text,
+                 Reading reading) {
+  bool const sameGroups = before.objectGroups.sameAs(settings.objectGroups);
+  for (Family const family : {Family::ip4, Family::ip6}) {
+    for (auto const& [name, list] : settings.listsOf(family)) {
+      auto const was = before.listsOf(family).find(name);
+      bool const same =
+          sameGroups && was != before.listsOf(family).end() && was->second.sameAs(list);
+      if (!same && list->entries.needExpansion()) {
+        checkGroups(*list, *settings.objectGroups, text, reading);
       }
     }
   }
@@ -41,6 +53,7 @@ void checkGroups(Settings const& settings, PolicyText& text, Reading reading) {
 }  // namespace
 
 void editSettings(Settings& settings, PolicyText& text, Reading reading) {
+  Settings const before = settings;
   StatementEditor editor(settings);
   std::map<std::uint32_t, std::string> passedOver;  // kinds of skipped lines, by number
   for (Statement const& statement : text.statements) {
@@ -61,7 +74,7 @@ void editSettings(Settings& settings, PolicyText& text, Reading reading) {
       passedOver.emplace(line, failure.kind);
     }
   }
-  checkGroups(settings, text, reading);
+  checkGroups(before, settings, text, reading);
 }
 
 }  // namespace PolicyMapTestKit::Text

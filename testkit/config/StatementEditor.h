@@ -55,6 +55,7 @@ class StatementEditor {
                 ListEntry entry);
   static ListEntry entryOf(ListRule const& line);
   void apply(RuleAdd const& body);
+  void apply(SkippedDenyAdd const& body);
   void apply(RemarkAdd const& body);
   void apply(RuleRemove const& body);
   void apply(RemarkRemove const& body);
@@ -88,8 +89,8 @@ class StatementEditor {
   void apply(PolicyClassRemove const& body);
   void apply(PolicyClassAction const& body);
   // The third action counts what the class does: equal texts are equal numbers.
-  void apply(PolicyClassDeed const& body);
-  std::uint32_t numberOfDeed(std::string const& text);
+  void apply(PolicyClassOtherAction const& body);
+  std::uint32_t numberOfOtherAction(std::string const& text);
 
   // Interfaces
   // Bare numbers are those of a port-channel, or of an Ethernet interface.

@@ -106,8 +106,8 @@ bool LineParser::accessListEntry(Lexer& lexer, bool remove) {
   return true;
 }
 
-// Keeps the place of a deny that is skipped. Returns false if the line is none.
-bool LineParser::losesDeny() {
+// True if the line is a `deny`; its place is kept then.
+bool LineParser::skipsDeny() {
   Lexer lexer(reader_.line());
   std::optional<std::uint32_t> sequence;
   std::uint64_t number = 0;
@@ -116,18 +116,11 @@ bool LineParser::losesDeny() {
     sequence = static_cast<std::uint32_t>(number);
     lexer.next();
   }
-  if (!lexer.accept("deny")) {
-    return false;
+  bool const isDeny = lexer.accept("deny");
+  if (isDeny) {
+    emit(SkippedDenyAdd{list_, sequence});
   }
-  RuleGroups groups;
-  groups.lost = true;
-  groups.place = position_;
-  ConfiguredRule rule = ruleKind_ == RuleKind::ip6   ? ConfiguredRule(Acl::Ip6RuleConfig())
-                        : ruleKind_ == RuleKind::mac ? ConfiguredRule(Acl::MacRuleConfig())
-                                                     : ConfiguredRule(Acl::IpRuleConfig());
-  std::visit([](auto& some) { some.permitIs(false); }, rule);
-  emit(RuleAdd{list_, sequence, {rule, std::make_shared<RuleGroups const>(std::move(groups))}});
-  return true;
+  return isDeny;
 }
 
 void LineParser::remark(Lexer& lexer, std::optional<std::uint32_t> sequence, bool remove) {

@@ -16,10 +16,6 @@ InterfacePrefix unknownAddress(Family family) {
 
 constexpr std::size_t mostOfRange = 1024;
 
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 std::string_view trimmed(std::string_view text) {
   std::size_t const first = text.find_first_not_of(" \t");
   std::size_t const last = text.find_last_not_of(" \t");
@@ -80,35 +76,36 @@ std::vector<std::string> interfacesIn(std::string_view text) {
 void LineParser::interface(Lexer& lexer, bool remove) {
   lexer.accept("preconfigure");
   bool const isRange = lexer.accept("range") || hasRange(lexer.peek().text);
-  Lexer const before = lexer;
-  Name name = nameOf(takeName(lexer, "an interface name"));
-  furtherInterfaces_.clear();
+  Name name = nameOf(lexer.peek());
+  std::vector<std::string> names;
   if (isRange) {
-    lexer = before;
-    std::vector<std::string> names = interfacesIn(lexer.rest().text);
+    Lexer const before = lexer;
+    names = interfacesIn(lexer.rest().text);
     if (names.empty()) {
       before.fail("interfaces such as Ethernet1/1 - 4, Ethernet1/7, at most " +
                   std::to_string(mostOfRange));
     }
-    name.text = std::move(names.front());
-    for (std::size_t i = 1; i != names.size(); ++i) {
-      furtherInterfaces_.push_back({std::move(names[i]), 0});
-    }
-  } else if (!lexer.peek().atEnd() && isDigit(lexer.peek().text.front())) {
-    name.text += takeName(lexer, "an interface number").text;
-  }
-  lexer.accept("point-to-point") || lexer.accept("multipoint") || lexer.accept("l2transport");
-  lexer.expectEnd();
-  outer_ = withoutColumn(name);
-  enter(Mode::interface);  // so that the statement is emitted for each of a range
-  if (remove) {
-    emit(InterfaceRemove{std::move(name)});
-    mode_ = Mode::top;
   } else {
-    emit(InterfaceOpen{std::move(name)});
+    names.emplace_back(takeName(lexer, "an interface name").text);
+    if (!lexer.peek().atEnd() && isDigit(lexer.peek().text.front())) {
+      names.front() += takeName(lexer, "an interface number").text;
+    }
+    lexer.accept("point-to-point") || lexer.accept("multipoint") || lexer.accept("l2transport");
   }
-  if (!result_.statements.empty()) {
-    result_.statements.back().block = 0;
+  lexer.expectEnd();
+  interfaces_.clear();
+  for (std::string const& each : names) {
+    name.text = each;
+    if (remove) {
+      emit(InterfaceRemove{name});
+    } else {
+      emit(InterfaceOpen{name});
+      interfaces_.push_back(withoutColumn(name));
+    }
+  }
+  if (!remove) {
+    outer_ = interfaces_.back();
+    enter(Mode::interface);
   }
 }
 

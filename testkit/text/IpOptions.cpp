@@ -2,7 +2,6 @@
 #include "testkit/text/IpOptions.h"
 
 #include "testkit/text/Comparison.h"
-#include "testkit/text/MatchConditions.h"
 #include "testkit/text/PortNames.h"
 
 #include <algorithm>
@@ -66,7 +65,7 @@ class IpOptions {
     refuseIf(!!rule_.dscp() || (precedence_ != nullptr && *precedence_),
              "one dscp or precedence in a rule");
     lexer_.next();
-    rule_.dscpIs(takeDscpNumber(lexer_));
+    rule_.dscpIs(takeDscpValue(lexer_));
     return true;
   }
 
@@ -76,7 +75,7 @@ class IpOptions {
     }
     refuseIf(!!rule_.dscp() || *precedence_, "one dscp or precedence in a rule");
     lexer_.next();
-    *precedence_ = static_cast<std::uint8_t>(takePrecedenceNumber(lexer_));
+    *precedence_ = static_cast<std::uint8_t>(takePrecedenceValue(lexer_));
     return true;
   }
 
@@ -220,6 +219,28 @@ static_assert(Acl::saysEachField<Acl::IpFilterBase>(IpOptions::knows),
 
 void takeIpOptions(Lexer& lexer, Acl::IpFilterBase& rule, std::optional<std::uint8_t>* precedence) {
   IpOptions(lexer, rule, precedence).takeAll();
+}
+
+std::uint64_t takeDscpValue(Lexer& lexer) {
+  std::uint64_t value = 0;
+  if (auto const named = dscpNumber(lexer.peek().text)) {
+    value = *named;
+  } else if (!parseNumber(lexer.peek().text, 0, 63, value)) {
+    lexer.fail("dscp 0-63 or a DSCP name");
+  }
+  lexer.next();
+  return value;
+}
+
+std::uint64_t takePrecedenceValue(Lexer& lexer) {
+  std::uint64_t value = 0;
+  if (auto const named = precedenceNumber(lexer.peek().text)) {
+    value = *named;
+  } else if (!parseNumber(lexer.peek().text, 0, 7, value)) {
+    lexer.fail("precedence 0-7 or its name");
+  }
+  lexer.next();
+  return value;
 }
 
 }  // namespace PolicyMapTestKit::Text

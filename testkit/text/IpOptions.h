@@ -18,4 +18,8 @@ namespace PolicyMapTestKit::Text {
 POLICYMAPTESTKIT_API void takeIpOptions(Lexer& lexer, Acl::IpFilterBase& rule,
                                         std::optional<std::uint8_t>* precedence = nullptr);
 
+// A DSCP or a precedence, as a number or a name.
+POLICYMAPTESTKIT_API std::uint64_t takeDscpValue(Lexer& lexer);
+POLICYMAPTESTKIT_API std::uint64_t takePrecedenceValue(Lexer& lexer);
+
 }  // namespace PolicyMapTestKit::Text

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/text/Json.h"
 #include "testkit/text/JsonEscapes.h"
+#include "testkit/text/Lexer.h"
 #include "testkit/text/Utf8.h"
 
 #include <algorithm>
@@ -203,11 +204,10 @@ class JsonReader {
            std::errc();
   }
   void digits(char const* expected) {
-    auto const isDigit = [this] { return next() >= '0' && next() <= '9'; };
-    if (!isDigit()) {
+    if (!isDigit(next())) {
       fail(expected);
     }
-    while (isDigit()) {
+    while (isDigit(next())) {
       ++at_;
     }
   }

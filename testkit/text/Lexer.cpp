@@ -33,6 +33,12 @@ bool parseInBase(std::string_view text, int base, std::uint64_t& value) noexcept
 
 }  // namespace
 
+std::string lowerCase(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(), toLower);
+  return lower;
+}
+
 bool equalsKeyword(std::string_view text, std::string_view lowerCase) noexcept {
   return std::equal(text.begin(), text.end(), lowerCase.begin(), lowerCase.end(),
                     [](char left, char right) { return toLower(left) == right; });

@@ -60,6 +60,13 @@ class POLICYMAPTESTKIT_API Lexer {
   Token current_;
 };
 
+constexpr bool isDigit(char c) noexcept {
+  return c >= '0' && c <= '9';
+}
+
+// ASCII letters only.
+POLICYMAPTESTKIT_API std::string lowerCase(std::string_view text);
+
 // True if `text` equals `lowerCase`, ignoring the case of `text`.
 POLICYMAPTESTKIT_API bool equalsKeyword(std::string_view text, std::string_view lowerCase) noexcept;
 

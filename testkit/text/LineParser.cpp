@@ -155,20 +155,21 @@ LineParser::ModeCommands LineParser::commandsOf(Mode mode) {
 }
 
 void LineParser::emit(StatementBody body) {
-  if (mode_ == Mode::interface) {
-    for (Name const& name : furtherInterfaces_) {
-      StatementBody further = body;
-      std::visit(
-          [&](auto& some) {
-            if constexpr (requires { some.interface = name; }) {
-              some.interface = name;
-            }
-          },
-          further);
-      result_.statements.push_back({position_, block(), subject_, std::move(further)});
-    }
+  auto const add = [this](StatementBody some) {
+    result_.statements.push_back({position_, block(), subject_, std::move(some)});
+  };
+  for (std::size_t i = 0; mode_ == Mode::interface && i + 1 < interfaces_.size(); ++i) {
+    StatementBody other = body;
+    std::visit(
+        [&](auto& some) {
+          if constexpr (requires { some.interface = interfaces_[i]; }) {
+            some.interface = interfaces_[i];
+          }
+        },
+        other);
+    add(std::move(other));
   }
-  result_.statements.push_back({position_, block(), subject_, std::move(body)});
+  add(std::move(body));
 }
 
 PolicyText LineParser::parse() {
@@ -277,8 +278,8 @@ void LineParser::parseCommand(Lexer& lexer, Token const& first) {
     return;
   } else if (Command const* const inner = find(inMode, lexer, remove)) {
     run(*inner, lexer, remove);
-  } else if (mode_ == Mode::policyClass && isDeed(lexer.peek())) {
-    deed(lexer, remove);
+  } else if (mode_ == Mode::policyClass && isOtherAction(lexer.peek())) {
+    classAction(lexer, remove);
   } else {
     // Not thrown: a lenient reading may encounter millions of them.
     refuse(first, unknownCommand(lexer, inMode, remove));
@@ -314,7 +315,7 @@ void LineParser::skip(Token const& first, SyntaxFailure const& failure) {
     emit(ClassMatchCondition{outer_, unknownCondition(lexer), false});
     return;
   }
-  if (mode_ == Mode::accessList && !widening_ && losesDeny()) {
+  if (mode_ == Mode::accessList && !widening_ && skipsDeny()) {
     return;
   }
   bool const beside = first.column <= modeColumn_;

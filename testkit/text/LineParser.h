@@ -104,7 +104,7 @@ class LineParser {
   void refuse(Token const& first, SyntaxFailure const& failure);
   void skip(Token const& first, SyntaxFailure const& failure);
   // True for the first word of an action of a class that is no number.
-  static bool isDeed(Token const& word);
+  static bool isOtherAction(Token const& word);
   void openBanner(Token const& first);
   bool endsBanner(std::string_view line) const;
 
@@ -132,7 +132,7 @@ class LineParser {
   void police(Lexer& lexer, bool remove);
   void shape(Lexer& lexer, bool remove);
   void bandwidth(Lexer& lexer, bool remove);
-  void deed(Lexer& lexer, bool remove);
+  void classAction(Lexer& lexer, bool remove);
   void ipAddress(Lexer& lexer, bool remove) { address(lexer, Family::ip4, remove); }
   void ip6Address(Lexer& lexer, bool remove) { address(lexer, Family::ip6, remove); }
   void switchport(Lexer& lexer, bool remove);
@@ -154,11 +154,11 @@ class LineParser {
     accessList(lexer, family, remove, extendedRule(family));
   }
   bool accessListEntry(Lexer& lexer, bool remove);
-  bool losesDeny();
+  bool skipsDeny();
   bool groupMember(Lexer& lexer, bool remove);
   void accessGroup(Lexer& lexer, Family family, bool remove);
   void emitAction(std::uint8_t kind, std::uint64_t value, bool remove);
-  void emitDeed(std::string const& text, bool remove);
+  void emitOtherAction(std::string const& text, bool remove);
   bool removesRate(Lexer const& lexer, bool remove);
   void remark(Lexer& lexer, std::optional<std::uint32_t> sequence, bool remove);
   void removeSequence(Lexer& lexer, std::uint32_t sequence);
@@ -201,8 +201,8 @@ class LineParser {
   AccessListId list_;
   RuleKind ruleKind_ = RuleKind::ip4;
   GroupSyntax group_;
-  Name outer_;  // object-group, class-map, policy-map, interface or zone-pair
-  std::vector<Name> furtherInterfaces_;  // of an interface range, besides outer_
+  Name outer_;                    // object-group, class-map, policy-map, interface or zone-pair
+  std::vector<Name> interfaces_;  // that the mode is about; outer_ is the last
   Name className_;
   // The last line was one of a `police` block, which `exit` leaves before the class.
   bool inPolice_ = false;

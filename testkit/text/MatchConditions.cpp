@@ -2,12 +2,13 @@
 #include "testkit/text/MatchConditions.h"
 
 #include "testkit/text/Address.h"
+#include "testkit/text/IpOptions.h"
 #include "testkit/text/PortNames.h"
 #include "testkit/text/RuleConversion.h"
+#include "testkit/text/RuleParser.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdint>
 #include <vector>
 
@@ -21,29 +22,29 @@ constexpr std::string_view notInRules = "rules cannot say it";
 constexpr std::string_view notUnderstood = "not understood";
 
 // The beginnings of conditions that no rule expresses.
-struct Untellable {
+struct Inexpressible {
   std::string_view word;
   std::string_view reason;
 };
 
-constexpr std::array untellable{
-    Untellable{"cos", noField},
-    Untellable{"mpls", noField},
-    Untellable{"packet", noField},
-    Untellable{"ip rtp", notInRules},
-    Untellable{"not access-group", notInRules},
-    Untellable{"not class-map", notInRules},
-    Untellable{"application", notInHeaders},
-    Untellable{"application-group", notInHeaders},
-    Untellable{"atm", notInHeaders},
-    Untellable{"authentication", notInHeaders},
-    Untellable{"discard-class", notInHeaders},
-    Untellable{"flow", notInHeaders},
-    Untellable{"fr-dlci", notInHeaders},
-    Untellable{"input-interface", notInHeaders},
-    Untellable{"qos-group", notInHeaders},
-    Untellable{"traffic-category", notInHeaders},
-    Untellable{"user-group", notInHeaders},
+constexpr std::array inexpressible{
+    Inexpressible{"cos", noField},
+    Inexpressible{"mpls", noField},
+    Inexpressible{"packet", noField},
+    Inexpressible{"ip rtp", notInRules},
+    Inexpressible{"not access-group", notInRules},
+    Inexpressible{"not class-map", notInRules},
+    Inexpressible{"application", notInHeaders},
+    Inexpressible{"application-group", notInHeaders},
+    Inexpressible{"atm", notInHeaders},
+    Inexpressible{"authentication", notInHeaders},
+    Inexpressible{"discard-class", notInHeaders},
+    Inexpressible{"flow", notInHeaders},
+    Inexpressible{"fr-dlci", notInHeaders},
+    Inexpressible{"input-interface", notInHeaders},
+    Inexpressible{"qos-group", notInHeaders},
+    Inexpressible{"traffic-category", notInHeaders},
+    Inexpressible{"user-group", notInHeaders},
 };
 
 // Names of services that are not those of their ports.
@@ -61,17 +62,9 @@ constexpr std::array services{
     Service{"ipsec-nat", "non500-isakmp"},
 };
 
-std::string lowerCase(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
-    return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  });
-  return lower;
-}
-
 // Empty if the condition is none of them.
 std::string_view knownReason(std::string_view condition) {
-  for (Untellable const& each : untellable) {
+  for (Inexpressible const& each : inexpressible) {
     bool const begins = condition.size() >= each.word.size() &&
                         equalsKeyword(condition.substr(0, each.word.size()), each.word);
     if (begins && (condition.size() == each.word.size() || condition[each.word.size()] == ' ')) {
@@ -228,9 +221,8 @@ class ConditionParser {
   template <class Take, class Add>
   bool takeList(Take const& take, Add const& add) {
     std::string_view const word = lexer_.peek().text;
-    bool const isList =
-        word.find(',') != std::string_view::npos ||
-        (word.find('-') != std::string_view::npos && word.front() >= '0' && word.front() <= '9');
+    bool const isList = word.find(',') != std::string_view::npos ||
+                        (word.find('-') != std::string_view::npos && isDigit(word.front()));
     if (!isList) {
       return false;
     }
@@ -240,8 +232,7 @@ class ConditionParser {
         std::size_t const comma = std::min(word.find(',', from), word.size());
         std::string_view const item = word.substr(from, comma - from);
         std::size_t const hyphen = item.find('-');
-        bool const isRange =
-            hyphen != std::string_view::npos && item.front() >= '0' && item.front() <= '9';
+        bool const isRange = hyphen != std::string_view::npos && isDigit(item.front());
         Lexer low(isRange ? item.substr(0, hyphen) : item);
         Lexer high(isRange ? item.substr(hyphen + 1) : item);
         std::uint64_t const last = take(high);
@@ -266,14 +257,14 @@ class ConditionParser {
   }
 
   void takeDscp() {
-    for (std::uint64_t const value : takeValues(&takeDscpNumber)) {
+    for (std::uint64_t const value : takeValues(&takeDscpValue)) {
       add([&](auto& rule) { rule.dscpIs(value); });
     }
   }
 
   // A precedence is the first three bits of the DSCP.
   void takePrecedence() {
-    for (std::uint64_t const value : takeValues(&takePrecedenceNumber)) {
+    for (std::uint64_t const value : takeValues(&takePrecedenceValue)) {
       for (std::uint64_t low = 0; low != 8; ++low) {
         add([&](auto& rule) { rule.dscpIs(value * 8 + low); });
       }
@@ -290,16 +281,10 @@ class ConditionParser {
   }
 
   void takeEtherType() {
-    std::uint64_t number = 0;
-    auto type = etherTypeNumber(lexer_.peek().text);
-    if (!type && (parseNumber(lexer_.peek().text, 0, 0xffff, number) ||
-                  parseHexNumber(lexer_.peek().text, 0xffff, number))) {
-      type = static_cast<std::uint16_t>(number);
-    }
+    std::optional<std::uint16_t> const type = acceptEtherType(lexer_);
     if (!type) {
       lexer_.fail("an Ethernet type 0-0xffff or its name");
     }
-    lexer_.next();
     say(*type);
     Acl::MacRuleConfig rule;
     rule.ethertypeIs(*type);
@@ -430,36 +415,7 @@ class ConditionParser {
   MatchCondition condition_;
 };
 
-constexpr std::array<std::string_view, 8> precedences = {"routine",  "priority",       "immediate",
-                                                         "flash",    "flash-override", "critical",
-                                                         "internet", "network"};
-
 }  // namespace
-
-std::uint64_t takeDscpNumber(Lexer& lexer) {
-  std::uint64_t value = 0;
-  if (auto const named = dscpNumber(lexer.peek().text)) {
-    value = *named;
-  } else if (!parseNumber(lexer.peek().text, 0, 63, value)) {
-    lexer.fail("dscp 0-63 or a DSCP name");
-  }
-  lexer.next();
-  return value;
-}
-
-std::uint64_t takePrecedenceNumber(Lexer& lexer) {
-  for (std::size_t i = 0; i != precedences.size(); ++i) {
-    if (lexer.accept(precedences[i])) {
-      return i;
-    }
-  }
-  std::uint64_t value = 0;
-  if (!parseNumber(lexer.peek().text, 0, 7, value)) {
-    lexer.fail("precedence 0-7 or its name");
-  }
-  lexer.next();
-  return value;
-}
 
 std::optional<MatchCondition> takeCondition(Lexer& lexer) {
   return ConditionParser(lexer).parse();
@@ -480,7 +436,7 @@ std::string conditionName(std::string_view condition) {
   return "match " + std::string(condition);
 }
 
-bool isCondition(std::string_view classMap) {
+bool isConditionName(std::string_view classMap) {
   return classMap.starts_with(conditionName(""));
 }
 

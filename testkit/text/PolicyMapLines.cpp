@@ -2,8 +2,8 @@
 // The lines of policy-maps.
 
 #include "records/TestActionKinds.h"
+#include "testkit/text/IpOptions.h"
 #include "testkit/text/LineParser.h"
-#include "testkit/text/MatchConditions.h"
 
 #include <algorithm>
 
@@ -19,16 +19,10 @@ std::uint8_t takeActionKind(Lexer& lexer) {
     if (lexer.accept(names[i])) {
       return static_cast<std::uint8_t>(i + 1);
     }
-    char const* const separator = i == 0 ? "" : i + 1 == names.size() ? " or " : ", ";
-    expected.append(separator).append(names[i]);
+    expected.append(i == 0 ? "" : ", ").append(names[i]);
   }
-  lexer.fail(std::move(expected));
+  lexer.fail(expected + " or a marking such as dscp");
 }
-
-// The test actions that stand for what classes do: the DSCP, queue or class that a packet gets, and
-// a rate in kbit/s. What is no number is the third.
-constexpr std::uint8_t markedAs = 1;
-constexpr std::uint8_t rateOf = 2;
 
 std::uint64_t takeAnyNumber(Lexer& lexer) {
   return takeNumber(lexer, "a number", 0, highestWord);
@@ -40,10 +34,10 @@ struct Marking {
   std::uint64_t (*take)(Lexer& lexer);
 };
 constexpr std::array markings{
-    Marking{{"dscp"}, &takeDscpNumber},
-    Marking{{"ip", "dscp"}, &takeDscpNumber},
-    Marking{{"precedence"}, &takePrecedenceNumber},
-    Marking{{"ip", "precedence"}, &takePrecedenceNumber},
+    Marking{{"dscp"}, &takeDscpValue},
+    Marking{{"ip", "dscp"}, &takeDscpValue},
+    Marking{{"precedence"}, &takePrecedenceValue},
+    Marking{{"ip", "precedence"}, &takePrecedenceValue},
     Marking{{"cos"}, &takeAnyNumber},
     Marking{{"qos-group"}, &takeAnyNumber},
     Marking{{"discard-class"}, &takeAnyNumber},
@@ -56,33 +50,33 @@ constexpr std::array markings{
 constexpr std::array<std::string_view, 3> policeVerbs = {"conform-action", "exceed-action",
                                                          "violate-action"};
 
-constexpr std::array<std::string_view, 27> deeds = {"admit",
-                                                    "compression",
-                                                    "conform-action",
-                                                    "drop",
-                                                    "estimate",
-                                                    "exceed-action",
-                                                    "fair-queue",
-                                                    "inspect",
-                                                    "log",
-                                                    "mark",
-                                                    "mirror",
-                                                    "netflow-sampler",
-                                                    "pass",
-                                                    "queue-buffers",
-                                                    "queue-limit",
-                                                    "random-detect",
-                                                    "redirect",
-                                                    "reset",
-                                                    "service-policy",
-                                                    "trust",
-                                                    "urlfilter",
-                                                    "violate-action",
-                                                    "wred",
-                                                    "mirror-port",
-                                                    "police-two-rate",
-                                                    "child-conform-aware",
-                                                    "account"};
+constexpr std::array<std::string_view, 27> otherActions = {"admit",
+                                                           "compression",
+                                                           "conform-action",
+                                                           "drop",
+                                                           "estimate",
+                                                           "exceed-action",
+                                                           "fair-queue",
+                                                           "inspect",
+                                                           "log",
+                                                           "mark",
+                                                           "mirror",
+                                                           "netflow-sampler",
+                                                           "pass",
+                                                           "queue-buffers",
+                                                           "queue-limit",
+                                                           "random-detect",
+                                                           "redirect",
+                                                           "reset",
+                                                           "service-policy",
+                                                           "trust",
+                                                           "urlfilter",
+                                                           "violate-action",
+                                                           "wred",
+                                                           "mirror-port",
+                                                           "police-two-rate",
+                                                           "child-conform-aware",
+                                                           "account"};
 
 // Consumes the words that are not empty, if they come next.
 bool acceptWords(Lexer& lexer, std::array<std::string_view, 3> const& words) {
@@ -176,13 +170,13 @@ void LineParser::setAction(Lexer& lexer, bool remove) {
     if (acceptWords(ahead, marking.words)) {
       lexer = ahead;
       bool const any = remove && lexer.peek().atEnd();
-      emitAction(markedAs, any ? 0 : marking.take(lexer), remove);
+      emitAction(markingAction, any ? 0 : marking.take(lexer), remove);
       lexer.expectEnd();
       return;
     }
   }
   if (lexer.accept("tunnel") || lexer.peek().is("vlan") || lexer.peek().is("ip")) {
-    emitDeed("set " + std::string(lexer.rest().text), remove);
+    emitOtherAction("set " + std::string(lexer.rest().text), remove);
     return;
   }
   std::uint8_t const kind = takeActionKind(lexer);
@@ -193,7 +187,7 @@ void LineParser::setAction(Lexer& lexer, bool remove) {
 
 void LineParser::assignQueue(Lexer& lexer, bool remove) {
   bool const any = remove && lexer.peek().atEnd();
-  emitAction(markedAs, any ? 0 : takeNumber(lexer, "queue", 0, highestWord), remove);
+  emitAction(markingAction, any ? 0 : takeNumber(lexer, "queue", 0, highestWord), remove);
   lexer.expectEnd();
 }
 
@@ -201,7 +195,7 @@ void LineParser::assignQueue(Lexer& lexer, bool remove) {
 bool LineParser::removesRate(Lexer const& lexer, bool remove) {
   bool const removes = remove && lexer.peek().atEnd();
   if (removes) {
-    emitAction(rateOf, 0, remove);
+    emitAction(rateAction, 0, remove);
   }
   return removes;
 }
@@ -210,7 +204,7 @@ bool LineParser::removesRate(Lexer const& lexer, bool remove) {
 // replaces the lines about the old one.
 void LineParser::police(Lexer& lexer, bool remove) {
   for (std::string_view const verb : policeVerbs) {
-    emit(PolicyClassDeed{outer_, className_, std::string(verb), true, true});
+    emit(PolicyClassOtherAction{outer_, className_, std::string(verb), true, true});
   }
   if (removesRate(lexer, remove)) {
     return;
@@ -219,7 +213,7 @@ void LineParser::police(Lexer& lexer, bool remove) {
   Lexer const before = lexer;
   lexer.accept("cir") || lexer.accept("rate");
   if (std::optional<std::uint64_t> const rate = takeRate(lexer, simple ? 1000 : 1)) {
-    emitAction(rateOf, *rate, remove);
+    emitAction(rateAction, *rate, remove);
     while (!lexer.peek().atEnd()) {
       bool const isVerb = contains(policeVerbs, lexer.peek());
       std::string text(lexer.next().text);
@@ -227,12 +221,12 @@ void LineParser::police(Lexer& lexer, bool remove) {
         while (!lexer.peek().atEnd() && !contains(policeVerbs, lexer.peek())) {
           text.append(" ").append(lexer.next().text);
         }
-        emitDeed(text, false);
+        emitOtherAction(text, false);
       }
     }
   } else {
     lexer = before;
-    emitDeed(command_ + " " + std::string(lexer.rest().text), remove);
+    emitOtherAction(command_ + " " + std::string(lexer.rest().text), remove);
   }
 }
 
@@ -244,10 +238,10 @@ void LineParser::shape(Lexer& lexer, bool remove) {
   lexer.accept("average") || lexer.accept("peak");
   if (std::optional<std::uint64_t> const rate = takeRate(lexer, 1)) {
     lexer.rest();
-    emitAction(rateOf, *rate, remove);
+    emitAction(rateAction, *rate, remove);
   } else {
     lexer = before;
-    emitDeed(command_ + " " + std::string(lexer.rest().text), remove);
+    emitOtherAction(command_ + " " + std::string(lexer.rest().text), remove);
   }
 }
 
@@ -259,20 +253,20 @@ void LineParser::bandwidth(Lexer& lexer, bool remove) {
   Lexer const before = lexer;
   if (std::optional<std::uint64_t> const rate = takeRate(lexer, 1000)) {
     lexer.rest();
-    emitAction(rateOf, *rate, remove);
+    emitAction(rateAction, *rate, remove);
   } else {
     lexer = before;
-    emitDeed(command_ + " " + std::string(lexer.rest().text), remove);
+    emitOtherAction(command_ + " " + std::string(lexer.rest().text), remove);
   }
 }
 
-void LineParser::deed(Lexer& lexer, bool remove) {
+void LineParser::classAction(Lexer& lexer, bool remove) {
   inPolice_ = contains(policeVerbs, lexer.peek());
-  emitDeed(std::string(lexer.rest().text), remove);
+  emitOtherAction(std::string(lexer.rest().text), remove);
 }
 
-bool LineParser::isDeed(Token const& word) {
-  return contains(deeds, word);
+bool LineParser::isOtherAction(Token const& word) {
+  return contains(otherActions, word);
 }
 
 void LineParser::emitAction(std::uint8_t kind, std::uint64_t value, bool remove) {
@@ -283,13 +277,13 @@ void LineParser::emitAction(std::uint8_t kind, std::uint64_t value, bool remove)
   emit(std::move(body));
 }
 
-void LineParser::emitDeed(std::string const& text, bool remove) {
+void LineParser::emitOtherAction(std::string const& text, bool remove) {
   Lexer words(text);
   std::string normal;
   while (!words.peek().atEnd()) {
     normal.append(normal.empty() ? "" : " ").append(words.next().text);
   }
-  emit(PolicyClassDeed{outer_, className_, std::move(normal), remove});
+  emit(PolicyClassOtherAction{outer_, className_, std::move(normal), remove});
 }
 
 }  // namespace PolicyMapTestKit::Text

@@ -88,6 +88,11 @@ constexpr NamedByte dscps[] = {
     {"cs5", 40},    {"cs6", 48},  {"cs7", 56},  {"ef", 46},   {"va", 44},   {"voice-admit", 44},
 };
 
+constexpr NamedByte precedences[] = {
+    {"routine", 0},        {"priority", 1}, {"immediate", 2}, {"flash", 3},
+    {"flash-override", 4}, {"critical", 5}, {"internet", 6},  {"network", 7},
+};
+
 constexpr auto anyCode = std::nullopt;
 
 constexpr NamedMessage icmpMessages[] = {
@@ -195,6 +200,10 @@ std::optional<std::uint16_t> portNumber(std::uint8_t protocol, std::string_view 
 
 std::optional<std::uint8_t> dscpNumber(std::string_view name) noexcept {
   return find(dscps, name);
+}
+
+std::optional<std::uint8_t> precedenceNumber(std::string_view name) noexcept {
+  return find(precedences, name);
 }
 
 std::optional<IcmpMessage> icmpMessage(std::uint8_t protocol, std::string_view name) noexcept {

@@ -38,6 +38,9 @@ POLICYMAPTESTKIT_API std::optional<std::uint16_t> portNumber(std::uint8_t protoc
 // The DSCP of a per-hop behaviour: "default", "af11" to "af43", "cs0" to "cs7", "ef", "va".
 POLICYMAPTESTKIT_API std::optional<std::uint8_t> dscpNumber(std::string_view name) noexcept;
 
+// The precedence of this name: "routine", "priority", ... "network".
+POLICYMAPTESTKIT_API std::optional<std::uint8_t> precedenceNumber(std::string_view name) noexcept;
+
 // An ICMP or ICMPv6 message: a type and, if the name implies it, a code.
 struct IcmpMessage {
   std::uint8_t type = 0;

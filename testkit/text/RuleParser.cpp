@@ -213,25 +213,17 @@ Rule parseIpRule(Lexer& lexer, Family family, Verdict verdict, RuleGroups* group
 }
 
 bool takeEtherType(Lexer& lexer, Acl::MacRuleConfig& rule) {
-  std::uint64_t number = 0;
-  bool const word = lexer.peek().is("ethertype") && !rule.ethertype();
-  if (word) {
-    lexer.next();
-  }
-  auto type = etherTypeNumber(lexer.peek().text);
-  if (parseNumber(lexer.peek().text, 0, 0xffff, number) ||
-      parseHexNumber(lexer.peek().text, 0xffff, number)) {
-    type = static_cast<std::uint16_t>(number);
-  }
-  if (!type || rule.ethertype()) {
-    if (word) {
-      lexer.fail("an Ethernet type 0-0xffff or its name");
-    }
+  if (rule.ethertype()) {
     return false;
   }
-  rule.ethertypeIs(*type);
-  lexer.next();
-  return true;
+  bool const word = lexer.accept("ethertype");
+  std::optional<std::uint16_t> const type = acceptEtherType(lexer);
+  if (type) {
+    rule.ethertypeIs(*type);
+  } else if (word) {
+    lexer.fail("an Ethernet type 0-0xffff or its name");
+  }
+  return type.has_value();
 }
 
 bool takeVlan(Lexer& lexer, Acl::MacRuleConfig& rule) {
@@ -280,6 +272,19 @@ Acl::PortMatch takePorts(Lexer& lexer, std::optional<std::uint8_t> protocol) {
   return takeOperands<Acl::PortMatch>(comparison, [&](std::uint64_t low, std::uint64_t high) {
     return takePort(lexer, *protocol, low, high);
   });
+}
+
+std::optional<std::uint16_t> acceptEtherType(Lexer& lexer) {
+  std::uint64_t number = 0;
+  auto type = etherTypeNumber(lexer.peek().text);
+  if (parseNumber(lexer.peek().text, 0, 0xffff, number) ||
+      parseHexNumber(lexer.peek().text, 0xffff, number)) {
+    type = static_cast<std::uint16_t>(number);
+  }
+  if (type) {
+    lexer.next();
+  }
+  return type;
 }
 
 ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict) {

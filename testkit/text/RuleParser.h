@@ -31,6 +31,9 @@ POLICYMAPTESTKIT_API ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdi
 POLICYMAPTESTKIT_API ListRule parseListRule(Lexer& lexer, RuleKind kind, Verdict verdict,
                                             SourcePosition const& place);
 
+// Consumes and returns an Ethernet type, by number or name; none if the next word is none.
+POLICYMAPTESTKIT_API std::optional<std::uint16_t> acceptEtherType(Lexer& lexer);
+
 // Comparisons of ports of this protocol, e.g. `eq www`; any if there is none.
 POLICYMAPTESTKIT_API Acl::PortMatch takePorts(Lexer& lexer, std::optional<std::uint8_t> protocol);
 

@@ -21,8 +21,7 @@ bool isLetter(char character) noexcept {
 }
 
 bool isKeywordPart(char character) noexcept {
-  return isLetter(character) || (character >= '0' && character <= '9') || character == '-' ||
-         character == '_';
+  return isLetter(character) || isDigit(character) || character == '-' || character == '_';
 }
 
 // Returns the word in lower case, truncated, if it looks like a keyword; otherwise empty.
@@ -35,12 +34,7 @@ std::string keyword(std::string_view word) {
       !std::all_of(word.begin(), word.end(), isKeywordPart)) {
     return {};
   }
-  std::string text(word);
-  std::transform(text.begin(), text.end(), text.begin(), [](char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                : character;
-  });
-  return text;
+  return lowerCase(word);
 }
 
 // Skips what precedes the verb of an access-list entry.

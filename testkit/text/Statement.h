@@ -51,8 +51,8 @@ struct AccessListRemove {
   AccessListId list;
 };
 
-// What a line of an access list leaves to others to say: the object-groups that it names in place
-// of protocol, addresses and ports, and a precedence, which several DSCPs have.
+// What a line of an access list names besides its rule: object-groups in place of protocol,
+// addresses and ports, and a precedence, which several DSCPs have.
 struct RuleGroups {
   std::string service;
   std::string source;
@@ -60,15 +60,13 @@ struct RuleGroups {
   std::string sourcePorts;
   std::string destinationPorts;
   std::optional<std::uint8_t> precedence;
-  // The line is a deny that was skipped: nothing after it may permit.
-  bool lost = false;
   // Of the line.
   SourcePosition place;
 
   bool operator==(RuleGroups const& other) const {
     auto const all = [](RuleGroups const& groups) {
       return std::tie(groups.service, groups.source, groups.destination, groups.sourcePorts,
-                      groups.destinationPorts, groups.precedence, groups.lost);
+                      groups.destinationPorts, groups.precedence);
     };
     return all(*this) == all(other);
   }
@@ -96,6 +94,11 @@ struct RuleAdd {
 struct RuleRemove {
   AccessListId list;
   ListRule rule;
+};
+// A `deny` that a lenient reading skipped, at its place.
+struct SkippedDenyAdd {
+  AccessListId list;
+  std::optional<std::uint32_t> sequence;
 };
 // `[SEQ] remark TEXT`.
 struct RemarkAdd {
@@ -217,6 +220,12 @@ struct PolicyClassRemove {
 };
 
 // `set ACTION VALUE`; `no set ACTION` has no value.
+//
+// Of the actions of real devices, the first is the DSCP, queue or class that a packet gets, the
+// second a rate in kbit/s, and the third a number for the text of all others.
+constexpr std::uint8_t markingAction = 1;
+constexpr std::uint8_t rateAction = 2;
+constexpr std::uint8_t otherAction = 3;
 struct PolicyClassAction {
   Name policyMap;
   Name className;
@@ -224,8 +233,8 @@ struct PolicyClassAction {
   std::uint8_t action = 1;
   std::optional<std::uint32_t> value;
 };
-// What a class does that is no number, e.g. "inspect" or "drop log".
-struct PolicyClassDeed {
+// An action of a class that has no number, e.g. "inspect" or "drop log".
+struct PolicyClassOtherAction {
   Name policyMap;
   Name className;
   std::string text;
@@ -331,15 +340,14 @@ struct Routing {
   bool on = true;
 };
 
-using StatementBody =
-    std::variant<AccessListOpen, AccessListRemove, RuleAdd, RuleRemove, RemarkAdd, RemarkRemove,
-                 EntryRemove, ClassMapOpen, ClassMapRemove, ClassMatchList, ClassMatchClass,
-                 ClassMatchRule, ClassMatchCondition, ObjectGroupOpen, ObjectGroupRemove,
-                 ObjectGroupMembers, PolicyMapOpen, PolicyMapRemove, PolicyClassOpen,
-                 PolicyClassRemove, PolicyClassAction, PolicyClassDeed, InterfaceOpen,
-                 InterfaceRemove, InterfaceAddress, InterfaceSwitchport, InterfaceShutdown,
-                 InterfaceChannelGroup, ServicePolicy, InterfaceAccessGroup, InterfaceZone,
-                 ZonePairOpen, ZonePairRemove, ZonePairPolicy, PortChannelName, Routing>;
+using StatementBody = std::variant<
+    AccessListOpen, AccessListRemove, RuleAdd, RuleRemove, SkippedDenyAdd, RemarkAdd, RemarkRemove,
+    EntryRemove, ClassMapOpen, ClassMapRemove, ClassMatchList, ClassMatchClass, ClassMatchRule,
+    ClassMatchCondition, ObjectGroupOpen, ObjectGroupRemove, ObjectGroupMembers, PolicyMapOpen,
+    PolicyMapRemove, PolicyClassOpen, PolicyClassRemove, PolicyClassAction, PolicyClassOtherAction,
+    InterfaceOpen, InterfaceRemove, InterfaceAddress, InterfaceSwitchport, InterfaceShutdown,
+    InterfaceChannelGroup, ServicePolicy, InterfaceAccessGroup, InterfaceZone, ZonePairOpen,
+    ZonePairRemove, ZonePairPolicy, PortChannelName, Routing>;
 
 struct Statement {
   // The first word of the line.

@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -313,6 +314,44 @@ TEST_F(RunVerbTest, AckOrRstAndEstablishedAreCapabilitiesOfTheirOwn) {
   EXPECT_EQ(statusOf("ack-or-rst", "--no-established"), ExitStatus::success);
   EXPECT_EQ(statusOf("established", "--no-established"), ExitStatus::notProgrammed);
   EXPECT_EQ(statusOf("established", "--no-ack-or-rst"), ExitStatus::success);
+}
+
+TEST_F(RunVerbTest, SkippedLinesAreListedOnRequest) {
+  std::string const path =
+      file("foreign.cfg", simplePolicy + "frobnicate\nclass-map Q\n match x\n");
+  std::uint64_t const lines =
+      static_cast<std::uint64_t>(std::count(simplePolicy.begin(), simplePolicy.end(), '\n'));
+  Outcome const listed = runLab({"run", "--lenient", "--skipped", path});
+  EXPECT_THAT(listed.out,
+              HasSubstr("  " + path + ":" + std::to_string(lines + 1) + ":1 frobnicate\n  " + path +
+                        ":" + std::to_string(lines + 3) + ":2 match x\n"));
+  auto const json = runLab({"run", "--lenient", "--json", path}).json();
+  EXPECT_EQ(json["skippedLines"][0].dump(), R"({"file":")" + path + R"(","line":)" +
+                                                std::to_string(lines + 1) +
+                                                R"(,"kind":"frobnicate"})");
+  EXPECT_EQ(json["policyLines"]["skipped"], 1);
+}
+
+TEST_F(RunVerbTest, AClassThatLosesAConditionMatchesNothingOrMore) {
+  std::string const path =
+      file("a.cfg", "class-map match-all C\n match ip tcp any any eq 80\n match colour red\n"
+                    "policy-map P\n class C\ninterface Ethernet1\n service-policy input P\n");
+  EXPECT_EQ(runLab({"run", "--lenient", "--json", path}).json()["totals"]["rules"], 0);
+  EXPECT_EQ(runLab({"run", "--lenient", "--widen", "--json", path}).json()["totals"]["rules"], 1);
+  EXPECT_EQ(runLab({"run", "--widen", path}).status, ExitStatus::badInput) << "needs --lenient";
+}
+
+TEST_F(RunVerbTest, ListsThatAreAttachedByThemselvesCanBeLeftOut) {
+  std::string const path = file("a.cfg", "ip access-list L\n permit ip any any\n"
+                                         "interface Ethernet1\n ip access-group L in\n");
+  EXPECT_EQ(runLab({"run", "--json", path}).json()["policies"][0]["policy"], "access-group L");
+  EXPECT_EQ(runLab({"run", "--json", "--no-access-groups", path}).json()["totals"]["policies"], 0);
+}
+
+TEST_F(RunVerbTest, TheThirdActionIsExplained) {
+  std::string const path = file("a.cfg", simplePolicy + "policy-map P\n class P\n  drop log\n");
+  EXPECT_THAT(runLab({"run", path}).out,
+              HasSubstr("\nother actions\n  action3  text\n        1  drop log\n"));
 }
 
 TEST_F(RunVerbTest, SkippedLinesAreCountedByKind) {

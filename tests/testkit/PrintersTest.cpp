@@ -40,6 +40,12 @@ std::string failureOf(Statement const& statement) {
   return results.size() == 1 ? results.GetTestPartResult(0).message() : "no failure";
 }
 
+TEST(Printers, AViewAndALiteralAsTexts) {
+  std::string_view const operation = "addRule";
+  EXPECT_EQ(failureOf([&] { EXPECT_NE(operation, "addRule"); }),
+            "Expected: (operation) != (\"addRule\"), actual: \"addRule\" vs \"addRule\"");
+}
+
 TEST(Printers, ARecordWithItsUnusualCounters) {
   Record record;
   record.policy = "edge";

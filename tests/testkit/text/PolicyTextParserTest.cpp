@@ -380,7 +380,7 @@ TEST(PolicyTextParser, ActionsAreSetAndRemoved) {
 
 TEST(PolicyTextParser, FaultyActionIsRefusedWithItsColumn) {
   EXPECT_EQ(errorOf(inClass + "set action4 1"),
-            "t:3:5: expected action1, action2 or action3, found 'action4'");
+            "t:3:5: expected action1, action2, action3 or a marking such as dscp, found 'action4'");
   EXPECT_EQ(errorOf(inClass + "set action1"),
             "t:3:12: expected action value 0-4294967295, found end of line");
   EXPECT_EQ(errorOf(inClass + "set action1 4294967296"),
