@@ -150,7 +150,7 @@ void StatementEditor::apply(PolicyClassAction const& body) {
     failNoClass(body.policyMap, body.className, "set (no class)");
   }
   std::size_t const action = body.action - std::size_t{1};
-  if (!body.value && !found->second[action]) {
+  if (!body.value && !found->second[action] && !body.ifPresent) {
     fail("an action of class " + body.className.text,
          std::string(PolicyMapTest::testActionNames[action]), "no set (absent)");
   }

@@ -159,7 +159,7 @@ class LineParser {
   void accessGroup(Lexer& lexer, Family family, bool remove);
   void emitAction(std::uint8_t kind, std::uint64_t value, bool remove);
   void emitOtherAction(std::string const& text, bool remove);
-  bool removesRate(Lexer const& lexer, bool remove);
+  void emitRate(std::optional<std::uint64_t> rate, Lexer& lexer, bool remove);
   void remark(Lexer& lexer, std::optional<std::uint32_t> sequence, bool remove);
   void removeSequence(Lexer& lexer, std::uint32_t sequence);
   void matchFamily(Lexer& lexer, Family family, bool remove);

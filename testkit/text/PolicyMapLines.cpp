@@ -6,6 +6,7 @@
 #include "testkit/text/LineParser.h"
 
 #include <algorithm>
+#include <initializer_list>
 
 namespace PolicyMapTestKit::Text {
 
@@ -84,8 +85,18 @@ bool acceptWords(Lexer& lexer, std::array<std::string_view, 3> const& words) {
                      [&](std::string_view word) { return word.empty() || lexer.accept(word); });
 }
 
-// Takes a rate such as `8000`, `64k`, `10 mbps`, and returns it in kbit/s, rounded up; none if the
-// next word is no rate. A number without a unit counts `bits` bits per second.
+// Returns so many times `bits` bits per second in kbit/s, rounded up. Raises SyntaxFailure at the
+// rate if that is not the value of an action.
+std::uint64_t kilobits(Lexer const& rate, std::uint64_t number, std::uint64_t bits) {
+  constexpr std::uint64_t highest = highestWord * 1000;
+  if (number > highest / bits) {
+    rate.fail("a rate of at most " + std::to_string(highestWord) + " kbit/s");
+  }
+  return (number * bits + 999) / 1000;
+}
+
+// Takes a rate such as `8000`, `64k`, `10 mbps`, and returns it in kbit/s; none if the next word is
+// no rate. A number without a unit counts `bits` bits per second.
 std::optional<std::uint64_t> takeRate(Lexer& lexer, std::uint64_t bits) {
   struct Unit {
     std::string_view word;
@@ -94,12 +105,12 @@ std::optional<std::uint64_t> takeRate(Lexer& lexer, std::uint64_t bits) {
   };
   static constexpr std::array units{Unit{"bps", "", 1}, Unit{"kbps", "k", 1000},
                                     Unit{"mbps", "m", 1000000}, Unit{"gbps", "g", 1000000000}};
-  constexpr std::uint64_t highest = std::uint64_t{1} << 48U;
+  Lexer const before = lexer;
   std::string_view const word = lexer.peek().text;
   std::size_t const digits = std::min(word.find_first_not_of("0123456789"), word.size());
   std::string_view const suffix = word.substr(digits);
   std::uint64_t number = 0;
-  if (!parseNumber(word.substr(0, digits), 0, highest, number)) {
+  if (!parseNumber(word.substr(0, digits), 0, UINT64_MAX, number)) {
     return std::nullopt;
   }
   for (Unit const& unit : units) {
@@ -110,7 +121,7 @@ std::optional<std::uint64_t> takeRate(Lexer& lexer, std::uint64_t bits) {
       if (!attached) {
         lexer.next();
       }
-      return (number * unit.bits + 999) / 1000;
+      return kilobits(before, number, unit.bits);
     }
   }
   static constexpr std::array<std::string_view, 5> otherUnits = {"pps", "packets-per-second",
@@ -119,7 +130,20 @@ std::optional<std::uint64_t> takeRate(Lexer& lexer, std::uint64_t bits) {
     return std::nullopt;
   }
   lexer.next();
-  return (number * bits + 999) / 1000;
+  return kilobits(before, number, bits);
+}
+
+// Takes a rate, which may follow one of the words. None, and no word consumed, if there is none.
+std::optional<std::uint64_t> takeRateAfter(std::initializer_list<std::string_view> words,
+                                           Lexer& lexer, std::uint64_t bits) {
+  Lexer const before = lexer;
+  static_cast<void>(std::any_of(words.begin(), words.end(),
+                                [&](std::string_view word) { return lexer.accept(word); }));
+  std::optional<std::uint64_t> const rate = takeRate(lexer, bits);
+  if (!rate) {
+    lexer = before;
+  }
+  return rate;
 }
 
 }  // namespace
@@ -191,71 +215,46 @@ void LineParser::assignQueue(Lexer& lexer, bool remove) {
   lexer.expectEnd();
 }
 
-// True for `no police` and such, without a rate.
-bool LineParser::removesRate(Lexer const& lexer, bool remove) {
-  bool const removes = remove && lexer.peek().atEnd();
-  if (removes) {
-    emitAction(rateAction, 0, remove);
-  }
-  return removes;
-}
-
-// The rate, or the first of two, and what happens to packets within and above it. A new rate
-// replaces the lines about the old one.
+// The rate, and what happens to packets within and above it. They replace what an earlier line said
+// about them.
 void LineParser::police(Lexer& lexer, bool remove) {
-  for (std::string_view const verb : policeVerbs) {
-    emit(PolicyClassOtherAction{outer_, className_, std::string(verb), true, true});
+  std::optional<std::uint64_t> const rate =
+      takeRateAfter({"cir", "rate"}, lexer, command_ == "police-simple" ? 1000 : 1);
+  for (std::string_view const keyword : policeVerbs) {
+    emit(PolicyClassOtherAction{outer_, className_, std::string(keyword), true, true});
   }
-  if (removesRate(lexer, remove)) {
-    return;
-  }
-  bool const simple = command_ == "police-simple";
-  Lexer const before = lexer;
-  lexer.accept("cir") || lexer.accept("rate");
-  if (std::optional<std::uint64_t> const rate = takeRate(lexer, simple ? 1000 : 1)) {
-    emitAction(rateAction, *rate, remove);
-    while (!lexer.peek().atEnd()) {
-      bool const isVerb = contains(policeVerbs, lexer.peek());
-      std::string text(lexer.next().text);
-      if (isVerb && !remove) {
-        while (!lexer.peek().atEnd() && !contains(policeVerbs, lexer.peek())) {
-          text.append(" ").append(lexer.next().text);
-        }
-        emitOtherAction(text, false);
-      }
+  emit(PolicyClassOtherAction{outer_, className_, command_, true, true});
+  emitRate(rate, lexer, remove);
+  while (!lexer.peek().atEnd()) {
+    bool const isVerb = contains(policeVerbs, lexer.peek());
+    std::string text(lexer.next().text);
+    while (isVerb && !lexer.peek().atEnd() && !contains(policeVerbs, lexer.peek())) {
+      text.append(" ").append(lexer.next().text);
     }
-  } else {
-    lexer = before;
-    emitOtherAction(command_ + " " + std::string(lexer.rest().text), remove);
+    if (isVerb && !remove) {
+      emitOtherAction(text, false);
+    }
   }
 }
 
 void LineParser::shape(Lexer& lexer, bool remove) {
-  if (removesRate(lexer, remove)) {
-    return;
-  }
-  Lexer const before = lexer;
-  lexer.accept("average") || lexer.accept("peak");
-  if (std::optional<std::uint64_t> const rate = takeRate(lexer, 1)) {
-    lexer.rest();
-    emitAction(rateAction, *rate, remove);
-  } else {
-    lexer = before;
-    emitOtherAction(command_ + " " + std::string(lexer.rest().text), remove);
-  }
+  emitRate(takeRateAfter({"average", "peak"}, lexer, 1), lexer, remove);
+  lexer.rest();
 }
 
 // `bandwidth KBPS` and `priority KBPS`.
 void LineParser::bandwidth(Lexer& lexer, bool remove) {
-  if (command_ == "bandwidth" && removesRate(lexer, remove)) {
-    return;
-  }
-  Lexer const before = lexer;
-  if (std::optional<std::uint64_t> const rate = takeRate(lexer, 1000)) {
-    lexer.rest();
+  emitRate(takeRateAfter({}, lexer, 1000), lexer, remove);
+  lexer.rest();
+}
+
+// Without a rate, the rest of the line is another action. `no priority` may remove one.
+void LineParser::emitRate(std::optional<std::uint64_t> rate, Lexer& lexer, bool remove) {
+  if (remove && lexer.peek().atEnd() && command_ != "priority") {
+    emit(PolicyClassAction{outer_, className_, rateAction, std::nullopt, true});
+  } else if (rate) {
     emitAction(rateAction, *rate, remove);
   } else {
-    lexer = before;
     emitOtherAction(command_ + " " + std::string(lexer.rest().text), remove);
   }
 }
@@ -272,7 +271,7 @@ bool LineParser::isOtherAction(Token const& word) {
 void LineParser::emitAction(std::uint8_t kind, std::uint64_t value, bool remove) {
   PolicyClassAction body{outer_, className_, kind, std::nullopt};
   if (!remove) {
-    body.value = static_cast<std::uint32_t>(std::min(value, highestWord));
+    body.value = static_cast<std::uint32_t>(value);
   }
   emit(std::move(body));
 }

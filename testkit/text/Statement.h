@@ -232,6 +232,8 @@ struct PolicyClassAction {
   // The number of a kind of test action, from 1.
   std::uint8_t action = 1;
   std::optional<std::uint32_t> value;
+  // Removing nothing is no mistake.
+  bool ifPresent = false;
 };
 // An action of a class that has no number, e.g. "inspect" or "drop log".
 struct PolicyClassOtherAction {

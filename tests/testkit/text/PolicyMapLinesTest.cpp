@@ -18,9 +18,9 @@ namespace {
 using testing::ElementsAre;
 
 std::string const twoClasses = "ip access-list a\n 10 permit tcp any any eq 1\n"
-                         "ip access-list b\n 10 permit tcp any any eq 2\n"
-                         "class-map match-any a\n match access-group a\n"
-                         "class-map match-any b\n match access-group b\n";
+                               "ip access-list b\n 10 permit tcp any any eq 2\n"
+                               "class-map match-any a\n match access-group a\n"
+                               "class-map match-any b\n match access-group b\n";
 
 // The three actions of class a after these lines of it; 0 for none.
 std::vector<std::uint32_t> actionsAfter(std::string const& lines) {
@@ -59,6 +59,18 @@ TEST(ClassActions, RatesInKilobitsAreTheSecond) {
               ElementsAre(0, 64, 1));
 }
 
+TEST(ClassActions, ARateThatIsNoValueOfAnActionIsAnError) {
+  EXPECT_THAT(actionsAfter("  police 4294967295000\n"), ElementsAre(0, 4294967295U, 0));
+  EXPECT_THAT(actionsAfter("  police 4294 gbps\n"), ElementsAre(0, 4294000000U, 0));
+  for (char const* const rate :
+       {"4294967295001", "4295 gbps", "18446744073709551615 gbps", "4295g"}) {
+    EXPECT_THAT([&] { actionsAfter("  police " + std::string(rate) + "\n"); },
+                testing::ThrowsMessage<Text::InputError>(testing::HasSubstr(
+                    ":10: expected a rate of at most 4294967295 kbit/s, found '")))
+        << rate;
+  }
+}
+
 TEST(ClassActions, AFurtherLineOfAKeywordReplacesTheFirst) {
   auto const otherActionOf = [](std::string const& text) {
     Lab lab;
@@ -77,6 +89,8 @@ TEST(ClassActions, AFurtherLineOfAKeywordReplacesTheFirst) {
   EXPECT_EQ(otherActionOf("  police 8000\n   conform-action drop\n  no police\n  inspect\n"),
             "inspect");
   EXPECT_EQ(otherActionOf("  police rate 500 pps\n"), "police rate 500 pps");
+  EXPECT_EQ(otherActionOf("  police cir percent 10\n  police 8000\n"), "");
+  EXPECT_EQ(otherActionOf("  police cir percent 10\n  no police\n"), "");
 }
 
 TEST(ClassActions, ExitLeavesAPoliceBlockFirst) {
@@ -89,7 +103,7 @@ TEST(ClassActions, EverythingElseIsANumberPerText) {
   EXPECT_THAT(actionsAfter("  bandwidth percent 10\n"), ElementsAre(0, 0, 1));
   Lab lab;
   lab.load(twoClasses + "policy-map p\n class a\n  drop log\n class b\n  inspect\n"
-                   "interface Ethernet1\n service-policy input p\n");
+                        "interface Ethernet1\n service-policy input p\n");
   EXPECT_THAT(lab.record("p"), HasRule("a 10", Action3(1)));
   EXPECT_THAT(lab.record("p"), HasRule("b 10", Action3(2)));
   EXPECT_THAT(*lab.configuration().settings().otherActions, ElementsAre("drop log", "inspect"));
@@ -100,7 +114,7 @@ TEST(ClassActions, EverythingElseIsANumberPerText) {
 TEST(ClassActions, AChangedRateIsAnUpdateOfActions) {
   Lab lab({.updateAction = true});
   lab.load(twoClasses + "policy-map p\n class a\n  police 64000\n"
-                   "interface Ethernet1\n service-policy input p\n");
+                        "interface Ethernet1\n service-policy input p\n");
   std::uint64_t const next = lab.journal().next();
   lab.load("policy-map p\n class a\n  police 128000\n");
   EXPECT_THAT(lab.journal().since(next),
