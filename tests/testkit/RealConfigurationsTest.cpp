@@ -2,15 +2,15 @@
 
 // Real configurations in a Lab: what is programmed of them, and that no damage to them does harm.
 
+#include "testkit/RealConfigurations.h"
+
 #include "testkit/Labs.h"
 #include "testkit/Matchers.h"
-#include "testkit/text/Parsing.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <random>
 #include <sstream>
 #include <string>
@@ -24,41 +24,6 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::UnorderedElementsAre;
-using Text::test::corpusFolder;
-
-class RealConfigurations : public testing::Test {
- protected:
-  void SetUp() override {
-    if (corpusFolder().empty()) {
-      GTEST_SKIP() << "POLICYMAPTEST_CORPUS is not set: real configurations were not read";
-    }
-  }
-
-  static Text::SourceText read(std::string const& name) {
-    return Text::SourceText::fromFile(corpusFolder() + "/configs/" + name);
-  }
-  static std::vector<std::string> names() {
-    std::vector<std::string> all;
-    for (auto const& each : std::filesystem::directory_iterator(corpusFolder() + "/configs")) {
-      all.push_back(each.path().filename().string());
-    }
-    std::sort(all.begin(), all.end());
-    return all;
-  }
-  static void load(Lab& lab, std::string const& name) {
-    lab.load(read(name), Text::Reading::lenient);
-  }
-  // The matches of one class.
-  static std::vector<std::string> matchesOf(Record const& record, std::string_view className) {
-    std::vector<std::string> matches;
-    for (RuleRecord const& rule : record) {
-      if (rule.key.className().view() == className) {
-        matches.push_back(rule.matchText());
-      }
-    }
-    return matches;
-  }
-};
 
 TEST_F(RealConfigurations, ClassesOfTheFirewallHaveTheRulesOfTheirGroups) {
   Lab lab;
