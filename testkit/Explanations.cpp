@@ -2,12 +2,14 @@
 #include "testkit/Explanations.h"
 
 #include "testkit/Printing.h"
+#include "testkit/text/ConditionReasons.h"
 #include "testkit/text/MatchConditions.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <map>
 #include <ostream>
+#include <set>
 #include <sstream>
 
 namespace PolicyMapTestKit {
@@ -40,31 +42,36 @@ std::string since(double time, std::optional<double> now) {
   return text.str();
 }
 
+std::string nameIn(IntfNames const& names, Vorel::IntfId intf) {
+  auto const found = names.find(intf);
+  return found == names.end() ? intf.name().stdString() : found->second;
+}
+
 // " (members Ethernet1, Ethernet2)"
-std::string membersOf(Explanation::Intf const& portChannel) {
+std::string membersOf(Explanation::Intf const& portChannel, IntfNames const& names) {
   std::string text;
   for (Vorel::IntfId const member : portChannel.members) {
-    text += (text.empty() ? " (members " : ", ") + member.name().stdString();
+    text += (text.empty() ? " (members " : ", ") + nameIn(names, member);
   }
   return text.empty() ? text : text + ")";
 }
 
 // "Ethernet1, Ethernet2 (does not exist or is shut down)" of the interfaces that are wanted.
-std::string intfsOf(Explanation const& explanation, bool withObstacle) {
+std::string intfsOf(Explanation const& explanation, IntfNames const& names, bool withObstacle) {
   std::string text;
   for (Explanation::Intf const& each : explanation.intfs) {
     std::string const obstacle = describe(each.obstacle, explanation.option);
     if (obstacle.empty() != withObstacle) {
-      text += (text.empty() ? "" : ", ") + each.intf.name().stdString();
-      text += obstacle.empty() ? membersOf(each) : " (" + obstacle + ")";
+      text += (text.empty() ? "" : ", ") + nameIn(names, each.intf);
+      text += obstacle.empty() ? membersOf(each, names) : " (" + obstacle + ")";
     }
   }
   return text;
 }
 
-std::string programmedAt(Explanation const& explanation) {
-  std::string const without = intfsOf(explanation, true);
-  return "programmed at " + intfsOf(explanation, false) +
+std::string programmedAt(Explanation const& explanation, IntfNames const& names) {
+  std::string const without = intfsOf(explanation, names, true);
+  return "programmed at " + intfsOf(explanation, names, false) +
          (without.empty() ? "" : "; not at " + without);
 }
 
@@ -89,9 +96,10 @@ std::string optionWord(ClassMapMatchOption option) {
   }
 }
 
-std::string stateOf(Explanation const& explanation, std::optional<double> now) {
+std::string stateOf(Explanation const& explanation, IntfNames const& names,
+                    std::optional<double> now) {
   switch (explanation.state) {
-  case ProgrammingState::programmed: return programmedAt(explanation);
+  case ProgrammingState::programmed: return programmedAt(explanation, names);
   case ProgrammingState::noPolicyMap:
     return "policy-map " + explanation.policy.first().stdString() + " does not exist";
   case ProgrammingState::noHelper: return "there is no helper";
@@ -108,7 +116,8 @@ std::string stateOf(Explanation const& explanation, std::optional<double> now) {
     return optionWord(explanation.option) + " rules are not served";
   case ProgrammingState::nothingToProgram:
     return "nothing to program: no class has " + optionWord(explanation.option) + " rules";
-  case ProgrammingState::noIntf: return "no interface is eligible: " + intfsOf(explanation, true);
+  case ProgrammingState::noIntf:
+    return "no interface is eligible: " + intfsOf(explanation, names, true);
   }
   return {};
 }
@@ -147,9 +156,44 @@ bool sameForAllOptions(Explanation const& explanation) {
   }
 }
 
-bool asConfigured(Explanation const& explanation) {
-  return explanation.state == ProgrammingState::programmed && explanation.missing.empty() &&
-         intfsOf(explanation, true).empty();
+// Also rules that only wait for a result or for their turn.
+bool carries(Explanation const& explanation, Explanation::Intf const& intf) {
+  bool const comes =
+      explanation.state == ProgrammingState::waiting || explanation.state == ProgrammingState::due;
+  return (explanation.programmed || comes) && intf.obstacle == IntfObstacle::none;
+}
+
+std::string lineOf(Explanation const& explanation, IntfNames const& names,
+                   std::optional<double> now) {
+  return nameOf(explanation.policy) + " " + toText(explanation.option) + ": " +
+         stateOf(explanation, names, now) + missingOf(explanation);
+}
+
+using Place = std::pair<PolicyMap::PolicyMapSmKey, Vorel::IntfId>;
+
+// Where the rules of some option are programmed.
+std::set<Place> placesOf(std::vector<Explanation> const& explanations) {
+  std::set<Place> places;
+  for (Explanation const& explanation : explanations) {
+    for (Explanation::Intf const& each : explanation.intfs) {
+      if (carries(explanation, each)) {
+        places.emplace(explanation.policy, each.intf);
+      }
+    }
+  }
+  return places;
+}
+
+bool asConfigured(Explanation const& explanation, std::set<Place> const& served) {
+  bool const hasIntfs = explanation.state == ProgrammingState::programmed ||
+                        explanation.state == ProgrammingState::noIntf;
+  return hasIntfs && explanation.missing.empty() &&
+         std::all_of(explanation.intfs.begin(), explanation.intfs.end(),
+                     [&](Explanation::Intf const& each) {
+                       return each.obstacle == IntfObstacle::none ||
+                              (each.obstacle == IntfObstacle::noAddress &&
+                               served.count({explanation.policy, each.intf}) != 0);
+                     });
 }
 
 }  // namespace
@@ -211,11 +255,11 @@ std::string describe(IntfObstacle obstacle) {
 }
 
 std::string describe(Explanation const& explanation, std::optional<double> now) {
-  return nameOf(explanation.policy) + " " + toText(explanation.option) + ": " +
-         stateOf(explanation, now) + missingOf(explanation);
+  return lineOf(explanation, {}, now);
 }
 
-Explanations::Explanations(std::vector<Explanation> const& all, double now) : now_(now) {
+Explanations::Explanations(std::vector<Explanation> const& all, double now, IntfNames names)
+    : now_(now), names_(std::move(names)) {
   std::map<PolicyMap::PolicyMapSmKey, Known> most;
   for (Explanation const& explanation : all) {
     Known& known = most[explanation.policy];
@@ -228,7 +272,6 @@ Explanations::Explanations(std::vector<Explanation> const& all, double now) : no
   }
 }
 
-template <class Wanted>
 std::vector<std::string> Explanations::linesOf(Wanted const& wanted) const {
   std::vector<std::string> lines;
   PolicyMap::PolicyMapSmKey last;
@@ -238,10 +281,10 @@ std::vector<std::string> Explanations::linesOf(Wanted const& wanted) const {
       continue;
     }
     if (!sameForAllOptions(explanation)) {
-      lines.push_back(describe(explanation, now_));
+      lines.push_back(lineOf(explanation, names_, now_));
     } else if (first) {
       std::string const state = hasNothing(explanation) ? "nothing to program: no class has rules"
-                                                        : stateOf(explanation, now_);
+                                                        : stateOf(explanation, names_, now_);
       lines.push_back(nameOf(explanation.policy) + ": " + state + missingOf(explanation));
     }
   }
@@ -252,8 +295,26 @@ std::vector<std::string> Explanations::lines() const {
   return linesOf([](Explanation const& /*each*/) { return true; });
 }
 
-std::vector<std::string> Explanations::notProgrammed() const {
-  return linesOf([](Explanation const& each) { return !asConfigured(each); });
+std::vector<std::string> Explanations::notProgrammed(Wanted const& wanted) const {
+  std::set<Place> const served = placesOf(explanations_);
+  return linesOf(
+      [&](Explanation const& each) { return wanted(each) && !asConfigured(each, served); });
+}
+
+std::vector<Attachment> attachmentsOf(Explanations const& explanations) {
+  std::map<Place, bool> places;
+  for (Explanation const& explanation : explanations) {
+    for (Explanation::Intf const& each : explanation.intfs) {
+      bool& programmed = places[{explanation.policy, each.intf}];
+      programmed = programmed || carries(explanation, each);
+    }
+  }
+  std::vector<Attachment> attachments;
+  attachments.reserve(places.size());
+  for (auto const& [place, programmed] : places) {
+    attachments.push_back({place.first, place.second, programmed});
+  }
+  return attachments;
 }
 
 std::ostream& operator<<(std::ostream& out, Explanations const& explanations) {

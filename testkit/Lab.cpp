@@ -40,6 +40,7 @@ void applyOptions(PolicyMapTest::AclHelper* helper, LabOptions const& options) {
 Lab::Lab(LabOptions const& options, HelperMaker const& makeHelper)
     : journal_(loop_, options.journal),
       writes_(journal_),
+      actions_(options.actions),
       requests_(Kor::make<PolicyMap::PolicyMapStatusRequestDir>("requests")),
       status_(Kor::make<PolicyMap::PolicyMapTypeStatus>("status")) {
   Kor::EventLoop::Scope const scope(loop_);
@@ -91,7 +92,7 @@ void Lab::load(Text::SourceText const& source, Text::Reading reading) {
 }
 
 void Lab::edit(Text::SourceText const& source, Text::Reading reading, std::string const& name) {
-  Text::PolicyText text = Text::parsePolicyText(source, reading);
+  Text::PolicyText text = Text::parsePolicyText(source, reading, actions_);
   Text::Settings settings = configuration_.settings();
   Text::editSettings(settings, text, reading);
   skipped_.add(text.skipped);
@@ -172,8 +173,7 @@ Record Lab::record(std::string_view policyMap, std::string_view direction,
       throw;
     }
     std::string text = error.what();
-    for (std::string const& line :
-         Explanations(PolicyMap::explain(*machine_, key), now()).lines()) {
+    for (std::string const& line : explanationsOf(PolicyMap::explain(*machine_, key)).lines()) {
       text += "\n" + line;
     }
     throw LookupError(text);
@@ -207,8 +207,18 @@ void Lab::needAttached(PolicyMap::PolicyMapSmKey const& policy) const {
   throw LookupError("attached policy-map", describe(policy), {attached.begin(), attached.end()});
 }
 
+Explanations Lab::explanationsOf(std::vector<PolicyMap::Explanation> const& all) const {
+  IntfNames names;
+  for (auto const& [intf, interface] : configuration_.settings().interfaces) {
+    if (!interface.written.empty()) {
+      names.emplace(intf, interface.written);
+    }
+  }
+  return {all, now(), std::move(names)};
+}
+
 Explanations Lab::explain() const {
-  return {PolicyMap::explain(*machine_), now()};
+  return explanationsOf(PolicyMap::explain(*machine_));
 }
 
 Explanations Lab::explain(std::string_view policyMap) const {
@@ -223,7 +233,7 @@ Explanations Lab::explain(std::string_view policyMap) const {
   if (some.empty()) {
     throw LookupError("attached policy-map", policyMap, {attached.begin(), attached.end()});
   }
-  return {some, now()};
+  return explanationsOf(some);
 }
 
 }  // namespace PolicyMapTestKit

@@ -130,6 +130,11 @@ class POLICYMAPTESTKIT_API Lab {
   [[nodiscard]] Explanations explain() const;
   [[nodiscard]] Explanations explain(std::string_view policyMap) const;
 
+  // The name of an interface as the configuration writes it, or the canonical one.
+  [[nodiscard]] std::string nameOf(Vorel::IntfId intf) const {
+    return Text::nameOf(configuration_.settings(), intf);
+  }
+
   [[nodiscard]] Journal& journal() { return journal_; }
   [[nodiscard]] Journal const& journal() const { return journal_; }
 
@@ -164,6 +169,7 @@ class POLICYMAPTESTKIT_API Lab {
   [[nodiscard]] Text::SkippedLines const& skipped() const { return skipped_; }
 
  private:
+  [[nodiscard]] Explanations explanationsOf(std::vector<PolicyMap::Explanation> const& all) const;
   void edit(Text::SourceText const& source, Text::Reading reading, std::string const& name);
   void needAttached(PolicyMap::PolicyMapSmKey const& policy) const;
   void configure(Text::Settings const& settings);
@@ -172,6 +178,7 @@ class POLICYMAPTESTKIT_API Lab {
   Journal journal_;
   WriteLog writes_;
   Text::Configuration configuration_;
+  Text::ActionMapping actions_;
   Text::SkippedLines skipped_;
   std::function<void(Text::Settings const&)> onLoad_;
   PolicyMap::PolicyMapStatusRequestDir::Ptr requests_;

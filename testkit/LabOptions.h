@@ -7,6 +7,7 @@
 
 #include "helper/AclHelper.h"
 #include "testkit/Export.h"
+#include "testkit/text/ActionMapping.h"
 
 #include <cstddef>
 #include <string>
@@ -57,6 +58,8 @@ struct LabOptions {
 
   // Access lists that are attached by themselves are policy-maps of one class.
   bool accessGroups = true;
+  // What lines of classes become in place of their usual actions.
+  Text::ActionMapping actions = {};
 
   // The number of entries that the journal keeps; the oldest are dropped. 0: no journal.
   std::size_t journal = 65536;

@@ -4,8 +4,10 @@
 #include "testkit/Explanations.h"
 
 #include <PolicyMap/ClassMapSm.h>
+#include <PolicyMap/Explanation.h>
 #include <PolicyMap/PolicyMapSm.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <utility>
@@ -19,7 +21,7 @@ using namespace Text;
 using ProblemKind = Problem::Kind;
 using Attachments = std::map<PolicyMap::PolicyMapSmKey, std::vector<Vorel::IntfId>>;
 
-Attachments attachmentsOf(Settings const& settings) {
+Attachments attachmentsIn(Settings const& settings) {
   Attachments attachments;
   for (auto const& [intf, interface] : settings.interfaces) {
     for (Direction const direction : {Direction::input, Direction::output}) {
@@ -32,10 +34,10 @@ Attachments attachmentsOf(Settings const& settings) {
   return attachments;
 }
 
-std::string listOf(std::vector<Vorel::IntfId> const& intfs) {
+std::string listOf(Lab const& lab, std::vector<Vorel::IntfId> const& intfs) {
   std::string text;
   for (Vorel::IntfId const intf : intfs) {
-    text += (text.empty() ? "" : ", ") + intf.name().stdString();
+    text += (text.empty() ? "" : ", ") + lab.nameOf(intf);
   }
   return text;
 }
@@ -54,7 +56,7 @@ class PolicyProblems {
     auto const& policyMaps = lab_.configuration().effective().policyMaps;
     auto const settings = policyMaps.find(key_.first().stdString());
     if (settings == policyMaps.end()) {
-      add(ProblemKind::missing, where_, "not defined, but attached to " + listOf(attachedAt));
+      add(ProblemKind::missing, where_, "not defined, but attached to " + listOf(lab_, attachedAt));
       return;
     }
     for (std::string const& className : settings->second->order.names()) {
@@ -79,11 +81,35 @@ class PolicyProblems {
     if (!classMap || !classMap->classMapStatus()) {
       return;
     }
-    std::string const error = errorOf(className);
     std::string const text = classMap->classMapStatus()->error().stdString();
-    if (!text.empty()) {
+    if (std::string const error = errorOf(className); !error.empty()) {
       told_.insert(error);
-      add(error.empty() ? ProblemKind::missing : ProblemKind::failed, where, withReasons(text));
+      add(ProblemKind::failed, where, text);
+    } else if (!text.empty()) {
+      addMissing(className, where);
+    } else if (intersectsToNothing(className, *classMap)) {
+      add(ProblemKind::empty, where, "no packet meets all of its conditions");
+    }
+  }
+
+  // True for a match-all class whose conditions have rules, but no common one.
+  bool intersectsToNothing(std::string const& className, PolicyMap::ClassMapSm& classMap) const {
+    ClassMap const& settings = *lab_.configuration().effective().classMaps.at(className);
+    return settings.match == ClassMatch::all && settings.matches.byNumber().size() > 1 &&
+           std::all_of(PolicyMap::allMatchOptions.begin(), PolicyMap::allMatchOptions.end(),
+                       [&](PolicyMap::ClassMapMatchOption option) {
+                         return classMap.rules(option)->empty();
+                       });
+  }
+
+  void addMissing(std::string const& className, std::string const& where) {
+    if (explanations_.empty()) {
+      explanations_ = PolicyMap::explain(*lab_.machine(), key_);
+    }
+    for (PolicyMap::Explanation::Missing const& missing : explanations_.front().missing) {
+      if (missing.className.view() == className) {
+        add(ProblemKind::missing, where, withReasons("missing " + missing.object));
+      }
     }
   }
 
@@ -109,19 +135,33 @@ class PolicyProblems {
   std::string where_;
   std::vector<Problem>& problems_;
   std::set<std::string> told_;
+  // Of this policy; filled when they are needed.
+  std::vector<PolicyMap::Explanation> explanations_;
 };
 
 }  // namespace
 
 std::vector<Problem> findProblems(Lab const& lab) {
   std::vector<Problem> problems;
-  for (auto const& [key, intfs] : attachmentsOf(lab.configuration().effective())) {
+  for (auto const& [key, intfs] : attachmentsIn(lab.configuration().effective())) {
     PolicyProblems(lab, key, problems).find(intfs);
   }
   for (EffectiveSettings::Note const& note : lab.configuration().notes()) {
     problems.push_back({ProblemKind::missing, note.where, note.text});
   }
   return problems;
+}
+
+AttachmentCount countAttachments(Lab const& lab) {
+  AttachmentCount count;
+  for (Attachment const& attachment : attachmentsOf(lab.explain())) {
+    ++count.all;
+    count.programmed += attachment.programmed ? 1 : 0;
+  }
+  for (EffectiveSettings::Note const& note : lab.configuration().notes()) {
+    count.all += note.isAttachment ? 1 : 0;
+  }
+  return count;
 }
 
 std::string toText(Problem const& problem) {

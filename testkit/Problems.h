@@ -15,6 +15,7 @@ struct POLICYMAPTESTKIT_API Problem {
   enum class Kind : std::uint8_t {
     missing,  // a referenced object does not exist
     failed,   // a policy or one of its classes could not be programmed
+    empty,    // a class matches nothing; what is configured is programmed all the same
   };
 
   Kind kind = Kind::failed;
@@ -25,6 +26,14 @@ struct POLICYMAPTESTKIT_API Problem {
 
 // Ordered by policy-map, direction and place of the class. Ignores objects that are not attached.
 POLICYMAPTESTKIT_API std::vector<Problem> findProblems(Lab const& lab);
+
+// How often something is attached, and how often its rules of at least one option are programmed
+// there.
+struct AttachmentCount {
+  std::size_t all = 0;
+  std::size_t programmed = 0;
+};
+POLICYMAPTESTKIT_API AttachmentCount countAttachments(Lab const& lab);
 
 // "policy-map EDGE (input), class WEB: missing ip access-list WEB".
 POLICYMAPTESTKIT_API std::string toText(Problem const& problem);

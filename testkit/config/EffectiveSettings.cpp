@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/config/EffectiveSettings.h"
 
-#include "testkit/text/MatchConditions.h"
+#include "testkit/config/EffectiveClasses.h"
 
 #include <algorithm>
-#include <limits>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -12,92 +12,39 @@ namespace PolicyMapTestKit::Text {
 
 namespace {
 
-constexpr char const* classDefault = "class-default";
+// The device itself.
+constexpr char const* selfZone = "self";
+
+// The places of the lists of one family in the class-map of lists that are attached by themselves.
+constexpr std::size_t placesOfFamily = 10000000;
 
 std::size_t indexOf(Direction direction) {
   return static_cast<std::size_t>(direction);
 }
 
-std::string replacedAt(Vorel::IntfId intf, std::string const& policyMap) {
-  return "not at " + intf.name().stdString() + ": policy-map " + policyMap +
+std::string replacedAt(std::string const& interface, std::string const& policyMap) {
+  return "not at " + interface + ": policy-map " + policyMap +
          " is attached there in that direction";
 }
 
-// Packets of every family that has IP headers.
-void matchEverything(ClassMap& classMap) {
-  classMap.match = ClassMatch::any;
-  classMap.matches.put(10, ownMatch(Acl::IpRuleConfig()));
-  classMap.matches.put(20, ownMatch(Acl::Ip6RuleConfig()));
+// "policy-map edge (input)"
+std::string inDirection(std::string const& what, Direction direction) {
+  return what + " (" + toText(direction) + ")";
 }
 
-// Which kinds of rules a match has, a bit per family.
-unsigned familiesOf(Settings const& settings, PolicyMap::ClassMapMatch const& match) {
-  constexpr unsigned all = 7;
-  using Kind = PolicyMap::ClassMapMatch::Kind;
-  if (match.kind() == Kind::rule) {
-    return 1U << match.rule().index();
+// The lists by themselves, of all families.
+std::string namesOfLists(InterfaceSettings::AccessGroups const& lists) {
+  std::string names;
+  for (auto const& ofFamily : lists) {
+    for (auto const& [priority, list] : ofFamily) {
+      names.append(names.empty() ? "" : ",").append(list);
+    }
   }
-  if (match.kind() == Kind::acl) {
-    using Option = PolicyMap::ClassMapMatchOption;
-    return match.option() == Option::ipv4 ? 1U : match.option() == Option::ipv6 ? 2U : 4U;
-  }
-  auto const nested = settings.classMaps.find(match.name().stdString());
-  if (!isConditionName(match.name().view()) || nested == settings.classMaps.end()) {
-    return all;
-  }
-  unsigned families = 0;
-  for (auto const& [place, alternative] : nested->second->matches.byNumber()) {
-    families |= familiesOf(settings, alternative);
-  }
-  return families;
+  return names;
 }
 
-// No rule has the fields of two families, so a class with such conditions matches nothing. A
-// condition that says so takes their place; with them, the core would refuse the whole policy.
-void refuseContradictions(Settings& settings) {
-  std::vector<std::string> refused;
-  for (auto const& [name, classMap] : settings.classMaps) {
-    auto const& matches = classMap->matches.byNumber();
-    if (classMap->match != ClassMatch::all || matches.size() < 2) {
-      continue;
-    }
-    unsigned common = familiesOf(settings, matches.begin()->second);
-    for (auto const& [place, match] : matches) {
-      common &= familiesOf(settings, match);
-    }
-    if (common == 0) {
-      refused.push_back(name);
-    }
-  }
-  for (std::string const& name : refused) {
-    ClassMap refusing;
-    refusing.matches.put(10, PolicyMap::ClassMapMatch::classMap(conditionName(contradiction)));
-    settings.classMaps.at(name).edit() = std::move(refusing);
-  }
-}
-
-// class-default is the last class of each policy-map, and needs no class-map.
-void addClassDefault(Settings& settings) {
-  bool used = false;
-  for (auto& [name, policyMap] : settings.policyMaps) {
-    if (policyMap->actions.count(classDefault) == 0) {
-      continue;
-    }
-    used = true;
-    if (policyMap->order.names().back() != classDefault) {
-      NameOrder& order = policyMap.edit().order;
-      order.erase(classDefault);
-      order.append(classDefault);
-    }
-  }
-  if (used && settings.classMaps.count(classDefault) == 0) {
-    static Shared<ClassMap> const everything = [] {
-      Shared<ClassMap> classMap;
-      matchEverything(classMap.edit());
-      return classMap;
-    }();
-    settings.classMaps.emplace(classDefault, everything);
-  }
+std::string notDefined(std::string const& interface) {
+  return "not defined, but attached to " + interface;
 }
 
 // The classes of several policy-maps one after the other, each class once. class-default, if one of
@@ -131,15 +78,24 @@ struct ZonePolicies {
   std::vector<std::string> policyMaps;
 };
 
+// Pairs to the device itself come after the others: rules cannot tell their packets apart.
 std::map<std::string, ZonePolicies> policiesOfZones(Settings const& settings) {
-  std::map<std::string, ZonePolicies> zones;
+  std::vector<ZonePair const*> pairs;
   for (auto const& [name, pair] : settings.zonePairs) {
-    if (pair.policyMap.empty()) {
-      continue;
+    if (!pair.policyMap.empty()) {
+      pairs.push_back(&pair);
     }
-    ZonePolicies& zone = zones[pair.source];
-    zone.name += (zone.policyMaps.empty() ? "" : ",") + pair.policyMap;
-    zone.policyMaps.push_back(pair.policyMap);
+  }
+  std::sort(pairs.begin(), pairs.end(), [](ZonePair const* one, ZonePair const* other) {
+    bool const oneLast = one->destination == selfZone;
+    bool const otherLast = other->destination == selfZone;
+    return std::tie(oneLast, one->order) < std::tie(otherLast, other->order);
+  });
+  std::map<std::string, ZonePolicies> zones;
+  for (ZonePair const* const pair : pairs) {
+    ZonePolicies& zone = zones[pair->source];
+    zone.name += (zone.policyMaps.empty() ? "" : ",") + pair->policyMap;
+    zone.policyMaps.push_back(pair->policyMap);
   }
   return zones;
 }
@@ -150,6 +106,11 @@ Settings EffectiveSettings::of(Settings const& written) {
   Settings settings = written;
   notes_.clear();
   expandLists(settings);
+  resolveLists(settings);
+  for (auto& [intf, interface] : settings.interfaces) {
+    attachTypedPolicies(interface, nameOf(settings, intf));
+  }
+  noteElsewhere(settings);
   attachZones(settings);
   if (accessGroups_) {
     for (auto const& [intf, interface] : settings.interfaces) {
@@ -159,7 +120,44 @@ Settings EffectiveSettings::of(Settings const& written) {
   }
   addClassDefault(settings);
   refuseContradictions(settings);
+  refuseExclusions(settings);
   return settings;
+}
+
+// One policy-map per interface and direction is programmed.
+void EffectiveSettings::attachTypedPolicies(InterfaceSettings& interface,
+                                            std::string const& where) {
+  for (Direction const direction : {Direction::input, Direction::output}) {
+    std::string& attached = interface.policyMaps[indexOf(direction)];
+    for (auto const& [type, policyMap] : interface.typedPolicyMaps[indexOf(direction)]) {
+      if (attached.empty()) {
+        attached = policyMap;
+      } else if (!policyMap.empty()) {
+        std::string what = inDirection("policy-map " + policyMap, direction);
+        what.append(" of type ").append(type);
+        notes_.push_back({std::move(what), replacedAt(where, attached)});
+      }
+    }
+  }
+}
+
+void EffectiveSettings::noteElsewhere(Settings const& settings) {
+  for (auto [place, attached] : settings.elsewhere) {
+    attachTypedPolicies(attached, place);
+    std::string const text = "not at " + place + ", which is no interface that carries policies";
+    for (Direction const direction : {Direction::input, Direction::output}) {
+      if (std::string const& name = attached.policyMaps[indexOf(direction)]; !name.empty()) {
+        notes_.push_back({inDirection("policy-map " + name, direction), text});
+      }
+      std::string const lists = namesOfLists(attached.accessGroups[indexOf(direction)]);
+      if (!lists.empty() && accessGroups_) {
+        notes_.push_back({inDirection("access-group " + lists, direction), text});
+      }
+    }
+    if (!attached.zone.empty()) {
+      notes_.push_back({"zone " + attached.zone, text});
+    }
+  }
 }
 
 // Rules do not know the zone to which a packet goes. So the policy-maps of all zone-pairs with one
@@ -167,6 +165,15 @@ Settings EffectiveSettings::of(Settings const& written) {
 void EffectiveSettings::attachZones(Settings& settings) {
   for (auto const& [zone, policies] : policiesOfZones(settings)) {
     std::string const where = "policy-map " + policies.name + " of zone " + zone;
+    if (zone == selfZone) {
+      notes_.push_back({where, "not programmed: packets of the device itself enter no interface"});
+      continue;
+    }
+    for (std::string const& policyMap : policies.policyMaps) {
+      if (policies.policyMaps.size() > 1 && settings.policyMaps.count(policyMap) == 0) {
+        notes_.push_back({"policy-map " + policyMap, "not defined, but of zone " + zone, false});
+      }
+    }
     bool empty = true;
     for (auto& [intf, interface] : settings.interfaces) {
       std::string& attached = interface.policyMaps[indexOf(Direction::input)];
@@ -175,7 +182,7 @@ void EffectiveSettings::attachZones(Settings& settings) {
       }
       empty = false;
       if (!attached.empty()) {
-        notes_.push_back({where, replacedAt(intf, attached)});
+        notes_.push_back({where, replacedAt(nameOf(settings, intf), attached)});
         continue;
       }
       attached = policies.name;
@@ -194,100 +201,34 @@ void EffectiveSettings::attachLists(Settings& settings, Vorel::IntfId intf, Dire
   InterfaceSettings& interface = settings.interfaces.at(intf);
   auto const& lists = interface.accessGroups[indexOf(direction)];
   std::string& attached = interface.policyMaps[indexOf(direction)];
-  std::string names;
-  for (std::string const& list : lists) {
-    names += (names.empty() || list.empty() ? "" : ",") + list;
-  }
+  std::string const names = namesOfLists(lists);
   if (names.empty()) {
     return;
   }
-  if (!attached.empty()) {
+  if (!attached.empty() && settings.policyMaps.count(attached) == 0) {
     notes_.push_back(
-        {"access-group " + names + " (" + toText(direction) + ")", replacedAt(intf, attached)});
+        {inDirection("policy-map " + attached, direction), notDefined(nameOf(settings, intf))});
+  } else if (!attached.empty()) {
+    notes_.push_back({inDirection("access-group " + names, direction),
+                      replacedAt(nameOf(settings, intf), attached)});
     return;
   }
   attached = "access-group " + names;
   ClassMap& classMap = settings.classMaps[attached].edit();
   classMap.match = ClassMatch::any;
+  std::uint32_t place = 0;
   for (std::size_t i = 0; i != lists.size(); ++i) {
-    if (!lists[i].empty()) {
+    place = static_cast<std::uint32_t>(i * placesOfFamily);
+    for (auto const& [priority, list] : lists[i]) {
+      place += 10;
       classMap.matches.put(
-          static_cast<std::uint32_t>(i + 1) * 10,
-          PolicyMap::ClassMapMatch::acl(matchOption(static_cast<Family>(i)), lists[i]));
+          place, PolicyMap::ClassMapMatch::acl(matchOption(static_cast<Family>(i)), list));
     }
   }
   PolicyMapSettings& policyMap = settings.policyMaps[attached].edit();
   if (policyMap.actions.try_emplace(attached).second) {
     policyMap.order.append(attached);
   }
-}
-
-void EffectiveSettings::noteSkippedDenies(std::string const& name, AccessList const& list) {
-  for (auto const& [number, entry] : list.entries.byNumber()) {
-    if (auto const* const skipped = std::get_if<SkippedDeny>(&entry)) {
-      notes_.push_back({"access-list " + name, "the deny at " + toText(skipped->place) +
-                                                   " was skipped, so the entries after it are "
-                                                   "left out"});
-      return;
-    }
-  }
-}
-
-void EffectiveSettings::expandLists(Settings& settings) {
-  if (!groups_.sameAs(settings.objectGroups)) {
-    expanded_.clear();
-    groups_ = settings.objectGroups;
-  }
-  std::map<AccessListKey, Expanded> used;
-  for (Family const family : {Family::ip4, Family::ip6, Family::mac}) {
-    for (auto& [name, list] : settings.listsOf(family)) {
-      if (!list->entries.needExpansion()) {
-        continue;
-      }
-      noteSkippedDenies(name, *list);
-      AccessListKey const key{family, name};
-      auto const known = expanded_.find(key);
-      bool const same = known != expanded_.end() && known->second.written.sameAs(list);
-      Shared<AccessList> effective =
-          same ? known->second.effective : expanded(*list, *settings.objectGroups);
-      used.emplace(key, Expanded{list, effective});
-      list = std::move(effective);
-    }
-  }
-  expanded_ = std::move(used);
-}
-
-// A line keeps its number if the rules of the lines before it leave it free, and otherwise follows
-// them.
-Shared<AccessList> EffectiveSettings::expanded(AccessList const& list, ObjectGroups const& groups) {
-  Shared<AccessList> effective;
-  effective.edit().standard = list.standard;
-  ListEntries& entries = effective.edit().entries;
-  std::uint64_t next = 0;
-  auto const put = [&](std::uint32_t wanted, ListEntry entry) {
-    next = std::max<std::uint64_t>(wanted, next);
-    if (next <= std::numeric_limits<std::uint32_t>::max()) {
-      entries.put(static_cast<std::uint32_t>(next++), std::move(entry));
-    }
-  };
-  for (auto const& [number, entry] : list.entries.byNumber()) {
-    if (std::holds_alternative<SkippedDeny>(entry)) {
-      break;
-    }
-    auto const* const line = std::get_if<ListRule>(&entry);
-    if (line == nullptr) {
-      put(number, entry);
-      continue;
-    }
-    try {
-      for (ConfiguredRule const& rule : rulesOf(*line, groups)) {
-        put(number, rule);
-      }
-    } catch (InputError const&) {
-      // A lenient reading has said so.
-    }
-  }
-  return effective;
 }
 
 }  // namespace PolicyMapTestKit::Text

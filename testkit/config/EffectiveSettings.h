@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// EffectiveSettings: what is configured for what was written. Lines with object-groups become
-// rules; zone-pairs, and lists that are attached by themselves, become policy-maps at interfaces;
-// and class-default becomes a class that matches everything.
+// EffectiveSettings: what is configured for what was written. Lines with object-groups and other
+// alternatives become rules; zone-pairs, and lists that are attached by themselves, become
+// policy-maps at interfaces; and class-default becomes a class that matches everything.
 
 #include "testkit/Export.h"
 #include "testkit/config/Settings.h"
@@ -24,27 +24,34 @@ class POLICYMAPTESTKIT_API EffectiveSettings {
   struct Note {
     std::string where;
     std::string text;
+    // Something that is attached, and not programmed there.
+    bool isAttachment = true;
   };
   // Of the last of().
   [[nodiscard]] std::vector<Note> const& notes() const { return notes_; }
 
-  // The result shares with earlier ones what has not changed. Lines whose object-groups are missing
-  // or wrong contribute no rules.
+  // The result shares with earlier ones what has not changed. A line whose object-groups are
+  // missing or wrong contributes no rules. If it is a `deny`, neither do the entries after it,
+  // unless the reading is widening.
   [[nodiscard]] Settings of(Settings const& written);
 
  private:
   using AccessListKey = std::pair<Family, std::string>;
   struct Expanded {
     Shared<AccessList> written;
+    bool widening;
     Shared<AccessList> effective;
+    // The lines that are left out, and what follows from that.
+    std::vector<std::string> notes;
   };
 
   void expandLists(Settings& settings);
-  static Shared<AccessList> expanded(AccessList const& list, ObjectGroups const& groups);
+  static Expanded expanded(Shared<AccessList> const& list, Settings const& settings);
 
+  void attachTypedPolicies(InterfaceSettings& interface, std::string const& where);
+  void noteElsewhere(Settings const& settings);
   void attachZones(Settings& settings);
   void attachLists(Settings& settings, Vorel::IntfId intf, Direction direction);
-  void noteSkippedDenies(std::string const& name, AccessList const& list);
 
   bool accessGroups_ = true;
   std::vector<Note> notes_;

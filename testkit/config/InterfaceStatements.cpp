@@ -7,31 +7,99 @@
 #include <Kor/Exception.h>
 
 #include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace PolicyMapTestKit::Text {
 
-Vorel::IntfId StatementEditor::intfOf(Name const& name) const {
-  try {
-    bool const bare = isDigit(name.text.front());
-    auto const portChannel = settings_.barePortChannels.find(name.text);
-    if (portChannel != settings_.barePortChannels.end()) {
-      return portChannel->second;
+namespace {
+
+// How some dialects write kinds of interfaces.
+struct KindSpelling {
+  std::string_view spelling;  // in lower case
+  std::string_view kind;
+};
+constexpr std::array kindSpellings{
+    KindSpelling{"mgmteth", "Management"},
+    KindSpelling{"tunnel-ip", "Tunnel"},
+    KindSpelling{"lag", "PortChannel"},
+};
+
+// The name in its usual spelling: "Serial0/1/0:0" is "Serial0/1/0/0", and the names of cards are
+// no part of the numbers of "MgmtEth0/RSP0/CPU0/0".
+std::string usualName(std::string const& written) {
+  std::size_t const kindEnd = std::min(written.find_first_of("0123456789"), written.size());
+  std::string const kind = Text::lowerCase(std::string_view(written).substr(0, kindEnd));
+  if (kind.empty()) {
+    return "Ethernet" + written;
+  }
+  std::string name = written.substr(0, kindEnd);
+  bool withCards = false;
+  for (KindSpelling const& each : kindSpellings) {
+    if (kind == each.spelling) {
+      name = each.kind;
+      withCards = each.spelling == "mgmteth";
     }
-    return Vorel::IntfId(Kor::String((bare ? "Ethernet" : "") + name.text));
+  }
+  for (char const c : std::string_view(written).substr(kindEnd)) {
+    bool const ofCard = withCards && !isDigit(c) && c != '/';
+    if (!ofCard) {
+      name.push_back(c == ':' ? '/' : c);
+    }
+  }
+  return name;
+}
+
+}  // namespace
+
+std::optional<Vorel::IntfId> StatementEditor::knownIntf(Name const& name) const {
+  auto const portChannel = settings_.barePortChannels.find(name.text);
+  if (portChannel != settings_.barePortChannels.end()) {
+    return portChannel->second;
+  }
+  try {
+    return Vorel::IntfId(Kor::String(usualName(name.text)));
   } catch (Kor::RangeException const&) {
-    fail("an interface name such as Ethernet3/1, PortChannel7 or Vlan10", name, "interface (name)");
+    return std::nullopt;
   }
 }
 
+Vorel::IntfId StatementEditor::intfOf(Name const& name) const {
+  std::optional<Vorel::IntfId> const intf = knownIntf(name);
+  if (!intf) {
+    fail("an interface name such as Ethernet3/1, PortChannel7 or Vlan10", name, "interface (name)");
+  }
+  return *intf;
+}
+
 InterfaceSettings& StatementEditor::interfaceOf(Name const& name) {
-  return settings_.interfaces[intfOf(name)];
+  auto const place = settings_.elsewhere.find(name.text);
+  return place != settings_.elsewhere.end() ? place->second : settings_.interfaces[intfOf(name)];
 }
 
 void StatementEditor::apply(InterfaceOpen const& body) {
-  interfaceOf(body.interface);
+  std::string const& written = body.interface.text;
+  std::optional<Vorel::IntfId> const intf = knownIntf(body.interface);
+  if (!intf && body.orElsewhere) {
+    settings_.elsewhere.try_emplace(written);
+    return;
+  }
+  auto const [interface, isNew] = settings_.interfaces.try_emplace(intfOf(body.interface));
+  if (isNew && interface->first.name().view() != written) {
+    interface->second.written = written;
+  }
+}
+
+void StatementEditor::apply(PlaceOpen const& body) {
+  settings_.elsewhere.try_emplace(body.place.text);
 }
 
 void StatementEditor::apply(InterfaceRemove const& body) {
+  if (settings_.elsewhere.erase(body.interface.text) != 0) {
+    return;
+  }
   if (settings_.interfaces.erase(intfOf(body.interface)) == 0) {
     failAbsent("an interface", body.interface);
   }
@@ -99,8 +167,13 @@ void StatementEditor::apply(InterfaceChannelGroup const& body) {
 }
 
 void StatementEditor::apply(ServicePolicy const& body) {
-  std::string& attached =
-      interfaceOf(body.interface).policyMaps[static_cast<std::size_t>(body.direction)];
+  static constexpr std::array<std::string_view, 4> aboutHeaders = {"", "inspect", "qos", "traffic"};
+  bool const classifies = std::any_of(aboutHeaders.begin(), aboutHeaders.end(),
+                                      [&](auto type) { return equalsKeyword(body.type, type); });
+  InterfaceSettings& interface = interfaceOf(body.interface);
+  auto const direction = static_cast<std::size_t>(body.direction);
+  std::string& attached = classifies ? interface.policyMaps[direction]
+                                     : interface.typedPolicyMaps[direction][body.type];
   if (!body.remove) {
     attached = body.policyMap->text;
     return;
@@ -113,14 +186,23 @@ void StatementEditor::apply(ServicePolicy const& body) {
 }
 
 void StatementEditor::apply(InterfaceAccessGroup const& body) {
-  std::string& list = interfaceOf(body.interface)
-                          .accessGroups[static_cast<std::size_t>(body.direction)]
-                                       [static_cast<std::size_t>(body.list.family)];
-  if (body.remove && list != body.list.name.text) {
-    fail(std::string("the list that is attached for ") + toText(body.direction), body.list.name,
+  std::map<std::uint32_t, std::string>& lists =
+      interfaceOf(body.interface)
+          .accessGroups[static_cast<std::size_t>(body.direction)]
+                       [static_cast<std::size_t>(body.family)];
+  if (!body.remove) {
+    lists[body.priority] = body.list->text;
+    return;
+  }
+  if (!body.list) {
+    lists.clear();
+    return;
+  }
+  auto const isIt = [&](auto const& each) { return each.second == body.list->text; };
+  if (std::erase_if(lists, isIt) == 0) {
+    fail(std::string("the list that is attached for ") + toText(body.direction), *body.list,
          "no access-group (absent)");
   }
-  list = body.remove ? "" : body.list.name.text;
 }
 
 void StatementEditor::apply(InterfaceZone const& body) {
@@ -128,14 +210,23 @@ void StatementEditor::apply(InterfaceZone const& body) {
 }
 
 void StatementEditor::apply(ZonePairOpen const& body) {
-  ZonePair& pair = settings_.zonePairs[body.zonePair.text];
+  std::size_t const order = settings_.zonePairs.size();
+  auto const [found, isNew] = settings_.zonePairs.try_emplace(body.zonePair.text);
+  ZonePair& pair = found->second;
+  pair.order = isNew ? order : pair.order;
   pair.source = body.source.empty() ? pair.source : body.source;
   pair.destination = body.destination.empty() ? pair.destination : body.destination;
 }
 
 void StatementEditor::apply(ZonePairRemove const& body) {
-  if (settings_.zonePairs.erase(body.zonePair.text) == 0) {
+  auto const found = settings_.zonePairs.find(body.zonePair.text);
+  if (found == settings_.zonePairs.end()) {
     failAbsent("a zone-pair", body.zonePair);
+  }
+  std::size_t const order = found->second.order;
+  settings_.zonePairs.erase(found);
+  for (auto& [name, pair] : settings_.zonePairs) {
+    pair.order -= pair.order > order ? 1 : 0;
   }
 }
 

@@ -88,19 +88,24 @@ void StatementEditor::addEntry(AccessListId const& id, std::optional<std::uint32
     fail("a sequence number: none is left after the last entry of " + nameOf(id),
          statement_->subject.text, "access-list entry (number)");
   }
-  entries.put(*number, std::move(entry));
+  // A remark may have the number of a rule, which it is about.
+  bool const isRemark = std::holds_alternative<Remark>(entry);
+  ListEntry const* const known = entries.find(*number);
+  if (!isRemark || known == nullptr || std::holds_alternative<Remark>(*known)) {
+    entries.put(*number, std::move(entry));
+  }
 }
 
 ListEntry StatementEditor::entryOf(ListRule const& line) {
-  return line.groups ? ListEntry(line) : ListEntry(line.rule);
+  return line.alternatives ? ListEntry(line) : ListEntry(line.rule);
 }
 
 void StatementEditor::apply(RuleAdd const& body) {
   addEntry(body.list, body.sequence, entryOf(body.rule));
 }
 
-void StatementEditor::apply(SkippedDenyAdd const& body) {
-  addEntry(body.list, body.sequence, SkippedDeny{statement_->position});
+void StatementEditor::apply(SkippedEntryAdd const& body) {
+  addEntry(body.list, body.sequence, SkippedEntry{statement_->position, body.isDeny});
 }
 
 void StatementEditor::apply(RemarkAdd const& body) {
@@ -180,6 +185,10 @@ void StatementEditor::apply(ObjectGroupMembers const& body) {
       members.push_back(member);
     }
   }
+}
+
+void StatementEditor::apply(ObjectGroupSkipped const& body) {
+  existingGroup(body.group).skipped = statement_->position;
 }
 
 }  // namespace PolicyMapTestKit::Text

@@ -3,6 +3,7 @@
 
 #include "testkit/text/RuleConversion.h"
 
+#include <functional>
 #include <set>
 #include <string_view>
 #include <type_traits>
@@ -16,8 +17,9 @@ namespace {
 template <class Member>
 class Members {
  public:
-  Members(ListRule const& line, ObjectGroups const& groups, GroupKind kind)
-      : line_(line), groups_(groups), kind_(kind) {}
+  // With `whole`, none of them may have been skipped.
+  Members(ListRule const& line, ObjectGroups const& groups, GroupKind kind, bool whole)
+      : line_(line), groups_(groups), kind_(kind), whole_(whole) {}
 
   std::vector<Member> of(std::string const& name) {
     add(name);
@@ -28,12 +30,18 @@ class Members {
   void add(std::string const& name) {
     auto const found = groups_.find(name);
     if (found == groups_.end()) {
-      throw InputError(line_.groups->place, "the name of an object-group that exists", name);
+      throw InputError(line_.alternatives->place, "the name of an object-group that exists", name);
     }
     if (found->second.kind != kind_) {
-      throw InputError(line_.groups->place,
+      throw InputError(line_.alternatives->place,
                        "an object-group of " + std::string(wordOf(kind_)) + ", which that at " +
                            toText(found->second.place) + " is not",
+                       name);
+    }
+    if (whole_ && found->second.skipped) {
+      throw InputError(line_.alternatives->place,
+                       "an object-group whose members are understood, which that at " +
+                           toText(*found->second.skipped) + " is not",
                        name);
     }
     if (!seen_.insert(name).second) {
@@ -60,6 +68,7 @@ class Members {
   ListRule const& line_;
   ObjectGroups const& groups_;
   GroupKind kind_;
+  bool whole_;
   std::set<std::string> seen_;
   std::vector<Member> members_;
 };
@@ -69,27 +78,31 @@ class Expansion {
  public:
   using Match = typename Rule::AddressMatch;
 
-  Expansion(ListRule const& line, ObjectGroups const& groups)
-      : line_(line), groups_(groups), rules_{std::get<Rule>(line.rule)} {}
+  Expansion(ListRule const& line, ObjectGroups const& groups, bool widening)
+      : line_(line),
+        groups_(groups),
+        whole_(isDeny(line.rule) && !widening),
+        rules_{std::get<Rule>(line.rule)} {}
 
   std::vector<ConfiguredRule> all() && {
-    RuleGroups const& names = *line_.groups;
-    multiply(services(names.service), [](Rule& rule, Acl::IpRuleConfig const& service) {
+    RuleAlternatives const& some = *line_.alternatives;
+    multiply(services(some.service), [](Rule& rule, Acl::IpRuleConfig const& service) {
       rule.protocolIs(service.protocol());
       rule.srcPortIs(service.srcPort());
       rule.dstPortIs(service.dstPort());
       rule.icmpTypeIs(service.icmpType());
       rule.icmpCodeIs(service.icmpCode());
     });
-    multiply(addresses(names.source),
+    multiply(addresses(some.source),
              [](Rule& rule, Match const& address) { rule.sourceIs(address); });
-    multiply(ports(names.sourcePorts),
-             [](Rule& rule, Acl::PortMatch const& match) { rule.srcPortIs(match); });
-    multiply(addresses(names.destination),
+    multiply(ports(some.sourcePorts), &Rule::srcPortIs);
+    multiply(values(some.sourcePortValues), &Rule::srcPortIs);
+    multiply(addresses(some.destination),
              [](Rule& rule, Match const& address) { rule.destinationIs(address); });
-    multiply(ports(names.destinationPorts),
-             [](Rule& rule, Acl::PortMatch const& match) { rule.dstPortIs(match); });
-    multiply(dscps(names.precedence), [](Rule& rule, std::uint64_t dscp) { rule.dscpIs(dscp); });
+    multiply(ports(some.destinationPorts), &Rule::dstPortIs);
+    multiply(values(some.destinationPortValues), &Rule::dstPortIs);
+    multiply(values(some.tcpFlags), &Rule::tcpFlagsIs);
+    multiply(values(some.dscps), [](Rule& rule, std::uint8_t dscp) { rule.dscpIs(dscp); });
     return {rules_.begin(), rules_.end()};
   }
 
@@ -104,16 +117,15 @@ class Expansion {
       return;
     }
     if (rules_.size() * values->size() > mostRulesOfLine) {
-      throw InputError(line_.groups->place,
-                       "at most " + std::to_string(mostRulesOfLine) +
-                           " rules of the object-groups of a line",
+      throw InputError(line_.alternatives->place,
+                       "at most " + std::to_string(mostRulesOfLine) + " rules of one line",
                        describe(line_.rule));
     }
     std::vector<Rule> product;
     product.reserve(rules_.size() * values->size());
     for (Rule const& rule : rules_) {
       for (Value const& value : *values) {
-        set(product.emplace_back(rule), value);
+        std::invoke(set, product.emplace_back(rule), value);
       }
     }
     rules_ = std::move(product);
@@ -123,13 +135,13 @@ class Expansion {
     if (name.empty()) {
       return std::nullopt;
     }
-    return Members<Acl::IpRuleConfig>(line_, groups_, GroupKind::services).of(name);
+    return Members<Acl::IpRuleConfig>(line_, groups_, GroupKind::services, whole_).of(name);
   }
   Values<Acl::PortMatch> ports(std::string const& name) const {
     if (name.empty()) {
       return std::nullopt;
     }
-    return Members<Acl::PortMatch>(line_, groups_, GroupKind::ports).of(name);
+    return Members<Acl::PortMatch>(line_, groups_, GroupKind::ports, whole_).of(name);
   }
   Values<Match> addresses(std::string const& name) const {
     if (name.empty()) {
@@ -138,40 +150,41 @@ class Expansion {
     constexpr Family family = std::is_same_v<Rule, Acl::IpRuleConfig> ? Family::ip4 : Family::ip6;
     std::vector<Match> matches;
     for (GroupAddress const& member :
-         Members<GroupAddress>(line_, groups_, GroupKind::addresses).of(name)) {
+         Members<GroupAddress>(line_, groups_, GroupKind::addresses, whole_).of(name)) {
       if (member.family != family) {
-        throw InputError(line_.groups->place, "an object-group of addresses of this family", name);
+        throw InputError(line_.alternatives->place, "an object-group of addresses of this family",
+                         name);
       }
       matches.push_back(addressMatch<Match>(member.address));
     }
     return matches;
   }
-  static Values<std::uint64_t> dscps(std::optional<std::uint8_t> precedence) {
-    if (!precedence) {
-      return std::nullopt;
-    }
-    std::vector<std::uint64_t> values;
-    for (std::uint64_t low = 0; low != 8; ++low) {
-      values.push_back(*precedence * std::uint64_t{8} + low);
-    }
-    return values;
+  template <class Value>
+  static Values<Value> values(std::vector<Value> const& some) {
+    return some.empty() ? Values<Value>() : Values<Value>(some);
   }
 
   ListRule const& line_;
   ObjectGroups const& groups_;
+  bool whole_;
   std::vector<Rule> rules_;
 };
 
 }  // namespace
 
-std::vector<ConfiguredRule> rulesOf(ListRule const& line, ObjectGroups const& groups) {
-  if (!line.groups) {
+bool isDeny(ConfiguredRule const& rule) {
+  return std::visit([](auto const& some) { return !some.permit(); }, rule);
+}
+
+std::vector<ConfiguredRule> rulesOf(ListRule const& line, ObjectGroups const& groups,
+                                    bool widening) {
+  if (!line.alternatives) {
     return {line.rule};
   }
   if (std::holds_alternative<Acl::IpRuleConfig>(line.rule)) {
-    return Expansion<Acl::IpRuleConfig>(line, groups).all();
+    return Expansion<Acl::IpRuleConfig>(line, groups, widening).all();
   }
-  return Expansion<Acl::Ip6RuleConfig>(line, groups).all();
+  return Expansion<Acl::Ip6RuleConfig>(line, groups, widening).all();
 }
 
 }  // namespace PolicyMapTestKit::Text

@@ -19,6 +19,8 @@ struct ObjectGroup {
   std::vector<GroupMember> members;
   // Of the line that opened it first.
   SourcePosition place;
+  // Of a member that was skipped.
+  std::optional<SourcePosition> skipped = {};
 };
 
 using ObjectGroups = std::map<std::string, ObjectGroup>;
@@ -28,8 +30,12 @@ constexpr std::uint64_t mostRulesOfLine = 100000;
 
 // The rules of a line: every service with every source and every destination, in the order of the
 // members. Throws InputError at the place of the line if a group does not exist, is of another
-// kind or family, or if there are more than mostRulesOfLine.
+// kind or family, or if there are more than mostRulesOfLine; and for a `deny`, unless `widening`,
+// if a member of a group was skipped.
 [[nodiscard]] POLICYMAPTESTKIT_API std::vector<ConfiguredRule> rulesOf(ListRule const& line,
-                                                                       ObjectGroups const& groups);
+                                                                       ObjectGroups const& groups,
+                                                                       bool widening = false);
+
+bool isDeny(ConfiguredRule const& rule);
 
 }  // namespace PolicyMapTestKit::Text

@@ -141,6 +141,7 @@ void StatementEditor::apply(PolicyClassRemove const& body) {
     failNoClass(body.policyMap, body.className, "no class (absent)");
   }
   policyMap.order.erase(body.className.text);
+  policyMap.otherActions.erase(body.className.text);
 }
 
 void StatementEditor::apply(PolicyClassAction const& body) {
@@ -163,10 +164,10 @@ void StatementEditor::apply(PolicyClassOtherAction const& body) {
   if (found == policyMap.actions.end()) {
     failNoClass(body.policyMap, body.className, "action (no class)");
   }
-  std::vector<std::string>& otherActions = policyMap.otherActions[body.className.text];
+  std::vector<OtherAction>& otherActions = policyMap.otherActions[body.className.text];
   auto const place =
-      std::find_if(otherActions.begin(), otherActions.end(), [&](std::string const& action) {
-        return keywordOf(action) == keywordOf(body.text);
+      std::find_if(otherActions.begin(), otherActions.end(), [&](OtherAction const& action) {
+        return keywordOf(action.text) == keywordOf(body.text);
       });
   if (body.remove && place == otherActions.end()) {
     if (!body.ifPresent) {
@@ -177,16 +178,31 @@ void StatementEditor::apply(PolicyClassOtherAction const& body) {
   if (body.remove) {
     otherActions.erase(place);
   } else if (place != otherActions.end()) {
-    *place = body.text;
+    *place = {body.text, body.action};
   } else {
-    otherActions.push_back(body.text);
+    otherActions.push_back({body.text, body.action});
   }
-  std::string all;
-  for (std::string const& action : otherActions) {
-    all += (all.empty() ? "" : "; ") + action;
+  found->second[body.action - std::size_t{1}].reset();
+  classesWithTexts_.emplace(body.policyMap.text, body.className.text);
+}
+
+void StatementEditor::finish() {
+  for (auto const& [policyName, className] : classesWithTexts_) {
+    auto const policyMap = settings_.policyMaps.find(policyName);
+    if (policyMap == settings_.policyMaps.end() ||
+        policyMap->second->otherActions.count(className) == 0) {
+      continue;  // removed since
+    }
+    std::map<std::uint8_t, std::string> texts;
+    for (OtherAction const& action : policyMap->second->otherActions.at(className)) {
+      std::string& all = texts[action.action];
+      all += (all.empty() ? "" : "; ") + action.text;
+    }
+    for (auto const& [action, text] : texts) {
+      policyMap->second.edit().actions.at(className)[action - std::size_t{1}] =
+          numberOfOtherAction(text);
+    }
   }
-  found->second[otherAction - 1] =
-      all.empty() ? std::nullopt : std::optional(numberOfOtherAction(all));
 }
 
 std::uint32_t StatementEditor::numberOfOtherAction(std::string const& text) {

@@ -9,7 +9,7 @@ std::uint32_t ListEntryHash::operator()(ListEntry const& entry) const {
   if (auto const* const remark = std::get_if<Remark>(&entry)) {
     return Kor::hashBytes(remark->text);
   }
-  if (auto const* const skipped = std::get_if<SkippedDeny>(&entry)) {
+  if (auto const* const skipped = std::get_if<SkippedEntry>(&entry)) {
     return skipped->place.line;
   }
   auto const* const line = std::get_if<ListRule>(&entry);
@@ -43,6 +43,12 @@ void ListEntries::eraseRemarks() {
     entries_.erase(number);
   }
   remarks_.clear();
+}
+
+std::string nameOf(Settings const& settings, Vorel::IntfId intf) {
+  auto const found = settings.interfaces.find(intf);
+  bool const written = found != settings.interfaces.end() && !found->second.written.empty();
+  return written ? found->second.written : intf.name().stdString();
 }
 
 char const* toText(Direction direction) {

@@ -58,18 +58,19 @@ struct Remark {
   bool operator==(Remark const&) const = default;
 };
 
-// A `deny` that was skipped. The entries after it would match what it denies, so they are not
+// An entry that was skipped. The entries after a `deny` would match what it denies, so they are not
 // configured.
-struct SkippedDeny {
+struct SkippedEntry {
   SourcePosition place;
+  bool isDeny = false;
 
-  bool operator==(SkippedDeny const& other) const {
+  bool operator==(SkippedEntry const& other) const {
     return place.line == other.place.line && *place.file == *other.place.file;
   }
 };
 
-// A line of an access list. A rule with object-groups is a ListRule, any other a ConfiguredRule.
-using ListEntry = std::variant<ConfiguredRule, Remark, ListRule, SkippedDeny>;
+// A line of an access list. A rule with alternatives is a ListRule, any other a ConfiguredRule.
+using ListEntry = std::variant<ConfiguredRule, Remark, ListRule, SkippedEntry>;
 
 struct POLICYMAPTESTKIT_API ListEntryHash {
   std::uint32_t operator()(ListEntry const& entry) const;
@@ -82,7 +83,7 @@ class POLICYMAPTESTKIT_API ListEntries {
 
   Entries::ByNumber const& byNumber() const noexcept { return entries_.byNumber(); }
   std::size_t size() const noexcept { return entries_.size(); }
-  // True if what is configured is not the rules as they are: a line has object-groups, or was
+  // True if what is configured is not the rules as they are: a line has alternatives, or was
   // skipped.
   bool needExpansion() const noexcept { return !expanding_.empty(); }
   ListEntry const* find(std::uint32_t number) const { return entries_.find(number); }
@@ -117,15 +118,24 @@ struct ClassMap {
 // The values of the actions of one class, by kind; none for an action that it does not have.
 using ClassActions = std::array<std::optional<std::uint32_t>, PolicyMapTest::testActionKinds>;
 
+// What a class does that is no number.
+struct OtherAction {
+  std::string text;
+  // The kind of action, from 1, whose value is the number of the text.
+  std::uint8_t action = otherAction;
+};
+
 struct PolicyMapSettings {
   // The classes in matching order.
   NameOrder order;
   std::unordered_map<std::string, ClassActions> actions;
-  // What each class does that is no number, in order.
-  std::unordered_map<std::string, std::vector<std::string>> otherActions;
+  // Of each class, in order.
+  std::unordered_map<std::string, std::vector<OtherAction>> otherActions;
 };
 
 struct InterfaceSettings {
+  // The name as it was written first, if that is not the canonical one.
+  std::string written;
   InterfaceAddresses ip4;
   // None of them is primary.
   InterfaceAddresses ip6;
@@ -135,8 +145,11 @@ struct InterfaceSettings {
   std::optional<std::uint32_t> channelGroup;
   // Indexed by Direction; empty for none.
   std::array<std::string, 2> policyMaps;
-  // Lists that are attached by themselves, by Direction and Family; empty for none.
-  std::array<std::array<std::string, 3>, 2> accessGroups;
+  // Those attached with a type that is not about headers, by type.
+  std::array<std::map<std::string, std::string>, 2> typedPolicyMaps;
+  // Lists that are attached by themselves: by Direction and Family, each by priority.
+  using AccessGroups = std::array<std::map<std::uint32_t, std::string>, 3>;
+  std::array<AccessGroups, 2> accessGroups;
   // Empty for none.
   std::string zone;
 
@@ -144,6 +157,8 @@ struct InterfaceSettings {
 };
 
 struct ZonePair {
+  // Its place in the order in which the zone-pairs were written.
+  std::size_t order = 0;
   std::string source;
   std::string destination;
   std::string policyMap;
@@ -161,6 +176,8 @@ struct Settings {
   std::map<std::string, Shared<ClassMap>> classMaps;
   std::map<std::string, Shared<PolicyMapSettings>> policyMaps;
   std::map<Vorel::IntfId, InterfaceSettings> interfaces;
+  // Where something may be attached that is no interface, such as the control plane.
+  std::map<std::string, InterfaceSettings> elsewhere;
   Shared<ObjectGroups> objectGroups;
   std::map<std::string, ZonePair> zonePairs;
   // Bare numbers of port-channels, and the port-channels.
@@ -169,7 +186,12 @@ struct Settings {
   Shared<std::vector<std::string>> otherActions;
   bool ipRouting = false;
   bool ip6Routing = false;
+  // The entries after a `deny` that is left out count, though they match what it denies.
+  bool widening = false;
 };
+
+// The name of an interface as it is written, or the canonical one.
+POLICYMAPTESTKIT_API std::string nameOf(Settings const& settings, Vorel::IntfId intf);
 
 // "input" or "output".
 POLICYMAPTESTKIT_API char const* toText(Direction direction);

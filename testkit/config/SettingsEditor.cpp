@@ -19,7 +19,7 @@ void checkGroups(AccessList const& list, ObjectGroups const& groups, PolicyText&
       continue;
     }
     try {
-      static_cast<void>(rulesOf(*line, groups));
+      static_cast<void>(rulesOf(*line, groups, reading == Reading::widening));
     } catch (InputError const& error) {
       if (reading == Reading::strict) {
         throw;
@@ -54,6 +54,7 @@ void checkGroups(Settings const& before, Settings const& settings, PolicyText& t
 
 void editSettings(Settings& settings, PolicyText& text, Reading reading) {
   Settings const before = settings;
+  settings.widening = reading == Reading::widening;
   StatementEditor editor(settings);
   std::map<std::uint32_t, std::string> passedOver;  // kinds of skipped lines, by number
   for (Statement const& statement : text.statements) {
@@ -66,6 +67,10 @@ void editSettings(Settings& settings, PolicyText& text, Reading reading) {
     }
     try {
       editor.carryOut(statement);
+      if (auto const* const opened = std::get_if<InterfaceOpen>(&statement.body);
+          opened != nullptr && settings.elsewhere.count(opened->interface.text) != 0) {
+        text.skipped.add("interface (name)", statement.position);
+      }
     } catch (StatementFailure const& failure) {
       if (reading == Reading::strict) {
         throw InputError(failure.position, failure.expected, failure.found);
@@ -74,6 +79,7 @@ void editSettings(Settings& settings, PolicyText& text, Reading reading) {
       passedOver.emplace(line, failure.kind);
     }
   }
+  editor.finish();
   checkGroups(before, settings, text, reading);
 }
 

@@ -13,7 +13,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 
 namespace PolicyMapTestKit::Text {
 
@@ -37,6 +39,10 @@ class StatementEditor {
     std::visit([this](auto const& body) { apply(body); }, statement.body);
   }
 
+  // To be called after the last statement: the texts of what classes do become numbers. Equal texts
+  // are equal numbers.
+  void finish();
+
  private:
   // Errors
   // `found` is the text that the message quotes.
@@ -55,7 +61,7 @@ class StatementEditor {
                 ListEntry entry);
   static ListEntry entryOf(ListRule const& line);
   void apply(RuleAdd const& body);
-  void apply(SkippedDenyAdd const& body);
+  void apply(SkippedEntryAdd const& body);
   void apply(RemarkAdd const& body);
   void apply(RuleRemove const& body);
   void apply(RemarkRemove const& body);
@@ -66,6 +72,7 @@ class StatementEditor {
   void apply(ObjectGroupOpen const& body);
   void apply(ObjectGroupRemove const& body);
   void apply(ObjectGroupMembers const& body);
+  void apply(ObjectGroupSkipped const& body);
 
   // Class-maps
   ClassMap& existingClassMap(Name const& name);
@@ -88,15 +95,16 @@ class StatementEditor {
   void apply(PolicyClassOpen const& body);
   void apply(PolicyClassRemove const& body);
   void apply(PolicyClassAction const& body);
-  // The third action counts what the class does: equal texts are equal numbers.
   void apply(PolicyClassOtherAction const& body);
   std::uint32_t numberOfOtherAction(std::string const& text);
 
   // Interfaces
   // Bare numbers are those of a port-channel, or of an Ethernet interface.
+  std::optional<Vorel::IntfId> knownIntf(Name const& name) const;
   Vorel::IntfId intfOf(Name const& name) const;
   InterfaceSettings& interfaceOf(Name const& name);
   void apply(InterfaceOpen const& body);
+  void apply(PlaceOpen const& body);
   void apply(InterfaceRemove const& body);
   void apply(InterfaceAddress const& body);
   static std::string textOf(InterfacePrefix const& prefix, Family family);
@@ -115,6 +123,8 @@ class StatementEditor {
 
   Settings& settings_;
   Statement const* statement_ = nullptr;
+  // Policy-maps and their classes whose texts have changed.
+  std::set<std::pair<std::string, std::string>> classesWithTexts_;
 };
 
 }  // namespace PolicyMapTestKit::Text

@@ -19,6 +19,13 @@ void LineParser::macAccessList(Lexer& lexer, bool remove) {
 }
 
 void LineParser::accessList(Lexer& lexer, Family family, bool remove, RuleKind kind) {
+  // What a device logs of its lists.
+  static constexpr std::array<std::string_view, 4> settings = {"log-update", "logging",
+                                                               "persistent", "resequence"};
+  if (contains(settings, lexer.peek()) && !lexer.peekSecond().atEnd()) {
+    lexer.rest();
+    return;
+  }
   AccessListId list{family, nameOf(takeName(lexer, "an access-list name"))};
   lexer.expectEnd();
   if (remove) {
@@ -33,6 +40,9 @@ void LineParser::accessList(Lexer& lexer, Family family, bool remove, RuleKind k
 
 // One line that names its list by number, as if the list's mode were open for this line.
 void LineParser::numberedAccessList(Lexer& lexer, bool remove) {
+  if (lexer.accept("compiled")) {
+    return;
+  }
   std::uint64_t number = 0;
   Token const token = lexer.peek();
   bool const standard =
@@ -96,6 +106,9 @@ bool LineParser::accessListEntry(Lexer& lexer, bool remove) {
     return false;
   }
   lexer.next();
+  if (!sequence && ruleKind_ == RuleKind::ip6) {
+    sequence = takeTrailingSequence(lexer);
+  }
   ListRule rule =
       parseListRule(lexer, ruleKind_, permit ? Verdict::permit : Verdict::deny, position_);
   if (remove) {
@@ -106,8 +119,28 @@ bool LineParser::accessListEntry(Lexer& lexer, bool remove) {
   return true;
 }
 
-// True if the line is a `deny`; its place is kept then.
-bool LineParser::skipsDeny() {
+// Takes `sequence N` from the end of the line.
+std::optional<std::uint32_t> LineParser::takeTrailingSequence(Lexer& lexer) const {
+  Lexer ahead = lexer;
+  while (!ahead.peek().atEnd() && !ahead.peek().is("sequence")) {
+    ahead.next();
+  }
+  if (ahead.peek().atEnd()) {
+    return std::nullopt;
+  }
+  Token const word = ahead.next();
+  std::uint64_t const number = takeNumber(ahead, "sequence number", 1, highestWord);
+  ahead.expectEnd();
+  Lexer rest(reader_.line().substr(0, word.column - 1));
+  while (rest.peek().column < lexer.peek().column) {
+    rest.next();
+  }
+  lexer = rest;
+  return static_cast<std::uint32_t>(number);
+}
+
+// True if the line is an entry; its place is kept then. A widening reading keeps no `deny`.
+bool LineParser::skipsEntry() {
   Lexer lexer(reader_.line());
   std::optional<std::uint32_t> sequence;
   std::uint64_t number = 0;
@@ -117,10 +150,11 @@ bool LineParser::skipsDeny() {
     lexer.next();
   }
   bool const isDeny = lexer.accept("deny");
-  if (isDeny) {
-    emit(SkippedDenyAdd{list_, sequence});
+  bool const isEntry = isDeny || lexer.accept("permit");
+  if (isEntry && !(isDeny && widening_)) {
+    emit(SkippedEntryAdd{list_, sequence, isDeny});
   }
-  return isDeny;
+  return isEntry;
 }
 
 void LineParser::remark(Lexer& lexer, std::optional<std::uint32_t> sequence, bool remove) {

@@ -21,7 +21,16 @@ std::string LineParser::takeType(Lexer& lexer) const {
   if (!lenient_ && !contains(knownTypes, lexer.peek())) {
     lexer.fail("type inspect, qos or traffic");
   }
-  return std::string(takeName(lexer, "a type").text);
+  std::string type(takeName(lexer, "a type").text);
+  // `type inspect http match-any NAME`: what is inspected besides headers.
+  bool const hasSubtype = (equalsKeyword(type, "inspect") || equalsKeyword(type, "control")) &&
+                          !lexer.peekSecond().atEnd() && !lexer.peek().is("match-any") &&
+                          !lexer.peek().is("match-all") && !lexer.peek().is("input") &&
+                          !lexer.peek().is("output") && !lexer.peekSecond().is("insert-before");
+  if (lenient_ && hasSubtype) {
+    type.append(" ").append(lexer.next().text);
+  }
+  return type;
 }
 
 void LineParser::classMap(Lexer& lexer, bool remove) {
@@ -31,6 +40,10 @@ void LineParser::classMap(Lexer& lexer, bool remove) {
   open.matchWritten = any || lexer.accept("match-all");
   open.match = any ? ClassMatch::any : ClassMatch::all;
   open.classMap = nameOf(takeName(lexer, "match-any, match-all or a class-map name"));
+  // Some dialects say here which packets the class is about; its conditions say it here.
+  if (!lexer.accept("ipv4")) {
+    lexer.accept("ipv6");
+  }
   lexer.expectEnd();
   if (remove) {
     emit(ClassMapRemove{std::move(open.classMap)});
@@ -44,12 +57,11 @@ void LineParser::classMap(Lexer& lexer, bool remove) {
 void LineParser::match(Lexer& lexer, bool remove) {
   if (std::optional<MatchCondition> condition = takeCondition(lexer)) {
     emit(ClassMatchCondition{outer_, *std::move(condition), remove});
-  } else if (lexer.accept("access-group")) {
+  } else if (lexer.accept("access-group") || lexer.accept("access-list")) {
     bool const ip6 = lexer.accept("ipv6");
-    if (!ip6) {
-      lexer.accept("ipv4");
-    }
-    matchList(lexer, ip6 ? Family::ip6 : Family::ip4, remove);
+    bool const mac = !ip6 && (lexer.accept("mac") || lexer.accept("ethernet-services"));
+    lexer.accept("ipv4");
+    matchList(lexer, ip6 ? Family::ip6 : mac ? Family::mac : Family::ip4, remove);
   } else if (lexer.accept("class-map")) {
     ClassMatchClass body{outer_, nameOf(takeName(lexer, "a class-map name")), remove};
     lexer.expectEnd();

@@ -90,6 +90,9 @@ void LineParser::interface(Lexer& lexer, bool remove) {
     if (!lexer.peek().atEnd() && isDigit(lexer.peek().text.front())) {
       names.front() += takeName(lexer, "an interface number").text;
     }
+    if (lexer.accept("type")) {
+      takeName(lexer, "a type");
+    }
     lexer.accept("point-to-point") || lexer.accept("multipoint") || lexer.accept("l2transport");
   }
   lexer.expectEnd();
@@ -99,7 +102,7 @@ void LineParser::interface(Lexer& lexer, bool remove) {
     if (remove) {
       emit(InterfaceRemove{name});
     } else {
-      emit(InterfaceOpen{name});
+      emit(InterfaceOpen{name, lenient_});
       interfaces_.push_back(withoutColumn(name));
     }
   }
@@ -119,6 +122,7 @@ void LineParser::address(Lexer& lexer, Family family, bool remove) {
     emit(std::move(body));
     return;
   }
+  lexer.accept("virtual");
   if (!remove || !lexer.peek().atEnd()) {
     isAbout(lexer.peek());
     InterfacePrefix prefix;
@@ -178,8 +182,7 @@ void LineParser::channelGroup(Lexer& lexer, bool remove) {
 }
 
 void LineParser::servicePolicy(Lexer& lexer, bool remove) {
-  takeType(lexer);
-  ServicePolicy body{outer_, Direction::input, std::nullopt, remove};
+  ServicePolicy body{outer_, takeType(lexer), Direction::input, std::nullopt, remove};
   if (lexer.accept("output") || lexer.accept("out")) {
     body.direction = Direction::output;
   } else if (!lexer.accept("input") && !lexer.accept("in")) {
@@ -187,6 +190,12 @@ void LineParser::servicePolicy(Lexer& lexer, bool remove) {
   }
   if (!remove || !lexer.peek().atEnd()) {
     body.policyMap = nameOf(takeName(lexer, "a policy-map name"));
+  }
+  // How a device counts and shares it.
+  static constexpr std::array<std::string_view, 4> details = {
+      "account", "no-stats", "shared-policy-instance", "subscriber-parent"};
+  if (contains(details, lexer.peek())) {
+    lexer.rest();
   }
   lexer.expectEnd();
   emit(std::move(body));
@@ -204,17 +213,38 @@ void LineParser::ip6Enable(Lexer& lexer, bool remove) {
   emit(InterfaceAddress{outer_, Family::ip6, unknownAddress(Family::ip6), false, remove});
 }
 
+// `no ip access-group in` names no list.
 void LineParser::accessGroup(Lexer& lexer, Family family, bool remove) {
   lexer.accept("name");
-  InterfaceAccessGroup body{outer_, Direction::input, {family, {}}, remove};
-  body.list.name = nameOf(takeName(lexer, "an access-list name"));
-  if (lexer.accept("out") || lexer.accept("output") || lexer.accept("egress")) {
+  InterfaceAccessGroup body{outer_, Direction::input, family, std::nullopt, 0, remove};
+  if (!remove || !lexer.peekSecond().atEnd()) {
+    body.list = nameOf(takeName(lexer, "an access-list name"));
+  }
+  // Old texts have no direction, which means out.
+  if (lexer.accept("out") || lexer.accept("output") || lexer.accept("egress") ||
+      (lexer.peek().atEnd() && !remove && family == Family::ip4)) {
     body.direction = Direction::output;
   } else if (!lexer.accept("in") && !lexer.accept("input") && !lexer.accept("ingress")) {
     lexer.fail("in or out");
   }
+  body.priority = takePriority(lexer);
   lexer.rest();
   emit(std::move(body));
+}
+
+// The number after the direction; 0 without one.
+std::uint32_t LineParser::takePriority(Lexer& lexer) const {
+  std::uint64_t number = 0;
+  bool const given = parseNumber(lexer.peek().text, 1, highestWord, number);
+  return given ? static_cast<std::uint32_t>(number) : 0;
+}
+
+// `ip port access-group NAME in`.
+void LineParser::ofPort(Lexer& lexer, Family family, bool remove) {
+  if (!lexer.accept("access-group") && !lexer.accept("traffic-filter")) {
+    lexer.fail("access-group");
+  }
+  accessGroup(lexer, family, remove);
 }
 
 void LineParser::zoneMember(Lexer& lexer, bool remove) {
@@ -241,7 +271,8 @@ void LineParser::zone(Lexer& lexer, bool /*remove*/) {
     lexer.fail("security");
   }
   takeName(lexer, "a zone");
-  lexer.expectEnd();
+  lexer.rest();
+  enter(Mode::zone);
 }
 
 void LineParser::zonePair(Lexer& lexer, bool remove) {

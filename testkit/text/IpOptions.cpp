@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <numeric>
 #include <string>
 #include <string_view>
 
@@ -24,18 +25,24 @@ struct NamedFlag {
 constexpr NamedFlag tcpFlags[] = {
     {"ack", Acl::TcpFlags::ack}, {"fin", Acl::TcpFlags::fin}, {"psh", Acl::TcpFlags::psh},
     {"rst", Acl::TcpFlags::rst}, {"syn", Acl::TcpFlags::syn}, {"urg", Acl::TcpFlags::urg},
+    {"ece", Acl::TcpFlags::ece}, {"cwr", Acl::TcpFlags::cwr},
 };
 
 class IpOptions {
  public:
-  IpOptions(Lexer& lexer, Acl::IpFilterBase& rule, std::optional<std::uint8_t>* precedence)
-      : lexer_(lexer), rule_(rule), precedence_(precedence) {}
+  IpOptions(Lexer& lexer, Acl::IpFilterBase& rule, RuleAlternatives* alternatives)
+      : lexer_(lexer), rule_(rule), alternatives_(alternatives) {}
 
   void takeAll() {
+    bool isLogged = false;
     while (!lexer_.peek().atEnd()) {
-      bool const taken = std::any_of(options.begin(), options.end(), [this](Option const& option) {
-        return (this->*option.take)(option.expected);
-      });
+      Lexer const before = lexer_;
+      bool const taken = takeOneOf(options) || takeOneOf(furtherOptions);
+      if (!taken && isLogged && lexer_.peekSecond().atEnd()) {
+        lexer_.next();  // the tag of the log
+        return;
+      }
+      isLogged = taken && (before.peek().is("log") || before.peek().is("log-input"));
       if (!taken) {
         lexer_.fail("a rule option (" + expected() + ") or end of line");
       }
@@ -58,25 +65,36 @@ class IpOptions {
   }
 
  private:
+  template <class Options>
+  bool takeOneOf(Options const& some) {
+    return std::any_of(some.begin(), some.end(), [this](auto const& option) {
+      return (this->*option.take)(option.expected);
+    });
+  }
+
   bool takeDscp(std::string_view /*word*/) {
     if (!lexer_.peek().is("dscp")) {
       return false;
     }
-    refuseIf(!!rule_.dscp() || (precedence_ != nullptr && *precedence_),
-             "one dscp or precedence in a rule");
+    refuseSecondDscp();
     lexer_.next();
     rule_.dscpIs(takeDscpValue(lexer_));
     return true;
   }
 
   bool takePrecedence(std::string_view word) {
-    if (precedence_ == nullptr || !lexer_.peek().is(word)) {
+    if (alternatives_ == nullptr || !lexer_.peek().is(word)) {
       return false;
     }
-    refuseIf(!!rule_.dscp() || *precedence_, "one dscp or precedence in a rule");
+    refuseSecondDscp();
     lexer_.next();
-    *precedence_ = static_cast<std::uint8_t>(takePrecedenceValue(lexer_));
+    alternatives_->dscps = dscpsOf(takePrecedenceValue(lexer_));
     return true;
+  }
+
+  void refuseSecondDscp() const {
+    refuseIf(!!rule_.dscp() || (alternatives_ != nullptr && !alternatives_->dscps.empty()),
+             "one dscp or precedence in a rule");
   }
 
   bool takeTtl(std::string_view /*word*/) {
@@ -106,21 +124,67 @@ class IpOptions {
     return takeFlag<get, set>(word);
   }
 
-  bool takeTcpFlag(std::string_view /*word*/) {
-    for (auto const& flag : tcpFlags) {
-      needTcpBefore(flag.name);
-      if (lexer_.accept(flag.name)) {
-        int const bits = rule_.tcpFlags().mask() | flag.bit;
-        rule_.tcpFlagsIs(Acl::TcpFlags(bits, bits));
-        return true;
-      }
+  // `syn`, `+syn`, `-syn`: the flag, and whether it must be set; no flag if the next word is none.
+  Acl::TcpFlags takeSignedFlag() {
+    Token word = lexer_.peek();
+    bool const isSigned = word.text.starts_with('+') || word.text.starts_with('-');
+    bool const set = !word.text.starts_with('-');
+    word.text.remove_prefix(isSigned ? 1 : 0);
+    auto const* const flag =
+        std::find_if(std::begin(tcpFlags), std::end(tcpFlags),
+                     [&](NamedFlag const& each) { return word.is(each.name); });
+    if (flag == std::end(tcpFlags)) {
+      return {};
     }
-    return false;
+    needTcp();
+    lexer_.next();
+    return {set ? flag->bit : 0, flag->bit};
+  }
+
+  void addFlag(Acl::TcpFlags flag) {
+    Acl::TcpFlags const known = rule_.tcpFlags();
+    rule_.tcpFlagsIs(
+        Acl::TcpFlags((known.value() & ~flag.mask()) | flag.value(), known.mask() | flag.mask()));
+  }
+
+  bool takeTcpFlag(std::string_view /*word*/) {
+    Acl::TcpFlags const flag = takeSignedFlag();
+    addFlag(flag);
+    return flag.mask() != 0;
+  }
+
+  // `match-all +syn -ack`; the flags themselves are options.
+  bool takeAllFlags(std::string_view word) {
+    if (!lexer_.peek().is(word)) {
+      return false;
+    }
+    needTcp();
+    lexer_.next();
+    refuseIf(!takeTcpFlag({}), "a TCP flag such as +syn");
+    return true;
+  }
+
+  // `match-any +syn -ack`: a rule for each flag.
+  bool takeAnyFlag(std::string_view word) {
+    if (!lexer_.peek().is(word) || alternatives_ == nullptr) {
+      return false;
+    }
+    needTcp();
+    lexer_.next();
+    for (Acl::TcpFlags flag = takeSignedFlag(); flag.mask() != 0; flag = takeSignedFlag()) {
+      alternatives_->tcpFlags.push_back(flag);
+    }
+    refuseIf(alternatives_->tcpFlags.empty(), "a TCP flag such as +syn");
+    return true;
   }
 
   void needTcpBefore(std::string_view word) const {
-    refuseIf(lexer_.peek().is(word) && rule_.protocol() != protocol::tcp,
-             "protocol tcp before a TCP flag");
+    if (lexer_.peek().is(word)) {
+      needTcp();
+    }
+  }
+  void needTcp() const {
+    refuseIf(rule_.protocol() != protocol::tcp, "protocol tcp before a TCP flag");
   }
 
   bool takeIcmp(std::string_view /*word*/) {
@@ -160,10 +224,38 @@ class IpOptions {
     return lexer_.accept("log") || lexer_.accept("log-input");
   }
 
-  bool takeTimeRange(std::string_view word) {
+  // A word with a value that does not change what the rule matches.
+  bool takeWithValue(std::string_view word) {
     bool const taken = lexer_.accept(word);
     if (taken) {
-      takeName(lexer_, "the name of a time-range");
+      takeName(lexer_, "a value of " + std::string(word));
+    }
+    return taken;
+  }
+
+  // The list that it fills, and for how long.
+  bool takeReflect(std::string_view word) {
+    bool const taken = takeWithValue(word);
+    if (taken) {
+      takeWithValue("timeout");
+    }
+    return taken;
+  }
+
+  // What the device does with the packets, up to the end of the line.
+  bool takeRest(std::string_view word) {
+    bool const taken = lexer_.accept(word);
+    if (taken) {
+      lexer_.rest();
+    }
+    return taken;
+  }
+  bool takeWord(std::string_view word) { return lexer_.accept(word); }
+
+  bool takeRateLimit(std::string_view word) {
+    bool const taken = takeWithValue(word);
+    if (taken) {
+      takeName(lexer_, "a burst size");
     }
     return taken;
   }
@@ -204,12 +296,32 @@ class IpOptions {
       Option{"fragments", "fragments", &IpOptions::takeFlag<&F::fragments, &F::fragmentsIs>},
       Option{"", "precedence", &IpOptions::takePrecedence},
       Option{"", "log", &IpOptions::takeLog},
-      Option{"", "time-range", &IpOptions::takeTimeRange},
+      Option{"", "time-range", &IpOptions::takeWithValue},
+  };
+  // The same for words that messages do not list.
+  static constexpr std::array furtherOptions{
+      Option{"", "match-all", &IpOptions::takeAllFlags},
+      Option{"", "flag", &IpOptions::takeAllFlags},
+      Option{"", "match-any", &IpOptions::takeAnyFlag},
+      Option{"", "reflect", &IpOptions::takeReflect},
+      Option{"", "assign-queue", &IpOptions::takeWithValue},
+      Option{"", "mirror", &IpOptions::takeWithValue},
+      Option{"", "redirect", &IpOptions::takeWithValue},
+      Option{"", "rate-limit", &IpOptions::takeRateLimit},
+      Option{"", "counter", &IpOptions::takeWithValue},
+      Option{"", "icmp-off", &IpOptions::takeWord},
+      Option{"", "icmp-on", &IpOptions::takeWord},
+      Option{"", "capture", &IpOptions::takeRest},
+      Option{"", "nexthop", &IpOptions::takeRest},
+      Option{"", "nexthop1", &IpOptions::takeRest},
+      Option{"", "set", &IpOptions::takeRest},
+      Option{"", "police", &IpOptions::takeRest},
+      Option{"", "tracked", &IpOptions::takeWord},
   };
 
   Lexer& lexer_;
   Acl::IpFilterBase& rule_;
-  std::optional<std::uint8_t>* precedence_;
+  RuleAlternatives* alternatives_;
 };
 
 static_assert(Acl::saysEachField<Acl::IpFilterBase>(IpOptions::knows),
@@ -217,8 +329,14 @@ static_assert(Acl::saysEachField<Acl::IpFilterBase>(IpOptions::knows),
 
 }  // namespace
 
-void takeIpOptions(Lexer& lexer, Acl::IpFilterBase& rule, std::optional<std::uint8_t>* precedence) {
-  IpOptions(lexer, rule, precedence).takeAll();
+void takeIpOptions(Lexer& lexer, Acl::IpFilterBase& rule, RuleAlternatives* alternatives) {
+  IpOptions(lexer, rule, alternatives).takeAll();
+}
+
+std::vector<std::uint8_t> dscpsOf(std::uint64_t precedence) {
+  std::vector<std::uint8_t> dscps(8);
+  std::iota(dscps.begin(), dscps.end(), static_cast<std::uint8_t>(precedence * 8));
+  return dscps;
 }
 
 std::uint64_t takeDscpValue(Lexer& lexer) {

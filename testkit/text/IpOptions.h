@@ -5,21 +5,25 @@
 
 #include "testkit/Export.h"
 #include "testkit/text/Lexer.h"
+#include "testkit/text/Statement.h"
 
 #include <Acl/IpFilterBase.h>
 
 #include <cstdint>
-#include <optional>
+#include <vector>
 
 namespace PolicyMapTestKit::Text {
 
-// Reads options into `rule`, whose protocol is set, up to the end of the line. A precedence, which
-// is no field of a rule, goes to `precedence`; null: it is not allowed. Raises SyntaxFailure.
+// Reads options into `rule`, whose protocol is set, up to the end of the line. Options that one
+// rule cannot say, such as a precedence, go to `alternatives`; null: they are not allowed. Raises
+// SyntaxFailure.
 POLICYMAPTESTKIT_API void takeIpOptions(Lexer& lexer, Acl::IpFilterBase& rule,
-                                        std::optional<std::uint8_t>* precedence = nullptr);
+                                        RuleAlternatives* alternatives = nullptr);
 
 // A DSCP or a precedence, as a number or a name.
 POLICYMAPTESTKIT_API std::uint64_t takeDscpValue(Lexer& lexer);
 POLICYMAPTESTKIT_API std::uint64_t takePrecedenceValue(Lexer& lexer);
+// The eight DSCPs whose first three bits are the precedence.
+POLICYMAPTESTKIT_API std::vector<std::uint8_t> dscpsOf(std::uint64_t precedence);
 
 }  // namespace PolicyMapTestKit::Text

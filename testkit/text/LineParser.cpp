@@ -9,45 +9,15 @@ namespace PolicyMapTestKit::Text {
 
 namespace {
 
-// Unsupported commands that open their own blocks and so end the current mode. Only commands that
-// are not also valid inside an interface or a list may be listed here.
-constexpr std::array<std::string_view, 6> foreignBlocks = {
-    "banner", "control-plane", "line", "route-map", "router", "template"};
-
-constexpr std::array<std::string_view, 5> bannerKinds = {"motd", "login", "exec", "incoming",
-                                                         "prompt-timeout"};
-
-// Options of access list entries that rules do not have.
-constexpr std::array<std::string_view, 12> inexpressible = {"packet-length",
-                                                            "tos",
-                                                            "http-method",
-                                                            "tcp-option-length",
-                                                            "tcp-flags-mask",
-                                                            "dvmrp",
-                                                            "host-query",
-                                                            "host-report",
-                                                            "pim",
-                                                            "trace",
-                                                            "ece",
-                                                            "cwr"};
-
 // True for the modes of access lists, object-groups, classes, policies and zone-pairs.
 bool isAboutPolicies(Mode mode) {
-  return mode != Mode::top && mode != Mode::interface;
+  return mode != Mode::top && mode != Mode::interface && mode != Mode::zone;
 }
 
 bool isAttachment(StatementBody const& body) {
   return std::holds_alternative<ServicePolicy>(body) ||
          std::holds_alternative<InterfaceAccessGroup>(body) ||
          std::holds_alternative<InterfaceZone>(body);
-}
-
-// True for the first words of lines about policies, wherever they are.
-bool beginsPolicies(Token const& first) {
-  static constexpr std::array<std::string_view, 8> words = {
-      "access-list", "class",          "class-map", "match",
-      "policy-map",  "service-policy", "zone-pair", "object-group"};
-  return contains(words, first);
 }
 
 }  // namespace
@@ -60,6 +30,7 @@ LineParser::ModeCommands LineParser::topCommands() {
       {"ipv6", "access-list", &LineParser::ip6AccessList},
       {"ipv6", "unicast-routing", &LineParser::ip6Routing},
       {"mac", "access-list", &LineParser::macAccessList},
+      {"ethernet-services", "access-list", &LineParser::macAccessList},
       {"access-list", "", &LineParser::numberedAccessList},
       {"object-group", "", &LineParser::objectGroup},
       {"class-map", "", &LineParser::classMap},
@@ -96,6 +67,9 @@ LineParser::ModeCommands LineParser::commandsOf(Mode mode) {
       {"description", "", &LineParser::ignored},
       {"description:", "", &LineParser::ignored},
   };
+  static constexpr Command zone[] = {
+      {"description", "", &LineParser::ignored},
+  };
   static constexpr Command zonePair[] = {
       {"service-policy", "", &LineParser::zonePairPolicy},
       {"description", "", &LineParser::ignored},
@@ -116,9 +90,13 @@ LineParser::ModeCommands LineParser::commandsOf(Mode mode) {
       {"ipv4", "unnumbered", &LineParser::unnumbered},
       {"ip", "access-group", &LineParser::ipAccessGroup},
       {"ipv4", "access-group", &LineParser::ipAccessGroup},
+      {"ip", "port", &LineParser::portAccessGroup},
+      {"ipv6", "port", &LineParser::port6AccessGroup},
+      {"mac", "port", &LineParser::macPortAccessGroup},
       {"ipv6", "access-group", &LineParser::ip6AccessGroup},
       {"ipv6", "traffic-filter", &LineParser::ip6AccessGroup},
       {"mac", "access-group", &LineParser::macAccessGroup},
+      {"ethernet-services", "access-group", &LineParser::macAccessGroup},
       {"zone-member", "security", &LineParser::zoneMember},
       {"addport", "", &LineParser::addPort},
       {"switchport", "", &LineParser::switchport},
@@ -142,6 +120,7 @@ LineParser::ModeCommands LineParser::commandsOf(Mode mode) {
             "set, police, drop or another action, class or another command"};
   case Mode::objectGroup:
     return {nullptr, nullptr, "a member of the object-group or another command"};
+  case Mode::zone: return {std::begin(zone), std::end(zone), "description or another command"};
   case Mode::zonePair:
     return {std::begin(zonePair), std::end(zonePair), "service-policy or another command"};
   case Mode::interface:
@@ -203,39 +182,9 @@ void LineParser::parseLine() {
   bool const understood = result_.skipped.total() == skippedBefore;
   bool const attaches =
       result_.statements.size() > statements && isAttachment(result_.statements.back().body);
-  if (attaches || isAboutPolicies(mode_) || (understood ? inPolicies : beginsPolicies(first))) {
+  if (attaches || isAboutPolicies(mode_) || (understood && inPolicies) || beginsPolicies(first)) {
     result_.skipped.sawPolicyLine(understood || knownToBeInexpressible_);
   }
-}
-
-void LineParser::refuse(Token const& first, SyntaxFailure const& failure) {
-  if (!lenient_) {
-    throw InputError(reader_.position(failure.found.column), failure.expected, failure.found.text);
-  }
-  skip(first, failure);
-}
-
-// True if the line belongs to something that was skipped before it. Counts the line then.
-bool LineParser::skippedBefore(Token const& first) {
-  if (bannerEnd_) {
-    result_.skipped.add("banner", reader_.position(first.column));
-    if (endsBanner(reader_.line())) {
-      bannerEnd_.reset();
-    }
-    return true;
-  }
-  if (skippedColumn_ == 0 || first.atEnd() || first.text.front() == '!') {
-    return false;
-  }
-  if (first.column > skippedColumn_) {
-    result_.skipped.add(skippedKind_, reader_.position(first.column));
-    if (beginsPolicies(first) || Lexer(reader_.line()).peekSecond().is("access-group")) {
-      result_.skipped.sawPolicyLine(false);
-    }
-    return true;
-  }
-  skippedColumn_ = 0;
-  return false;
 }
 
 LineParser::Command const* LineParser::find(ModeCommands const& commands, Lexer const& lexer,
@@ -261,7 +210,11 @@ void LineParser::parseCommand(Lexer& lexer, Token const& first) {
   bool const remove = lexer.accept("no");
   bool const wasInPolice = std::exchange(inPolice_, false);
   ModeCommands const inMode = commandsOf(mode_);
-  if (Command const* const command = find(commandsOf(Mode::top), lexer, remove)) {
+  bool const nestsGroup =
+      mode_ == Mode::objectGroup && first.column > modeColumn_ && lexer.peek().is("object-group");
+  if (Command const* const command =
+          nestsGroup ? nullptr : find(commandsOf(Mode::top), lexer, remove)) {
+    skippedHeader_ = {};
     // Even a faulty command ends the mode: the lines after it must not be applied to the old mode.
     Mode const before = std::exchange(mode_, Mode::top);
     modeColumn_ = position_.column;
@@ -304,59 +257,6 @@ SyntaxFailure LineParser::unknownCommand(Lexer& lexer, ModeCommands const& comma
   return {seconds, lexer.peek()};
 }
 
-void LineParser::skip(Token const& first, SyntaxFailure const& failure) {
-  skippedKind_ = skippedKind(reader_.line(), failure);
-  skippedColumn_ = first.column;
-  result_.skipped.add(skippedKind_, position_);
-  knownToBeInexpressible_ = contains(inexpressible, failure.found);
-  if (mode_ == Mode::classMap && first.is("match") && !widening_) {
-    Lexer lexer(reader_.line());
-    lexer.next();
-    emit(ClassMatchCondition{outer_, unknownCondition(lexer), false});
-    return;
-  }
-  if (mode_ == Mode::accessList && !widening_ && skipsDeny()) {
-    return;
-  }
-  bool const beside = first.column <= modeColumn_;
-  if (beside && (bodyIsIndented_ || contains(foreignBlocks, first))) {
-    mode_ = Mode::top;
-  }
-  if (first.is("banner")) {
-    openBanner(first);
-  }
-}
-
-// Determines the end of the banner, unless it ends on its first line.
-void LineParser::openBanner(Token const& first) {
-  Lexer lexer(reader_.line());
-  lexer.next();
-  if (contains(bannerKinds, lexer.peek())) {
-    lexer.next();
-  }
-  std::string_view const text = lexer.rest().text;
-  if (text.empty()) {
-    bannerEnd_ = "EOF";
-  } else {
-    // The end mark is a character, or the two characters that denote a control character.
-    std::size_t const size = text.front() == '^' && text.size() > 1 ? 2 : 1;
-    std::string_view const mark = text.substr(0, size);
-    bool const isWord = (mark.front() >= '0' && mark.front() <= '9') ||
-                        (mark.front() >= 'A' && mark.front() <= 'Z') ||
-                        (mark.front() >= 'a' && mark.front() <= 'z');
-    if (!isWord && text.find(mark, size) == std::string_view::npos) {
-      bannerEnd_ = mark;
-    }
-  }
-  bannerPosition_ = reader_.position(first.column);
-  skippedColumn_ = 0;
-}
-
-bool LineParser::endsBanner(std::string_view line) const {
-  return *bannerEnd_ == "EOF" ? Lexer(line).peek().text == "EOF"
-                              : line.find(*bannerEnd_) != std::string_view::npos;
-}
-
 // Other commands
 
 void LineParser::routing(Lexer& lexer, Family family, bool remove) {
@@ -381,8 +281,9 @@ void LineParser::end(Lexer& lexer, bool /*remove*/) {
   lexer.expectEnd();
 }
 
-PolicyText parsePolicyText(SourceText const& source, Reading reading) {
-  return LineParser(source, reading).parse();
+PolicyText parsePolicyText(SourceText const& source, Reading reading,
+                           ActionMapping const& actions) {
+  return LineParser(source, reading, actions).parse();
 }
 
 }  // namespace PolicyMapTestKit::Text

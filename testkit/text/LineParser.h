@@ -3,9 +3,9 @@
 
 // LineParser: parses policy text line by line into statements. Internal; see PolicyTextParser.h.
 //
-// LineParser.cpp has the lines themselves: which mode a line belongs to, which command it is, and
-// what becomes of a line that is not understood. The commands are in AccessListLines.cpp,
-// ClassMapLines.cpp, PolicyMapLines.cpp and InterfaceLines.cpp.
+// LineParser.cpp has the lines themselves: which mode a line belongs to, and which command it is.
+// SkippedBlocks.cpp has what becomes of a line that is not understood. The commands are in
+// AccessListLines.cpp, ClassMapLines.cpp, PolicyMapLines.cpp and InterfaceLines.cpp.
 
 #include "testkit/text/Lexer.h"
 #include "testkit/text/PolicyTextParser.h"
@@ -51,6 +51,7 @@ enum class Mode : std::uint8_t {
   policyMap,
   policyClass,
   interface,
+  zone,
   zonePair,
 };
 
@@ -66,8 +67,10 @@ struct GroupSyntax {
 
 class LineParser {
  public:
-  LineParser(SourceText const& source, Reading reading)
+  // `actions` must outlive this object.
+  LineParser(SourceText const& source, Reading reading, ActionMapping const& actions)
       : reader_(source),
+        actions_(actions),
         lenient_(reading != Reading::strict),
         widening_(reading == Reading::widening) {}
 
@@ -96,7 +99,11 @@ class LineParser {
   static ModeCommands commandsOf(Mode mode);
 
   void parseLine();
+  // True for the first words of lines about policies, wherever they are.
+  static bool beginsPolicies(Token const& first);
   bool skippedBefore(Token const& first);
+  bool attachesElsewhere(Token const& first, std::string const& place);
+  std::string skippedPlace() const;
   void parseCommand(Lexer& lexer, Token const& first);
   static SyntaxFailure unknownCommand(Lexer& lexer, ModeCommands const& commands, bool remove);
   static Command const* find(ModeCommands const& commands, Lexer const& lexer, bool remove);
@@ -105,7 +112,8 @@ class LineParser {
   void skip(Token const& first, SyntaxFailure const& failure);
   // True for the first word of an action of a class that is no number.
   static bool isOtherAction(Token const& word);
-  void openBanner(Token const& first);
+  void openText(Token const& first);
+  void openBanner(Lexer& lexer);
   bool endsBanner(std::string_view line) const;
 
   void ipAccessList(Lexer& lexer, bool remove);
@@ -128,6 +136,8 @@ class LineParser {
   void match(Lexer& lexer, bool remove);
   void policyClass(Lexer& lexer, bool remove);
   void setAction(Lexer& lexer, bool remove);
+  std::optional<std::uint64_t> takeMarking(Lexer& lexer, std::uint64_t (*take)(Lexer& lexer),
+                                           bool remove) const;
   void assignQueue(Lexer& lexer, bool remove);
   void police(Lexer& lexer, bool remove);
   void shape(Lexer& lexer, bool remove);
@@ -145,6 +155,9 @@ class LineParser {
   void ipAccessGroup(Lexer& lexer, bool remove) { accessGroup(lexer, Family::ip4, remove); }
   void ip6AccessGroup(Lexer& lexer, bool remove) { accessGroup(lexer, Family::ip6, remove); }
   void macAccessGroup(Lexer& lexer, bool remove) { accessGroup(lexer, Family::mac, remove); }
+  void portAccessGroup(Lexer& lexer, bool remove) { ofPort(lexer, Family::ip4, remove); }
+  void port6AccessGroup(Lexer& lexer, bool remove) { ofPort(lexer, Family::ip6, remove); }
+  void macPortAccessGroup(Lexer& lexer, bool remove) { ofPort(lexer, Family::mac, remove); }
   void unnumbered(Lexer& lexer, bool remove);
   void ip6Enable(Lexer& lexer, bool remove);
   void ignored(Lexer& lexer, bool remove);
@@ -154,9 +167,13 @@ class LineParser {
     accessList(lexer, family, remove, extendedRule(family));
   }
   bool accessListEntry(Lexer& lexer, bool remove);
-  bool skipsDeny();
+  std::optional<std::uint32_t> takeTrailingSequence(Lexer& lexer) const;
+  bool skipsEntry();
   bool groupMember(Lexer& lexer, bool remove);
   void accessGroup(Lexer& lexer, Family family, bool remove);
+  void ofPort(Lexer& lexer, Family family, bool remove);
+  // The kind of action that the current line becomes; 0: none.
+  std::uint8_t mapped(std::uint8_t usualKind) const;
   void emitAction(std::uint8_t kind, std::uint64_t value, bool remove);
   void emitOtherAction(std::string const& text, bool remove);
   void emitRate(std::optional<std::uint64_t> rate, Lexer& lexer, bool remove);
@@ -167,6 +184,7 @@ class LineParser {
   void address(Lexer& lexer, Family family, bool remove);
   void routing(Lexer& lexer, Family family, bool remove);
   std::string takeType(Lexer& lexer) const;
+  std::uint32_t takePriority(Lexer& lexer) const;
 
   // In the mode of several interfaces: a statement for each.
   void emit(StatementBody body);
@@ -182,6 +200,7 @@ class LineParser {
   }
 
   LineReader reader_;
+  ActionMapping const& actions_;
   bool lenient_;
   bool widening_;
   PolicyText result_;
@@ -214,6 +233,9 @@ class LineParser {
   // Column and kind of the skipped line whose block may still continue; column 0 for none.
   std::uint32_t skippedColumn_ = 0;
   std::string skippedKind_;
+  // Its text: what is attached below is explained only. Empty for none.
+  std::string_view skippedHeader_;
+  bool skippedInInterface_ = false;
   // The line that was skipped is understood, but rules cannot say it.
   bool knownToBeInexpressible_ = false;
   // The last line of the current banner; none outside banners.

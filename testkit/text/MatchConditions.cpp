@@ -2,6 +2,7 @@
 #include "testkit/text/MatchConditions.h"
 
 #include "testkit/text/Address.h"
+#include "testkit/text/ConditionReasons.h"
 #include "testkit/text/IpOptions.h"
 #include "testkit/text/PortNames.h"
 #include "testkit/text/RuleConversion.h"
@@ -16,43 +17,16 @@ namespace PolicyMapTestKit::Text {
 
 namespace {
 
-constexpr std::string_view notInHeaders = "a header does not tell it";
-constexpr std::string_view noField = "rules do not have this field";
-constexpr std::string_view notInRules = "rules cannot say it";
-constexpr std::string_view notUnderstood = "not understood";
-
-// The beginnings of conditions that no rule expresses.
-struct Inexpressible {
-  std::string_view word;
-  std::string_view reason;
-};
-
-constexpr std::array inexpressible{
-    Inexpressible{"cos", noField},
-    Inexpressible{"mpls", noField},
-    Inexpressible{"packet", noField},
-    Inexpressible{"ip rtp", notInRules},
-    Inexpressible{"not access-group", notInRules},
-    Inexpressible{"not class-map", notInRules},
-    Inexpressible{"application", notInHeaders},
-    Inexpressible{"application-group", notInHeaders},
-    Inexpressible{"atm", notInHeaders},
-    Inexpressible{"authentication", notInHeaders},
-    Inexpressible{"discard-class", notInHeaders},
-    Inexpressible{"flow", notInHeaders},
-    Inexpressible{"fr-dlci", notInHeaders},
-    Inexpressible{"input-interface", notInHeaders},
-    Inexpressible{"qos-group", notInHeaders},
-    Inexpressible{"traffic-category", notInHeaders},
-    Inexpressible{"user-group", notInHeaders},
-};
-
-// Names of services that are not those of their ports.
+// Names of services that are not those of their ports. A port is a name, or a number of tcp.
 struct Service {
   std::string_view name;
   std::string_view port;
 };
 constexpr std::array services{
+    Service{"cifs", "445"},
+    Service{"ftps", "990"},
+    Service{"h323", "1720"},
+    Service{"ms-sql", "1433"},
     Service{"dns", "domain"},
     Service{"secure-http", "https"},
     Service{"dhcp", "bootps"},
@@ -61,18 +35,6 @@ constexpr std::array services{
     Service{"secure-pop3", "pop3s"},
     Service{"ipsec-nat", "non500-isakmp"},
 };
-
-// Empty if the condition is none of them.
-std::string_view knownReason(std::string_view condition) {
-  for (Inexpressible const& each : inexpressible) {
-    bool const begins = condition.size() >= each.word.size() &&
-                        equalsKeyword(condition.substr(0, each.word.size()), each.word);
-    if (begins && (condition.size() == each.word.size() || condition[each.word.size()] == ' ')) {
-      return each.reason;
-    }
-  }
-  return {};
-}
 
 // Which families a condition on IP packets is about.
 struct Families {
@@ -120,18 +82,27 @@ class ConditionParser {
         Kind{"protocol", &ConditionParser::takeProtocol},
         Kind{"vlan", &ConditionParser::takeVlan},
         Kind{"ethertype", &ConditionParser::takeEtherType},
+        Kind{"icmp-type", &ConditionParser::takeIcmpType},
+        Kind{"ttl", &ConditionParser::takeTtl},
         Kind{"srcl4port", &ConditionParser::takeSourcePort},
         Kind{"dstl4port", &ConditionParser::takeDestinationPort},
         Kind{"srcip", &ConditionParser::takeSource},
         Kind{"dstip", &ConditionParser::takeDestination},
         Kind{"srcip6", &ConditionParser::takeSource6},
         Kind{"dstip6", &ConditionParser::takeDestination6},
+        Kind{"source-address", &ConditionParser::takeSourceAddress},
+        Kind{"destination-address", &ConditionParser::takeDestinationAddress},
+        Kind{"source-port", &ConditionParser::takeSourcePort},
+        Kind{"destination-port", &ConditionParser::takeDestinationPort},
     };
     Token const first = lexer_.peek();
     bool const ip = first.is("ip") || first.is("ipv4");
     if (ip || first.is("ipv6")) {
+      static constexpr std::array<std::string_view, 4> ofFamily = {"dscp", "icmp-type",
+                                                                   "precedence", "ttl"};
       Token const second = lexer_.peekSecond();
-      if (!second.is("dscp") && !second.is("precedence")) {
+      if (std::none_of(ofFamily.begin(), ofFamily.end(),
+                       [&](std::string_view word) { return second.is(word); })) {
         return false;
       }
       lexer_.next();
@@ -231,6 +202,9 @@ class ConditionParser {
       for (std::size_t from = 0; from <= word.size();) {
         std::size_t const comma = std::min(word.find(',', from), word.size());
         std::string_view const item = word.substr(from, comma - from);
+        if (item.empty() && from == word.size() && !lexer_.peekSecond().atEnd()) {
+          break;  // "ef, cs5"
+        }
         std::size_t const hyphen = item.find('-');
         bool const isRange = hyphen != std::string_view::npos && isDigit(item.front());
         Lexer low(isRange ? item.substr(0, hyphen) : item);
@@ -262,11 +236,10 @@ class ConditionParser {
     }
   }
 
-  // A precedence is the first three bits of the DSCP.
   void takePrecedence() {
     for (std::uint64_t const value : takeValues(&takePrecedenceValue)) {
-      for (std::uint64_t low = 0; low != 8; ++low) {
-        add([&](auto& rule) { rule.dscpIs(value * 8 + low); });
+      for (std::uint8_t const dscp : dscpsOf(value)) {
+        add([&](auto& rule) { rule.dscpIs(dscp); });
       }
     }
   }
@@ -291,9 +264,52 @@ class ConditionParser {
     addMac(rule);
   }
 
+  void takeTtl() {
+    for (std::uint64_t const ttl :
+         takeValues([](Lexer& lexer) { return takeNumber(lexer, "ttl", 0, 255); })) {
+      add([&](auto& rule) { rule.ttlIs(Acl::TtlMatch::eq(static_cast<std::int64_t>(ttl))); });
+    }
+  }
+
+  void takeIcmpType() {
+    for (std::uint64_t const type :
+         takeValues([](Lexer& lexer) { return takeNumber(lexer, "ICMP type", 0, 255); })) {
+      if (families_.ip4) {
+        addIcmp<Acl::IpRuleConfig>(protocol::icmp, type);
+      }
+      if (families_.ip6) {
+        addIcmp<Acl::Ip6RuleConfig>(protocol::icmp6, type);
+      }
+    }
+  }
+  template <class Rule>
+  void addIcmp(std::uint8_t protocol, std::uint64_t type) {
+    Rule rule;
+    rule.protocolIs(protocol);
+    rule.icmpTypeIs(type);
+    condition_.rules.emplace_back(rule);
+  }
+
+  // `tcp udp` is a list. With a word that is no protocol, no header tells it.
   void takeProtocol() {
-    std::string const name = lowerCase(takeName(lexer_, "a protocol").text);
-    say(name);
+    do {
+      families_ = {true, true};
+      std::string const name = lowerCase(takeName(lexer_, "a protocol").text);
+      say(name);
+      if (name == "smtp") {
+        lexer_.accept("extended");
+      }
+      if (!addProtocol(name)) {
+        condition_.rules.clear();
+        while (!lexer_.peek().atEnd()) {
+          say(lowerCase(lexer_.next().text));
+        }
+      }
+    } while (!lexer_.peek().atEnd());
+  }
+
+  // Returns false if the name is unknown, or of what is recognised by content.
+  bool addProtocol(std::string const& name) {
     std::uint64_t number = 0;
     if (name == "ip" || name == "ipv4") {
       families_.ip6 = false;
@@ -307,13 +323,10 @@ class ConditionParser {
       addMac(rule);
     } else if (parseNumber(name, 0, 255, number)) {
       add([&](auto& rule) { rule.protocolIs(static_cast<std::uint16_t>(number)); });
-    } else if (!lexer_.peek().atEnd() || !(takeProtocolNamed(name) || takeService(name))) {
-      // Recognised by content, or unknown.
-      condition_.rules.clear();
-      while (!lexer_.peek().atEnd()) {
-        say(lowerCase(lexer_.next().text));
-      }
+    } else {
+      return takeProtocolNamed(name) || takeService(name);
     }
+    return true;
   }
 
   bool takeProtocolNamed(std::string const& name) {
@@ -334,27 +347,62 @@ class ConditionParser {
     auto const alias = std::find_if(services.begin(), services.end(),
                                     [&](Service const& each) { return each.name == name; });
     std::string_view const port = alias == services.end() ? name : alias->port;
+    std::size_t const before = condition_.rules.size();
     for (std::uint8_t const transport : {protocol::tcp, protocol::udp}) {
-      if (auto const number = portNumber(transport, port)) {
+      auto number = portNumber(transport, port);
+      std::uint64_t ofTcp = 0;
+      if (transport == protocol::tcp && parseNumber(port, 0, Acl::PortMatch::highest, ofTcp)) {
+        number = static_cast<std::uint16_t>(ofTcp);
+      }
+      if (number) {
         add([&](auto& rule) {
           rule.protocolIs(transport);
           rule.dstPortIs(Acl::PortMatch::eq(*number));
         });
       }
     }
-    return !condition_.rules.empty();
+    return condition_.rules.size() != before;
   }
 
+  // Ports, ranges such as `1024-2000`, and lists of them.
   template <class Set>
   void takePort(Set const& set) {
-    for (std::uint64_t const port : takeValues(&takePortOfTransports)) {
-      for (std::uint8_t const transport : {protocol::tcp, protocol::udp}) {
-        add([&](auto& rule) {
-          rule.protocolIs(transport);
-          set(rule, Acl::PortMatch::eq(static_cast<std::int64_t>(port)));
-        });
+    do {
+      Lexer const before = lexer_;
+      std::string_view word = takeName(lexer_, "a port").text;
+      try {
+        while (!word.empty()) {
+          std::size_t const comma = std::min(word.find(','), word.size());
+          addPorts(portsIn(word.substr(0, comma)), set);
+          word.remove_prefix(std::min(comma + 1, word.size()));
+        }
+      } catch (SyntaxFailure const& failure) {
+        before.fail(failure.expected);
       }
+    } while (!lexer_.peek().atEnd());
+  }
+  template <class Set>
+  void addPorts(Acl::PortMatch const& ports, Set const& set) {
+    for (std::uint8_t const transport : {protocol::tcp, protocol::udp}) {
+      add([&](auto& rule) {
+        rule.protocolIs(transport);
+        set(rule, ports);
+      });
     }
+  }
+  Acl::PortMatch portsIn(std::string_view item) {
+    std::size_t const hyphen = item.find('-');
+    bool const isRange = hyphen != std::string_view::npos && isDigit(item.front());
+    Lexer low(isRange ? item.substr(0, hyphen) : item);
+    std::uint64_t const first = takePortOfTransports(low);
+    if (!isRange) {
+      say(first);
+      return Acl::PortMatch::eq(static_cast<std::int64_t>(first));
+    }
+    Lexer high(item.substr(hyphen + 1));
+    std::uint64_t const last = takeNumber(high, "port", first, Acl::PortMatch::highest);
+    say(std::to_string(first) + "-" + std::to_string(last));
+    return Acl::PortMatch::range(static_cast<std::int64_t>(first), static_cast<std::int64_t>(last));
   }
   static std::uint64_t takePortOfTransports(Lexer& lexer) {
     std::string_view const word = lexer.peek().text;
@@ -398,6 +446,38 @@ class ConditionParser {
   void takeSource6() { addAddresses<Acl::Ip6RuleConfig>(Family::ip6, true); }
   void takeDestination6() { addAddresses<Acl::Ip6RuleConfig>(Family::ip6, false); }
 
+  // `ipv4 A MASK`, `ipv6 A/LENGTH`, `mac M`.
+  void takeSourceAddress() { addWrittenAddress(true); }
+  void takeDestinationAddress() { addWrittenAddress(false); }
+  void addWrittenAddress(bool isSource) {
+    if (lexer_.accept("ipv6")) {
+      say("ipv6");
+      addAddresses<Acl::Ip6RuleConfig>(Family::ip6, isSource);
+    } else if (lexer_.accept("mac")) {
+      say("mac");
+      addMacAddress(isSource);
+    } else {
+      lexer_.accept("ipv4");
+      addAddresses<Acl::IpRuleConfig>(Family::ip4, isSource);
+    }
+  }
+  void addMacAddress(bool isSource) {
+    AddressBytes bytes{};
+    if (!parseAddress(Family::mac, lexer_.peek().text, bytes)) {
+      lexer_.fail("a MAC address");
+    }
+    say(lowerCase(lexer_.next().text));
+    auto const match = addressMatch<Acl::MacAddressMatch>(
+        maskedAddress(bytes, prefixMask(addressSize(Family::mac) * 8)));
+    Acl::MacRuleConfig rule;
+    if (isSource) {
+      rule.sourceIs(match);
+    } else {
+      rule.destinationIs(match);
+    }
+    addMac(rule);
+  }
+
   template <class Rule>
   void addAddresses(Family family, bool isSource) {
     auto const match = addressMatch<typename Rule::AddressMatch>(takeSubnet(family));
@@ -440,18 +520,10 @@ bool isConditionName(std::string_view classMap) {
   return classMap.starts_with(conditionName(""));
 }
 
-std::string_view reasonAgainst(std::string_view condition) {
-  if (condition == contradiction) {
-    return "no kind of rule has their fields together";
-  }
-  std::string_view const known = knownReason(condition);
-  bool const isProtocol = condition.starts_with("protocol ");
-  return !known.empty() ? known : isProtocol ? notInHeaders : notUnderstood;
-}
-
 std::string_view conditionWords() {
   return "access-group, class-map, ip, ipv6, mac, any, dscp, precedence, protocol, vlan, "
-         "ethertype, srcl4port, dstl4port, srcip or dstip";
+         "ethertype, ttl, srcl4port, dstl4port, srcip, dstip, source-address, destination-address, "
+         "source-port or destination-port";
 }
 
 }  // namespace PolicyMapTestKit::Text

@@ -29,13 +29,6 @@ POLICYMAPTESTKIT_API MatchCondition unknownCondition(Lexer& lexer);
 POLICYMAPTESTKIT_API std::string conditionName(std::string_view condition);
 // True for the name of the class-map of a condition.
 POLICYMAPTESTKIT_API bool isConditionName(std::string_view classMap);
-// The condition that replaces those of a match-all class if no kind of rule has all of their
-// fields.
-inline constexpr std::string_view contradiction = "all of its conditions";
-
-// Why no rule expresses a condition without rules, from its text: "a header does not tell it".
-POLICYMAPTESTKIT_API std::string_view reasonAgainst(std::string_view condition);
-
 // The words that begin a condition, for messages.
 POLICYMAPTESTKIT_API std::string_view conditionWords();
 

@@ -5,6 +5,7 @@
 #include "testkit/text/IpOptions.h"
 #include "testkit/text/LineParser.h"
 #include "testkit/text/PortNames.h"
+#include "testkit/text/Ports.h"
 
 namespace PolicyMapTestKit::Text {
 
@@ -51,6 +52,15 @@ std::vector<Address> takeAddresses(Lexer& lexer, GroupSyntax const& syntax) {
   if (lexer.peek().atEnd()) {
     return {maskedAddress(bytes, exact)};
   }
+  if (lexer.peek().text.front() == '/') {
+    Token const word = lexer.peek();
+    std::uint64_t bits = 0;
+    if (!parseNumber(word.text.substr(1), 0, addressSize(family) * std::uint64_t{8}, bits)) {
+      lexer.fail("the length of a prefix");
+    }
+    lexer.next();
+    return {maskedAddress(bytes, prefixMask(static_cast<unsigned>(bits)))};
+  }
   AddressBytes const mask = take(syntax.wildcards ? "wildcard bits" : "a subnet mask");
   return {maskedAddress(bytes, syntax.wildcards ? invertedBits(family, mask) : mask)};
 }
@@ -73,6 +83,15 @@ std::vector<std::uint8_t> takeProtocols(Lexer& lexer) {
   return protocols;
 }
 
+// `eq 80`, or `80` alone.
+Acl::PortMatch takePortsOrOne(Lexer& lexer, std::uint8_t protocol) {
+  std::optional<std::int64_t> port;
+  if (protocol == protocol::tcp || protocol == protocol::udp || protocol == protocol::sctp) {
+    port = acceptPort(lexer, protocol);
+  }
+  return port ? Acl::PortMatch::eq(*port) : takePorts(lexer, protocol);
+}
+
 // What follows the protocol of a service.
 std::vector<GroupMember> takeServices(Lexer& lexer, std::vector<std::uint8_t> const& protocols) {
   std::vector<GroupMember> members;
@@ -85,7 +104,7 @@ std::vector<GroupMember> takeServices(Lexer& lexer, std::vector<std::uint8_t> co
       service.srcPortIs(takePorts(lexer, protocol));
     }
     lexer.accept("destination");
-    service.dstPortIs(takePorts(lexer, protocol));
+    service.dstPortIs(takePortsOrOne(lexer, protocol));
     if (protocol == protocol::icmp || protocol == protocol::icmp6) {
       takeIpOptions(lexer, service);
     }
@@ -100,7 +119,13 @@ std::vector<GroupMember> takeServices(Lexer& lexer, std::vector<std::uint8_t> co
 void LineParser::objectGroup(Lexer& lexer, bool remove) {
   GroupSyntax syntax;
   if (lexer.accept("network")) {
-    lexer.accept("ipv4");
+    if (lexer.accept("ipv6")) {
+      syntax.family = Family::ip6;
+    } else {
+      lexer.accept("ipv4");
+    }
+  } else if (lexer.accept("port")) {
+    syntax.kind = GroupKind::ports;
   } else if (lexer.accept("v6-network")) {
     syntax.family = Family::ip6;
   } else if (lexer.accept("service") || lexer.accept("v6-service")) {
@@ -114,7 +139,7 @@ void LineParser::objectGroup(Lexer& lexer, bool remove) {
       lexer.fail("address or port");
     }
   } else {
-    lexer.fail("network, service, ip address or ip port");
+    lexer.fail("network, service, port, ip address or ip port");
   }
   Name group = nameOf(takeName(lexer, "an object-group name"));
   if (syntax.kind == GroupKind::services && !lexer.peek().atEnd()) {
@@ -139,11 +164,12 @@ bool LineParser::groupMember(Lexer& lexer, bool remove) {
   }
   Lexer const before = lexer;
   std::uint64_t number = 0;
-  if (group_.wildcards && parseNumber(lexer.peek().text, 1, highestWord, number)) {
+  if (group_.kind != GroupKind::services &&
+      parseNumber(lexer.peek().text, 1, highestWord, number)) {
     lexer.next();  // the number of the line
   }
   ObjectGroupMembers body{outer_, {}, remove};
-  if (lexer.accept("group-object")) {
+  if (lexer.accept("group-object") || lexer.accept("object-group")) {
     body.members.emplace_back(
         GroupReference{std::string(takeName(lexer, "an object-group name").text)});
   } else if (group_.kind == GroupKind::addresses) {
@@ -159,7 +185,11 @@ bool LineParser::groupMember(Lexer& lexer, bool remove) {
     body.members = takeServices(lexer, group_.protocols);
   } else {
     lexer.accept("service-object");
-    body.members = takeServices(lexer, takeProtocols(lexer));
+    if (lexer.accept("ip")) {
+      body.members.emplace_back(Acl::IpRuleConfig());
+    } else {
+      body.members = takeServices(lexer, takeProtocols(lexer));
+    }
   }
   if (body.members.empty()) {
     lexer = before;

@@ -51,7 +51,10 @@ constexpr std::array markings{
 constexpr std::array<std::string_view, 3> policeVerbs = {"conform-action", "exceed-action",
                                                          "violate-action"};
 
-constexpr std::array<std::string_view, 27> otherActions = {"admit",
+constexpr std::array<std::string_view, 30> otherActions = {"admit",
+                                                           "conform-color",
+                                                           "exceed-color",
+                                                           "police-single-rate",
                                                            "compression",
                                                            "conform-action",
                                                            "drop",
@@ -187,19 +190,46 @@ void LineParser::policyClass(Lexer& lexer, bool remove) {
   classLine_ = position_.line;
 }
 
+// The value of a marking; 0 if all are removed. None if it is no number, e.g. `dscp table T`, which
+// only a lenient reading takes.
+std::optional<std::uint64_t> LineParser::takeMarking(Lexer& lexer,
+                                                     std::uint64_t (*take)(Lexer& lexer),
+                                                     bool remove) const {
+  if (remove && lexer.peek().atEnd()) {
+    return 0;
+  }
+  try {
+    std::uint64_t const value = take(lexer);
+    lexer.expectEnd();
+    return value;
+  } catch (SyntaxFailure const&) {
+    if (!lenient_) {
+      throw;
+    }
+    return std::nullopt;
+  }
+}
+
 void LineParser::setAction(Lexer& lexer, bool remove) {
   isAbout(lexer.peek());
   for (Marking const& marking : markings) {
     Lexer ahead = lexer;
     if (acceptWords(ahead, marking.words)) {
-      lexer = ahead;
-      bool const any = remove && lexer.peek().atEnd();
-      emitAction(markingAction, any ? 0 : marking.take(lexer), remove);
-      lexer.expectEnd();
+      std::optional<std::uint64_t> const value = takeMarking(ahead, marking.take, remove);
+      if (value) {
+        lexer = ahead;
+        emitAction(mapped(markingAction), *value, remove);
+      } else {
+        emitOtherAction("set " + std::string(lexer.rest().text), remove);
+      }
       return;
     }
   }
-  if (lexer.accept("tunnel") || lexer.peek().is("vlan") || lexer.peek().is("ip")) {
+  auto const& numbers = PolicyMapTest::testActionNames;
+  bool const isNumber =
+      std::any_of(numbers.begin(), numbers.end(), [&](auto name) { return lexer.peek().is(name); });
+  if (lexer.peek().is("tunnel") || lexer.peek().is("vlan") || lexer.peek().is("ip") ||
+      (lenient_ && !isNumber && !lexer.peek().atEnd())) {
     emitOtherAction("set " + std::string(lexer.rest().text), remove);
     return;
   }
@@ -211,7 +241,7 @@ void LineParser::setAction(Lexer& lexer, bool remove) {
 
 void LineParser::assignQueue(Lexer& lexer, bool remove) {
   bool const any = remove && lexer.peek().atEnd();
-  emitAction(markingAction, any ? 0 : takeNumber(lexer, "queue", 0, highestWord), remove);
+  emitAction(mapped(markingAction), any ? 0 : takeNumber(lexer, "queue", 0, highestWord), remove);
   lexer.expectEnd();
 }
 
@@ -251,9 +281,11 @@ void LineParser::bandwidth(Lexer& lexer, bool remove) {
 // Without a rate, the rest of the line is another action. `no priority` may remove one.
 void LineParser::emitRate(std::optional<std::uint64_t> rate, Lexer& lexer, bool remove) {
   if (remove && lexer.peek().atEnd() && command_ != "priority") {
-    emit(PolicyClassAction{outer_, className_, rateAction, std::nullopt, true});
+    if (std::uint8_t const kind = mapped(rateAction); kind != 0) {
+      emit(PolicyClassAction{outer_, className_, kind, std::nullopt, true});
+    }
   } else if (rate) {
-    emitAction(rateAction, *rate, remove);
+    emitAction(mapped(rateAction), *rate, remove);
   } else {
     emitOtherAction(command_ + " " + std::string(lexer.rest().text), remove);
   }
@@ -268,7 +300,16 @@ bool LineParser::isOtherAction(Token const& word) {
   return contains(otherActions, word);
 }
 
+std::uint8_t LineParser::mapped(std::uint8_t usualKind) const {
+  Lexer lexer(reader_.line());
+  lexer.accept("no");
+  return actions_.actionOf(lexer.rest().text).value_or(usualKind);
+}
+
 void LineParser::emitAction(std::uint8_t kind, std::uint64_t value, bool remove) {
+  if (kind == 0) {
+    return;
+  }
   PolicyClassAction body{outer_, className_, kind, std::nullopt};
   if (!remove) {
     body.value = static_cast<std::uint32_t>(value);
@@ -282,7 +323,10 @@ void LineParser::emitOtherAction(std::string const& text, bool remove) {
   while (!words.peek().atEnd()) {
     normal.append(normal.empty() ? "" : " ").append(words.next().text);
   }
-  emit(PolicyClassOtherAction{outer_, className_, std::move(normal), remove});
+  std::uint8_t const action = actions_.actionOf(normal).value_or(otherAction);
+  if (action != 0) {
+    emit(PolicyClassOtherAction{outer_, className_, std::move(normal), remove, false, action});
+  }
 }
 
 }  // namespace PolicyMapTestKit::Text

@@ -9,6 +9,7 @@
 //   text.statements) { ... }
 
 #include "testkit/Export.h"
+#include "testkit/text/ActionMapping.h"
 #include "testkit/text/SkippedLines.h"
 #include "testkit/text/SourceText.h"
 #include "testkit/text/Statement.h"
@@ -41,6 +42,9 @@ struct PolicyText {
 //
 // A skipped `match` line is kept as a condition that no rule expresses, so that a match-all class
 // does not match more than its text says, but nothing; unless the reading is widening.
-POLICYMAPTESTKIT_API PolicyText parsePolicyText(SourceText const& source, Reading reading);
+//
+// `actions` says what lines of classes become in place of their usual actions.
+POLICYMAPTESTKIT_API PolicyText parsePolicyText(SourceText const& source, Reading reading,
+                                                ActionMapping const& actions = {});
 
 }  // namespace PolicyMapTestKit::Text

@@ -4,10 +4,12 @@
 #include "testkit/text/Comparison.h"
 #include "testkit/text/IpOptions.h"
 #include "testkit/text/PortNames.h"
+#include "testkit/text/Ports.h"
 #include "testkit/text/RuleConversion.h"
 
 #include <algorithm>
 #include <initializer_list>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,20 +18,6 @@
 namespace PolicyMapTestKit::Text {
 
 namespace {
-
-std::uint64_t takePort(Lexer& lexer, std::uint8_t protocol, std::uint64_t low, std::uint64_t high) {
-  std::uint64_t port = 0;
-  bool known = parseNumber(lexer.peek().text, low, high, port);
-  if (auto const named = portNumber(protocol, lexer.peek().text)) {
-    port = *named;
-    known = low <= port && port <= high;
-  }
-  if (!known) {
-    lexer.fail("port " + std::to_string(low) + "-" + std::to_string(high) + " or a port name");
-  }
-  lexer.next();
-  return port;
-}
 
 AddressBytes takeAddress(Lexer& lexer, Family family, std::string_view what) {
   AddressBytes bytes{};
@@ -169,46 +157,68 @@ std::optional<std::uint8_t> takeProtocol(Lexer& lexer, Family family) {
   return number;
 }
 
+// `permit every` is every packet.
 Acl::IpRuleConfig parseStandardRule(Lexer& lexer, Verdict verdict) {
   Acl::IpRuleConfig rule;
   rule.permitIs(verdict == Verdict::permit);
-  rule.sourceIs(addressMatch<Acl::IpAddressMatch>(takeIp4Address(lexer, "source", true)));
+  if (!lexer.accept("every")) {
+    rule.sourceIs(addressMatch<Acl::IpAddressMatch>(takeIp4Address(lexer, "source", true)));
+  }
+  if (lexer.peek().is("assign-queue") || lexer.peek().is("mirror") || lexer.peek().is("redirect")) {
+    takeIpOptions(lexer, rule);
+  }
   lexer.accept("log");
   lexer.expectEnd("log or end of line");
   return rule;
 }
 
+// Null `alternatives`: only one port, and no group.
 Acl::PortMatch takePortsOrGroup(Lexer& lexer, std::optional<std::uint8_t> protocol,
-                                std::initializer_list<std::string_view> words, std::string* group) {
-  bool const possible = protocol && hasPorts(*protocol);
-  return possible && takeGroup(lexer, words, group) ? Acl::PortMatch() : takePorts(lexer, protocol);
+                                std::initializer_list<std::string_view> words,
+                                RuleAlternatives* alternatives,
+                                std::string RuleAlternatives::*group,
+                                std::vector<Acl::PortMatch> RuleAlternatives::*values) {
+  if (alternatives == nullptr || !protocol || !hasPorts(*protocol)) {
+    return takePorts(lexer, protocol);
+  }
+  if (takeGroup(lexer, words, &(alternatives->*group))) {
+    return {};
+  }
+  Acl::PortMatch const first = takePorts(lexer, protocol);
+  alternatives->*values = takeFurtherPorts(lexer, *protocol, first);
+  return (alternatives->*values).empty() ? first : Acl::PortMatch();
 }
 
-// Null `groups`: they are not allowed.
+// Null `alternatives`: none are allowed.
 template <class Rule>
-Rule parseIpRule(Lexer& lexer, Family family, Verdict verdict, RuleGroups* groups) {
+Rule parseIpRule(Lexer& lexer, Family family, Verdict verdict, RuleAlternatives* alternatives) {
   using Match = typename Rule::AddressMatch;
+  using Some = RuleAlternatives;
   Rule rule;
   rule.permitIs(verdict == Verdict::permit);
-  auto const group = [groups](std::string RuleGroups::*name) {
-    return groups == nullptr ? nullptr : &(groups->*name);
+  if (lexer.accept("every")) {
+    takeIpOptions(lexer, rule, alternatives);
+    return rule;
+  }
+  auto const group = [alternatives](std::string Some::*name) {
+    return alternatives == nullptr ? nullptr : &(alternatives->*name);
   };
   std::optional<std::uint8_t> protocol;
-  if (!takeGroup(lexer, {"object-group"}, group(&RuleGroups::service))) {
+  if (!takeGroup(lexer, {"object-group"}, group(&Some::service))) {
     protocol = takeProtocol(lexer, family);
   }
   if (protocol) {
     rule.protocolIs(*protocol);
   }
-  rule.sourceIs(
-      addressMatch<Match>(takeIpAddress(lexer, family, "source", group(&RuleGroups::source))));
-  rule.srcPortIs(takePortsOrGroup(lexer, protocol, {"portgroup", "port-group"},
-                                  group(&RuleGroups::sourcePorts)));
-  rule.destinationIs(addressMatch<Match>(
-      takeIpAddress(lexer, family, "destination", group(&RuleGroups::destination))));
+  rule.sourceIs(addressMatch<Match>(takeIpAddress(lexer, family, "source", group(&Some::source))));
+  rule.srcPortIs(takePortsOrGroup(lexer, protocol, {"portgroup", "port-group"}, alternatives,
+                                  &Some::sourcePorts, &Some::sourcePortValues));
+  rule.destinationIs(
+      addressMatch<Match>(takeIpAddress(lexer, family, "destination", group(&Some::destination))));
   rule.dstPortIs(takePortsOrGroup(lexer, protocol, {"portgroup", "port-group", "object-group"},
-                                  group(&RuleGroups::destinationPorts)));
-  takeIpOptions(lexer, rule, groups == nullptr ? nullptr : &groups->precedence);
+                                  alternatives, &Some::destinationPorts,
+                                  &Some::destinationPortValues));
+  takeIpOptions(lexer, rule, alternatives);
   return rule;
 }
 
@@ -220,6 +230,7 @@ bool takeEtherType(Lexer& lexer, Acl::MacRuleConfig& rule) {
   std::optional<std::uint16_t> const type = acceptEtherType(lexer);
   if (type) {
     rule.ethertypeIs(*type);
+    lexer.accept("0x0");  // wildcard bits: none
   } else if (word) {
     lexer.fail("an Ethernet type 0-0xffff or its name");
   }
@@ -230,6 +241,7 @@ bool takeVlan(Lexer& lexer, Acl::MacRuleConfig& rule) {
   if (rule.vlan() || !lexer.accept("vlan")) {
     return false;
   }
+  lexer.accept("eq");
   rule.vlanIs(takeNumber(lexer, "vlan", 1, 4094));
   return true;
 }
@@ -248,31 +260,20 @@ Acl::MacRuleConfig parseMacRule(Lexer& lexer, Verdict verdict) {
   return rule;
 }
 
-ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict, RuleGroups* groups) {
+ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict,
+                         RuleAlternatives* alternatives) {
   switch (kind) {
   case RuleKind::standardIp4: return parseStandardRule(lexer, verdict);
-  case RuleKind::ip4: return parseIpRule<Acl::IpRuleConfig>(lexer, Family::ip4, verdict, groups);
-  case RuleKind::ip6: return parseIpRule<Acl::Ip6RuleConfig>(lexer, Family::ip6, verdict, groups);
+  case RuleKind::ip4:
+    return parseIpRule<Acl::IpRuleConfig>(lexer, Family::ip4, verdict, alternatives);
+  case RuleKind::ip6:
+    return parseIpRule<Acl::Ip6RuleConfig>(lexer, Family::ip6, verdict, alternatives);
   case RuleKind::mac: break;
   }
   return parseMacRule(lexer, verdict);
 }
 
 }  // namespace
-
-Acl::PortMatch takePorts(Lexer& lexer, std::optional<std::uint8_t> protocol) {
-  Lexer const before = lexer;
-  Acl::MatchOp const comparison = acceptComparison(lexer);
-  if (comparison == Acl::MatchOp::any) {
-    return {};
-  }
-  if (!protocol || !hasPorts(*protocol)) {
-    before.fail("protocol tcp, udp or sctp before a port");
-  }
-  return takeOperands<Acl::PortMatch>(comparison, [&](std::uint64_t low, std::uint64_t high) {
-    return takePort(lexer, *protocol, low, high);
-  });
-}
 
 std::optional<std::uint16_t> acceptEtherType(Lexer& lexer) {
   std::uint64_t number = 0;
@@ -292,11 +293,11 @@ ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict) {
 }
 
 ListRule parseListRule(Lexer& lexer, RuleKind kind, Verdict verdict, SourcePosition const& place) {
-  RuleGroups groups;
-  ListRule line{parseRule(lexer, kind, verdict, &groups)};
-  if (groups != RuleGroups()) {
-    groups.place = place;
-    line.groups = std::make_shared<RuleGroups const>(std::move(groups));
+  RuleAlternatives alternatives;
+  ListRule line{parseRule(lexer, kind, verdict, &alternatives)};
+  if (alternatives != RuleAlternatives()) {
+    alternatives.place = place;
+    line.alternatives = std::make_shared<RuleAlternatives const>(std::move(alternatives));
   }
   return line;
 }

@@ -27,15 +27,12 @@ constexpr RuleKind extendedRule(Family family) noexcept {
 
 // Parses what follows `permit` or `deny`, up to the end of the line. Raises SyntaxFailure.
 POLICYMAPTESTKIT_API ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict);
-// The same for a line of an access list, which may name object-groups. `place` is that of the line.
+// The same for a line of an access list, which may have alternatives. `place` is that of the line.
 POLICYMAPTESTKIT_API ListRule parseListRule(Lexer& lexer, RuleKind kind, Verdict verdict,
                                             SourcePosition const& place);
 
 // Consumes and returns an Ethernet type, by number or name; none if the next word is none.
 POLICYMAPTESTKIT_API std::optional<std::uint16_t> acceptEtherType(Lexer& lexer);
-
-// Comparisons of ports of this protocol, e.g. `eq www`; any if there is none.
-POLICYMAPTESTKIT_API Acl::PortMatch takePorts(Lexer& lexer, std::optional<std::uint8_t> protocol);
 
 // True if `text` is the rule as policy text, in any of its spellings, or as messages show it:
 // "permit tcp any any eq www", "permit tcp any any eq 80". Throws InputError if it is no rule at

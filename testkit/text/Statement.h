@@ -51,35 +51,42 @@ struct AccessListRemove {
   AccessListId list;
 };
 
-// What a line of an access list names besides its rule: object-groups in place of protocol,
-// addresses and ports, and a precedence, which several DSCPs have.
-struct RuleGroups {
+// What a line of an access list says in the place of one value.
+struct RuleAlternatives {
+  // Names of object-groups; empty for none.
   std::string service;
   std::string source;
   std::string destination;
   std::string sourcePorts;
   std::string destinationPorts;
-  std::optional<std::uint8_t> precedence;
+  // Empty: only those of the rule.
+  std::vector<Acl::PortMatch> sourcePortValues;
+  std::vector<Acl::PortMatch> destinationPortValues;
+  std::vector<Acl::TcpFlags> tcpFlags;
+  std::vector<std::uint8_t> dscps;
   // Of the line.
   SourcePosition place;
 
-  bool operator==(RuleGroups const& other) const {
-    auto const all = [](RuleGroups const& groups) {
-      return std::tie(groups.service, groups.source, groups.destination, groups.sourcePorts,
-                      groups.destinationPorts, groups.precedence);
+  bool operator==(RuleAlternatives const& other) const {
+    auto const all = [](RuleAlternatives const& some) {
+      return std::tie(some.service, some.source, some.destination, some.sourcePorts,
+                      some.destinationPorts, some.sourcePortValues, some.destinationPortValues,
+                      some.tcpFlags, some.dscps);
     };
     return all(*this) == all(other);
   }
 };
 
-// A line of an access list: one rule, or with groups as many as their members make of it.
+// A line of an access list: one rule, or one for each combination of the alternatives.
 struct ListRule {
   ConfiguredRule rule;
   // Null: none.
-  std::shared_ptr<RuleGroups const> groups = {};
+  std::shared_ptr<RuleAlternatives const> alternatives = {};
 
   bool operator==(ListRule const& other) const {
-    bool const same = groups && other.groups ? *groups == *other.groups : groups == other.groups;
+    bool const both = alternatives && other.alternatives;
+    bool const same =
+        both ? *alternatives == *other.alternatives : alternatives == other.alternatives;
     return same && rule == other.rule;
   }
 };
@@ -95,10 +102,11 @@ struct RuleRemove {
   AccessListId list;
   ListRule rule;
 };
-// A `deny` that a lenient reading skipped, at its place.
-struct SkippedDenyAdd {
+// An entry that a lenient reading skipped, at its place.
+struct SkippedEntryAdd {
   AccessListId list;
   std::optional<std::uint32_t> sequence;
+  bool isDeny = false;
 };
 // `[SEQ] remark TEXT`.
 struct RemarkAdd {
@@ -151,6 +159,11 @@ struct ObjectGroupMembers {
   Name group;
   std::vector<GroupMember> members;
   bool remove = false;
+};
+
+// A member that a lenient reading skipped.
+struct ObjectGroupSkipped {
+  Name group;
 };
 
 // `class-map [type WORD] [match-any|match-all] NAME`.
@@ -244,11 +257,20 @@ struct PolicyClassOtherAction {
   bool remove = false;
   // Removing nothing is no mistake.
   bool ifPresent = false;
+  // The kind of test action, from 1, whose value is the number of the text.
+  std::uint8_t action = otherAction;
 };
 
 // `interface NAME`; "Ethernet 3/1" is joined to "Ethernet3/1".
 struct InterfaceOpen {
   Name interface;
+  // A name that is none of an interface is that of a place (see PlaceOpen).
+  bool orElsewhere = false;
+};
+// What is no interface, and where something is attached all the same: it cannot be programmed
+// there.
+struct PlaceOpen {
+  Name place;
 };
 struct InterfaceRemove {
   Name interface;
@@ -296,6 +318,7 @@ enum class Direction : std::uint8_t { input, output };
 // `service-policy input|output NAME`; the `no` form sets `remove` and may omit the name.
 struct ServicePolicy {
   Name interface;
+  std::string type;
   Direction direction = Direction::input;
   std::optional<Name> policyMap;
   bool remove = false;
@@ -305,7 +328,12 @@ struct ServicePolicy {
 struct InterfaceAccessGroup {
   Name interface;
   Direction direction = Direction::input;
-  AccessListId list;
+  Family family = Family::ip4;
+  // A `no` form may omit it.
+  std::optional<Name> list;
+  // Of several lists of one family, those with lower numbers come first. A list replaces the one of
+  // its number.
+  std::uint32_t priority = 0;
   bool remove = false;
 };
 // `zone-member security ZONE`.
@@ -342,14 +370,16 @@ struct Routing {
   bool on = true;
 };
 
-using StatementBody = std::variant<
-    AccessListOpen, AccessListRemove, RuleAdd, RuleRemove, SkippedDenyAdd, RemarkAdd, RemarkRemove,
-    EntryRemove, ClassMapOpen, ClassMapRemove, ClassMatchList, ClassMatchClass, ClassMatchRule,
-    ClassMatchCondition, ObjectGroupOpen, ObjectGroupRemove, ObjectGroupMembers, PolicyMapOpen,
-    PolicyMapRemove, PolicyClassOpen, PolicyClassRemove, PolicyClassAction, PolicyClassOtherAction,
-    InterfaceOpen, InterfaceRemove, InterfaceAddress, InterfaceSwitchport, InterfaceShutdown,
-    InterfaceChannelGroup, ServicePolicy, InterfaceAccessGroup, InterfaceZone, ZonePairOpen,
-    ZonePairRemove, ZonePairPolicy, PortChannelName, Routing>;
+using StatementBody =
+    std::variant<AccessListOpen, AccessListRemove, RuleAdd, RuleRemove, SkippedEntryAdd, RemarkAdd,
+                 RemarkRemove, EntryRemove, ClassMapOpen, ClassMapRemove, ClassMatchList,
+                 ClassMatchClass, ClassMatchRule, ClassMatchCondition, ObjectGroupOpen,
+                 ObjectGroupRemove, ObjectGroupMembers, ObjectGroupSkipped, PolicyMapOpen,
+                 PolicyMapRemove, PolicyClassOpen, PolicyClassRemove, PolicyClassAction,
+                 PolicyClassOtherAction, InterfaceOpen, PlaceOpen, InterfaceRemove,
+                 InterfaceAddress, InterfaceSwitchport, InterfaceShutdown, InterfaceChannelGroup,
+                 ServicePolicy, InterfaceAccessGroup, InterfaceZone, ZonePairOpen, ZonePairRemove,
+                 ZonePairPolicy, PortChannelName, Routing>;
 
 struct Statement {
   // The first word of the line.

@@ -278,13 +278,13 @@ TEST(Lab, RemarksAreNotProgrammed) {
   EXPECT_EQ(record.commitCount, 1U);
 }
 
-TEST(Lab, RuleInPlaceOfARemarkIsProgrammedAndTheOtherWayRound) {
+TEST(Lab, ARuleReplacesARemarkAndNotTheOtherWayRound) {
   Lab lab;
   load(lab, simplePolicy + "ip access-list P\n 20 remark r\n");
   load(lab, "ip access-list P\n 20 permit udp any any\n");
   EXPECT_EQ(recordOf(lab, "P").ruleCount, 2U);
   load(lab, "ip access-list P\n 20 remark r\n");
-  EXPECT_EQ(recordOf(lab, "P").ruleCount, 1U);
+  EXPECT_EQ(recordOf(lab, "P").ruleCount, 2U);
 }
 
 TEST(Lab, RemovedListLeavesItsClassWithoutRules) {
@@ -470,8 +470,10 @@ TEST(Lab, MissingReferencesAreToldInTheOrderOfThePolicies) {
               ElementsAre("policy-map NONE (output): not defined, but attached to Ethernet1, "
                           "Ethernet2",
                           "policy-map P (input), class Z: missing class-map Z",
-                          "policy-map P (input), class A: missing ip access-list L, missing ipv6 "
-                          "access-list L, missing mac access-list L, missing class-map N"));
+                          "policy-map P (input), class A: missing ip access-list L",
+                          "policy-map P (input), class A: missing ipv6 access-list L",
+                          "policy-map P (input), class A: missing mac access-list L",
+                          "policy-map P (input), class A: missing class-map N"));
   for (Problem const& problem : findProblems(lab)) {
     EXPECT_EQ(problem.kind, Problem::Kind::missing) << toText(problem);
   }

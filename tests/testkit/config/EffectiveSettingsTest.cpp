@@ -168,13 +168,18 @@ TEST(Zones, PairsWithOneSourceAreOnePolicyMap) {
 }
 
 TEST(Zones, AZoneWithoutInterfacesIsAProblem) {
-  Lab lab;
-  lab.load(zones + "zone-pair security x source self destination out\n"
-                   " service-policy type inspect p\n");
-  std::vector<Problem> const problems = findProblems(lab);
-  ASSERT_EQ(problems.size(), 1U);
-  EXPECT_EQ(toText(problems[0]),
-            "policy-map p of zone self: not programmed: no interface is in the zone");
+  auto const problemOf = [](std::string const& source) {
+    Lab lab;
+    lab.load(zones + "zone-pair security x source " + source +
+             " destination out\n service-policy type inspect p\n");
+    std::vector<Problem> const problems = findProblems(lab);
+    return problems.size() == 1 ? toText(problems[0]) : std::to_string(problems.size());
+  };
+  EXPECT_EQ(problemOf("unused"),
+            "policy-map p of zone unused: not programmed: no interface is in the zone");
+  EXPECT_EQ(problemOf("self"),
+            "policy-map p of zone self: not programmed: packets of the device itself enter no "
+            "interface");
 }
 
 TEST(Zones, MistakesAreSaid) {
@@ -255,6 +260,95 @@ TEST(Conditions, ThatNoKindOfRuleHasTogetherAreExplained) {
     lab.load("class-map match-any c\n");
     EXPECT_THAT(lab.explain().lines(), testing::Not(testing::Contains(HasSubstr("together"))));
   }
+}
+
+TEST(Conditions, OfNestedClassMapsMayContradictToo) {
+  Lab lab;
+  lab.load(lists + "class-map match-any v\n match vlan 10\n match vlan 20\n"
+                   "class-map match-all c\n match class-map v\n match class-map a\n"
+                   "policy-map p\n class c\n class b\n"
+                   "interface Ethernet1\n service-policy input p\n");
+  EXPECT_THAT(ip4(lab, "p"), RulesAre("b b 10 permit tcp any any eq 2"));
+  EXPECT_THAT(lab.explain().lines(),
+              testing::Contains(HasSubstr("class c: cannot match all of its conditions: no kind")));
+}
+
+TEST(Conditions, AnExclusionBesideOthersOfAMatchAnyIsExplained) {
+  Lab lab;
+  std::string const text = lists + "class-map match-any c\n match not dscp ef\n" + policyOfC;
+  lab.load(text);
+  EXPECT_THAT(ip4(lab, "p"), RulesAre("10 deny ip any any dscp 46", "30 permit ip any any"))
+      << "alone it is possible";
+  lab.load("class-map match-any c\n match dscp cs1\n");
+  EXPECT_THAT(lab.explain().lines(),
+              ElementsAre(HasSubstr("class c: cannot match not dscp 46 beside other conditions: "
+                                    "rules cannot say it")));
+}
+
+TEST(Conditions, AListMayBeOfAnotherFamily) {
+  Lab lab;
+  lab.load("class-map match-any c\n match access-group name L\n" + policyOfC +
+           " ip address 192.0.2.1/24\n ipv6 address 2001:db8::1/64\n"
+           "ipv6 access-list L\n permit udp any any\n");
+  EXPECT_THAT(lab.record("p"), RulesAre("L 10 permit udp any any"));
+  EXPECT_EQ(lab.record("p").option, ClassMapMatchOption::ipv6);
+  lab.load("ip access-list L\n permit tcp any any\n");
+  EXPECT_EQ(lab.record("p").option, ClassMapMatchOption::ipv4) << "the IPv4 list comes first";
+  lab.load("no ip access-list L\nno ipv6 access-list L\nmac access-list L\n permit any any arp\n"
+           "interface Ethernet1\n no ip address\n no ipv6 address\n");
+  EXPECT_EQ(lab.record("p").option, ClassMapMatchOption::mac);
+}
+
+TEST(AccessGroups, TakeThePlaceOfAPolicyMapThatIsNotDefined) {
+  Lab lab;
+  lab.load(lists + "interface Ethernet1\n ip access-group a in\n service-policy input NONE\n");
+  EXPECT_THAT(lab.record("access-group a"), OnInterfaces("Ethernet1"));
+  std::vector<Problem> const problems = findProblems(lab);
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_EQ(toText(problems[0]), "policy-map NONE (input): not defined, but attached to Ethernet1");
+  lab.load("policy-map NONE\n class b\n");
+  EXPECT_THAT(lab.record("NONE"), OnInterfaces("Ethernet1"));
+}
+
+TEST(Zones, PairsComeInTheOrderInWhichTheyAreWrittenAndThoseToTheDeviceLast) {
+  Lab lab;
+  lab.load(zones + "zone-pair security z source in destination self\n service-policy p\n"
+                   "zone-pair security y source in destination out\n service-policy q\n"
+                   "zone-pair security x source in destination other\n service-policy NONE\n");
+  EXPECT_THAT(ip4(lab, "q,NONE,p"), OnInterfaces("Ethernet1"));
+  std::vector<Problem> const problems = findProblems(lab);
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_EQ(toText(problems[0]), "policy-map NONE: not defined, but of zone in");
+  lab.load("no zone-pair security y\nzone-pair security y source in destination out\n"
+           " service-policy q\n");
+  EXPECT_THAT(ip4(lab, "NONE,q,p"), OnInterfaces("Ethernet1")) << "removed, so the last now";
+}
+
+TEST(OtherActions, AreNumberedAsTheyAreAfterTheFile) {
+  Lab lab;
+  lab.load(lists + "policy-map p\n class a\n  fair-queue\n  inspect\n class b\n  pass\n"
+                   "interface Ethernet1\n service-policy input p\n");
+  EXPECT_THAT(*lab.configuration().settings().otherActions,
+              ElementsAre("fair-queue; inspect", "pass"));
+  EXPECT_THAT(lab.record("p"), HasRule("a 10", Action3(1)));
+  lab.load("policy-map p\n no class a\n class a\n  pass\n");
+  EXPECT_THAT(lab.record("p"), HasRule("a 10", Action3(2)))
+      << "the texts of the old class are gone";
+}
+
+TEST(Conditions, ThatNoPacketMeetsTogetherAreReported) {
+  Lab lab;
+  lab.load(lists + "class-map match-all c\n match access-group a\n match access-group b\n"
+                   "policy-map p\n class c\n class b\n"
+                   "interface Ethernet1\n service-policy input p\n");
+  std::vector<Problem> const problems = findProblems(lab);
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_EQ(problems[0].kind, Problem::Kind::empty);
+  EXPECT_EQ(toText(problems[0]),
+            "policy-map p (input), class c: no packet meets all of its conditions");
+  EXPECT_THAT(lab.record("p"), RulesAre("b 10 permit tcp any any eq 2"));
+  lab.load("ip access-list b\n 20 permit tcp any any eq 1\n");
+  EXPECT_THAT(findProblems(lab), testing::IsEmpty());
 }
 
 }  // namespace

@@ -176,9 +176,9 @@ TEST(ObjectGroups, TheNumberOfRulesOfALineIsBounded) {
   Lab lab;
   EXPECT_THAT(
       [&] { lab.load(text + "ip access-list l\n permit ip object-group a object-group a\n"); },
-      ThrowsMessage<Text::InputError>(HasSubstr(
-          "expected at most 100000 rules of the object-groups of a line, found 'permit ip "
-          "any any'")));
+      ThrowsMessage<Text::InputError>(
+          HasSubstr("expected at most 100000 rules of one line, found 'permit ip "
+                    "any any'")));
 }
 
 }  // namespace

@@ -89,8 +89,15 @@ TEST(SettingsEditor, EqualEntryWithAnotherNumberIsKept) {
 }
 
 TEST(SettingsEditor, EntryTakesThePlaceOfTheOneOfItsNumber) {
+  EXPECT_THAT(entriesOf(edited("ip access-list L\n10 remark r\n10 permit ip any any"), "L"),
+              ElementsAre("10 permit ip any any"));
+  EXPECT_THAT(entriesOf(edited("ip access-list L\n10 permit ip any any\n10 deny ip any any"), "L"),
+              ElementsAre("10 deny ip any any"));
+}
+
+TEST(SettingsEditor, ARemarkAboutARuleDoesNotReplaceIt) {
   EXPECT_THAT(entriesOf(edited("ip access-list L\n10 permit ip any any\n10 remark r"), "L"),
-              ElementsAre("10 remark r"));
+              ElementsAre("10 permit ip any any"));
 }
 
 TEST(SettingsEditor, NothingGoesBehindTheHighestNumber) {
@@ -221,9 +228,9 @@ TEST(SettingsEditor, TakingRemarksBackCostsNoMoreInALongList) {
 
 TEST(SettingsEditor, RemarkThatARuleReplacesIsNoRemarkAnyMore) {
   EXPECT_THAT(entriesOf(edited("ip access-list L\n10 remark a\n20 remark b\n30 permit ip any any\n"
-                               "10 permit tcp any any\n30 remark c\nno remark\n40 remark d"),
+                               "10 permit tcp any any\nno remark\n40 remark d"),
                         "L"),
-              ElementsAre("10 permit tcp any any", "40 remark d"));
+              ElementsAre("10 permit tcp any any", "30 permit ip any any", "40 remark d"));
 }
 
 // Policy-maps
@@ -415,7 +422,7 @@ TEST(SettingsEditor, LenientEditCountsWhatCannotBeCarriedOut) {
   editSettings(settings, text, Reading::lenient);
   EXPECT_EQ(text.skipped.byKind(), (std::map<std::string, std::uint64_t>{
                                        {"class (insert-before)", 2},
-                                       {"interface (name)", 2},
+                                       {"interface (name)", 1},
                                        {"no access-list entry (absent)", 1},
                                        {"no class-map (absent)", 2},
                                        {"no interface (absent)", 1},

@@ -4,6 +4,7 @@
 
 #include "testkit/Labs.h"
 #include "testkit/Matchers.h"
+#include "testkit/Problems.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,6 +18,7 @@ namespace {
 
 using PolicyMap::ClassMapMatchOption;
 using testing::AllOf;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::ThrowsMessage;
 
@@ -97,6 +99,127 @@ TEST(Interfaces, HowAPortIsSwitchedDoesNotCount) {
   lab.load(policyOfA + "interface Ethernet1\n switchport mode trunk\n"
                        " switchport trunk allowed vlan 1,103\n service-policy input p\n");
   EXPECT_THAT(lab.explain(), AllProgrammed());
+}
+
+TEST(Interfaces, OfOtherDialectsAreMappedAndShownAsTheyAreWritten) {
+  Lab lab;
+  lab.load(policyOfA +
+           "interface Serial0/1/0:0\n ip address 192.0.2.1/30\n service-policy input p\n"
+           "interface MgmtEth0/RSP0/CPU0/0\n ip address 192.0.2.5/30\n"
+           " service-policy input p\n"
+           "interface tunnel-ip7\n ip address 192.0.2.9/30\n service-policy input p\n"
+           "interface lag 3\n service-policy input p\n"
+           "interface Et5\n service-policy input p\n"
+           "interface Ethernet6\n service-policy input p\n");
+  EXPECT_THAT(lab.record("p"), OnInterfaces("Serial0/1/0/0", "Management0/0/0/0", "Tunnel7",
+                                            "PortChannel3", "Ethernet5", "Ethernet6"));
+  EXPECT_THAT(lab.explain("p").lines(),
+              testing::ElementsAre("p/input ipv4: programmed at Et5, Ethernet6, Serial0/1/0:0, "
+                                   "lag3, MgmtEth0/RSP0/CPU0/0, tunnel-ip7"));
+  EXPECT_EQ(lab.nameOf(Vorel::IntfId("Ethernet5")), "Et5");
+  EXPECT_EQ(lab.nameOf(Vorel::IntfId("Ethernet7")), "Ethernet7");
+  lab.load("interface Ethernet5\n shutdown\n");
+  EXPECT_EQ(lab.nameOf(Vorel::IntfId("Ethernet5")), "Et5") << "the name that was written first";
+}
+
+// The problems after a lenient reading.
+std::vector<std::string> problemsAfter(std::string const& text) {
+  Lab lab;
+  lab.load(Text::SourceText("t", text), Text::Reading::lenient);
+  std::vector<std::string> problems;
+  for (Problem const& problem : findProblems(lab)) {
+    problems.push_back(toText(problem));
+  }
+  return problems;
+}
+
+TEST(Places, ThatAreNoInterfacesAreExplained) {
+  EXPECT_THAT(problemsAfter(policyOfA + "control-plane\n service-policy input p\n"),
+              ElementsAre("policy-map p (input): not at control-plane, which is no interface that "
+                          "carries policies"));
+  EXPECT_THAT(problemsAfter(policyOfA + "control-plane\nservice-policy input p\n"),
+              ElementsAre(HasSubstr("not at control-plane, which")))
+      << "without indentation";
+  EXPECT_THAT(
+      problemsAfter(policyOfA + "interface nve1\n ip access-group a out\n"
+                                " zone-member security z\n"),
+      ElementsAre("access-group a (output): not at nve1, which is no interface that carries "
+                  "policies",
+                  "zone z: not at nve1, which is no interface that carries policies"));
+  EXPECT_THAT(problemsAfter(policyOfA + "interface Ethernet1\n service instance 10 ethernet\n"
+                                        "  encapsulation dot1q 10\n  service-policy input p\n"
+                                        " shutdown\n"),
+              ElementsAre(HasSubstr("not at Ethernet1 service instance 10 ethernet, which")));
+  EXPECT_THAT(problemsAfter(policyOfA + "exit\nexit\nservice-policy in p\n"),
+              ElementsAre(HasSubstr("not at the device, which")));
+}
+
+TEST(Places, AreEditedAsInterfacesAre) {
+  Lab lab;
+  auto const load = [&](std::string const& text) {
+    lab.load(Text::SourceText("t", text), Text::Reading::lenient);
+    return findProblems(lab).size();
+  };
+  EXPECT_EQ(load(policyOfA + "system qos\n service-policy type qos input p\n"), 1U);
+  EXPECT_EQ(load("system qos\n service-policy type qos input p\n"), 1U) << "the same again";
+  EXPECT_EQ(load("system qos\n no service-policy type qos input p\n"), 0U);
+  EXPECT_EQ(load("interface nve1\n service-policy input p\n"), 1U);
+  EXPECT_EQ(load("no interface nve1\n"), 0U);
+}
+
+TEST(Places, AnUnknownInterfaceIsAnErrorOfAStrictReadingAndCountedByALenientOne) {
+  Lab lab;
+  EXPECT_THAT([&] { lab.load("interface nve1\n"); },
+              ThrowsMessage<Text::InputError>(HasSubstr("expected an interface name such as")));
+  lab.load(Text::SourceText("t", "interface nve1\n shutdown\n"), Text::Reading::lenient);
+  EXPECT_EQ(lab.skipped().byKind().at("interface (name)"), 1U);
+}
+
+TEST(Types, OfOneDirectionDoNotReplaceEachOther) {
+  std::string const q = "policy-map q\n class a\n";
+  EXPECT_THAT(
+      problemsAfter(policyOfA + q +
+                    "interface Ethernet1\n service-policy type qos output p\n"
+                    " service-policy type queuing output q\n"),
+      ElementsAre("policy-map q (output) of type queuing: not at Ethernet1: policy-map p is "
+                  "attached there in that direction"));
+  Lab lab;
+  lab.load(Text::SourceText(
+               "t", policyOfA + q + "interface Ethernet1\n service-policy type queuing output q\n"),
+           Text::Reading::lenient);
+  EXPECT_THAT(lab.record("q", "output"), OnInterfaces("Ethernet1")) << "if it is the only one";
+  lab.load(Text::SourceText("t", "interface Ethernet1\n no service-policy type queuing output q\n"),
+           Text::Reading::lenient);
+  EXPECT_THAT(lab.explain(), testing::IsEmpty());
+}
+
+TEST(AccessGroupLines, MayHavePriorities) {
+  Lab lab;
+  lab.load(policyOfA + "ip access-list b\n 10 permit tcp any any eq 2\n"
+                       "interface Ethernet1\n ip access-group b in 2\n ip access-group a in 1\n");
+  EXPECT_THAT(lab.record("access-group a,b"),
+              RulesAre("a 10 permit tcp any any eq 1", "b 10 permit tcp any any eq 2"));
+  lab.load("interface Ethernet1\n no ip access-group a in\n");
+  EXPECT_THAT(lab.record("access-group b"), RulesAre("b 10 permit tcp any any eq 2"));
+  lab.load("interface Ethernet1\n no ip access-group in\n");
+  EXPECT_THAT(lab.explain(), testing::IsEmpty());
+}
+
+TEST(AccessGroupLines, OfPortsAndOldTextsAreTaken) {
+  Lab lab;
+  lab.load(policyOfA + "interface Ethernet1\n ip port access-group a in\n"
+                       "interface Ethernet2\n ip access-group a\n");
+  EXPECT_THAT(lab.record("access-group a"), OnInterfaces("Ethernet1"));
+  EXPECT_THAT(lab.record("access-group a", "output"), OnInterfaces("Ethernet2"));
+}
+
+TEST(Interfaces, WordsAfterAnAttachmentAreTaken) {
+  for (char const* const tail :
+       {"no-stats", "account user-defined 4", "subscriber-parent", "shared-policy-instance spi"}) {
+    Lab lab;
+    lab.load(policyOfA + "interface Ethernet1\n service-policy input p " + tail + "\n");
+    EXPECT_THAT(lab.record("p"), OnInterfaces("Ethernet1")) << tail;
+  }
 }
 
 }  // namespace

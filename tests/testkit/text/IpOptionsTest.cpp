@@ -88,7 +88,7 @@ TEST(IpOptions, UnknownOptionIsRefusedWithItsColumn) {
       "or end of line, found ";
   EXPECT_EQ(ruleError("permit tcp any any eq 80 http-method get"),
             "t:2:26: " + expected + "'http-method'");
-  EXPECT_EQ(ruleError("permit tcp any any eq 80 81"), "t:2:26: " + expected + "'81'");
+  EXPECT_EQ(ruleError("permit tcp any any eq 80 x y"), "t:2:26: " + expected + "'x'");
   EXPECT_EQ(ruleError("permit ip any any portgroup G"), "t:2:19: " + expected + "'portgroup'");
   EXPECT_EQ(ruleError("permit udp any any 3"), "t:2:20: " + expected + "'3'");
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/text/MatchConditions.h"
 
+#include "testkit/text/ConditionReasons.h"
 #include "testkit/text/RuleConversion.h"
 
 #include <gmock/gmock.h>
@@ -179,6 +180,49 @@ TEST(MatchConditions, OtherLinesAreLeftAlone) {
     EXPECT_FALSE(takeCondition(lexer)) << text;
     EXPECT_EQ(lexer.peek().column, Lexer(text).peek().column) << text;
   }
+}
+
+TEST(MatchConditions, FurtherFieldsAreKnown) {
+  EXPECT_THAT(rulesOfCondition("ttl 1 255"),
+              ElementsAre("permit ip any any ttl eq 1", "permit ipv6 any any ttl eq 1",
+                          "permit ip any any ttl eq 255", "permit ipv6 any any ttl eq 255"));
+  EXPECT_THAT(rulesOfCondition("ipv4 ttl 1"), ElementsAre("permit ip any any ttl eq 1"));
+  EXPECT_THAT(rulesOfCondition("ipv4 icmp-type 8"), ElementsAre("permit icmp any any icmp-type 8"));
+  EXPECT_THAT(rulesOfCondition("ipv6 icmp-type 128"),
+              ElementsAre("permit icmp6 any any icmp-type 128"));
+  EXPECT_THAT(rulesOfCondition("source-address ipv4 10.1.0.0 255.255.0.0"),
+              ElementsAre("permit ip 10.1.0.0/16 any"));
+  EXPECT_THAT(rulesOfCondition("destination-address ipv6 2001:db8::/32"),
+              ElementsAre("permit ipv6 any 2001:db8::/32"));
+  EXPECT_THAT(rulesOfCondition("source-address mac 0011.2233.4455"),
+              ElementsAre("permit host 0011.2233.4455 any"));
+  EXPECT_EQ(conditionError("destination-address mac x"), "25: a MAC address");
+}
+
+TEST(MatchConditions, RangesOfPortsAreOneRule) {
+  EXPECT_THAT(
+      rulesOfCondition("destination-port 80,1024-2000"),
+      ElementsAre("permit tcp any any eq 80", "permit tcp any any eq 80",
+                  "permit udp any any eq 80", "permit udp any any eq 80",
+                  "permit tcp any any range 1024 2000", "permit tcp any any range 1024 2000",
+                  "permit udp any any range 1024 2000", "permit udp any any range 1024 2000"));
+  EXPECT_EQ(conditionOf("source-port 1024-2000 www").text, "source-port 1024-2000 80");
+  EXPECT_EQ(conditionError("srcl4port 20-10"), "11: port 20-65535");
+}
+
+TEST(MatchConditions, ProtocolsMayBeAList) {
+  EXPECT_THAT(
+      rulesOfCondition("protocol udp arp"),
+      ElementsAre("permit udp any any", "permit udp any any", "permit any any ethertype 2054"));
+  EXPECT_THAT(rulesOfCondition("protocol tcp video"), IsEmpty());
+  EXPECT_THAT(rulesOfCondition("protocol smtp extended"),
+              ElementsAre("permit tcp any any eq 25", "permit tcp any any eq 25"));
+  EXPECT_THAT(rulesOfCondition("protocol h323"),
+              ElementsAre("permit tcp any any eq 1720", "permit tcp any any eq 1720"));
+}
+
+TEST(MatchConditions, AListMayContinueAfterItsComma) {
+  EXPECT_EQ(conditionOf("dscp ef, cs5").text, "dscp 46 40");
 }
 
 }  // namespace

@@ -58,7 +58,10 @@ bool saysNothing(std::string_view line) {
   Token const second = lexer.peekSecond();
   bool const isZone = first.is("zone") && second.is("security");
   bool const isDetail = first.is("switchport") && (second.is("mode") || second.is("trunk"));
-  return isZone || isDetail || first.is("statistics") || first.atEnd() ||
+  bool const isSetting = (first.is("ip") && second.is("access-list") &&
+                          line.find("resequence") != std::string_view::npos) ||
+                         (first.is("access-list") && second.is("compiled"));
+  return isZone || isDetail || isSetting || first.is("statistics") || first.atEnd() ||
          first.text.front() == '!' || first.is("hostname") || first.is("exit") || first.is("end") ||
          first.is("end-class-map") || first.is("end-policy-map") || first.is("description");
 }

@@ -120,9 +120,8 @@ TEST(PolicyTextParser, SecondWordOfACommandIsNamedWhereItIsWrong) {
   EXPECT_EQ(errorOf("no ip source-route"),
             "t:1:7: expected access-list, routing, found 'source-route'");
   EXPECT_EQ(errorOf("ipv6"), "t:1:5: expected access-list, unicast-routing, found end of line");
-  EXPECT_EQ(
-      errorOf(inInterface + "ip ospf 1"),
-      "t:2:4: expected access-list, routing, address, unnumbered, access-group, found 'ospf'");
+  EXPECT_EQ(errorOf(inInterface + "ip ospf 1"), "t:2:4: expected access-list, routing, address, "
+                                                "unnumbered, access-group, port, found 'ospf'");
   EXPECT_EQ(errorOf("no"), "t:1:3: expected a command (access-list, class-map, policy-map, "
                            "interface, ...), found end of line");
   EXPECT_EQ(errorOf("no hostname h"),
@@ -330,7 +329,8 @@ TEST(PolicyTextParser, MatchHoldsARule) {
 TEST(PolicyTextParser, UnknownMatchIsRefusedWithItsColumn) {
   EXPECT_EQ(errorOf(inClassMap + " match colour red"),
             "t:2:8: expected access-group, class-map, ip, ipv6, mac, any, dscp, precedence, "
-            "protocol, vlan, ethertype, srcl4port, dstl4port, srcip or dstip, found 'colour'");
+            "protocol, vlan, ethertype, ttl, srcl4port, dstl4port, srcip, dstip, source-address, "
+            "destination-address, source-port or destination-port, found 'colour'");
   EXPECT_EQ(errorOf(inClassMap + "match ip colour 40"),
             "t:2:10: expected protocol 0-255 or a protocol name, found 'colour'");
 }
@@ -687,6 +687,15 @@ TEST(PolicyTextParser, VeryManyLinesAreRead) {
   EXPECT_EQ(text.skipped.byKind().size(), 257U);
   EXPECT_EQ(text.skipped.byKind().at("other"), lines - 256);
   EXPECT_EQ(skippedOf(faulty), (Kinds{{"permit (x)", lines}}));
+}
+
+TEST(PolicyTextParser, OtherTextsAreSkippedToTheirEnd) {
+  EXPECT_EQ(skippedOf("banner motd Z\ninterface E1\nsome Z\nip routing\n"), (Kinds{{"banner", 3}}));
+  EXPECT_EQ(skippedOf("macro name M\ninterface E1\n@\nip routing\n"),
+            (Kinds{{"banner", 2}, {"macro", 1}}));
+  EXPECT_EQ(skippedOf("aaa authentication banner ^C\ninterface E1\n^C\nip routing\n"),
+            (Kinds{{"aaa", 1}, {"banner", 2}}));
+  EXPECT_EQ(skippedOf("menu M title ^Cone line^C\nip routing\n"), (Kinds{{"menu", 1}}));
 }
 
 }  // namespace

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/config/EffectiveClasses.h"
+
+#include "testkit/text/ConditionReasons.h"
+#include "testkit/text/MatchConditions.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace PolicyMapTestKit::Text {
+
+namespace {
+
+// Packets of every family that has IP headers.
+void matchEverything(ClassMap& classMap) {
+  classMap.match = ClassMatch::any;
+  classMap.matches.put(10, ownMatch(Acl::IpRuleConfig()));
+  classMap.matches.put(20, ownMatch(Acl::Ip6RuleConfig()));
+}
+
+constexpr unsigned allFamilies = 7;
+constexpr unsigned deepestNesting = 4;  // to which contradictions are found
+
+// Which kinds of rules a match or a class-map may have, a bit per family.
+unsigned familiesOf(Settings const& settings, ClassMap const& classMap, unsigned depth);
+unsigned familiesOf(Settings const& settings, PolicyMap::ClassMapMatch const& match,
+                    unsigned depth) {
+  using Kind = PolicyMap::ClassMapMatch::Kind;
+  if (match.kind() == Kind::rule) {
+    return 1U << match.rule().index();
+  }
+  if (match.kind() == Kind::acl) {
+    using Option = PolicyMap::ClassMapMatchOption;
+    return match.option() == Option::ipv4 ? 1U : match.option() == Option::ipv6 ? 2U : 4U;
+  }
+  auto const nested = settings.classMaps.find(match.name().stdString());
+  bool const known = nested != settings.classMaps.end() && depth != 0;
+  return known ? familiesOf(settings, *nested->second, depth - 1) : allFamilies;
+}
+
+unsigned familiesOf(Settings const& settings, ClassMap const& classMap, unsigned depth) {
+  bool const isAny = classMap.match == ClassMatch::any;
+  auto const& matches = classMap.matches.byNumber();
+  unsigned families = isAny && !matches.empty() ? 0 : allFamilies;
+  for (auto const& [place, match] : matches) {
+    unsigned const some = familiesOf(settings, match, depth);
+    families = isAny ? families | some : families & some;
+  }
+  return families;
+}
+
+// The class-map then matches nothing, which the condition explains.
+void refuse(Settings& settings, std::string const& classMap, std::string_view condition) {
+  ClassMap refusing;
+  refusing.matches.put(10, PolicyMap::ClassMapMatch::classMap(conditionName(condition)));
+  settings.classMaps.at(classMap).edit() = std::move(refusing);
+}
+
+}  // namespace
+
+// No rule has the fields of two families, so a class with such conditions matches nothing. With
+// them, the core would refuse the whole policy.
+void refuseContradictions(Settings& settings) {
+  std::vector<std::string> refused;
+  for (auto const& [name, classMap] : settings.classMaps) {
+    bool const mayContradict =
+        classMap->match == ClassMatch::all && classMap->matches.byNumber().size() > 1;
+    if (mayContradict && familiesOf(settings, *classMap, deepestNesting) == 0) {
+      refused.push_back(name);
+    }
+  }
+  for (std::string const& name : refused) {
+    refuse(settings, name, contradiction);
+  }
+}
+
+// The first `deny` of rules decides, so in a match-any class what is excluded by one condition
+// would be excluded from all.
+void refuseExclusions(Settings& settings) {
+  std::vector<std::pair<std::string, std::string>> refused;
+  for (auto const& [name, classMap] : settings.classMaps) {
+    auto const& matches = classMap->matches.byNumber();
+    if (classMap->match != ClassMatch::any || matches.size() < 2) {
+      continue;
+    }
+    for (auto const& [place, match] : matches) {
+      std::string const condition = match.name().stdString();
+      if (condition.starts_with(conditionName("not "))) {
+        refused.emplace_back(name, condition.substr(conditionName("").size()));
+        break;
+      }
+    }
+  }
+  for (auto const& [name, condition] : refused) {
+    refuse(settings, name, condition + " beside other conditions");
+  }
+}
+
+// A match of an IPv4 list that does not exist is one of the IPv6 or MAC list of the name: only some
+// dialects write the family.
+void resolveLists(Settings& settings) {
+  using Option = PolicyMap::ClassMapMatchOption;
+  auto const familyOf = [&](PolicyMap::ClassMapMatch const& match) {
+    std::string const name = match.name().stdString();
+    bool const unknown = match.kind() == PolicyMap::ClassMapMatch::Kind::acl &&
+                         match.option() == Option::ipv4 &&
+                         settings.listsOf(Family::ip4).count(name) == 0;
+    if (unknown && settings.listsOf(Family::ip6).count(name) != 0) {
+      return Family::ip6;
+    }
+    return unknown && settings.listsOf(Family::mac).count(name) != 0 ? Family::mac : Family::ip4;
+  };
+  for (auto& [name, classMap] : settings.classMaps) {
+    std::vector<std::pair<std::uint32_t, PolicyMap::ClassMapMatch>> others;
+    for (auto const& [place, match] : classMap->matches.byNumber()) {
+      if (Family const family = familyOf(match); family != Family::ip4) {
+        others.emplace_back(place,
+                            PolicyMap::ClassMapMatch::acl(matchOption(family), match.name()));
+      }
+    }
+    for (auto& [place, match] : others) {
+      classMap.edit().matches.put(place, std::move(match));
+    }
+  }
+}
+
+// class-default is the last class of each policy-map, and needs no class-map.
+void addClassDefault(Settings& settings) {
+  bool used = false;
+  for (auto& [name, policyMap] : settings.policyMaps) {
+    if (policyMap->actions.count(classDefault) == 0) {
+      continue;
+    }
+    used = true;
+    if (policyMap->order.names().back() != classDefault) {
+      NameOrder& order = policyMap.edit().order;
+      order.erase(classDefault);
+      order.append(classDefault);
+    }
+  }
+  if (used && settings.classMaps.count(classDefault) == 0) {
+    static Shared<ClassMap> const everything = [] {
+      Shared<ClassMap> classMap;
+      matchEverything(classMap.edit());
+      return classMap;
+    }();
+    settings.classMaps.emplace(classDefault, everything);
+  }
+}
+
+}  // namespace PolicyMapTestKit::Text

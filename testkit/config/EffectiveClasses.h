@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// What becomes of class-maps when written settings become effective ones. Internal; see
+// EffectiveSettings.h.
+
+#include "testkit/config/Settings.h"
+
+namespace PolicyMapTestKit::Text {
+
+inline constexpr char const* classDefault = "class-default";
+
+// A match of an IPv4 list that does not exist is one of the IPv6 or MAC list of the name: only some
+// dialects write the family.
+void resolveLists(Settings& settings);
+
+// class-default is the last class of each policy-map, and needs no class-map.
+void addClassDefault(Settings& settings);
+
+// A match-all class-map whose conditions no kind of rule has together matches nothing. With them,
+// the core would refuse the whole policy.
+void refuseContradictions(Settings& settings);
+
+// A match-any class-map with `match not` beside other conditions matches nothing.
+void refuseExclusions(Settings& settings);
+
+}  // namespace PolicyMapTestKit::Text
