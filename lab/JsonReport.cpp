@@ -65,10 +65,18 @@ Json jsonOf(StatusRow const& row) {
                       {"rule", row.rule}};
 }
 
+char const* nameOf(Problem::Kind kind) {
+  switch (kind) {
+  case Problem::Kind::missing: return "missing";
+  case Problem::Kind::failed: return "failed";
+  case Problem::Kind::empty: break;
+  }
+  return "empty";
+}
+
 Json jsonOf(Problem const& problem) {
-  return Json::Object{{"kind", problem.kind == Problem::Kind::missing ? "missing" : "failed"},
-                      {"where", problem.where},
-                      {"text", problem.text}};
+  return Json::Object{
+      {"kind", nameOf(problem.kind)}, {"where", problem.where}, {"text", problem.text}};
 }
 
 char const* nameOf(Change::Kind kind) {
@@ -197,11 +205,14 @@ void printJson(std::ostream& out, JsonReport const& report) {
   }
   Json const sums(Json::Object{
       {"policies", totals.policies}, {"rules", totals.rules}, {"subRules", totals.subRules}});
+  AttachmentCount const attachments = countAttachments(lab);
+  Json const attached(
+      Json::Object{{"all", attachments.all}, {"programmed", attachments.programmed}});
   Json const understood(Json::Object{{"understood", lab.skipped().understood()},
                                      {"skipped", lab.skipped().missed()}});
   auto const textOfItem = [](auto const& item) { return jsonOf(item).text(); };
-  out << "],\n\"totals\":" << sums.text() << ",\n\"skipped\":" << Json(std::move(skipped)).text()
-      << ",\n\"skippedLines\":";
+  out << "],\n\"totals\":" << sums.text() << ",\n\"attachments\":" << attached.text()
+      << ",\n\"skipped\":" << Json(std::move(skipped)).text() << ",\n\"skippedLines\":";
   printList(out, lab.skipped().lines(), textOfItem);
   out << ",\n\"policyLines\":" << understood.text() << ",\n\"status\":";
   printList(out, readStatuses(lab), textOfItem);

@@ -55,15 +55,15 @@ void printRules(std::ostream& out, TextStyle const& style, Record const& record)
   table.print(out, style);
 }
 
-std::string namesOf(std::vector<Vorel::IntfId> const& intfs) {
+std::string namesOf(Lab const& lab, std::vector<Vorel::IntfId> const& intfs) {
   std::string text;
   for (Vorel::IntfId const intf : intfs) {
-    text += (text.empty() ? "" : ", ") + intf.name().stdString();
+    text += (text.empty() ? "" : ", ") + lab.nameOf(intf);
   }
   return text.empty() ? "none" : text;
 }
 
-void printRecord(std::ostream& out, TextStyle const& style, Record const& record) {
+void printRecord(std::ostream& out, TextStyle const& style, Lab const& lab, Record const& record) {
   out << tinted(style, Tint::heading, titleOf(record.policy, record.direction, record.option))
       << ": "
       << (record.created ? tinted(style, Tint::good, "created")
@@ -72,7 +72,7 @@ void printRecord(std::ostream& out, TextStyle const& style, Record const& record
   out << "  counts      created " << record.createCount << ", committed " << record.commitCount
       << ", action updates begun " << record.beginUpdateActionCount << " and ended "
       << record.endUpdateActionCount << "\n";
-  printWrapped(out, style, "  interfaces  ", namesOf(record.interfaces));
+  printWrapped(out, style, "  interfaces  ", namesOf(lab, record.interfaces));
   out << "  rules       " << record.ruleCount << " with "
       << counted(record.subRuleCount, "sub-rule") << "\n";
   if (!record.rules.empty()) {
@@ -89,12 +89,13 @@ std::string timeOf(StatusRow const& row) {
   return text.str();
 }
 
-std::vector<std::string> interfaceLines(StatusRow const& row, TextStyle const& style) {
+std::vector<std::string> interfaceLines(Lab const& lab, StatusRow const& row,
+                                        TextStyle const& style) {
   if (row.interfaces.empty()) {
     return {};
   }
   std::string lead = "    interfaces  ";
-  std::vector<std::string> lines = wrapped(namesOf(row.interfaces), style.width - lead.size());
+  std::vector<std::string> lines = wrapped(namesOf(lab, row.interfaces), style.width - lead.size());
   for (std::string& line : lines) {
     line.insert(0, lead);
     lead.assign(lead.size(), ' ');
@@ -119,13 +120,13 @@ void printLines(std::ostream& out, TextStyle const& style, Tint tint,
 }
 
 void printNotProgrammed(std::ostream& out, TextStyle const& style, Lab const& lab) {
-  std::vector<PolicyMap::Explanation> others;
-  for (PolicyMap::Explanation const& explanation : lab.explain()) {
-    if (!isProblem(explanation)) {
-      others.push_back(explanation);
-    }
+  AttachmentCount const count = countAttachments(lab);
+  if (count.programmed != count.all) {
+    out << tinted(style, Tint::heading, "not programmed") << " " << count.all - count.programmed
+        << " of " << counted(count.all, "attachment") << "\n";
   }
-  std::vector<std::string> const lines = Explanations(others, lab.now()).notProgrammed();
+  std::vector<std::string> const lines = lab.explain().notProgrammed(
+      [](PolicyMap::Explanation const& each) { return !isProblem(each); });
   if (!lines.empty()) {
     out << "\n" << tinted(style, Tint::heading, "not programmed as configured") << "\n";
     printLines(out, style, Tint::changed, lines);
@@ -192,24 +193,32 @@ void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
                  std::vector<Problem> const& problems, WithRules withRules, SkippedBy skippedBy) {
   Totals totals;
   lab.forEachRecord(withRules, [&](Record const& record) {
-    printRecord(out, style, record);
+    printRecord(out, style, lab, record);
     totals.add(record);
   });
   out << tinted(style, Tint::heading, "total") << " " << totals.policies
       << (totals.policies == 1 ? " policy, " : " policies, ") << counted(totals.rules, "rule")
       << ", " << counted(totals.subRules, "sub-rule") << "\n";
-  printOtherActions(out, style, lab);
   printNotProgrammed(out, style, lab);
+  printOtherActions(out, style, lab);
   printProblems(out, style, problems);
   printSkipped(out, style, lab.skipped(), skippedBy);
 }
 
 void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab) {
-  Explanations const explanations = lab.explain();
-  if (explanations.empty()) {
+  std::vector<std::string> texts = lab.explain().lines();
+  for (Problem const& problem : findProblems(lab)) {
+    if (problem.kind == Problem::Kind::empty) {
+      texts.push_back(toText(problem));
+    }
+  }
+  for (Text::EffectiveSettings::Note const& note : lab.configuration().notes()) {
+    texts.push_back(note.where + ": " + note.text);
+  }
+  if (texts.empty()) {
     out << "nothing is attached\n";
   }
-  for (std::string const& text : explanations.lines()) {
+  for (std::string const& text : texts) {
     for (std::string const& line : wrapped(text, style.width)) {
       out << line << "\n";
     }
@@ -235,7 +244,7 @@ void printStatuses(std::ostream& out, TextStyle const& style, Lab const& lab) {
   for (StatusRow const& row : rows) {
     table.add({row.policy, row.direction, toText(row.option), row.programmed ? "yes" : "no",
                timeOf(row), row.operation, row.className, row.rule, row.error},
-              interfaceLines(row, style));
+              interfaceLines(lab, row, style));
   }
   table.print(out, style);
   out << "\n";

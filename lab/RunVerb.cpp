@@ -63,7 +63,8 @@ std::string faultOfStep(std::string const& argument) {
 
 // True if the problem makes the run fail.
 bool counts(Problem const& problem, bool lenient) {
-  return problem.kind == Problem::Kind::failed || !lenient;
+  return problem.kind == Problem::Kind::failed ||
+         (problem.kind == Problem::Kind::missing && !lenient);
 }
 
 }  // namespace
@@ -102,6 +103,11 @@ void RunVerb::addInputOptions() {
       ->add_flag_callback(
           "--no-access-groups", [this] { options_.accessGroups = false; },
           "Leave out access lists that are attached by themselves")
+      ->group(group);
+  command_
+      ->add_option("--actions", actionsFile_,
+                   "What lines of classes become: lines such as\n\"police = action1\"")
+      ->type_name("FILE")
       ->group(group);
   CLI::Option* const rules =
       command_->add_option("--rules", rulesFile_, "A filter set in the ClassBench line format")
@@ -335,6 +341,7 @@ void RunVerb::check() const {
   }
   auto reads = std::count(files_.begin(), files_.end(), standardInput);
   reads += rulesFile_ == standardInput ? 1 : 0;
+  reads += actionsFile_ == standardInput ? 1 : 0;
   reads += std::count_if(steps_.begin(), steps_.end(),
                          [](Step const& step) { return step.file == standardInput; });
   if (reads > 1) {
@@ -348,6 +355,9 @@ ExitStatus RunVerb::run(Console const& console) {
   LabOptions options = options_;
   for (std::string const& fault : faults_) {
     options.faults.push_back(readFault(fault));
+  }
+  if (!actionsFile_.empty()) {
+    options.actions = Text::ActionMapping(readInput(actionsFile_));
   }
   setTrace();
   if (journal_.empty()) {
@@ -366,9 +376,12 @@ ExitStatus RunVerb::run(Console const& console) {
 
   std::vector<Problem> const problems = findProblems(lab);
   report(run, problems);
-  bool const failed = std::any_of(problems.begin(), problems.end(), [this](Problem const& problem) {
-    return counts(problem, lenient_);
-  });
+  AttachmentCount const attachments = countAttachments(lab);
+  bool failed =
+      !lenient_ && output_ == Output::records && attachments.programmed != attachments.all;
+  failed = failed || std::any_of(problems.begin(), problems.end(), [this](Problem const& problem) {
+             return counts(problem, lenient_);
+           });
   return failed ? ExitStatus::notProgrammed : ExitStatus::success;
 }
 

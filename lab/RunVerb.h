@@ -60,6 +60,7 @@ class RunVerb : public Verb {
   CLI::App* command_;
   std::vector<std::string> files_;
   std::string rulesFile_;
+  std::string actionsFile_;
   FilterLayout layout_;
   bool portsOnAnyProtocol_ = false;
   bool lenient_ = false;

@@ -68,5 +68,26 @@ TEST_F(ExplainTest, TracesAreOfOneSourceOnRequest) {
   EXPECT_THAT(runLab({"run", simple(), "--trace", "PolicyMpa/3"}).err, HasSubstr("--trace: "));
 }
 
+TEST_F(ExplainTest, TellsWhatIsAttachedWhereNothingCanBe) {
+  std::string const path = file("a.cfg", simplePolicy + "control-plane\n service-policy input P\n");
+  Outcome const outcome = runLab({"explain", "--lenient", path});
+  EXPECT_EQ(outcome.out, "P/input ipv4: programmed at Ethernet1\n"
+                         "policy-map P (input): not at control-plane, which is no interface that "
+                         "carries policies\n");
+  EXPECT_EQ(outcome.status, ExitStatus::success);
+}
+
+TEST_F(ExplainTest, TellsWhichClassesMatchNothing) {
+  std::string const path =
+      file("a.cfg", simplePolicy + "class-map match-all N\n match ip tcp any any eq 80\n"
+                                   " match ip tcp any any eq 81\npolicy-map P\n class N\n");
+  std::string const line = "policy-map P (input), class N: no packet meets all of its conditions\n";
+  EXPECT_THAT(runLab({"explain", path}).out, HasSubstr(line));
+  Outcome const outcome = runLab({"run", path});
+  EXPECT_EQ(outcome.status, ExitStatus::success);
+  EXPECT_THAT(outcome.out, HasSubstr("\nproblems\n  " + line));
+  EXPECT_EQ(runLab({"run", "--json", path}).json()["problems"][0]["kind"], "empty");
+}
+
 }  // namespace
 }  // namespace lab::test

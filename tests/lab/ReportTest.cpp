@@ -83,6 +83,7 @@ TEST(Report, ProblemsAndSkippedLinesStandAtTheEnd) {
   Lab lab;
   load(lab, "frobnicate now\ninterface Ethernet1\n service-policy input P\n", Reading::lenient);
   EXPECT_EQ(reportOf(lab), "total 0 policies, 0 rules, 0 sub-rules\n"
+                           "not programmed 1 of 1 attachment\n"
                            "\n"
                            "problems\n"
                            "  policy-map P (input): not defined, but attached to Ethernet1\n"
@@ -119,8 +120,8 @@ TEST(Report, JsonHasItsKeysInOrder) {
   load(lab, simplePolicy);
   auto const json = jsonOf(lab);
   EXPECT_THAT(keysOf(json),
-              ElementsAre("policies", "totals", "skipped", "skippedLines", "policyLines", "status",
-                          "problems", "outstanding", "changes"));
+              ElementsAre("policies", "totals", "attachments", "skipped", "skippedLines",
+                          "policyLines", "status", "problems", "outstanding", "changes"));
   EXPECT_THAT(keysOf(json["status"][0]),
               ElementsAre("policy", "direction", "option", "programmed", "timeProgrammed",
                           "interfaces", "error", "operation", "class", "rule"));
@@ -149,6 +150,7 @@ TEST(Report, JsonHasTheValuesOfTheRecord) {
         {"class": "P", "acl": "P", "seq": 20, "match": "permit udp any any range 5004 5008",
          "action1": 1, "action2": 0, "action3": 0, "subRules": ["dst 5004-5007", "dst 5008"]}]}],
     "totals": {"policies": 1, "rules": 2, "subRules": 3},
+    "attachments": {"all": 1, "programmed": 1},
     "skipped": {"frobnicate": 2},
     "skippedLines": [{"file": "t", "line": 1, "kind": "frobnicate"},
                      {"file": "t", "line": 2, "kind": "frobnicate"}],
@@ -169,7 +171,8 @@ TEST(Report, JsonSummaryHasNoRulesArrays) {
 TEST(Report, JsonOfNothingIsAnObjectAllTheSame) {
   Lab const lab;
   EXPECT_EQ(jsonOf(lab), nlohmann::ordered_json::parse(R"({"policies": [],
-    "totals": {"policies": 0, "rules": 0, "subRules": 0}, "skipped": {},
+    "totals": {"policies": 0, "rules": 0, "subRules": 0},
+    "attachments": {"all": 0, "programmed": 0}, "skipped": {},
     "skippedLines": [], "policyLines": {"understood": 0, "skipped": 0}, "status": [],
     "problems": [], "outstanding": [], "changes": []})"));
 }

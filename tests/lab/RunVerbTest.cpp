@@ -464,5 +464,54 @@ TEST_F(RunVerbTest, WatchedRunRecordsTheSame) {
   EXPECT_EQ(out.str(), runLab({"run", "--json", "--rules", rules}).out);
 }
 
+TEST_F(RunVerbTest, SucceedsOnlyIfAllThatIsAttachedIsProgrammed) {
+  std::string const path =
+      file("a.cfg", simplePolicy + "interface Vlan10\n service-policy input P\n");
+  Outcome const strict = runLab({"run", path});
+  EXPECT_EQ(strict.status, ExitStatus::notProgrammed);
+  EXPECT_THAT(strict.out, HasSubstr("not programmed 1 of 2 attachments\n\n"
+                                    "not programmed as configured\n"
+                                    "  P/input ipv4: programmed at Ethernet1; not at Vlan10 ("));
+  Outcome const lenient = runLab({"run", "--lenient", path});
+  EXPECT_EQ(lenient.status, ExitStatus::success);
+  EXPECT_EQ(lenient.out, strict.out);
+  EXPECT_EQ(runLab({"run", "--json", path}).json()["attachments"].dump(),
+            R"({"all":2,"programmed":1})");
+  EXPECT_THAT(runLab({"run", simple()}).out, Not(HasSubstr("not programmed")));
+}
+
+TEST_F(RunVerbTest, AnInterfaceOfOneFamilyNeedsNoAddressOfTheOther) {
+  std::string const path =
+      file("a.cfg", "class-map match-any C\n match any\npolicy-map P\n class C\n"
+                    "interface Ethernet1\n ip address 192.0.2.1/24\n"
+                    " service-policy input P\n");
+  Outcome const outcome = runLab({"run", path});
+  EXPECT_EQ(outcome.status, ExitStatus::success);
+  EXPECT_THAT(outcome.out, Not(HasSubstr("no IPv6 address")));
+  EXPECT_THAT(runLab({"explain", path}).out, HasSubstr("no IPv6 address"));
+}
+
+TEST_F(RunVerbTest, ActionsAreMappedByAFile) {
+  std::string const path = file("a.cfg", simplePolicy + "policy-map P\n class P\n  police 64000\n");
+  std::string const actions = file("actions.txt", "police = action3\n");
+  auto const rule = [&](std::vector<std::string> const& arguments) {
+    return runLab(arguments).json()["policies"][0]["rules"][0];
+  };
+  EXPECT_EQ(rule({"run", "--json", path})["action2"], 64);
+  EXPECT_EQ(rule({"run", "--json", "--actions", actions, path})["action3"], 64);
+  EXPECT_EQ(rule({"run", "--json", "--actions", actions, path})["action2"], 0);
+  Outcome const bad = runLab({"run", "--actions", file("bad.txt", "police\n"), path});
+  EXPECT_EQ(bad.status, ExitStatus::badInput);
+  EXPECT_THAT(bad.err, HasSubstr("bad.txt:1:7: expected the first words of a line"));
+  EXPECT_EQ(runLab({"run", "--actions", "-", "-"}).status, ExitStatus::badInput);
+}
+
+TEST_F(RunVerbTest, InterfacesAreShownAsTheyAreWritten) {
+  std::string const path = file("a.cfg", simplePolicy + "interface Et5\n service-policy input P\n");
+  EXPECT_THAT(runLab({"run", path}).out, HasSubstr("  interfaces  Ethernet1, Et5\n"));
+  EXPECT_EQ(runLab({"run", "--json", path}).json()["policies"][0]["interfaces"].dump(),
+            R"(["Ethernet1","Ethernet5"])");
+}
+
 }  // namespace
 }  // namespace lab::test
