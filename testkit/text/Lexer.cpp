@@ -64,10 +64,6 @@ bool parseHexNumber(std::string_view text, std::uint64_t high, std::uint64_t& va
   return true;
 }
 
-bool Token::is(std::string_view word) const noexcept {
-  return equalsKeyword(text, word);
-}
-
 Lexer::Lexer(std::string_view line) noexcept
     : line_(line.substr(0, line.find_last_not_of(blanks) + 1)), current_(wordFrom(0)) {}
 

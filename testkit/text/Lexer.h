@@ -23,6 +23,14 @@ struct POLICYMAPTESTKIT_API Token {
   bool is(std::string_view word) const noexcept;
 };
 
+// True if `text` equals `lowerCase`, ignoring the case of `text`.
+POLICYMAPTESTKIT_API bool equalsKeyword(std::string_view text, std::string_view lowerCase) noexcept;
+
+// The lengths first: most words are compared with many keywords.
+inline bool Token::is(std::string_view word) const noexcept {
+  return text.size() == word.size() && equalsKeyword(text, word);
+}
+
 // A syntax error: what was expected, and what was found. Never leaves the parsers, which convert it
 // to an InputError or skip the line.
 struct SyntaxFailure {
@@ -66,9 +74,6 @@ constexpr bool isDigit(char c) noexcept {
 
 // ASCII letters only.
 POLICYMAPTESTKIT_API std::string lowerCase(std::string_view text);
-
-// True if `text` equals `lowerCase`, ignoring the case of `text`.
-POLICYMAPTESTKIT_API bool equalsKeyword(std::string_view text, std::string_view lowerCase) noexcept;
 
 // Parses a decimal number between `low` and `high`, without sign or base. Returns false for any
 // other text.

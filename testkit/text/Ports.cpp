@@ -14,17 +14,13 @@ namespace PolicyMapTestKit::Text {
 namespace {
 
 std::uint64_t takePort(Lexer& lexer, std::uint8_t protocol, std::uint64_t low, std::uint64_t high) {
-  std::uint64_t port = 0;
-  bool known = parseNumber(lexer.peek().text, low, high, port);
-  if (auto const named = portNumber(protocol, lexer.peek().text)) {
-    port = *named;
-    known = low <= port && port <= high;
+  Lexer const before = lexer;
+  std::optional<std::int64_t> const port = acceptPort(lexer, protocol);
+  auto const number = static_cast<std::uint64_t>(port.value_or(-1));
+  if (!port || number < low || number > high) {
+    before.fail("port " + std::to_string(low) + "-" + std::to_string(high) + " or a port name");
   }
-  if (!known) {
-    lexer.fail("port " + std::to_string(low) + "-" + std::to_string(high) + " or a port name");
-  }
-  lexer.next();
-  return port;
+  return number;
 }
 
 // All ports but some, which are in ascending order.
@@ -47,13 +43,22 @@ std::vector<Acl::PortMatch> portsBetween(std::vector<std::int64_t> const& ports)
 }  // namespace
 
 std::optional<std::int64_t> acceptPort(Lexer& lexer, std::uint8_t protocol) {
+  Token const word = lexer.peek();
   std::uint64_t port = 0;
-  auto const named = portNumber(protocol, lexer.peek().text);
-  if (!named && !parseNumber(lexer.peek().text, 0, Acl::PortMatch::highest, port)) {
+  if (word.atEnd()) {
+    return std::nullopt;
+  }
+  if (!isDigit(word.text.front())) {
+    auto const named = portNumber(protocol, word.text);
+    if (!named) {
+      return std::nullopt;
+    }
+    port = *named;
+  } else if (!parseNumber(word.text, 0, Acl::PortMatch::highest, port)) {
     return std::nullopt;
   }
   lexer.next();
-  return named ? *named : static_cast<std::int64_t>(port);
+  return static_cast<std::int64_t>(port);
 }
 
 Acl::PortMatch takePorts(Lexer& lexer, std::optional<std::uint8_t> protocol) {

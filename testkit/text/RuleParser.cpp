@@ -295,7 +295,7 @@ ConfiguredRule parseRule(Lexer& lexer, RuleKind kind, Verdict verdict) {
 ListRule parseListRule(Lexer& lexer, RuleKind kind, Verdict verdict, SourcePosition const& place) {
   RuleAlternatives alternatives;
   ListRule line{parseRule(lexer, kind, verdict, &alternatives)};
-  if (alternatives != RuleAlternatives()) {
+  if (!alternatives.empty()) {
     alternatives.place = place;
     line.alternatives = std::make_shared<RuleAlternatives const>(std::move(alternatives));
   }

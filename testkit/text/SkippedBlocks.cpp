@@ -106,8 +106,13 @@ bool LineParser::attachesElsewhere(Token const& first, std::string const& place)
   static constexpr std::array<Handler, 5> attaching = {
       &LineParser::servicePolicy, &LineParser::ipAccessGroup, &LineParser::ip6AccessGroup,
       &LineParser::macAccessGroup, &LineParser::zoneMember};
+  static constexpr std::array<std::string_view, 2> firstWords = {"service-policy", "zone-member"};
+  static constexpr std::array<std::string_view, 2> secondWords = {"access-group", "traffic-filter"};
   Lexer lexer(reader_.line());
   bool const remove = lexer.accept("no");
+  if (!contains(firstWords, lexer.peek()) && !contains(secondWords, lexer.peekSecond())) {
+    return false;  // nearly all lines: spares them the search
+  }
   Command const* const command = find(commandsOf(Mode::interface), lexer, remove);
   if (command == nullptr ||
       std::find(attaching.begin(), attaching.end(), command->handler) == attaching.end()) {

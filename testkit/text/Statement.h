@@ -67,6 +67,12 @@ struct RuleAlternatives {
   // Of the line.
   SourcePosition place;
 
+  // True if the line says none.
+  bool empty() const {
+    return service.empty() && source.empty() && destination.empty() && sourcePorts.empty() &&
+           destinationPorts.empty() && sourcePortValues.empty() && destinationPortValues.empty() &&
+           tcpFlags.empty() && dscps.empty();
+  }
   bool operator==(RuleAlternatives const& other) const {
     auto const all = [](RuleAlternatives const& some) {
       return std::tie(some.service, some.source, some.destination, some.sourcePorts,
