@@ -87,6 +87,8 @@ class PolicyProblems {
       add(ProblemKind::failed, where, text);
     } else if (!text.empty()) {
       addMissing(className, where);
+    } else if (lab_.configuration().effective().classMaps.at(className)->matches.size() == 0) {
+      add(ProblemKind::empty, where, "its class-map has no match");
     } else if (intersectsToNothing(className, *classMap)) {
       add(ProblemKind::empty, where, "no packet meets all of its conditions");
     }

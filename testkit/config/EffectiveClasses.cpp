@@ -101,6 +101,35 @@ void refuseExclusions(Settings& settings) {
 
 // A match of an IPv4 list that does not exist is one of the IPv6 or MAC list of the name: only some
 // dialects write the family.
+std::vector<std::pair<std::uint32_t, std::string>> matchesAfterCut(
+    Settings const& settings, ClassMap const& classMap,
+    std::set<std::pair<Family, std::string>> const& lists) {
+  std::vector<std::pair<std::uint32_t, std::string>> later;
+  if (classMap.match != ClassMatch::any) {
+    return later;
+  }
+  unsigned cut = 0;
+  std::string cutList;
+  for (auto const& [place, match] : classMap.matches.byNumber()) {
+    unsigned const families = familiesOf(settings, match, deepestNesting);
+    if ((families & cut) != 0) {
+      later.emplace_back(place, cutList);
+      continue;
+    }
+    using Option = PolicyMap::ClassMapMatchOption;
+    Family const family = match.option() == Option::ipv4   ? Family::ip4
+                          : match.option() == Option::ipv6 ? Family::ip6
+                                                           : Family::mac;
+    bool const isCut = match.kind() == PolicyMap::ClassMapMatch::Kind::acl &&
+                       lists.count({family, match.name().stdString()}) != 0;
+    if (isCut) {
+      cut |= families;
+      cutList = match.name().stdString();
+    }
+  }
+  return later;
+}
+
 void resolveLists(Settings& settings) {
   using Option = PolicyMap::ClassMapMatchOption;
   auto const familyOf = [&](PolicyMap::ClassMapMatch const& match) {

@@ -6,6 +6,12 @@
 
 #include "testkit/config/Settings.h"
 
+#include <cstdint>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace PolicyMapTestKit::Text {
 
 inline constexpr char const* classDefault = "class-default";
@@ -13,6 +19,12 @@ inline constexpr char const* classDefault = "class-default";
 // A match of an IPv4 list that does not exist is one of the IPv6 or MAC list of the name: only some
 // dialects write the family.
 void resolveLists(Settings& settings);
+
+// The places of the matches of a match-any class-map that come after a match of one of the lists
+// and may have rules of its family, each with the name of the list.
+std::vector<std::pair<std::uint32_t, std::string>> matchesAfterCut(
+    Settings const& settings, ClassMap const& classMap,
+    std::set<std::pair<Family, std::string>> const& lists);
 
 // class-default is the last class of each policy-map, and needs no class-map.
 void addClassDefault(Settings& settings);

@@ -13,12 +13,26 @@
 
 namespace PolicyMapTestKit::Text {
 
+namespace {
+
+std::string nameOf(SkippedKind kind) {
+  switch (kind) {
+  case SkippedKind::permit: return "permit";
+  case SkippedKind::deny: return "deny";
+  case SkippedKind::other: break;
+  }
+  return "line";
+}
+
+}  // namespace
+
 void EffectiveSettings::expandLists(Settings& settings) {
   if (!groups_.sameAs(settings.objectGroups)) {
     expanded_.clear();
     groups_ = settings.objectGroups;
   }
   std::map<AccessListKey, Expanded> used;
+  cutLists_.clear();
   for (Family const family : {Family::ip4, Family::ip6, Family::mac}) {
     for (auto& [name, list] : settings.listsOf(family)) {
       if (!list->entries.needExpansion()) {
@@ -34,51 +48,50 @@ void EffectiveSettings::expandLists(Settings& settings) {
       for (std::string const& note : now->second.notes) {
         notes_.push_back({"access-list " + name, note, false});
       }
+      if (now->second.cut) {
+        cutLists_.insert(key);
+      }
     }
   }
   expanded_ = std::move(used);
 }
 
-// A line keeps its number if the rules of the lines before it leave it free, and otherwise follows
-// them.
 EffectiveSettings::Expanded EffectiveSettings::expanded(Shared<AccessList> const& list,
                                                         Settings const& settings) {
   static constexpr char const* cut = ", so the entries after it are left out";
-  Expanded result{list, settings.widening, {}, {}};
+  Expanded result{list, settings.widening, false, {}, {}};
   AccessList& effective = result.effective.edit();
   effective.standard = list->standard;
-  std::uint64_t next = 0;
-  auto const put = [&](std::uint32_t wanted, ListEntry entry) {
-    next = std::max<std::uint64_t>(wanted, next);
-    if (next <= std::numeric_limits<std::uint32_t>::max()) {
-      effective.entries.put(static_cast<std::uint32_t>(next++), std::move(entry));
-    }
-  };
-  for (auto const& [number, entry] : list->entries.byNumber()) {
+  LineNumbers numbers;
+  auto const put = [&](std::uint32_t number, ListEntry const& entry) {
     if (auto const* const skipped = std::get_if<SkippedEntry>(&entry)) {
-      bool const cuts = skipped->isDeny;
-      result.notes.push_back(std::string(cuts ? "the deny at " : "the permit at ") +
-                             toText(skipped->place) + " was skipped" + (cuts ? cut : ""));
-      if (cuts) {
-        break;
-      }
-      continue;
+      result.cut = skipped->kind == SkippedKind::deny;
+      result.notes.push_back("the " + nameOf(skipped->kind) + " at " + toText(skipped->place) +
+                             " was skipped" + (result.cut ? cut : ""));
+      return;
     }
     auto const* const line = std::get_if<ListRule>(&entry);
     if (line == nullptr) {
-      put(number, entry);
-      continue;
+      effective.entries.put(numbers.firstOf(number, 1, {}), entry);
+      return;
     }
+    std::vector<ConfiguredRule> const rules =
+        rulesOf(*line, *settings.objectGroups, settings.widening);
+    std::uint32_t next = numbers.firstOf(number, rules.size(), line->alternatives->place);
+    for (ConfiguredRule const& rule : rules) {
+      effective.entries.put(next++, rule);
+    }
+  };
+  for (auto const& [number, entry] : list->entries.byNumber()) {
     try {
-      for (ConfiguredRule const& rule : rulesOf(*line, *settings.objectGroups, settings.widening)) {
-        put(number, rule);
-      }
+      put(number, entry);
     } catch (InputError const& error) {
-      bool const cuts = isDeny(line->rule) && !settings.widening;
-      result.notes.push_back(error.what() + std::string(cuts ? cut : ""));
-      if (cuts) {
-        break;
-      }
+      auto const* const line = std::get_if<ListRule>(&entry);
+      result.cut = (line == nullptr || isDeny(line->rule)) && !settings.widening;
+      result.notes.push_back(error.what() + std::string(result.cut ? cut : ""));
+    }
+    if (result.cut) {
+      break;
     }
   }
   return result;

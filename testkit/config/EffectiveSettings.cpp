@@ -97,6 +97,11 @@ std::map<std::string, ZonePolicies> policiesOfZones(Settings const& settings) {
     zone.name += (zone.policyMaps.empty() ? "" : ",") + pair->policyMap;
     zone.policyMaps.push_back(pair->policyMap);
   }
+  for (auto& [name, zone] : zones) {
+    if (zone.policyMaps.size() > 1 && settings.policyMaps.count(zone.name) != 0) {
+      zone.name.insert(0, "zone-pairs ");  // a policy-map has that name
+    }
+  }
   return zones;
 }
 
@@ -109,9 +114,11 @@ Settings EffectiveSettings::of(Settings const& written) {
   resolveLists(settings);
   for (auto& [intf, interface] : settings.interfaces) {
     attachTypedPolicies(interface, nameOf(settings, intf));
+    noteSkipped(interface, nameOf(settings, intf));
   }
   noteElsewhere(settings);
   attachZones(settings);
+  groupsByName_.clear();
   if (accessGroups_) {
     for (auto const& [intf, interface] : settings.interfaces) {
       attachLists(settings, intf, Direction::input);
@@ -119,6 +126,9 @@ Settings EffectiveSettings::of(Settings const& written) {
     }
   }
   addClassDefault(settings);
+  if (!cutLists_.empty()) {
+    cutClasses(settings);
+  }
   refuseContradictions(settings);
   refuseExclusions(settings);
   return settings;
@@ -157,6 +167,13 @@ void EffectiveSettings::noteElsewhere(Settings const& settings) {
     if (!attached.zone.empty()) {
       notes_.push_back({"zone " + attached.zone, text});
     }
+    noteSkipped(attached, place);
+  }
+}
+
+void EffectiveSettings::noteSkipped(InterfaceSettings const& interface, std::string const& where) {
+  for (std::string const& line : interface.skippedAttachments) {
+    notes_.push_back({"'" + line + "'", "not at " + where + ": the line was skipped"});
   }
 }
 
@@ -196,6 +213,37 @@ void EffectiveSettings::attachZones(Settings& settings) {
   }
 }
 
+// "access-group a,b"; if another interface has other lists of these names, "access-group ip a,ipv6
+// b".
+std::string EffectiveSettings::nameOfGroups(InterfaceSettings::AccessGroups const& lists) {
+  static constexpr std::array<char const*, 3> families = {"ip ", "ipv6 ", "mac "};
+  std::string name = "access-group " + namesOfLists(lists);
+  if (groupsByName_.try_emplace(name, lists).first->second == lists) {
+    return name;
+  }
+  name = "access-group ";
+  char const* separator = "";
+  for (std::size_t i = 0; i != lists.size(); ++i) {
+    for (auto const& [priority, list] : lists[i]) {
+      name.append(std::exchange(separator, ",")).append(families[i]).append(list);
+    }
+  }
+  return name;
+}
+
+// What a cut list would have denied must not match later in the class: the matches after it that
+// may have rules of its family are left out.
+void EffectiveSettings::cutClasses(Settings& settings) {
+  for (auto& [name, classMap] : settings.classMaps) {
+    for (auto const& [match, list] : matchesAfterCut(settings, *classMap, cutLists_)) {
+      classMap.edit().matches.erase(match);
+      notes_.push_back({"class-map " + name,
+                        "a match after access-list " + list + " is left out, whose end is lost",
+                        false});
+    }
+  }
+}
+
 // The policy-map of one class that matches the lists of all families.
 void EffectiveSettings::attachLists(Settings& settings, Vorel::IntfId intf, Direction direction) {
   InterfaceSettings& interface = settings.interfaces.at(intf);
@@ -205,6 +253,7 @@ void EffectiveSettings::attachLists(Settings& settings, Vorel::IntfId intf, Dire
   if (names.empty()) {
     return;
   }
+  std::string const name = nameOfGroups(lists);
   if (!attached.empty() && settings.policyMaps.count(attached) == 0) {
     notes_.push_back(
         {inDirection("policy-map " + attached, direction), notDefined(nameOf(settings, intf))});
@@ -213,16 +262,15 @@ void EffectiveSettings::attachLists(Settings& settings, Vorel::IntfId intf, Dire
                       replacedAt(nameOf(settings, intf), attached)});
     return;
   }
-  attached = "access-group " + names;
+  attached = name;
   ClassMap& classMap = settings.classMaps[attached].edit();
   classMap.match = ClassMatch::any;
-  std::uint32_t place = 0;
   for (std::size_t i = 0; i != lists.size(); ++i) {
-    place = static_cast<std::uint32_t>(i * placesOfFamily);
+    auto const family = static_cast<Family>(i);
+    auto place = static_cast<std::uint32_t>(i * placesOfFamily);
     for (auto const& [priority, list] : lists[i]) {
       place += 10;
-      classMap.matches.put(
-          place, PolicyMap::ClassMapMatch::acl(matchOption(static_cast<Family>(i)), list));
+      classMap.matches.put(place, PolicyMap::ClassMapMatch::acl(matchOption(family), list));
     }
   }
   PolicyMapSettings& policyMap = settings.policyMaps[attached].edit();

@@ -9,6 +9,7 @@
 #include "testkit/config/Settings.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -40,6 +41,8 @@ class POLICYMAPTESTKIT_API EffectiveSettings {
   struct Expanded {
     Shared<AccessList> written;
     bool widening;
+    // Entries after a lost `deny` are left out.
+    bool cut;
     Shared<AccessList> effective;
     // The lines that are left out, and what follows from that.
     std::vector<std::string> notes;
@@ -50,14 +53,21 @@ class POLICYMAPTESTKIT_API EffectiveSettings {
 
   void attachTypedPolicies(InterfaceSettings& interface, std::string const& where);
   void noteElsewhere(Settings const& settings);
+  void noteSkipped(InterfaceSettings const& interface, std::string const& where);
   void attachZones(Settings& settings);
   void attachLists(Settings& settings, Vorel::IntfId intf, Direction direction);
+  std::string nameOfGroups(InterfaceSettings::AccessGroups const& lists);
+  void cutClasses(Settings& settings);
 
   bool accessGroups_ = true;
   std::vector<Note> notes_;
   Shared<ObjectGroups> groups_;
   // Of the lists that need it.
   std::map<AccessListKey, Expanded> expanded_;
+  // Lists whose entries after a lost `deny` are left out.
+  std::set<AccessListKey> cutLists_;
+  // The lists of the policy-maps of lists that are attached by themselves, by name.
+  std::map<std::string, InterfaceSettings::AccessGroups> groupsByName_;
 };
 
 }  // namespace PolicyMapTestKit::Text

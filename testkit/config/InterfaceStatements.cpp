@@ -97,7 +97,11 @@ void StatementEditor::apply(PlaceOpen const& body) {
 }
 
 void StatementEditor::apply(InterfaceRemove const& body) {
-  if (settings_.elsewhere.erase(body.interface.text) != 0) {
+  // With the places on it.
+  std::string const& name = body.interface.text;
+  std::erase_if(settings_.elsewhere,
+                [&](auto const& place) { return place.first.starts_with(name + " "); });
+  if (settings_.elsewhere.erase(name) != 0) {
     return;
   }
   if (settings_.interfaces.erase(intfOf(body.interface)) == 0) {
@@ -167,13 +171,11 @@ void StatementEditor::apply(InterfaceChannelGroup const& body) {
 }
 
 void StatementEditor::apply(ServicePolicy const& body) {
-  static constexpr std::array<std::string_view, 4> aboutHeaders = {"", "inspect", "qos", "traffic"};
-  bool const classifies = std::any_of(aboutHeaders.begin(), aboutHeaders.end(),
-                                      [&](auto type) { return equalsKeyword(body.type, type); });
+  bool const isUsual = body.type.empty() || equalsKeyword(body.type, "qos");
   InterfaceSettings& interface = interfaceOf(body.interface);
   auto const direction = static_cast<std::size_t>(body.direction);
-  std::string& attached = classifies ? interface.policyMaps[direction]
-                                     : interface.typedPolicyMaps[direction][body.type];
+  std::string& attached =
+      isUsual ? interface.policyMaps[direction] : interface.typedPolicyMaps[direction][body.type];
   if (!body.remove) {
     attached = body.policyMap->text;
     return;
@@ -203,6 +205,10 @@ void StatementEditor::apply(InterfaceAccessGroup const& body) {
     fail(std::string("the list that is attached for ") + toText(body.direction), *body.list,
          "no access-group (absent)");
   }
+}
+
+void StatementEditor::apply(SkippedAttachment const& body) {
+  interfaceOf(body.interface).skippedAttachments.insert(body.line);
 }
 
 void StatementEditor::apply(InterfaceZone const& body) {

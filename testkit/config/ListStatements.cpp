@@ -105,7 +105,7 @@ void StatementEditor::apply(RuleAdd const& body) {
 }
 
 void StatementEditor::apply(SkippedEntryAdd const& body) {
-  addEntry(body.list, body.sequence, SkippedEntry{statement_->position, body.isDeny});
+  addEntry(body.list, body.sequence, SkippedEntry{statement_->position, body.kind});
 }
 
 void StatementEditor::apply(RemarkAdd const& body) {
@@ -114,7 +114,12 @@ void StatementEditor::apply(RemarkAdd const& body) {
 
 void StatementEditor::apply(RuleRemove const& body) {
   auto& entries = existingList(body.list).entries;
-  std::optional<std::uint32_t> const number = entries.numberOf(entryOf(body.rule));
+  ListEntry const entry = entryOf(body.rule);
+  std::optional<std::uint32_t> number = entries.numberOf(entry);
+  if (body.sequence) {
+    ListEntry const* const known = entries.find(*body.sequence);
+    number = known != nullptr && *known == entry ? body.sequence : std::nullopt;
+  }
   if (!number) {
     fail("a rule of " + nameOf(body.list), describe(body.rule.rule), "no rule (absent)");
   }

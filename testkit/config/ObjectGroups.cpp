@@ -3,8 +3,11 @@
 
 #include "testkit/text/RuleConversion.h"
 
+#include <algorithm>
 #include <functional>
+#include <limits>
 #include <set>
+#include <string>
 #include <string_view>
 #include <type_traits>
 
@@ -21,13 +24,38 @@ class Members {
   Members(ListRule const& line, ObjectGroups const& groups, GroupKind kind, bool whole)
       : line_(line), groups_(groups), kind_(kind), whole_(whole) {}
 
+  // Without recursion: a chain of groups may be long.
   std::vector<Member> of(std::string const& name) {
-    add(name);
+    struct Place {
+      std::vector<GroupMember> const* members;
+      std::size_t next;
+    };
+    std::vector<Place> path;
+    auto const enter = [&](std::string const& group) {
+      if (std::vector<GroupMember> const* const members = membersOf(group)) {
+        path.push_back({members, 0});
+      }
+    };
+    enter(name);
+    while (!path.empty()) {
+      Place& place = path.back();
+      if (place.next == place.members->size()) {
+        path.pop_back();
+        continue;
+      }
+      GroupMember const& member = (*place.members)[place.next++];
+      if (auto const* const nested = std::get_if<GroupReference>(&member)) {
+        enter(nested->name);
+      } else {
+        members_.push_back(std::get<Member>(member));
+      }
+    }
     return std::move(members_);
   }
 
  private:
-  void add(std::string const& name) {
+  // Null if the group was visited before.
+  std::vector<GroupMember> const* membersOf(std::string const& name) {
     auto const found = groups_.find(name);
     if (found == groups_.end()) {
       throw InputError(line_.alternatives->place, "the name of an object-group that exists", name);
@@ -44,16 +72,7 @@ class Members {
                            toText(*found->second.skipped) + " is not",
                        name);
     }
-    if (!seen_.insert(name).second) {
-      return;
-    }
-    for (GroupMember const& member : found->second.members) {
-      if (auto const* const nested = std::get_if<GroupReference>(&member)) {
-        add(nested->name);
-      } else {
-        members_.push_back(std::get<Member>(member));
-      }
-    }
+    return seen_.insert(name).second ? &found->second.members : nullptr;
   }
 
   static std::string_view wordOf(GroupKind kind) {
@@ -171,6 +190,20 @@ class Expansion {
 };
 
 }  // namespace
+
+std::uint32_t LineNumbers::firstOf(std::uint32_t number, std::size_t rules,
+                                   SourcePosition const& place) {
+  if (rules > 1) {
+    place_ = place;
+  }
+  std::uint64_t const first = std::max<std::uint64_t>(number, next_);
+  next_ = first + rules;
+  if (rules != 0 && next_ - 1 > std::numeric_limits<std::uint32_t>::max()) {
+    throw InputError(place_, "a sequence number: none is left for the rules of the line",
+                     std::to_string(number));
+  }
+  return static_cast<std::uint32_t>(first);
+}
 
 bool isDeny(ConfiguredRule const& rule) {
   return std::visit([](auto const& some) { return !some.permit(); }, rule);

@@ -36,6 +36,18 @@ constexpr std::uint64_t mostRulesOfLine = 100000;
                                                                        ObjectGroups const& groups,
                                                                        bool widening = false);
 
-bool isDeny(ConfiguredRule const& rule);
+[[nodiscard]] bool isDeny(ConfiguredRule const& rule);
+
+// The number of the first rule of a line: its own, if the rules of the lines before it leave it
+// free, and otherwise the next one. Throws InputError if there is none for the last rule.
+class LineNumbers {
+ public:
+  [[nodiscard]] std::uint32_t firstOf(std::uint32_t number, std::size_t rules,
+                                      SourcePosition const& place);
+
+ private:
+  std::uint64_t next_ = 0;
+  SourcePosition place_;  // of the last line with several rules
+};
 
 }  // namespace PolicyMapTestKit::Text

@@ -193,8 +193,12 @@ void StatementEditor::finish() {
         policyMap->second->otherActions.count(className) == 0) {
       continue;  // removed since
     }
+    // In alphabetical order: loading a file again, which moves some of them, changes nothing.
+    std::vector<OtherAction> actions = policyMap->second->otherActions.at(className);
+    std::sort(actions.begin(), actions.end(),
+              [](auto const& one, auto const& other) { return one.text < other.text; });
     std::map<std::uint8_t, std::string> texts;
-    for (OtherAction const& action : policyMap->second->otherActions.at(className)) {
+    for (OtherAction const& action : actions) {
       std::string& all = texts[action.action];
       all += (all.empty() ? "" : "; ") + action.text;
     }

@@ -62,7 +62,7 @@ struct Remark {
 // configured.
 struct SkippedEntry {
   SourcePosition place;
-  bool isDeny = false;
+  SkippedKind kind = SkippedKind::other;
 
   bool operator==(SkippedEntry const& other) const {
     return place.line == other.place.line && *place.file == *other.place.file;
@@ -145,13 +145,15 @@ struct InterfaceSettings {
   std::optional<std::uint32_t> channelGroup;
   // Indexed by Direction; empty for none.
   std::array<std::string, 2> policyMaps;
-  // Those attached with a type that is not about headers, by type.
+  // Those attached with another type than `qos`, by type.
   std::array<std::map<std::string, std::string>, 2> typedPolicyMaps;
   // Lists that are attached by themselves: by Direction and Family, each by priority.
   using AccessGroups = std::array<std::map<std::uint32_t, std::string>, 3>;
   std::array<AccessGroups, 2> accessGroups;
   // Empty for none.
   std::string zone;
+  // Lines that would attach something, and were skipped.
+  std::set<std::string> skippedAttachments;
 
   bool operator==(InterfaceSettings const&) const = default;
 };

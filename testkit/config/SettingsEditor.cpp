@@ -13,13 +13,18 @@ namespace {
 
 void checkGroups(AccessList const& list, ObjectGroups const& groups, PolicyText& text,
                  Reading reading) {
+  LineNumbers numbers;
   for (auto const& [number, entry] : list.entries.byNumber()) {
     auto const* const line = std::get_if<ListRule>(&entry);
     if (line == nullptr) {
+      if (reading == Reading::strict) {
+        static_cast<void>(numbers.firstOf(number, 1, {}));
+      }
       continue;
     }
     try {
-      static_cast<void>(rulesOf(*line, groups, reading == Reading::widening));
+      std::size_t const rules = rulesOf(*line, groups, reading == Reading::widening).size();
+      static_cast<void>(numbers.firstOf(number, rules, line->alternatives->place));
     } catch (InputError const& error) {
       if (reading == Reading::strict) {
         throw;
@@ -27,7 +32,8 @@ void checkGroups(AccessList const& list, ObjectGroups const& groups, PolicyText&
       // A line of an earlier file was counted then.
       if (!text.statements.empty() &&
           error.position().file == text.statements.front().position.file) {
-        text.skipped.add("permit (object-group)", error.position());
+        text.skipped.add(isDeny(line->rule) ? "deny (object-group)" : "permit (object-group)",
+                         error.position());
       }
     }
   }

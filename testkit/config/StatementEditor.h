@@ -113,6 +113,7 @@ class StatementEditor {
   void apply(InterfaceChannelGroup const& body);
   void apply(ServicePolicy const& body);
   void apply(InterfaceAccessGroup const& body);
+  void apply(SkippedAttachment const& body);
   void apply(InterfaceZone const& body);
   void apply(ZonePairOpen const& body);
   void apply(ZonePairRemove const& body);

@@ -5,6 +5,21 @@
 
 namespace PolicyMapTestKit::Text {
 
+namespace {
+
+// Whether the list of a number is a standard one; no value: not a number of an IPv4 list.
+std::optional<bool> isStandardNumber(std::string_view text) {
+  std::uint64_t number = 0;
+  if (parseNumber(text, 1, 99, number) || parseNumber(text, 1300, 1999, number)) {
+    return true;
+  }
+  bool const extended =
+      parseNumber(text, 100, 199, number) || parseNumber(text, 2000, 2699, number);
+  return extended ? std::optional(false) : std::nullopt;
+}
+
+}  // namespace
+
 void LineParser::ipAccessList(Lexer& lexer, bool remove) {
   bool const standard = lexer.accept("standard");
   if (!standard) {
@@ -43,14 +58,14 @@ void LineParser::numberedAccessList(Lexer& lexer, bool remove) {
   if (lexer.accept("compiled")) {
     return;
   }
-  std::uint64_t number = 0;
   Token const token = lexer.peek();
-  bool const standard =
-      parseNumber(token.text, 1, 99, number) || parseNumber(token.text, 1300, 1999, number);
-  if (!standard && !parseNumber(token.text, 100, 199, number) &&
-      !parseNumber(token.text, 2000, 2699, number)) {
+  std::optional<bool> const isStandard = isStandardNumber(token.text);
+  if (!isStandard) {
     lexer.fail("an access-list number 1-199 or 1300-2699");
   }
+  bool const standard = *isStandard;
+  std::uint64_t number = 0;
+  parseNumber(token.text, 1, highestWord, number);
   lexer.next();
   std::string const name = std::to_string(number);
   list_ = {Family::ip4, {name, token.column}};
@@ -112,7 +127,7 @@ bool LineParser::accessListEntry(Lexer& lexer, bool remove) {
   ListRule rule =
       parseListRule(lexer, ruleKind_, permit ? Verdict::permit : Verdict::deny, position_);
   if (remove) {
-    emit(RuleRemove{list_, std::move(rule)});
+    emit(RuleRemove{list_, sequence, std::move(rule)});
   } else {
     emit(RuleAdd{list_, sequence, std::move(rule)});
   }
@@ -139,9 +154,10 @@ std::optional<std::uint32_t> LineParser::takeTrailingSequence(Lexer& lexer) cons
   return static_cast<std::uint32_t>(number);
 }
 
-// True if the line is an entry; its place is kept then. A widening reading keeps no `deny`.
-bool LineParser::skipsEntry() {
-  Lexer lexer(reader_.line());
+// True if the line is an entry, or looks like one; its place is kept then. A widening reading keeps
+// no `deny`.
+bool LineParser::skipsEntry(Lexer lexer, bool isIndented) {
+  lexer.accept("no");
   std::optional<std::uint32_t> sequence;
   std::uint64_t number = 0;
   lexer.accept("sequence");
@@ -149,12 +165,45 @@ bool LineParser::skipsEntry() {
     sequence = static_cast<std::uint32_t>(number);
     lexer.next();
   }
-  bool const isDeny = lexer.accept("deny");
-  bool const isEntry = isDeny || lexer.accept("permit");
-  if (isEntry && !(isDeny && widening_)) {
-    emit(SkippedEntryAdd{list_, sequence, isDeny});
+  SkippedKind kind = SkippedKind::other;
+  if (lexer.peek().is("deny")) {
+    kind = SkippedKind::deny;
+  } else if (lexer.peek().is("permit")) {
+    kind = SkippedKind::permit;
+  } else if (!isIndented) {
+    return false;
   }
-  return isEntry;
+  for (; !lexer.peek().atEnd(); lexer.next()) {
+    if (lexer.peek().is("deny") || lexer.peek().is("drop")) {
+      kind = SkippedKind::deny;  // such as `dynamic NAME deny ...`
+    } else if (!sequence && lexer.peek().is("sequence") &&
+               parseNumber(lexer.peekSecond().text, 1, highestWord, number)) {
+      sequence = static_cast<std::uint32_t>(number);
+    }
+  }
+  if (kind != SkippedKind::deny || !widening_) {
+    emit(SkippedEntryAdd{list_, sequence, kind});
+  }
+  return true;
+}
+
+// The same for a line that names its list by number.
+bool LineParser::skipsNumberedEntry() {
+  Lexer lexer(reader_.line());
+  lexer.next();
+  Token const word = lexer.next();
+  std::optional<bool> const standard = isStandardNumber(word.text);
+  if (!standard) {
+    return false;
+  }
+  std::string name(word.text);
+  list_ = {Family::ip4, {name, word.column}};
+  if (numbered_ != name) {
+    emit(AccessListOpen{list_, *standard});
+    numbered_ = std::move(name);
+    numberedLine_ = position_.line;
+  }
+  return skipsEntry(lexer, true);
 }
 
 void LineParser::remark(Lexer& lexer, std::optional<std::uint32_t> sequence, bool remove) {

@@ -214,29 +214,36 @@ void LineParser::ip6Enable(Lexer& lexer, bool remove) {
 }
 
 // `no ip access-group in` names no list.
-void LineParser::accessGroup(Lexer& lexer, Family family, bool remove) {
+void LineParser::accessGroup(Lexer& lexer, Family family, bool remove, bool ofPort) {
   lexer.accept("name");
   InterfaceAccessGroup body{outer_, Direction::input, family, std::nullopt, 0, remove};
   if (!remove || !lexer.peekSecond().atEnd()) {
     body.list = nameOf(takeName(lexer, "an access-list name"));
   }
-  // Old texts have no direction, which means out.
+  // Old texts have no direction, which means out; at a port it means in.
   if (lexer.accept("out") || lexer.accept("output") || lexer.accept("egress") ||
-      (lexer.peek().atEnd() && !remove && family == Family::ip4)) {
+      (lexer.peek().atEnd() && !remove && family == Family::ip4 && !ofPort)) {
     body.direction = Direction::output;
-  } else if (!lexer.accept("in") && !lexer.accept("input") && !lexer.accept("ingress")) {
+  } else if (!lexer.accept("in") && !lexer.accept("input") && !lexer.accept("ingress") &&
+             !(ofPort && lexer.peek().atEnd())) {
     lexer.fail("in or out");
   }
   body.priority = takePriority(lexer);
-  lexer.rest();
+  // What a device counts.
+  if (lenient_ || lexer.peek().is("hardware-count") || lexer.peek().is("interface-statistics")) {
+    lexer.rest();
+  }
+  lexer.expectEnd();
   emit(std::move(body));
 }
 
 // The number after the direction; 0 without one.
-std::uint32_t LineParser::takePriority(Lexer& lexer) const {
+std::uint32_t LineParser::takePriority(Lexer& lexer) {
   std::uint64_t number = 0;
-  bool const given = parseNumber(lexer.peek().text, 1, highestWord, number);
-  return given ? static_cast<std::uint32_t>(number) : 0;
+  if (parseNumber(lexer.peek().text, 1, highestWord, number)) {
+    lexer.next();
+  }
+  return static_cast<std::uint32_t>(number);
 }
 
 // `ip port access-group NAME in`.
@@ -244,7 +251,7 @@ void LineParser::ofPort(Lexer& lexer, Family family, bool remove) {
   if (!lexer.accept("access-group") && !lexer.accept("traffic-filter")) {
     lexer.fail("access-group");
   }
-  accessGroup(lexer, family, remove);
+  accessGroup(lexer, family, remove, true);
 }
 
 void LineParser::zoneMember(Lexer& lexer, bool remove) {

@@ -168,9 +168,11 @@ class LineParser {
   }
   bool accessListEntry(Lexer& lexer, bool remove);
   std::optional<std::uint32_t> takeTrailingSequence(Lexer& lexer) const;
-  bool skipsEntry();
+  bool skipsEntry(Lexer lexer, bool isIndented);
+  bool skipsNumberedEntry();
+  void keepAttachment(Token const& first, std::string const& place);
   bool groupMember(Lexer& lexer, bool remove);
-  void accessGroup(Lexer& lexer, Family family, bool remove);
+  void accessGroup(Lexer& lexer, Family family, bool remove, bool ofPort = false);
   void ofPort(Lexer& lexer, Family family, bool remove);
   // The kind of action that the current line becomes; 0: none.
   std::uint8_t mapped(std::uint8_t usualKind) const;
@@ -184,7 +186,7 @@ class LineParser {
   void address(Lexer& lexer, Family family, bool remove);
   void routing(Lexer& lexer, Family family, bool remove);
   std::string takeType(Lexer& lexer) const;
-  std::uint32_t takePriority(Lexer& lexer) const;
+  static std::uint32_t takePriority(Lexer& lexer);
 
   // In the mode of several interfaces: a statement for each.
   void emit(StatementBody body);

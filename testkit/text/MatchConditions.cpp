@@ -505,9 +505,13 @@ MatchCondition unknownCondition(Lexer& lexer) {
   constexpr std::size_t longest = 200;  // it becomes a name
   MatchCondition condition;
   while (!lexer.peek().atEnd() && condition.text.size() < longest) {
-    condition.text.append(condition.text.empty() ? "" : " ").append(lowerCase(lexer.next().text));
+    std::string_view const word = lexer.next().text;
+    condition.text.append(condition.text.empty() ? lowerCase(word) : " " + std::string(word));
   }
   lexer.rest();
+  if (condition.text.empty()) {
+    condition.text = "an empty condition";
+  }
   condition.text.resize(std::min(condition.text.size(), longest));
   return condition;
 }

@@ -91,6 +91,7 @@ bool LineParser::skippedBefore(Token const& first) {
       result_.skipped.sawPolicyLine(true);
       return true;
     }
+    keepAttachment(first, skippedPlace());
     result_.skipped.add(skippedKind_, reader_.position(first.column));
     if (beginsPolicies(first) || Lexer(reader_.line()).peekSecond().is("access-group")) {
       result_.skipped.sawPolicyLine(false);
@@ -136,6 +137,27 @@ bool LineParser::attachesElsewhere(Token const& first, std::string const& place)
   return attaches;
 }
 
+// Keeps a line that would attach something, to explain it.
+void LineParser::keepAttachment(Token const& first, std::string const& place) {
+  static constexpr std::array<std::string_view, 3> families = {"ip", "ipv4", "ipv6"};
+  static constexpr std::array<std::string_view, 2> secondWords = {"access-group", "traffic-filter"};
+  Lexer lexer(reader_.line());
+  Lexer second = lexer;
+  second.next();
+  bool const ofPort = second.accept("port");
+  bool const isGroup = contains(secondWords, second.peek()) &&
+                       (ofPort || contains(families, first) || first.is("mac"));
+  if (!isGroup && !first.is("service-policy")) {
+    return;
+  }
+  position_ = reader_.position(first.column);
+  Name const name{mode_ == Mode::interface ? outer_.text : place};
+  if (mode_ != Mode::interface) {
+    emit(PlaceOpen{name});
+  }
+  emit(SkippedAttachment{name, std::string(lexer.rest().text.substr(0, longestPlace))});
+}
+
 void LineParser::skip(Token const& first, SyntaxFailure const& failure) {
   if (mode_ == Mode::top && first.column <= modeColumn_) {
     bool const inBlock = contains(foreignBlocks, Lexer(skippedHeader_).peek());
@@ -155,12 +177,16 @@ void LineParser::skip(Token const& first, SyntaxFailure const& failure) {
     emit(ClassMatchCondition{outer_, unknownCondition(lexer), false});
     return;
   }
-  if (mode_ == Mode::accessList && skipsEntry()) {
+  if (mode_ == Mode::accessList && skipsEntry(Lexer(reader_.line()), first.column > modeColumn_)) {
+    return;
+  }
+  if (first.is("access-list") && skipsNumberedEntry()) {
     return;
   }
   if (mode_ == Mode::objectGroup && first.column > modeColumn_) {
     emit(ObjectGroupSkipped{outer_});
   }
+  keepAttachment(first, "the device");
   bool const beside = first.column <= modeColumn_;
   if (beside && (bodyIsIndented_ || contains(foreignBlocks, first))) {
     mode_ = Mode::top;
@@ -204,8 +230,8 @@ void LineParser::openBanner(Lexer& lexer) {
     // The end mark is a character, or the two characters that denote a control character.
     std::size_t const size = text.front() == '^' && text.size() > 1 ? 2 : 1;
     std::string_view const mark = text.substr(0, size);
-    // A word is the text itself; a letter is none.
-    bool const isWord = text.size() > 1 && isLetterOrDigit(mark.front());
+    // A word is the text itself; a letter alone is none.
+    bool const isWord = Lexer(text).peek().text.size() > 1 && isLetterOrDigit(mark.front());
     if (!isWord && text.find(mark, size) == std::string_view::npos) {
       bannerEnd_ = mark;
     }

@@ -103,16 +103,21 @@ struct RuleAdd {
   std::optional<std::uint32_t> sequence;
   ListRule rule;
 };
-// `no permit ...`: removes the entry with an equal rule.
+// `no [SEQ] permit ...`: removes the entry with an equal rule.
 struct RuleRemove {
   AccessListId list;
+  // Of the entry that must have the rule. None: the first that has it.
+  std::optional<std::uint32_t> sequence;
   ListRule rule;
 };
-// An entry that a lenient reading skipped, at its place.
+// What a line of an access list that was skipped may have been.
+enum class SkippedKind : std::uint8_t { permit, deny, other };
+
+// A line that a lenient reading skipped, at its place.
 struct SkippedEntryAdd {
   AccessListId list;
   std::optional<std::uint32_t> sequence;
-  bool isDeny = false;
+  SkippedKind kind = SkippedKind::other;
 };
 // `[SEQ] remark TEXT`.
 struct RemarkAdd {
@@ -330,6 +335,12 @@ struct ServicePolicy {
   bool remove = false;
 };
 
+// A line that would attach something, and that a lenient reading skipped.
+struct SkippedAttachment {
+  Name interface;
+  std::string line;
+};
+
 // `ip access-group NAME in`, `ipv6 traffic-filter NAME in` and such.
 struct InterfaceAccessGroup {
   Name interface;
@@ -384,8 +395,8 @@ using StatementBody =
                  PolicyMapRemove, PolicyClassOpen, PolicyClassRemove, PolicyClassAction,
                  PolicyClassOtherAction, InterfaceOpen, PlaceOpen, InterfaceRemove,
                  InterfaceAddress, InterfaceSwitchport, InterfaceShutdown, InterfaceChannelGroup,
-                 ServicePolicy, InterfaceAccessGroup, InterfaceZone, ZonePairOpen, ZonePairRemove,
-                 ZonePairPolicy, PortChannelName, Routing>;
+                 ServicePolicy, InterfaceAccessGroup, SkippedAttachment, InterfaceZone,
+                 ZonePairOpen, ZonePairRemove, ZonePairPolicy, PortChannelName, Routing>;
 
 struct Statement {
   // The first word of the line.

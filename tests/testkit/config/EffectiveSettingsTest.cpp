@@ -351,5 +351,34 @@ TEST(Conditions, ThatNoPacketMeetsTogetherAreReported) {
   EXPECT_THAT(findProblems(lab), testing::IsEmpty());
 }
 
+TEST(Zones, APolicyMapMayHaveTheNameOfSeveral) {
+  Lab lab;
+  lab.load(zones + "policy-map p,q\n class b\n"
+                   "zone-pair security 1 source in destination out\n service-policy p\n"
+                   "zone-pair security 2 source in destination other\n service-policy q\n");
+  EXPECT_THAT(ip4(lab, "zone-pairs p,q"),
+              RulesAre("a a 10 permit tcp any any eq 1", "b b 10 permit tcp any any eq 2",
+                       "class-default 10 permit ip any any"));
+}
+
+TEST(OtherActions, DoNotChangeWhenAFileIsLoadedAgain) {
+  Lab lab;
+  std::string const text = lists + "policy-map p\n class a\n  mirror 0/1\n"
+                                   "  police 64000 conform-action transmit exceed-action drop\n"
+                                   "interface Ethernet1\n service-policy input p\n";
+  lab.load(text);
+  Snapshot const before = lab.snapshot();
+  lab.load(text);
+  EXPECT_EQ(lab.snapshot(), before);
+}
+
+TEST(Conditions, AClassMapWithoutAMatchIsReported) {
+  Lab lab;
+  lab.load(lists + "class-map match-all c\n" + policyOfC);
+  std::vector<Problem> const problems = findProblems(lab);
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_EQ(toText(problems[0]), "policy-map p (input), class c: its class-map has no match");
+}
+
 }  // namespace
 }  // namespace PolicyMapTestKit::test

@@ -252,5 +252,108 @@ TEST(GroupSpellings, OfOtherDialectsAreTaken) {
             "t:2:11: expected the length of a prefix, found '/33'");
 }
 
+TEST(LostEntries, OfNumberedListsAreKeptToo) {
+  Lab lab;
+  lab.load(Text::SourceText("t", "access-list 101 permit tcp any any eq 5\n"
+                                 "access-list 101 deny tcp any any foo\n"
+                                 "access-list 101 permit ip any any\n"
+                                 "interface Ethernet1\n ip access-group 101 in\n"),
+           Text::Reading::lenient);
+  EXPECT_THAT(lab.record("access-group 101"), RulesAre("101 10 permit tcp any any eq 5"));
+  EXPECT_THAT(findProblems(lab), SizeIs(1));
+}
+
+TEST(LostEntries, AnUnknownLineWithADenyCutsTheList) {
+  for (char const* const line : {"30 dynamic D deny ip any any", "rule 5 deny ip any any",
+                                 "drop ip any any", "99999999999 deny ip any any"}) {
+    Lost const lost = lostOf("ip access-list L\n permit tcp any any\n " + std::string(line) +
+                             "\n permit ip any any\n");
+    EXPECT_THAT(lost.rules, ElementsAre("permit tcp any any")) << line;
+    EXPECT_THAT(lost.problems, ElementsAre(HasSubstr("the deny at t:3:2 was skipped, so"))) << line;
+  }
+  Lost const lost = lostOf("ip access-list L\n evaluate R\n permit ip any any\n");
+  EXPECT_THAT(lost.rules, ElementsAre("permit ip any any"));
+  EXPECT_THAT(lost.problems, ElementsAre("access-list L: the line at t:2:2 was skipped"));
+}
+
+TEST(LostEntries, ADenyCutsTheListWhereItsNumberIs) {
+  Lab lab;
+  lab.load(Text::SourceText("t", "ipv6 access-list L\n permit tcp any any sequence 20\n"
+                                 " permit udp any any sequence 5\n"
+                                 " deny ipv6 any any foo sequence 10\n"
+                                 "interface Ethernet1\n ipv6 address 2001:db8::1/64\n"
+                                 " ipv6 traffic-filter L in\n"),
+           Text::Reading::lenient);
+  EXPECT_THAT(lab.record("access-group L"), RulesAre("L 5 permit udp any any"));
+}
+
+TEST(LostEntries, WhatFollowsACutListInItsClassIsLeftOut) {
+  std::string const text =
+      "ip access-list L\n permit tcp any any eq 22\n deny tcp any any foo\n"
+      "ip access-list M\n permit tcp any any eq 80\n"
+      "ipv6 access-list N\n permit udp any any\n"
+      "class-map match-any C\n match access-group L\n match access-group M\n"
+      " match ipv6 access-group N\npolicy-map P\n class C\n"
+      "interface Ethernet2\n ip address 192.0.2.5/30\n"
+      " ipv6 address 2001:db8::1/64\n service-policy input P\n"
+      "interface Ethernet3\n ip access-group L in 1\n ip access-group M in 2\n";
+  auto const rules = [&](Text::Reading reading) {
+    Lab lab;
+    lab.load(Text::SourceText("t", text), reading);
+    std::vector<std::string> all;
+    for (Record const& record : lab.snapshot()) {
+      for (RuleRecord const& rule : record) {
+        all.push_back(record.policy + ": " + rule.matchText());
+      }
+    }
+    return all;
+  };
+  EXPECT_THAT(rules(Text::Reading::lenient),
+              ElementsAre("P: permit tcp any any eq 22", "P: permit udp any any",
+                          "access-group L,M: permit tcp any any eq 22"));
+  EXPECT_THAT(rules(Text::Reading::widening), SizeIs(5));
+}
+
+TEST(Entries, ThatLeaveNoNumberForTheirRulesAreErrors) {
+  auto const errorAfter = [](std::string const& lines) {
+    Lab lab;
+    return Text::test::errorFrom(
+        [&] { lab.load(Text::SourceText("t", "ip access-list L\n" + lines), {}); });
+  };
+  EXPECT_EQ(errorAfter(" 4294967294 permit tcp any any eq 1 3\n"), "no error");
+  EXPECT_THAT(
+      errorAfter(" 4294967294 permit tcp any any eq 1 3 5\n"),
+      HasSubstr("t:2:2: expected a sequence number: none is left for the rules of the line"));
+  EXPECT_THAT(errorAfter(" 4294967294 permit tcp any any eq 1 3\n 4294967295 permit ip any any\n"),
+              HasSubstr("t:2:2: expected a sequence number"));
+}
+
+TEST(Entries, AreRemovedByNumberAndRule) {
+  Lab lab;
+  std::string const list = "ip access-list L\n";
+  lab.load(list + " 10 deny ip host 1.1.1.1 any\n 20 permit tcp any any\n"
+                  " 30 deny ip host 1.1.1.1 any\ninterface Ethernet1\n ip access-group L in\n");
+  lab.load(list + " no 30 deny ip host 1.1.1.1 any\n");
+  EXPECT_THAT(lab.record("access-group L"),
+              RulesAre("L 10 deny ip host 1.1.1.1 any", "L 20 permit tcp any any"));
+  EXPECT_THAT(
+      [&] { lab.load(list + " no 20 deny ip host 1.1.1.1 any\n"); },
+      testing::ThrowsMessage<Text::InputError>(HasSubstr("expected a rule of ip access-list")));
+}
+
+TEST(GroupSpellings, AChainOfGroupsMayBeLong) {
+  std::string text = "object-group network G0\n host 10.0.0.1\n";
+  constexpr int length = 30000;
+  for (int i = 1; i != length; ++i) {
+    text += "object-group network G" + std::to_string(i) + "\n group-object G" +
+            std::to_string(i - 1) + "\n";
+  }
+  Lab lab;
+  lab.load(text + "object-group network G0\n group-object G" + std::to_string(length - 1) +
+           "\nip access-list L\n permit ip object-group G" + std::to_string(length - 1) +
+           " any\ninterface Ethernet1\n ip access-group L in\n");
+  EXPECT_THAT(lab.record("access-group L"), RulesAre("L 10 permit ip host 10.0.0.1 any"));
+}
+
 }  // namespace
 }  // namespace PolicyMapTestKit::test

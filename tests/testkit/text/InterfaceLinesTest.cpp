@@ -222,5 +222,58 @@ TEST(Interfaces, WordsAfterAnAttachmentAreTaken) {
   }
 }
 
+TEST(Types, WithAndWithoutAWordAreToldApart) {
+  EXPECT_THAT(problemsAfter(policyOfA + "policy-map q\n class a\n"
+                                        "interface Ethernet1\n service-policy type qos input p\n"
+                                        " service-policy type inspect input q\n"),
+              ElementsAre(HasSubstr("policy-map q (input) of type inspect: not at Ethernet1")));
+}
+
+TEST(Places, ALineThatWouldAttachSomethingIsExplained) {
+  EXPECT_THAT(problemsAfter(policyOfA + "interface Ethernet1\n ip access-group a sideways\n"),
+              ElementsAre("'ip access-group a sideways': not at Ethernet1: the line was skipped"));
+  EXPECT_THAT(problemsAfter(policyOfA + "interface Ethernet1\n service-policy p\n"),
+              ElementsAre(HasSubstr("'service-policy p': not at Ethernet1")));
+  EXPECT_THAT(problemsAfter(policyOfA + "control-plane\n service-policy p\n"),
+              ElementsAre(HasSubstr("'service-policy p': not at control-plane")));
+  EXPECT_THAT(problemsAfter(policyOfA + "interface Ethernet1\n ip igmp access-group a\n"),
+              testing::IsEmpty());
+}
+
+TEST(Places, GoWithTheirInterface) {
+  Lab lab;
+  lab.load(Text::SourceText("t", policyOfA + "interface Ethernet1\n service instance 1 ethernet\n"
+                                             "  service-policy input p\n"),
+           Text::Reading::lenient);
+  EXPECT_EQ(findProblems(lab).size(), 1U);
+  lab.load("no interface Ethernet1\n");
+  EXPECT_THAT(findProblems(lab), testing::IsEmpty());
+}
+
+TEST(AccessGroupLines, EndAfterTheirDirection) {
+  Lab lab;
+  for (char const* const line :
+       {"ip access-group a in out", "ip access-group a in 5 foo", "no ip access-group a in foo"}) {
+    EXPECT_THROW(lab.load("interface Ethernet1\n " + std::string(line) + "\n"), Text::InputError)
+        << line;
+  }
+  lab.load(policyOfA + "interface Ethernet1\n ip access-group a in hardware-count\n"
+                       "interface Ethernet2\n ip port access-group a\n");
+  EXPECT_THAT(lab.record("access-group a"), OnInterfaces("Ethernet1", "Ethernet2"));
+}
+
+TEST(AccessGroupLines, OfSeveralFamiliesWithOneNameAreToldApart) {
+  Lab lab;
+  lab.load("ip access-list A\n permit tcp any any\nipv6 access-list A\n permit udp any any\n"
+           "interface Ethernet1\n ip address 192.0.2.1/24\n ipv6 address 2001:db8:1::1/64\n"
+           " ip access-group A in\n"
+           "interface Ethernet2\n ip address 192.0.3.1/24\n ipv6 address 2001:db8:2::1/64\n"
+           " ipv6 traffic-filter A in\n");
+  EXPECT_THAT(lab.record("access-group A"), OnInterfaces("Ethernet1"));
+  EXPECT_EQ(lab.record("access-group A").option, ClassMapMatchOption::ipv4);
+  EXPECT_THAT(lab.record("access-group ipv6 A"), OnInterfaces("Ethernet2"));
+  EXPECT_EQ(lab.record("access-group ipv6 A").option, ClassMapMatchOption::ipv6);
+}
+
 }  // namespace
 }  // namespace PolicyMapTestKit::test

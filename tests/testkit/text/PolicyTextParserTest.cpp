@@ -514,7 +514,8 @@ TEST(PolicyTextParser, RuleWithAnUnknownTailIsNotReadByHalf) {
                                       " access-list 101 permit tcp any any packet-length 5\n",
                              Reading::lenient);
   EXPECT_EQ(countOf<RuleAdd>(text), 0U);
-  EXPECT_EQ(countOf<AccessListOpen>(text), 1U);
+  EXPECT_EQ(countOf<AccessListOpen>(text), 2U);
+  EXPECT_EQ(countOf<SkippedEntryAdd>(text), 2U);
   EXPECT_EQ(text.skipped.byKind(), (Kinds{{"permit (packet-length)", 1}, {"permit (tos)", 1}}));
 }
 
