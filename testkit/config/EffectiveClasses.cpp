@@ -130,6 +130,21 @@ std::vector<std::pair<std::uint32_t, std::string>> matchesAfterCut(
   return later;
 }
 
+void resolveTypes(Settings& settings) {
+  for (auto const& [policyName, policyMap] : settings.policyMaps) {
+    for (std::string const& className : policyMap->order.names()) {
+      std::size_t const type = className.find(" of type ");
+      if (type == std::string::npos || settings.classMaps.count(className) != 0) {
+        continue;
+      }
+      auto const plain = settings.classMaps.find(className.substr(0, type));
+      if (plain != settings.classMaps.end()) {
+        settings.classMaps.emplace(className, plain->second);
+      }
+    }
+  }
+}
+
 void resolveLists(Settings& settings) {
   using Option = PolicyMap::ClassMapMatchOption;
   auto const familyOf = [&](PolicyMap::ClassMapMatch const& match) {

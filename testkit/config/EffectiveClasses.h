@@ -20,6 +20,10 @@ inline constexpr char const* classDefault = "class-default";
 // dialects write the family.
 void resolveLists(Settings& settings);
 
+// A class of a type without a class-map of this type has the one without a type: only some dialects
+// write it at both.
+void resolveTypes(Settings& settings);
+
 // The places of the matches of a match-any class-map that come after a match of one of the lists
 // and may have rules of its family, each with the name of the list.
 std::vector<std::pair<std::uint32_t, std::string>> matchesAfterCut(

@@ -112,6 +112,7 @@ Settings EffectiveSettings::of(Settings const& written) {
   notes_.clear();
   expandLists(settings);
   resolveLists(settings);
+  resolveTypes(settings);
   for (auto& [intf, interface] : settings.interfaces) {
     attachTypedPolicies(interface, nameOf(settings, intf));
     noteSkipped(interface, nameOf(settings, intf));
@@ -143,9 +144,11 @@ void EffectiveSettings::attachTypedPolicies(InterfaceSettings& interface,
       if (attached.empty()) {
         attached = policyMap;
       } else if (!policyMap.empty()) {
-        std::string what = inDirection("policy-map " + policyMap, direction);
-        what.append(" of type ").append(type);
-        notes_.push_back({std::move(what), replacedAt(where, attached)});
+        std::string what = "policy-map " + policyMap;
+        if (what.find(" of type ") == std::string::npos) {
+          what.append(" of type ").append(type);
+        }
+        notes_.push_back({inDirection(what, direction), replacedAt(where, attached)});
       }
     }
   }

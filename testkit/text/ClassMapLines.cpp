@@ -33,13 +33,25 @@ std::string LineParser::takeType(Lexer& lexer) const {
   return type;
 }
 
+Name LineParser::nameOfType(Token const& name, std::string const& type) {
+  bool const isUsual =
+      type.empty() || std::any_of(knownTypes.begin(), knownTypes.end(),
+                                  [&](auto known) { return equalsKeyword(type, known); });
+  Name named = nameOf(name);
+  if (!isUsual && !name.is("class-default")) {
+    named.text.append(" of type ").append(lowerCase(type));
+  }
+  return named;
+}
+
 void LineParser::classMap(Lexer& lexer, bool remove) {
   ClassMapOpen open;
   open.type = takeType(lexer);
   bool const any = lexer.accept("match-any");
   open.matchWritten = any || lexer.accept("match-all");
   open.match = any ? ClassMatch::any : ClassMatch::all;
-  open.classMap = nameOf(takeName(lexer, "match-any, match-all or a class-map name"));
+  open.classMap =
+      nameOfType(takeName(lexer, "match-any, match-all or a class-map name"), open.type);
   // Some dialects say here which packets the class is about; its conditions say it here.
   if (!lexer.accept("ipv4")) {
     lexer.accept("ipv6");
@@ -50,6 +62,7 @@ void LineParser::classMap(Lexer& lexer, bool remove) {
     return;
   }
   outer_ = withoutColumn(open.classMap);
+  type_ = open.type;
   emit(std::move(open));
   enter(Mode::classMap);
 }
@@ -63,7 +76,7 @@ void LineParser::match(Lexer& lexer, bool remove) {
     lexer.accept("ipv4");
     matchList(lexer, ip6 ? Family::ip6 : mac ? Family::mac : Family::ip4, remove);
   } else if (lexer.accept("class-map")) {
-    ClassMatchClass body{outer_, nameOf(takeName(lexer, "a class-map name")), remove};
+    ClassMatchClass body{outer_, nameOfType(takeName(lexer, "a class-map name"), type_), remove};
     lexer.expectEnd();
     emit(std::move(body));
   } else if (lexer.accept("ip") || lexer.accept("ipv4")) {

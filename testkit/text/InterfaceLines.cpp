@@ -189,7 +189,7 @@ void LineParser::servicePolicy(Lexer& lexer, bool remove) {
     lexer.fail("input or output");
   }
   if (!remove || !lexer.peek().atEnd()) {
-    body.policyMap = nameOf(takeName(lexer, "a policy-map name"));
+    body.policyMap = nameOfType(takeName(lexer, "a policy-map name"), body.type);
   }
   // How a device counts and shares it.
   static constexpr std::array<std::string_view, 4> details = {

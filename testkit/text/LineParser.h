@@ -186,6 +186,8 @@ class LineParser {
   void address(Lexer& lexer, Family family, bool remove);
   void routing(Lexer& lexer, Family family, bool remove);
   std::string takeType(Lexer& lexer) const;
+  // Class-maps and policy-maps of types that are not about headers have names of their own.
+  static Name nameOfType(Token const& name, std::string const& type);
   static std::uint32_t takePriority(Lexer& lexer);
 
   // In the mode of several interfaces: a statement for each.
@@ -225,6 +227,7 @@ class LineParser {
   Name outer_;                    // object-group, class-map, policy-map, interface or zone-pair
   std::vector<Name> interfaces_;  // that the mode is about; outer_ is the last
   Name className_;
+  std::string type_;  // of the class-map or policy-map
   // The last line was one of a `police` block, which `exit` leaves before the class.
   bool inPolice_ = false;
   std::string command_;  // its first word, as in its table

@@ -154,7 +154,7 @@ std::optional<std::uint64_t> takeRateAfter(std::initializer_list<std::string_vie
 void LineParser::policyMap(Lexer& lexer, bool remove) {
   PolicyMapOpen open;
   open.type = takeType(lexer);
-  open.policyMap = nameOf(takeName(lexer, "a policy-map name"));
+  open.policyMap = nameOfType(takeName(lexer, "a policy-map name"), open.type);
   // Some dialects specify the direction here; this one does so where the policy-map is attached.
   if (!lexer.accept("in")) {
     lexer.accept("out");
@@ -165,6 +165,7 @@ void LineParser::policyMap(Lexer& lexer, bool remove) {
     return;
   }
   outer_ = withoutColumn(open.policyMap);
+  type_ = open.type;
   emit(std::move(open));
   enter(Mode::policyMap);
 }
@@ -173,11 +174,12 @@ void LineParser::policyClass(Lexer& lexer, bool remove) {
   // Even a faulty header ends the mode: the lines after it must not be applied to the previous
   // class.
   mode_ = Mode::policyMap;
-  takeType(lexer);
-  Name name = nameOf(takeName(lexer, "a class name"));
+  std::string const written = takeType(lexer);
+  std::string const& type = written.empty() ? type_ : written;
+  Name name = nameOfType(takeName(lexer, "a class name"), type);
   std::optional<Name> other;
   if (!remove && lexer.accept("insert-before")) {
-    other = nameOf(takeName(lexer, "a class name"));
+    other = nameOfType(takeName(lexer, "a class name"), type);
   }
   lexer.expectEnd(remove || other ? "end of line" : "insert-before or end of line");
   if (remove) {

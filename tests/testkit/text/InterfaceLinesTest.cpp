@@ -176,18 +176,19 @@ TEST(Places, AnUnknownInterfaceIsAnErrorOfAStrictReadingAndCountedByALenientOne)
 }
 
 TEST(Types, OfOneDirectionDoNotReplaceEachOther) {
-  std::string const q = "policy-map q\n class a\n";
+  std::string const q = "policy-map type queuing q\n class a\n";
   EXPECT_THAT(
       problemsAfter(policyOfA + q +
                     "interface Ethernet1\n service-policy type qos output p\n"
                     " service-policy type queuing output q\n"),
-      ElementsAre("policy-map q (output) of type queuing: not at Ethernet1: policy-map p is "
+      ElementsAre("policy-map q of type queuing (output): not at Ethernet1: policy-map p is "
                   "attached there in that direction"));
   Lab lab;
   lab.load(Text::SourceText(
                "t", policyOfA + q + "interface Ethernet1\n service-policy type queuing output q\n"),
            Text::Reading::lenient);
-  EXPECT_THAT(lab.record("q", "output"), OnInterfaces("Ethernet1")) << "if it is the only one";
+  EXPECT_THAT(lab.record("q of type queuing", "output"), OnInterfaces("Ethernet1"))
+      << "if it is the only one";
   lab.load(Text::SourceText("t", "interface Ethernet1\n no service-policy type queuing output q\n"),
            Text::Reading::lenient);
   EXPECT_THAT(lab.explain(), testing::IsEmpty());
@@ -226,7 +227,7 @@ TEST(Types, WithAndWithoutAWordAreToldApart) {
   EXPECT_THAT(problemsAfter(policyOfA + "policy-map q\n class a\n"
                                         "interface Ethernet1\n service-policy type qos input p\n"
                                         " service-policy type inspect input q\n"),
-              ElementsAre(HasSubstr("policy-map q (input) of type inspect: not at Ethernet1")));
+              ElementsAre(HasSubstr("policy-map q of type inspect (input): not at Ethernet1")));
 }
 
 TEST(Places, ALineThatWouldAttachSomethingIsExplained) {
@@ -273,6 +274,27 @@ TEST(AccessGroupLines, OfSeveralFamiliesWithOneNameAreToldApart) {
   EXPECT_EQ(lab.record("access-group A").option, ClassMapMatchOption::ipv4);
   EXPECT_THAT(lab.record("access-group ipv6 A"), OnInterfaces("Ethernet2"));
   EXPECT_EQ(lab.record("access-group ipv6 A").option, ClassMapMatchOption::ipv6);
+}
+
+TEST(Types, OfClassMapsAndPolicyMapsAreToldApart) {
+  Lab lab;
+  lab.load(Text::SourceText("t", "class-map type qos match-any X\n match dscp ef\n"
+                                 "class-map type control-plane match-any X\n match protocol tcp\n"
+                                 "policy-map type qos P\n class type qos X\n  set dscp 1\n"
+                                 "policy-map type queuing P\n class type control-plane X\n"
+                                 "interface Ethernet1\n ip address 192.0.2.1/24\n"
+                                 " service-policy type qos input P\n"
+                                 " service-policy type queuing output P\n"),
+           Text::Reading::lenient);
+  EXPECT_THAT(lab.record("P", "input", ClassMapMatchOption::ipv4),
+              RulesAre("10 permit ip any any dscp 46"));
+  EXPECT_THAT(lab.record("P of type queuing", "output", ClassMapMatchOption::ipv4),
+              RulesAre("10 permit tcp any any"));
+  lab.load(Text::SourceText("t", "no class-map type control-plane X\n"), Text::Reading::lenient);
+  EXPECT_THAT(lab.record("P", "input", ClassMapMatchOption::ipv4), Programmed());
+  EXPECT_THAT(lab.record("P of type queuing", "output", ClassMapMatchOption::ipv4),
+              RulesAre("10 permit ip any any dscp 46"))
+      << "the class-map without a type";
 }
 
 }  // namespace
