@@ -3,6 +3,7 @@
 
 #include "testkit/text/ConditionReasons.h"
 #include "testkit/text/MatchConditions.h"
+#include "testkit/text/TypedNames.h"
 
 #include <cstdint>
 #include <string>
@@ -21,6 +22,11 @@ void matchEverything(ClassMap& classMap) {
   classMap.matches.put(20, ownMatch(Acl::Ip6RuleConfig()));
 }
 
+Family familyOf(PolicyMap::ClassMapMatchOption option) {
+  using Option = PolicyMap::ClassMapMatchOption;
+  return option == Option::ipv4 ? Family::ip4 : option == Option::ipv6 ? Family::ip6 : Family::mac;
+}
+
 constexpr unsigned allFamilies = 7;
 constexpr unsigned deepestNesting = 4;  // to which contradictions are found
 
@@ -33,8 +39,7 @@ unsigned familiesOf(Settings const& settings, PolicyMap::ClassMapMatch const& ma
     return 1U << match.rule().index();
   }
   if (match.kind() == Kind::acl) {
-    using Option = PolicyMap::ClassMapMatchOption;
-    return match.option() == Option::ipv4 ? 1U : match.option() == Option::ipv6 ? 2U : 4U;
+    return 1U << static_cast<unsigned>(familyOf(match.option()));
   }
   auto const nested = settings.classMaps.find(match.name().stdString());
   bool const known = nested != settings.classMaps.end() && depth != 0;
@@ -61,8 +66,6 @@ void refuse(Settings& settings, std::string const& classMap, std::string_view co
 
 }  // namespace
 
-// No rule has the fields of two families, so a class with such conditions matches nothing. With
-// them, the core would refuse the whole policy.
 void refuseContradictions(Settings& settings) {
   std::vector<std::string> refused;
   for (auto const& [name, classMap] : settings.classMaps) {
@@ -99,8 +102,6 @@ void refuseExclusions(Settings& settings) {
   }
 }
 
-// A match of an IPv4 list that does not exist is one of the IPv6 or MAC list of the name: only some
-// dialects write the family.
 std::vector<std::pair<std::uint32_t, std::string>> matchesAfterCut(
     Settings const& settings, ClassMap const& classMap,
     std::set<std::pair<Family, std::string>> const& lists) {
@@ -116,12 +117,8 @@ std::vector<std::pair<std::uint32_t, std::string>> matchesAfterCut(
       later.emplace_back(place, cutList);
       continue;
     }
-    using Option = PolicyMap::ClassMapMatchOption;
-    Family const family = match.option() == Option::ipv4   ? Family::ip4
-                          : match.option() == Option::ipv6 ? Family::ip6
-                                                           : Family::mac;
     bool const isCut = match.kind() == PolicyMap::ClassMapMatch::Kind::acl &&
-                       lists.count({family, match.name().stdString()}) != 0;
+                       lists.count({familyOf(match.option()), match.name().stdString()}) != 0;
     if (isCut) {
       cut |= families;
       cutList = match.name().stdString();
@@ -133,11 +130,10 @@ std::vector<std::pair<std::uint32_t, std::string>> matchesAfterCut(
 void resolveTypes(Settings& settings) {
   for (auto const& [policyName, policyMap] : settings.policyMaps) {
     for (std::string const& className : policyMap->order.names()) {
-      std::size_t const type = className.find(" of type ");
-      if (type == std::string::npos || settings.classMaps.count(className) != 0) {
+      if (!isNameOfType(className) || settings.classMaps.count(className) != 0) {
         continue;
       }
-      auto const plain = settings.classMaps.find(className.substr(0, type));
+      auto const plain = settings.classMaps.find(nameWithoutType(className));
       if (plain != settings.classMaps.end()) {
         settings.classMaps.emplace(className, plain->second);
       }
@@ -147,7 +143,7 @@ void resolveTypes(Settings& settings) {
 
 void resolveLists(Settings& settings) {
   using Option = PolicyMap::ClassMapMatchOption;
-  auto const familyOf = [&](PolicyMap::ClassMapMatch const& match) {
+  auto const existing = [&](PolicyMap::ClassMapMatch const& match) {
     std::string const name = match.name().stdString();
     bool const unknown = match.kind() == PolicyMap::ClassMapMatch::Kind::acl &&
                          match.option() == Option::ipv4 &&
@@ -160,7 +156,7 @@ void resolveLists(Settings& settings) {
   for (auto& [name, classMap] : settings.classMaps) {
     std::vector<std::pair<std::uint32_t, PolicyMap::ClassMapMatch>> others;
     for (auto const& [place, match] : classMap->matches.byNumber()) {
-      if (Family const family = familyOf(match); family != Family::ip4) {
+      if (Family const family = existing(match); family != Family::ip4) {
         others.emplace_back(place,
                             PolicyMap::ClassMapMatch::acl(matchOption(family), match.name()));
       }
@@ -171,7 +167,6 @@ void resolveLists(Settings& settings) {
   }
 }
 
-// class-default is the last class of each policy-map, and needs no class-map.
 void addClassDefault(Settings& settings) {
   bool used = false;
   for (auto& [name, policyMap] : settings.policyMaps) {

@@ -2,6 +2,7 @@
 #include "testkit/config/EffectiveSettings.h"
 
 #include "testkit/config/EffectiveClasses.h"
+#include "testkit/text/TypedNames.h"
 
 #include <algorithm>
 #include <tuple>
@@ -114,6 +115,12 @@ Settings EffectiveSettings::of(Settings const& written) {
   resolveLists(settings);
   resolveTypes(settings);
   for (auto& [intf, interface] : settings.interfaces) {
+    bool const isPlain = interface.skippedAttachments.empty() &&
+                         interface.typedPolicyMaps[0].empty() &&
+                         interface.typedPolicyMaps[1].empty();
+    if (isPlain) {
+      continue;  // nearly all: spares them their names
+    }
     attachTypedPolicies(interface, nameOf(settings, intf));
     noteSkipped(interface, nameOf(settings, intf));
   }
@@ -144,11 +151,10 @@ void EffectiveSettings::attachTypedPolicies(InterfaceSettings& interface,
       if (attached.empty()) {
         attached = policyMap;
       } else if (!policyMap.empty()) {
-        std::string what = "policy-map " + policyMap;
-        if (what.find(" of type ") == std::string::npos) {
-          what.append(" of type ").append(type);
-        }
-        notes_.push_back({inDirection(what, direction), replacedAt(where, attached)});
+        std::string const named =
+            isNameOfType(policyMap) ? policyMap : nameWithType(policyMap, type);
+        notes_.push_back(
+            {inDirection("policy-map " + named, direction), replacedAt(where, attached)});
       }
     }
   }

@@ -11,20 +11,17 @@ namespace PolicyMapTestKit::Text {
 
 namespace {
 
-void checkGroups(AccessList const& list, ObjectGroups const& groups, PolicyText& text,
-                 Reading reading) {
+void checkExpansion(AccessList const& list, ObjectGroups const& groups, PolicyText& text,
+                    Reading reading) {
   LineNumbers numbers;
   for (auto const& [number, entry] : list.entries.byNumber()) {
     auto const* const line = std::get_if<ListRule>(&entry);
-    if (line == nullptr) {
-      if (reading == Reading::strict) {
-        static_cast<void>(numbers.firstOf(number, 1, {}));
-      }
-      continue;
-    }
+    bool const several = line != nullptr;
     try {
-      std::size_t const rules = rulesOf(*line, groups, reading == Reading::widening).size();
-      static_cast<void>(numbers.firstOf(number, rules, line->alternatives->place));
+      std::size_t const rules =
+          several ? rulesOf(*line, groups, reading == Reading::widening).size() : 1;
+      static_cast<void>(
+          numbers.firstOf(number, rules, several ? line->alternatives->place : SourcePosition()));
     } catch (InputError const& error) {
       if (reading == Reading::strict) {
         throw;
@@ -32,8 +29,8 @@ void checkGroups(AccessList const& list, ObjectGroups const& groups, PolicyText&
       // A line of an earlier file was counted then.
       if (!text.statements.empty() &&
           error.position().file == text.statements.front().position.file) {
-        text.skipped.add(isDeny(line->rule) ? "deny (object-group)" : "permit (object-group)",
-                         error.position());
+        bool const deny = several && isDeny(line->rule);
+        text.skipped.add(deny ? "deny (object-group)" : "permit (object-group)", error.position());
       }
     }
   }
@@ -41,8 +38,8 @@ void checkGroups(AccessList const& list, ObjectGroups const& groups, PolicyText&
 
 // Expands every list that the text changed, or all of them if it changed object-groups: a group may
 // be defined after the lines that name it.
-void checkGroups(Settings const& before, Settings const& settings, PolicyText& text,
-                 Reading reading) {
+void checkExpansions(Settings const& before, Settings const& settings, PolicyText& text,
+                     Reading reading) {
   bool const sameGroups = before.objectGroups.sameAs(settings.objectGroups);
   for (Family const family : {Family::ip4, Family::ip6}) {
     for (auto const& [name, list] : settings.listsOf(family)) {
@@ -50,7 +47,7 @@ void checkGroups(Settings const& before, Settings const& settings, PolicyText& t
       bool const same =
           sameGroups && was != before.listsOf(family).end() && was->second.sameAs(list);
       if (!same && list->entries.needExpansion()) {
-        checkGroups(*list, *settings.objectGroups, text, reading);
+        checkExpansion(*list, *settings.objectGroups, text, reading);
       }
     }
   }
@@ -86,7 +83,7 @@ void editSettings(Settings& settings, PolicyText& text, Reading reading) {
     }
   }
   editor.finish();
-  checkGroups(before, settings, text, reading);
+  checkExpansions(before, settings, text, reading);
 }
 
 }  // namespace PolicyMapTestKit::Text

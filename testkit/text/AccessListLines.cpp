@@ -7,15 +7,20 @@ namespace PolicyMapTestKit::Text {
 
 namespace {
 
-// Whether the list of a number is a standard one; no value: not a number of an IPv4 list.
-std::optional<bool> isStandardNumber(std::string_view text) {
+// A list that a number names, and whether it is a standard one.
+struct NumberedList {
+  std::string name;
+  bool standard = false;
+};
+
+// None if it is not the number of an IPv4 list.
+std::optional<NumberedList> numberedList(std::string_view text) {
   std::uint64_t number = 0;
-  if (parseNumber(text, 1, 99, number) || parseNumber(text, 1300, 1999, number)) {
-    return true;
+  bool const standard = parseNumber(text, 1, 99, number) || parseNumber(text, 1300, 1999, number);
+  if (!standard && !parseNumber(text, 100, 199, number) && !parseNumber(text, 2000, 2699, number)) {
+    return std::nullopt;
   }
-  bool const extended =
-      parseNumber(text, 100, 199, number) || parseNumber(text, 2000, 2699, number);
-  return extended ? std::optional(false) : std::nullopt;
+  return NumberedList{std::to_string(number), standard};
 }
 
 }  // namespace
@@ -56,18 +61,16 @@ void LineParser::accessList(Lexer& lexer, Family family, bool remove, RuleKind k
 // One line that names its list by number, as if the list's mode were open for this line.
 void LineParser::numberedAccessList(Lexer& lexer, bool remove) {
   if (lexer.accept("compiled")) {
+    lexer.expectEnd();
     return;
   }
   Token const token = lexer.peek();
-  std::optional<bool> const isStandard = isStandardNumber(token.text);
-  if (!isStandard) {
+  std::optional<NumberedList> const list = numberedList(token.text);
+  if (!list) {
     lexer.fail("an access-list number 1-199 or 1300-2699");
   }
-  bool const standard = *isStandard;
-  std::uint64_t number = 0;
-  parseNumber(token.text, 1, highestWord, number);
   lexer.next();
-  std::string const name = std::to_string(number);
+  auto const& [name, standard] = *list;
   list_ = {Family::ip4, {name, token.column}};
   ruleKind_ = standard ? RuleKind::standardIp4 : RuleKind::ip4;
   if (remove && lexer.peek().atEnd()) {
@@ -192,15 +195,14 @@ bool LineParser::skipsNumberedEntry() {
   Lexer lexer(reader_.line());
   lexer.next();
   Token const word = lexer.next();
-  std::optional<bool> const standard = isStandardNumber(word.text);
-  if (!standard) {
+  std::optional<NumberedList> const list = numberedList(word.text);
+  if (!list) {
     return false;
   }
-  std::string name(word.text);
-  list_ = {Family::ip4, {name, word.column}};
-  if (numbered_ != name) {
-    emit(AccessListOpen{list_, *standard});
-    numbered_ = std::move(name);
+  list_ = {Family::ip4, {list->name, word.column}};
+  if (numbered_ != list->name) {
+    emit(AccessListOpen{list_, list->standard});
+    numbered_ = list->name;
     numberedLine_ = position_.line;
   }
   return skipsEntry(lexer, true);

@@ -3,6 +3,7 @@
 
 #include "testkit/text/LineParser.h"
 #include "testkit/text/MatchConditions.h"
+#include "testkit/text/TypedNames.h"
 
 namespace PolicyMapTestKit::Text {
 
@@ -39,7 +40,7 @@ Name LineParser::nameOfType(Token const& name, std::string const& type) {
                                   [&](auto known) { return equalsKeyword(type, known); });
   Name named = nameOf(name);
   if (!isUsual && !name.is("class-default")) {
-    named.text.append(" of type ").append(lowerCase(type));
+    named.text = nameWithType(named.text, lowerCase(type));
   }
   return named;
 }

@@ -86,7 +86,7 @@ std::vector<std::uint8_t> takeProtocols(Lexer& lexer) {
 // `eq 80`, or `80` alone.
 Acl::PortMatch takePortsOrOne(Lexer& lexer, std::uint8_t protocol) {
   std::optional<std::int64_t> port;
-  if (protocol == protocol::tcp || protocol == protocol::udp || protocol == protocol::sctp) {
+  if (hasPorts(protocol)) {
     port = acceptPort(lexer, protocol);
   }
   return port ? Acl::PortMatch::eq(*port) : takePorts(lexer, protocol);

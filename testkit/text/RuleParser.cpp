@@ -164,8 +164,10 @@ Acl::IpRuleConfig parseStandardRule(Lexer& lexer, Verdict verdict) {
   if (!lexer.accept("every")) {
     rule.sourceIs(addressMatch<Acl::IpAddressMatch>(takeIp4Address(lexer, "source", true)));
   }
-  if (lexer.peek().is("assign-queue") || lexer.peek().is("mirror") || lexer.peek().is("redirect")) {
-    takeIpOptions(lexer, rule);
+  for (std::string_view const word : {"assign-queue", "mirror", "redirect"}) {
+    if (lexer.accept(word)) {
+      takeName(lexer, "a value of " + std::string(word));
+    }
   }
   lexer.accept("log");
   lexer.expectEnd("log or end of line");

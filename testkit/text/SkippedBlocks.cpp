@@ -54,6 +54,24 @@ constexpr std::array<std::string_view, 27> withoutField = {"packet-length",
 
 constexpr std::size_t longestPlace = 80;
 
+// True for lines that attach something, or look like it: `[no] service-policy`, `[no] zone-member`,
+// `[no] ip|ipv4|ipv6|mac [port] access-group|traffic-filter`.
+bool isAboutAttachments(Lexer lexer) {
+  static constexpr std::array<std::string_view, 2> firstWords = {"service-policy", "zone-member"};
+  static constexpr std::array<std::string_view, 5> families = {"ip", "ipv4", "ipv6", "mac",
+                                                               "ethernet-services"};
+  static constexpr std::array<std::string_view, 2> groups = {"access-group", "traffic-filter"};
+  lexer.accept("no");
+  if (contains(firstWords, lexer.peek())) {
+    return true;
+  }
+  if (!contains(families, lexer.next())) {
+    return false;
+  }
+  lexer.accept("port");
+  return contains(groups, lexer.peek());
+}
+
 bool isLetterOrDigit(char c) {
   return isDigit(c) || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
@@ -87,11 +105,15 @@ bool LineParser::skippedBefore(Token const& first) {
     return false;
   }
   if (first.column > skippedColumn_) {
-    if (attachesElsewhere(first, skippedPlace())) {
-      result_.skipped.sawPolicyLine(true);
-      return true;
+    if (isAboutAttachments(Lexer(reader_.line()))) {
+      if (attachesElsewhere(first, skippedPlace())) {
+        result_.skipped.sawPolicyLine(true);
+        return true;
+      }
+      if (!first.is("no")) {
+        keepAttachment(first, skippedPlace());
+      }
     }
-    keepAttachment(first, skippedPlace());
     result_.skipped.add(skippedKind_, reader_.position(first.column));
     if (beginsPolicies(first) || Lexer(reader_.line()).peekSecond().is("access-group")) {
       result_.skipped.sawPolicyLine(false);
@@ -102,18 +124,13 @@ bool LineParser::skippedBefore(Token const& first) {
   return false;
 }
 
-// True if the line attaches something: at the place, which is no interface.
+// Of a line about attachments: true if it attaches something, at the place, which is no interface.
 bool LineParser::attachesElsewhere(Token const& first, std::string const& place) {
   static constexpr std::array<Handler, 5> attaching = {
       &LineParser::servicePolicy, &LineParser::ipAccessGroup, &LineParser::ip6AccessGroup,
       &LineParser::macAccessGroup, &LineParser::zoneMember};
-  static constexpr std::array<std::string_view, 2> firstWords = {"service-policy", "zone-member"};
-  static constexpr std::array<std::string_view, 2> secondWords = {"access-group", "traffic-filter"};
   Lexer lexer(reader_.line());
   bool const remove = lexer.accept("no");
-  if (!contains(firstWords, lexer.peek()) && !contains(secondWords, lexer.peekSecond())) {
-    return false;  // nearly all lines: spares them the search
-  }
   Command const* const command = find(commandsOf(Mode::interface), lexer, remove);
   if (command == nullptr ||
       std::find(attaching.begin(), attaching.end(), command->handler) == attaching.end()) {
@@ -137,29 +154,20 @@ bool LineParser::attachesElsewhere(Token const& first, std::string const& place)
   return attaches;
 }
 
-// Keeps a line that would attach something, to explain it.
+// Of a line about attachments: keeps it, to explain it.
 void LineParser::keepAttachment(Token const& first, std::string const& place) {
-  static constexpr std::array<std::string_view, 3> families = {"ip", "ipv4", "ipv6"};
-  static constexpr std::array<std::string_view, 2> secondWords = {"access-group", "traffic-filter"};
-  Lexer lexer(reader_.line());
-  Lexer second = lexer;
-  second.next();
-  bool const ofPort = second.accept("port");
-  bool const isGroup = contains(secondWords, second.peek()) &&
-                       (ofPort || contains(families, first) || first.is("mac"));
-  if (!isGroup && !first.is("service-policy")) {
-    return;
-  }
   position_ = reader_.position(first.column);
   Name const name{mode_ == Mode::interface ? outer_.text : place};
   if (mode_ != Mode::interface) {
     emit(PlaceOpen{name});
   }
-  emit(SkippedAttachment{name, std::string(lexer.rest().text.substr(0, longestPlace))});
+  std::string_view const line = Lexer(reader_.line()).rest().text;
+  emit(SkippedAttachment{name, std::string(line.substr(0, longestPlace))});
 }
 
 void LineParser::skip(Token const& first, SyntaxFailure const& failure) {
-  if (mode_ == Mode::top && first.column <= modeColumn_) {
+  bool const attaches = isAboutAttachments(Lexer(reader_.line()));
+  if (attaches && mode_ == Mode::top && first.column <= modeColumn_) {
     bool const inBlock = contains(foreignBlocks, Lexer(skippedHeader_).peek());
     if (attachesElsewhere(first, inBlock ? skippedPlace() : "the device")) {
       return;
@@ -186,7 +194,9 @@ void LineParser::skip(Token const& first, SyntaxFailure const& failure) {
   if (mode_ == Mode::objectGroup && first.column > modeColumn_) {
     emit(ObjectGroupSkipped{outer_});
   }
-  keepAttachment(first, "the device");
+  if (attaches && !first.is("no")) {
+    keepAttachment(first, "the device");
+  }
   bool const beside = first.column <= modeColumn_;
   if (beside && (bodyIsIndented_ || contains(foreignBlocks, first))) {
     mode_ = Mode::top;

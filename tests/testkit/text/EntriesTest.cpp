@@ -153,6 +153,8 @@ TEST(Entries, SettingsOfAllListsAreNoList) {
     EXPECT_THAT(Text::test::readText(line).statements, SizeIs(0)) << line;
   }
   EXPECT_THAT(Text::test::readText("ip access-list logging").statements, SizeIs(1)) << "a name";
+  EXPECT_EQ(Text::test::errorOf("access-list compiled now"),
+            "t:1:22: expected end of line, found 'now'");
 }
 
 TEST(Entries, NumberedEntriesCountAsLinesAboutPolicies) {
