@@ -205,7 +205,7 @@ void printJson(std::ostream& out, JsonReport const& report) {
   }
   Json const sums(Json::Object{
       {"policies", totals.policies}, {"rules", totals.rules}, {"subRules", totals.subRules}});
-  AttachmentCount const attachments = countAttachments(lab);
+  AttachmentCount const& attachments = report.findings.attachments;
   Json const attached(
       Json::Object{{"all", attachments.all}, {"programmed", attachments.programmed}});
   Json const understood(Json::Object{{"understood", lab.skipped().understood()},
@@ -217,7 +217,7 @@ void printJson(std::ostream& out, JsonReport const& report) {
   out << ",\n\"policyLines\":" << understood.text() << ",\n\"status\":";
   printList(out, readStatuses(lab), textOfItem);
   out << ",\n\"problems\":";
-  printList(out, report.problems, textOfItem);
+  printList(out, report.findings.problems, textOfItem);
   out << ",\n\"outstanding\":";
   printList(out, outstandingIn(lab), [](Json const& json) { return json.text(); });
   out << ",\n\"changes\":";

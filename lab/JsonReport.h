@@ -22,7 +22,7 @@ struct StepChanges {
 
 struct JsonReport {
   Lab const& lab;
-  std::vector<Problem> const& problems;
+  Findings const& findings;
   std::vector<StepChanges> const& changes;
   WithRules withRules = WithRules::yes;
   bool withJournal = false;

@@ -119,8 +119,8 @@ void printLines(std::ostream& out, TextStyle const& style, Tint tint,
   }
 }
 
-void printNotProgrammed(std::ostream& out, TextStyle const& style, Lab const& lab) {
-  AttachmentCount const count = countAttachments(lab);
+void printNotProgrammed(std::ostream& out, TextStyle const& style, Lab const& lab,
+                        AttachmentCount const& count) {
   if (count.programmed != count.all) {
     out << tinted(style, Tint::heading, "not programmed") << " " << count.all - count.programmed
         << " of " << counted(count.all, "attachment") << "\n";
@@ -190,7 +190,7 @@ std::string titleOf(std::string const& policy, std::string const& direction,
 }
 
 void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
-                 std::vector<Problem> const& problems, WithRules withRules, SkippedBy skippedBy) {
+                 Findings const& findings, WithRules withRules, SkippedBy skippedBy) {
   Totals totals;
   lab.forEachRecord(withRules, [&](Record const& record) {
     printRecord(out, style, lab, record);
@@ -199,15 +199,16 @@ void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
   out << tinted(style, Tint::heading, "total") << " " << totals.policies
       << (totals.policies == 1 ? " policy, " : " policies, ") << counted(totals.rules, "rule")
       << ", " << counted(totals.subRules, "sub-rule") << "\n";
-  printNotProgrammed(out, style, lab);
+  printNotProgrammed(out, style, lab, findings.attachments);
   printOtherActions(out, style, lab);
-  printProblems(out, style, problems);
+  printProblems(out, style, findings.problems);
   printSkipped(out, style, lab.skipped(), skippedBy);
 }
 
-void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab) {
+void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab,
+                       Findings const& findings) {
   std::vector<std::string> texts = lab.explain().lines();
-  for (Problem const& problem : findProblems(lab)) {
+  for (Problem const& problem : findings.problems) {
     if (problem.kind == Problem::Kind::empty) {
       texts.push_back(toText(problem));
     }

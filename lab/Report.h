@@ -21,10 +21,11 @@ enum class SkippedBy : std::uint8_t { kind, line };
 // One table per policy and option, totals, what is attached and not programmed, problems, and
 // skipped lines. Without rules, only the tables are omitted.
 void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
-                 std::vector<Problem> const& problems, WithRules withRules, SkippedBy skippedBy);
+                 Findings const& findings, WithRules withRules, SkippedBy skippedBy);
 
 // Why each attached policy is or is not programmed; see Explanations::lines().
-void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab);
+void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab,
+                       Findings const& findings);
 
 // One line per policy and option (state, time, failure), with its interfaces below.
 void printStatuses(std::ostream& out, TextStyle const& style, Lab const& lab);

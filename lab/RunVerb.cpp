@@ -303,15 +303,15 @@ void RunVerb::setTrace() const {
   }
 }
 
-void RunVerb::report(Run const& run, std::vector<Problem> const& problems) const {
+void RunVerb::report(Run const& run, Findings const& findings) const {
   Console const& console = run.console;
   WithRules const withRules = summary_ ? WithRules::no : WithRules::yes;
   if (output_ == Output::explanations) {
-    printExplanations(console.out, console.style, run.lab);
+    printExplanations(console.out, console.style, run.lab, findings);
     return;
   }
   if (tells()) {
-    printReport(console.out, console.style, run.lab, problems, withRules,
+    printReport(console.out, console.style, run.lab, findings, withRules,
                 skippedLines_ ? SkippedBy::line : SkippedBy::kind);
     if (!faults_.empty() || options_.async || options_.pseudoAsync) {
       console.out << "\n" << tinted(console.style, Tint::heading, "status") << "\n";
@@ -323,11 +323,11 @@ void RunVerb::report(Run const& run, std::vector<Problem> const& problems) const
     return;
   }
   if (json_) {
-    printJson(console.out, {run.lab, problems, run.changes, withRules, !journal_.empty()});
+    printJson(console.out, {run.lab, findings, run.changes, withRules, !journal_.empty()});
   } else {
     writeJsonLines(console.out, run.lab.journal());
   }
-  for (Problem const& problem : problems) {
+  for (Problem const& problem : findings.problems) {
     console.err << "policymap-lab: " << shownText(toText(problem)) << "\n";
   }
 }
@@ -374,14 +374,15 @@ ExitStatus RunVerb::run(Console const& console) {
   progress.clear();
   performSteps(run);
 
-  std::vector<Problem> const problems = findProblems(lab);
-  report(run, problems);
-  AttachmentCount const attachments = countAttachments(lab);
-  bool failed =
+  Findings const findings = findingsOf(lab);
+  report(run, findings);
+  auto const& [problems, attachments] = findings;
+  bool const isLeftOut =
       !lenient_ && output_ == Output::records && attachments.programmed != attachments.all;
-  failed = failed || std::any_of(problems.begin(), problems.end(), [this](Problem const& problem) {
-             return counts(problem, lenient_);
-           });
+  bool const failed =
+      isLeftOut || std::any_of(problems.begin(), problems.end(), [this](Problem const& problem) {
+        return counts(problem, lenient_);
+      });
   return failed ? ExitStatus::notProgrammed : ExitStatus::success;
 }
 

@@ -54,7 +54,7 @@ class RunVerb : public Verb {
     return widen_ ? Reading::widening : lenient_ ? Reading::lenient : Reading::strict;
   }
   void setTrace() const;
-  void report(Run const& run, std::vector<Problem> const& problems) const;
+  void report(Run const& run, Findings const& findings) const;
 
   Output output_;
   CLI::App* command_;

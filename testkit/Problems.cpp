@@ -166,6 +166,10 @@ AttachmentCount countAttachments(Lab const& lab) {
   return count;
 }
 
+Findings findingsOf(Lab const& lab) {
+  return {findProblems(lab), countAttachments(lab)};
+}
+
 std::string toText(Problem const& problem) {
   return problem.where + ": " + problem.text;
 }

@@ -35,6 +35,13 @@ struct AttachmentCount {
 };
 POLICYMAPTESTKIT_API AttachmentCount countAttachments(Lab const& lab);
 
+// Both, for those who report them in several places.
+struct Findings {
+  std::vector<Problem> problems;
+  AttachmentCount attachments;
+};
+POLICYMAPTESTKIT_API Findings findingsOf(Lab const& lab);
+
 // "policy-map EDGE (input), class WEB: missing ip access-list WEB".
 POLICYMAPTESTKIT_API std::string toText(Problem const& problem);
 
