@@ -14,6 +14,8 @@ constexpr std::array macOptions{
     option<MacFilter, &MacFilter::vlan>("vlan", "vlan"),
     option<MacFilter, &MacFilter::mplsLabel>("mplsLabel", "mpls-label"),
     option<MacFilter, &MacFilter::mplsInnerLabel>("mplsInnerLabel", "mpls-inner-label"),
+    option<MacFilter, &MacFilter::cos>("cos", "cos"),
+    option<MacFilter, &MacFilter::mplsExperimental>("mplsExperimental", "mpls-experimental"),
 };
 
 static_assert(saysEachField<MacFilter>([](std::string_view field) {

@@ -23,13 +23,17 @@ namespace Acl {
 using EthertypeField = OptionalField<std::uint32_t, 0, 65535>;
 using VlanField = OptionalField<std::uint16_t, 1, 4094>;
 using MplsLabelField = OptionalField<std::uint32_t, 0, 1048575>;
+using PriorityField = OptionalField<std::uint8_t, 0, 7>;
 
-#define ACL_MAC_FILTER_FIELDS(ROW)                                               \
-  ROW(permit, PermitField, "True permits, False denies; default True")           \
-  ROW(ethertype, EthertypeField, "0 to 65535; None for any")                     \
-  ROW(vlan, VlanField, "1 to 4094; None for any")                                \
-  ROW(mplsLabel, MplsLabelField, "outer MPLS label, 0 to 1048575; None for any") \
-  ROW(mplsInnerLabel, MplsLabelField, "next MPLS label, 0 to 1048575; None for any")
+#define ACL_MAC_FILTER_FIELDS(ROW)                                                   \
+  ROW(permit, PermitField, "True permits, False denies; default True")               \
+  ROW(ethertype, EthertypeField, "0 to 65535; None for any")                         \
+  ROW(vlan, VlanField, "1 to 4094; None for any")                                    \
+  ROW(mplsLabel, MplsLabelField, "outer MPLS label, 0 to 1048575; None for any")     \
+  ROW(mplsInnerLabel, MplsLabelField, "next MPLS label, 0 to 1048575; None for any") \
+  ROW(cos, PriorityField, "priority in the VLAN tag, 0 to 7; None for any")          \
+  ROW(mplsExperimental, PriorityField,                                               \
+      "experimental bits of the outer MPLS label, 0 to 7; None for any")
 
 class POLICYMAP_API MacFilter {
  public:

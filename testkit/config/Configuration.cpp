@@ -2,6 +2,7 @@
 #include "testkit/config/Configuration.h"
 
 #include "machines/TestAction.h"
+#include "testkit/config/EffectiveClasses.h"
 
 #include <Zub/UniqueId.h>
 
@@ -212,7 +213,7 @@ void Configuration::settingsAre(Settings const& settings) {
   classMapsAre(next);
   policyMapsAre(next);
   interfacesAre(next);
-  routing_->routingIs(settings.ipRouting);
+  routing_->routingIs(settings.ipRouting ? *settings.ipRouting : matchesMpls(next));
   routing6_->routingIs(settings.ip6Routing);
   settings_ = settings;
   effective_ = std::move(next);

@@ -5,6 +5,7 @@
 #include "testkit/text/MatchConditions.h"
 #include "testkit/text/TypedNames.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -27,34 +28,35 @@ Family familyOf(PolicyMap::ClassMapMatchOption option) {
   return option == Option::ipv4 ? Family::ip4 : option == Option::ipv6 ? Family::ip6 : Family::mac;
 }
 
-constexpr unsigned allFamilies = 7;
+constexpr unsigned allOptions = 15;
 constexpr unsigned deepestNesting = 4;  // to which contradictions are found
 
-// Which kinds of rules a match or a class-map may have, a bit per family.
-unsigned familiesOf(Settings const& settings, ClassMap const& classMap, unsigned depth);
-unsigned familiesOf(Settings const& settings, PolicyMap::ClassMapMatch const& match,
-                    unsigned depth) {
+unsigned bitOf(PolicyMap::ClassMapMatchOption option) {
+  return 1U << static_cast<unsigned>(option);
+}
+
+// The options of which a match or a class-map may have rules, a bit per option.
+unsigned optionsOf(Settings const& settings, ClassMap const& classMap, unsigned depth);
+unsigned optionsOf(Settings const& settings, PolicyMap::ClassMapMatch const& match,
+                   unsigned depth) {
   using Kind = PolicyMap::ClassMapMatch::Kind;
-  if (match.kind() == Kind::rule) {
-    return 1U << match.rule().index();
-  }
-  if (match.kind() == Kind::acl) {
-    return 1U << static_cast<unsigned>(familyOf(match.option()));
+  if (match.kind() != Kind::classMap) {
+    return bitOf(match.option());
   }
   auto const nested = settings.classMaps.find(match.name().stdString());
   bool const known = nested != settings.classMaps.end() && depth != 0;
-  return known ? familiesOf(settings, *nested->second, depth - 1) : allFamilies;
+  return known ? optionsOf(settings, *nested->second, depth - 1) : allOptions;
 }
 
-unsigned familiesOf(Settings const& settings, ClassMap const& classMap, unsigned depth) {
+unsigned optionsOf(Settings const& settings, ClassMap const& classMap, unsigned depth) {
   bool const isAny = classMap.match == ClassMatch::any;
   auto const& matches = classMap.matches.byNumber();
-  unsigned families = isAny && !matches.empty() ? 0 : allFamilies;
+  unsigned options = isAny && !matches.empty() ? 0 : allOptions;
   for (auto const& [place, match] : matches) {
-    unsigned const some = familiesOf(settings, match, depth);
-    families = isAny ? families | some : families & some;
+    unsigned const some = optionsOf(settings, match, depth);
+    options = isAny ? options | some : options & some;
   }
-  return families;
+  return options;
 }
 
 // The class-map then matches nothing, which the condition explains.
@@ -71,13 +73,23 @@ void refuseContradictions(Settings& settings) {
   for (auto const& [name, classMap] : settings.classMaps) {
     bool const mayContradict =
         classMap->match == ClassMatch::all && classMap->matches.byNumber().size() > 1;
-    if (mayContradict && familiesOf(settings, *classMap, deepestNesting) == 0) {
+    if (mayContradict && optionsOf(settings, *classMap, deepestNesting) == 0) {
       refused.push_back(name);
     }
   }
   for (std::string const& name : refused) {
     refuse(settings, name, contradiction);
   }
+}
+
+bool matchesMpls(Settings const& settings) {
+  return std::any_of(settings.classMaps.begin(), settings.classMaps.end(),
+                     [](auto const& classMap) {
+                       auto const& matches = classMap.second->matches.byNumber();
+                       return std::any_of(matches.begin(), matches.end(), [](auto const& match) {
+                         return match.second.option() == PolicyMap::ClassMapMatchOption::mpls;
+                       });
+                     });
 }
 
 // The first `deny` of rules decides, so in a match-any class what is excluded by one condition
@@ -112,15 +124,15 @@ std::vector<std::pair<std::uint32_t, std::string>> matchesAfterCut(
   unsigned cut = 0;
   std::string cutList;
   for (auto const& [place, match] : classMap.matches.byNumber()) {
-    unsigned const families = familiesOf(settings, match, deepestNesting);
-    if ((families & cut) != 0) {
+    unsigned const options = optionsOf(settings, match, deepestNesting);
+    if ((options & cut) != 0) {
       later.emplace_back(place, cutList);
       continue;
     }
     bool const isCut = match.kind() == PolicyMap::ClassMapMatch::Kind::acl &&
                        lists.count({familyOf(match.option()), match.name().stdString()}) != 0;
     if (isCut) {
-      cut |= families;
+      cut |= options;
       cutList = match.name().stdString();
     }
   }

@@ -37,6 +37,9 @@ void addClassDefault(Settings& settings);
 // the core would refuse the whole policy.
 void refuseContradictions(Settings& settings);
 
+// Whether some class-map matches MPLS.
+[[nodiscard]] bool matchesMpls(Settings const& settings);
+
 // A match-any class-map with `match not` beside other conditions matches nothing.
 void refuseExclusions(Settings& settings);
 

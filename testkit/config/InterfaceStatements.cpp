@@ -257,7 +257,11 @@ void StatementEditor::apply(PortChannelName const& body) {
 }
 
 void StatementEditor::apply(Routing const& body) {
-  (body.family == Family::ip4 ? settings_.ipRouting : settings_.ip6Routing) = body.on;
+  if (body.family == Family::ip4) {
+    settings_.ipRouting = body.on;
+  } else {
+    settings_.ip6Routing = body.on;
+  }
 }
 
 }  // namespace PolicyMapTestKit::Text

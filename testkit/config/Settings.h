@@ -186,7 +186,8 @@ struct Settings {
   std::map<std::string, Vorel::IntfId> barePortChannels;
   // What classes do that is no number; the third action is the place of its text here, from 1.
   Shared<std::vector<std::string>> otherActions;
-  bool ipRouting = false;
+  // None: not said, which is on for a configuration that matches MPLS, else off.
+  std::optional<bool> ipRouting;
   bool ip6Routing = false;
   // The entries after a `deny` that is left out count, though they match what it denies.
   bool widening = false;

@@ -21,11 +21,11 @@ struct Inexpressible {
 };
 
 constexpr std::array inexpressible{
-    Inexpressible{"cos", noField},
+    Inexpressible{"cos inner", noField},
     Inexpressible{"dei", noField},
     Inexpressible{"flow-label", noField},
     Inexpressible{"fragment-type", noField},
-    Inexpressible{"mpls", noField},
+    Inexpressible{"mpls disposition", notInRules},
     Inexpressible{"packet", noField},
     Inexpressible{"tcp-flag", noField},
     Inexpressible{"vlan inner", noField},
@@ -36,6 +36,7 @@ constexpr std::array inexpressible{
     Inexpressible{"secondary-vlan", noField},
     Inexpressible{"not access-group", notInRules},
     Inexpressible{"not class-map", notInRules},
+    Inexpressible{"not mpls", notInRules},
     Inexpressible{"application", notInHeaders},
     Inexpressible{"application-group", notInHeaders},
     Inexpressible{"atm", notInHeaders},

@@ -81,6 +81,8 @@ class ConditionParser {
         Kind{"precedence", &ConditionParser::takePrecedence},
         Kind{"protocol", &ConditionParser::takeProtocol},
         Kind{"vlan", &ConditionParser::takeVlan},
+        Kind{"cos", &ConditionParser::takeCos},
+        Kind{"mpls", &ConditionParser::takeMplsExperimental},
         Kind{"ethertype", &ConditionParser::takeEtherType},
         Kind{"icmp-type", &ConditionParser::takeIcmpType},
         Kind{"ttl", &ConditionParser::takeTtl},
@@ -249,6 +251,29 @@ class ConditionParser {
          takeValues([](Lexer& lexer) { return takeNumber(lexer, "vlan", 1, 4094); })) {
       Acl::MacRuleConfig rule;
       rule.vlanIs(vlan);
+      addMac(rule);
+    }
+  }
+
+  void takeCos() {
+    for (std::uint64_t const cos :
+         takeValues([](Lexer& lexer) { return takeNumber(lexer, "cos", 0, 7); })) {
+      Acl::MacRuleConfig rule;
+      rule.cosIs(cos);
+      addMac(rule);
+    }
+  }
+
+  void takeMplsExperimental() {
+    if (!lexer_.accept("experimental")) {
+      lexer_.fail("experimental");
+    }
+    say("experimental");
+    lexer_.accept("topmost");
+    for (std::uint64_t const bits :
+         takeValues([](Lexer& lexer) { return takeNumber(lexer, "experimental", 0, 7); })) {
+      Acl::MacRuleConfig rule;
+      rule.mplsExperimentalIs(bits);
       addMac(rule);
     }
   }
@@ -525,7 +550,8 @@ bool isConditionName(std::string_view classMap) {
 }
 
 std::string_view conditionWords() {
-  return "access-group, class-map, ip, ipv6, mac, any, dscp, precedence, protocol, vlan, "
+  return "access-group, class-map, ip, ipv6, mac, any, dscp, precedence, protocol, vlan, cos, "
+         "mpls, "
          "ethertype, ttl, srcl4port, dstl4port, srcip, dstip, source-address, destination-address, "
          "source-port or destination-port";
 }

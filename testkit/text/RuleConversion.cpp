@@ -46,7 +46,12 @@ PolicyMap::ClassMapMatchOption matchOption(Family family) {
 }
 
 PolicyMap::ClassMapMatch ownMatch(ConfiguredRule const& rule) {
-  return std::visit([](auto const& some) { return PolicyMap::ClassMapMatch::rule(some); }, rule);
+  using PolicyMap::ClassMapMatch;
+  auto const* const mac = std::get_if<Acl::MacRuleConfig>(&rule);
+  if (mac != nullptr && mac->mplsExperimental()) {
+    return ClassMapMatch::rule(*mac, PolicyMap::ClassMapMatchOption::mpls);
+  }
+  return std::visit([](auto const& some) { return ClassMapMatch::rule(some); }, rule);
 }
 
 }  // namespace PolicyMapTestKit::Text

@@ -25,7 +25,7 @@ POLICYMAPTESTKIT_API ConfiguredRule configuredRule(FilterRule const& rule, Famil
 // The match option of a class-map with lists and rules of this family.
 POLICYMAPTESTKIT_API PolicyMap::ClassMapMatchOption matchOption(Family family);
 
-// A match on a rule in the class-map itself.
+// A match on a rule in the class-map itself; of option mpls if it matches the experimental bits.
 POLICYMAPTESTKIT_API PolicyMap::ClassMapMatch ownMatch(ConfiguredRule const& rule);
 
 // A set of addresses as an Acl::IpAddressMatch, Ip6AddressMatch or MacAddressMatch.

@@ -248,6 +248,15 @@ bool takeVlan(Lexer& lexer, Acl::MacRuleConfig& rule) {
   return true;
 }
 
+bool takeCos(Lexer& lexer, Acl::MacRuleConfig& rule) {
+  if (rule.cos() || !lexer.accept("cos")) {
+    return false;
+  }
+  lexer.accept("eq");
+  rule.cosIs(takeNumber(lexer, "cos", 0, 7));
+  return true;
+}
+
 Acl::MacRuleConfig parseMacRule(Lexer& lexer, Verdict verdict) {
   using Match = Acl::MacAddressMatch;
   Acl::MacRuleConfig rule;
@@ -255,8 +264,9 @@ Acl::MacRuleConfig parseMacRule(Lexer& lexer, Verdict verdict) {
   rule.sourceIs(addressMatch<Match>(takeMacAddress(lexer, "source", false)));
   rule.destinationIs(addressMatch<Match>(takeMacAddress(lexer, "destination", true)));
   while (!lexer.peek().atEnd()) {
-    if (!takeEtherType(lexer, rule) && !takeVlan(lexer, rule) && !lexer.accept("log")) {
-      lexer.fail("an Ethernet type, vlan, log or end of line");
+    if (!takeEtherType(lexer, rule) && !takeVlan(lexer, rule) && !takeCos(lexer, rule) &&
+        !lexer.accept("log")) {
+      lexer.fail("an Ethernet type, vlan, cos, log or end of line");
     }
   }
   return rule;

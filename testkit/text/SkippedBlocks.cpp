@@ -24,8 +24,7 @@ constexpr std::array<std::string_view, 5> bannerKinds = {"motd", "login", "exec"
                                                          "prompt-timeout"};
 
 // Words of access list entries that are understood, but that rules cannot say.
-constexpr std::array<std::string_view, 27> withoutField = {"packet-length",
-                                                           "cos",
+constexpr std::array<std::string_view, 26> withoutField = {"packet-length",
                                                            "lsap",
                                                            "igmp-type",
                                                            "routing-type",

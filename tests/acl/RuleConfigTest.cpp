@@ -110,6 +110,10 @@ TEST(MacRuleConfig, NumbersAreCheckedBeforeTheyAreStored) {
        [](R const& r) { return r.mplsLabel(); }},
       {"MacFilter::mplsInnerLabel", 0, 1048575, none, [](R& r, N n) { r.mplsInnerLabelIs(n); },
        [](R const& r) { return r.mplsInnerLabel(); }},
+      {"MacFilter::cos", 0, 7, none, [](R& r, N n) { r.cosIs(n); },
+       [](R const& r) { return r.cos(); }},
+      {"MacFilter::mplsExperimental", 0, 7, none, [](R& r, N n) { r.mplsExperimentalIs(n); },
+       [](R const& r) { return r.mplsExperimental(); }},
   });
 }
 
@@ -212,6 +216,8 @@ MacRuleConfig fullMacRule() {
   rule.vlanIs(10);
   rule.mplsLabelIs(0);
   rule.mplsInnerLabelIs(17);
+  rule.cosIs(5);
+  rule.mplsExperimentalIs(0);
   rule.sourceIs(MacAddressMatch("0123.4567.89ab"));
   rule.destinationIs(MacAddressMatch("0100.0000.0000/0100.0000.0000"));
   return rule;
@@ -220,12 +226,15 @@ MacRuleConfig fullMacRule() {
 TEST(MacRuleConfig, PrintsAndReadsBack) {
   expectTextForm(fullMacRule(),
                  "Value('Acl::MacRuleConfig', ** {'permit': False, 'ethertype': 34887, 'vlan': 10, "
-                 "'mplsLabel': 0, 'mplsInnerLabel': 17, 'source': '0123.4567.89ab', "
+                 "'mplsLabel': 0, 'mplsInnerLabel': 17, 'cos': 5, 'mplsExperimental': 0, "
+                 "'source': '0123.4567.89ab', "
                  "'destination': '0100.0000.0000/0100.0000.0000'})");
-  expectTextForm(MacRuleConfig(),
-                 "Value('Acl::MacRuleConfig', ** {'permit': True, 'ethertype': None, 'vlan': None, "
-                 "'mplsLabel': None, 'mplsInnerLabel': None, 'source': 'any', "
-                 "'destination': 'any'})");
+  expectTextForm(
+      MacRuleConfig(),
+      "Value('Acl::MacRuleConfig', ** {'permit': True, 'ethertype': None, 'vlan': None, "
+      "'mplsLabel': None, 'mplsInnerLabel': None, 'cos': None, 'mplsExperimental': None, "
+      "'source': 'any', "
+      "'destination': 'any'})");
 }
 
 TEST(RuleConfig, ABadTextFormNamesTheAttribute) {
@@ -287,7 +296,7 @@ void expectAllDifferent(std::vector<Rule> rules) {
 TEST(RuleConfig, EveryAttributeCountsInComparisonAndHash) {
   expectAllDifferent(ipEdits<IpRuleConfig>("0.0.0.0"));
   expectAllDifferent(ipEdits<Ip6RuleConfig>("::"));
-  std::vector<MacRuleConfig> mac(8);
+  std::vector<MacRuleConfig> mac(10);
   mac[1].permitIs(false);
   mac[2].ethertypeIs(0);
   mac[3].vlanIs(1);
@@ -295,6 +304,8 @@ TEST(RuleConfig, EveryAttributeCountsInComparisonAndHash) {
   mac[5].mplsInnerLabelIs(0);
   mac[6].sourceIs(MacAddressMatch("0000.0000.0000"));
   mac[7].destinationIs(MacAddressMatch("0000.0000.0000"));
+  mac[8].cosIs(0);
+  mac[9].mplsExperimentalIs(0);
   expectAllDifferent(mac);
 }
 
@@ -335,7 +346,7 @@ TEST(MacRuleConfig, DescribesItselfAsInAConfiguration) {
   EXPECT_EQ(MacRuleConfig().describe(), "permit any any");
   EXPECT_EQ(fullMacRule().describe(),
             "deny host 0123.4567.89ab 0100.0000.0000 wildcard feff.ffff.ffff ethertype 34887 "
-            "vlan 10 mpls-label 0 mpls-inner-label 17");
+            "vlan 10 mpls-label 0 mpls-inner-label 17 cos 5 mpls-experimental 0");
 }
 
 TEST(RuleConfig, ItsTypesAreValueTypes) {

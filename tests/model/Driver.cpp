@@ -177,6 +177,12 @@ Acl::MacRuleConfig macRuleOf(std::uint32_t variant) {
   if (choices.oneIn(4)) {
     rule.vlanIs(1 + choices.among(2));
   }
+  if (choices.oneIn(4)) {
+    rule.cosIs(choices.among(2));
+  }
+  if (choices.oneIn(8)) {
+    rule.mplsExperimentalIs(choices.among(2));
+  }
   return rule;
 }
 

@@ -282,6 +282,8 @@ void combine(Named<Acl::MacRuleConfig>& both, Acl::MacRuleConfig const& b) {
   rule.vlanIs(commonNumber(rule.vlan(), b.vlan()));
   rule.mplsLabelIs(commonNumber(rule.mplsLabel(), b.mplsLabel()));
   rule.mplsInnerLabelIs(commonNumber(rule.mplsInnerLabel(), b.mplsInnerLabel()));
+  rule.cosIs(commonNumber(rule.cos(), b.cos()));
+  rule.mplsExperimentalIs(commonNumber(rule.mplsExperimental(), b.mplsExperimental()));
 }
 
 template <class Rule>

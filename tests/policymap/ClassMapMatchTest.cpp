@@ -46,7 +46,8 @@ TEST(MatchText, HasKindOptionNameAndRule) {
   std::string const text =
       "Value('PolicyMap::ClassMapMatch', ** {'kind': 'rule', 'option': 'mpls', 'name': '', 'rule': "
       "Value('Acl::MacRuleConfig', ** {'permit': True, 'ethertype': None, 'vlan': 10, "
-      "'mplsLabel': None, 'mplsInnerLabel': None, 'source': 'any', 'destination': 'any'})})";
+      "'mplsLabel': None, 'mplsInnerLabel': None, 'cos': None, 'mplsExperimental': None, "
+      "'source': 'any', 'destination': 'any'})})";
   expectTextForm(own, text);
   EXPECT_EQ(printed(own), text);
 }

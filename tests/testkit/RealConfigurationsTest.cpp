@@ -75,11 +75,12 @@ TEST_F(RealConfigurations, TheSwitchHasItsPoliciesOrTheReasons) {
   EXPECT_THAT(lab.record("InMetroCluster", "input", ClassMapMatchOption::ipv4),
               OnInterfaces("PortChannel10"));
   EXPECT_THAT(lab.explain("InShared").lines(),
-              testing::Each(HasSubstr("class c5: cannot match cos 5: rules do not have this field; "
-                                      "class c4: cannot match cos 4: ")));
+              testing::Each(HasSubstr("class c5: cannot match all of its conditions: no kind of "
+                                      "rule has their fields together; class c4: ")))
+      << "cos and dscp";
   EXPECT_THAT(lab.explain("InClusterRdma").lines(),
               ElementsAre(HasSubstr("nothing to program: no class has rules; class CLUSTER_RDMA: "
-                                    "cannot match cos 2: ")));
+                                    "cannot match all of its conditions: ")));
 }
 
 TEST_F(RealConfigurations, TheRouterSaysWhichPolicyMapsItLacks) {

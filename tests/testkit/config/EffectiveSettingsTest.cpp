@@ -221,12 +221,12 @@ TEST(Conditions, OfAMatchAnyAreAlternatives) {
 
 TEST(Conditions, AClassThatNoRuleExpressesIsLeftOutAndExplained) {
   Lab lab;
-  lab.load(lists + "class-map match-all c\n match access-group a\n match cos 5\n"
+  lab.load(lists + "class-map match-all c\n match access-group a\n match dei 1\n"
                    "policy-map p\n class c\n class b\n"
                    "interface Ethernet1\n service-policy input p\n");
   EXPECT_THAT(lab.record("p"), RulesAre("b 10 permit tcp any any eq 2"));
   EXPECT_THAT(lab.explain().lines(),
-              ElementsAre("p/input ipv4: programmed at Ethernet1; class c: cannot match cos 5: "
+              ElementsAre("p/input ipv4: programmed at Ethernet1; class c: cannot match dei 1: "
                           "rules do not have this field"));
 }
 
@@ -249,7 +249,8 @@ TEST(Conditions, ALineThatIsSkippedDoesNotWidenAMatchAll) {
 TEST(Conditions, ThatNoKindOfRuleHasTogetherAreExplained) {
   for (char const* const conditions :
        {" match vlan 10\n match dscp 46\n", " match ip dscp 46\n match ipv6 dscp 46\n",
-        " match access-group a\n match protocol arp\n"}) {
+        " match access-group a\n match protocol arp\n", " match cos 5\n match dscp 46\n",
+        " match cos 5\n match mpls experimental 5\n"}) {
     Lab lab;
     lab.load(lists + "class-map match-all c\n" + conditions + policyOfC);
     EXPECT_THAT(lab.explain().lines(),
@@ -260,6 +261,44 @@ TEST(Conditions, ThatNoKindOfRuleHasTogetherAreExplained) {
     lab.load("class-map match-any c\n");
     EXPECT_THAT(lab.explain().lines(), testing::Not(testing::Contains(HasSubstr("together"))));
   }
+}
+
+TEST(Conditions, OnTagsAreIntersectedWithMacLists) {
+  Lab lab;
+  lab.load("mac access-list m\n permit any any arp\n permit any any ip cos 3\n"
+           "class-map match-all c\n match cos 3 5\n match vlan 10\n match mac access-group m\n" +
+           policyOfC);
+  std::vector<std::string> matches;
+  for (RuleRecord const& rule : lab.record("p", "input", ClassMapMatchOption::mac)) {
+    matches.push_back(rule.matchText());
+  }
+  EXPECT_THAT(matches, ElementsAre("permit any any ethertype 2054 vlan 10 cos 3",
+                                   "permit any any ethertype 2048 vlan 10 cos 3",
+                                   "permit any any ethertype 2054 vlan 10 cos 5"));
+}
+
+TEST(Conditions, OnExperimentalBitsAreProgrammedForMpls) {
+  Lab lab;
+  lab.load("class-map match-any c\n match mpls experimental topmost 3 5\n match cos 5\n" +
+           policyOfC);
+  Record const mpls = lab.record("p", "input", ClassMapMatchOption::mpls);
+  std::vector<std::string> matches;
+  for (RuleRecord const& rule : mpls) {
+    matches.push_back(rule.matchText());
+  }
+  EXPECT_THAT(matches, ElementsAre("permit any any mpls-experimental 3",
+                                   "permit any any mpls-experimental 5"));
+  EXPECT_EQ(lab.record("p", "input", ClassMapMatchOption::mac).ruleCount, 1U);
+}
+
+TEST(Conditions, OnExperimentalBitsNeedRouting) {
+  Lab lab;
+  lab.load("class-map match-any c\n match mpls experimental 3\n" + policyOfC);
+  EXPECT_TRUE(lab.record("p", "input", ClassMapMatchOption::mpls).created);
+  lab.load("no ip routing\n");
+  EXPECT_THAT(lab.explain().lines(), ElementsAre(HasSubstr("Ethernet1 (routing is off)")));
+  lab.load("ip routing\n");
+  EXPECT_TRUE(lab.record("p", "input", ClassMapMatchOption::mpls).created);
 }
 
 TEST(Conditions, OfNestedClassMapsMayContradictToo) {

@@ -401,10 +401,10 @@ TEST(SettingsEditor, PolicyMapIsAttachedReplacedAndDetachedByDirection) {
 
 TEST(SettingsEditor, RoutingIsSwitchedByFamily) {
   Settings const settings = edited("ip routing\nipv6 unicast-routing");
-  EXPECT_TRUE(settings.ipRouting);
+  EXPECT_EQ(settings.ipRouting, true);
   EXPECT_TRUE(settings.ip6Routing);
   Settings const off = edited("no ip routing\nno ip routing", settings);
-  EXPECT_FALSE(off.ipRouting);
+  EXPECT_EQ(off.ipRouting, false);
   EXPECT_TRUE(off.ip6Routing);
   EXPECT_FALSE(edited("no ipv6 unicast-routing", settings).ip6Routing);
 }

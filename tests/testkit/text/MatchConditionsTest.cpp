@@ -123,6 +123,21 @@ TEST(MatchConditions, EthernetTypesHaveNamesAndNumbers) {
   EXPECT_THAT(rulesOfCondition("ethertype 0x88CC"), ElementsAre("permit any any ethertype 35020"));
 }
 
+TEST(MatchConditions, PrioritiesOfTagsAndLabelsAreMacRules) {
+  EXPECT_THAT(rulesOfCondition("cos 5"), ElementsAre("permit any any cos 5"));
+  EXPECT_THAT(rulesOfCondition("cos 0 2-3,7"),
+              ElementsAre("permit any any cos 0", "permit any any cos 2", "permit any any cos 3",
+                          "permit any any cos 7"));
+  EXPECT_THAT(rulesOfCondition("not cos 0"), ElementsAre("deny any any cos 0", "permit any any"));
+  EXPECT_EQ(conditionOf("cos 5").text, "cos 5");
+  EXPECT_THAT(rulesOfCondition("mpls experimental topmost 3"),
+              ElementsAre("permit any any mpls-experimental 3"));
+  EXPECT_THAT(
+      rulesOfCondition("mpls experimental 0 7"),
+      ElementsAre("permit any any mpls-experimental 0", "permit any any mpls-experimental 7"));
+  EXPECT_EQ(conditionOf("mpls experimental topmost 3").text, "mpls experimental 3");
+}
+
 TEST(MatchConditions, NotIsADenyBeforeEverythingElse) {
   EXPECT_THAT(rulesOfCondition("not ip dscp ef"),
               ElementsAre("deny ip any any dscp 46", "permit ip any any", "permit ipv6 any any"));
@@ -136,8 +151,9 @@ TEST(MatchConditions, WhatNoRuleSaysHasNoRulesButAReason) {
     std::string_view text;
     std::string_view reason;
   };
-  for (Case const& each : {Case{"cos 5", "rules do not have this field"},
-                           Case{"mpls experimental topmost 5", "rules do not have this field"},
+  for (Case const& each : {Case{"cos inner 5", "rules do not have this field"},
+                           Case{"mpls disposition class-map x", "rules cannot say it"},
+                           Case{"not mpls experimental topmost 5", "rules cannot say it"},
                            Case{"packet length min 10", "rules do not have this field"},
                            Case{"qos-group 3", "a header does not tell it"},
                            Case{"discard-class 2", "a header does not tell it"},

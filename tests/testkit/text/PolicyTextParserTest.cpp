@@ -329,8 +329,9 @@ TEST(PolicyTextParser, MatchHoldsARule) {
 TEST(PolicyTextParser, UnknownMatchIsRefusedWithItsColumn) {
   EXPECT_EQ(errorOf(inClassMap + " match colour red"),
             "t:2:8: expected access-group, class-map, ip, ipv6, mac, any, dscp, precedence, "
-            "protocol, vlan, ethertype, ttl, srcl4port, dstl4port, srcip, dstip, source-address, "
-            "destination-address, source-port or destination-port, found 'colour'");
+            "protocol, vlan, cos, mpls, ethertype, ttl, srcl4port, dstl4port, srcip, dstip, "
+            "source-address, destination-address, source-port or destination-port, found "
+            "'colour'");
   EXPECT_EQ(errorOf(inClassMap + "match ip colour 40"),
             "t:2:10: expected protocol 0-255 or a protocol name, found 'colour'");
 }

@@ -212,6 +212,8 @@ TEST(RuleParser, OptionsOfMac) {
   Acl::MacRuleConfig const rule = macRule("permit any any vlan 4094 ip log");
   EXPECT_EQ(rule.vlan(), 4094);
   EXPECT_EQ(rule.ethertype(), 0x0800);
+  EXPECT_EQ(macRule("permit any any vlan 10 cos 7").cos(), 7);
+  EXPECT_EQ(macRule("permit any any cos eq 0").describe(), "permit any any cos 0");
 }
 
 TEST(RuleParser, FaultyMacRuleIsRefusedWithItsColumn) {
@@ -223,7 +225,7 @@ TEST(RuleParser, FaultyMacRuleIsRefusedWithItsColumn) {
   EXPECT_EQ(ruleError("permit host any any", list), "t:2:13: expected a MAC address, found 'any'");
   EXPECT_EQ(ruleError("permit any any vlan 4095", list),
             "t:2:21: expected vlan 1-4094, found '4095'");
-  std::string const expected = "expected an Ethernet type, vlan, log or end of line, found ";
+  std::string const expected = "expected an Ethernet type, vlan, cos, log or end of line, found ";
   EXPECT_EQ(ruleError("permit any any 0x10000", list), "t:2:16: " + expected + "'0x10000'");
   EXPECT_EQ(ruleError("permit any any ip arp", list), "t:2:19: " + expected + "'arp'");
   EXPECT_EQ(ruleError("permit any any vlan 1 vlan 2", list), "t:2:23: " + expected + "'vlan'");
