@@ -3,6 +3,7 @@
 
 #include "lab/Input.h"
 #include "lab/Verb.h"
+#include "testkit/faults/FaultWords.h"
 #include "testkit/text/SourceText.h"
 
 #include <algorithm>
@@ -45,6 +46,20 @@ Fault readFault(std::string_view argument) {
   return readFaultOf("--inject", argument);
 }
 
+FaultPlan readPlan(std::string const& argument) {
+  bool const isFile = argument.starts_with('@');
+  return parseFaultPlan(isFile ? readInput(argument.substr(1)) : SourceText("--faults", argument));
+}
+
+void addPlan(FaultPlan& plan, FaultPlan const& more) {
+  plan.scripts.insert(plan.scripts.end(), more.scripts.begin(), more.scripts.end());
+  for (FaultWords::Limit const& each : FaultWords::limits) {
+    if (more.capacity.*each.limit) {
+      plan.capacity.*each.limit = more.capacity.*each.limit;
+    }
+  }
+}
+
 std::optional<double> secondsOf(std::string_view text) {
   std::optional<double> const value = numberOf<double>(text);
   return value && *value >= 0 && *value <= longestAdvance ? value : std::nullopt;
@@ -57,8 +72,10 @@ Step readStep(std::string const& argument) {
   bool const alone = blank == std::string_view::npos;
   std::string_view const rest = alone ? std::string_view() : all.substr(blank + 1);
   Step step{.text = "--then " + argument};
-  if (alone && (verb == "clear" || verb == "trigger")) {
-    step.kind = verb == "clear" ? Step::Kind::clear : Step::Kind::trigger;
+  if (alone && (verb == "clear" || verb == "trigger" || verb == "release")) {
+    step.kind = verb == "clear"     ? Step::Kind::clear
+                : verb == "trigger" ? Step::Kind::trigger
+                                    : Step::Kind::release;
     return step;
   }
   if (verb == "trigger") {
@@ -75,6 +92,15 @@ Step readStep(std::string const& argument) {
     step.fault = readFaultOf("inject", rest);
     return step;
   }
+  if (verb == "faults" && !rest.empty()) {
+    step.kind = Step::Kind::faults;
+    try {
+      step.plan = readPlan(std::string(rest));
+    } catch (InputError const& error) {
+      throw UsageError(error.what());
+    }
+    return step;
+  }
   if (verb == "load" && !rest.empty()) {
     step.kind = Step::Kind::load;
     step.file = rest;
@@ -83,12 +109,12 @@ Step readStep(std::string const& argument) {
     }
     return step;
   }
-  throw UsageError("expected clear, trigger, trigger N, inject NAME=TEXT or load FILE, "
-                   "found " +
+  throw UsageError("expected clear, trigger, trigger N, release, inject NAME=TEXT, faults PLAN or "
+                   "load FILE, found " +
                    excerpt(argument));
 }
 
-void perform(Lab& lab, Step const& step, Reading reading) {
+std::optional<FaultScope> perform(Lab& lab, Step const& step, Reading reading) {
   switch (step.kind) {
   case Step::Kind::clear: lab.clearFaults(); break;
   case Step::Kind::trigger:
@@ -97,9 +123,12 @@ void perform(Lab& lab, Step const& step, Reading reading) {
     }
     break;
   case Step::Kind::inject: lab.inject(step.fault); break;
+  case Step::Kind::faults: return lab.plan(step.plan);
+  case Step::Kind::release: lab.releaseAll(); break;
   case Step::Kind::load: lab.load(readInput(step.file), reading); break;
   case Step::Kind::advance: lab.advance(std::chrono::duration<double>(step.seconds)); break;
   }
+  return std::nullopt;
 }
 
 }  // namespace lab

@@ -16,6 +16,11 @@ namespace lab {
 // Parses "NAME=TEXT". Raises UsageError with the valid names if there is no such attribute.
 Fault readFault(std::string_view argument);
 
+// Parses a fault plan, or reads it from a file: "@FILE". Raises InputError.
+FaultPlan readPlan(std::string const& argument);
+// Adds the faults and limits of a plan; later limits count.
+void addPlan(FaultPlan& plan, FaultPlan const& more);
+
 // Seconds. Operations that are retried forever would keep a longer advance running.
 constexpr double longestAdvance = 1e6;
 // Parses SECONDS; none if it is not a valid time to advance.
@@ -30,6 +35,8 @@ struct Step {
     clear,    // removes all injected errors
     trigger,  // delivers pending asynchronous results
     inject,   // makes an operation fail
+    faults,   // adds a fault plan
+    release,  // delivers the results that are held
     load,     // a file, as an edit
     advance,  // advances virtual time, by longestAdvance at most
   };
@@ -38,16 +45,17 @@ struct Step {
   double seconds = 0;
   std::uint32_t triggers = 1;
   Fault fault = {};
+  FaultPlan plan = {};
   std::string file = {};
   // As written on the command line, for headings.
   std::string text = {};
 };
 
-// Parses the argument of --then: "clear", "trigger", "trigger N", "inject NAME=TEXT" or
-// "load FILE". Raises UsageError.
+// Parses the argument of --then: "clear", "trigger", "trigger N", "release", "inject NAME=TEXT",
+// "faults PLAN" or "load FILE". Raises UsageError.
 Step readStep(std::string const& argument);
 
-// `reading` is for files. Raises InputError.
-void perform(Lab& lab, Step const& step, Reading reading);
+// `reading` is for files. Returns how long a fault plan lasts. Raises InputError.
+std::optional<FaultScope> perform(Lab& lab, Step const& step, Reading reading);
 
 }  // namespace lab

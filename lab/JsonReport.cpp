@@ -74,6 +74,16 @@ char const* nameOf(Problem::Kind kind) {
   return "empty";
 }
 
+Json jsonOf(FaultState const& state) {
+  Json::Array met;
+  for (MetFault const& each : state.met) {
+    met.emplace_back(Json::Object{
+        {"number", each.number}, {"time", each.time}, {"call", each.call}, {"text", each.text}});
+  }
+  return Json::Object{
+      {"fault", toText(state.fault)}, {"selected", state.selected}, {"met", std::move(met)}};
+}
+
 Json jsonOf(Problem const& problem) {
   return Json::Object{
       {"kind", nameOf(problem.kind)}, {"where", problem.where}, {"text", problem.text}};
@@ -205,7 +215,7 @@ void printJson(std::ostream& out, JsonReport const& report) {
   }
   Json const sums(Json::Object{
       {"policies", totals.policies}, {"rules", totals.rules}, {"subRules", totals.subRules}});
-  AttachmentCount const& attachments = report.findings.attachments;
+  AttachmentCount const& attachments = report.outcome.attachments;
   Json const attached(
       Json::Object{{"all", attachments.all}, {"programmed", attachments.programmed}});
   Json const understood(Json::Object{{"understood", lab.skipped().understood()},
@@ -217,7 +227,12 @@ void printJson(std::ostream& out, JsonReport const& report) {
   out << ",\n\"policyLines\":" << understood.text() << ",\n\"status\":";
   printList(out, readStatuses(lab), textOfItem);
   out << ",\n\"problems\":";
-  printList(out, report.findings.problems, textOfItem);
+  printList(out, report.outcome.problems, textOfItem);
+  out << ",\n\"faults\":";
+  printList(out, report.outcome.faults, textOfItem);
+  out << ",\n\"findings\":";
+  printList(out, report.outcome.findings,
+            [](Finding const& finding) { return Json(toText(finding)).text(); });
   out << ",\n\"outstanding\":";
   printList(out, outstandingIn(lab), [](Json const& json) { return json.text(); });
   out << ",\n\"changes\":";

@@ -22,7 +22,7 @@ struct StepChanges {
 
 struct JsonReport {
   Lab const& lab;
-  Findings const& findings;
+  Outcome const& outcome;
   std::vector<StepChanges> const& changes;
   WithRules withRules = WithRules::yes;
   bool withJournal = false;

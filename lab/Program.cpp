@@ -5,6 +5,7 @@
 #include "lab/Kit.h"
 #include "lab/RunVerb.h"
 #include "lab/ShellVerb.h"
+#include "lab/SweepVerb.h"
 #include "lab/TypesVerb.h"
 #include "testkit/text/ShownText.h"
 #include "testkit/text/SourceText.h"
@@ -69,6 +70,7 @@ std::vector<std::unique_ptr<Verb>> makeVerbs(CLI::App& program) {
   std::vector<std::unique_ptr<Verb>> verbs;
   verbs.push_back(std::make_unique<RunVerb>(program, RunVerb::Output::records));
   verbs.push_back(std::make_unique<RunVerb>(program, RunVerb::Output::explanations));
+  verbs.push_back(std::make_unique<SweepVerb>(program));
   verbs.push_back(std::make_unique<GenerateVerb>(program));
   verbs.push_back(std::make_unique<TypesVerb>(program));
   verbs.push_back(std::make_unique<ShellVerb>(program));

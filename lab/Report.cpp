@@ -189,8 +189,8 @@ std::string titleOf(std::string const& policy, std::string const& direction,
   return "policy-map " + policy + ", " + direction + ", " + toText(option);
 }
 
-void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
-                 Findings const& findings, WithRules withRules, SkippedBy skippedBy) {
+void printReport(std::ostream& out, TextStyle const& style, Lab const& lab, Outcome const& outcome,
+                 WithRules withRules, SkippedBy skippedBy) {
   Totals totals;
   lab.forEachRecord(withRules, [&](Record const& record) {
     printRecord(out, style, lab, record);
@@ -199,16 +199,16 @@ void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
   out << tinted(style, Tint::heading, "total") << " " << totals.policies
       << (totals.policies == 1 ? " policy, " : " policies, ") << counted(totals.rules, "rule")
       << ", " << counted(totals.subRules, "sub-rule") << "\n";
-  printNotProgrammed(out, style, lab, findings.attachments);
+  printNotProgrammed(out, style, lab, outcome.attachments);
   printOtherActions(out, style, lab);
-  printProblems(out, style, findings.problems);
+  printProblems(out, style, outcome.problems);
   printSkipped(out, style, lab.skipped(), skippedBy);
 }
 
 void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab,
-                       Findings const& findings) {
+                       Outcome const& outcome) {
   std::vector<std::string> texts = lab.explain().lines();
-  for (Problem const& problem : findings.problems) {
+  for (Problem const& problem : outcome.problems) {
     if (problem.kind == Problem::Kind::empty) {
       texts.push_back(toText(problem));
     }
@@ -223,6 +223,36 @@ void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab
     for (std::string const& line : wrapped(text, style.width)) {
       out << line << "\n";
     }
+  }
+}
+
+void printFaults(std::ostream& out, TextStyle const& style, Outcome const& outcome) {
+  constexpr std::size_t mostShown = 10;
+  if (!outcome.faults.empty()) {
+    out << "\n" << tinted(style, Tint::heading, "faults") << "\n";
+  }
+  for (FaultState const& state : outcome.faults) {
+    std::string const text = toText(state.fault);
+    if (state.met.empty()) {
+      printLines(out, style, isUnmet(state) ? Tint::bad : Tint::changed,
+                 {text + ": never met; it selected " + counted(state.selected, "call")});
+      continue;
+    }
+    out << "  " << text << ": met " << counted(state.met.size(), "time") << "\n";
+    std::size_t shown = 0;
+    for (MetFault const& met : state.met) {
+      if (++shown > mostShown) {
+        out << "    ...\n";
+        break;
+      }
+      out << "    #" << met.number << " at " << met.time << " s, " << met.call << "\n";
+    }
+  }
+  if (!outcome.findings.empty()) {
+    out << "\n" << tinted(style, Tint::heading, "findings") << "\n";
+  }
+  for (Finding const& finding : outcome.findings) {
+    printLines(out, style, Tint::bad, {toText(finding)});
   }
 }
 

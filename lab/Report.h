@@ -20,15 +20,18 @@ enum class SkippedBy : std::uint8_t { kind, line };
 
 // One table per policy and option, totals, what is attached and not programmed, problems, and
 // skipped lines. Without rules, only the tables are omitted.
-void printReport(std::ostream& out, TextStyle const& style, Lab const& lab,
-                 Findings const& findings, WithRules withRules, SkippedBy skippedBy);
+void printReport(std::ostream& out, TextStyle const& style, Lab const& lab, Outcome const& outcome,
+                 WithRules withRules, SkippedBy skippedBy);
 
 // Why each attached policy is or is not programmed; see Explanations::lines().
 void printExplanations(std::ostream& out, TextStyle const& style, Lab const& lab,
-                       Findings const& findings);
+                       Outcome const& outcome);
 
 // One line per policy and option (state, time, failure), with its interfaces below.
 void printStatuses(std::ostream& out, TextStyle const& style, Lab const& lab);
+
+// What became of planned faults, and findings; nothing if there are none.
+void printFaults(std::ostream& out, TextStyle const& style, Outcome const& outcome);
 
 // What happened, an entry per line, or as a Mermaid diagram.
 void printJournal(std::ostream& out, TextStyle const& style, Journal const& journal, bool mermaid);

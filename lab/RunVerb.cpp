@@ -18,10 +18,7 @@ namespace lab {
 
 namespace {
 
-constexpr std::size_t mostClasses = 1000000;
-constexpr std::size_t mostInterfaces = 65535;
-
-std::string faultOfAdvance(std::string const& seconds) {
+std::string faultOfSeconds(std::string const& seconds) {
   return secondsOf(seconds) ? "" : "SECONDS must be 0 to 1000000, not " + seconds;
 }
 
@@ -77,64 +74,15 @@ RunVerb::RunVerb(CLI::App& program, Output output)
                                 "or a filter set, and show what is programmed")
                    : program.add_subcommand(
                          "explain", "Load as run does, and show for each attached policy why it\n"
-                                    "is or is not programmed")) {
-  addInputOptions();
+                                    "is or is not programmed")),
+      arguments_(*command_) {
+  arguments_.addInputOptions();
   if (output == Output::records) {
     addOutputOptions();
   }
-  addHelperOptions();
-  addMachineOptions();
+  arguments_.addHelperOptions();
+  arguments_.addMachineOptions();
   addFaultOptions();
-}
-
-void RunVerb::addInputOptions() {
-  char const* const group = "Input";
-  CLI::Option* const files =
-      command_->add_option("files", files_, "Policy text")->type_name("FILE")->group(group);
-  CLI::Option* const lenient =
-      command_->add_flag("--lenient", lenient_, "Skip and count lines that are not understood")
-          ->group(group);
-  command_
-      ->add_flag("--widen", widen_,
-                 "With --lenient: a class that loses a condition matches more,\ninstead of nothing")
-      ->group(group)
-      ->needs(lenient);
-  command_
-      ->add_flag_callback(
-          "--no-access-groups", [this] { options_.accessGroups = false; },
-          "Leave out access lists that are attached by themselves")
-      ->group(group);
-  command_
-      ->add_option("--actions", actionsFile_,
-                   "What lines of classes become: lines such as\n\"police = action1\"")
-      ->type_name("FILE")
-      ->group(group);
-  CLI::Option* const rules =
-      command_->add_option("--rules", rulesFile_, "A filter set in the ClassBench line format")
-          ->type_name("FILE")
-          ->group(group)
-          ->excludes(files)
-          ->excludes(lenient);
-  command_
-      ->add_option("--classes", layout_.classes, "Split the filter set into this number of classes")
-      ->type_name("K")
-      ->check(CLI::Range(std::size_t{1}, mostClasses))
-      ->capture_default_str()
-      ->group(group)
-      ->needs(rules);
-  command_
-      ->add_option("--interfaces", layout_.interfaces,
-                   "Attach the filter set to this number of interfaces")
-      ->type_name("N")
-      ->check(CLI::Range(std::size_t{1}, mostInterfaces))
-      ->capture_default_str()
-      ->group(group)
-      ->needs(rules);
-  command_
-      ->add_flag("--ports-on-any-protocol", portsOnAnyProtocol_,
-                 "Accept port ranges on protocols without ports")
-      ->group(group)
-      ->needs(rules);
 }
 
 void RunVerb::addOutputOptions() {
@@ -152,56 +100,38 @@ void RunVerb::addOutputOptions() {
       ->group(group);
 }
 
-void RunVerb::addSwitch(std::string const& name, bool& value, std::string const& text) {
-  bool const usual = value;
-  command_->add_flag_callback(
-      name, [&value, usual] { value = !usual; }, text);
-}
-
-void RunVerb::addHelperOptions() {
-  command_->option_defaults()->group("What the hardware can do");
-  addSwitch("--update-action", options_.updateAction,
-            "Change actions of programmed rules in place");
-  addSwitch("--expand-port-channels", options_.expandPortChannels,
-            "Program the members of port-channels");
-  addSwitch("--sub-rules-for-ports", options_.subRulesForPorts,
-            "Split port ranges into sub-rules, without range checkers");
-  addSwitch("--reprogram-on-intf-change", options_.reprogramOnIntfChange,
-            "Program a policy again when its interfaces change");
-  addSwitch("--no-deny-rules", options_.denyRules, "No deny rules");
-  addSwitch("--no-ttl", options_.ttl, "No match on TTL");
-  addSwitch("--only-ttl-eq", options_.onlyTtlEq, "A match on TTL must be for one value");
-  addSwitch("--no-ack-or-rst", options_.ackOrRst, "No match on ACK or RST");
-  addSwitch("--no-established", options_.established, "No match on established");
-}
-
-void RunVerb::addMachineOptions() {
-  command_->option_defaults()->group("What is served");
-  addSwitch("--no-l2", options_.layer2, "No policies on layer-2 interfaces");
-  addSwitch("--no-l3", options_.layer3, "No policies on layer-3 interfaces");
-  addSwitch("--no-mgmt", options_.management, "No policies on management interfaces");
-  addSwitch("--no-ip-acl", options_.ipLists, "No IPv4 rules");
-  addSwitch("--no-ip6-acl", options_.ip6Lists, "No IPv6 rules");
-  addSwitch("--no-mac-acl", options_.macLists, "No MAC rules");
-}
-
 void RunVerb::addFaultOptions() {
   command_->option_defaults()->group("Faults, time and order");
-  command_->add_flag("--async", options_.async,
+  LabOptions& options = arguments_.options();
+  command_->add_flag("--async", options.async,
                      "Commits and interface operations wait for a trigger");
-  command_->add_flag("--pseudo-async", options_.pseudoAsync,
+  command_->add_flag("--pseudo-async", options.pseudoAsync,
                      "Results are asynchronous, but available immediately");
+  command_
+      ->add_option_function<std::string>(
+          "--async-delay",
+          [&options](std::string const& seconds) { options.asyncDelay = secondsOf(seconds); },
+          "With --async: results arrive by themselves after this\nvirtual time")
+      ->type_name("SECONDS")
+      ->check(&faultOfSeconds)
+      ->trigger_on_parse();
   command_
       ->add_option("--inject", faults_,
                    "Let an operation fail with TEXT,\ne.g. commitError='table full'; may repeat")
       ->type_name("NAME=TEXT")
       ->allow_extra_args(false);
   command_
+      ->add_option("--faults", plans_,
+                   "Let calls fail as planned, e.g. \"addRule nth=3 once\";\n@FILE reads the plan "
+                   "from a file; may repeat")
+      ->type_name("PLAN")
+      ->allow_extra_args(false);
+  command_
       ->add_option_function<std::string>(
           "--then", [this](std::string const& what) { steps_.push_back(readStep(what)); },
           "Afterwards remove the faults (clear), deliver pending\nresults (trigger or \"trigger "
-          "N\"), "
-          "add a fault\n(\"inject NAME=TEXT\") or load an edit (\"load FILE\");\nmay repeat")
+          "N\") or those that are held\n(release), add faults (\"inject NAME=TEXT\" or\n\"faults "
+          "PLAN\") or load an edit (\"load FILE\");\nmay repeat")
       ->type_name("WHAT")
       ->check(&faultOfStep)
       ->trigger_on_parse();
@@ -215,7 +145,7 @@ void RunVerb::addFaultOptions() {
           },
           "Afterwards advance virtual time; may repeat,\nin order with --then")
       ->type_name("SECONDS")
-      ->check(&faultOfAdvance)
+      ->check(&faultOfSeconds)
       ->trigger_on_parse();
   command_
       ->add_option("--trace", trace_,
@@ -235,7 +165,9 @@ void RunVerb::performSteps(Run& run) const {
   }
   Snapshot before = compares() ? run.lab.snapshot() : Snapshot();
   for (Step const& step : steps_) {
-    perform(run.lab, step, reading());
+    if (std::optional<FaultScope> faults = perform(run.lab, step, arguments_.reading())) {
+      run.faults.push_back(std::move(*faults));
+    }
     if (!compares()) {
       continue;
     }
@@ -259,36 +191,26 @@ void RunVerb::showChanges(Run& run, std::string const& step, Difference changes)
   }
 }
 
-void RunVerb::loadRules(Lab& lab) const {
-  FilterSet const set =
-      readFilterSet(readInput(rulesFile_),
-                    portsOnAnyProtocol_ ? PortRanges::onAnyProtocol : PortRanges::onPortProtocols);
-  if (layout_.classes > std::max<std::size_t>(set.rules.size(), 1)) {
-    throw UsageError("--classes: " + std::to_string(layout_.classes) + " is more than the " +
-                     counted(set.rules.size(), "rule") + " of " + rulesFile_);
-  }
-  lab.load(set, layout_);
-}
-
 void RunVerb::loadFiles(Run& run) const {
   Console const& console = run.console;
   Snapshot before;
-  for (std::size_t i = 0; i != files_.size(); ++i) {
-    run.lab.load(readInput(files_[i]), reading());
-    if (!compares() || files_.size() == 1) {
+  for (std::size_t i = 0; i != arguments_.files().size(); ++i) {
+    run.lab.load(readInput(arguments_.files()[i]), arguments_.reading());
+    if (!compares() || arguments_.files().size() == 1) {
       continue;
     }
     Snapshot after = run.lab.snapshot();
     if (i != 0) {
       if (tells()) {
-        console.out << tinted(console.style, Tint::heading, "== what " + files_[i] + " changed")
+        console.out << tinted(console.style, Tint::heading,
+                              "== what " + arguments_.files()[i] + " changed")
                     << "\n\n";
       }
-      showChanges(run, files_[i], difference(before, after));
+      showChanges(run, arguments_.files()[i], difference(before, after));
     }
     before = std::move(after);
   }
-  if (tells() && files_.size() > 1) {
+  if (tells() && arguments_.files().size() > 1) {
     console.out << tinted(console.style, Tint::heading, "== what is programmed now") << "\n\n";
   }
 }
@@ -303,17 +225,18 @@ void RunVerb::setTrace() const {
   }
 }
 
-void RunVerb::report(Run const& run, Findings const& findings) const {
+void RunVerb::report(Run const& run, Outcome const& outcome) const {
   Console const& console = run.console;
   WithRules const withRules = summary_ ? WithRules::no : WithRules::yes;
   if (output_ == Output::explanations) {
-    printExplanations(console.out, console.style, run.lab, findings);
+    printExplanations(console.out, console.style, run.lab, outcome);
     return;
   }
   if (tells()) {
-    printReport(console.out, console.style, run.lab, findings, withRules,
+    printReport(console.out, console.style, run.lab, outcome, withRules,
                 skippedLines_ ? SkippedBy::line : SkippedBy::kind);
-    if (!faults_.empty() || options_.async || options_.pseudoAsync) {
+    printFaults(console.out, console.style, outcome);
+    if (showsStatus()) {
       console.out << "\n" << tinted(console.style, Tint::heading, "status") << "\n";
       printStatuses(console.out, console.style, run.lab);
     }
@@ -323,41 +246,37 @@ void RunVerb::report(Run const& run, Findings const& findings) const {
     return;
   }
   if (json_) {
-    printJson(console.out, {run.lab, findings, run.changes, withRules, !journal_.empty()});
+    printJson(console.out, {run.lab, outcome, run.changes, withRules, !journal_.empty()});
   } else {
     writeJsonLines(console.out, run.lab.journal());
   }
-  for (Problem const& problem : findings.problems) {
+  for (Problem const& problem : outcome.problems) {
     console.err << "policymap-lab: " << shownText(toText(problem)) << "\n";
   }
 }
 
+bool RunVerb::showsStatus() const {
+  LabOptions const& options = arguments_.options();
+  return !faults_.empty() || !plans_.empty() || options.async || options.pseudoAsync;
+}
+
 void RunVerb::check() const {
-  if (files_.empty() && rulesFile_.empty()) {
-    throw UsageError("a FILE or --rules FILE is required");
-  }
   if (json_ && !journal_.empty() && journal_ != "json") {
     throw UsageError("--journal " + journal_ + ": with --json, only --journal json is possible");
   }
-  auto reads = std::count(files_.begin(), files_.end(), standardInput);
-  reads += rulesFile_ == standardInput ? 1 : 0;
-  reads += actionsFile_ == standardInput ? 1 : 0;
-  reads += std::count_if(steps_.begin(), steps_.end(),
-                         [](Step const& step) { return step.file == standardInput; });
-  if (reads > 1) {
-    throw UsageError("-: standard input can be read only once");
-  }
+  arguments_.check(std::count_if(steps_.begin(), steps_.end(),
+                                 [](Step const& step) { return step.file == standardInput; }));
 }
 
 ExitStatus RunVerb::run(Console const& console) {
   check();
   Progress progress(console.progress ? &console.err : nullptr);
-  LabOptions options = options_;
+  LabOptions options = arguments_.readOptions();
   for (std::string const& fault : faults_) {
     options.faults.push_back(readFault(fault));
   }
-  if (!actionsFile_.empty()) {
-    options.actions = Text::ActionMapping(readInput(actionsFile_));
+  for (std::string const& plan : plans_) {
+    addPlan(options.plan, readPlan(plan));
   }
   setTrace();
   if (journal_.empty()) {
@@ -366,23 +285,24 @@ ExitStatus RunVerb::run(Console const& console) {
   Lab lab(options);
   Run run{lab, console};
   showProgress(lab, progress);
-  if (rulesFile_.empty()) {
+  if (arguments_.rulesFile().empty()) {
     loadFiles(run);
   } else {
-    loadRules(lab);
+    lab.load(arguments_.readRules(), arguments_.layout());
   }
   progress.clear();
   performSteps(run);
 
-  Findings const findings = findingsOf(lab);
-  report(run, findings);
-  auto const& [problems, attachments] = findings;
-  bool const isLeftOut =
-      !lenient_ && output_ == Output::records && attachments.programmed != attachments.all;
-  bool const failed =
-      isLeftOut || std::any_of(problems.begin(), problems.end(), [this](Problem const& problem) {
-        return counts(problem, lenient_);
-      });
+  Outcome const outcome = outcomeOf(lab);
+  report(run, outcome);
+  AttachmentCount const& attachments = outcome.attachments;
+  bool const isLeftOut = !arguments_.lenient() && output_ == Output::records &&
+                         attachments.programmed != attachments.all;
+  auto const& problems = outcome.problems;
+  bool const failed = isLeftOut || !outcome.isRegular() ||
+                      std::any_of(problems.begin(), problems.end(), [this](Problem const& problem) {
+                        return counts(problem, arguments_.lenient());
+                      });
   return failed ? ExitStatus::notProgrammed : ExitStatus::success;
 }
 

@@ -6,6 +6,7 @@
 
 #include "lab/Faults.h"
 #include "lab/JsonReport.h"
+#include "lab/LabArguments.h"
 #include "lab/Verb.h"
 #include "testkit/Lab.h"
 #include "testkit/Problems.h"
@@ -26,51 +27,38 @@ class RunVerb : public Verb {
   ExitStatus run(Console const& console) override;
 
  private:
-  void addInputOptions();
   void addOutputOptions();
-  void addHelperOptions();
-  void addMachineOptions();
   void addFaultOptions();
-  // Adds a flag that inverts the default of a lab option.
-  void addSwitch(std::string const& name, bool& value, std::string const& text);
 
   // One execution.
   struct Run {
     Lab& lab;
     Console const& console;
     std::vector<StepChanges> changes = {};  // for JSON
+    std::vector<FaultScope> faults = {};    // of the steps
   };
 
   // Raises UsageError for options that exclude each other.
   void check() const;
   void loadFiles(Run& run) const;
-  void loadRules(Lab& lab) const;
   void performSteps(Run& run) const;
   void showChanges(Run& run, std::string const& step, Difference changes) const;
   // Whether changes are determined, and printed as text while the lab runs.
   bool compares() const { return output_ == Output::records && (json_ || journal_ != "json"); }
   bool tells() const { return compares() && !json_; }
-  Reading reading() const {
-    return widen_ ? Reading::widening : lenient_ ? Reading::lenient : Reading::strict;
-  }
+  bool showsStatus() const;
   void setTrace() const;
-  void report(Run const& run, Findings const& findings) const;
+  void report(Run const& run, Outcome const& outcome) const;
 
   Output output_;
   CLI::App* command_;
-  std::vector<std::string> files_;
-  std::string rulesFile_;
-  std::string actionsFile_;
-  FilterLayout layout_;
-  bool portsOnAnyProtocol_ = false;
-  bool lenient_ = false;
-  bool widen_ = false;
+  LabArguments arguments_;
   bool skippedLines_ = false;
   bool json_ = false;
   bool summary_ = false;
   std::string journal_;  // its form; empty: none
-  LabOptions options_;
   std::vector<std::string> faults_;
+  std::vector<std::string> plans_;
   std::vector<Step> steps_;  // in the order of the command line
   std::string trace_;        // empty: none
 };

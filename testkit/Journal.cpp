@@ -262,13 +262,18 @@ Journal Journal::some(Wanted const& wanted) const {
   return found;
 }
 
-void needOperation(std::string_view name) {
+std::vector<std::string> operationNames() {
   using Helper = PolicyMap::PolicyMapAclHelper;
-  std::vector<std::string> known;
-  known.reserve(PolicyMap::helperOperationAttrs<Helper>.size());
+  std::vector<std::string> names;
+  names.reserve(PolicyMap::helperOperationAttrs<Helper>.size());
   for (auto const& row : PolicyMap::helperOperationAttrs<Helper>) {
-    known.emplace_back(row.name);
+    names.emplace_back(row.name);
   }
+  return names;
+}
+
+void needOperation(std::string_view name) {
+  std::vector<std::string> const known = operationNames();
   if (std::find(known.begin(), known.end(), name) == known.end()) {
     throw LookupError("operation", name, known);
   }

@@ -138,6 +138,8 @@ class POLICYMAPTESTKIT_API Journal {
   unsigned objectsWritten_ = 0;  // that lastStep_ names; 0: it is no write
 };
 
+// The names of the helper's operations, in the order of the documentation.
+POLICYMAPTESTKIT_API std::vector<std::string> operationNames();
 // Throws LookupError if the helper has no operation of this name.
 POLICYMAPTESTKIT_API void needOperation(std::string_view name);
 

@@ -35,6 +35,11 @@ void applyOptions(PolicyMapTest::AclHelper* helper, LabOptions const& options) {
   }
 }
 
+std::string placeOf(Caller const& where) {
+  std::string const file = where.file;
+  return file.substr(file.find_last_of('/') + 1) + ":" + std::to_string(where.line);
+}
+
 }  // namespace
 
 Lab::Lab(LabOptions const& options, HelperMaker const& makeHelper)
@@ -48,7 +53,15 @@ Lab::Lab(LabOptions const& options, HelperMaker const& makeHelper)
   loop_.virtualTimeIs(true);
   configuration_.accessGroupsIs(options.accessGroups);
   recorded_ = makeHelper(options.updateAction, options.expandPortChannels);
-  recorded_.recorder->journalIs(options.journal == 0 ? nullptr : &journal_);
+  Recorder& recorder = *recorded_.recorder;
+  recorder.journalIs(options.journal == 0 ? nullptr : &journal_);
+  recorder.faults().findingsAre(&findings_);
+  recorder.strictness().findingsAre(&findings_);
+  recorder.strictness().strictnessIs(options.strictness);
+  recorder.results().delayIs(options.asyncDelay);
+  if (options.plan != FaultPlan()) {
+    plan_.emplace(recorder.faults().add(options.plan));
+  }
   applyOptions(helper().get(), options);
   machine_ = PolicyMapTest::testServicePolicySmFactory(
       policyMaps(), classMaps(), requests_, status_, acls(), lag(), ip(), ip6(), routing(),
@@ -72,19 +85,21 @@ Lab::Lab(LabOptions const& options, HelperMaker const& makeHelper)
 // A test may hold the helper, which must not refer to the lab after it.
 Lab::~Lab() {
   machine_ = nullptr;
-  recorded_.recorder->aroundIs({});
-  recorded_.recorder->journalIs(nullptr);
+  Recorder& recorder = *recorded_.recorder;
+  recorder.faults().endAll();
+  recorder.faults().findingsAre(nullptr);
+  recorder.strictness().findingsAre(nullptr);
+  recorder.results().clear();
+  recorder.aroundIs({});
+  recorder.journalIs(nullptr);
   if (usedJournal() == &journal_) {
     usedJournalIs(nullptr);
   }
 }
 
 void Lab::load(std::string_view policyText, Caller const& where) {
-  std::string const file = where.file;
-  std::string const place =
-      file.substr(file.find_last_of('/') + 1) + ":" + std::to_string(where.line);
-  edit(Text::SourceText(place + ": policy text", std::string(policyText)), Text::Reading::strict,
-       "policy text");
+  edit(Text::SourceText(placeOf(where) + ": policy text", std::string(policyText)),
+       Text::Reading::strict, "policy text");
 }
 
 void Lab::load(Text::SourceText const& source, Text::Reading reading) {
@@ -115,12 +130,23 @@ void Lab::configure(Text::Settings const& settings) {
     WriteLog::Pause const pause(writes_);  // the text is the write
     configuration_.settingsAre(settings);
   }
-  loop_.runUntilIdle();
+  run();
 }
 
 void Lab::settle() {
   usedJournalIs(&journal_);
+  run();
+}
+
+void Lab::run() {
+  StrictnessWatch& strictness = recorded_.recorder->strictness();
+  strictness.somethingChanged();
   loop_.runUntilIdle();
+  bool const isUnconfigured = policyMaps()->servicePolicys() == 0 && loop_.pending() == 0 &&
+                              machine_->aclHelper() == helper();
+  if (isUnconfigured && recorded_.recorder->results().held().empty()) {
+    strictness.isUnconfigured();
+  }
 }
 
 void Lab::advance(std::chrono::duration<double> time) {
@@ -144,7 +170,49 @@ void Lab::inject(Fault const& fault) {
 void Lab::clearFaults() {
   journal_.testDid("clear", {});
   PolicyMapTestKit::clearFaults(*helper());
+  recorded_.recorder->faults().clear();
   settle();
+}
+
+FaultScope Lab::plan(std::string_view plan, Caller const& where) {
+  return Lab::plan(
+      parseFaultPlan(Text::SourceText(placeOf(where) + ": fault plan", std::string(plan))));
+}
+
+FaultScope Lab::plan(FaultPlan const& plan) {
+  FaultScope scope(recorded_.recorder->faults().add(plan));
+  for (FaultState const& state : scope.faults()) {
+    journal_.testDid("plan", Kor::String(toText(state.fault)));
+  }
+  return scope;
+}
+
+std::vector<HeldResult> Lab::heldResults() const {
+  return recorded_.recorder->results().held();
+}
+
+void Lab::release() {
+  std::vector<HeldResult> const held = heldResults();
+  if (held.empty()) {
+    throw std::out_of_range("no result is held");
+  }
+  release(held.front().number);
+}
+
+void Lab::release(std::uint64_t number) {
+  Kor::EventLoop::Scope const scope(loop_);
+  journal_.testDid("release", Kor::String(std::to_string(number)));
+  usedJournalIs(&journal_);
+  if (!recorded_.recorder->results().release(number)) {
+    throw std::out_of_range("no result " + std::to_string(number) + " is held");
+  }
+  settle();
+}
+
+void Lab::releaseAll() {
+  for (HeldResult const& result : heldResults()) {
+    release(result.number);
+  }
 }
 
 void Lab::trigger() {

@@ -31,6 +31,7 @@
 #include "testkit/Snapshot.h"
 #include "testkit/WriteLog.h"
 #include "testkit/config/Configuration.h"
+#include "testkit/faults/FaultScope.h"
 #include "testkit/text/FilterSet.h"
 #include "testkit/text/PolicyTextParser.h"
 #include "testkit/text/SkippedLines.h"
@@ -98,11 +99,34 @@ class POLICYMAPTESTKIT_API Lab {
   [[nodiscard]] double now() const { return loop_.now(); }
 
   // Injects or clears errors of the helper, and settles. An attribute of the helper that does not
-  // exist throws Kor::RangeException.
+  // exist throws Kor::RangeException. clearFaults() also ends the effect of all plans.
   void inject(Fault const& fault);
   void clearFaults();
+  // Lets calls of the helper fail as planned, until the end of the scope that is returned. A fault
+  // that was not met by then is a finding. Throws Text::InputError, or std::invalid_argument for a
+  // fault that can select no call; see testkit/faults/FaultPlan.h.
+  //
+  //   FaultScope const faults = lab.plan("addRule class=web nth=3 once");
+  [[nodiscard]] FaultScope plan(std::string_view plan, Caller const& where = Caller::here());
+  [[nodiscard]] FaultScope plan(FaultPlan const& plan);
+  // What became of the planned faults, of those plans that have not ended.
+  [[nodiscard]] std::vector<FaultState> faults() const {
+    return recorded_.recorder->faults().states();
+  }
+  // What the lab has found so far, each once: faults that were never met, and irregular calls of
+  // the core; see LabOptions::strictness. takeFindings() also forgets them.
+  [[nodiscard]] std::vector<Finding> const& findings() const { return findings_.all(); }
+  std::vector<Finding> takeFindings() { return findings_.take(); }
+
   // Delivers the pending asynchronous result, if there is one, and settles.
   void trigger();
+  // The results that a fault holds back, in the order of their operations.
+  [[nodiscard]] std::vector<HeldResult> heldResults() const;
+  // Delivers the oldest held result, the one of this number, or all, and settles. Throws
+  // std::out_of_range if there is none.
+  void release();
+  void release(std::uint64_t number);
+  void releaseAll();
   // From now on, `around` is called in place of each operation of the helper:
   //
   //   lab.aroundIs([](HelperCall& call, auto const& proceed) { ... proceed(); ... });
@@ -173,8 +197,10 @@ class POLICYMAPTESTKIT_API Lab {
   void edit(Text::SourceText const& source, Text::Reading reading, std::string const& name);
   void needAttached(PolicyMap::PolicyMapSmKey const& policy) const;
   void configure(Text::Settings const& settings);
+  void run();
 
   Kor::EventLoop loop_;
+  FindingList findings_;
   Journal journal_;
   WriteLog writes_;
   Text::Configuration configuration_;
@@ -184,6 +210,7 @@ class POLICYMAPTESTKIT_API Lab {
   PolicyMap::PolicyMapStatusRequestDir::Ptr requests_;
   PolicyMap::PolicyMapTypeStatus::Ptr status_;
   RecordedHelper recorded_;
+  std::optional<FaultScope> plan_;  // of the options
   PolicyMapTest::TestServicePolicySm::Ptr machine_;
 };
 

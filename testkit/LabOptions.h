@@ -7,9 +7,12 @@
 
 #include "helper/AclHelper.h"
 #include "testkit/Export.h"
+#include "testkit/faults/FaultPlan.h"
+#include "testkit/faults/Findings.h"
 #include "testkit/text/ActionMapping.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -46,8 +49,14 @@ struct LabOptions {
   // available immediately.
   bool async = false;
   bool pseudoAsync = false;
+  // Asynchronous results arrive by themselves after this many seconds; none: by trigger().
+  std::optional<double> asyncDelay = {};
   // Injected from the start.
   std::vector<Fault> faults = {};
+  // A fault plan for the whole life of the lab; see testkit/faults/FaultPlan.h.
+  FaultPlan plan = {};
+  // Which irregular calls of the core are findings.
+  Strictness strictness = {};
 
   bool layer2 = true;
   bool layer3 = true;

@@ -6,6 +6,7 @@
 // includes it.
 
 #include "testkit/Explanations.h"
+#include "testkit/GoogleTest.h"
 #include "testkit/Journal.h"
 #include "testkit/Printing.h"
 

@@ -166,8 +166,8 @@ AttachmentCount countAttachments(Lab const& lab) {
   return count;
 }
 
-Findings findingsOf(Lab const& lab) {
-  return {findProblems(lab), countAttachments(lab)};
+Outcome outcomeOf(Lab const& lab) {
+  return {findProblems(lab), countAttachments(lab), lab.faults(), lab.findings()};
 }
 
 std::string toText(Problem const& problem) {

@@ -6,6 +6,7 @@
 #include "testkit/Export.h"
 #include "testkit/Lab.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -35,12 +36,19 @@ struct AttachmentCount {
 };
 POLICYMAPTESTKIT_API AttachmentCount countAttachments(Lab const& lab);
 
-// Both, for those who report them in several places.
-struct Findings {
+// What a run has come to, for those who report it in several places.
+struct Outcome {
   std::vector<Problem> problems;
   AttachmentCount attachments;
+  std::vector<FaultState> faults;
+  std::vector<Finding> findings;
+
+  // No fault is unmet, unless it is optional, and nothing was found.
+  [[nodiscard]] bool isRegular() const {
+    return findings.empty() && std::none_of(faults.begin(), faults.end(), &isUnmet);
+  }
 };
-POLICYMAPTESTKIT_API Findings findingsOf(Lab const& lab);
+POLICYMAPTESTKIT_API Outcome outcomeOf(Lab const& lab);
 
 // "policy-map EDGE (input), class WEB: missing ip access-list WEB".
 POLICYMAPTESTKIT_API std::string toText(Problem const& problem);

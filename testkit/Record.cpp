@@ -5,45 +5,11 @@
 #include "testkit/text/RuleConversion.h"
 
 #include <algorithm>
-#include <numeric>
 #include <ostream>
 
 namespace PolicyMapTestKit {
 
 namespace {
-
-// The number of letters to insert, remove or change.
-std::size_t distance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i != a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j != b.size(); ++j) {
-      std::size_t const change = diagonal + (a[i] == b[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({row[j] + 1, diagonal + 1, change});
-    }
-  }
-  return row.back();
-}
-
-std::string lookupText(std::string_view what, std::string_view wanted,
-                       std::vector<std::string> const& known) {
-  constexpr std::size_t most = 3;
-  std::vector<std::string> nearest = known;
-  std::stable_sort(nearest.begin(), nearest.end(), [&](auto const& a, auto const& b) {
-    return distance(a, wanted) < distance(b, wanted);
-  });
-  std::string text = "no " + std::string(what) + " '" + std::string(wanted) + "'";
-  if (nearest.empty()) {
-    return text + "; there is none at all";
-  }
-  for (std::size_t i = 0; i != std::min(nearest.size(), most); ++i) {
-    text += (i == 0 ? "; nearest: '" : ", '") + nearest[i] + "'";
-  }
-  return text + (nearest.size() > most ? ", of " + std::to_string(nearest.size()) : "");
-}
 
 std::string fullName(PolicyMap::AclRuleKey const& key) {
   return key.className().stdString() + " " + nameInList(key);
@@ -57,12 +23,6 @@ void describeCount(std::ostream& out, std::string_view name, std::uint64_t count
 }
 
 }  // namespace
-
-LookupError::LookupError(std::string_view what, std::string_view wanted,
-                         std::vector<std::string> const& known)
-    : std::out_of_range(lookupText(what, wanted, known)) {}
-
-LookupError::~LookupError() = default;
 
 std::uint32_t RuleRecord::action(std::size_t kind) const {
   if (kind == 0 || kind > actions.size()) {

@@ -8,6 +8,7 @@
 
 #include "records/TestActionKinds.h"
 #include "testkit/Export.h"
+#include "testkit/Lookup.h"
 #include "testkit/text/Statement.h"
 
 #include <PolicyMap/AclRuleKey.h>
@@ -25,16 +26,6 @@
 #include <vector>
 
 namespace PolicyMapTestKit {
-
-// Something that was looked up is not there. what() names it and the nearest that are there.
-class POLICYMAPTESTKIT_API LookupError : public std::out_of_range {
- public:
-  // `what` is e.g. "record"; `known` are the names that are there.
-  LookupError(std::string_view what, std::string_view wanted,
-              std::vector<std::string> const& known);
-  explicit LookupError(std::string const& text) : std::out_of_range(text) {}
-  ~LookupError() override;
-};
 
 struct POLICYMAPTESTKIT_API RuleRecord {
   PolicyMap::AclRuleKey key;

@@ -7,7 +7,21 @@
 
 namespace PolicyMapTestKit {
 
-Recorder::Recorder() = default;
+namespace {
+
+// Whether an operation returns a text.
+bool canReturnError(std::string_view operation) {
+  return operation != "hwInit" && operation != "getCountForRule";
+}
+
+}  // namespace
+
+Recorder::Recorder(PolicyMapTest::AclHelper& helper, Results::Deliver deliver)
+    : helper_(helper),
+      deliver_(std::move(deliver)),
+      faults_(helper),
+      results_([this](auto const& result) { Recorder::deliver(result); }),
+      strictness_(helper) {}
 
 Recorder::~Recorder() = default;
 
@@ -18,10 +32,13 @@ std::vector<PolicyMap::AclRuleKey> const& Recorder::rulesAdded(
   return found == rulesAdded_.end() ? none : found->second;
 }
 
-void Recorder::resultArrived(Kor::String const& error) {
+void Recorder::deliver(PolicyMap::AsyncOperationResult const& result) {
+  Kor::Ptr<PolicyMapTest::AclHelper> const pinned = Kor::share(&helper_);
   if (journal_ != nullptr) {
-    journal_->resultArrived(error);
+    journal_->resultArrived(result.error());
   }
+  strictness_.resultArrived(!result.error().empty());
+  deliver_(result);
 }
 
 void Recorder::record(HelperCall& call, Proceed const& proceed, std::string_view cause) {
@@ -32,21 +49,17 @@ void Recorder::record(HelperCall& call, Proceed const& proceed, std::string_view
   }
   PolicyMap::ScopedFlag const flag(recreating_, call.operation == "recreatePolicy");
   std::uint64_t const number = journal_ != nullptr ? journal_->begin(call, cause) : 0;
+  strictness_.begins(call);
+  bool const isAsynchronous = hasResult(call.operation) && helper_.asyncOperations();
+  FaultInjector::Injection const injection = faults_.injectionFor(call, isAsynchronous);
   auto const ended = [&](bool threw) {
     if (journal_ != nullptr) {
       journal_->end(number, call, threw);
     }
-  };
-  Proceed const carryOut = [&] {
-    proceed();
-    keepOrder(call);
+    strictness_.ends(call, injection.happens());
   };
   try {
-    if (around_) {
-      around_(call, carryOut);
-    } else {
-      carryOut();
-    }
+    perform(call, injection, proceed);
   } catch (std::exception const& exception) {
     call.error = Kor::String(exception.what());
     ended(true);
@@ -57,6 +70,45 @@ void Recorder::record(HelperCall& call, Proceed const& proceed, std::string_view
     throw;
   }
   ended(false);
+}
+
+void Recorder::perform(HelperCall& call, FaultInjector::Injection const& injection,
+                       Proceed const& proceed) {
+  bool const fails = !injection.text.empty();
+  if (fails && (injection.effect == FaultEffect::throws || !canReturnError(call.operation))) {
+    throw InjectedFault(injection.text);
+  }
+  Kor::String const error(injection.text);
+  if (injection.effect == FaultEffect::before ||
+      (fails && call.operation == "addRule" && injection.effect == FaultEffect::fails)) {
+    bool const isAboutExistence =
+        call.operation == "createPolicy" || call.operation == "deletePolicy";
+    call.error = isAboutExistence ? helper_.notCarriedOut(error) : error;
+    return;
+  }
+  if (hasResult(call.operation) && helper_.asyncOperations()) {
+    results_.expect(call, injection);
+    carryOut(call, proceed);
+    call.error.empty() ? results_.accepted(helper_.asyncError()) : results_.refused();
+    return;
+  }
+  carryOut(call, proceed);
+  if (call.error.empty()) {
+    call.error = error;
+  }
+}
+
+void Recorder::carryOut(HelperCall& call, Proceed const& proceed) {
+  Proceed const keeping = [&] {
+    proceed();
+    faults_.carriedOut(call);
+    keepOrder(call);
+  };
+  if (around_) {
+    around_(call, keeping);
+  } else {
+    keeping();
+  }
 }
 
 void Recorder::keepOrder(HelperCall const& call) {

@@ -20,13 +20,13 @@ using testing::HasSubstr;
 std::string reportOf(Lab const& lab, WithRules withRules = WithRules::yes,
                      TextStyle const& style = {}) {
   std::ostringstream out;
-  printReport(out, style, lab, findingsOf(lab), withRules, SkippedBy::kind);
+  printReport(out, style, lab, outcomeOf(lab), withRules, SkippedBy::kind);
   return out.str();
 }
 
 nlohmann::ordered_json jsonOf(Lab const& lab, WithRules withRules = WithRules::yes) {
   std::ostringstream out;
-  printJson(out, {lab, findingsOf(lab), {}, withRules, false});
+  printJson(out, {lab, outcomeOf(lab), {}, withRules, false});
   return nlohmann::ordered_json::parse(out.str());
 }
 

@@ -153,7 +153,7 @@ TEST(Journal, SaysWhyTheCoreMakesACall) {
 }
 
 TEST(Journal, ACallByTheTestHasNoCause) {
-  Lab lab;
+  Lab lab({.strictness = Strictness::none()});
   load(lab, simplePolicy);
   lab.journal().clear();
   lab.helper()->commitPolicy(lab.machine()->policyMapSm({"P", "input"})->policyCommonData(),

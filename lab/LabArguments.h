@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// The options of the command line that say what a lab loads, what its hardware can do, and what is
+// served: the same for all verbs that have a lab.
+
+#include "lab/Kit.h"
+#include "testkit/Lab.h"
+#include "testkit/text/FilterSet.h"
+
+#include <CLI/CLI.hpp>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lab {
+
+class LabArguments {
+ public:
+  // Adds the options to a command, which keeps references to this object.
+  explicit LabArguments(CLI::App& command);
+  LabArguments(LabArguments const&) = delete;
+  LabArguments& operator=(LabArguments const&) = delete;
+
+  // The lines of the help text that follow belong to `group`.
+  void addInputOptions();
+  void addHelperOptions();
+  void addMachineOptions();
+
+  // Raises UsageError without input, or if standard input is to be read more than once: here or
+  // `alsoReads` times elsewhere.
+  void check(std::ptrdiff_t alsoReads) const;
+
+  // Policy text, each file as an edit of those before it; empty for a filter set.
+  [[nodiscard]] std::vector<std::string> const& files() const { return files_; }
+  [[nodiscard]] std::string const& rulesFile() const { return rulesFile_; }
+  [[nodiscard]] FilterLayout const& layout() const { return layout_; }
+  // Raises InputError, and UsageError if there are fewer rules than classes.
+  [[nodiscard]] FilterSet readRules() const;
+  [[nodiscard]] Reading reading() const {
+    return widen_ ? Reading::widening : lenient_ ? Reading::lenient : Reading::strict;
+  }
+  [[nodiscard]] bool lenient() const { return lenient_; }
+
+  // For more options. Files that they name are not read.
+  LabOptions& options() { return options_; }
+  [[nodiscard]] LabOptions const& options() const { return options_; }
+  // The options of the lab, with the files that they name. Raises InputError.
+  [[nodiscard]] LabOptions readOptions() const;
+
+ private:
+  // Adds a flag that inverts the default of a lab option.
+  void addSwitch(std::string const& name, bool& value, std::string const& text);
+
+  CLI::App& command_;
+  std::vector<std::string> files_;
+  std::string rulesFile_;
+  std::string actionsFile_;
+  FilterLayout layout_;
+  bool portsOnAnyProtocol_ = false;
+  bool lenient_ = false;
+  bool widen_ = false;
+  LabOptions options_;
+};
+
+}  // namespace lab

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/faults/Results.h"
+
+#include "testkit/faults/FaultWords.h"
+
+#include <utility>
+
+namespace PolicyMapTestKit {
+
+Results::Results(Deliver deliver)
+    : loop_(Kor::EventLoop::current()), deliver_(std::move(deliver)), timer_([this] { deliverDue(); }) {}
+
+void Results::expect(HelperCall const& call, FaultInjector::Injection const& injection) {
+  expected_ = Expected{injection.effect == FaultEffect::hold ? describe(call) : std::string(),
+                       injection.effect, injection.seconds, Kor::String(injection.text)};
+  if (delay_ && !FaultWords::isAboutResults(injection.effect)) {
+    expected_->effect = FaultEffect::delay;
+    expected_->seconds = *delay_;
+  }
+  putAway_ = false;
+}
+
+void Results::accepted(Kor::String const& error) {
+  if (expected_) {
+    putAway(error);
+  }
+}
+
+bool Results::putAway(Kor::String const& error) {
+  Kor::String const& text = expected_->text.empty() ? error : expected_->text;
+  switch (expected_->effect) {
+  case FaultEffect::hold:
+    ++heldSoFar_;
+    held_.emplace(heldSoFar_, HeldResult{heldSoFar_, loop_.now(), expected_->call, text});
+    break;
+  case FaultEffect::drop: break;
+  case FaultEffect::delay:
+    delayed_.emplace(loop_.now() + expected_->seconds, text);
+    timer_.scheduleIn(delayed_.begin()->first - loop_.now());
+    break;
+  default: return false;
+  }
+  expected_.reset();
+  putAway_ = true;
+  return true;
+}
+
+void Results::arrived(PolicyMap::AsyncOperationResult const& result) {
+  if (putAway_) {
+    return;
+  }
+  if (!expected_) {
+    deliver_(result);
+    return;
+  }
+  if (putAway(result.error())) {
+    return;
+  }
+  Expected const expected = *std::exchange(expected_, std::nullopt);
+  PolicyMap::AsyncOperationResult const changed(
+      expected.text.empty() ? result.error() : expected.text, result.time());
+  deliver_(changed);
+  if (expected.effect == FaultEffect::duplicate) {
+    deliver_(changed);
+  }
+}
+
+void Results::deliver(Kor::String const& error) {
+  deliver_(PolicyMap::AsyncOperationResult(error, loop_.now()));
+}
+
+void Results::deliverDue() {
+  while (!delayed_.empty() && delayed_.begin()->first <= loop_.now()) {
+    Kor::String const error = delayed_.begin()->second;
+    delayed_.erase(delayed_.begin());
+    deliver(error);
+  }
+  if (!delayed_.empty()) {
+    timer_.scheduleIn(delayed_.begin()->first - loop_.now());
+  }
+}
+
+std::vector<HeldResult> Results::held() const {
+  std::vector<HeldResult> all;
+  all.reserve(held_.size());
+  for (auto const& [number, result] : held_) {
+    all.push_back(result);
+  }
+  return all;
+}
+
+bool Results::release(std::uint64_t number) {
+  auto const found = held_.find(number);
+  if (found == held_.end()) {
+    return false;
+  }
+  Kor::String const error = found->second.error;
+  held_.erase(found);
+  deliver(error);
+  return true;
+}
+
+void Results::clear() {
+  held_.clear();
+  delayed_.clear();
+  timer_.cancel();
+}
+
+}  // namespace PolicyMapTestKit

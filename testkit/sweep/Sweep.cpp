@@ -1,0 +1,319 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/sweep/Sweep.h"
+
+#include "testkit/Assertions.h"
+#include "testkit/Difference.h"
+#include "testkit/Printing.h"
+#include "testkit/Statuses.h"
+#include "testkit/sweep/StatusWatch.h"
+
+#include <Kor/Assert.h>
+
+#include <algorithm>
+#include <exception>
+#include <map>
+#include <memory>
+#include <random>
+#include <utility>
+
+namespace PolicyMapTestKit {
+
+namespace {
+
+// Longer than the longest wait between two tries, and than that for a result.
+constexpr std::chrono::seconds patience{200};
+// While a fault lasts: some tries.
+constexpr std::chrono::seconds whileItLasts{5};
+constexpr std::size_t mostFindings = 20;  // of one case
+
+// Failed assertions as findings of the case that runs. There is one at a time.
+class CaughtAssertions {
+ public:
+  CaughtAssertions() : before_(Kor::assertionHandlerIs(&handle)) { texts().clear(); }
+  CaughtAssertions(CaughtAssertions const&) = delete;
+  CaughtAssertions& operator=(CaughtAssertions const&) = delete;
+  ~CaughtAssertions() { Kor::assertionHandlerIs(before_); }
+
+  static std::vector<std::string>& texts() {
+    thread_local std::vector<std::string> all;
+    return all;
+  }
+
+ private:
+  static void handle(Kor::AssertionFailure const& failure) {
+    AssertionFailed const thrown(failure);
+    texts().emplace_back(thrown.what());
+    throw thrown;
+  }
+
+  Kor::AssertionHandler before_;
+};
+
+// What must be equal after all faults: the policies that are created, without their history.
+Snapshot withoutHistory(Snapshot const& snapshot) {
+  std::vector<Record> records;
+  for (Record const& record : snapshot) {
+    bool const isEmpty = !record.created && record.rules.empty() && record.interfaces.empty();
+    if (!isEmpty) {
+      records.push_back(record);
+      records.back().createCount = 1;
+      records.back().commitCount = 1;
+      records.back().beginUpdateActionCount = 0;
+      records.back().endUpdateActionCount = 0;
+    }
+  }
+  return Snapshot(std::move(records));
+}
+
+std::string nameOf(StatusRow const& row) {
+  return "status of " + row.policy + "/" + row.direction + " " + toText(row.option);
+}
+
+
+}  // namespace
+
+// One run of the scenario in a lab of its own.
+class Sweep::Run {
+ public:
+  Run(LabOptions const& options, SweepCase const& which)
+      : before_(findingHandlerIs({})), lab_(options), watch_(lab_.status()) {
+    for (PlannedFault const& fault : which.faults) {
+      scopes_.push_back(lab_.plan(fault));
+    }
+  }
+  Run(Run const&) = delete;
+  Run& operator=(Run const&) = delete;
+  ~Run() {
+    scopes_.clear();
+    findingHandlerIs(std::move(before_));
+  }
+
+  void perform(Scenario const& scenario) {
+    scenario(lab_);
+    lab_.advance(whileItLasts);
+    for (FaultScope const& scope : scopes_) {
+      injected_ += scope.met().size();
+    }
+    lab_.clearFaults();
+    lab_.advance(patience);
+  }
+
+  void compare(Snapshot const& expected) {
+    for (Change const& change : difference(expected, records())) {
+      find(change.describe());
+    }
+    if (lab_.eventLoop().pending() != 0) {
+      find("something is still pending after " + std::to_string(patience.count()) + " s");
+    }
+    compareStatuses();
+  }
+
+  void detachAll() {
+    {
+      Kor::EventLoop::Scope const scope(lab_.eventLoop());
+      lab_.policyMaps()->servicePolicyDelAll();
+    }
+    lab_.settle();
+    lab_.advance(patience);
+    for (Record const& record : records()) {
+      find(record.name() + " is left when everything is detached");
+    }
+    for (StatusRow const& row : readStatuses(lab_)) {
+      find(nameOf(row) + " is left when everything is detached");
+    }
+  }
+
+  void takeFindings() {
+    std::for_each(watch_.irregular().begin(), watch_.irregular().end(),
+                  [this](std::string const& text) { find(text); });
+    for (Finding const& finding : lab_.findings()) {
+      find(toText(finding));
+    }
+    for (std::string const& text : CaughtAssertions::texts()) {
+      find(text);
+    }
+  }
+
+  void find(std::string text) {
+    if (findings_.size() < mostFindings) {
+      findings_.push_back(std::move(text));
+    }
+  }
+
+  [[nodiscard]] Snapshot records() const { return withoutHistory(lab_.snapshot()); }
+  [[nodiscard]] Journal const& journal() const { return lab_.journal(); }
+  [[nodiscard]] std::uint64_t injected() const { return injected_; }
+  [[nodiscard]] std::vector<std::string> const& findings() const { return findings_; }
+
+ private:
+  // Every record that is created has a status that says so, and no other has.
+  void compareStatuses() {
+    Snapshot const snapshot = records();
+    std::map<std::string, Record const*> created;
+    for (Record const& record : snapshot) {
+      created.emplace("status of " + record.name(), &record);
+    }
+    for (StatusRow const& row : readStatuses(lab_)) {
+      auto const found = created.find(nameOf(row));
+      bool const isCreated = found != created.end();
+      if (row.programmed != isCreated) {
+        find(nameOf(row) + (isCreated ? ": not programmed, which it is" : ": programmed, which it is not"));
+      }
+      if (isCreated && (!row.error.empty() || row.interfaces != found->second->interfaces ||
+                        !row.timeProgrammed)) {
+        find(nameOf(row) + ": not that of a policy that is programmed at its interfaces" +
+             (row.error.empty() ? "" : ": " + row.error));
+      }
+      created.erase(nameOf(row));
+    }
+    for (auto const& [name, record] : created) {
+      find(name + " does not exist");
+    }
+  }
+
+  FindingHandler before_;
+  Lab lab_;
+  StatusWatch watch_;
+  std::vector<FaultScope> scopes_;
+  std::uint64_t injected_ = 0;
+  std::vector<std::string> findings_;
+};
+
+Sweep::Sweep(Scenario scenario, SweepOptions options)
+    : scenario_(std::move(scenario)), options_(std::move(options)) {
+  {
+    CaughtAssertions const assertions;
+    Run run(optionsFor(AnswerMode::synchronous), {});
+    run.perform(scenario_);
+    expected_ = run.records();
+  }
+  std::vector<SweepCase> all;
+  for (AnswerMode const mode : options_.modes) {
+    all.push_back({mode, {}});
+  }
+  for (AnswerMode const mode : options_.modes) {
+    addCases(mode, all);
+  }
+  if (options_.pairs != 0) {
+    choosePairs(all);
+  }
+  for (std::size_t i = options_.shard - 1; i < all.size(); i += options_.shards) {
+    cases_.push_back(std::move(all[i]));
+  }
+}
+
+Sweep::~Sweep() = default;
+
+LabOptions Sweep::optionsFor(AnswerMode mode) const {
+  LabOptions options = options_.lab;
+  options.async = mode == AnswerMode::asynchronous;
+  options.pseudoAsync = mode == AnswerMode::pseudoAsynchronous;
+  options.asyncDelay = options.async ? std::optional(0.0) : std::nullopt;
+  return options;
+}
+
+// A fault reaches the calls of the run without it: until the fault, all is the same.
+void Sweep::addCases(AnswerMode mode, std::vector<SweepCase>& all) const {
+  std::map<std::string, std::uint64_t> calls;
+  {
+    CaughtAssertions const assertions;
+    LabOptions options = optionsFor(mode);
+    options.journal = SIZE_MAX;
+    Run run(options, {});
+    run.perform(scenario_);
+    for (JournalEntry const& entry : run.journal().calls()) {
+      ++calls[std::string(entry.operation)];
+    }
+  }
+  for (std::string const& operation : operationNames()) {
+    // hwInit is called before a plan can begin.
+    std::vector<FaultEffect> effects;
+    if (operation == "getCountForRule") {
+      effects = {FaultEffect::throws};
+    } else if (operation != "hwInit") {
+      effects = {FaultEffect::before, FaultEffect::after};
+    }
+    if (hasResult(operation) && mode != AnswerMode::synchronous) {
+      effects.push_back(FaultEffect::drop);
+    }
+    for (std::uint64_t call = 1; call <= calls[operation]; ++call) {
+      for (FaultEffect const effect : effects) {
+        for (Occurrence const& occurrence : {Occurrence::nth(call), Occurrence::from(call)}) {
+          all.push_back({mode,
+                         {{.operations = {operation},
+                           .occurrence = occurrence,
+                           .effect = effect}}});
+        }
+      }
+    }
+  }
+}
+
+// Pairs of faults of one mode.
+void Sweep::choosePairs(std::vector<SweepCase>& all) const {
+  std::erase_if(all, [](SweepCase const& each) { return each.faults.empty(); });
+  std::vector<SweepCase> pairs;
+  std::mt19937_64 random(options_.seed);
+  auto const any = [&] { return all[static_cast<std::size_t>(random() % all.size())]; };
+  // With too few cases there may be no pair.
+  for (std::size_t tries = 100 * options_.pairs;
+       !all.empty() && pairs.size() != options_.pairs && tries != 0; --tries) {
+    SweepCase pair = any();
+    SweepCase const other = any();
+    if (other.mode == pair.mode && other != pair) {
+      pair.faults.push_back(other.faults.front());
+      pairs.push_back(std::move(pair));
+    }
+  }
+  all = std::move(pairs);
+}
+
+SweepResult Sweep::run(SweepCase const& which) const {
+  // Nearly all cases need no journal, which takes time.
+  SweepResult result = run(which, 0);
+  return result.findings.empty() ? result : run(which, LabOptions().journal);
+}
+
+SweepResult Sweep::run(SweepCase const& which, std::size_t journal) const {
+  CaughtAssertions const assertions;
+  LabOptions options = optionsFor(which.mode);
+  options.journal = journal;
+  Run run(options, which);
+  try {
+    run.perform(scenario_);
+    run.compare(expected_);
+    run.detachAll();
+  } catch (std::exception const& error) {
+    run.find(std::string("the scenario throws: ") + error.what());
+  }
+  run.takeFindings();
+  SweepResult result{which, run.injected(), run.findings(), {}};
+  if (!result.findings.empty()) {
+    result.journal = run.journal().lines();
+  }
+  return result;
+}
+
+SweepReport Sweep::runAll(std::function<void()> const& onCase) const {
+  using Clock = std::chrono::steady_clock;
+  Clock::time_point const start = Clock::now();
+  SweepReport report;
+  report.results.reserve(cases_.size());
+  for (SweepCase const& which : cases_) {
+    report.results.push_back(run(which));
+    if (!which.faults.empty() && report.results.back().injected == 0) {
+      report.results.back().findings.emplace_back("the fault was not met");
+    }
+    if (onCase) {
+      onCase();
+    }
+  }
+  report.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+  return report;
+}
+
+SweepReport sweep(Scenario scenario, SweepOptions options) {
+  return Sweep(std::move(scenario), std::move(options)).runAll();
+}
+
+}  // namespace PolicyMapTestKit
