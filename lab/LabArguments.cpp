@@ -27,7 +27,7 @@ void LabArguments::addInputOptions() {
           ->group(group);
   command_
       .add_flag("--widen", widen_,
-                 "With --lenient: a class that loses a condition matches more,\ninstead of nothing")
+                "With --lenient: a class that loses a condition matches more,\ninstead of nothing")
       ->group(group)
       ->needs(lenient);
   command_
@@ -37,7 +37,7 @@ void LabArguments::addInputOptions() {
       ->group(group);
   command_
       .add_option("--actions", actionsFile_,
-                   "What lines of classes become: lines such as\n\"police = action1\"")
+                  "What lines of classes become: lines such as\n\"police = action1\"")
       ->type_name("FILE")
       ->group(group);
   CLI::Option* const rules =
@@ -55,7 +55,7 @@ void LabArguments::addInputOptions() {
       ->needs(rules);
   command_
       .add_option("--interfaces", layout_.interfaces,
-                   "Attach the filter set to this number of interfaces")
+                  "Attach the filter set to this number of interfaces")
       ->type_name("N")
       ->check(CLI::Range(std::size_t{1}, mostInterfaces))
       ->capture_default_str()
@@ -63,7 +63,7 @@ void LabArguments::addInputOptions() {
       ->needs(rules);
   command_
       .add_flag("--ports-on-any-protocol", portsOnAnyProtocol_,
-                 "Accept port ranges on protocols without ports")
+                "Accept port ranges on protocols without ports")
       ->group(group)
       ->needs(rules);
 }

@@ -87,8 +87,7 @@ SweepVerb::SweepVerb(CLI::App& program)
       ->add_option_function<std::string>(
           "--advance",
           [this](std::string const& seconds) {
-            steps_.push_back(
-                {.kind = Step::Kind::advance, .seconds = secondsOf(seconds).value()});
+            steps_.push_back({.kind = Step::Kind::advance, .seconds = secondsOf(seconds).value()});
           },
           "Afterwards advance virtual time; may repeat,\nin order with --then")
       ->type_name("SECONDS")
@@ -125,8 +124,8 @@ Scenario SweepVerb::scenario() const {
                          : std::make_shared<FilterSet const>(arguments_.readRules());
   auto const edits = std::make_shared<std::vector<std::pair<Step, SourceText>>>();
   for (Step const& step : steps_) {
-    edits->emplace_back(step, step.kind == Step::Kind::load ? readInput(step.file)
-                                                            : SourceText("", ""));
+    edits->emplace_back(step,
+                        step.kind == Step::Kind::load ? readInput(step.file) : SourceText("", ""));
   }
   return [=, reading = arguments_.reading(), layout = arguments_.layout()](Lab& lab) {
     for (SourceText const& source : *sources) {
@@ -156,9 +155,6 @@ ExitStatus SweepVerb::run(Console const& console) {
   SweepReport report;
   if (!only_.empty()) {
     report.results.push_back(sweep.run(parseSweepCase(only_)));
-    for (std::string const& line : report.results.front().journal) {
-      console.out << line << "\n";
-    }
   } else {
     Progress progress(console.progress ? &console.err : nullptr);
     progress.begin("sweeping", sweep.cases().size());
@@ -173,6 +169,9 @@ ExitStatus SweepVerb::run(Console const& console) {
   } else {
     for (SweepResult const& result : failed) {
       printResult(console, result);
+      for (std::size_t i = 0; !only_.empty() && i != result.journal.size(); ++i) {
+        console.out << result.journal[i] << "\n";
+      }
     }
     std::ostringstream time;
     time << std::fixed << std::setprecision(2) << report.seconds;

@@ -52,9 +52,7 @@ bool selects(PlannedFault const& fault, HelperCall const& call, bool isAsynchron
 std::string describe(HelperCall const& call) {
   std::ostringstream out;
   char const* separator = "";
-  auto const add = [&](auto const& value) {
-    out << std::exchange(separator, " ") << value;
-  };
+  auto const add = [&](auto const& value) { out << std::exchange(separator, " ") << value; };
   out << call.operation << "(";
   if (call.policy != nullptr && *call.policy) {
     add(nameOf((*call.policy)->policyKey()));
@@ -130,9 +128,9 @@ void ActivePlan::end() {
   }
 }
 
-RunningFault* ActivePlan::dueFor(HelperCall const& call, bool isAsynchronous) {
+std::vector<RunningFault*> ActivePlan::dueFor(HelperCall const& call, bool isAsynchronous) {
   ++calls_[call.operation];
-  RunningFault* due = nullptr;
+  std::vector<RunningFault*> due;
   for (std::vector<RunningFault>& script : scripts_) {
     auto const current = std::find_if(script.begin(), script.end(),
                                       [](RunningFault const& fault) { return !fault.hasEnded(); });
@@ -140,8 +138,8 @@ RunningFault* ActivePlan::dueFor(HelperCall const& call, bool isAsynchronous) {
         !selects(current->state().fault, call, isAsynchronous)) {
       continue;
     }
-    if (current->counts() && due == nullptr) {
-      due = &*current;
+    if (current->counts()) {
+      due.push_back(&*current);
     }
   }
   return due;

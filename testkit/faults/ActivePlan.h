@@ -76,9 +76,9 @@ class POLICYMAPTESTKIT_API ActivePlan {
   // From now on it lets nothing fail.
   void clear();
 
-  // The first fault that lets the call fail; null if there is none. All faults count the call.
+  // The faults that let the call fail, in the order of the plan. All faults count the call.
   // `isAsynchronous`: the result of the call comes later.
-  RunningFault* dueFor(HelperCall const& call, bool isAsynchronous);
+  std::vector<RunningFault*> dueFor(HelperCall const& call, bool isAsynchronous);
 
   // What end() does, once.
   void onEndIs(std::function<void()> onEnd) { onEnd_ = std::move(onEnd); }

@@ -39,7 +39,8 @@ void FaultInjector::end(ActivePlan& plan) {
     if (isUnmet(state) && findings_ != nullptr) {
       findings_->add({Finding::Kind::unmetFault,
                       toText(state.fault) + ": it selected " + std::to_string(state.selected) +
-                          " calls; called were " + ended->callsMade(),
+                          (state.selected == 1 ? " call" : " calls") + "; called were " +
+                          ended->callsMade(),
                       false});
     }
   }
@@ -85,13 +86,15 @@ void FaultInjector::limitAgain() {
   }
 }
 
-FaultInjector::Injection FaultInjector::injectionFor(HelperCall const& call,
-                                                     bool isAsynchronous) {
+FaultInjector::Injection FaultInjector::injectionFor(HelperCall const& call, bool isAsynchronous) {
   Injection injection;
   for (PlanPtr const& plan : plans_) {
-    RunningFault* const due = plan->dueFor(call, isAsynchronous);
-    if (due != nullptr && !injection.happens()) {
-      injection = planned(*due, call);
+    for (RunningFault* const due : plan->dueFor(call, isAsynchronous)) {
+      if (!injection.happens()) {
+        injection = begun(due->state().fault, call);
+      }
+      // What a call would fail for, too, has been met.
+      due->isMet({injected_, loop_.now(), describe(call), injection.text});
     }
   }
   if (usage_ && !injection.happens()) {
@@ -103,14 +106,12 @@ FaultInjector::Injection FaultInjector::injectionFor(HelperCall const& call,
   return injection;
 }
 
-FaultInjector::Injection FaultInjector::planned(RunningFault& due, HelperCall const& call) {
-  PlannedFault const& fault = due.state().fault;
+FaultInjector::Injection FaultInjector::begun(PlannedFault const& fault, HelperCall const& call) {
   Injection injection{fault.effect, fault.seconds, fault.text};
   std::string const usual = nextText(call);
   if (fault.text.empty() && !FaultWords::isAboutResults(fault.effect)) {
     injection.text = usual;
   }
-  due.isMet({injected_, loop_.now(), describe(call), injection.text});
   return injection;
 }
 

@@ -37,9 +37,7 @@ class POLICYMAPTESTKIT_API FaultInjector {
     double seconds = 0;
     std::string text;
 
-    [[nodiscard]] bool happens() const {
-      return !text.empty() || effect != FaultEffect::fails;
-    }
+    [[nodiscard]] bool happens() const { return !text.empty() || effect != FaultEffect::fails; }
   };
 
   using PlanPtr = std::shared_ptr<ActivePlan>;
@@ -76,7 +74,7 @@ class POLICYMAPTESTKIT_API FaultInjector {
  private:
   void end(ActivePlan& plan);
   void limitAgain();
-  [[nodiscard]] Injection planned(RunningFault& due, HelperCall const& call);
+  [[nodiscard]] Injection begun(PlannedFault const& fault, HelperCall const& call);
   // Counts a fault.
   std::string nextText(HelperCall const& call);
 

@@ -120,7 +120,8 @@ struct FaultPlan {
 
   FaultPlan() = default;
   // A plan of one fault.
-  FaultPlan(PlannedFault fault) : scripts{{std::move(fault)}} {}  // NOLINT(google-explicit-constructor)
+  FaultPlan(PlannedFault fault)
+      : scripts{{std::move(fault)}} {}  // NOLINT(google-explicit-constructor)
 
   bool operator==(FaultPlan const&) const = default;
 };

@@ -210,6 +210,7 @@ class FaultParser {
     Item item;
     Item const* last = nullptr;
     goesOn_ = false;
+    seed_.reset();
     while (items_.next(item)) {
       last = &item;
       if (item.text() == "then") {
@@ -217,6 +218,9 @@ class FaultParser {
         break;
       }
       take(item);
+    }
+    if (seed_ && fault_.occurrence.kind != Occurrence::Kind::probability) {
+      failAt(*seed_, "probability=P with seed");
     }
     try {
       FaultPlan plan(fault_);
@@ -309,14 +313,12 @@ class FaultParser {
   }
 
   void takeOccurrence(Item const& item) {
-    auto const found =
-        std::find_if(FaultWords::occurrences.begin(), FaultWords::occurrences.end(),
-                     [&](auto const& each) { return each.word == item.name; });
+    auto const found = std::find_if(FaultWords::occurrences.begin(), FaultWords::occurrences.end(),
+                                    [&](auto const& each) { return each.word == item.name; });
     occurrenceIs(item, {found->value, numberOf(item, 1)});
   }
   void takeProbability(Item const& item) {
-    occurrenceIs(item,
-                 Occurrence::withProbability(realOf(item, 1), fault_.occurrence.seed));
+    occurrenceIs(item, Occurrence::withProbability(realOf(item, 1), fault_.occurrence.seed));
   }
   void occurrenceIs(Item const& item, Occurrence const& occurrence) {
     if (fault_.occurrence.kind != Occurrence::Kind::all) {
@@ -324,7 +326,10 @@ class FaultParser {
     }
     fault_.occurrence = occurrence;
   }
-  void takeSeed(Item const& item) { fault_.occurrence.seed = numberOf(item, 0); }
+  void takeSeed(Item const& item) {
+    fault_.occurrence.seed = numberOf(item, 0);
+    seed_ = item;
+  }
 
   void takeOnce(Item const& item) { takeFlag(item, fault_.once); }
   void takeOptional(Item const& item) { takeFlag(item, fault_.optional); }
@@ -358,6 +363,7 @@ class FaultParser {
   Items& items_;
   PlannedFault fault_;
   bool goesOn_ = false;  // `then` has come
+  std::optional<Item> seed_;
 };
 
 }  // namespace

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "testkit/faults/FaultPlan.h"
-
 #include "testkit/Journal.h"
 #include "testkit/Printing.h"
+#include "testkit/faults/FaultPlan.h"
 #include "testkit/faults/FaultWords.h"
 
 #include <algorithm>

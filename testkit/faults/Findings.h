@@ -16,11 +16,11 @@ namespace PolicyMapTestKit {
 
 struct Finding {
   enum class Kind : std::uint8_t {
-    unmetFault,         // a planned fault selected no call that could fail
-    leftover,           // a policy is programmed although nothing is attached
-    idleCommit,         // a commit without a change since the last one
-    callAfterFailure,   // a policy was changed after a failure, instead of being deleted
-    repeatedCreation,   // a policy was created twice although nothing had changed
+    unmetFault,        // a planned fault selected no call that could fail
+    leftover,          // a policy is programmed although nothing is attached
+    idleCommit,        // a commit without a change since the last one
+    callAfterFailure,  // a policy was changed after a failure, instead of being deleted
+    repeatedCreation,  // a policy was created twice although nothing had changed
   };
 
   Kind kind = Kind::unmetFault;

@@ -1,22 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/faults/Results.h"
 
-#include "testkit/faults/FaultWords.h"
-
 #include <utility>
 
 namespace PolicyMapTestKit {
 
 Results::Results(Deliver deliver)
-    : loop_(Kor::EventLoop::current()), deliver_(std::move(deliver)), timer_([this] { deliverDue(); }) {}
+    : loop_(Kor::EventLoop::current()),
+      deliver_(std::move(deliver)),
+      timer_([this] { deliverDue(); }) {}
 
 void Results::expect(HelperCall const& call, FaultInjector::Injection const& injection) {
+  bool const isLate = injection.effect == FaultEffect::delay;
   expected_ = Expected{injection.effect == FaultEffect::hold ? describe(call) : std::string(),
-                       injection.effect, injection.seconds, Kor::String(injection.text)};
-  if (delay_ && !FaultWords::isAboutResults(injection.effect)) {
-    expected_->effect = FaultEffect::delay;
-    expected_->seconds = *delay_;
-  }
+                       injection.effect, isLate ? injection.seconds : delay_,
+                       Kor::String(injection.text)};
   putAway_ = false;
 }
 
@@ -28,17 +26,16 @@ void Results::accepted(Kor::String const& error) {
 
 bool Results::putAway(Kor::String const& error) {
   Kor::String const& text = expected_->text.empty() ? error : expected_->text;
-  switch (expected_->effect) {
-  case FaultEffect::hold:
+  if (expected_->effect == FaultEffect::hold) {
     ++heldSoFar_;
     held_.emplace(heldSoFar_, HeldResult{heldSoFar_, loop_.now(), expected_->call, text});
-    break;
-  case FaultEffect::drop: break;
-  case FaultEffect::delay:
-    delayed_.emplace(loop_.now() + expected_->seconds, text);
+  } else if (expected_->effect != FaultEffect::drop) {
+    if (!expected_->delay) {
+      return false;
+    }
+    bool const twice = expected_->effect == FaultEffect::duplicate;
+    delayed_.emplace(loop_.now() + *expected_->delay, Delayed{text, twice});
     timer_.scheduleIn(delayed_.begin()->first - loop_.now());
-    break;
-  default: return false;
   }
   expected_.reset();
   putAway_ = true;
@@ -65,15 +62,15 @@ void Results::arrived(PolicyMap::AsyncOperationResult const& result) {
   }
 }
 
-void Results::deliver(Kor::String const& error) {
-  deliver_(PolicyMap::AsyncOperationResult(error, loop_.now()));
-}
-
 void Results::deliverDue() {
   while (!delayed_.empty() && delayed_.begin()->first <= loop_.now()) {
-    Kor::String const error = delayed_.begin()->second;
+    Delayed const result = delayed_.begin()->second;
     delayed_.erase(delayed_.begin());
-    deliver(error);
+    PolicyMap::AsyncOperationResult const delivered(result.error, loop_.now());
+    deliver_(delivered);
+    if (result.twice) {
+      deliver_(delivered);
+    }
   }
   if (!delayed_.empty()) {
     timer_.scheduleIn(delayed_.begin()->first - loop_.now());
@@ -96,7 +93,7 @@ bool Results::release(std::uint64_t number) {
   }
   Kor::String const error = found->second.error;
   held_.erase(found);
-  deliver(error);
+  deliver_(PolicyMap::AsyncOperationResult(error, loop_.now()));
   return true;
 }
 

@@ -63,13 +63,12 @@ class POLICYMAPTESTKIT_API Results {
   struct Expected {
     std::string call;  // only for a result that is held
     FaultEffect effect = FaultEffect::fails;
-    double seconds = 0;
+    std::optional<double> delay;
     Kor::String text;  // replaces the error that arrives; empty: it stays
   };
 
   // True if the result was put away.
   bool putAway(Kor::String const& error);
-  void deliver(Kor::String const& error);
   void deliverDue();
 
   Kor::EventLoop& loop_;
@@ -79,7 +78,11 @@ class POLICYMAPTESTKIT_API Results {
   bool putAway_ = false;  // the result of the last operation must not arrive any more
   std::map<std::uint64_t, HeldResult> held_;
   std::uint64_t heldSoFar_ = 0;
-  std::multimap<double, Kor::String> delayed_;  // by due time
+  struct Delayed {
+    Kor::String error;
+    bool twice = false;
+  };
+  std::multimap<double, Delayed> delayed_;  // by due time
   Kor::Timer timer_;
 };
 

@@ -4,12 +4,11 @@
 // StrictnessWatch: looks at the calls of a helper for those that a strict device would not accept,
 // although the helper's assertions do.
 
+#include "helper/AclHelper.h"
 #include "records/AclPolicyType.h"
 #include "testkit/Export.h"
 #include "testkit/ForwardingHelper.h"
 #include "testkit/faults/Findings.h"
-
-#include "helper/AclHelper.h"
 
 #include <Kor/EventLoop.h>
 
@@ -47,16 +46,17 @@ class POLICYMAPTESTKIT_API StrictnessWatch {
   };
   // Of a policy of one option.
   struct State {
-    bool changed = false;         // since the last commit
-    std::string_view failed;      // the operation after which the policy must go
-    bool injected = false;        // a fault was injected since the last success of a commit
+    bool changed = false;     // since the last commit
+    std::string_view failed;  // the operation after which the policy must go
+    bool injected = false;    // a fault was injected since the last success of a commit
     // When it was created last: the value of changes_, and the time.
     std::pair<std::uint64_t, double> createdAt;
   };
 
   [[nodiscard]] bool watches() const { return findings_ != nullptr; }
   State& stateOf(HelperCall const& call);
-  void report(Finding::Kind kind, HelperCall const& call, State const& state, std::string const& text);
+  void report(Finding::Kind kind, HelperCall const& call, State const& state,
+              std::string const& text);
   void creationBegins(HelperCall const& call, State& state);
 
   PolicyMapTest::AclHelper& helper_;

@@ -4,12 +4,11 @@
 // Usage: how much of the simulated hardware the policies of a helper take, and whether a call would
 // need more than there is.
 
+#include "helper/AclHelper.h"
 #include "records/AclPolicyType.h"
 #include "testkit/Export.h"
 #include "testkit/ForwardingHelper.h"
 #include "testkit/faults/FaultPlan.h"
-
-#include "helper/AclHelper.h"
 
 #include <cstdint>
 #include <map>

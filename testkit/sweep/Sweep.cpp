@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <stdexcept>
 #include <utility>
 
 namespace PolicyMapTestKit {
@@ -68,7 +69,6 @@ Snapshot withoutHistory(Snapshot const& snapshot) {
 std::string nameOf(StatusRow const& row) {
   return "status of " + row.policy + "/" + row.direction + " " + toText(row.option);
 }
-
 
 }  // namespace
 
@@ -157,7 +157,8 @@ class Sweep::Run {
       auto const found = created.find(nameOf(row));
       bool const isCreated = found != created.end();
       if (row.programmed != isCreated) {
-        find(nameOf(row) + (isCreated ? ": not programmed, which it is" : ": programmed, which it is not"));
+        find(nameOf(row) +
+             (isCreated ? ": not programmed, which it is" : ": programmed, which it is not"));
       }
       if (isCreated && (!row.error.empty() || row.interfaces != found->second->interfaces ||
                         !row.timeProgrammed)) {
@@ -181,6 +182,13 @@ class Sweep::Run {
 
 Sweep::Sweep(Scenario scenario, SweepOptions options)
     : scenario_(std::move(scenario)), options_(std::move(options)) {
+  if (options_.shard == 0 || options_.shard > options_.shards) {
+    throw std::invalid_argument("shard " + std::to_string(options_.shard) + " of " +
+                                std::to_string(options_.shards));
+  }
+  if (options_.modes.empty()) {
+    throw std::invalid_argument("a sweep in no mode");
+  }
   {
     CaughtAssertions const assertions;
     Run run(optionsFor(AnswerMode::synchronous), {});
@@ -239,10 +247,8 @@ void Sweep::addCases(AnswerMode mode, std::vector<SweepCase>& all) const {
     for (std::uint64_t call = 1; call <= calls[operation]; ++call) {
       for (FaultEffect const effect : effects) {
         for (Occurrence const& occurrence : {Occurrence::nth(call), Occurrence::from(call)}) {
-          all.push_back({mode,
-                         {{.operations = {operation},
-                           .occurrence = occurrence,
-                           .effect = effect}}});
+          all.push_back(
+              {mode, {{.operations = {operation}, .occurrence = occurrence, .effect = effect}}});
         }
       }
     }
@@ -287,6 +293,9 @@ SweepResult Sweep::run(SweepCase const& which, std::size_t journal) const {
     run.find(std::string("the scenario throws: ") + error.what());
   }
   run.takeFindings();
+  if (!which.faults.empty() && run.injected() == 0) {
+    run.find("the fault was not met");
+  }
   SweepResult result{which, run.injected(), run.findings(), {}};
   if (!result.findings.empty()) {
     result.journal = run.journal().lines();
@@ -301,9 +310,6 @@ SweepReport Sweep::runAll(std::function<void()> const& onCase) const {
   report.results.reserve(cases_.size());
   for (SweepCase const& which : cases_) {
     report.results.push_back(run(which));
-    if (!which.faults.empty() && report.results.back().injected == 0) {
-      report.results.back().findings.emplace_back("the fault was not met");
-    }
     if (onCase) {
       onCase();
     }

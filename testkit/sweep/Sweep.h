@@ -38,8 +38,8 @@ namespace PolicyMapTestKit {
 enum class AnswerMode : std::uint8_t { synchronous, asynchronous, pseudoAsynchronous };
 POLICYMAPTESTKIT_API std::string toText(AnswerMode mode);
 
-// What is done to a new lab. It must do the same each time, and not look at results: most of it runs
-// while something fails.
+// What is done to a new lab. It must do the same each time, and not look at results: most of it
+// runs while something fails.
 using Scenario = std::function<void(Lab& lab)>;
 
 // One run of the scenario.
@@ -91,7 +91,8 @@ class POLICYMAPTESTKIT_API SweepReport {
   [[nodiscard]] std::vector<SweepResult> failed() const;
 };
 
-// Runs the scenario without a fault when it is made. Throws what the scenario throws.
+// Runs the scenario without a fault when it is made. Throws what the scenario throws, and
+// std::invalid_argument for a shard that does not exist and for no modes.
 class POLICYMAPTESTKIT_API Sweep {
  public:
   Sweep(Scenario scenario, SweepOptions options = {});

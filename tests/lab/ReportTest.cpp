@@ -119,9 +119,9 @@ TEST(Report, JsonHasItsKeysInOrder) {
   Lab lab;
   load(lab, simplePolicy);
   auto const json = jsonOf(lab);
-  EXPECT_THAT(keysOf(json),
-              ElementsAre("policies", "totals", "attachments", "skipped", "skippedLines",
-                          "policyLines", "status", "problems", "outstanding", "changes"));
+  EXPECT_THAT(keysOf(json), ElementsAre("policies", "totals", "attachments", "skipped",
+                                        "skippedLines", "policyLines", "status", "problems",
+                                        "faults", "findings", "outstanding", "changes"));
   EXPECT_THAT(keysOf(json["status"][0]),
               ElementsAre("policy", "direction", "option", "programmed", "timeProgrammed",
                           "interfaces", "error", "operation", "class", "rule"));
@@ -157,7 +157,7 @@ TEST(Report, JsonHasTheValuesOfTheRecord) {
     "policyLines": {"understood": 11, "skipped": 0},
     "status": [{"policy": "P", "direction": "input", "option": "ipv4", "programmed": true,
                 "timeProgrammed": 0.0, "interfaces": ["Ethernet1"], "error": "", "operation": "", "class": "", "rule": ""}],
-    "problems": [], "outstanding": [], "changes": []})"));
+    "problems": [], "faults": [], "findings": [], "outstanding": [], "changes": []})"));
 }
 
 TEST(Report, JsonSummaryHasNoRulesArrays) {
@@ -174,7 +174,7 @@ TEST(Report, JsonOfNothingIsAnObjectAllTheSame) {
     "totals": {"policies": 0, "rules": 0, "subRules": 0},
     "attachments": {"all": 0, "programmed": 0}, "skipped": {},
     "skippedLines": [], "policyLines": {"understood": 0, "skipped": 0}, "status": [],
-    "problems": [], "outstanding": [], "changes": []})"));
+    "problems": [], "faults": [], "findings": [], "outstanding": [], "changes": []})"));
 }
 
 TEST(Report, PoliciesAreOrderedByNameDirectionAndOption) {

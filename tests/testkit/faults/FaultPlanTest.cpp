@@ -41,7 +41,8 @@ std::string checkError(PlannedFault const& fault) {
 TEST(FaultPlan, AnOperationAloneFailsEachTime) {
   EXPECT_EQ(faultOf("addRule"), PlannedFault{.operations = {"addRule"}});
   EXPECT_EQ(faultOf("any"), PlannedFault{});
-  EXPECT_EQ(faultOf("addRule,updateAction").operations, (std::vector<std::string>{"addRule", "updateAction"}));
+  EXPECT_EQ(faultOf("addRule,updateAction").operations,
+            (std::vector<std::string>{"addRule", "updateAction"}));
 }
 
 TEST(FaultPlan, WordsSelectCalls) {
@@ -119,8 +120,9 @@ TEST(FaultPlan, IsWrittenAsItIsRead) {
 TEST(FaultPlan, AFaultyLineIsRefusedWithItsPlaceAndTheNearestWords) {
   EXPECT_EQ(planError("addRul"), "fault plan:1:1: expected an operation (nearest: addRule, any, "
                                  "hwInit), found 'addRul'");
-  EXPECT_EQ(planError("\n addRule nht=3"),
-            "fault plan:2:10: expected a word of a fault (nearest: nth, once, text), found 'nht=3'");
+  EXPECT_EQ(
+      planError("\n addRule nht=3"),
+      "fault plan:2:10: expected a word of a fault (nearest: nth, once, text), found 'nht=3'");
   EXPECT_EQ(planError("capacity rule=3"),
             "fault plan:1:10: expected a limit (nearest: rules, policies, rules-per-policy), found "
             "'rule=3'");
@@ -141,8 +143,7 @@ TEST(FaultPlan, AFaultyLineIsRefusedWithItsPlaceAndTheNearestWords) {
             "fault plan:1:14: expected delay=NUMBER, from 0 to 1000000, found 'delay=-1'");
   EXPECT_EQ(planError("addRule once=yes"),
             "fault plan:1:9: expected once without a value, found 'once=yes'");
-  EXPECT_EQ(planError("addRule policy"),
-            "fault plan:1:9: expected policy=VALUE, found 'policy'");
+  EXPECT_EQ(planError("addRule policy"), "fault plan:1:9: expected policy=VALUE, found 'policy'");
   EXPECT_EQ(planError("addRule text="), "fault plan:1:9: expected text=VALUE, found 'text='");
   EXPECT_EQ(planError("addRule text=\"full"),
             "fault plan:1:14: expected a text that ends with a quotation mark, found '\"full'");
@@ -166,8 +167,7 @@ TEST(FaultPlan, AFaultThatCannotHappenIsRefused) {
             "nth or first: addRule, found 'then'");
   EXPECT_EQ(checkError({.operations = {"addRul"}}),
             "no operation 'addRul'; nearest: 'addRule', 'hwInit', 'createPolicy', of 12");
-  EXPECT_EQ(checkError({.occurrence = Occurrence::nth(0)}),
-            "occurrence: calls are counted from 1");
+  EXPECT_EQ(checkError({.occurrence = Occurrence::nth(0)}), "occurrence: calls are counted from 1");
   EXPECT_EQ(checkError({.occurrence = Occurrence::withProbability(1.5)}),
             "probability: a number from 0 to 1");
   EXPECT_EQ(checkError({.effect = FaultEffect::delay, .seconds = -1}), "delay: 0 s or more");

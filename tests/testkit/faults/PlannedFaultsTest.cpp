@@ -180,9 +180,9 @@ TEST(PlannedFault, AfterIsCarriedOutAndFails) {
 }
 
 TEST(PlannedFault, AfterAddRuleRecordsTheRule) {
-  for (auto const& [plan, recorded] : {std::pair("addRule nth=2 once", 1),
-                                       std::pair("addRule nth=2 once before", 1),
-                                       std::pair("addRule nth=2 once after", 2)}) {
+  for (auto const& [plan, recorded] :
+       {std::pair("addRule nth=2 once", 1), std::pair("addRule nth=2 once before", 1),
+        std::pair("addRule nth=2 once after", 2)}) {
     Lab lab;
     FaultScope const faults = lab.plan(plan);
     std::optional<std::uint32_t> rules;
@@ -266,10 +266,10 @@ TEST(FaultScript, EachFaultBeginsWhenTheOneBeforeHasEnded) {
       lab.plan("addRule nth=2 then commitPolicy first=2 then createPolicy once");
   load(lab, sixRules);
   lab.advance(std::chrono::minutes(1));
-  EXPECT_THAT(failedCalls(lab), ElementsAre(testing::StartsWith("addRule"),
-                                            testing::StartsWith("commitPolicy"),
-                                            testing::StartsWith("commitPolicy"),
-                                            testing::StartsWith("createPolicy")));
+  EXPECT_THAT(failedCalls(lab),
+              ElementsAre(testing::StartsWith("addRule"), testing::StartsWith("commitPolicy"),
+                          testing::StartsWith("commitPolicy"),
+                          testing::StartsWith("createPolicy")));
   EXPECT_THAT(lab.record("edge"), Programmed());
 }
 

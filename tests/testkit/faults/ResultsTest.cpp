@@ -17,9 +17,7 @@ using testing::SizeIs;
 // Both kinds of asynchronous helper.
 class HeldResults : public testing::TestWithParam<bool> {
  protected:
-  static LabOptions options() {
-    return {.async = true, .pseudoAsync = GetParam()};
-  }
+  static LabOptions options() { return {.async = true, .pseudoAsync = GetParam()}; }
   // Delivers what is not held, if nothing delivers it by itself.
   static void triggerAll(Lab& lab) {
     for (int i = 0; !GetParam() && i != 5; ++i) {
