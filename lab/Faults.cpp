@@ -46,9 +46,9 @@ Fault readFault(std::string_view argument) {
   return readFaultOf("--inject", argument);
 }
 
-FaultPlan readPlan(std::string const& argument) {
+FaultPlan readPlan(std::string const& option, std::string const& argument) {
   bool const isFile = argument.starts_with('@');
-  return parseFaultPlan(isFile ? readInput(argument.substr(1)) : SourceText("--faults", argument));
+  return parseFaultPlan(isFile ? readInput(argument.substr(1)) : SourceText(option, argument));
 }
 
 void addPlan(FaultPlan& plan, FaultPlan const& more) {
@@ -95,7 +95,10 @@ Step readStep(std::string const& argument) {
   if (verb == "faults" && !rest.empty()) {
     step.kind = Step::Kind::faults;
     try {
-      step.plan = readPlan(std::string(rest));
+      if (rest == std::string("@") + standardInput) {
+        throw UsageError("faults: a plan of a step is not read from standard input");
+      }
+      step.plan = readPlan("faults", std::string(rest));
     } catch (InputError const& error) {
       throw UsageError(error.what());
     }

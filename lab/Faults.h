@@ -16,8 +16,9 @@ namespace lab {
 // Parses "NAME=TEXT". Raises UsageError with the valid names if there is no such attribute.
 Fault readFault(std::string_view argument);
 
-// Parses a fault plan, or reads it from a file: "@FILE". Raises InputError.
-FaultPlan readPlan(std::string const& argument);
+// Parses a fault plan, or reads it from a file: "@FILE". `option` is where it is written. Raises
+// InputError.
+FaultPlan readPlan(std::string const& option, std::string const& argument);
 // Adds the faults and limits of a plan; later limits count.
 void addPlan(FaultPlan& plan, FaultPlan const& more);
 

@@ -230,6 +230,9 @@ void RunVerb::report(Run const& run, Outcome const& outcome) const {
   WithRules const withRules = summary_ ? WithRules::no : WithRules::yes;
   if (output_ == Output::explanations) {
     printExplanations(console.out, console.style, run.lab, outcome);
+    if (!outcome.isRegular()) {
+      printFaults(console.out, console.style, outcome);
+    }
     return;
   }
   if (tells()) {
@@ -264,8 +267,10 @@ void RunVerb::check() const {
   if (json_ && !journal_.empty() && journal_ != "json") {
     throw UsageError("--journal " + journal_ + ": with --json, only --journal json is possible");
   }
+  std::string const plan = std::string("@") + standardInput;
   arguments_.check(std::count_if(steps_.begin(), steps_.end(),
-                                 [](Step const& step) { return step.file == standardInput; }));
+                                 [](Step const& step) { return step.file == standardInput; }) +
+                   std::count(plans_.begin(), plans_.end(), plan));
 }
 
 ExitStatus RunVerb::run(Console const& console) {
@@ -276,7 +281,7 @@ ExitStatus RunVerb::run(Console const& console) {
     options.faults.push_back(readFault(fault));
   }
   for (std::string const& plan : plans_) {
-    addPlan(options.plan, readPlan(plan));
+    addPlan(options.plan, readPlan("--faults", plan));
   }
   setTrace();
   if (journal_.empty()) {

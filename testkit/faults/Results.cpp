@@ -12,9 +12,9 @@ Results::Results(Deliver deliver)
 
 void Results::expect(HelperCall const& call, FaultInjector::Injection const& injection) {
   bool const isLate = injection.effect == FaultEffect::delay;
-  expected_ = Expected{injection.effect == FaultEffect::hold ? describe(call) : std::string(),
-                       injection.effect, isLate ? injection.seconds : delay_,
-                       Kor::String(injection.text)};
+  expected_ =
+      Expected{injection.effect == FaultEffect::hold ? describe(call) : std::string(),
+               injection.effect, isLate ? injection.seconds : delay_, Kor::String(injection.text)};
   putAway_ = false;
 }
 

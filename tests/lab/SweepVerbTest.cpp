@@ -93,28 +93,28 @@ TEST_F(SweepVerbTest, RunTakesPlansAndSaysWhatTheyMet) {
   Outcome const outcome =
       runLab({"run", simple(), "--summary", "--advance", "1", "--faults", "addRule nth=1",
               "--faults", "@" + file("plan", "# rare\ncommitPolicy nth=9\n")});
-  EXPECT_THAT(outcome.out,
-              HasSubstr("\nfaults\n"
-                        "  addRule nth=1: met 1 time\n"
-                        "    #1 at 0 s, addRule(P/input ipv4 P P:10)\n"
-                        "  commitPolicy nth=9: never met; it selected 1 call\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("\nfaults\n"
+                                     "  addRule nth=1: met 1 time\n"
+                                     "    #1 at 0 s, addRule(P/input ipv4 P P:10)\n"
+                                     "  commitPolicy nth=9: never met; it selected 1 call\n"));
   EXPECT_EQ(outcome.status, ExitStatus::notProgrammed) << "a fault was not met";
   EXPECT_EQ(runLab({"run", simple(), "--advance", "1", "--faults", "addRule nth=1"}).status,
             ExitStatus::success);
 }
 
 TEST_F(SweepVerbTest, PlansAreStepsToo) {
-  Outcome const outcome = runLab({"run", simple(), "--then", "faults addRule text=full", "--then",
-                                  "load " + edit()});
+  Outcome const outcome =
+      runLab({"run", simple(), "--then", "faults addRule text=full", "--then", "load " + edit()});
   EXPECT_THAT(outcome.out, HasSubstr("problems\n  policy-map P (input)"));
   EXPECT_THAT(outcome.out, HasSubstr("full\n"));
   EXPECT_THAT(runLab({"run", simple(), "--then", "faults addRul"}).err,
-              HasSubstr("--faults:1:1: expected an operation (nearest: addRule"));
+              HasSubstr("faults:1:1: expected an operation (nearest: addRule"));
 }
 
 TEST_F(SweepVerbTest, ResultsAreReleasedOrArriveByThemselves) {
-  std::vector<std::string> held = {"run", simple(), "--async", "--async-delay", "0.5",
-                                   "--faults", "addIntfToPolicy hold", "--advance", "1"};
+  std::vector<std::string> held = {
+      "run",       simple(), "--async", "--async-delay", "0.5", "--faults", "addIntfToPolicy hold",
+      "--advance", "1"};
   EXPECT_EQ(runLab(held).status, ExitStatus::success) << "it waits";
   EXPECT_THAT(runLab(held).out, HasSubstr("ipv4: created, not committed\n"));
   held.insert(held.end(), {"--then", "release", "--advance", "1"});
@@ -129,6 +129,27 @@ TEST_F(SweepVerbTest, JsonHasFaultsAndFindings) {
   EXPECT_EQ(json["faults"][0]["selected"], 1);
   EXPECT_EQ(json["faults"][0]["met"][0]["call"], "commitPolicy(P/input ipv4)");
   EXPECT_TRUE(json["findings"].empty());
+}
+
+TEST_F(SweepVerbTest, ExplainSaysWhatWasNotMet) {
+  CollectedFindings const expected;
+  Outcome const outcome = runLab({"explain", simple(), "--faults", "addRule nth=9"});
+  EXPECT_THAT(outcome.out, HasSubstr("addRule nth=9: never met; it selected 1 call\n"));
+  EXPECT_EQ(outcome.status, ExitStatus::notProgrammed);
+}
+
+TEST_F(SweepVerbTest, APlanIsNotReadTogetherWithAnotherFileFromStandardInput) {
+  EXPECT_THAT(runLab({"run", "-", "--faults", "@-"}).err,
+              HasSubstr("standard input can be read only once"));
+  EXPECT_THAT(runLab({"run", simple(), "--then", "faults @-"}).err,
+              HasSubstr("a plan of a step is not read from standard input"));
+}
+
+TEST_F(SweepVerbTest, JsonOfOneCaseIsOneLine) {
+  Outcome const outcome =
+      runLab({"sweep", simple(), "--json", "--only", "synchronous addRule nth=9"});
+  EXPECT_EQ(outcome.json()["findings"][0], "the fault was not met");
+  EXPECT_FALSE(outcome.json()["journal"].empty());
 }
 
 TEST_F(SweepVerbTest, AFaultyPlanIsBadInput) {

@@ -134,6 +134,8 @@ TEST(FaultPlan, AFaultyLineIsRefusedWithItsPlaceAndTheNearestWords) {
   EXPECT_EQ(planError("addRule nth=1 first=2"),
             "fault plan:1:15: expected one of nth, first, from, every and probability, not two, "
             "found 'first=2'");
+  EXPECT_EQ(planError("addRule seed=7 nth=3"),
+            "fault plan:1:9: expected probability=P with seed, found 'seed=7'");
   EXPECT_EQ(planError("addRule before after"),
             "fault plan:1:16: expected one of before, after, throws, hold, drop, duplicate and "
             "delay, not two, found 'after'");

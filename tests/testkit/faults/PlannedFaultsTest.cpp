@@ -110,6 +110,15 @@ TEST(PlannedFault, ASeedAlwaysGivesTheSameCalls) {
   EXPECT_EQ(failing(7).substr(0, 16), "..x.xx..x...xx.x") << "on every machine";
 }
 
+TEST(PlannedFault, AlsoMeetsACallThatFailsForAnotherReason) {
+  Lab lab;
+  FaultScope const faults = lab.plan("addRule nth=1 text=first; any class=web nth=1 text=second");
+  load(lab, sixRules);
+  EXPECT_EQ(lab.failure("edge").error(), "first");
+  MetFault const met{1, 0, "addRule(edge/input ipv4 web web:10)", "first"};
+  EXPECT_THAT(faults.met(), ElementsAre(met, met));
+}
+
 TEST(PlannedFault, SelectsCallsByTheirArguments) {
   std::string const two =
       "class-map match-any a\n match ip tcp any any eq 1\n match ipv6 tcp any any eq 1\n"

@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace PolicyMapTestKit::test {
 namespace {
 
@@ -169,6 +171,19 @@ TEST(Results, ArriveByThemselvesAfterADelay) {
     EXPECT_THAT(lab.record("P"), Programmed());
     EXPECT_EQ(lab.journal().calls("commitPolicy").begin()->time, seconds);
   }
+}
+
+TEST(Results, DuplicatesArriveAfterTheUsualDelay) {
+  Lab lab({.async = true, .asyncDelay = 0.5});
+  FaultScope const faults = lab.plan("commitPolicy duplicate once");
+  load(lab, simplePolicy);
+  lab.advance(std::chrono::seconds(1));
+  EXPECT_THAT(lab.record("P"), Programmed());
+  auto const results =
+      std::count_if(lab.journal().begin(), lab.journal().end(), [](JournalEntry const& entry) {
+        return entry.kind == JournalEntry::Kind::result;
+      });
+  EXPECT_EQ(results, 3) << "one of the interface, two of the commit";
 }
 
 TEST(Results, AFaultChangesTheUsualDelay) {

@@ -32,21 +32,18 @@ void loadSimple(Lab& lab) {
 
 TEST(SweepCases, AreEveryCallInEveryWay) {
   Sweep const sweep(&loadSimple, {.modes = {AnswerMode::synchronous}});
-  EXPECT_THAT(namesOf(sweep.cases()),
-              ElementsAre("synchronous", "synchronous createPolicy nth=1 before",
-                          "synchronous createPolicy from=1 before",
-                          "synchronous createPolicy nth=1 after",
-                          "synchronous createPolicy from=1 after",
-                          "synchronous commitPolicy nth=1 before",
-                          "synchronous commitPolicy from=1 before",
-                          "synchronous commitPolicy nth=1 after",
-                          "synchronous commitPolicy from=1 after",
-                          "synchronous addIntfToPolicy nth=1 before",
-                          "synchronous addIntfToPolicy from=1 before",
-                          "synchronous addIntfToPolicy nth=1 after",
-                          "synchronous addIntfToPolicy from=1 after",
-                          "synchronous addRule nth=1 before", "synchronous addRule from=1 before",
-                          "synchronous addRule nth=1 after", "synchronous addRule from=1 after"));
+  EXPECT_THAT(
+      namesOf(sweep.cases()),
+      ElementsAre(
+          "synchronous", "synchronous createPolicy nth=1 before",
+          "synchronous createPolicy from=1 before", "synchronous createPolicy nth=1 after",
+          "synchronous createPolicy from=1 after", "synchronous commitPolicy nth=1 before",
+          "synchronous commitPolicy from=1 before", "synchronous commitPolicy nth=1 after",
+          "synchronous commitPolicy from=1 after", "synchronous addIntfToPolicy nth=1 before",
+          "synchronous addIntfToPolicy from=1 before", "synchronous addIntfToPolicy nth=1 after",
+          "synchronous addIntfToPolicy from=1 after", "synchronous addRule nth=1 before",
+          "synchronous addRule from=1 before", "synchronous addRule nth=1 after",
+          "synchronous addRule from=1 after"));
 }
 
 TEST(SweepCases, OfAsynchronousHelpersDropResultsToo) {
@@ -97,6 +94,13 @@ TEST(SweepCases, OfAllShardsAreThoseOfTheWholeSweep) {
     parts.insert(part.begin(), part.end());
   }
   EXPECT_EQ(parts, (std::multiset<std::string>{whole.begin(), whole.end()}));
+}
+
+TEST(SweepCases, OfAShardThatDoesNotExistAreRefused) {
+  EXPECT_THROW(Sweep(&loadSimple, {.shard = 0}), std::invalid_argument);
+  EXPECT_THROW(Sweep(&loadSimple, {.shard = 5, .shards = 4}), std::invalid_argument);
+  EXPECT_THROW(Sweep(&loadSimple, {.shards = 0}), std::invalid_argument);
+  EXPECT_THROW(Sweep(&loadSimple, {.modes = {}}), std::invalid_argument);
 }
 
 TEST(SweepCases, OfPairsDependOnTheSeedAlone) {
@@ -173,18 +177,19 @@ TEST(SweepFindings, APolicyThatIsLeftIsFound) {
 TEST(SweepFindings, AWrongStatusIsFound) {
   auto const lying = [](Lab& lab) {
     loadSimple(lab);
-    lab.status()->policyMapStatus({"P", "input"})->programmedIs(
-        PolicyMap::ClassMapMatchOption::mac, true);
+    lab.status()
+        ->policyMapStatus({"P", "input"})
+        ->programmedIs(PolicyMap::ClassMapMatchOption::mac, true);
   };
   EXPECT_THAT(findingsOf(lying, "synchronous"),
               Contains("status of P/input mac: programmed, which it is not"));
   auto const silent = [](Lab& lab) {
     loadSimple(lab);
-    lab.status()->policyMapStatus({"P", "input"})->programmedDel(
-        PolicyMap::ClassMapMatchOption::ipv4);
+    lab.status()
+        ->policyMapStatus({"P", "input"})
+        ->programmedDel(PolicyMap::ClassMapMatchOption::ipv4);
   };
-  EXPECT_THAT(findingsOf(silent, "synchronous"),
-              Contains("status of P/input ipv4 does not exist"));
+  EXPECT_THAT(findingsOf(silent, "synchronous"), Contains("status of P/input ipv4 does not exist"));
 }
 
 TEST(SweepFindings, WhatIsPendingIsFound) {
@@ -267,8 +272,7 @@ TEST(StatusWatch, TellsOfNotificationsWithoutAChange) {
   Kor::Ptr<Remover> const remover = Kor::make<Remover>(status.get());
   StatusWatch const watch(status);
   status->policyMapStatusIs(key);
-  EXPECT_THAT(watch.irregular(),
-              Contains("status of p/input was announced without a change"));
+  EXPECT_THAT(watch.irregular(), Contains("status of p/input was announced without a change"));
 }
 
 }  // namespace
