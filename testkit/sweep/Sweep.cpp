@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -70,6 +71,28 @@ std::string nameOf(StatusRow const& row) {
   return "status of " + row.policy + "/" + row.direction + " " + toText(row.option);
 }
 
+// What happens to the calls of an operation.
+std::vector<PlannedFault> waysToFail(std::string const& operation, AnswerMode mode) {
+  std::vector<PlannedFault> ways;
+  auto const add = [&](FaultEffect effect, double seconds = 0) {
+    ways.push_back({.operations = {operation}, .effect = effect, .seconds = seconds});
+  };
+  add(FaultEffect::throws);
+  if (operation == "getCountForRule") {
+    return ways;
+  }
+  add(FaultEffect::before);
+  add(FaultEffect::after);
+  if (hasResult(operation) && mode != AnswerMode::synchronous) {
+    constexpr double duringSteps = 2;
+    constexpr double tooLate = 30.5;
+    add(FaultEffect::drop);
+    add(FaultEffect::delay, duringSteps);
+    add(FaultEffect::delay, tooLate);
+  }
+  return ways;
+}
+
 }  // namespace
 
 // One run of the scenario in a lab of its own.
@@ -94,13 +117,20 @@ class Sweep::Run {
     for (FaultScope const& scope : scopes_) {
       injected_ += scope.met().size();
     }
+    checkStatuses();
     lab_.clearFaults();
     lab_.advance(patience);
+    checkStatuses();
   }
 
   void compare(Snapshot const& expected) {
     for (Change const& change : difference(expected, records())) {
       find(change.describe());
+    }
+    for (Record const& record : lab_.snapshot()) {
+      if (record.created && (record.dirty || record.createCount == 0 || record.commitCount == 0)) {
+        find(record.name() + " is created, but not committed, or not counted");
+      }
     }
     if (lab_.eventLoop().pending() != 0) {
       find("something is still pending after " + std::to_string(patience.count()) + " s");
@@ -170,6 +200,40 @@ class Sweep::Run {
     for (auto const& [name, record] : created) {
       find(name + " does not exist");
     }
+    compareClasses(snapshot);
+  }
+
+  // A class is programmed exactly if a record has rules of it.
+  void compareClasses(Snapshot const& snapshot) {
+    std::set<std::string> programmed;
+    for (Record const& record : snapshot) {
+      for (RuleRecord const& rule : record) {
+        programmed.insert(record.policy + "/" + record.direction + " " +
+                          rule.key.className().stdString());
+      }
+    }
+    for (auto const& policy : lab_.status()->policyMapStatusIteratorConst()) {
+      for (auto const& each : policy.value()->classMapStatusIteratorConst()) {
+        std::string const name = describe(policy.key()) + " " + each.key().stdString();
+        if (each.value()->programmed() != programmed.contains(name)) {
+          find("status of class " + name + ": not what the records have");
+        }
+      }
+    }
+  }
+
+  // What is not programmed has neither time nor interfaces.
+  void checkStatuses() {
+    for (auto const& policy : lab_.status()->policyMapStatusIteratorConst()) {
+      PolicyMap::PolicyMapStatus const& status = *policy.value();
+      for (PolicyMap::ClassMapMatchOption const option : PolicyMap::allMatchOptions) {
+        if (!status.programmed(option) &&
+            (status.korTimeProgrammed(option) || !status.intfs(option).empty())) {
+          find("status of " + describe(policy.key()) + " " + toText(option) +
+               ": time or interfaces of what is not programmed");
+        }
+      }
+    }
   }
 
   FindingHandler before_;
@@ -233,22 +297,13 @@ void Sweep::addCases(AnswerMode mode, std::vector<SweepCase>& all) const {
       ++calls[std::string(entry.operation)];
     }
   }
+  // hwInit is called before a plan can begin.
   for (std::string const& operation : operationNames()) {
-    // hwInit is called before a plan can begin.
-    std::vector<FaultEffect> effects;
-    if (operation == "getCountForRule") {
-      effects = {FaultEffect::throws};
-    } else if (operation != "hwInit") {
-      effects = {FaultEffect::before, FaultEffect::after};
-    }
-    if (hasResult(operation) && mode != AnswerMode::synchronous) {
-      effects.push_back(FaultEffect::drop);
-    }
-    for (std::uint64_t call = 1; call <= calls[operation]; ++call) {
-      for (FaultEffect const effect : effects) {
+    for (std::uint64_t call = 1; operation != "hwInit" && call <= calls[operation]; ++call) {
+      for (PlannedFault fault : waysToFail(operation, mode)) {
         for (Occurrence const& occurrence : {Occurrence::nth(call), Occurrence::from(call)}) {
-          all.push_back(
-              {mode, {{.operations = {operation}, .occurrence = occurrence, .effect = effect}}});
+          fault.occurrence = occurrence;
+          all.push_back({mode, {fault}});
         }
       }
     }

@@ -11,11 +11,11 @@
 //   EXPECT_THAT(report.failed(), IsEmpty());
 //
 // The cases: every operation x every call of it x once or until cleared x before or after it is
-// carried out x each way of answering; and results that are never delivered. After each case the
-// fault is cleared and time passes. Then
+// carried out, or an exception x each way of answering; and results that come late or never. After
+// each case the fault is cleared and time passes. Then
 //
 // - the records are those of a run without a fault, and nothing is pending;
-// - each status says what the record has;
+// - each status, also of a class, says what the record has;
 // - no status was announced without a change, no assertion failed, and nothing is irregular
 //   (LabOptions::strictness);
 // - nothing is left of any policy when everything is detached.

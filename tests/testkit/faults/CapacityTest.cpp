@@ -11,7 +11,6 @@ namespace PolicyMapTestKit::test {
 namespace {
 
 using testing::HasSubstr;
-using testing::SizeIs;
 
 // Policy-map `name` at Ethernet`name`, with a rule for each port from 1 on.
 std::string policyOf(int name, int ports) {

@@ -31,25 +31,25 @@ void loadSimple(Lab& lab) {
 }
 
 TEST(SweepCases, AreEveryCallInEveryWay) {
+  std::vector<std::string> expected = {"synchronous"};
+  for (char const* const operation :
+       {"createPolicy", "commitPolicy", "addIntfToPolicy", "addRule"}) {
+    for (char const* const effect : {"throws", "before", "after"}) {
+      for (char const* const calls : {" nth=1 ", " from=1 "}) {
+        expected.push_back(std::string("synchronous ") + operation + calls + effect);
+      }
+    }
+  }
   Sweep const sweep(&loadSimple, {.modes = {AnswerMode::synchronous}});
-  EXPECT_THAT(
-      namesOf(sweep.cases()),
-      ElementsAre(
-          "synchronous", "synchronous createPolicy nth=1 before",
-          "synchronous createPolicy from=1 before", "synchronous createPolicy nth=1 after",
-          "synchronous createPolicy from=1 after", "synchronous commitPolicy nth=1 before",
-          "synchronous commitPolicy from=1 before", "synchronous commitPolicy nth=1 after",
-          "synchronous commitPolicy from=1 after", "synchronous addIntfToPolicy nth=1 before",
-          "synchronous addIntfToPolicy from=1 before", "synchronous addIntfToPolicy nth=1 after",
-          "synchronous addIntfToPolicy from=1 after", "synchronous addRule nth=1 before",
-          "synchronous addRule from=1 before", "synchronous addRule nth=1 after",
-          "synchronous addRule from=1 after"));
+  EXPECT_EQ(namesOf(sweep.cases()), expected);
 }
 
 TEST(SweepCases, OfAsynchronousHelpersDropResultsToo) {
   Sweep const sweep(&loadSimple, {.modes = {AnswerMode::asynchronous}});
   EXPECT_THAT(namesOf(sweep.cases()), Contains("asynchronous commitPolicy nth=1 drop"));
   EXPECT_THAT(namesOf(sweep.cases()), Contains("asynchronous addIntfToPolicy from=1 drop"));
+  EXPECT_THAT(namesOf(sweep.cases()), Contains("asynchronous commitPolicy nth=1 delay=2"));
+  EXPECT_THAT(namesOf(sweep.cases()), Contains("asynchronous commitPolicy nth=1 delay=30.5"));
   EXPECT_THAT(namesOf(sweep.cases()), testing::Not(Contains("asynchronous addRule nth=1 drop")));
 }
 
@@ -190,6 +190,39 @@ TEST(SweepFindings, AWrongStatusIsFound) {
         ->programmedDel(PolicyMap::ClassMapMatchOption::ipv4);
   };
   EXPECT_THAT(findingsOf(silent, "synchronous"), Contains("status of P/input ipv4 does not exist"));
+}
+
+TEST(SweepFindings, ARecordThatIsNotCommittedIsFound) {
+  auto const unfinished = [](Lab& lab) {
+    lab.aroundIs([](HelperCall& call, auto const& proceed) {
+      if (call.operation != "commitPolicy") {
+        proceed();
+      }
+    });
+    loadSimple(lab);
+  };
+  EXPECT_THAT(findingsOf(unfinished, "synchronous"),
+              Contains("P/input ipv4 is created, but not committed, or not counted"));
+}
+
+TEST(SweepFindings, AWrongStatusOfAClassIsFound) {
+  auto const lying = [](Lab& lab) {
+    loadSimple(lab);
+    lab.status()->policyMapStatus({"P", "input"})->classMapStatus("P")->programmedIs(false);
+  };
+  EXPECT_THAT(findingsOf(lying, "synchronous"),
+              Contains("status of class P/input P: not what the records have"));
+}
+
+TEST(SweepFindings, TimeAndInterfacesOfWhatIsNotProgrammedAreFound) {
+  auto const lying = [](Lab& lab) {
+    loadSimple(lab);
+    lab.status()
+        ->policyMapStatus({"P", "input"})
+        ->timeProgrammedIs(PolicyMap::ClassMapMatchOption::mac, 1);
+  };
+  EXPECT_THAT(findingsOf(lying, "synchronous"),
+              Contains("status of P/input mac: time or interfaces of what is not programmed"));
 }
 
 TEST(SweepFindings, WhatIsPendingIsFound) {
