@@ -89,7 +89,8 @@ std::optional<Pass> DuePasses::next(Turn& turn) {
 
 std::optional<Pass> DuePasses::optionPass(ClassMapMatchOption option, Turn& turn) {
   OptionState& state = state_[option];
-  bool const rulesDue = std::exchange(state.rulesDue, false);
+  // A teardown that failed may have been planned for a refusal, which is still to be found.
+  bool const rulesDue = std::exchange(state.rulesDue, false) || state.retry;
   state.intfsDue = false;
   if (!rulesDue && state.noClasses && !unwanted() && !turn.present(option).owned) {
     return std::nullopt;

@@ -123,7 +123,21 @@ class Sweep::Run {
     checkStatuses();
   }
 
-  void compare(Snapshot const& expected) {
+  // The policies that the core refuses, with the reasons.
+  [[nodiscard]] std::vector<std::string> refusals() const {
+    std::vector<std::string> refusals;
+    for (StatusRow const& row : readStatuses(lab_)) {
+      if (!row.error.empty() && row.operation.empty()) {
+        refusals.push_back(nameOf(row) + ": " + row.error);
+      }
+    }
+    return refusals;
+  }
+
+  void compare(Snapshot const& expected, std::vector<std::string> const& expectedRefusals) {
+    if (refusals() != expectedRefusals) {
+      find("other policies are refused than without the fault");
+    }
     for (Change const& change : difference(expected, records())) {
       find(change.describe());
     }
@@ -258,6 +272,7 @@ Sweep::Sweep(Scenario scenario, SweepOptions options)
     Run run(optionsFor(AnswerMode::synchronous), {});
     run.perform(scenario_);
     expected_ = run.records();
+    refusals_ = run.refusals();
   }
   std::vector<SweepCase> all;
   for (AnswerMode const mode : options_.modes) {
@@ -342,7 +357,7 @@ SweepResult Sweep::run(SweepCase const& which, std::size_t journal) const {
   Run run(options, which);
   try {
     run.perform(scenario_);
-    run.compare(expected_);
+    run.compare(expected_, refusals_);
     run.detachAll();
   } catch (std::exception const& error) {
     run.find(std::string("the scenario throws: ") + error.what());

@@ -15,7 +15,7 @@
 // each case the fault is cleared and time passes. Then
 //
 // - the records are those of a run without a fault, and nothing is pending;
-// - each status, also of a class, says what the record has;
+// - each status, also of a class, says what the record has, and which policies the core refuses;
 // - no status was announced without a change, no assertion failed, and nothing is irregular
 //   (LabOptions::strictness);
 // - nothing is left of any policy when everything is detached.
@@ -117,6 +117,7 @@ class POLICYMAPTESTKIT_API Sweep {
   Scenario scenario_;
   SweepOptions options_;
   Snapshot expected_;
+  std::vector<std::string> refusals_;  // in the run without a fault
   std::vector<SweepCase> cases_;
 };
 

@@ -21,6 +21,7 @@ class SmallHelper final : public PolicyMapTest::AclHelper {
  public:
   using AclHelper::AclHelper;
   bool full = false;
+  bool busy = false;
   std::vector<std::string> calls;
 
   Kor::String createPolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policy,
@@ -31,7 +32,7 @@ class SmallHelper final : public PolicyMapTest::AclHelper {
   Kor::String deletePolicy(PolicyMap::PolicyMapSmCommonData::PtrConst const& policy,
                            ClassMapMatchOption option) override {
     calls.emplace_back("delete");
-    return AclHelper::deletePolicy(policy, option);
+    return busy ? notCarriedOut("busy") : AclHelper::deletePolicy(policy, option);
   }
   std::vector<std::string> taken() { return std::exchange(calls, {}); }
 };
@@ -46,6 +47,22 @@ class Refusal : public testing::Test {
   Kor::Ptr<SmallHelper> const helper = Kor::make<SmallHelper>(false, false);
   Scenario scenario{{}, helper};
 };
+
+TEST_F(Refusal, OfRulesIsReportedAfterADeletionThatFailedAtFirst) {
+  scenario.settle();
+  helper->busy = true;
+  scenario.machine->nonexistentIntfIs(TestSupport::intf("Ethernet1"), true);
+  scenario.settle();
+  scenario.classMap("c")->matchIs(9, PolicyMap::ClassMapMatch::classMap("c"));
+  scenario.settle();
+  helper->busy = false;
+  scenario.advance(60);
+  EXPECT_FALSE(scenario.record()->created());
+  for (ClassMapMatchOption const option : PolicyMap::allMatchOptions) {
+    EXPECT_EQ(scenario.policyStatus()->failure(option).error(), "class-map c matches itself: c > c")
+        << option;
+  }
+}
 
 TEST_F(Refusal, OfACreationIsNotFollowedByADeletion) {
   helper->full = true;

@@ -225,6 +225,18 @@ TEST(SweepFindings, TimeAndInterfacesOfWhatIsNotProgrammedAreFound) {
               Contains("status of P/input mac: time or interfaces of what is not programmed"));
 }
 
+TEST(SweepFindings, ARefusalThatIsLostIsFound) {
+  EXPECT_THAT(findingsOf(
+                  [lost = 0](Lab& lab) mutable {
+                    load(lab, simplePolicy + "class-map match-any P\n match class-map P\n");
+                    if (++lost > 2) {  // not in the runs that are compared with
+                      lab.status()->policyMapStatus({"P", "input"})->failureDelAll();
+                    }
+                  },
+                  "synchronous"),
+              Contains("other policies are refused than without the fault"));
+}
+
 TEST(SweepFindings, WhatIsPendingIsFound) {
   auto const waiting = [](Lab& lab) {
     lab.aroundIs([](HelperCall& call, auto const& proceed) {
