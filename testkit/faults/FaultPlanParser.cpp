@@ -72,7 +72,7 @@ class Items {
   void skipBlanks() { at_ = std::min(line_.find_first_not_of(blanks, at_), line_.size()); }
   std::string word(std::string_view ends) {
     std::size_t const end = std::min(line_.find_first_of(ends, at_), line_.size());
-    std::string const text(line_.substr(at_, end - at_));
+    std::string text(line_.substr(at_, end - at_));
     at_ = end;
     return text;
   }
@@ -171,6 +171,7 @@ class FaultParser {
                                       [&](auto const& each) { return each.word == item.name; });
       if (found == FaultWords::limits.end()) {
         std::vector<std::string> known;
+        known.reserve(FaultWords::limits.size());
         for (auto const& each : FaultWords::limits) {
           known.emplace_back(each.word);
         }

@@ -41,7 +41,7 @@ FindingHandler findingHandlerIs(FindingHandler next) {
   return std::exchange(handler(), std::move(next));
 }
 
-void FindingList::add(Finding finding) {
+void FindingList::add(Finding const& finding) {
   if (std::find(all_.begin(), all_.end(), finding) != all_.end()) {
     return;
   }

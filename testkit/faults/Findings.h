@@ -54,7 +54,7 @@ POLICYMAPTESTKIT_API FindingHandler findingHandlerIs(FindingHandler handler);
 // The findings of a lab, each once.
 class POLICYMAPTESTKIT_API FindingList {
  public:
-  void add(Finding finding);
+  void add(Finding const& finding);
   [[nodiscard]] std::vector<Finding> const& all() const { return all_; }
   // For a test that expects them: returns and forgets them. They were handled before.
   std::vector<Finding> take();

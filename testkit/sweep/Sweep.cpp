@@ -43,9 +43,8 @@ class CaughtAssertions {
 
  private:
   static void handle(Kor::AssertionFailure const& failure) {
-    AssertionFailed const thrown(failure);
-    texts().emplace_back(thrown.what());
-    throw thrown;
+    texts().emplace_back(AssertionFailed(failure).what());
+    throw AssertionFailed(failure);
   }
 
   Kor::AssertionHandler before_;
