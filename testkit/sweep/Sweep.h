@@ -34,7 +34,7 @@
 
 namespace PolicyMapTestKit {
 
-// How the helper answers commits and interface operations.
+// How commits and interface operations of the helper return their results.
 enum class AnswerMode : std::uint8_t { synchronous, asynchronous, pseudoAsynchronous };
 POLICYMAPTESTKIT_API std::string toText(AnswerMode mode);
 
