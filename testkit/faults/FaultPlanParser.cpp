@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -134,6 +135,20 @@ double realOf(Item const& item, double highest) {
   return number;
 }
 
+// The row of a table of words that an item names; null if there is none.
+template <class Rows>
+auto const* wordOf(Rows const& rows, Item const& item) {
+  auto const found = std::find_if(rows.begin(), rows.end(),
+                                  [&](auto const& row) { return row.word == item.name; });
+  return found == rows.end() ? nullptr : &*found;
+}
+
+template <class Rows>
+void addWords(Rows const& rows, std::vector<std::string>& words) {
+  std::transform(rows.begin(), rows.end(), std::back_inserter(words),
+                 [](auto const& row) { return std::string(row.word); });
+}
+
 class FaultParser {
  public:
   explicit FaultParser(Items& items) : items_(items) {}
@@ -163,19 +178,17 @@ class FaultParser {
     std::string_view word;
     Take take;
   };
+
   void takeCapacity(Capacity& capacity) {
     Item item;
     bool any = false;
     for (; items_.next(item); any = true) {
-      auto const found = std::find_if(FaultWords::limits.begin(), FaultWords::limits.end(),
-                                      [&](auto const& each) { return each.word == item.name; });
-      if (found == FaultWords::limits.end()) {
+      auto const* const found = wordOf(FaultWords::limits, item);
+      if (found == nullptr) {
         std::vector<std::string> known;
-        known.reserve(FaultWords::limits.size());
-        for (auto const& each : FaultWords::limits) {
-          known.emplace_back(each.word);
-        }
-        failAt(item, "a limit (nearest: " + listed(nearestNames(item.name, known)) + ")");
+        addWords(FaultWords::limits, known);
+        failAt(item,
+               "a limit (nearest: " + listed(nearestNames(item.name, std::move(known))) + ")");
       }
       capacity.*found->limit = numberOf(item, 0);
     }
@@ -209,11 +222,11 @@ class FaultParser {
 
   PlannedFault takeFault() {
     Item item;
-    Item const* last = nullptr;
+    bool hasWords = false;
     goesOn_ = false;
     seed_.reset();
     while (items_.next(item)) {
-      last = &item;
+      hasWords = true;
       if (item.text() == "then") {
         goesOn_ = true;
         break;
@@ -230,14 +243,16 @@ class FaultParser {
       }
       check(plan);
     } catch (std::invalid_argument const& error) {
-      throw Text::InputError(last == nullptr ? items_.here() : item.place,
+      throw Text::InputError(hasWords ? item.place : items_.here(),
                              "a fault that is possible: " + std::string(error.what()),
-                             last == nullptr ? std::string() : item.text());
+                             hasWords ? item.text() : std::string());
     }
     return std::move(fault_);
   }
 
   void take(Item const& item) {
+    using FaultWords::effects;
+    using FaultWords::occurrences;
     static constexpr std::array words{
         Word{"policy", &FaultParser::takePolicy},
         Word{"direction", &FaultParser::takeDirection},
@@ -245,36 +260,27 @@ class FaultParser {
         Word{"class", &FaultParser::takeClass},
         Word{"rule", &FaultParser::takeRule},
         Word{"interface", &FaultParser::takeInterface},
-        Word{"nth", &FaultParser::takeOccurrence},
-        Word{"first", &FaultParser::takeOccurrence},
-        Word{"from", &FaultParser::takeOccurrence},
-        Word{"every", &FaultParser::takeOccurrence},
         Word{"probability", &FaultParser::takeProbability},
         Word{"seed", &FaultParser::takeSeed},
         Word{"once", &FaultParser::takeOnce},
-        Word{"before", &FaultParser::takeEffect},
-        Word{"after", &FaultParser::takeEffect},
-        Word{"throws", &FaultParser::takeEffect},
-        Word{"hold", &FaultParser::takeEffect},
-        Word{"drop", &FaultParser::takeEffect},
-        Word{"duplicate", &FaultParser::takeEffect},
-        Word{"delay", &FaultParser::takeEffect},
         Word{"text", &FaultParser::takeText},
         Word{"optional", &FaultParser::takeOptional},
     };
-    auto const found = std::find_if(words.begin(), words.end(),
-                                    [&](Word const& each) { return each.word == item.name; });
-    if (found == words.end()) {
+    if (auto const* const occurrence = wordOf(occurrences, item)) {
+      occurrenceIs(item, {occurrence->value, numberOf(item, 1)});
+    } else if (auto const* const effect = wordOf(effects, item)) {
+      takeEffect(item, effect->value);
+    } else if (Word const* const word = wordOf(words, item)) {
+      (this->*word->take)(item);
+    } else {
       std::vector<std::string> known;
-      known.reserve(words.size() + 1);
-      for (Word const& each : words) {
-        known.emplace_back(each.word);
-      }
+      addWords(words, known);
+      addWords(occurrences, known);
+      addWords(effects, known);
       known.emplace_back("then");
       failAt(item, "a word of a fault (nearest: " +
                        listed(nearestNames(item.name, std::move(known))) + ")");
     }
-    (this->*found->take)(item);
   }
 
   void takePolicy(Item const& item) { takeName(item, fault_.policy); }
@@ -313,11 +319,6 @@ class FaultParser {
     }
   }
 
-  void takeOccurrence(Item const& item) {
-    auto const found = std::find_if(FaultWords::occurrences.begin(), FaultWords::occurrences.end(),
-                                    [&](auto const& each) { return each.word == item.name; });
-    occurrenceIs(item, {found->value, numberOf(item, 1)});
-  }
   void takeProbability(Item const& item) {
     occurrenceIs(item, Occurrence::withProbability(realOf(item, 1), fault_.occurrence.seed));
   }
@@ -341,13 +342,11 @@ class FaultParser {
     flag = true;
   }
 
-  void takeEffect(Item const& item) {
+  void takeEffect(Item const& item, FaultEffect effect) {
     if (fault_.effect != FaultEffect::fails) {
       failAt(item, "one of before, after, throws, hold, drop, duplicate and delay, not two");
     }
-    auto const found = std::find_if(FaultWords::effects.begin(), FaultWords::effects.end(),
-                                    [&](auto const& each) { return each.word == item.name; });
-    fault_.effect = found->value;
+    fault_.effect = effect;
     if (fault_.effect == FaultEffect::delay) {
       constexpr double longest = 1e6;
       fault_.seconds = realOf(item, longest);

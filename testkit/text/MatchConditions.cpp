@@ -246,36 +246,25 @@ class ConditionParser {
     }
   }
 
-  void takeVlan() {
-    for (std::uint64_t const vlan :
-         takeValues([](Lexer& lexer) { return takeNumber(lexer, "vlan", 1, 4094); })) {
+  // A MAC rule for each of the numbers.
+  void takeMacNumbers(std::string_view what, std::uint64_t low, std::uint64_t high,
+                      void (Acl::MacRuleConfig::*set)(Acl::OptionalNumber)) {
+    for (std::uint64_t const number :
+         takeValues([&](Lexer& lexer) { return takeNumber(lexer, what, low, high); })) {
       Acl::MacRuleConfig rule;
-      rule.vlanIs(vlan);
+      (rule.*set)(number);
       addMac(rule);
     }
   }
-
-  void takeCos() {
-    for (std::uint64_t const cos :
-         takeValues([](Lexer& lexer) { return takeNumber(lexer, "cos", 0, 7); })) {
-      Acl::MacRuleConfig rule;
-      rule.cosIs(cos);
-      addMac(rule);
-    }
-  }
-
+  void takeVlan() { takeMacNumbers("vlan", 1, 4094, &Acl::MacRuleConfig::vlanIs); }
+  void takeCos() { takeMacNumbers("cos", 0, 7, &Acl::MacRuleConfig::cosIs); }
   void takeMplsExperimental() {
     if (!lexer_.accept("experimental")) {
       lexer_.fail("experimental");
     }
     say("experimental");
     lexer_.accept("topmost");
-    for (std::uint64_t const bits :
-         takeValues([](Lexer& lexer) { return takeNumber(lexer, "experimental", 0, 7); })) {
-      Acl::MacRuleConfig rule;
-      rule.mplsExperimentalIs(bits);
-      addMac(rule);
-    }
+    takeMacNumbers("experimental", 0, 7, &Acl::MacRuleConfig::mplsExperimentalIs);
   }
 
   void takeEtherType() {

@@ -239,21 +239,15 @@ bool takeEtherType(Lexer& lexer, Acl::MacRuleConfig& rule) {
   return type.has_value();
 }
 
-bool takeVlan(Lexer& lexer, Acl::MacRuleConfig& rule) {
-  if (rule.vlan() || !lexer.accept("vlan")) {
+// `WORD [eq] N`, once.
+bool takeMacNumber(Lexer& lexer, Acl::MacRuleConfig& rule, std::string_view word, std::uint64_t low,
+                   std::uint64_t high, Acl::OptionalNumber (Acl::MacRuleConfig::*get)() const,
+                   void (Acl::MacRuleConfig::*set)(Acl::OptionalNumber)) {
+  if ((rule.*get)() || !lexer.accept(word)) {
     return false;
   }
   lexer.accept("eq");
-  rule.vlanIs(takeNumber(lexer, "vlan", 1, 4094));
-  return true;
-}
-
-bool takeCos(Lexer& lexer, Acl::MacRuleConfig& rule) {
-  if (rule.cos() || !lexer.accept("cos")) {
-    return false;
-  }
-  lexer.accept("eq");
-  rule.cosIs(takeNumber(lexer, "cos", 0, 7));
+  (rule.*set)(takeNumber(lexer, word, low, high));
   return true;
 }
 
@@ -264,7 +258,10 @@ Acl::MacRuleConfig parseMacRule(Lexer& lexer, Verdict verdict) {
   rule.sourceIs(addressMatch<Match>(takeMacAddress(lexer, "source", false)));
   rule.destinationIs(addressMatch<Match>(takeMacAddress(lexer, "destination", true)));
   while (!lexer.peek().atEnd()) {
-    if (!takeEtherType(lexer, rule) && !takeVlan(lexer, rule) && !takeCos(lexer, rule) &&
+    using Rule = Acl::MacRuleConfig;
+    if (!takeEtherType(lexer, rule) &&
+        !takeMacNumber(lexer, rule, "vlan", 1, 4094, &Rule::vlan, &Rule::vlanIs) &&
+        !takeMacNumber(lexer, rule, "cos", 0, 7, &Rule::cos, &Rule::cosIs) &&
         !lexer.accept("log")) {
       lexer.fail("an Ethernet type, vlan, cos, log or end of line");
     }
