@@ -89,7 +89,7 @@ Lab::~Lab() {
   recorder.faults().endAll();
   recorder.faults().findingsAre(nullptr);
   recorder.strictness().findingsAre(nullptr);
-  recorder.results().clear();
+  recorder.results().end();
   recorder.aroundIs({});
   recorder.journalIs(nullptr);
   if (usedJournal() == &journal_) {

@@ -97,7 +97,9 @@ bool Results::release(std::uint64_t number) {
   return true;
 }
 
-void Results::clear() {
+void Results::end() {
+  delay_.reset();
+  expected_.reset();
   held_.clear();
   delayed_.clear();
   timer_.cancel();

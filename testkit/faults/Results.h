@@ -56,8 +56,9 @@ class POLICYMAPTESTKIT_API Results {
   [[nodiscard]] std::vector<HeldResult> held() const;
   // Delivers a held result. Returns false if there is none of this number.
   bool release(std::uint64_t number);
-  // Drops what is held or delayed.
-  void clear();
+  // Drops what is held or delayed. From now on results are delivered as they arrive, and the loop
+  // is not used.
+  void end();
 
  private:
   struct Expected {

@@ -186,6 +186,21 @@ TEST(Results, DuplicatesArriveAfterTheUsualDelay) {
   EXPECT_EQ(results, 3) << "one of the interface, two of the commit";
 }
 
+TEST(Results, AreNotDelayedAfterTheEndOfTheLab) {
+  Kor::Ptr<PolicyMapTest::AclHelper> helper;
+  PolicyMap::PolicyMapSmCommonData::PtrConst policy;
+  {
+    Lab lab({.async = true, .asyncDelay = 0});
+    load(lab, simplePolicy);
+    helper = lab.helper();
+    policy = lab.machine()->policyMapSm({"P", "input"})->policyCommonData();
+  }
+  helper->commitErrorIs("late");
+  helper->commitPolicy(policy, PolicyMap::ClassMapMatchOption::ipv4);
+  helper->asyncTriggerInc(1);
+  EXPECT_EQ(helper->asyncOperationResult().error(), "late");
+}
+
 TEST(Results, AFaultChangesTheUsualDelay) {
   Lab lab({.async = true, .asyncDelay = 0});
   FaultScope const faults = lab.plan("addIntfToPolicy hold; commitPolicy once text=full");
