@@ -117,6 +117,19 @@ Step readStep(std::string const& argument) {
                    excerpt(argument));
 }
 
+std::string faultOfStep(std::string const& argument) {
+  try {
+    static_cast<void>(readStep(argument));
+    return "";
+  } catch (UsageError const& error) {
+    return error.what();
+  }
+}
+
+std::string faultOfSeconds(std::string const& seconds) {
+  return secondsOf(seconds) ? "" : "SECONDS must be 0 to 1000000, not " + seconds;
+}
+
 std::optional<FaultScope> perform(Lab& lab, Step const& step, Reading reading) {
   switch (step.kind) {
   case Step::Kind::clear: lab.clearFaults(); break;

@@ -56,6 +56,11 @@ struct Step {
 // "faults PLAN" or "load FILE". Raises UsageError.
 Step readStep(std::string const& argument);
 
+// What is wrong with the argument of --then, or with SECONDS; empty if nothing is. For checks of
+// the command line.
+std::string faultOfStep(std::string const& argument);
+std::string faultOfSeconds(std::string const& seconds);
+
 // `reading` is for files. Returns how long a fault plan lasts. Raises InputError.
 std::optional<FaultScope> perform(Lab& lab, Step const& step, Reading reading);
 

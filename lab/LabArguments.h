@@ -23,7 +23,7 @@ class LabArguments {
   LabArguments(LabArguments const&) = delete;
   LabArguments& operator=(LabArguments const&) = delete;
 
-  // The lines of the help text that follow belong to `group`.
+  // Each adds a group of the help text.
   void addInputOptions();
   void addHelperOptions();
   void addMachineOptions();

@@ -18,10 +18,6 @@ namespace lab {
 
 namespace {
 
-std::string faultOfSeconds(std::string const& seconds) {
-  return secondsOf(seconds) ? "" : "SECONDS must be 0 to 1000000, not " + seconds;
-}
-
 std::uint64_t rulesIn(Settings const& settings) {
   std::uint64_t rules = 0;
   for (Settings::Lists const& lists : settings.lists) {
@@ -47,15 +43,6 @@ void showProgress(Lab& lab, Progress& progress) {
     }
     proceed();
   });
-}
-
-std::string faultOfStep(std::string const& argument) {
-  try {
-    static_cast<void>(readStep(argument));
-    return "";
-  } catch (UsageError const& error) {
-    return error.what();
-  }
 }
 
 // True if the problem makes the run fail.

@@ -20,17 +20,10 @@ namespace {
 
 constexpr std::size_t mostPairs = 1000000;
 
-std::string faultOfSweepStep(std::string const& argument) {
-  try {
-    Step const step = readStep(argument);
-    return step.kind == Step::Kind::load ? "" : "expected load FILE, found " + excerpt(argument);
-  } catch (UsageError const& error) {
-    return error.what();
-  }
-}
-
-std::string faultOfSweepTime(std::string const& seconds) {
-  return secondsOf(seconds) ? "" : "SECONDS must be 0 to 1000000, not " + seconds;
+std::string faultOfEdit(std::string const& argument) {
+  std::string const fault = faultOfStep(argument);
+  bool const isEdit = fault.empty() && readStep(argument).kind == Step::Kind::load;
+  return isEdit || !fault.empty() ? fault : "expected load FILE, found " + excerpt(argument);
 }
 
 // "I/N", with I from 1 to N.
@@ -80,7 +73,7 @@ SweepVerb::SweepVerb(CLI::App& program)
           "--then", [this](std::string const& what) { steps_.push_back(readStep(what)); },
           "Afterwards load an edit (\"load FILE\"); may repeat")
       ->type_name("WHAT")
-      ->check(&faultOfSweepStep)
+      ->check(&faultOfEdit)
       ->trigger_on_parse()
       ->group(group);
   command_
@@ -91,7 +84,7 @@ SweepVerb::SweepVerb(CLI::App& program)
           },
           "Afterwards advance virtual time; may repeat,\nin order with --then")
       ->type_name("SECONDS")
-      ->check(&faultOfSweepTime)
+      ->check(&faultOfSeconds)
       ->trigger_on_parse()
       ->group(group);
   command_
