@@ -284,7 +284,15 @@ TEST(SweepFindings, AFaultThatIsNotMetIsOne) {
 
 TEST(SweepFindings, DoNotFailTheRunningTest) {
   CollectedFindings const findings;
-  EXPECT_THAT(sweep(&loadSimple).failed(), IsEmpty());
+  auto const keeping = [](Lab& lab) {
+    lab.aroundIs([](HelperCall& call, auto const& proceed) {
+      if (call.operation != "deletePolicy") {
+        proceed();
+      }
+    });
+    loadSimple(lab);
+  };
+  EXPECT_THAT(sweep(keeping).failed(), testing::Not(IsEmpty())) << "a leftover, which is a finding";
   EXPECT_THAT(findings.all(), IsEmpty());
 }
 
