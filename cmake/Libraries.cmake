@@ -81,6 +81,27 @@ function(add_main library)
     COMPONENT ${arg_PACKAGE})
 endfunction()
 
+# add_text_source(<library> <file> <source>.in): compiles <source> with the content of the file in place
+# of @TEXT@.
+function(add_text_source library file source)
+  set(inputs "${CMAKE_CURRENT_SOURCE_DIR}/${file}" "${CMAKE_CURRENT_SOURCE_DIR}/${source}")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${inputs})
+  list(GET inputs 0 text)
+  list(GET inputs 1 code)
+  file(READ "${text}" text)
+  file(READ "${code}" code)
+  string(REPLACE "@TEXT@" "${text}" code "${code}")
+  string(REGEX REPLACE "\\.in$" "" output "${CMAKE_CURRENT_BINARY_DIR}/${source}")
+  set(before "")
+  if(EXISTS "${output}")
+    file(READ "${output}" before)
+  endif()
+  if(NOT code STREQUAL before)
+    file(WRITE "${output}" "${code}")
+  endif()
+  target_sources(${library} PRIVATE "${output}")
+endfunction()
+
 # install_license(<component>): installs the licence as share/doc/<component>/LICENSE.
 function(install_license component)
   install(

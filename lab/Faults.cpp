@@ -7,8 +7,8 @@
 #include "testkit/text/SourceText.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
-#include <chrono>
 #include <fstream>
 #include <vector>
 
@@ -71,11 +71,12 @@ Step readStep(std::string const& argument) {
   std::string_view const verb = all.substr(0, blank);
   bool const alone = blank == std::string_view::npos;
   std::string_view const rest = alone ? std::string_view() : all.substr(blank + 1);
-  Step step{.text = "--then " + argument};
-  if (alone && (verb == "clear" || verb == "trigger" || verb == "release")) {
-    step.kind = verb == "clear"     ? Step::Kind::clear
-                : verb == "trigger" ? Step::Kind::trigger
-                                    : Step::Kind::release;
+  constexpr std::array<std::string_view, 6> withoutArgument{"clear", "trigger", "release",
+                                                            "check", "detach",  "attach"};
+  Step step;
+  if (alone &&
+      std::find(withoutArgument.begin(), withoutArgument.end(), verb) != withoutArgument.end()) {
+    step.kind = *stepKindOf(verb);
     return step;
   }
   if (verb == "trigger") {
@@ -84,12 +85,13 @@ Step readStep(std::string const& argument) {
       throw UsageError("trigger: N must be 1 to 1000000, found " + excerpt(rest));
     }
     step.kind = Step::Kind::trigger;
-    step.triggers = *number;
+    step.times = *number;
     return step;
   }
   if (verb == "inject" && !alone) {
     step.kind = Step::Kind::inject;
-    step.fault = readFaultOf("inject", rest);
+    Fault const fault = readFaultOf("inject", rest);
+    step.text = fault.name + "=" + fault.text;
     return step;
   }
   if (verb == "faults" && !rest.empty()) {
@@ -98,7 +100,7 @@ Step readStep(std::string const& argument) {
       if (rest == std::string("@") + standardInput) {
         throw UsageError("faults: a plan of a step is not read from standard input");
       }
-      step.plan = readPlan("faults", std::string(rest));
+      step.text = toText(readPlan("faults", std::string(rest)));
     } catch (InputError const& error) {
       throw UsageError(error.what());
     }
@@ -106,14 +108,14 @@ Step readStep(std::string const& argument) {
   }
   if (verb == "load" && !rest.empty()) {
     step.kind = Step::Kind::load;
-    step.file = rest;
-    if (step.file != standardInput && !std::ifstream(step.file)) {
-      throw UsageError("load: " + step.file + " cannot be read");
+    step.name = rest;
+    if (step.name != standardInput && !std::ifstream(step.name)) {
+      throw UsageError("load: " + step.name + " cannot be read");
     }
     return step;
   }
-  throw UsageError("expected clear, trigger, trigger N, release, inject NAME=TEXT, faults PLAN or "
-                   "load FILE, found " +
+  throw UsageError("expected clear, trigger, trigger N, release, inject NAME=TEXT, faults PLAN, "
+                   "load FILE, check, detach or attach, found " +
                    excerpt(argument));
 }
 
@@ -130,21 +132,17 @@ std::string faultOfSeconds(std::string const& seconds) {
   return secondsOf(seconds) ? "" : "SECONDS must be 0 to 1000000, not " + seconds;
 }
 
-std::optional<FaultScope> perform(Lab& lab, Step const& step, Reading reading) {
-  switch (step.kind) {
-  case Step::Kind::clear: lab.clearFaults(); break;
-  case Step::Kind::trigger:
-    for (std::uint32_t i = 0; i != step.triggers; ++i) {
-      lab.trigger();
-    }
-    break;
-  case Step::Kind::inject: lab.inject(step.fault); break;
-  case Step::Kind::faults: return lab.plan(step.plan);
-  case Step::Kind::release: lab.releaseAll(); break;
-  case Step::Kind::load: lab.load(readInput(step.file), reading); break;
-  case Step::Kind::advance: lab.advance(std::chrono::duration<double>(step.seconds)); break;
+Step withContent(Step step) {
+  if (step.kind == Step::Kind::load) {
+    SourceText const source = readInput(step.name);
+    step.name = *source.name();
+    step.text = source.content();
   }
-  return std::nullopt;
+  return step;
+}
+
+std::string optionOf(Step const& step) {
+  return (step.kind == Step::Kind::advance ? "--" : "--then ") + toText(step);
 }
 
 }  // namespace lab

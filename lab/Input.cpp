@@ -2,6 +2,7 @@
 #include "lab/Input.h"
 
 #include <array>
+#include <fstream>
 #include <iostream>
 
 namespace lab {
@@ -23,6 +24,19 @@ SourceText readInput(std::string const& file) {
     }
   } while (std::cin);
   return {name, std::move(content)};
+}
+
+void writeOutput(Console const& console, std::string const& file,
+                 std::function<void(std::ostream&)> const& write) {
+  if (file == standardInput) {
+    write(console.out);
+    return;
+  }
+  std::ofstream out(file, std::ios::binary);
+  write(out);
+  if (!out.flush()) {
+    throw UsageError(file + " cannot be written");
+  }
 }
 
 }  // namespace lab

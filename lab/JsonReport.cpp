@@ -4,6 +4,7 @@
 #include "lab/Report.h"
 #include "testkit/JournalText.h"
 #include "testkit/Printing.h"
+#include "testkit/RecordJson.h"
 #include "testkit/Statuses.h"
 #include "testkit/text/Json.h"
 
@@ -13,52 +14,13 @@ namespace lab {
 
 namespace {
 
-Json jsonOf(RuleRecord const& rule) {
-  Json::Array subRules;
-  for (PolicyMap::SubRuleData const& subRule : rule.subRules) {
-    subRules.emplace_back(describe(subRule));
-  }
-  Json json(Json::Object{{"class", rule.key.className().view()},
-                         {"acl", rule.key.aclName().view()},
-                         {"seq", rule.key.seqno()},
-                         {"match", describe(rule.match)}});
-  for (std::size_t i = 0; i != rule.actions.size(); ++i) {
-    json.add(PolicyMapTest::testActionNames[i], rule.actions[i]);
-  }
-  json.add("subRules", std::move(subRules));
-  return json;
-}
-
-Json jsonOf(std::vector<Vorel::IntfId> const& intfs) {
-  Json::Array names;
-  for (Vorel::IntfId const intf : intfs) {
-    names.emplace_back(intf.name().view());
-  }
-  return names;
-}
-
-Json jsonOf(Record const& record) {
-  return Json::Object{{"policy", record.policy},
-                      {"direction", record.direction},
-                      {"option", toText(record.option)},
-                      {"created", record.created},
-                      {"dirty", record.dirty},
-                      {"createCount", record.createCount},
-                      {"commitCount", record.commitCount},
-                      {"beginUpdateActionCount", record.beginUpdateActionCount},
-                      {"endUpdateActionCount", record.endUpdateActionCount},
-                      {"interfaces", jsonOf(record.interfaces)},
-                      {"ruleCount", record.ruleCount},
-                      {"subRuleCount", record.subRuleCount}};
-}
-
 Json jsonOf(StatusRow const& row) {
   return Json::Object{{"policy", row.policy},
                       {"direction", row.direction},
                       {"option", toText(row.option)},
                       {"programmed", row.programmed},
                       {"timeProgrammed", row.timeProgrammed ? Json(*row.timeProgrammed) : Json()},
-                      {"interfaces", jsonOf(row.interfaces)},
+                      {"interfaces", PolicyMapTestKit::jsonOf(row.interfaces)},
                       {"error", row.error},
                       {"operation", row.operation},
                       {"class", row.className},
@@ -232,7 +194,7 @@ void printJson(std::ostream& out, JsonReport const& report) {
   printList(out, report.outcome.faults, textOfItem);
   out << ",\n\"findings\":";
   printList(out, report.outcome.findings,
-            [](Finding const& finding) { return Json(toText(finding)).text(); });
+            [](Irregularity const& finding) { return Json(finding.text).text(); });
   out << ",\n\"outstanding\":";
   printList(out, outstandingIn(lab), [](Json const& json) { return json.text(); });
   out << ",\n\"changes\":";

@@ -2,10 +2,11 @@
 #include "lab/LabArguments.h"
 
 #include "lab/Console.h"
+#include "lab/Faults.h"
 #include "lab/Input.h"
-#include "lab/TextLayout.h"
 
 #include <algorithm>
+#include <array>
 
 namespace lab {
 
@@ -14,7 +15,56 @@ namespace {
 constexpr std::size_t mostClasses = 1000000;
 constexpr std::size_t mostInterfaces = 65535;
 
+// A flag that inverts the default of an option of the lab.
+struct Flag {
+  char const* name;
+  bool LabOptions::*value;
+  char const* text;
+};
+constexpr std::array inputFlags{
+    Flag{"--no-access-groups", &LabOptions::accessGroups,
+         "Leave out access lists that are attached by themselves"},
+};
+constexpr std::array hardwareFlags{
+    Flag{"--update-action", &LabOptions::updateAction,
+         "Change actions of programmed rules in place"},
+    Flag{"--expand-port-channels", &LabOptions::expandPortChannels,
+         "Program the members of port-channels"},
+    Flag{"--sub-rules-for-ports", &LabOptions::subRulesForPorts,
+         "Split port ranges into sub-rules, without range checkers"},
+    Flag{"--reprogram-on-intf-change", &LabOptions::reprogramOnIntfChange,
+         "Program a policy again when its interfaces change"},
+    Flag{"--no-deny-rules", &LabOptions::denyRules, "No deny rules"},
+    Flag{"--no-ttl", &LabOptions::ttl, "No match on TTL"},
+    Flag{"--only-ttl-eq", &LabOptions::onlyTtlEq, "A match on TTL must be for one value"},
+    Flag{"--no-ack-or-rst", &LabOptions::ackOrRst, "No match on ACK or RST"},
+    Flag{"--no-established", &LabOptions::established, "No match on established"},
+};
+constexpr std::array servedFlags{
+    Flag{"--no-l2", &LabOptions::layer2, "No policies on layer-2 interfaces"},
+    Flag{"--no-l3", &LabOptions::layer3, "No policies on layer-3 interfaces"},
+    Flag{"--no-mgmt", &LabOptions::management, "No policies on management interfaces"},
+    Flag{"--no-ip-acl", &LabOptions::ipLists, "No IPv4 rules"},
+    Flag{"--no-ip6-acl", &LabOptions::ip6Lists, "No IPv6 rules"},
+    Flag{"--no-mac-acl", &LabOptions::macLists, "No MAC rules"},
+};
+constexpr std::array orderFlags{
+    Flag{"--async", &LabOptions::async, "Commits and interface operations wait for a trigger"},
+    Flag{"--pseudo-async", &LabOptions::pseudoAsync,
+         "Results are asynchronous, but available immediately"},
+};
+
 }  // namespace
+
+template <class Flags>
+void LabArguments::addFlags(Flags const& flags, char const* group) {
+  command_.option_defaults()->group(group);
+  for (Flag const& flag : flags) {
+    bool& value = options_.*flag.value;
+    command_.add_flag_callback(
+        flag.name, [&value, usual = value] { value = !usual; }, flag.text);
+  }
+}
 
 LabArguments::LabArguments(CLI::App& command) : command_(command) {}
 
@@ -30,11 +80,7 @@ void LabArguments::addInputOptions() {
                 "With --lenient: a class that loses a condition matches more,\ninstead of nothing")
       ->group(group)
       ->needs(lenient);
-  command_
-      .add_flag_callback(
-          "--no-access-groups", [this] { options_.accessGroups = false; },
-          "Leave out access lists that are attached by themselves")
-      ->group(group);
+  addFlags(inputFlags, group);
   command_
       .add_option("--actions", actionsFile_,
                   "What lines of classes become: lines such as\n\"police = action1\"")
@@ -68,37 +114,42 @@ void LabArguments::addInputOptions() {
       ->needs(rules);
 }
 
-void LabArguments::addSwitch(std::string const& name, bool& value, std::string const& text) {
-  bool const usual = value;
-  command_.add_flag_callback(
-      name, [&value, usual] { value = !usual; }, text);
+void LabArguments::addHelperOptions() {
+  addFlags(hardwareFlags, "What the hardware can do");
 }
 
-void LabArguments::addHelperOptions() {
-  command_.option_defaults()->group("What the hardware can do");
-  addSwitch("--update-action", options_.updateAction,
-            "Change actions of programmed rules in place");
-  addSwitch("--expand-port-channels", options_.expandPortChannels,
-            "Program the members of port-channels");
-  addSwitch("--sub-rules-for-ports", options_.subRulesForPorts,
-            "Split port ranges into sub-rules, without range checkers");
-  addSwitch("--reprogram-on-intf-change", options_.reprogramOnIntfChange,
-            "Program a policy again when its interfaces change");
-  addSwitch("--no-deny-rules", options_.denyRules, "No deny rules");
-  addSwitch("--no-ttl", options_.ttl, "No match on TTL");
-  addSwitch("--only-ttl-eq", options_.onlyTtlEq, "A match on TTL must be for one value");
-  addSwitch("--no-ack-or-rst", options_.ackOrRst, "No match on ACK or RST");
-  addSwitch("--no-established", options_.established, "No match on established");
+void LabArguments::addOrderOptions(char const* group) {
+  addFlags(orderFlags, group);
 }
 
 void LabArguments::addMachineOptions() {
-  command_.option_defaults()->group("What is served");
-  addSwitch("--no-l2", options_.layer2, "No policies on layer-2 interfaces");
-  addSwitch("--no-l3", options_.layer3, "No policies on layer-3 interfaces");
-  addSwitch("--no-mgmt", options_.management, "No policies on management interfaces");
-  addSwitch("--no-ip-acl", options_.ipLists, "No IPv4 rules");
-  addSwitch("--no-ip6-acl", options_.ip6Lists, "No IPv6 rules");
-  addSwitch("--no-mac-acl", options_.macLists, "No MAC rules");
+  addFlags(servedFlags, "What is served");
+}
+
+std::vector<std::string> LabArguments::flagsOf(LabOptions const& options, Reading reading) {
+  std::vector<std::string> flags;
+  LabOptions const usual;
+  auto const add = [&](auto const& some) {
+    for (Flag const& flag : some) {
+      if (options.*flag.value != usual.*flag.value) {
+        flags.emplace_back(flag.name);
+      }
+    }
+  };
+  add(inputFlags);
+  add(hardwareFlags);
+  add(servedFlags);
+  add(orderFlags);
+  if (options.asyncDelay) {
+    flags.insert(flags.end(), {"--async-delay", std::to_string(*options.asyncDelay)});
+  }
+  if (reading != Reading::strict) {
+    flags.emplace_back("--lenient");
+  }
+  if (reading == Reading::widening) {
+    flags.emplace_back("--widen");
+  }
+  return flags;
 }
 
 void LabArguments::check(std::ptrdiff_t alsoReads) const {
@@ -113,15 +164,26 @@ void LabArguments::check(std::ptrdiff_t alsoReads) const {
   }
 }
 
-FilterSet LabArguments::readRules() const {
-  FilterSet set =
-      readFilterSet(readInput(rulesFile_),
-                    portsOnAnyProtocol_ ? PortRanges::onAnyProtocol : PortRanges::onPortProtocols);
-  if (layout_.classes > std::max<std::size_t>(set.rules.size(), 1)) {
-    throw UsageError("--classes: " + std::to_string(layout_.classes) + " is more than the " +
-                     counted(set.rules.size(), "rule") + " of " + rulesFile_);
+std::vector<Step> LabArguments::readInputs() const {
+  std::vector<Step> steps;
+  for (std::string const& file : files_) {
+    steps.push_back(withContent({.kind = Step::Kind::load, .name = file}));
   }
-  return set;
+  if (!rulesFile_.empty()) {
+    SourceText const source = readInput(rulesFile_);
+    steps.push_back({.kind = Step::Kind::rules,
+                     .name = *source.name(),
+                     .text = std::string(source.content()),
+                     .layout = layout_,
+                     .portRanges = portsOnAnyProtocol_ ? PortRanges::onAnyProtocol
+                                                       : PortRanges::onPortProtocols});
+  }
+  return steps;
+}
+
+std::string LabArguments::title() const {
+  std::string const first = files_.empty() ? rulesFile_ : files_.front();
+  return first.substr(first.find_last_of('/') + 1);
 }
 
 LabOptions LabArguments::readOptions() const {

@@ -6,7 +6,7 @@
 
 #include "lab/Kit.h"
 #include "testkit/Lab.h"
-#include "testkit/text/FilterSet.h"
+#include "testkit/runs/Step.h"
 
 #include <CLI/CLI.hpp>
 
@@ -27,21 +27,24 @@ class LabArguments {
   void addInputOptions();
   void addHelperOptions();
   void addMachineOptions();
+  // Those of asynchronous results, to a group.
+  void addOrderOptions(char const* group);
 
   // Raises UsageError without input, or if standard input is to be read more than once: here or
   // `alsoReads` times elsewhere.
   void check(std::ptrdiff_t alsoReads) const;
 
-  // Policy text, each file as an edit of those before it; empty for a filter set.
-  [[nodiscard]] std::vector<std::string> const& files() const { return files_; }
-  [[nodiscard]] std::string const& rulesFile() const { return rulesFile_; }
-  [[nodiscard]] FilterLayout const& layout() const { return layout_; }
-  // Raises InputError, and UsageError if there are fewer rules than classes.
-  [[nodiscard]] FilterSet readRules() const;
+  // What loads the files, each as an edit of those before it, or the filter set. Raises InputError.
+  [[nodiscard]] std::vector<Step> readInputs() const;
+  // The first input, without its folder, for headings.
+  [[nodiscard]] std::string title() const;
   [[nodiscard]] Reading reading() const {
     return widen_ ? Reading::widening : lenient_ ? Reading::lenient : Reading::strict;
   }
   [[nodiscard]] bool lenient() const { return lenient_; }
+
+  // The arguments that give these options, except faults and files.
+  [[nodiscard]] static std::vector<std::string> flagsOf(LabOptions const& options, Reading reading);
 
   // For more options. Files that they name are not read.
   LabOptions& options() { return options_; }
@@ -50,8 +53,8 @@ class LabArguments {
   [[nodiscard]] LabOptions readOptions() const;
 
  private:
-  // Adds a flag that inverts the default of a lab option.
-  void addSwitch(std::string const& name, bool& value, std::string const& text);
+  template <class Flags>
+  void addFlags(Flags const& flags, char const* group);
 
   CLI::App& command_;
   std::vector<std::string> files_;

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Program.h"
 
+#include "lab/ExploreVerb.h"
 #include "lab/GenerateVerb.h"
 #include "lab/Kit.h"
+#include "lab/MergeVerb.h"
+#include "lab/RunFileVerbs.h"
 #include "lab/RunVerb.h"
 #include "lab/ShellVerb.h"
 #include "lab/SweepVerb.h"
@@ -71,6 +74,11 @@ std::vector<std::unique_ptr<Verb>> makeVerbs(CLI::App& program) {
   verbs.push_back(std::make_unique<RunVerb>(program, RunVerb::Output::records));
   verbs.push_back(std::make_unique<RunVerb>(program, RunVerb::Output::explanations));
   verbs.push_back(std::make_unique<SweepVerb>(program));
+  verbs.push_back(std::make_unique<MergeVerb>(program));
+  verbs.push_back(std::make_unique<ExploreVerb>(program));
+  verbs.push_back(std::make_unique<ReplayVerb>(program));
+  verbs.push_back(std::make_unique<MinimiseVerb>(program));
+  verbs.push_back(std::make_unique<ExportVerb>(program));
   verbs.push_back(std::make_unique<GenerateVerb>(program));
   verbs.push_back(std::make_unique<TypesVerb>(program));
   verbs.push_back(std::make_unique<ShellVerb>(program));

@@ -251,8 +251,8 @@ void printFaults(std::ostream& out, TextStyle const& style, Outcome const& outco
   if (!outcome.findings.empty()) {
     out << "\n" << tinted(style, Tint::heading, "findings") << "\n";
   }
-  for (Finding const& finding : outcome.findings) {
-    printLines(out, style, Tint::bad, {toText(finding)});
+  for (Irregularity const& finding : outcome.findings) {
+    printLines(out, style, Tint::bad, {finding.text});
   }
 }
 

@@ -85,15 +85,20 @@ void RunVerb::addOutputOptions() {
       ->type_name("FORM")
       ->check(CLI::IsMember({"text", "json", "mermaid"}))
       ->group(group);
+  command_
+      ->add_option(
+          "--record", recordFile_,
+          "Write what was done and what happened to a file for\nreplay, export and minimise")
+      ->type_name("FILE")
+      ->group(group);
+  command_->add_option("--report", pageFile_, "Write a page for a browser")
+      ->type_name("FILE.html")
+      ->group(group);
 }
 
 void RunVerb::addFaultOptions() {
-  command_->option_defaults()->group("Faults, time and order");
+  arguments_.addOrderOptions("Faults, time and order");
   LabOptions& options = arguments_.options();
-  command_->add_flag("--async", options.async,
-                     "Commits and interface operations wait for a trigger");
-  command_->add_flag("--pseudo-async", options.pseudoAsync,
-                     "Results are asynchronous, but available immediately");
   command_
       ->add_option_function<std::string>(
           "--async-delay",
@@ -118,7 +123,9 @@ void RunVerb::addFaultOptions() {
           "--then", [this](std::string const& what) { steps_.push_back(readStep(what)); },
           "Afterwards remove the faults (clear), deliver pending\nresults (trigger or \"trigger "
           "N\") or those that are held\n(release), add faults (\"inject NAME=TEXT\" or\n\"faults "
-          "PLAN\") or load an edit (\"load FILE\");\nmay repeat")
+          "PLAN\"), load an edit (\"load FILE\"), take all\naway from the interfaces and put it "
+          "back (detach, attach),\nor end all faults and compare with a new lab (check);\nmay "
+          "repeat")
       ->type_name("WHAT")
       ->check(&faultOfStep)
       ->trigger_on_parse();
@@ -126,9 +133,7 @@ void RunVerb::addFaultOptions() {
       ->add_option_function<std::string>(
           "--advance",
           [this](std::string const& seconds) {
-            steps_.push_back({.kind = Step::Kind::advance,
-                              .seconds = secondsOf(seconds).value(),
-                              .text = "--advance " + seconds});
+            steps_.push_back(Step::advance(secondsOf(seconds).value()));
           },
           "Afterwards advance virtual time; may repeat,\nin order with --then")
       ->type_name("SECONDS")
@@ -141,6 +146,14 @@ void RunVerb::addFaultOptions() {
       ->type_name("[SOURCE/]LEVEL");
 }
 
+void RunVerb::perform(Run& run, Step const& step) const {
+  run.run.perform(step);
+  if (records()) {
+    run.done.push_back(step);
+    run.page.add(step, run.run);
+  }
+}
+
 void RunVerb::performSteps(Run& run) const {
   if (steps_.empty()) {
     return;
@@ -148,23 +161,21 @@ void RunVerb::performSteps(Run& run) const {
   Console const& console = run.console;
   if (tells()) {
     console.out << tinted(console.style, Tint::heading, "== before the first step") << "\n\n";
-    printStatuses(console.out, console.style, run.lab);
+    printStatuses(console.out, console.style, run.lab());
   }
-  Snapshot before = compares() ? run.lab.snapshot() : Snapshot();
+  Snapshot before = compares() ? run.lab().snapshot() : Snapshot();
   for (Step const& step : steps_) {
-    if (std::optional<FaultScope> faults = perform(run.lab, step, arguments_.reading())) {
-      run.faults.push_back(std::move(*faults));
-    }
+    perform(run, withContent(step));
     if (!compares()) {
       continue;
     }
-    Snapshot after = run.lab.snapshot();
+    Snapshot after = run.lab().snapshot();
     if (tells()) {
-      console.out << tinted(console.style, Tint::heading, "== " + step.text) << "\n\n";
+      console.out << tinted(console.style, Tint::heading, "== " + optionOf(step)) << "\n\n";
     }
-    showChanges(run, step.text, difference(before, after));
+    showChanges(run, optionOf(step), difference(before, after));
     if (tells()) {
-      printStatuses(console.out, console.style, run.lab);
+      printStatuses(console.out, console.style, run.lab());
     }
     before = std::move(after);
   }
@@ -178,26 +189,26 @@ void RunVerb::showChanges(Run& run, std::string const& step, Difference changes)
   }
 }
 
-void RunVerb::loadFiles(Run& run) const {
+void RunVerb::loadInputs(Run& run) const {
   Console const& console = run.console;
+  std::vector<Step> const inputs = arguments_.readInputs();
   Snapshot before;
-  for (std::size_t i = 0; i != arguments_.files().size(); ++i) {
-    run.lab.load(readInput(arguments_.files()[i]), arguments_.reading());
-    if (!compares() || arguments_.files().size() == 1) {
+  for (Step const& input : inputs) {
+    perform(run, input);
+    if (!compares() || inputs.size() == 1) {
       continue;
     }
-    Snapshot after = run.lab.snapshot();
-    if (i != 0) {
+    Snapshot after = run.lab().snapshot();
+    if (&input != inputs.data()) {
       if (tells()) {
-        console.out << tinted(console.style, Tint::heading,
-                              "== what " + arguments_.files()[i] + " changed")
+        console.out << tinted(console.style, Tint::heading, "== what " + input.name + " changed")
                     << "\n\n";
       }
-      showChanges(run, arguments_.files()[i], difference(before, after));
+      showChanges(run, input.name, difference(before, after));
     }
     before = std::move(after);
   }
-  if (tells() && arguments_.files().size() > 1) {
+  if (tells() && inputs.size() > 1) {
     console.out << tinted(console.style, Tint::heading, "== what is programmed now") << "\n\n";
   }
 }
@@ -216,32 +227,50 @@ void RunVerb::report(Run const& run, Outcome const& outcome) const {
   Console const& console = run.console;
   WithRules const withRules = summary_ ? WithRules::no : WithRules::yes;
   if (output_ == Output::explanations) {
-    printExplanations(console.out, console.style, run.lab, outcome);
+    printExplanations(console.out, console.style, run.lab(), outcome);
     if (!outcome.isRegular()) {
       printFaults(console.out, console.style, outcome);
     }
     return;
   }
   if (tells()) {
-    printReport(console.out, console.style, run.lab, outcome, withRules,
+    printReport(console.out, console.style, run.lab(), outcome, withRules,
                 skippedLines_ ? SkippedBy::line : SkippedBy::kind);
     printFaults(console.out, console.style, outcome);
     if (showsStatus()) {
       console.out << "\n" << tinted(console.style, Tint::heading, "status") << "\n";
-      printStatuses(console.out, console.style, run.lab);
+      printStatuses(console.out, console.style, run.lab());
     }
     if (!journal_.empty()) {
-      printJournal(console.out, console.style, run.lab.journal(), journal_ == "mermaid");
+      printJournal(console.out, console.style, run.lab().journal(), journal_ == "mermaid");
     }
     return;
   }
   if (json_) {
-    printJson(console.out, {run.lab, outcome, run.changes, withRules, !journal_.empty()});
+    printJson(console.out, {run.lab(), outcome, run.changes, withRules, !journal_.empty()});
   } else {
-    writeJsonLines(console.out, run.lab.journal());
+    writeJsonLines(console.out, run.lab().journal());
   }
   for (Problem const& problem : outcome.problems) {
     console.err << "policymap-lab: " << shownText(toText(problem)) << "\n";
+  }
+  for (Irregularity const& finding : outcome.findings) {
+    console.err << "policymap-lab: " << shownText(finding.text) << "\n";
+  }
+}
+
+void RunVerb::writeFiles(Run const& run) const {
+  if (!records()) {
+    return;
+  }
+  Script script{run.run.options(), arguments_.reading(), run.done};
+  RunFile const file = recordOf(std::move(script), run.run);
+  if (!recordFile_.empty()) {
+    writeOutput(run.console, recordFile_, [&](std::ostream& out) { write(out, file); });
+  }
+  if (!pageFile_.empty()) {
+    writeOutput(run.console, pageFile_,
+                [&](std::ostream& out) { writePage(out, run.page.json(file)); });
   }
 }
 
@@ -256,7 +285,7 @@ void RunVerb::check() const {
   }
   std::string const plan = std::string("@") + standardInput;
   arguments_.check(std::count_if(steps_.begin(), steps_.end(),
-                                 [](Step const& step) { return step.file == standardInput; }) +
+                                 [](Step const& step) { return step.name == standardInput; }) +
                    std::count(plans_.begin(), plans_.end(), plan));
 }
 
@@ -271,22 +300,22 @@ ExitStatus RunVerb::run(Console const& console) {
     addPlan(options.plan, readPlan("--faults", plan));
   }
   setTrace();
-  if (journal_.empty()) {
-    options.journal = 0;
+  options.journal = journal_.empty() ? 0 : options.journal;
+  if (records()) {
+    options.journal = SIZE_MAX;
+    options.journalStatuses = true;
   }
-  Lab lab(options);
-  Run run{lab, console};
-  showProgress(lab, progress);
-  if (arguments_.rulesFile().empty()) {
-    loadFiles(run);
-  } else {
-    lab.load(arguments_.readRules(), arguments_.layout());
-  }
+  ScriptRun script(options, arguments_.reading());
+  Run run{script, console, {}, {}, RunReport(arguments_.title())};
+  showProgress(run.lab(), progress);
+  loadInputs(run);
   progress.clear();
   performSteps(run);
 
-  Outcome const outcome = outcomeOf(lab);
+  Outcome outcome = outcomeOf(run.lab());
+  outcome.findings = script.irregularities();  // those of checks, too
   report(run, outcome);
+  writeFiles(run);
   AttachmentCount const& attachments = outcome.attachments;
   bool const isLeftOut = !arguments_.lenient() && output_ == Output::records &&
                          attachments.programmed != attachments.all;

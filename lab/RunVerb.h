@@ -10,6 +10,8 @@
 #include "lab/Verb.h"
 #include "testkit/Lab.h"
 #include "testkit/Problems.h"
+#include "testkit/report/Report.h"
+#include "testkit/runs/ScriptRun.h"
 
 #include <cstdint>
 #include <string>
@@ -32,15 +34,19 @@ class RunVerb : public Verb {
 
   // One execution.
   struct Run {
-    Lab& lab;
+    ScriptRun& run;
     Console const& console;
+    std::vector<Step> done = {};
     std::vector<StepChanges> changes = {};  // for JSON
-    std::vector<FaultScope> faults = {};    // of the steps
+    RunReport page;
+
+    [[nodiscard]] Lab& lab() const { return run.lab(); }
   };
 
   // Raises UsageError for options that exclude each other.
   void check() const;
-  void loadFiles(Run& run) const;
+  void perform(Run& run, Step const& step) const;
+  void loadInputs(Run& run) const;
   void performSteps(Run& run) const;
   void showChanges(Run& run, std::string const& step, Difference changes) const;
   // Whether changes are determined, and printed as text while the lab runs.
@@ -49,6 +55,9 @@ class RunVerb : public Verb {
   bool showsStatus() const;
   void setTrace() const;
   void report(Run const& run, Outcome const& outcome) const;
+  // Writes the files of --record and --report.
+  void writeFiles(Run const& run) const;
+  [[nodiscard]] bool records() const { return !recordFile_.empty() || !pageFile_.empty(); }
 
   Output output_;
   CLI::App* command_;
@@ -61,6 +70,8 @@ class RunVerb : public Verb {
   std::vector<std::string> plans_;
   std::vector<Step> steps_;  // in the order of the command line
   std::string trace_;        // empty: none
+  std::string recordFile_;   // empty: none
+  std::string pageFile_;     // empty: none
 };
 
 }  // namespace lab

@@ -3,15 +3,12 @@
 
 #include "lab/Input.h"
 #include "lab/Progress.h"
-#include "testkit/text/Json.h"
+#include "lab/SweepText.h"
+#include "testkit/report/Report.h"
+#include "testkit/runs/RunFile.h"
 #include "testkit/text/Lexer.h"
-#include "testkit/text/ShownText.h"
 
 #include <algorithm>
-#include <chrono>
-#include <iomanip>
-#include <memory>
-#include <sstream>
 #include <utility>
 
 namespace lab {
@@ -39,26 +36,6 @@ void readShard(std::string const& text, SweepOptions& options) {
   options.shards = shards;
 }
 
-Json jsonOf(SweepResult const& result) {
-  Json::Array findings(result.findings.begin(), result.findings.end());
-  Json json(Json::Object{{"case", toText(result.which)},
-                         {"injected", result.injected},
-                         {"findings", std::move(findings)}});
-  if (!result.journal.empty()) {
-    json.add("journal", Json::Array(result.journal.begin(), result.journal.end()));
-  }
-  return json;
-}
-
-void printResult(Console const& console, SweepResult const& result) {
-  console.out << tinted(console.style, Tint::bad, toText(result.which)) << "\n";
-  for (std::string const& finding : result.findings) {
-    for (std::string const& line : wrapped(finding, console.style.width - 2)) {
-      console.out << "  " << line << "\n";
-    }
-  }
-}
-
 }  // namespace
 
 SweepVerb::SweepVerb(CLI::App& program)
@@ -80,7 +57,7 @@ SweepVerb::SweepVerb(CLI::App& program)
       ->add_option_function<std::string>(
           "--advance",
           [this](std::string const& seconds) {
-            steps_.push_back({.kind = Step::Kind::advance, .seconds = secondsOf(seconds).value()});
+            steps_.push_back(Step::advance(secondsOf(seconds).value()));
           },
           "Afterwards advance virtual time; may repeat,\nin order with --then")
       ->type_name("SECONDS")
@@ -102,49 +79,40 @@ SweepVerb::SweepVerb(CLI::App& program)
   command_->add_option("--only", only_, "Run one case, as it is named in a finding")
       ->type_name("CASE")
       ->group(group);
-  command_->add_flag("--json", json_, "Print one JSON object per case")->group(group);
+  command_->add_flag("--json", json_, "Print one JSON object per case, for merge")->group(group);
+  command_->add_flag("--journals", options_.journals, "Keep the journal of each case")
+      ->group(group);
+  command_
+      ->add_option("--record", recordFile_,
+                   "Write the first case with findings to a file for\nreplay and minimise")
+      ->type_name("FILE")
+      ->group(group);
+  command_->add_option("--report", pageFile_, "Write a page for a browser, with all journals")
+      ->type_name("FILE.html")
+      ->group(group);
   arguments_.addHelperOptions();
   arguments_.addMachineOptions();
 }
 
-Scenario SweepVerb::scenario() const {
-  auto const sources = std::make_shared<std::vector<SourceText>>();
-  for (std::string const& file : arguments_.files()) {
-    sources->push_back(readInput(file));
-  }
-  auto const rules = arguments_.rulesFile().empty()
-                         ? nullptr
-                         : std::make_shared<FilterSet const>(arguments_.readRules());
-  auto const edits = std::make_shared<std::vector<std::pair<Step, SourceText>>>();
+Script SweepVerb::readScript() const {
+  Script script{arguments_.readOptions(), arguments_.reading(), arguments_.readInputs()};
   for (Step const& step : steps_) {
-    edits->emplace_back(step,
-                        step.kind == Step::Kind::load ? readInput(step.file) : SourceText("", ""));
+    script.steps.push_back(withContent(step));
   }
-  return [=, reading = arguments_.reading(), layout = arguments_.layout()](Lab& lab) {
-    for (SourceText const& source : *sources) {
-      lab.load(source, reading);
-    }
-    if (rules) {
-      lab.load(*rules, layout);
-    }
-    for (auto const& [step, source] : *edits) {
-      if (step.kind == Step::Kind::load) {
-        lab.load(source, reading);
-      } else {
-        lab.advance(std::chrono::duration<double>(step.seconds));
-      }
-    }
-  };
+  return script;
 }
 
 ExitStatus SweepVerb::run(Console const& console) {
   arguments_.check(0);
+  Script const script = readScript();
   SweepOptions options = options_;
-  options.lab = arguments_.readOptions();
+  options.lab = script.options;
+  options.compareWithNewLab = true;
+  options.journals = options.journals || !pageFile_.empty();
   if (!shard_.empty()) {
     readShard(shard_, options);
   }
-  Sweep const sweep(scenario(), std::move(options));
+  Sweep const sweep(scenarioOf(script), std::move(options));
   SweepReport report;
   if (!only_.empty()) {
     report.results.push_back(sweep.run(parseSweepCase(only_)));
@@ -160,23 +128,20 @@ ExitStatus SweepVerb::run(Console const& console) {
       console.out << jsonOf(result).text() << "\n";
     }
   } else {
-    for (SweepResult const& result : failed) {
-      printResult(console, result);
-      for (std::size_t i = 0; !only_.empty() && i != result.journal.size(); ++i) {
-        console.out << result.journal[i] << "\n";
-      }
+    printSweep(console, report);
+    for (std::size_t i = 0; !only_.empty() && !failed.empty() && i != failed[0].journal.size();
+         ++i) {
+      console.out << failed[0].journal[i] << "\n";
     }
-    std::ostringstream time;
-    time << std::fixed << std::setprecision(2) << report.seconds;
-    console.out << counted(report.results.size(), "case") << ", "
-                << counted(report.injected(), "injected fault") << ", "
-                << counted(failed.size(), "case") << " with findings";
-    if (only_.empty()) {
-      auto const rate = static_cast<double>(report.results.size()) / report.seconds;
-      console.out << ", " << time.str() << " s, " << static_cast<std::uint64_t>(rate)
-                  << " cases per second";
-    }
-    console.out << "\n";
+  }
+  if (!pageFile_.empty()) {
+    writeOutput(console, pageFile_,
+                [&](std::ostream& out) { writePage(out, reportOf(arguments_.title(), report)); });
+  }
+  if (!recordFile_.empty() && (!failed.empty() || !only_.empty())) {
+    SweepResult const& result = failed.empty() ? report.results.front() : failed.front();
+    writeOutput(console, recordFile_,
+                [&](std::ostream& out) { write(out, record(scriptOf(script, result))); });
   }
   return failed.empty() ? ExitStatus::success : ExitStatus::notProgrammed;
 }

@@ -25,8 +25,8 @@ class SweepVerb : public Verb {
   ExitStatus run(Console const& console) override;
 
  private:
-  // Loads everything and performs the steps; files are read once.
-  [[nodiscard]] Scenario scenario() const;
+  // Loads everything and performs the steps.
+  [[nodiscard]] Script readScript() const;
 
   CLI::App* command_;
   LabArguments arguments_;
@@ -35,6 +35,8 @@ class SweepVerb : public Verb {
   std::string shard_;  // "I/N"; empty: all
   SweepOptions options_;
   bool json_ = false;
+  std::string recordFile_;  // empty: none
+  std::string pageFile_;    // empty: none
 };
 
 }  // namespace lab

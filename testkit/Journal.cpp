@@ -78,6 +78,13 @@ std::string JournalEntry::describe() const {
   std::ostringstream out;
   switch (kind) {
   case Kind::test: out << "[" << operation << (text.empty() ? "" : " ") << text << "]"; break;
+  case Kind::status:
+    out << "status of " << nameOf(*policy);
+    if (option) {
+      out << ' ' << *option;
+    }
+    out << ": " << operation << ' ' << (text.empty() ? Kor::String("-") : text);
+    break;
   case Kind::result: out << "result: " << (error.empty() ? Kor::String("done") : error); break;
   case Kind::call:
     out << describeCall();
@@ -240,6 +247,17 @@ JournalEntry const* Journal::openCall() const {
 void Journal::resultArrived(Kor::String const& error) {
   if (limit_ != 0) {
     add(JournalEntry::Kind::result, "result").error = error;
+  }
+}
+
+void Journal::statusChanged(PolicyMap::PolicyMapSmKey const& policy,
+                            std::optional<PolicyMap::ClassMapMatchOption> option,
+                            std::string_view attribute, std::string const& value) {
+  if (limit_ != 0) {
+    JournalEntry& entry = add(JournalEntry::Kind::status, attribute);
+    entry.policy = policy;
+    entry.option = option;
+    entry.text = Kor::String(value);
   }
 }
 

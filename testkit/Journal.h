@@ -30,6 +30,8 @@ struct POLICYMAPTESTKIT_API JournalEntry {
   enum class Kind : std::uint8_t {
     call,    // of an operation of the helper
     result,  // of an asynchronous operation
+    status,  // of a policy has changed: `operation` is "programmed", "failure", ...; see
+             // LabOptions::journalStatuses
     test,    // what the test did: `operation` is "load", "write", "advance", "trigger", ...
   };
   using Actions = std::array<std::uint32_t, PolicyMapTest::testActionKinds>;
@@ -58,8 +60,9 @@ struct POLICYMAPTESTKIT_API JournalEntry {
   bool threw = false;
   // For calls: why the core calls it, e.g. "rules changed"; empty for a call by the test.
   std::string_view cause;
-  // For what the test did: its argument. For calls: what the test did last before the call, e.g.
-  // "load policy text", or what it wrote: "write class-map web, policy-map edge".
+  // For what the test did: its argument. For a status: its new value. For calls: what the test did
+  // last before the call, e.g. "load policy text", or what it wrote: "write class-map web,
+  // policy-map edge".
   Kor::String text;
 
   // One line without number and time: "addRule edge/input ipv4 web web:10 permit tcp any any eq 80
@@ -119,6 +122,10 @@ class POLICYMAPTESTKIT_API Journal {
   std::uint64_t begin(HelperCall const& call, std::string_view cause = {});
   void end(std::uint64_t number, HelperCall const& call, bool threw);
   void resultArrived(Kor::String const& error);
+  // `attribute` must outlive the journal.
+  void statusChanged(PolicyMap::PolicyMapSmKey const& policy,
+                     std::optional<PolicyMap::ClassMapMatchOption> option,
+                     std::string_view attribute, std::string const& value);
 
  private:
   JournalEntry& add(JournalEntry::Kind kind, std::string_view operation);

@@ -19,9 +19,10 @@ using Text::Json;
 
 constexpr std::uint64_t journalVersion = 1;
 
-constexpr std::array<std::pair<JournalEntry::Kind, std::string_view>, 3> kinds{
+constexpr std::array<std::pair<JournalEntry::Kind, std::string_view>, 4> kinds{
     {{JournalEntry::Kind::call, "call"},
      {JournalEntry::Kind::result, "result"},
+     {JournalEntry::Kind::status, "status"},
      {JournalEntry::Kind::test, "test"}}};
 
 // The texts of an entry in the order in which they are written.
@@ -51,138 +52,28 @@ void addTexts(Json& json, JournalLine const& line, Members const& members) {
   }
 }
 
-Json jsonOf(JournalLine const& line) {
-  auto const* const kind = std::find_if(kinds.begin(), kinds.end(),
-                                        [&](auto const& each) { return each.first == line.kind; });
-  Json json(Json::Object{{"number", line.number}, {"time", line.time}, {"kind", kind->second}});
-  addTexts(json, line, textsBeforeRule);
-  if (line.sequence) {
-    json.add("seq", *line.sequence);
+template <class Members>
+void readTexts(JournalLine& read, Text::JsonLine const& json, Members const& members) {
+  for (TextMember const& member : members) {
+    read.*member.value = json.text(member.name);
   }
-  addTexts(json, line, textsOfRule);
-  if (line.actions) {
-    for (std::size_t i = 0; i != line.actions->size(); ++i) {
-      json.add(PolicyMapTest::testActionNames[i], (*line.actions)[i]);
-    }
-  }
-  addTexts(json, line, textsAfterRule);
-  if (line.threw) {
-    json.add("threw", true);
-  }
-  if (line.count != 0) {
-    json.add("count", line.count);
-  }
-  return json;
 }
 
-// Reads one line; its errors name the line.
-class LineParser {
- public:
-  explicit LineParser(Text::LineReader const& line) : line_(line) {
-    try {
-      json_ = Json::parse(line.line());
-    } catch (Text::JsonError const& error) {
-      fail(error.offset(), error.expected());
+void readActions(JournalLine& read, Text::JsonLine const& json) {
+  JournalEntry::Actions actions{};
+  for (std::size_t i = 0; i != actions.size(); ++i) {
+    std::string_view const name = PolicyMapTest::testActionNames[i];
+    if (!json.has(name)) {
+      continue;
     }
-    if (json_.as<Json::Object>() == nullptr) {
-      fail(0, "a JSON object");
+    std::uint64_t const value = json.number(name);
+    if (value > std::numeric_limits<std::uint32_t>::max()) {
+      json.fail(0, "a number of 32 bits as member \"" + std::string(name) + "\"");
     }
+    actions[i] = static_cast<std::uint32_t>(value);
+    read.actions = actions;
   }
-
-  void head() const {
-    std::uint64_t const version = number("journal");
-    if (version != journalVersion) {
-      fail(0, "a journal of version " + std::to_string(journalVersion));
-    }
-  }
-
-  // None if the kind is unknown.
-  [[nodiscard]] std::optional<JournalLine> entry() const {
-    std::string const kind = text("kind");
-    auto const* const known = std::find_if(kinds.begin(), kinds.end(),
-                                           [&](auto const& each) { return each.second == kind; });
-    if (kind.empty()) {
-      fail(0, "a member \"kind\"");
-    }
-    if (known == kinds.end()) {
-      return std::nullopt;
-    }
-    JournalLine read;
-    read.kind = known->first;
-    read.number = number("number");
-    read.time = time();
-    readTexts(read, textsBeforeRule);
-    readTexts(read, textsOfRule);
-    readTexts(read, textsAfterRule);
-    if (json_.member("seq") != nullptr) {
-      read.sequence = number("seq");
-    }
-    readActions(read);
-    Json const* const threw = json_.member("threw");
-    read.threw = threw != nullptr && required<bool>(*threw, "threw", "true or false");
-    read.count = json_.member("count") == nullptr ? 0 : number("count");
-    return read;
-  }
-
- private:
-  [[noreturn]] void fail(std::size_t offset, std::string expected) const {
-    std::string_view const found = line_.line().substr(std::min(offset, line_.line().size()));
-    throw Text::InputError(line_.position(static_cast<std::uint32_t>(offset) + 1),
-                           std::move(expected), found);
-  }
-
-  template <class Type>
-  Type required(Json const& json, std::string_view name, char const* what) const {
-    Type const* const value = json.as<Type>();
-    if (value == nullptr) {
-      fail(0, std::string(what) + " as member \"" + std::string(name) + "\"");
-    }
-    return *value;
-  }
-
-  [[nodiscard]] std::uint64_t number(std::string_view name) const {
-    Json const* const found = json_.member(name);
-    return required<std::uint64_t>(found == nullptr ? Json() : *found, name, "a whole number");
-  }
-  [[nodiscard]] std::string text(std::string_view name) const {
-    Json const* const found = json_.member(name);
-    return found == nullptr ? std::string() : required<std::string>(*found, name, "a text");
-  }
-  [[nodiscard]] double time() const {
-    Json const* const found = json_.member("time");
-    auto const* const whole = found == nullptr ? nullptr : found->as<std::uint64_t>();
-    if (whole != nullptr) {
-      return static_cast<double>(*whole);
-    }
-    return required<double>(found == nullptr ? Json() : *found, "time", "a number");
-  }
-
-  template <class Members>
-  void readTexts(JournalLine& read, Members const& members) const {
-    for (TextMember const& member : members) {
-      read.*member.value = text(member.name);
-    }
-  }
-
-  void readActions(JournalLine& read) const {
-    JournalEntry::Actions actions{};
-    for (std::size_t i = 0; i != actions.size(); ++i) {
-      std::string_view const name = PolicyMapTest::testActionNames[i];
-      if (json_.member(name) == nullptr) {
-        continue;
-      }
-      std::uint64_t const value = number(name);
-      if (value > std::numeric_limits<std::uint32_t>::max()) {
-        fail(0, "a number of 32 bits as member \"" + std::string(name) + "\"");
-      }
-      actions[i] = static_cast<std::uint32_t>(value);
-      read.actions = actions;
-    }
-  }
-
-  Text::LineReader const& line_;
-  Json json_;
-};
+}
 
 // Mermaid ends a message at ';', takes '#' for an escape, '%' for a comment, and would show markup.
 std::string mermaidText(std::string_view text) {
@@ -216,6 +107,56 @@ void writeCall(std::ostream& out, JournalEntry const& entry) {
 }
 
 }  // namespace
+
+Json jsonOf(JournalLine const& line) {
+  auto const* const kind = std::find_if(kinds.begin(), kinds.end(),
+                                        [&](auto const& each) { return each.first == line.kind; });
+  Json json(Json::Object{{"number", line.number}, {"time", line.time}, {"kind", kind->second}});
+  addTexts(json, line, textsBeforeRule);
+  if (line.sequence) {
+    json.add("seq", *line.sequence);
+  }
+  addTexts(json, line, textsOfRule);
+  if (line.actions) {
+    for (std::size_t i = 0; i != line.actions->size(); ++i) {
+      json.add(PolicyMapTest::testActionNames[i], (*line.actions)[i]);
+    }
+  }
+  addTexts(json, line, textsAfterRule);
+  if (line.threw) {
+    json.add("threw", true);
+  }
+  if (line.count != 0) {
+    json.add("count", line.count);
+  }
+  return json;
+}
+
+std::optional<JournalLine> journalLineOf(Text::JsonLine const& json) {
+  std::string const kind = json.text("kind");
+  auto const* const known = std::find_if(kinds.begin(), kinds.end(),
+                                         [&](auto const& each) { return each.second == kind; });
+  if (kind.empty()) {
+    json.fail(0, "a member \"kind\"");
+  }
+  if (known == kinds.end()) {
+    return std::nullopt;
+  }
+  JournalLine read;
+  read.kind = known->first;
+  read.number = json.number("number");
+  read.time = json.real("time");
+  readTexts(read, json, textsBeforeRule);
+  readTexts(read, json, textsOfRule);
+  readTexts(read, json, textsAfterRule);
+  if (json.has("seq")) {
+    read.sequence = json.number("seq");
+  }
+  readActions(read, json);
+  read.threw = json.has("threw") && json.flag("threw");
+  read.count = json.has("count") ? json.number("count") : 0;
+  return read;
+}
 
 JournalLine::JournalLine(JournalEntry const& entry)
     : kind(entry.kind),
@@ -274,10 +215,12 @@ std::vector<JournalLine> readJournal(Text::SourceText const& source) {
     if (lines.line().find_first_not_of(" \t") == std::string_view::npos) {
       continue;
     }
-    LineParser const parser(lines);
+    Text::JsonLine const json(lines);
     if (!std::exchange(headed, true)) {
-      parser.head();
-    } else if (std::optional<JournalLine> entry = parser.entry()) {
+      if (json.number("journal") != journalVersion) {
+        json.fail(0, "a journal of version " + std::to_string(journalVersion));
+      }
+    } else if (std::optional<JournalLine> entry = journalLineOf(json)) {
       entries.push_back(*std::move(entry));
     }
   }
@@ -306,6 +249,7 @@ void writeMermaid(std::ostream& out, Journal const& journal) {
     case JournalEntry::Kind::result:
       writeArrow(out, entry.error.empty() ? "helper-->>core" : "helper--xcore", entry.describe());
       break;
+    case JournalEntry::Kind::status: writeArrow(out, "core-->>test", entry.describe()); break;
     case JournalEntry::Kind::call: writeCall(out, entry); break;
     }
   }

@@ -10,6 +10,7 @@
 #include "testkit/Export.h"
 #include "testkit/Journal.h"
 #include "testkit/text/Json.h"
+#include "testkit/text/JsonLine.h"
 #include "testkit/text/SourceText.h"
 
 #include <cstdint>
@@ -54,8 +55,8 @@ struct POLICYMAPTESTKIT_API JournalLine {
 };
 
 // The head line {"journal":1,"dropped":N}, with the version of the form and the number of entries
-// that were dropped; then an object per entry. Each has "number", "time", "kind" ("call", "result"
-// or "test") and "operation"; other members only if they are not empty, 0 or false:
+// that were dropped; then an object per entry. Each has "number", "time", "kind" ("call", "result",
+// "status" or "test") and "operation"; other members only if they are not empty, 0 or false:
 //
 //   {"number":3,"time":0.0,"kind":"call","operation":"createPolicy","policy":"edge",
 //    "direction":"input","option":"ipv4","cause":"rules changed","text":"load policy text"}
@@ -64,6 +65,11 @@ struct POLICYMAPTESTKIT_API JournalLine {
 // "threw" and "count".
 [[nodiscard]] POLICYMAPTESTKIT_API std::vector<std::string> jsonLines(Journal const& journal);
 POLICYMAPTESTKIT_API void writeJsonLines(std::ostream& out, Journal const& journal);
+
+// One entry of them, and read again: none if its kind is unknown.
+[[nodiscard]] POLICYMAPTESTKIT_API Text::Json jsonOf(JournalLine const& line);
+[[nodiscard]] POLICYMAPTESTKIT_API std::optional<JournalLine> journalLineOf(
+    Text::JsonLine const& json);
 
 // Reads JSON lines. Ignores empty lines, unknown members, and entries of an unknown kind. Throws
 // Text::InputError, with the number of the line, for any other text.

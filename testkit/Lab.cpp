@@ -77,6 +77,10 @@ Lab::Lab(LabOptions const& options, HelperMaker const& makeHelper)
       machine_->nonexistentIntfDel(intf);
     }
   });
+  if (options.journalStatuses) {
+    statusWatch_.emplace(status_,
+                         [this](auto const&... change) { journal_.statusChanged(change...); });
+  }
   if (options.journal != 0) {
     writes_.observe(configuration_, requests_, helper());
   }
@@ -118,6 +122,24 @@ void Lab::edit(Text::SourceText const& source, Text::Reading reading, std::strin
 void Lab::load(Text::FilterSet const& rules, FilterLayout const& layout) {
   journal_.testDid("load", Kor::String(std::to_string(rules.rules.size()) + " rules"));
   configure(Text::filterSettings(rules, layout.classes, layout.interfaces));
+}
+
+void Lab::load(Text::Settings const& settings) {
+  journal_.testDid("load", Kor::String("settings"));
+  configure(settings);
+}
+
+void Lab::detachAll() {
+  journal_.testDid("detach", {});
+  attached_ = configuration_.settings();
+  configure(Text::withoutAttachments(*attached_));
+}
+
+void Lab::attachAll() {
+  journal_.testDid("attach", {});
+  if (attached_) {
+    configure(*std::exchange(attached_, std::nullopt));
+  }
 }
 
 void Lab::configure(Text::Settings const& settings) {

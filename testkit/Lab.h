@@ -29,6 +29,7 @@
 #include "testkit/LabOptions.h"
 #include "testkit/Recorder.h"
 #include "testkit/Snapshot.h"
+#include "testkit/StatusWatch.h"
 #include "testkit/WriteLog.h"
 #include "testkit/config/Configuration.h"
 #include "testkit/faults/FaultScope.h"
@@ -86,6 +87,12 @@ class POLICYMAPTESTKIT_API Lab {
   // "rules-2", ..., each matching the access list of its name with the sequence numbers 10, 20,
   // ..., attached for input at Ethernet1, Ethernet2, ...
   void load(Text::FilterSet const& rules, FilterLayout const& layout = {});
+  // Replaces the current configuration.
+  void load(Text::Settings const& settings);
+  // Takes all policy-maps and access lists away from the interfaces, and settles; and puts those
+  // back that the last detachAll() took away, which without one is nothing.
+  void detachAll();
+  void attachAll();
 
   // Called by load() with the new configuration, before anything of it is programmed.
   void onLoadIs(std::function<void(Text::Settings const&)> onLoad) { onLoad_ = std::move(onLoad); }
@@ -207,8 +214,10 @@ class POLICYMAPTESTKIT_API Lab {
   Text::ActionMapping actions_;
   Text::SkippedLines skipped_;
   std::function<void(Text::Settings const&)> onLoad_;
+  std::optional<Text::Settings> attached_;  // before detachAll()
   PolicyMap::PolicyMapStatusRequestDir::Ptr requests_;
   PolicyMap::PolicyMapTypeStatus::Ptr status_;
+  std::optional<StatusWatch> statusWatch_;  // for the journal
   RecordedHelper recorded_;
   std::optional<FaultScope> plan_;  // of the options
   PolicyMapTest::TestServicePolicySm::Ptr machine_;

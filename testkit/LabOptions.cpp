@@ -24,6 +24,27 @@ constexpr std::array attributes{
 #undef POLICYMAPTEST_ROW
 };
 
+constexpr std::array switches{
+    LabSwitch{"updateAction", &LabOptions::updateAction},
+    LabSwitch{"expandPortChannels", &LabOptions::expandPortChannels},
+    LabSwitch{"subRulesForPorts", &LabOptions::subRulesForPorts},
+    LabSwitch{"reprogramOnIntfChange", &LabOptions::reprogramOnIntfChange},
+    LabSwitch{"denyRules", &LabOptions::denyRules},
+    LabSwitch{"ttl", &LabOptions::ttl},
+    LabSwitch{"onlyTtlEq", &LabOptions::onlyTtlEq},
+    LabSwitch{"ackOrRst", &LabOptions::ackOrRst},
+    LabSwitch{"established", &LabOptions::established},
+    LabSwitch{"async", &LabOptions::async},
+    LabSwitch{"pseudoAsync", &LabOptions::pseudoAsync},
+    LabSwitch{"layer2", &LabOptions::layer2},
+    LabSwitch{"layer3", &LabOptions::layer3},
+    LabSwitch{"management", &LabOptions::management},
+    LabSwitch{"ipLists", &LabOptions::ipLists},
+    LabSwitch{"ip6Lists", &LabOptions::ip6Lists},
+    LabSwitch{"macLists", &LabOptions::macLists},
+    LabSwitch{"accessGroups", &LabOptions::accessGroups},
+};
+
 }  // namespace
 
 std::vector<std::string> faultNames() {
@@ -52,6 +73,10 @@ void clearFaults(AclHelper& helper) {
   for (Attribute const& attribute : attributes) {
     (helper.*attribute.write)({});
   }
+}
+
+std::span<LabSwitch const> labSwitches() {
+  return switches;
 }
 
 }  // namespace PolicyMapTestKit

@@ -13,7 +13,9 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace PolicyMapTestKit {
@@ -72,6 +74,15 @@ struct LabOptions {
 
   // The number of entries that the journal keeps; the oldest are dropped. 0: no journal.
   std::size_t journal = 65536;
+  // Whether the journal also has the changes of statuses.
+  bool journalStatuses = false;
 };
+
+// The options that are on or off, by name, in the order of LabOptions.
+struct LabSwitch {
+  std::string_view name;
+  bool LabOptions::*value;
+};
+POLICYMAPTESTKIT_API std::span<LabSwitch const> labSwitches();
 
 }  // namespace PolicyMapTestKit

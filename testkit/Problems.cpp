@@ -167,7 +167,11 @@ AttachmentCount countAttachments(Lab const& lab) {
 }
 
 Outcome outcomeOf(Lab const& lab) {
-  return {findProblems(lab), countAttachments(lab), lab.faults(), lab.findings()};
+  Outcome outcome{findProblems(lab), countAttachments(lab), lab.faults(), {}};
+  for (Finding const& finding : lab.findings()) {
+    outcome.findings.push_back({Irregularity::Kind::finding, toText(finding)});
+  }
+  return outcome;
 }
 
 std::string toText(Problem const& problem) {

@@ -5,6 +5,7 @@
 
 #include "testkit/Export.h"
 #include "testkit/Lab.h"
+#include "testkit/runs/Recovery.h"
 
 #include <algorithm>
 #include <string>
@@ -41,7 +42,7 @@ struct Outcome {
   std::vector<Problem> problems;
   AttachmentCount attachments;
   std::vector<FaultState> faults;
-  std::vector<Finding> findings;
+  std::vector<Irregularity> findings;
 
   // No fault is unmet, unless it is optional, and nothing was found.
   [[nodiscard]] bool isRegular() const {

@@ -45,6 +45,23 @@ void ListEntries::eraseRemarks() {
   remarks_.clear();
 }
 
+Settings withoutAttachments(Settings settings) {
+  auto const clear = [](InterfaceSettings& interface) {
+    interface.policyMaps = {};
+    interface.typedPolicyMaps = {};
+    interface.accessGroups = {};
+    interface.skippedAttachments = {};
+  };
+  for (auto& [intf, interface] : settings.interfaces) {
+    clear(interface);
+  }
+  for (auto& [where, interface] : settings.elsewhere) {
+    clear(interface);
+  }
+  settings.zonePairs.clear();
+  return settings;
+}
+
 std::string nameOf(Settings const& settings, Vorel::IntfId intf) {
   auto const found = settings.interfaces.find(intf);
   bool const written = found != settings.interfaces.end() && !found->second.written.empty();

@@ -193,6 +193,9 @@ struct Settings {
   bool widening = false;
 };
 
+// The same with nothing attached anywhere.
+POLICYMAPTESTKIT_API Settings withoutAttachments(Settings settings);
+
 // The name of an interface as it is written, or the canonical one.
 POLICYMAPTESTKIT_API std::string nameOf(Settings const& settings, Vorel::IntfId intf);
 

@@ -126,6 +126,9 @@ struct FaultPlan {
   bool operator==(FaultPlan const&) const = default;
 };
 
+// A line per script, and one for the capacity.
+POLICYMAPTESTKIT_API std::string toText(FaultPlan const& plan);
+
 // Throws Text::InputError, with the nearest known words for an unknown one.
 POLICYMAPTESTKIT_API FaultPlan parseFaultPlan(Text::SourceText const& source);
 POLICYMAPTESTKIT_API FaultPlan parseFaultPlan(std::string_view text);

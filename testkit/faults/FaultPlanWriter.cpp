@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace PolicyMapTestKit {
 
@@ -118,6 +119,28 @@ std::string toText(PlannedFault const& fault) {
   }
   add("text", fault.text);
   return fault.optional ? text + " optional" : text;
+}
+
+std::string toText(FaultPlan const& plan) {
+  std::string text;
+  for (FaultPlan::Script const& script : plan.scripts) {
+    text.append(text.empty() ? "" : "\n");
+    char const* separator = "";
+    for (PlannedFault const& fault : script) {
+      text.append(std::exchange(separator, " then ")).append(toText(fault));
+    }
+  }
+  if (plan.capacity.unlimited()) {
+    return text;
+  }
+  text.append(text.empty() ? "capacity" : "\ncapacity");
+  for (FaultWords::Limit const& each : FaultWords::limits) {
+    if (plan.capacity.*each.limit) {
+      text.append(" ").append(each.word).append("=");
+      text.append(std::to_string(*(plan.capacity.*each.limit)));
+    }
+  }
+  return text;
 }
 
 }  // namespace PolicyMapTestKit

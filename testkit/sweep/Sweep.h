@@ -11,23 +11,29 @@
 //   EXPECT_THAT(report.failed(), IsEmpty());
 //
 // The cases: every operation x every call of it x once or until cleared x before or after it is
-// carried out, or an exception x each way of answering; and results that come late or never. After
-// each case the fault is cleared and time passes. Then
+// carried out, or an exception x each way of answering; results that come late or never; and each
+// fault that is met before the last load ends once before the next load, once after all. Then time
+// passes, and
 //
-// - the records are those of a run without a fault, and nothing is pending;
-// - each status, also of a class, says what the record has, and which policies the core refuses;
+// - the records and the statuses, also of classes, are those of a run without a fault, and nothing
+//   is pending;
+// - each status says what the records have;
 // - no status was announced without a change, no assertion failed, and nothing is irregular
 //   (LabOptions::strictness);
-// - nothing is left of any policy when everything is detached.
+// - nothing is left of any policy when everything is detached, and all is as before when it is
+//   attached again.
 
 #include "testkit/Export.h"
 #include "testkit/Lab.h"
-#include "testkit/Snapshot.h"
+#include "testkit/runs/Recovery.h"
+#include "testkit/runs/Step.h"
+#include "testkit/text/JsonLine.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <iosfwd>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,15 +48,21 @@ POLICYMAPTESTKIT_API std::string toText(AnswerMode mode);
 // runs while something fails.
 using Scenario = std::function<void(Lab& lab)>;
 
+// The options of a lab that returns results in this way.
+POLICYMAPTESTKIT_API LabOptions optionsFor(LabOptions options, AnswerMode mode);
+
 // One run of the scenario.
 struct SweepCase {
   AnswerMode mode = AnswerMode::synchronous;
   // Injected at the same time; none: the run without a fault.
   std::vector<PlannedFault> faults;
+  // The faults end before the next load, not after the last.
+  bool early = false;
 
   bool operator==(SweepCase const&) const = default;
 };
-// "asynchronous addRule nth=3 before"; several faults are separated by "; ".
+// "asynchronous addRule nth=3 before", "asynchronous early addRule nth=3 before"; several faults
+// are separated by "; ".
 POLICYMAPTESTKIT_API std::string toText(SweepCase const& sweepCase);
 // Throws Text::InputError.
 POLICYMAPTESTKIT_API SweepCase parseSweepCase(std::string_view text);
@@ -59,11 +71,17 @@ struct SweepResult {
   SweepCase which;
   // How many calls failed.
   std::uint64_t injected = 0;
-  // What is not as it should be, a line each.
-  std::vector<std::string> findings;
-  // The journal of a case with findings, a line per entry.
+  // The number of loads after which an early case ended its faults; 0: after all.
+  std::size_t recovered = 0;
+  // What is not as it should be, at most 20.
+  std::vector<Irregularity> findings;
+  // Of a case with findings, or with SweepOptions::journals: the journal, a line per entry.
   std::vector<std::string> journal;
 };
+// {"case":"asynchronous addRule nth=3 before","injected":2,"findings":["..."],"journal":["..."]};
+// the findings without their kinds. Read again, throws Text::InputError.
+POLICYMAPTESTKIT_API Text::Json jsonOf(SweepResult const& result);
+POLICYMAPTESTKIT_API SweepResult sweepResultOf(Text::JsonLine const& json);
 // "asynchronous addRule nth=3 before: edge/input ipv4: removed; ...".
 POLICYMAPTESTKIT_API std::ostream& operator<<(std::ostream& out, SweepResult const& result);
 
@@ -76,6 +94,11 @@ struct SweepOptions {
   // those of the whole sweep.
   std::size_t shard = 1;
   std::size_t shards = 1;
+  // Compare with new labs that load the configuration at once, not with the run without a fault.
+  // For scenarios that configure by load() alone.
+  bool compareWithNewLab = false;
+  // Keep the journal of each case.
+  bool journals = false;
   // This many cases of two faults instead, chosen by `seed`.
   std::size_t pairs = 0;
   std::uint64_t seed = 1;
@@ -108,18 +131,28 @@ class POLICYMAPTESTKIT_API Sweep {
 
  private:
   class Run;
+  // Of one operation, in the run without a fault.
+  struct Calls {
+    std::uint64_t all = 0;
+    std::uint64_t beforeLastLoad = 0;
+  };
 
-  [[nodiscard]] LabOptions optionsFor(AnswerMode mode) const;
   [[nodiscard]] SweepResult run(SweepCase const& which, std::size_t journal) const;
+  void findReferences();
+  [[nodiscard]] std::map<std::string, Calls> countCalls(AnswerMode mode) const;
   void addCases(AnswerMode mode, std::vector<SweepCase>& all) const;
   void choosePairs(std::vector<SweepCase>& all) const;
 
   Scenario scenario_;
   SweepOptions options_;
-  Snapshot expected_;
-  std::vector<std::string> refusals_;  // in the run without a fault
+  std::vector<Reference> references_;  // after each load, and at the end
   std::vector<SweepCase> cases_;
 };
+
+// A scenario that performs the steps, which load, advance time, detach and attach.
+POLICYMAPTESTKIT_API Scenario scenarioOf(Script const& script);
+// What a case of that scenario does, with checks.
+POLICYMAPTESTKIT_API Script scriptOf(Script const& script, SweepResult const& result);
 
 // All cases; see SweepOptions.
 POLICYMAPTESTKIT_API SweepReport sweep(Scenario scenario, SweepOptions options = {});

@@ -28,7 +28,7 @@ std::string toText(AnswerMode mode) {
 }
 
 std::string toText(SweepCase const& sweepCase) {
-  std::string text = toText(sweepCase.mode);
+  std::string text = toText(sweepCase.mode) + (sweepCase.early ? " early" : "");
   for (PlannedFault const& fault : sweepCase.faults) {
     text.append(&fault == sweepCase.faults.data() ? " " : "; ").append(toText(fault));
   }
@@ -44,9 +44,12 @@ SweepCase parseSweepCase(std::string_view text) {
     auto const file = std::make_shared<std::string>("case");
     throw Text::InputError({file, 1, 1}, "synchronous, asynchronous or pseudo-asynchronous", mode);
   }
-  SweepCase sweepCase{found->mode, {}};
+  constexpr std::string_view early = " early";
+  bool const isEarly = (std::string(text) + " ").find(std::string(early) + " ") == blank;
+  SweepCase sweepCase{found->mode, {}, isEarly};
   // Blanks keep the columns.
-  std::string const plan = std::string(blank, ' ') + std::string(text.substr(blank));
+  std::size_t const begin = blank + (isEarly ? early.size() : 0);
+  std::string const plan = std::string(begin, ' ') + std::string(text.substr(begin));
   for (FaultPlan::Script& script : parseFaultPlan(Text::SourceText("case", plan)).scripts) {
     std::move(script.begin(), script.end(), std::back_inserter(sweepCase.faults));
   }
@@ -56,11 +59,68 @@ SweepCase parseSweepCase(std::string_view text) {
 std::ostream& operator<<(std::ostream& out, SweepResult const& result) {
   out << toText(result.which);
   char const* separator = ": ";
-  for (std::string const& finding : result.findings) {
-    out << separator << finding;
+  for (Irregularity const& finding : result.findings) {
+    out << separator << finding.text;
     separator = "; ";
   }
   return out;
+}
+
+Text::Json jsonOf(SweepResult const& result) {
+  Text::Json::Array findings;
+  for (Irregularity const& finding : result.findings) {
+    findings.emplace_back(finding.text);
+  }
+  Text::Json json(Text::Json::Object{{"case", toText(result.which)},
+                                     {"injected", result.injected},
+                                     {"findings", std::move(findings)}});
+  if (!result.journal.empty()) {
+    json.add("journal", Text::Json::Array(result.journal.begin(), result.journal.end()));
+  }
+  return json;
+}
+
+SweepResult sweepResultOf(Text::JsonLine const& json) {
+  SweepResult result{parseSweepCase(json.text("case")), json.number("injected"), 0, {}, {}};
+  for (std::string& text : json.texts("findings")) {
+    result.findings.push_back({Irregularity::Kind::record, std::move(text)});
+  }
+  result.journal = json.texts("journal");
+  return result;
+}
+
+Scenario scenarioOf(Script const& script) {
+  return [steps = script.steps, reading = script.reading](Lab& lab) {
+    for (Step const& step : steps) {
+      perform(lab, step, reading);
+    }
+  };
+}
+
+Script scriptOf(Script const& script, SweepResult const& result) {
+  SweepCase const& which = result.which;
+  Script all{optionsFor(script.options, which.mode), script.reading, {}};
+  FaultPlan plan;
+  for (PlannedFault const& fault : which.faults) {
+    plan.scripts.push_back({fault});
+    plan.scripts.back().front().optional = true;
+  }
+  if (!plan.scripts.empty()) {
+    all.steps.push_back(Step::faults(toText(plan)));
+  }
+  std::size_t loads = 0;
+  for (Step const& step : script.steps) {
+    bool const isLoad = step.kind == Step::Kind::load || step.kind == Step::Kind::rules;
+    if (isLoad && loads++ == result.recovered && result.recovered != 0) {
+      all.steps.push_back(Step::check());
+    }
+    all.steps.push_back(step);
+  }
+  for (Step::Kind const kind : {Step::Kind::check, Step::Kind::detach, Step::Kind::check,
+                                Step::Kind::attach, Step::Kind::check}) {
+    all.steps.push_back({.kind = kind});
+  }
+  return all;
 }
 
 std::uint64_t SweepReport::injected() const {

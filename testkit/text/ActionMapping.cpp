@@ -80,4 +80,17 @@ std::optional<std::uint8_t> ActionMapping::actionOf(std::string_view line) const
   return best == nullptr ? std::nullopt : std::optional(best->action);
 }
 
+std::string ActionMapping::text() const {
+  std::string text;
+  for (Entry const& entry : entries_) {
+    for (std::string const& word : entry.words) {
+      text.append(word).append(" ");
+    }
+    text.append("= ");
+    text.append(entry.action == 0 ? "none" : PolicyMapTest::testActionNames[entry.action - 1U]);
+    text.append("\n");
+  }
+  return text;
+}
+
 }  // namespace PolicyMapTestKit::Text

@@ -30,6 +30,8 @@ class POLICYMAPTESTKIT_API ActionMapping {
   // The kind of action, from 1, of the entry with most words of those that begin `line`; 0 if the
   // line is none. No value: no entry fits.
   [[nodiscard]] std::optional<std::uint8_t> actionOf(std::string_view line) const;
+  // A line per entry, in order, as they are read.
+  [[nodiscard]] std::string text() const;
 
  private:
   struct Entry {

@@ -3,7 +3,7 @@
 
 #include "testkit/GoogleTest.h"
 #include "testkit/Labs.h"
-#include "testkit/sweep/StatusWatch.h"
+#include "testkit/StatusWatch.h"
 
 #include <gmock/gmock.h>
 

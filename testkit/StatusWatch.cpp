@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "testkit/sweep/StatusWatch.h"
+#include "testkit/StatusWatch.h"
 
 #include "testkit/Printing.h"
 
 #include <optional>
+#include <sstream>
 #include <utility>
 
 namespace PolicyMapTestKit {
@@ -13,6 +14,16 @@ using PolicyMap::OptionIntf;
 using PolicyMap::PolicyMapSmKey;
 using PolicyMap::PolicyMapStatus;
 using PolicyMap::PolicyMapTypeStatus;
+
+namespace {
+
+std::string toTextOfSeconds(double seconds) {
+  std::ostringstream text;
+  text << seconds << " s";
+  return text.str();
+}
+
+}  // namespace
 
 // Keeps what it was told last of each attribute.
 class StatusWatch::PolicyWatch final : public PolicyMapStatus::NotifieeConst {
@@ -30,24 +41,26 @@ class StatusWatch::PolicyWatch final : public PolicyMapStatus::NotifieeConst {
   [[nodiscard]] bool isFor(PolicyMapStatus const* status) const { return status_ == status; }
 
   void onError() override {
-    if (std::exchange(error_, status_->error()) == status_->error()) {
-      tell("error");
-    }
+    bool const changed = std::exchange(error_, status_->error()) != status_->error();
+    tell(changed, std::nullopt, "error", error_.stdString());
   }
   void onProgrammed(ClassMapMatchOption option) override {
-    check(option, &OptionStatus::programmed, "programmed");
+    check(option, &OptionStatus::programmed, "programmed",
+          status_->programmed(option) ? "yes" : "no");
   }
   void onFailure(ClassMapMatchOption option) override {
-    check(option, &OptionStatus::failure, "failure");
+    check(option, &OptionStatus::failure, "failure", describe(status_->failure(option)));
   }
   void onTimeProgrammed(ClassMapMatchOption option) override {
-    check(option, &OptionStatus::time, "timeProgrammed");
+    auto const time = status_->korTimeProgrammed(option);
+    check(option, &OptionStatus::time, "timeProgrammed",
+          time ? toTextOfSeconds(time->value()) : std::string());
   }
   void onAppliedIntf(OptionIntf const& where) override {
     bool const applied = status_->korAppliedIntf(where) != nullptr;
-    if (std::exchange(intfs_[where], applied) == applied) {
-      tell("appliedIntf " + describe(where));
-    }
+    bool const changed = std::exchange(intfs_[where], applied) != applied;
+    tell(changed, where.option(), applied ? "appliedIntf" : "no appliedIntf",
+         where.intf().name().stdString());
   }
 
  private:
@@ -63,15 +76,22 @@ class StatusWatch::PolicyWatch final : public PolicyMapStatus::NotifieeConst {
             time ? std::optional(time->value()) : std::nullopt};
   }
   template <class Value>
-  void check(ClassMapMatchOption option, Value OptionStatus::*part, char const* name) {
+  void check(ClassMapMatchOption option, Value OptionStatus::*part, std::string_view attribute,
+             std::string const& value) {
     OptionStatus const now = of(option);
-    if (std::exchange(options_[option].*part, now.*part) == now.*part) {
-      tell(name + (" " + toText(option)));
-    }
+    bool const changed = std::exchange(options_[option].*part, now.*part) != now.*part;
+    tell(changed, option, attribute, value);
   }
-  void tell(std::string const& what) {
-    owner_->irregular_.push_back(describe(status_->key()) + ": " + what +
-                                 " was announced without a change");
+  void tell(bool changed, std::optional<ClassMapMatchOption> option, std::string_view attribute,
+            std::string const& value) {
+    if (!changed) {
+      std::string const what =
+          (option ? " " + toText(*option) : "") + (attribute.ends_with("Intf") ? " " + value : "");
+      owner_->irregular_.push_back(describe(status_->key()) + ": " + std::string(attribute) + what +
+                                   " was announced without a change");
+    } else if (owner_->onChange_) {
+      owner_->onChange_(status_->key(), option, attribute, value);
+    }
   }
 
   PolicyMapStatus* status_;
@@ -91,8 +111,10 @@ class StatusWatch::TypeWatch final : public PolicyMapTypeStatus::NotifieeConst {
   StatusWatch* owner_;
 };
 
-StatusWatch::StatusWatch(Kor::Ptr<PolicyMapTypeStatus> status)
-    : status_(std::move(status)), typeWatch_(Kor::make<TypeWatch>(status_.get(), *this)) {
+StatusWatch::StatusWatch(Kor::Ptr<PolicyMapTypeStatus> status, OnChange onChange)
+    : status_(std::move(status)),
+      onChange_(std::move(onChange)),
+      typeWatch_(Kor::make<TypeWatch>(status_.get(), *this)) {
   for (auto const& entry : status_->policyMapStatusIteratorConst()) {
     statusChanged(entry.key());
   }
@@ -114,6 +136,9 @@ void StatusWatch::statusChanged(PolicyMapSmKey const& key) {
   bool const isTheSame = before ? before->isFor(status.get()) : status == nullptr;
   if (isTheSame) {
     irregular_.push_back("status of " + describe(key) + " was announced without a change");
+  }
+  if (!isTheSame && onChange_) {
+    onChange_(key, std::nullopt, "status", status ? "exists" : "is gone");
   }
   if (status) {
     policyWatches_[key] = Kor::make<PolicyWatch>(status.get(), *this);

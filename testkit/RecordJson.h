@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// Records as JSON objects, as `policymap-lab run --json` prints them.
+
+#include "testkit/Export.h"
+#include "testkit/Record.h"
+#include "testkit/text/Json.h"
+
+#include <vector>
+
+namespace PolicyMapTestKit {
+
+// "class", "acl", "seq", "match", the actions and "subRules".
+[[nodiscard]] POLICYMAPTESTKIT_API Text::Json jsonOf(RuleRecord const& rule);
+// Without the rules, which are many.
+[[nodiscard]] POLICYMAPTESTKIT_API Text::Json jsonOf(Record const& record);
+// The names.
+[[nodiscard]] POLICYMAPTESTKIT_API Text::Json jsonOf(std::vector<Vorel::IntfId> const& intfs);
+
+}  // namespace PolicyMapTestKit

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/runs/Minimise.h"
+
+#include "testkit/runs/RunFile.h"
+
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace PolicyMapTestKit {
+
+namespace {
+
+using Kind = Irregularity::Kind;
+
+// A line and the more deeply indented lines below it.
+struct Block {
+  std::size_t indentation = 0;
+  std::vector<std::string> lines;
+};
+
+std::size_t indentationOf(std::string const& line) {
+  return std::min(line.find_first_not_of(" \t"), line.size());
+}
+
+// Lines that are less deeply indented are blocks of their own.
+std::vector<Block> blocksOf(std::vector<std::string> const& lines, std::size_t indentation) {
+  std::vector<Block> blocks;
+  for (std::string const& line : lines) {
+    std::size_t const own = indentationOf(line);
+    bool const continues = !blocks.empty() && own > blocks.back().indentation &&
+                           blocks.back().indentation >= indentation;
+    if (!continues) {
+      blocks.push_back({own, {}});
+    }
+    blocks.back().lines.push_back(line);
+  }
+  return blocks;
+}
+
+std::vector<std::string> linesIn(std::string const& text) {
+  std::vector<std::string> lines;
+  std::size_t begin = 0;
+  while (begin < text.size()) {
+    std::size_t const end = std::min(text.find('\n', begin), text.size());
+    lines.push_back(text.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return lines;
+}
+
+std::string joined(std::vector<Block> const& blocks) {
+  std::string text;
+  for (Block const& block : blocks) {
+    for (std::string const& line : block.lines) {
+      text.append(line).append("\n");
+    }
+  }
+  return text;
+}
+
+class Shortening {
+ public:
+  Shortening(Script script, std::function<void()> const& onTry)
+      : script_(std::move(script)), onTry_(onTry) {
+    RunFile const first = record(script_);
+    if (first.found.empty()) {
+      throw std::invalid_argument("nothing of the script is irregular");
+    }
+    wanted_ = first.found.front();
+  }
+
+  Minimised perform() {
+    for (std::size_t before = size() + 1; size() < before;) {
+      before = size();
+      shortenSteps();
+      shortenFaults();
+      shortenTexts();
+      plainOptions();
+    }
+    return {script_, record(script_).found, tries_};
+  }
+
+ private:
+  [[nodiscard]] bool isWanted(Irregularity const& each) const {
+    bool const byText = wanted_.kind == Kind::exception || wanted_.kind == Kind::assertion;
+    return each.kind == wanted_.kind && (!byText || each.text == wanted_.text);
+  }
+
+  // Keeps a script that comes to the same kind of irregularity.
+  bool keeps(Script script) {
+    ++tries_;
+    if (onTry_) {
+      onTry_();
+    }
+    RunFile const now = record(script);
+    if (std::none_of(now.found.begin(), now.found.end(),
+                     [this](Irregularity const& each) { return isWanted(each); })) {
+      return false;
+    }
+    script_ = std::move(script);
+    return true;
+  }
+
+  // Leaves out items as long as `tryWith` accepts the rest.
+  template <class Item, class TryWith>
+  static void shorten(std::vector<Item> items, TryWith const& tryWith) {
+    for (std::size_t part = std::max<std::size_t>(items.size() / 2, 1); part != 0; part /= 2) {
+      for (std::size_t i = 0; i < items.size();) {
+        std::size_t const end = std::min(i + part, items.size());
+        std::vector<Item> rest(items.begin(), items.begin() + static_cast<std::ptrdiff_t>(i));
+        rest.insert(rest.end(), items.begin() + static_cast<std::ptrdiff_t>(end), items.end());
+        if (tryWith(rest)) {
+          items = std::move(rest);
+        } else {
+          i = end;
+        }
+      }
+    }
+  }
+
+  void shortenSteps() {
+    shorten(script_.steps, [this](std::vector<Step> const& steps) {
+      Script shorter = script_;
+      shorter.steps = steps;
+      return keeps(std::move(shorter));
+    });
+  }
+
+  // Of plans with several scripts.
+  void shortenFaults() {
+    for (std::size_t i = 0; i != script_.steps.size(); ++i) {
+      if (script_.steps[i].kind != Step::Kind::faults) {
+        continue;
+      }
+      FaultPlan plan = parseFaultPlan(script_.steps[i].text);
+      shorten(plan.scripts, [&](std::vector<FaultPlan::Script> const& scripts) {
+        plan.scripts = scripts;
+        return tryText(i, toText(plan));
+      });
+    }
+  }
+
+  bool tryText(std::size_t step, std::string text) {
+    Script shorter = script_;
+    shorter.steps[step].text = std::move(text);
+    return keeps(std::move(shorter));
+  }
+
+  void shortenTexts() {
+    for (std::size_t i = 0; i != script_.steps.size(); ++i) {
+      if (script_.steps[i].kind == Step::Kind::load) {
+        shortenText(i);
+      }
+    }
+  }
+
+  // Whole blocks first, then those within them.
+  void shortenText(std::size_t step) {
+    constexpr std::size_t deepest = 8;
+    for (std::size_t indentation = 0; indentation <= deepest; ++indentation) {
+      shorten(blocksOf(linesIn(script_.steps[step].text), indentation),
+              [&](std::vector<Block> const& blocks) { return tryText(step, joined(blocks)); });
+    }
+  }
+
+  void plainOptions() {
+    LabOptions const usual;
+    for (LabSwitch const& each : labSwitches()) {
+      if (script_.options.*each.value != usual.*each.value) {
+        Script plainer = script_;
+        plainer.options.*each.value = usual.*each.value;
+        keeps(std::move(plainer));
+      }
+    }
+  }
+
+  // A measure of what is left.
+  [[nodiscard]] std::size_t size() const {
+    std::size_t size = script_.steps.size();
+    for (Step const& step : script_.steps) {
+      size += step.text.size();
+    }
+    return size;
+  }
+
+  Script script_;
+  std::function<void()> const& onTry_;
+  Irregularity wanted_;
+  std::size_t tries_ = 0;
+};
+
+}  // namespace
+
+Minimised minimise(Script script, std::function<void()> const& onTry) {
+  return Shortening(std::move(script), onTry).perform();
+}
+
+}  // namespace PolicyMapTestKit

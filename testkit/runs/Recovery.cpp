@@ -1,0 +1,233 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/runs/Recovery.h"
+
+#include "testkit/Difference.h"
+#include "testkit/Printing.h"
+#include "testkit/Statuses.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace PolicyMapTestKit {
+
+namespace {
+
+using Kind = Irregularity::Kind;
+
+constexpr std::array<std::string_view, 8> kindNames{"record",  "status",    "pending",   "notification",
+                                                    "finding", "assertion", "exception", "unmet"};
+
+std::string nameOf(StatusRow const& row) {
+  return row.policy + "/" + row.direction + " " + toText(row.option);
+}
+
+Snapshot withoutHistory(Snapshot const& snapshot) {
+  std::vector<Record> records;
+  for (Record const& record : snapshot) {
+    bool const isEmpty = !record.created && record.rules.empty() && record.interfaces.empty();
+    if (!isEmpty) {
+      records.push_back(record);
+      records.back().createCount = 1;
+      records.back().commitCount = 1;
+      records.back().beginUpdateActionCount = 0;
+      records.back().endUpdateActionCount = 0;
+    }
+  }
+  return Snapshot(std::move(records));
+}
+
+std::string lineOf(StatusRow const& row) {
+  std::string line = nameOf(row) + (row.programmed ? ": programmed" : ": not programmed");
+  char const* separator = " at ";
+  for (Vorel::IntfId const intf : row.interfaces) {
+    line.append(std::exchange(separator, ", ")).append(intf.name().stdString());
+  }
+  if (!row.error.empty()) {
+    line.append(": ").append(row.error);
+  }
+  return line;
+}
+
+Irregularity wronglyProgrammed(StatusRow const& row) {
+  return {Kind::status, "status of " + nameOf(row) +
+                            (row.programmed ? ": programmed, which it is not"
+                                            : ": not programmed, which it is")};
+}
+
+template <class Visit>
+void forEachClass(Lab const& lab, Visit const& visit) {
+  for (auto const& policy : lab.status()->policyMapStatusIteratorConst()) {
+    for (auto const& each : policy.value()->classMapStatusIteratorConst()) {
+      visit("class " + describe(policy.key()) + " " + each.key().stdString(), *each.value());
+    }
+  }
+}
+
+// The lines of `some` that are not in `others`; both are sorted.
+std::vector<std::string> without(std::vector<std::string> const& some,
+                                 std::vector<std::string> const& others) {
+  std::vector<std::string> rest;
+  std::set_difference(some.begin(), some.end(), others.begin(), others.end(),
+                      std::back_inserter(rest));
+  return rest;
+}
+
+// Collects what is irregular in one lab.
+class Comparison {
+ public:
+  explicit Comparison(Lab& lab) : lab_(lab), now_(referenceOf(lab)) {}
+
+  std::vector<Irregularity> with(Reference const& reference) {
+    for (Change const& change : difference(reference.records, now_.records)) {
+      find(Kind::record, change.describe());
+    }
+    compareStatuses(reference);
+    for (Record const& record : lab_.snapshot(WithRules::no)) {
+      if (record.created && (record.dirty || record.createCount == 0 || record.commitCount == 0)) {
+        find(Kind::record, record.name() + " is created, but not committed, or not counted");
+      }
+    }
+    if (lab_.eventLoop().pending() != 0) {
+      find(Kind::pending, "something is still to be done");
+    }
+    statusesOfRecords();
+    classesOfRecords();
+    return std::move(found_);
+  }
+
+ private:
+  void find(Kind kind, std::string text) { found_.push_back({kind, std::move(text)}); }
+
+  void compareStatuses(Reference const& reference) {
+    for (std::string const& line : without(now_.statuses, reference.statuses)) {
+      find(Kind::status, "status of " + line + ", unlike in a new lab");
+    }
+    for (std::string const& line : without(reference.statuses, now_.statuses)) {
+      find(Kind::status, "no status of " + line);
+    }
+  }
+
+  // Every record that is created has a status that says so, and no other has.
+  void statusesOfRecords() {
+    std::map<std::string, Record const*> created;
+    for (Record const& record : now_.records) {
+      created.emplace(record.name(), &record);
+    }
+    for (StatusRow const& row : readStatuses(lab_)) {
+      auto const found = created.find(nameOf(row));
+      bool const isCreated = found != created.end();
+      if (row.programmed != isCreated) {
+        found_.push_back(wronglyProgrammed(row));
+      }
+      if (isCreated && (!row.error.empty() || row.interfaces != found->second->interfaces ||
+                        !row.timeProgrammed)) {
+        find(Kind::status, "status of " + nameOf(row) +
+                               ": not that of a policy that is programmed at its interfaces" +
+                               (row.error.empty() ? "" : ": " + row.error));
+      }
+      created.erase(nameOf(row));
+    }
+    for (auto const& [name, record] : created) {
+      find(Kind::status, "status of " + name + " does not exist");
+    }
+  }
+
+  // A class is programmed exactly if a record has rules of it.
+  void classesOfRecords() {
+    std::set<std::string> programmed;
+    for (Record const& record : now_.records) {
+      for (RuleRecord const& rule : record) {
+        programmed.insert("class " + record.policy + "/" + record.direction + " " +
+                          rule.key.className().stdString());
+      }
+    }
+    forEachClass(lab_, [&](std::string const& name, PolicyMap::ClassMapStatus const& status) {
+      if (status.programmed() != programmed.contains(name)) {
+        find(Kind::status, "status of " + name + ": not what the records have");
+      }
+    });
+  }
+
+  Lab& lab_;
+  Reference now_;
+  std::vector<Irregularity> found_;
+};
+
+}  // namespace
+
+std::string_view nameOf(Irregularity::Kind kind) {
+  return kindNames[static_cast<std::size_t>(kind)];
+}
+
+std::optional<Irregularity::Kind> irregularityKindOf(std::string_view name) {
+  auto const* const found = std::find(kindNames.begin(), kindNames.end(), name);
+  return found == kindNames.end() ? std::nullopt
+                                  : std::optional(static_cast<Kind>(found - kindNames.begin()));
+}
+
+Reference referenceOf(Lab const& lab) {
+  Reference reference{withoutHistory(lab.snapshot()), {}};
+  for (StatusRow const& row : readStatuses(lab)) {
+    // The failure of a removal stays until the next change.
+    bool const failedRemoval = !row.programmed && !row.operation.empty();
+    if (!failedRemoval) {
+      reference.statuses.push_back(lineOf(row));
+    }
+  }
+  forEachClass(lab, [&](std::string const& name, PolicyMap::ClassMapStatus const& status) {
+    std::string const error = status.error().stdString();
+    reference.statuses.push_back(name + (status.programmed() ? ": programmed" : ": not programmed") +
+                                 (error.empty() ? "" : ": " + error));
+  });
+  std::sort(reference.statuses.begin(), reference.statuses.end());
+  return reference;
+}
+
+Reference referenceOf(Text::Settings const& settings, LabOptions const& options) {
+  LabOptions plain = options;
+  plain.async = false;
+  plain.pseudoAsync = false;
+  plain.asyncDelay = {};
+  plain.faults.clear();
+  plain.plan = {};
+  plain.journal = 0;
+  Lab lab(plain);
+  lab.load(settings);
+  return referenceOf(lab);
+}
+
+std::vector<Irregularity> compare(Lab& lab, Reference const& reference) {
+  return Comparison(lab).with(reference);
+}
+
+std::vector<Irregularity> checkStatuses(Lab const& lab) {
+  std::vector<Irregularity> found;
+  for (auto const& policy : lab.status()->policyMapStatusIteratorConst()) {
+    PolicyMap::PolicyMapStatus const& status = *policy.value();
+    for (PolicyMap::ClassMapMatchOption const option : PolicyMap::allMatchOptions) {
+      if (!status.programmed(option) &&
+          (status.korTimeProgrammed(option) || !status.intfs(option).empty())) {
+        found.push_back({Kind::status, "status of " + describe(policy.key()) + " " +
+                                           toText(option) +
+                                           ": time or interfaces of what is not programmed"});
+      }
+    }
+  }
+  std::set<std::string> created;
+  lab.forEachRecord(WithRules::no, [&](Record const& record) {
+    if (record.created) {
+      created.insert(record.name());
+    }
+  });
+  for (StatusRow const& row : readStatuses(lab)) {
+    if (row.programmed && !created.contains(nameOf(row))) {
+      found.push_back(wronglyProgrammed(row));
+    }
+  }
+  return found;
+}
+
+}  // namespace PolicyMapTestKit

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/runs/ScriptRun.h"
+
+#include "testkit/Assertions.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace PolicyMapTestKit {
+
+namespace {
+
+using Kind = Irregularity::Kind;
+
+// Longer than the longest wait between two tries, and than that for a result.
+constexpr std::chrono::seconds patience{200};
+// While a fault lasts: some tries.
+constexpr std::chrono::seconds whileItLasts{5};
+constexpr std::size_t mostIrregularities = 20;
+// A lab that waits for more results has no end.
+constexpr std::size_t mostResults = 100000;
+
+std::vector<std::string>& caughtAssertions() {
+  thread_local std::vector<std::string> all;
+  return all;
+}
+
+[[noreturn]] void catchAssertion(Kor::AssertionFailure const& failure) {
+  caughtAssertions().emplace_back(AssertionFailed(failure).what());
+  throw AssertionFailed(failure);
+}
+
+}  // namespace
+
+CaughtAssertions::CaughtAssertions() : before_(Kor::assertionHandlerIs(&catchAssertion)) {
+  caughtAssertions().clear();
+}
+
+CaughtAssertions::~CaughtAssertions() {
+  Kor::assertionHandlerIs(before_);
+  caughtAssertions().clear();
+}
+
+std::vector<std::string> const& CaughtAssertions::texts() {
+  return caughtAssertions();
+}
+
+ScriptRun::ScriptRun(LabOptions const& options, Text::Reading reading)
+    : before_(findingHandlerIs({})),
+      options_(options),
+      reading_(reading),
+      lab_(options),
+      watch_(lab_.status()) {}
+
+ScriptRun::~ScriptRun() {
+  scopes_.clear();
+  findingHandlerIs(std::move(before_));
+}
+
+void ScriptRun::perform(Step const& step) {
+  if (step.kind == Step::Kind::faults) {
+    plan(parseFaultPlan(Text::SourceText("faults", step.text)));
+  } else if (step.kind == Step::Kind::check) {
+    recover();
+    check(referenceOf(lab_.configuration().settings(), options_));
+  } else {
+    PolicyMapTestKit::perform(lab_, step, reading_);
+  }
+}
+
+bool ScriptRun::tryTo(Step const& step) {
+  try {
+    perform(step);
+    return true;
+  } catch (std::exception const& error) {
+    find({Kind::exception, toText(step) + " throws: " + error.what()});
+    return false;
+  }
+}
+
+// Those that arrive only when they are asked for.
+void ScriptRun::deliverResults() {
+  auto const isWaiting = [this] {
+    std::vector<PolicyMap::Explanation> const all = PolicyMap::explain(*lab_.machine());
+    return std::any_of(all.begin(), all.end(), [](PolicyMap::Explanation const& each) {
+      return each.state == PolicyMap::ProgrammingState::waiting;
+    });
+  };
+  bool const byTrigger = options_.async && !options_.asyncDelay && !options_.pseudoAsync;
+  for (std::size_t i = 0; byTrigger && i != mostResults && isWaiting(); ++i) {
+    lab_.trigger();
+  }
+}
+
+void ScriptRun::recover() {
+  lab_.advance(whileItLasts);
+  for (Irregularity& each : checkStatuses(lab_)) {
+    find(std::move(each));
+  }
+  lab_.clearFaults();
+  injected_ = injected();
+  scopes_.clear();
+  lab_.releaseAll();
+  deliverResults();
+  lab_.advance(patience);
+  deliverResults();
+}
+
+void ScriptRun::check(Reference const& reference) {
+  for (Irregularity& each : checkStatuses(lab_)) {
+    find(std::move(each));
+  }
+  for (Irregularity& each : compare(lab_, reference)) {
+    find(std::move(each));
+  }
+}
+
+std::uint64_t ScriptRun::injected() const {
+  std::uint64_t injected = injected_;
+  for (FaultScope const& scope : scopes_) {
+    injected += scope.met().size();
+  }
+  return injected;
+}
+
+void ScriptRun::find(Irregularity irregularity) {
+  if (found_.size() < mostIrregularities &&
+      std::find(found_.begin(), found_.end(), irregularity) == found_.end()) {
+    found_.push_back(std::move(irregularity));
+  }
+}
+
+std::vector<Irregularity> ScriptRun::irregularities() const {
+  std::vector<Irregularity> all = found_;
+  auto const add = [&](Kind kind, std::string const& text) {
+    if (all.size() < mostIrregularities) {
+      all.push_back({kind, text});
+    }
+  };
+  for (std::string const& text : watch_.irregular()) {
+    add(Kind::notification, text);
+  }
+  for (Finding const& finding : lab_.findings()) {
+    add(Kind::finding, toText(finding));
+  }
+  for (std::string const& text : caughtAssertions()) {
+    add(Kind::assertion, text);
+  }
+  return all;
+}
+
+}  // namespace PolicyMapTestKit

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// ScriptRun: a Lab in which steps are performed, and which is watched for what should not be.
+//
+//   ScriptRun run(options, Reading::strict);
+//   run.perform(Step::load("edge.cfg", text));
+//   run.perform(Step::faults("addRule nth=3"));
+//   run.perform(Step::check());
+//   EXPECT_THAT(run.irregularities(), IsEmpty());
+
+#include "testkit/Export.h"
+#include "testkit/Lab.h"
+#include "testkit/runs/Recovery.h"
+#include "testkit/runs/Step.h"
+#include "testkit/StatusWatch.h"
+
+#include <Kor/Assert.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace PolicyMapTestKit {
+
+// While it exists, a failed assertion throws AssertionFailed and is kept, instead of ending the
+// process. One at a time in each thread.
+class POLICYMAPTESTKIT_API CaughtAssertions {
+ public:
+  CaughtAssertions();
+  CaughtAssertions(CaughtAssertions const&) = delete;
+  CaughtAssertions& operator=(CaughtAssertions const&) = delete;
+  ~CaughtAssertions();
+
+  [[nodiscard]] static std::vector<std::string> const& texts();
+
+ private:
+  Kor::AssertionHandler before_;
+};
+
+class POLICYMAPTESTKIT_API ScriptRun {
+ public:
+  // The findings of the lab fail no test; they are irregularities.
+  explicit ScriptRun(LabOptions const& options, Text::Reading reading = Text::Reading::strict);
+  ScriptRun(ScriptRun const&) = delete;
+  ScriptRun& operator=(ScriptRun const&) = delete;
+  ~ScriptRun();
+
+  // Throws Text::InputError for policy text, a filter set or a plan that is invalid, and what the
+  // lab throws.
+  void perform(Step const& step);
+  // Returns false, and notes an irregularity, if the step throws.
+  bool tryTo(Step const& step);
+
+  // Begins a plan, which lasts until recover().
+  void plan(FaultPlan const& plan) { scopes_.push_back(lab_.plan(plan)); }
+  // Ends all faults, and lets time pass until all is repaired.
+  void recover();
+  // What differs from the reference is irregular.
+  void check(Reference const& reference);
+
+  [[nodiscard]] Lab& lab() { return lab_; }
+  [[nodiscard]] Lab const& lab() const { return lab_; }
+  [[nodiscard]] LabOptions const& options() const { return options_; }
+  // How many calls the planned faults have hit.
+  [[nodiscard]] std::uint64_t injected() const;
+
+  void find(Irregularity irregularity);
+  // So far, also those of the lab and, in a scope of CaughtAssertions, failed assertions.
+  [[nodiscard]] std::vector<Irregularity> irregularities() const;
+
+ private:
+  void deliverResults();
+
+  FindingHandler before_;
+  LabOptions options_;
+  Text::Reading reading_;
+  Lab lab_;
+  StatusWatch watch_;
+  std::vector<FaultScope> scopes_;
+  std::uint64_t injected_ = 0;  // by plans that have ended
+  std::vector<Irregularity> found_;
+};
+
+}  // namespace PolicyMapTestKit

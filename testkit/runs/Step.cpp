@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/runs/Step.h"
+
+#include "testkit/text/SourceText.h"
+
+#include <algorithm>
+#include <array>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+namespace PolicyMapTestKit {
+
+namespace {
+
+using Kind = Step::Kind;
+
+constexpr std::array<std::pair<Kind, std::string_view>, 11> kinds{{
+    {Kind::load, "load"},
+    {Kind::rules, "rules"},
+    {Kind::inject, "inject"},
+    {Kind::faults, "faults"},
+    {Kind::clear, "clear"},
+    {Kind::advance, "advance"},
+    {Kind::trigger, "trigger"},
+    {Kind::release, "release"},
+    {Kind::check, "check"},
+    {Kind::detach, "detach"},
+    {Kind::attach, "attach"},
+}};
+
+void injectText(Lab& lab, std::string const& text) {
+  std::size_t const equals = std::min(text.find('='), text.size());
+  lab.inject({text.substr(0, equals), text.substr(std::min(equals + 1, text.size()))});
+}
+
+void loadRules(Lab& lab, Step const& step) {
+  Text::SourceText const source(step.name, step.text);
+  Text::FilterSet const set = Text::readFilterSet(source, step.portRanges);
+  if (step.layout.classes > std::max<std::size_t>(set.rules.size(), 1)) {
+    throw Text::InputError(
+        {source.name(), 0, 0},
+        "a rule for each of the " + std::to_string(step.layout.classes) + " classes",
+        std::to_string(set.rules.size()));
+  }
+  lab.load(set, step.layout);
+}
+
+}  // namespace
+
+void perform(Lab& lab, Step const& step, Text::Reading reading) {
+  switch (step.kind) {
+  case Kind::load: lab.load(Text::SourceText(step.name, step.text), reading); break;
+  case Kind::rules: loadRules(lab, step); break;
+  case Kind::inject: injectText(lab, step.text); break;
+  case Kind::clear: lab.clearFaults(); break;
+  case Kind::advance: lab.advance(std::chrono::duration<double>(step.seconds)); break;
+  case Kind::trigger:
+    for (std::uint32_t i = 0; i != step.times; ++i) {
+      lab.trigger();
+    }
+    break;
+  case Kind::release: lab.releaseAll(); break;
+  case Kind::detach: lab.detachAll(); break;
+  case Kind::attach: lab.attachAll(); break;
+  case Kind::faults:
+  case Kind::check:
+    throw std::invalid_argument(std::string(nameOf(step.kind)) + " is a step of a ScriptRun");
+  }
+}
+
+std::string_view nameOf(Step::Kind kind) {
+  return std::find_if(kinds.begin(), kinds.end(), [&](auto const& each) {
+           return each.first == kind;
+         })->second;
+}
+
+std::optional<Step::Kind> stepKindOf(std::string_view name) {
+  auto const* const found = std::find_if(kinds.begin(), kinds.end(),
+                                         [&](auto const& each) { return each.second == name; });
+  return found == kinds.end() ? std::nullopt : std::optional(found->first);
+}
+
+std::string toText(Step const& step) {
+  std::ostringstream text;
+  text << nameOf(step.kind);
+  switch (step.kind) {
+  case Kind::load:
+  case Kind::rules: text << " " << step.name; break;
+  case Kind::inject:
+  case Kind::faults: text << " " << step.text; break;
+  case Kind::advance: text << " " << step.seconds; break;
+  case Kind::trigger:
+    if (step.times != 1) {
+      text << " " << step.times;
+    }
+    break;
+  default: break;
+  }
+  return text.str();
+}
+
+std::size_t linesOf(Script const& script) {
+  std::size_t lines = 0;
+  for (Step const& step : script.steps) {
+    if (step.kind != Kind::load) {
+      continue;
+    }
+    Text::SourceText const source(step.name, step.text);
+    Text::LineReader reader(source);
+    while (reader.next()) {
+      lines += reader.line().find_first_not_of(" \t") == std::string_view::npos ? 0 : 1;
+    }
+  }
+  return lines;
+}
+
+}  // namespace PolicyMapTestKit
