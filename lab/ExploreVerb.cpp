@@ -18,8 +18,8 @@ void printWalk(Console const& console, std::uint64_t seed, WalkResult const& wal
   console.out << "seed " << seed << ": " << counted(walk.steps, "step") << ", "
               << counted(walk.edits, "edit") << " (" << walk.refused << " more invalid), "
               << counted(walk.faults, "planned fault") << " (" << walk.injected << " injected), "
-              << counted(walk.checks, "check") << ", "
-              << counted(walk.run.found.size(), "finding") << "\n";
+              << counted(walk.checks, "check") << ", " << counted(walk.run.found.size(), "finding")
+              << "\n";
 }
 
 }  // namespace

@@ -21,10 +21,13 @@ void addCases(SourceText const& source, SweepReport& report) {
 }  // namespace
 
 MergeVerb::MergeVerb(CLI::App& program)
-    : command_(program.add_subcommand("merge", "Merge what sweep --json printed for several shards")) {
+    : command_(
+          program.add_subcommand("merge", "Merge what sweep --json printed for several shards")) {
   command_->add_option("files", files_, "Written by sweep --json")->type_name("FILE")->required();
-  command_->add_option("--report", pageFile_, "Write a page for a browser; --journals of sweep adds\n"
-                                              "the journals")
+  command_
+      ->add_option("--report", pageFile_,
+                   "Write a page for a browser; --journals of sweep adds\n"
+                   "the journals")
       ->type_name("FILE.html");
 }
 

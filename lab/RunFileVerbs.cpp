@@ -69,7 +69,8 @@ ExitStatus ReplayVerb::run(Console const& console) {
     return ExitStatus::notProgrammed;
   }
   console.out << "the same: " << counted(now.script.steps.size(), "step") << ", "
-              << (now.journal.size() == 1 ? "1 entry" : std::to_string(now.journal.size()) + " entries")
+              << (now.journal.size() == 1 ? "1 entry"
+                                          : std::to_string(now.journal.size()) + " entries")
               << ", " << counted(now.found.size(), "finding") << "\n";
   return ExitStatus::success;
 }
@@ -120,12 +121,12 @@ void minimiseAndPrint(Console const& console, Script script, std::string const& 
     console.out << tinted(console.style, Tint::bad, shownText(each.text)) << "\n";
   }
   printScript(console, least.script);
-  console.out << "minimised in " << counted(least.tries, "try") << ": " << lines << " -> "
-              << counted(linesOf(least.script), "line") << ", " << steps << " -> "
-              << counted(least.script.steps.size(), "step") << "\n";
+  console.out << "minimised in "
+              << (least.tries == 1 ? "1 try" : std::to_string(least.tries) + " tries") << ": "
+              << lines << " -> " << counted(linesOf(least.script), "line") << ", " << steps
+              << " -> " << counted(least.script.steps.size(), "step") << "\n";
   if (!recordFile.empty()) {
-    writeOutput(console, recordFile,
-                [&](std::ostream& out) { write(out, record(least.script)); });
+    writeOutput(console, recordFile, [&](std::ostream& out) { write(out, record(least.script)); });
   }
 }
 

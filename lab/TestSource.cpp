@@ -4,7 +4,7 @@
 #include "lab/Console.h"
 #include "lab/Faults.h"
 #include "lab/LabArguments.h"
-#include "lab/Program.h"
+#include "lab/RunVerb.h"
 #include "testkit/runs/RunFile.h"
 
 #include <algorithm>
@@ -105,6 +105,12 @@ void writeCppOptions(std::ostream& out, LabOptions const& options) {
   if (options.plan != FaultPlan()) {
     out << "  options.plan = parseFaultPlan(" << cppText(toText(options.plan)) << ");\n";
   }
+  for (StrictnessSwitch const& each : strictnessSwitches()) {
+    if (options.strictness.*each.value != usual.strictness.*each.value) {
+      out << "  options.strictness." << each.name << " = "
+          << (options.strictness.*each.value ? "true" : "false") << ";\n";
+    }
+  }
   if (std::string const actions = options.actions.text(); !actions.empty()) {
     out << "  options.actions = Text::ActionMapping(Text::SourceText(\"actions\", "
         << cppText(actions) << "));\n";
@@ -181,7 +187,8 @@ void addStep(CommandLine& line, Step const& step, bool isFirst) {
     return;
   }
   if (step.kind == Step::Kind::advance) {
-    arguments.insert(arguments.end(), {"--advance", std::to_string(step.seconds)});
+    constexpr std::string_view word = "advance ";
+    arguments.insert(arguments.end(), {"--advance", toText(step).substr(word.size())});
     return;
   }
   arguments.insert(arguments.end(), {"--then", inOneLine(toText(step))});
@@ -195,6 +202,9 @@ CommandLine commandLineOf(Script const& script) {
   }
   auto& arguments = line.arguments;
   LabOptions const& options = script.options;
+  if (options.strictness != Strictness()) {
+    throw UsageError("a strictness other than the usual one cannot be a command line");
+  }
   if (std::string const actions = options.actions.text(); !actions.empty()) {
     arguments.insert(arguments.end(), {"--actions", fileFor(line, "actions", actions)});
   }
@@ -260,18 +270,13 @@ Printed runIn(CommandLine const& line) {
   for (auto const& [name, content] : line.files) {
     std::ofstream(name, std::ios::binary) << content;
   }
-  std::vector<char const*> arguments{"policymap-lab"};
-  for (std::string const& argument : line.arguments) {
-    arguments.push_back(argument.c_str());
-  }
   std::ostringstream out;
   std::ostringstream err;
-  Console const console{out, err, {}, false};
-  ExitStatus const status =
-      runProgram(static_cast<int>(arguments.size()), arguments.data(), console);
-  if (status == ExitStatus::badInput) {
-    throw UsageError("as a command line, the run fails: " + err.str());
-  }
+  CLI::App program;
+  RunVerb verb(program, RunVerb::Output::records);
+  std::vector<std::string> reversed(line.arguments.rbegin(), line.arguments.rend());
+  program.parse(std::move(reversed));
+  ExitStatus const status = verb.run({out, err, {}, false});
   return {out.str(), static_cast<int>(status)};
 }
 
@@ -362,7 +367,8 @@ void writePython(std::ostream& out, std::string const& name, CommandLine const& 
          "            for name, content in FILES.items():\n"
          "                pathlib.Path(folder, name).write_text(content, encoding=\"utf-8\")\n"
          "            done = subprocess.run([os.path.abspath(lab), *ARGUMENTS], cwd=folder,\n"
-         "                                  stdout=subprocess.PIPE, encoding=\"utf-8\", check=False)\n"
+         "                                  stdout=subprocess.PIPE, encoding=\"utf-8\", "
+         "check=False)\n"
          "        self.assertEqual(done.stdout.splitlines(), PRINTED)\n"
          "        self.assertEqual(done.returncode, STATUS)\n"
          "        json.loads(done.stdout)\n\n\n"

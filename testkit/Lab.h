@@ -67,6 +67,8 @@ struct FilterLayout {
   std::size_t classes = 1;
   // Number of interfaces to which the policy-map is attached.
   std::size_t interfaces = 1;
+
+  bool operator==(FilterLayout const&) const = default;
 };
 
 class POLICYMAPTESTKIT_API Lab {

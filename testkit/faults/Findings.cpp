@@ -2,6 +2,7 @@
 #include "testkit/faults/Findings.h"
 
 #include <algorithm>
+#include <array>
 #include <ostream>
 #include <string_view>
 #include <utility>
@@ -27,6 +28,16 @@ std::string_view nameOf(Finding::Kind kind) {
 }
 
 }  // namespace
+
+std::span<StrictnessSwitch const> strictnessSwitches() {
+  static constexpr std::array switches{
+      StrictnessSwitch{"leftovers", &Strictness::leftovers},
+      StrictnessSwitch{"idleCommits", &Strictness::idleCommits},
+      StrictnessSwitch{"callsAfterFailures", &Strictness::callsAfterFailures},
+      StrictnessSwitch{"repeatedCreations", &Strictness::repeatedCreations},
+  };
+  return switches;
+}
 
 std::string toText(Finding const& finding) {
   std::string const text = std::string(nameOf(finding.kind)) + ": " + finding.text;

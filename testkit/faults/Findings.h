@@ -9,7 +9,9 @@
 #include <cstdint>
 #include <functional>
 #include <iosfwd>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace PolicyMapTestKit {
@@ -43,7 +45,15 @@ struct Strictness {
   bool repeatedCreations = true;
 
   static constexpr Strictness none() { return {false, false, false, false}; }
+  bool operator==(Strictness const&) const = default;
 };
+
+// The members of Strictness by name.
+struct StrictnessSwitch {
+  std::string_view name;
+  bool Strictness::*value;
+};
+POLICYMAPTESTKIT_API std::span<StrictnessSwitch const> strictnessSwitches();
 
 // Called for each new finding of every lab of the process. testkit/GoogleTest.h sets one that fails
 // the running test. None: findings are only kept.

@@ -97,9 +97,8 @@ void RunReport::add(Step const& step, ScriptRun const& run) {
   if (step.kind == Step::Kind::load) {
     inputs_.emplace_back(Json::Object{{"name", step.name}, {"text", step.text}});
   }
-  steps_.emplace_back(Json::Object{{"name", toText(step)},
-                                   {"entry", nextEntry_},
-                                   {"records", jsonOfRecords(run.lab())}});
+  steps_.emplace_back(Json::Object{
+      {"name", toText(step)}, {"entry", nextEntry_}, {"records", jsonOfRecords(run.lab())}});
   nextEntry_ = run.lab().journal().next();
   Json faults = jsonOfFaults(run.lab());
   if (!faults.as<Json::Array>()->empty()) {  // after a check there are none
@@ -117,9 +116,8 @@ Json RunReport::json(RunFile const& file) const {
   for (Irregularity const& each : file.found) {
     findings.emplace_back(each.text);
   }
-  return Json::Object{{"kind", "run"},        {"title", title_},
-                      {"inputs", inputs_},    {"steps", steps_},
-                      {"journal", journal},   {"findings", findings},
+  return Json::Object{{"kind", "run"},    {"title", title_},    {"inputs", inputs_},
+                      {"steps", steps_},  {"journal", journal}, {"findings", findings},
                       {"faults", faults_}};
 }
 

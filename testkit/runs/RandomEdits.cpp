@@ -45,7 +45,8 @@ void RandomEdits::add(std::string_view policyText) {
   Text::LineReader reader(source);
   std::vector<std::size_t> above;
   while (reader.next()) {
-    std::size_t const begin = std::min(reader.line().find_first_not_of(" \t"), reader.line().size());
+    std::size_t const begin =
+        std::min(reader.line().find_first_not_of(" \t"), reader.line().size());
     std::string const text(reader.line().substr(begin));
     if (!isEdited(text)) {
       continue;

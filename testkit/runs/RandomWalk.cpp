@@ -18,7 +18,9 @@ constexpr std::array effects{FaultEffect::before, FaultEffect::after, FaultEffec
 class Walk {
  public:
   explicit Walk(WalkOptions const& options)
-      : random_(options.seed), options_(labOptions(options)), run_(options_, options.begin.reading) {
+      : random_(options.seed),
+        options_(labOptions(options)),
+        run_(options_, options.begin.reading) {
     result_.run.script = {options_, options.begin.reading, {}};
     for (Step const& step : options.begin.steps) {
       if (step.kind == Step::Kind::load) {

@@ -17,8 +17,8 @@ namespace {
 
 using Kind = Irregularity::Kind;
 
-constexpr std::array<std::string_view, 8> kindNames{"record",  "status",    "pending",   "notification",
-                                                    "finding", "assertion", "exception", "unmet"};
+constexpr std::array<std::string_view, 8> kindNames{
+    "record", "status", "pending", "notification", "finding", "assertion", "exception", "unmet"};
 
 std::string nameOf(StatusRow const& row) {
   return row.policy + "/" + row.direction + " " + toText(row.option);
@@ -52,9 +52,9 @@ std::string lineOf(StatusRow const& row) {
 }
 
 Irregularity wronglyProgrammed(StatusRow const& row) {
-  return {Kind::status, "status of " + nameOf(row) +
-                            (row.programmed ? ": programmed, which it is not"
-                                            : ": not programmed, which it is")};
+  return {Kind::status,
+          "status of " + nameOf(row) +
+              (row.programmed ? ": programmed, which it is not" : ": not programmed, which it is")};
 }
 
 template <class Visit>
@@ -179,7 +179,8 @@ Reference referenceOf(Lab const& lab) {
   }
   forEachClass(lab, [&](std::string const& name, PolicyMap::ClassMapStatus const& status) {
     std::string const error = status.error().stdString();
-    reference.statuses.push_back(name + (status.programmed() ? ": programmed" : ": not programmed") +
+    reference.statuses.push_back(name +
+                                 (status.programmed() ? ": programmed" : ": not programmed") +
                                  (error.empty() ? "" : ": " + error));
   });
   std::sort(reference.statuses.begin(), reference.statuses.end());

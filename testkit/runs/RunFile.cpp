@@ -21,17 +21,6 @@ constexpr std::uint64_t version = 1;
 constexpr std::array<std::pair<Reading, std::string_view>, 3> readings{
     {{Reading::strict, "strict"}, {Reading::lenient, "lenient"}, {Reading::widening, "widening"}}};
 
-struct StrictnessSwitch {
-  std::string_view name;
-  bool Strictness::*value;
-};
-constexpr std::array strictnessSwitches{
-    StrictnessSwitch{"leftovers", &Strictness::leftovers},
-    StrictnessSwitch{"idleCommits", &Strictness::idleCommits},
-    StrictnessSwitch{"callsAfterFailures", &Strictness::callsAfterFailures},
-    StrictnessSwitch{"repeatedCreations", &Strictness::repeatedCreations},
-};
-
 // writing ---------------------------------------------------------------------------------------
 
 void addUnusual(Json& json, std::string_view name, std::string const& text) {
@@ -48,7 +37,7 @@ Json jsonOf(LabOptions const& options) {
       json.add(each.name, options.*each.value);
     }
   }
-  for (StrictnessSwitch const& each : strictnessSwitches) {
+  for (StrictnessSwitch const& each : strictnessSwitches()) {
     if (options.strictness.*each.value != usual.strictness.*each.value) {
       json.add(each.name, options.strictness.*each.value);
     }
@@ -118,7 +107,7 @@ void readOptions(JsonLine const& line, Script& script) {
   Json const& json = *line.json().member("options");
   LabOptions& options = script.options;
   readSwitches(json, labSwitches(), options);
-  readSwitches(json, strictnessSwitches, options.strictness);
+  readSwitches(json, strictnessSwitches(), options.strictness);
   options.asyncDelay = secondsIn(json, "asyncDelay");
   if (Json const* const faults = json.member("faults")) {
     auto const* const all = faults->as<Json::Array>();
@@ -134,8 +123,8 @@ void readOptions(JsonLine const& line, Script& script) {
   options.plan = parseFaultPlan(Text::SourceText("plan", textIn(json, "plan")));
   options.actions = Text::ActionMapping(Text::SourceText("actions", textIn(json, "actions")));
   std::string const reading = line.text("reading");
-  auto const* const found = std::find_if(
-      readings.begin(), readings.end(), [&](auto const& each) { return each.second == reading; });
+  auto const* const found = std::find_if(readings.begin(), readings.end(),
+                                         [&](auto const& each) { return each.second == reading; });
   script.reading = found == readings.end() ? Reading::strict : found->first;
 }
 
@@ -199,6 +188,12 @@ RunFile record(Script const& script, std::function<void(Step const&, ScriptRun&)
 
 RunFile recordOf(Script script, ScriptRun const& run) {
   RunFile file{std::move(script), run.irregularities(), {}};
+  // The end of the run is the end of its plans.
+  for (FaultState const& state : run.lab().faults()) {
+    if (isUnmet(state)) {
+      file.found.push_back({Irregularity::Kind::finding, toText(state.fault) + ": never met"});
+    }
+  }
   file.journal.reserve(run.lab().journal().size());
   for (JournalEntry const& entry : run.lab().journal()) {
     file.journal.emplace_back(entry);
@@ -207,9 +202,9 @@ RunFile recordOf(Script script, ScriptRun const& run) {
 }
 
 void write(std::ostream& out, RunFile const& file) {
-  auto const* const reading =
-      std::find_if(readings.begin(), readings.end(),
-                   [&](auto const& each) { return each.first == file.script.reading; });
+  auto const* const reading = std::find_if(readings.begin(), readings.end(), [&](auto const& each) {
+    return each.first == file.script.reading;
+  });
   out << Json(Json::Object{{"run", version}}).text() << "\n"
       << Json(Json::Object{{"options", jsonOf(file.script.options)}, {"reading", reading->second}})
              .text()

@@ -34,8 +34,8 @@ struct RunFile {
   std::vector<JournalLine> journal;
 };
 
-// Performs the script in a new lab, with a journal of all calls and statuses. Failed assertions and exceptions
-// are irregularities. `onStep` is called after each step.
+// Performs the script in a new lab, with a journal of all calls and statuses. Failed assertions and
+// exceptions are irregularities. `onStep` is called after each step.
 [[nodiscard]] POLICYMAPTESTKIT_API RunFile
 record(Script const& script, std::function<void(Step const&, ScriptRun&)> const& onStep = {});
 // Of a run that was made with this script, and with such a journal.
@@ -47,7 +47,7 @@ POLICYMAPTESTKIT_API void write(std::ostream& out, RunFile const& file);
 [[nodiscard]] POLICYMAPTESTKIT_API RunFile readRunFile(Text::SourceText const& source);
 
 // The first difference in what happened, in a few lines; none if there is none.
-[[nodiscard]] POLICYMAPTESTKIT_API std::optional<std::string> firstDifference(
-    RunFile const& before, RunFile const& now);
+[[nodiscard]] POLICYMAPTESTKIT_API std::optional<std::string> firstDifference(RunFile const& before,
+                                                                              RunFile const& now);
 
 }  // namespace PolicyMapTestKit

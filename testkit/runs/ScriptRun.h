@@ -11,9 +11,9 @@
 
 #include "testkit/Export.h"
 #include "testkit/Lab.h"
+#include "testkit/StatusWatch.h"
 #include "testkit/runs/Recovery.h"
 #include "testkit/runs/Step.h"
-#include "testkit/StatusWatch.h"
 
 #include <Kor/Assert.h>
 

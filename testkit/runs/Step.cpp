@@ -38,10 +38,10 @@ void loadRules(Lab& lab, Step const& step) {
   Text::SourceText const source(step.name, step.text);
   Text::FilterSet const set = Text::readFilterSet(source, step.portRanges);
   if (step.layout.classes > std::max<std::size_t>(set.rules.size(), 1)) {
-    throw Text::InputError(
-        {source.name(), 0, 0},
-        "a rule for each of the " + std::to_string(step.layout.classes) + " classes",
-        std::to_string(set.rules.size()));
+    throw Text::InputError({source.name(), 0, 0},
+                           "a rule for each of the " + std::to_string(step.layout.classes) +
+                               " classes",
+                           std::to_string(set.rules.size()));
   }
   lab.load(set, step.layout);
 }
@@ -70,9 +70,9 @@ void perform(Lab& lab, Step const& step, Text::Reading reading) {
 }
 
 std::string_view nameOf(Step::Kind kind) {
-  return std::find_if(kinds.begin(), kinds.end(), [&](auto const& each) {
-           return each.first == kind;
-         })->second;
+  return std::find_if(kinds.begin(), kinds.end(),
+                      [&](auto const& each) { return each.first == kind; })
+      ->second;
 }
 
 std::optional<Step::Kind> stepKindOf(std::string_view name) {

@@ -63,7 +63,7 @@ class Sweep::Run {
     }
   }
 
-  // True if everything could be put back with attachAll().
+  // True if nothing is left and everything can be put back with attachAll().
   bool detachAll() {
     lab().detachAll();
     bool const isByText = lab().policyMaps()->servicePolicys() == 0;
@@ -80,7 +80,7 @@ class Sweep::Run {
     for (std::string const& status : left.statuses) {
       find(Kind::status, "status of " + status + ", left when everything is detached");
     }
-    return isByText;
+    return isByText && left.records.empty() && left.statuses.empty();
   }
 
   void find(Kind kind, std::string text) { run_.find({kind, std::move(text)}); }
@@ -159,8 +159,9 @@ std::map<std::string, Sweep::Calls> Sweep::countCalls(AnswerMode mode) const {
 
 // A fault reaches the calls of the run without it: until the fault, all is the same.
 void Sweep::addCases(AnswerMode mode, std::vector<SweepCase>& all) const {
-  std::map<std::string, Calls> const calls = countCalls(mode);
-  for (auto const& [operation, count] : calls) {
+  std::map<std::string, Calls> calls = countCalls(mode);
+  for (std::string const& operation : operationNames()) {
+    Calls const count = calls[operation];
     // hwInit is called before a plan can begin.
     for (std::uint64_t call = 1; operation != "hwInit" && call <= count.all; ++call) {
       for (PlannedFault fault : waysToFail(operation, mode)) {

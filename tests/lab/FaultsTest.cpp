@@ -271,7 +271,7 @@ TEST(Faults, AStepThatIsNotUnderstoodSaysWhatIsExpected) {
   };
   EXPECT_EQ(errorOf("wait"),
             "expected clear, trigger, trigger N, release, inject NAME=TEXT, faults "
-            "PLAN or load FILE, found 'wait'");
+            "PLAN, load FILE, check, detach or attach, found 'wait'");
   EXPECT_EQ(errorOf("trigger 0"), "trigger: N must be 1 to 1000000, found '0'");
   EXPECT_THAT(errorOf("inject x=y"),
               testing::StartsWith("inject: expected NAME=TEXT with one of createError, "));

@@ -235,7 +235,8 @@ TEST_F(RunVerbTest, FilterSetHasNoMoreClassesThanRules) {
   std::string const rules = file("rules", generateFilterSet(3));
   Outcome const outcome = runLab({"run", "--rules", rules, "--classes", "4"});
   EXPECT_EQ(outcome.status, ExitStatus::badInput);
-  EXPECT_EQ(outcome.err, "policymap-lab: --classes: 4 is more than the 3 rules of " + rules + "\n");
+  EXPECT_EQ(outcome.err,
+            "policymap-lab: " + rules + ": expected a rule for each of the 4 classes, found '3'\n");
 }
 
 TEST_F(RunVerbTest, PortsOnAnyProtocolAreTakenWhenAskedFor) {

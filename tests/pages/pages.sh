@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+#
+# Makes pages of a run and of a sweep, and tests them in headless Chromium. FOLDER gets pictures.
+set -euo pipefail
+lab=$BUILD_DIR/bin/policymap-lab
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+examples=$SOURCE_DIR/examples
+# Exit status 1: what failed on purpose is reported.
+"$lab" run "$examples/campus.cfg" --then 'faults addRule nth=3 once' \
+  --then "load $examples/campus-edit.cfg" --advance 3 --then check \
+  --report "$work/run.html" >/dev/null || [[ $? == 1 ]]
+"$lab" sweep "$examples/campus.cfg" --then "load $examples/campus-edit.cfg" \
+  --report "$work/sweep.html"
+python3 "$SOURCE_DIR/tests/pages/page_test.py" --run "$work/run.html" --sweep "$work/sweep.html" \
+  ${1:+--pictures "$1"}

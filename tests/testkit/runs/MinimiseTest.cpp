@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/runs/Minimise.h"
+
+#include "testkit/Labs.h"
+#include "testkit/runs/RunFile.h"
+
+#include <gmock/gmock.h>
+
+#include <sstream>
+
+namespace PolicyMapTestKit::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+// Ten lists, classes and policy-maps in more than 40 lines; `line` is one of them.
+std::string manyLines(std::string const& line) {
+  std::string text;
+  for (int i = 0; i != 10; ++i) {
+    std::string const name = "n" + std::to_string(i);
+    text += "ip access-list " + name + "\n permit tcp any any eq " + std::to_string(80 + i) + "\n" +
+            (i == 6 ? " " + line + "\n" : "") + "class-map match-any " + name +
+            "\n match access-group " + name + "\n";
+  }
+  return text + "policy-map P\n class n1\n  set action1 1\n class n6\n  set action1 2\n"
+                "interface Ethernet1\n service-policy input P\n";
+}
+
+// A fault that is not met is a finding, whatever else is loaded.
+Script withUnmetFault() {
+  Script script{.options = {.updateAction = true}};
+  script.steps = {Step::load("edge.cfg", manyLines("permit udp any any")),
+                  Step::faults("addRule nth=1 once; addIntfToPolicy nth=900; createPolicy nth=1"),
+                  Step::advance(3), Step::check()};
+  return script;
+}
+
+TEST(Minimise, LeavesOutStepsFaultsLinesAndOptions) {
+  Minimised const minimised = minimise(withUnmetFault());
+  ASSERT_THAT(minimised.script.steps, testing::Contains(testing::Field(
+                                          &Step::text, "addIntfToPolicy nth=900")));
+  EXPECT_LE(minimised.script.steps.size(), 2U);
+  EXPECT_EQ(linesOf(minimised.script), 0U);
+  EXPECT_FALSE(minimised.script.options.updateAction);
+  ASSERT_THAT(minimised.found, testing::Not(IsEmpty()));
+  EXPECT_EQ(minimised.found.front().kind, Irregularity::Kind::finding);
+}
+
+TEST(Minimise, KeepsTheTextOfAnException) {
+  Script script;
+  script.steps = {Step::load("edge.cfg", manyLines("permit tcp any any eq 70000")), Step::check(),
+                  Step::load("other.cfg", "other wrong line\n")};
+  ASSERT_GE(linesOf(script), 40U);
+  std::vector<Irregularity> const found = PolicyMapTestKit::record(script).found;
+  ASSERT_THAT(found, SizeIs(2));
+  Minimised const minimised = minimise(script);
+  EXPECT_THAT(minimised.found, ElementsAre(found.front()));
+  EXPECT_EQ(minimised.script.steps.size(), 1U);
+  EXPECT_GE(linesOf(minimised.script), 1U);
+}
+
+TEST(Minimise, LeavesFewLinesOfText) {
+  Script script;
+  script.steps = {Step::load("edge.cfg", manyLines("permit udp any any")),
+                  {.kind = Step::Kind::inject, .text = "noError=x"}, Step::check()};
+  ASSERT_GE(linesOf(script), 40U);
+  Minimised const minimised = minimise(script);
+  EXPECT_THAT(minimised.script.steps,
+              ElementsAre(Step{.kind = Step::Kind::inject, .text = "noError=x"}));
+  EXPECT_EQ(minimised.found.front().kind, Irregularity::Kind::exception);
+}
+
+TEST(Minimise, IsWhatTheScriptComesTo) {
+  Minimised const minimised = minimise(withUnmetFault());
+  EXPECT_EQ(minimised.found, PolicyMapTestKit::record(minimised.script).found);
+}
+
+TEST(Minimise, IsTheSameEachTime) {
+  std::size_t calls = 0;
+  Minimised const first = minimise(withUnmetFault(), [&] { ++calls; });
+  Minimised const second = minimise(withUnmetFault());
+  EXPECT_EQ(first.script.steps, second.script.steps);
+  EXPECT_EQ(first.tries, second.tries);
+  EXPECT_EQ(calls, first.tries);
+  EXPECT_GT(calls, 0U);
+}
+
+TEST(Minimise, NeedsSomethingIrregular) {
+  Script script;
+  script.steps = {Step::load("edge.cfg", simplePolicy), Step::check()};
+  EXPECT_THAT([&] { (void)minimise(script); },
+              testing::ThrowsMessage<std::invalid_argument>("nothing of the script is irregular"));
+}
+
+}  // namespace
+}  // namespace PolicyMapTestKit::test
