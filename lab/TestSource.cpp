@@ -401,6 +401,8 @@ void writeCppTest(std::ostream& out, std::string const& name, Script const& scri
     out << (isDone ? "  run.perform(" : "  EXPECT_FALSE(run.tryTo(") << cppStep(script.steps[i])
         << (isDone ? ");\n" : "));\n");
   }
+  run.end();
+  out << "  run.end();\n";
   std::vector<std::string> found;
   for (Irregularity const& each : run.irregularities()) {
     found.push_back(each.text);

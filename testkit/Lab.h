@@ -118,6 +118,8 @@ class POLICYMAPTESTKIT_API Lab {
   //   FaultScope const faults = lab.plan("addRule class=web nth=3 once");
   [[nodiscard]] FaultScope plan(std::string_view plan, Caller const& where = Caller::here());
   [[nodiscard]] FaultScope plan(FaultPlan const& plan);
+  // Ends all plans, also that of the options.
+  void endPlans() { recorded_.recorder->faults().endAll(); }
   // What became of the planned faults, of those plans that have not ended.
   [[nodiscard]] std::vector<FaultState> faults() const {
     return recorded_.recorder->faults().states();

@@ -84,8 +84,15 @@ class Shortening {
 
  private:
   [[nodiscard]] bool isWanted(Irregularity const& each) const {
-    bool const byText = wanted_.kind == Kind::exception || wanted_.kind == Kind::assertion;
-    return each.kind == wanted_.kind && (!byText || each.text == wanted_.text);
+    auto const partOf = [](Irregularity const& some) {
+      switch (some.kind) {
+      case Kind::exception:
+      case Kind::assertion: return some.text;
+      case Kind::finding: return some.text.substr(0, some.text.find(':'));
+      default: return std::string();
+      }
+    };
+    return each.kind == wanted_.kind && partOf(each) == partOf(wanted_);
   }
 
   // Keeps a script that comes to the same kind of irregularity.
@@ -130,6 +137,11 @@ class Shortening {
 
   // Of plans with several scripts.
   void shortenFaults() {
+    shorten(script_.options.plan.scripts, [&](std::vector<FaultPlan::Script> const& scripts) {
+      Script shorter = script_;
+      shorter.options.plan.scripts = scripts;
+      return keeps(std::move(shorter));
+    });
     for (std::size_t i = 0; i != script_.steps.size(); ++i) {
       if (script_.steps[i].kind != Step::Kind::faults) {
         continue;
@@ -178,7 +190,7 @@ class Shortening {
 
   // A measure of what is left.
   [[nodiscard]] std::size_t size() const {
-    std::size_t size = script_.steps.size();
+    std::size_t size = script_.steps.size() + script_.options.plan.scripts.size();
     for (Step const& step : script_.steps) {
       size += step.text.size();
     }

@@ -5,8 +5,9 @@
 // irregular.
 //
 // Steps, faults and lines of policy text are left out, half of them at first, then smaller parts,
-// for as long as that leaves an irregularity of the same kind; with the same text if it is an
-// exception or a failed assertion. The same script gives the same result.
+// for as long as that leaves an irregularity of the same kind; for a finding, a finding of the same
+// kind; for an exception or a failed assertion, the same text. The same script gives the same
+// result.
 
 #include "testkit/Export.h"
 #include "testkit/runs/Recovery.h"

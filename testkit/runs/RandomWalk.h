@@ -19,7 +19,7 @@ namespace PolicyMapTestKit {
 
 struct WalkOptions {
   // The options of the lab, and what is loaded before the first step.
-  Script begin;
+  Script begin = {};
   std::uint64_t seed = 1;
   // Random steps.
   std::size_t steps = 1000;

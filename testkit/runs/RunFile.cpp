@@ -186,14 +186,9 @@ RunFile record(Script const& script, std::function<void(Step const&, ScriptRun&)
   return recordOf(script, run);
 }
 
-RunFile recordOf(Script script, ScriptRun const& run) {
+RunFile recordOf(Script script, ScriptRun& run) {
+  run.end();
   RunFile file{std::move(script), run.irregularities(), {}};
-  // The end of the run is the end of its plans.
-  for (FaultState const& state : run.lab().faults()) {
-    if (isUnmet(state)) {
-      file.found.push_back({Irregularity::Kind::finding, toText(state.fault) + ": never met"});
-    }
-  }
   file.journal.reserve(run.lab().journal().size());
   for (JournalEntry const& entry : run.lab().journal()) {
     file.journal.emplace_back(entry);

@@ -35,11 +35,12 @@ struct RunFile {
 };
 
 // Performs the script in a new lab, with a journal of all calls and statuses. Failed assertions and
-// exceptions are irregularities. `onStep` is called after each step.
+// exceptions are irregularities; a step that throws is the last one. `onStep` is called after each
+// step.
 [[nodiscard]] POLICYMAPTESTKIT_API RunFile
 record(Script const& script, std::function<void(Step const&, ScriptRun&)> const& onStep = {});
-// Of a run that was made with this script, and with such a journal.
-[[nodiscard]] POLICYMAPTESTKIT_API RunFile recordOf(Script script, ScriptRun const& run);
+// Of a run that was made with this script, and with such a journal. Ends its plans.
+[[nodiscard]] POLICYMAPTESTKIT_API RunFile recordOf(Script script, ScriptRun& run);
 
 POLICYMAPTESTKIT_API void write(std::ostream& out, RunFile const& file);
 // Ignores empty lines, and members, options and lines that are unknown. Throws Text::InputError for

@@ -47,16 +47,7 @@ std::vector<std::string> const& CaughtAssertions::texts() {
 }
 
 ScriptRun::ScriptRun(LabOptions const& options, Text::Reading reading)
-    : before_(findingHandlerIs({})),
-      options_(options),
-      reading_(reading),
-      lab_(options),
-      watch_(lab_.status()) {}
-
-ScriptRun::~ScriptRun() {
-  scopes_.clear();
-  findingHandlerIs(std::move(before_));
-}
+    : options_(options), reading_(reading), lab_(options), watch_(lab_.status()) {}
 
 void ScriptRun::perform(Step const& step) {
   if (step.kind == Step::Kind::faults) {
@@ -99,8 +90,7 @@ void ScriptRun::recover() {
     find(std::move(each));
   }
   lab_.clearFaults();
-  injected_ = injected();
-  scopes_.clear();
+  end();
   lab_.releaseAll();
   deliverResults();
   lab_.advance(patience);
@@ -114,6 +104,12 @@ void ScriptRun::check(Reference const& reference) {
   for (Irregularity& each : compare(lab_, reference)) {
     find(std::move(each));
   }
+}
+
+void ScriptRun::end() {
+  injected_ = injected();
+  scopes_.clear();
+  lab_.endPlans();
 }
 
 std::uint64_t ScriptRun::injected() const {

@@ -18,6 +18,8 @@
 #include <Kor/Assert.h>
 
 #include <cstdint>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace PolicyMapTestKit {
@@ -43,7 +45,7 @@ class POLICYMAPTESTKIT_API ScriptRun {
   explicit ScriptRun(LabOptions const& options, Text::Reading reading = Text::Reading::strict);
   ScriptRun(ScriptRun const&) = delete;
   ScriptRun& operator=(ScriptRun const&) = delete;
-  ~ScriptRun();
+  ~ScriptRun() = default;
 
   // Throws Text::InputError for policy text, a filter set or a plan that is invalid, and what the
   // lab throws.
@@ -61,6 +63,9 @@ class POLICYMAPTESTKIT_API ScriptRun {
   [[nodiscard]] Lab& lab() { return lab_; }
   [[nodiscard]] Lab const& lab() const { return lab_; }
   [[nodiscard]] LabOptions const& options() const { return options_; }
+  // Ends all plans, those of the options, too. A fault that was not met is irregular.
+  void end();
+
   // How many calls the planned faults have hit.
   [[nodiscard]] std::uint64_t injected() const;
 
@@ -71,7 +76,19 @@ class POLICYMAPTESTKIT_API ScriptRun {
  private:
   void deliverResults();
 
-  FindingHandler before_;
+  // While it exists, findings of labs are only kept.
+  class Quiet {
+   public:
+    Quiet() : before_(findingHandlerIs({})) {}
+    Quiet(Quiet const&) = delete;
+    Quiet& operator=(Quiet const&) = delete;
+    ~Quiet() { findingHandlerIs(std::move(before_)); }
+
+   private:
+    FindingHandler before_;
+  };
+
+  Quiet quiet_;  // also at the end of the lab
   LabOptions options_;
   Text::Reading reading_;
   Lab lab_;

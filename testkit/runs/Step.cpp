@@ -13,20 +13,20 @@ namespace PolicyMapTestKit {
 
 namespace {
 
-using Kind = Step::Kind;
+using StepKind = Step::Kind;
 
-constexpr std::array<std::pair<Kind, std::string_view>, 11> kinds{{
-    {Kind::load, "load"},
-    {Kind::rules, "rules"},
-    {Kind::inject, "inject"},
-    {Kind::faults, "faults"},
-    {Kind::clear, "clear"},
-    {Kind::advance, "advance"},
-    {Kind::trigger, "trigger"},
-    {Kind::release, "release"},
-    {Kind::check, "check"},
-    {Kind::detach, "detach"},
-    {Kind::attach, "attach"},
+constexpr std::array<std::pair<StepKind, std::string_view>, 11> stepKinds{{
+    {StepKind::load, "load"},
+    {StepKind::rules, "rules"},
+    {StepKind::inject, "inject"},
+    {StepKind::faults, "faults"},
+    {StepKind::clear, "clear"},
+    {StepKind::advance, "advance"},
+    {StepKind::trigger, "trigger"},
+    {StepKind::release, "release"},
+    {StepKind::check, "check"},
+    {StepKind::detach, "detach"},
+    {StepKind::attach, "attach"},
 }};
 
 void injectText(Lab& lab, std::string const& text) {
@@ -50,47 +50,47 @@ void loadRules(Lab& lab, Step const& step) {
 
 void perform(Lab& lab, Step const& step, Text::Reading reading) {
   switch (step.kind) {
-  case Kind::load: lab.load(Text::SourceText(step.name, step.text), reading); break;
-  case Kind::rules: loadRules(lab, step); break;
-  case Kind::inject: injectText(lab, step.text); break;
-  case Kind::clear: lab.clearFaults(); break;
-  case Kind::advance: lab.advance(std::chrono::duration<double>(step.seconds)); break;
-  case Kind::trigger:
+  case StepKind::load: lab.load(Text::SourceText(step.name, step.text), reading); break;
+  case StepKind::rules: loadRules(lab, step); break;
+  case StepKind::inject: injectText(lab, step.text); break;
+  case StepKind::clear: lab.clearFaults(); break;
+  case StepKind::advance: lab.advance(std::chrono::duration<double>(step.seconds)); break;
+  case StepKind::trigger:
     for (std::uint32_t i = 0; i != step.times; ++i) {
       lab.trigger();
     }
     break;
-  case Kind::release: lab.releaseAll(); break;
-  case Kind::detach: lab.detachAll(); break;
-  case Kind::attach: lab.attachAll(); break;
-  case Kind::faults:
-  case Kind::check:
+  case StepKind::release: lab.releaseAll(); break;
+  case StepKind::detach: lab.detachAll(); break;
+  case StepKind::attach: lab.attachAll(); break;
+  case StepKind::faults:
+  case StepKind::check:
     throw std::invalid_argument(std::string(nameOf(step.kind)) + " is a step of a ScriptRun");
   }
 }
 
 std::string_view nameOf(Step::Kind kind) {
-  return std::find_if(kinds.begin(), kinds.end(),
+  return std::find_if(stepKinds.begin(), stepKinds.end(),
                       [&](auto const& each) { return each.first == kind; })
       ->second;
 }
 
 std::optional<Step::Kind> stepKindOf(std::string_view name) {
-  auto const* const found = std::find_if(kinds.begin(), kinds.end(),
+  auto const* const found = std::find_if(stepKinds.begin(), stepKinds.end(),
                                          [&](auto const& each) { return each.second == name; });
-  return found == kinds.end() ? std::nullopt : std::optional(found->first);
+  return found == stepKinds.end() ? std::nullopt : std::optional(found->first);
 }
 
 std::string toText(Step const& step) {
   std::ostringstream text;
   text << nameOf(step.kind);
   switch (step.kind) {
-  case Kind::load:
-  case Kind::rules: text << " " << step.name; break;
-  case Kind::inject:
-  case Kind::faults: text << " " << step.text; break;
-  case Kind::advance: text << " " << step.seconds; break;
-  case Kind::trigger:
+  case StepKind::load:
+  case StepKind::rules: text << " " << step.name; break;
+  case StepKind::inject:
+  case StepKind::faults: text << " " << step.text; break;
+  case StepKind::advance: text << " " << step.seconds; break;
+  case StepKind::trigger:
     if (step.times != 1) {
       text << " " << step.times;
     }
@@ -103,7 +103,7 @@ std::string toText(Step const& step) {
 std::size_t linesOf(Script const& script) {
   std::size_t lines = 0;
   for (Step const& step : script.steps) {
-    if (step.kind != Kind::load) {
+    if (step.kind != StepKind::load) {
       continue;
     }
     Text::SourceText const source(step.name, step.text);

@@ -74,9 +74,9 @@ struct SweepResult {
   // The number of loads after which an early case ended its faults; 0: after all.
   std::size_t recovered = 0;
   // What is not as it should be, at most 20.
-  std::vector<Irregularity> findings;
+  std::vector<Irregularity> findings = {};
   // Of a case with findings, or with SweepOptions::journals: the journal, a line per entry.
-  std::vector<std::string> journal;
+  std::vector<std::string> journal = {};
 };
 // {"case":"asynchronous addRule nth=3 before","injected":2,"findings":["..."],"journal":["..."]};
 // the findings without their kinds. Read again, throws Text::InputError.

@@ -38,26 +38,30 @@ class RunFileVerbsTest : public InputFiles {
     EXPECT_NE(outcome.status, ExitStatus::badInput) << outcome.err;
     return name;
   }
-  // A run with a fault that is not met, in a file with text that does not matter for it.
+  // A run with a fault that is not met, and with text that does not matter for it.
   std::string withFinding() const {
-    return recorded({"--then", "load " + edit(), "--faults", "getCountForRule nth=7; addRule nth=1 once",
-                     "--advance", "3", "--then", "check"});
+    return recorded({"--then", "load " + edit(), "--then",
+                     "faults getCountForRule nth=7; addRule nth=1 once optional", "--advance", "3",
+                     "--then", "check"});
   }
 };
 
 TEST_F(RunFileVerbsTest, ARunIsReplayedAsItWas) {
-  std::string const run = recorded({"--then", "load " + edit(), "--async", "--then", "trigger 3",
-                                    "--then", "faults commitPolicy nth=1", "--advance", "2.5",
-                                    "--then", "detach", "--then", "attach", "--update-action"});
+  std::string const run =
+      recorded({"--then", "load " + edit(), "--async", "--then", "trigger 3", "--then",
+                "faults commitPolicy nth=1 optional", "--advance", "2.5", "--then", "detach",
+                "--then", "attach", "--update-action"});
   Outcome const outcome = runLab({"replay", run});
-  EXPECT_THAT(outcome.out, AllOf(StartsWith("the same: 7 steps, "), HasSubstr(" entries, 0 findings\n")));
+  EXPECT_THAT(outcome.out,
+              AllOf(StartsWith("the same: 7 steps, "), HasSubstr(" entries, 0 findings\n")));
   EXPECT_EQ(outcome.status, ExitStatus::success);
 }
 
 TEST_F(RunFileVerbsTest, ReplayNamesTheFirstDifference) {
   std::string text = contentOf(recorded({}));
   std::string const before = "permit tcp any any eq 80";
-  for (std::size_t at = 0; (at = text.find("\"match\":\"" + before, at)) != std::string::npos; ++at) {
+  for (std::size_t at = 0; (at = text.find("\"match\":\"" + before, at)) != std::string::npos;
+       ++at) {
     text.replace(at, 9 + before.size(), "\"match\":\"permit tcp any any eq 79");
   }
   Outcome const outcome = runLab({"replay", file("changed.run", text)});
@@ -72,7 +76,7 @@ TEST_F(RunFileVerbsTest, ReplayPrintsFindings) {
   std::string const run = withFinding();
   Outcome const outcome = runLab({"replay", run});
   EXPECT_THAT(outcome.out, HasSubstr("getCountForRule nth=7"));
-  EXPECT_THAT(outcome.out, HasSubstr("the same: 4 steps, "));
+  EXPECT_THAT(outcome.out, HasSubstr("the same: 5 steps, "));
   EXPECT_EQ(outcome.status, ExitStatus::success);
 }
 
@@ -102,24 +106,28 @@ TEST_F(RunFileVerbsTest, MinimiseNeedsAFinding) {
 }
 
 TEST_F(RunFileVerbsTest, ExportWritesATestInEachLanguage) {
-  std::string const run = recorded({"--advance", "1", "--then", "load " + edit(), "--update-action"});
+  std::string const run =
+      recorded({"--advance", "1", "--then", "load " + edit(), "--update-action"});
   EXPECT_THAT(runLab({"export", run, "--as", "cpp"}).out,
               AllOf(HasSubstr("TEST(Recorded, RunRecordedRun)"),
-                    HasSubstr("options.updateAction = true;"), HasSubstr("run.perform(Step::load(")));
+                    HasSubstr("options.updateAction = true;"),
+                    HasSubstr("run.perform(Step::load(")));
   EXPECT_THAT(runLab({"export", run, "--as", "python"}).out,
               AllOf(HasSubstr("class RecordedRun(unittest.TestCase)"),
                     HasSubstr("\"--update-action\""), HasSubstr("\"load edit.cfg\"")));
-  EXPECT_THAT(runLab({"export", run, "--as", "shell"}).out,
-              AllOf(StartsWith("#!/usr/bin/env bash\n"),
-                    HasSubstr("\"$lab\" run --update-action simple.cfg --advance 1 --then 'load edit.cfg' "
-                              "--json --journal json >printed")));
+  EXPECT_THAT(
+      runLab({"export", run, "--as", "shell"}).out,
+      AllOf(StartsWith("#!/usr/bin/env bash\n"),
+            HasSubstr("\"$lab\" run --update-action simple.cfg --advance 1 --then 'load edit.cfg' "
+                      "--json --journal json >printed")));
   EXPECT_EQ(runLab({"export", run, "--as", "perl"}).status, ExitStatus::badInput);
 }
 
 TEST_F(RunFileVerbsTest, WhatIsNoCommandLineIsSaidToBeNone) {
   std::string const run = file("x.run", "{\"run\":1}\n{\"step\":\"advance\",\"seconds\":1}\n");
   Outcome const outcome = runLab({"export", run, "--as", "shell"});
-  EXPECT_THAT(outcome.err, HasSubstr("advance 1 before anything is loaded cannot be a command line"));
+  EXPECT_THAT(outcome.err,
+              HasSubstr("advance 1 before anything is loaded cannot be a command line"));
   EXPECT_EQ(outcome.status, ExitStatus::badInput);
   EXPECT_THAT(runLab({"export", run, "--as", "cpp"}).out, HasSubstr("Step::advance(1)"));
 }
@@ -140,7 +148,8 @@ TEST_F(RunFileVerbsTest, APageHasTheRunInIt) {
   EXPECT_THAT(contentOf(replayed), HasSubstr("\"title\":\"recorded.run\""));
 }
 
-// explore ------------------------------------------------------------------------------------------
+// explore
+// ------------------------------------------------------------------------------------------
 
 TEST_F(RunFileVerbsTest, ExploreIsTheSameForASeed) {
   auto const walk = [&](char const* seed) {
@@ -157,7 +166,8 @@ TEST_F(RunFileVerbsTest, ExploreIsTheSameForASeed) {
 
 TEST_F(RunFileVerbsTest, ExploreWalksSeveralTimes) {
   Outcome const outcome = runLab({"explore", simple(), "--steps", "20", "--walks", "3"});
-  EXPECT_THAT(outcome.out, AllOf(HasSubstr("seed 1: "), HasSubstr("seed 2: "), HasSubstr("seed 3: ")));
+  EXPECT_THAT(outcome.out,
+              AllOf(HasSubstr("seed 1: "), HasSubstr("seed 2: "), HasSubstr("seed 3: ")));
 }
 
 TEST_F(RunFileVerbsTest, ExploreNeedsPolicyText) {
@@ -167,7 +177,8 @@ TEST_F(RunFileVerbsTest, ExploreNeedsPolicyText) {
   EXPECT_EQ(outcome.status, ExitStatus::badInput);
 }
 
-// merge --------------------------------------------------------------------------------------------
+// merge
+// --------------------------------------------------------------------------------------------
 
 TEST_F(RunFileVerbsTest, MergeAddsUpShards) {
   auto const shard = [&](char const* which) {
@@ -177,7 +188,9 @@ TEST_F(RunFileVerbsTest, MergeAddsUpShards) {
   std::string const page = path("sweep.html");
   Outcome const outcome = runLab({"merge", shard("1/2"), shard("2/2"), "--report", page});
   EXPECT_EQ(outcome.status, ExitStatus::success);
-  auto const totals = [](std::string const& out) { return out.substr(0, out.find(" with findings")); };
+  auto const totals = [](std::string const& out) {
+    return out.substr(0, out.find(" with findings"));
+  };
   EXPECT_EQ(totals(outcome.out), totals(runLab({"sweep", simple()}).out));
   EXPECT_THAT(contentOf(page),
               AllOf(HasSubstr("\"kind\":\"sweep\""), HasSubstr("\"operation\":\"addRule\"")));
@@ -189,7 +202,8 @@ TEST_F(RunFileVerbsTest, MergeTellsOfFindings) {
                                     R"("findings":["the fault was not met"]})")});
   EXPECT_THAT(outcome.out, HasSubstr("synchronous addRule nth=1\n  the fault was not met\n"));
   EXPECT_EQ(outcome.status, ExitStatus::notProgrammed);
-  EXPECT_EQ(runLab({"merge", file("bad", "{\"case\":\"sometimes\"}")}).status, ExitStatus::badInput);
+  EXPECT_EQ(runLab({"merge", file("bad", "{\"case\":\"sometimes\"}")}).status,
+            ExitStatus::badInput);
 }
 
 TEST_F(RunFileVerbsTest, ASweepRecordsTheCaseThatIsNamed) {

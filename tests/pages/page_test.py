@@ -111,8 +111,18 @@ class Driver:
 
     def click(self, selector):
         element = self.find(selector)
-        self.js("arguments[0].scrollIntoView({block: 'center'})", {ELEMENT: element})
-        self.post(f"/element/{element}/click")
+        deadline = time.monotonic() + 10
+        while True:
+            self.js("arguments[0].scrollIntoView({block: 'center', behavior: 'instant'})",
+                    {ELEMENT: element})
+            try:
+                self.post(f"/element/{element}/click")
+                return
+            except RuntimeError as error:
+                # The page still grows, and what sticks to its top is in front.
+                if "intercepted" not in str(error) or time.monotonic() > deadline:
+                    raise
+            time.sleep(0.1)
 
     def keys(self, *keys):
         """Presses keys wherever the focus is."""

@@ -6,12 +6,14 @@ set -euo pipefail
 lab=$BUILD_DIR/bin/policymap-lab
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-examples=$SOURCE_DIR/examples
+folder=${1:+$(realpath -m "$1")}
+cd "$SOURCE_DIR"
+examples=examples  # relative, as the pages show it
 # Exit status 1: what failed on purpose is reported.
 "$lab" run "$examples/campus.cfg" --then 'faults addRule nth=3 once' \
   --then "load $examples/campus-edit.cfg" --advance 3 --then check \
   --report "$work/run.html" >/dev/null || [[ $? == 1 ]]
 "$lab" sweep "$examples/campus.cfg" --then "load $examples/campus-edit.cfg" \
   --report "$work/sweep.html"
-python3 "$SOURCE_DIR/tests/pages/page_test.py" --run "$work/run.html" --sweep "$work/sweep.html" \
-  ${1:+--pictures "$1"}
+python3 tests/pages/page_test.py --run "$work/run.html" --sweep "$work/sweep.html" \
+  ${folder:+--pictures "$folder"}

@@ -50,10 +50,10 @@ struct Reported {
 };
 Reported reportOfRun(std::vector<Step> const& steps) {
   RunReport report("edge <1>");
-  Reported reported{PolicyMapTestKit::record(
-                        {.steps = steps},
-                        [&](Step const& step, ScriptRun const& run) { report.add(step, run); }),
-                    {}};
+  Reported reported{
+      PolicyMapTestKit::record(
+          {.steps = steps}, [&](Step const& step, ScriptRun const& run) { report.add(step, run); }),
+      {}};
   reported.json = report.json(reported.file);
   return reported;
 }
@@ -65,21 +65,24 @@ std::string pageOf(Json const& json) {
 }
 
 TEST(RunReport, HasWhatTheRunCameTo) {
-  Reported const run = reportOfRun({Step::load("edge.cfg", simplePolicy), Step::faults("addRule nth=1; createPolicy nth=9"),
-                                    Step::load("edit", "ip access-list P\n 20 permit udp any any\n")});
+  Reported const run = reportOfRun(
+      {Step::load("edge.cfg", simplePolicy), Step::faults("addRule nth=1; createPolicy nth=9"),
+       Step::load("edit", "ip access-list P\n 20 permit udp any any\n")});
   EXPECT_THAT(membersOf(run.json),
               ElementsAre("kind", "title", "inputs", "steps", "journal", "findings", "faults"));
   EXPECT_EQ(memberOf(run.json, "kind").text(), "\"run\"");
   EXPECT_EQ(memberOf(run.json, "title").text(), "\"edge <1>\"");
   Json::Array const& inputs = listIn(run.json, "inputs");
   ASSERT_THAT(inputs, SizeIs(2));
-  EXPECT_EQ(inputs[0].text(), Json(Json::Object{{"name", "edge.cfg"}, {"text", simplePolicy}}).text());
+  EXPECT_EQ(inputs[0].text(),
+            Json(Json::Object{{"name", "edge.cfg"}, {"text", simplePolicy}}).text());
   EXPECT_THAT(listIn(run.json, "journal"), SizeIs(run.file.journal.size()));
   EXPECT_EQ(listIn(run.json, "journal")[0].text(), jsonOf(run.file.journal[0]).text());
   Json::Array const& faults = listIn(run.json, "faults");
   ASSERT_THAT(faults, SizeIs(2));
-  EXPECT_EQ(faults[0].text(),
-            R"json({"fault":"addRule nth=1","met":1,"where":["addRule(P/input ipv4 P P:20)"]})json");
+  EXPECT_EQ(
+      faults[0].text(),
+      R"json({"fault":"addRule nth=1","met":1,"where":["addRule(P/input ipv4 P P:10)"]})json");
   EXPECT_EQ(faults[1].text(), R"({"fault":"createPolicy nth=9","met":0,"where":[]})");
 }
 
@@ -105,8 +108,8 @@ TEST(RunReport, HasTheRecordsAfterEachStep) {
 }
 
 TEST(RunReport, HasFindingsAndTheFaultsBeforeACheck) {
-  Reported const run = reportOfRun({Step::load("edge.cfg", simplePolicy),
-                                    Step::faults("addRule nth=9"), Step::check()});
+  Reported const run = reportOfRun(
+      {Step::load("edge.cfg", simplePolicy), Step::faults("addRule nth=9"), Step::check()});
   ASSERT_THAT(run.file.found, SizeIs(1));
   ASSERT_THAT(listIn(run.json, "findings"), SizeIs(1));
   EXPECT_EQ(listIn(run.json, "findings")[0].text(), Json(run.file.found[0].text).text());
@@ -159,19 +162,21 @@ TEST(SweepReport, HasEachLineOnce) {
 TEST(SweepReport, HasFindingsAndNoJournalThatIsNotThere) {
   SweepReport swept;
   swept.seconds = 1.5;
-  swept.results.push_back({.which = parseSweepCase("asynchronous early addRule from=2 delay=2"),
-                           .injected = 3,
-                           .findings = {{Irregularity::Kind::record, "lost"}},
-                           .journal = {}});
+  swept.results.push_back(
+      {.which = parseSweepCase("asynchronous early commitPolicy from=2 delay=2"),
+       .injected = 3,
+       .findings = {{Irregularity::Kind::record, "lost"}},
+       .journal = {}});
   EXPECT_EQ(reportOf("t", swept).text(),
             R"({"kind":"sweep","title":"t","seconds":1.5,"lines":[],"cases":[)"
-            R"({"case":"asynchronous early addRule from=2 delay=2","mode":"asynchronous",)"
-            R"("early":true,"injected":3,"operation":"addRule","call":2,"lasts":true,)"
+            R"({"case":"asynchronous early commitPolicy from=2 delay=2","mode":"asynchronous",)"
+            R"("early":true,"injected":3,"operation":"commitPolicy","call":2,"lasts":true,)"
             R"("effect":"delay=2","findings":["lost"]}]})");
 }
 
 TEST(Page, HasTheDataOnceAndNoMarkupInIt) {
-  Json const json = reportOfRun({Step::load("</script><b>", "! <!-- </script>\n" + simplePolicy)}).json;
+  Json const json =
+      reportOfRun({Step::load("</script><b>", "! <!-- </script>\n" + simplePolicy)}).json;
   std::string const page = pageOf(json);
   std::string const open = "<script type=\"application/json\" id=\"data\">";
   ASSERT_EQ(timesIn(page, open), 1U);

@@ -56,15 +56,20 @@ TEST(RandomEdits, AreOfEachKind) {
   EXPECT_THAT(all, Contains("ip access-list P\n 10 permit tcp any any eq 80\n"));
   EXPECT_THAT(all, Contains("interface Ethernet1\n shutdown\n"));
   EXPECT_THAT(all, Contains("interface Ethernet1\n no shutdown\n"));
-  EXPECT_THAT(all, Contains(testing::MatchesRegex("ip access-list P\n 1[1-5] permit tcp any any eq 80\n")));
-  EXPECT_THAT(all, Contains(testing::MatchesRegex("ip access-list P\n 10 permit tcp any any eq 8[1-5]\n")));
-  EXPECT_THAT(all, Contains(testing::MatchesRegex("policy-map P\n class P\n  set action1 (8|9|10|11|12)\n")));
+  EXPECT_THAT(
+      all, Contains(testing::MatchesRegex("ip access-list P\n 1[1-5] permit tcp any any eq 80\n")));
+  EXPECT_THAT(
+      all, Contains(testing::MatchesRegex("ip access-list P\n 10 permit tcp any any eq 8[1-5]\n")));
+  EXPECT_THAT(all, Contains(testing::MatchesRegex(
+                       "policy-map P\n class P\n  set action1 (8|9|10|11|12)\n")));
 }
 
 TEST(RandomEdits, AreBelowTheirHeadersAndChangeNumbersAlone) {
   // Words that are no numbers, and the lines above, are as they were.
   std::regex const numbers("(^| )[0-9]+(?= |\n)");
-  auto const plain = [&](std::string const& text) { return std::regex_replace(text, numbers, "$1N"); };
+  auto const plain = [&](std::string const& text) {
+    return std::regex_replace(text, numbers, "$1N");
+  };
   std::set<std::string> const expected = {
       "ip access-list P\n",
       "no ip access-list P\n",

@@ -40,8 +40,8 @@ TEST(Irregularity, EachKindHasAName) {
 TEST(Reference, HasStatusesOfPoliciesAndClasses) {
   Reference const reference = referenceOfText(simplePolicy);
   EXPECT_EQ(reference.records.size(), 1U);
-  EXPECT_THAT(reference.statuses, ElementsAre("P/input ipv4: programmed at Ethernet1",
-                                              "class P/input P: programmed"));
+  EXPECT_THAT(reference.statuses,
+              ElementsAre("P/input ipv4: programmed at Ethernet1", "class P/input P: programmed"));
 }
 
 TEST(Reference, HasNoHistory) {
@@ -73,8 +73,9 @@ TEST(Reference, OfSettingsIsOfALabWithoutFaults) {
 TEST(Reference, OfSettingsIsOfALabWithTheCapabilities) {
   Lab lab;
   load(lab, portRange);
-  EXPECT_NE(referenceOf(lab.configuration().settings(), {.denyRules = false, .ipLists = false}).records,
-            referenceOf(lab).records);
+  EXPECT_NE(
+      referenceOf(lab.configuration().settings(), {.denyRules = false, .ipLists = false}).records,
+      referenceOf(lab).records);
 }
 
 TEST(Comparison, OfARegularLabFindsNothing) {
@@ -94,31 +95,34 @@ TEST(Comparison, FindsALostRule) {
     }
   });
   load(lab, threeRules);
-  EXPECT_THAT(compare(lab, referenceOfText(threeRules)),
-              ElementsAre(Irregularity{IrregularityKind::record,
-                                       "P/input ipv4: rule P 20 removed: permit tcp any any eq 81"}));
+  EXPECT_THAT(
+      compare(lab, referenceOfText(threeRules)),
+      ElementsAre(Irregularity{IrregularityKind::record,
+                               "P/input ipv4: rule P 20 removed: permit tcp any any eq 81"}));
 }
 
 TEST(Comparison, FindsWhatIsMoreThanInTheReference) {
   Lab lab;
   load(lab, simplePolicy);
-  EXPECT_THAT(compare(lab, Reference()),
-              testing::IsSupersetOf(
-                  {Irregularity{IrregularityKind::status,
-                                "status of P/input ipv4: programmed at Ethernet1, unlike in a new lab"},
-                   Irregularity{IrregularityKind::status,
-                                "status of class P/input P: programmed, unlike in a new lab"}}));
+  EXPECT_THAT(
+      compare(lab, Reference()),
+      testing::IsSupersetOf(
+          {Irregularity{IrregularityKind::status,
+                        "status of P/input ipv4: programmed at Ethernet1, unlike in a new lab"},
+           Irregularity{IrregularityKind::status,
+                        "status of class P/input P: programmed, unlike in a new lab"}}));
   EXPECT_THAT(compare(lab, Reference()),
               Contains(testing::Field(&Irregularity::kind, IrregularityKind::record)));
 }
 
 TEST(Comparison, FindsWhatIsMissing) {
   Lab lab;
-  EXPECT_THAT(compare(lab, referenceOfText(simplePolicy)),
-              testing::IsSupersetOf(
-                  {Irregularity{IrregularityKind::status,
-                                "no status of P/input ipv4: programmed at Ethernet1"},
-                   Irregularity{IrregularityKind::status, "no status of class P/input P: programmed"}}));
+  EXPECT_THAT(
+      compare(lab, referenceOfText(simplePolicy)),
+      testing::IsSupersetOf(
+          {Irregularity{IrregularityKind::status,
+                        "no status of P/input ipv4: programmed at Ethernet1"},
+           Irregularity{IrregularityKind::status, "no status of class P/input P: programmed"}}));
 }
 
 TEST(Comparison, FindsALostCommit) {
@@ -130,8 +134,8 @@ TEST(Comparison, FindsALostCommit) {
   });
   load(lab, simplePolicy);
   EXPECT_THAT(compare(lab, referenceOfText(simplePolicy)),
-              ElementsAre(Irregularity{IrregularityKind::record,
-                                       "P/input ipv4 is created, but not committed, or not counted"}));
+              Contains(Irregularity{IrregularityKind::record,
+                                    "P/input ipv4 is created, but not committed, or not counted"}));
 }
 
 TEST(Comparison, FindsWhatIsPending) {
@@ -156,6 +160,7 @@ TEST(Comparison, FindsWrongStatuses) {
                                        "status of P/input mac: programmed, which it is not"}));
   status->programmedDel(ClassMapMatchOption::mac);
   status->programmedIs(ClassMapMatchOption::ipv4, false);
+  status->failureIs(ClassMapMatchOption::ipv4, {"full", "commitPolicy", {}, {}});
   EXPECT_THAT(compare(lab, reference),
               Contains(Irregularity{IrregularityKind::status,
                                     "status of P/input ipv4: not programmed, which it is"}));
@@ -166,8 +171,9 @@ TEST(Comparison, FindsAStatusThatIsMissing) {
   load(lab, simplePolicy);
   Reference const reference = referenceOf(lab);
   lab.status()->policyMapStatusDel({"P", "input"});
-  EXPECT_THAT(compare(lab, reference),
-              Contains(Irregularity{IrregularityKind::status, "status of P/input ipv4 does not exist"}));
+  EXPECT_THAT(
+      compare(lab, reference),
+      Contains(Irregularity{IrregularityKind::status, "status of P/input ipv4 does not exist"}));
 }
 
 TEST(Comparison, FindsAWrongStatusOfAClass) {
@@ -175,23 +181,26 @@ TEST(Comparison, FindsAWrongStatusOfAClass) {
   load(lab, simplePolicy);
   Reference const reference = referenceOf(lab);
   lab.status()->policyMapStatus({"P", "input"})->classMapStatus("P")->programmedIs(false);
-  EXPECT_THAT(compare(lab, reference),
-              testing::IsSupersetOf(
-                  {Irregularity{IrregularityKind::status,
-                                "status of class P/input P: not what the records have"},
-                   Irregularity{IrregularityKind::status, "no status of class P/input P: programmed"}}));
+  EXPECT_THAT(
+      compare(lab, reference),
+      testing::IsSupersetOf(
+          {Irregularity{IrregularityKind::status,
+                        "status of class P/input P: not what the records have"},
+           Irregularity{IrregularityKind::status, "no status of class P/input P: programmed"}}));
 }
 
 TEST(Comparison, FindsOtherInterfacesThanThoseOfTheRecord) {
   Lab lab;
   load(lab, simplePolicy);
   Reference const reference = referenceOf(lab);
-  lab.status()->policyMapStatus({"P", "input"})->appliedIntfIs(
-      {ClassMapMatchOption::ipv4, Vorel::IntfId("Ethernet2")}, true);
-  EXPECT_THAT(compare(lab, reference),
-              Contains(Irregularity{
-                  IrregularityKind::status,
-                  "status of P/input ipv4: not that of a policy that is programmed at its interfaces"}));
+  lab.status()
+      ->policyMapStatus({"P", "input"})
+      ->appliedIntfIs({ClassMapMatchOption::ipv4, Vorel::IntfId("Ethernet2")}, true);
+  EXPECT_THAT(
+      compare(lab, reference),
+      Contains(Irregularity{
+          IrregularityKind::status,
+          "status of P/input ipv4: not that of a policy that is programmed at its interfaces"}));
 }
 
 TEST(StatusCheck, FindsTimeOfWhatIsNotProgrammed) {
@@ -199,18 +208,21 @@ TEST(StatusCheck, FindsTimeOfWhatIsNotProgrammed) {
   load(lab, simplePolicy);
   lab.status()->policyMapStatus({"P", "input"})->timeProgrammedIs(ClassMapMatchOption::mac, 1);
   EXPECT_THAT(checkStatuses(lab),
-              ElementsAre(Irregularity{IrregularityKind::status,
-                                       "status of P/input mac: time or interfaces of what is not programmed"}));
+              ElementsAre(Irregularity{
+                  IrregularityKind::status,
+                  "status of P/input mac: time or interfaces of what is not programmed"}));
 }
 
 TEST(StatusCheck, FindsInterfacesOfWhatIsNotProgrammed) {
   Lab lab;
   load(lab, simplePolicy);
-  lab.status()->policyMapStatus({"P", "input"})->appliedIntfIs(
-      {ClassMapMatchOption::ipv6, Vorel::IntfId("Ethernet1")}, true);
+  lab.status()
+      ->policyMapStatus({"P", "input"})
+      ->appliedIntfIs({ClassMapMatchOption::ipv6, Vorel::IntfId("Ethernet1")}, true);
   EXPECT_THAT(checkStatuses(lab),
-              ElementsAre(Irregularity{IrregularityKind::status,
-                                       "status of P/input ipv6: time or interfaces of what is not programmed"}));
+              ElementsAre(Irregularity{
+                  IrregularityKind::status,
+                  "status of P/input ipv6: time or interfaces of what is not programmed"}));
 }
 
 TEST(StatusCheck, AllowsFailures) {

@@ -28,7 +28,7 @@ TEST(ScriptRun, RecoversFromFaults) {
   };
   for (Case const& each : {Case{{}, "addRule nth=1"}, Case{{}, "commitPolicy"},
                            Case{{.async = true}, "addIntfToPolicy hold"},
-                           Case{{.async = true}, "commitPolicy drop"},
+                           Case{{.async = true}, "addIntfToPolicy drop"},
                            Case{{.async = true, .asyncDelay = 1}, "commitPolicy delay=40"},
                            Case{{.pseudoAsync = true}, "createPolicy throws"}}) {
     ScriptRun run(each.options);
@@ -158,8 +158,7 @@ TEST(CaughtAssertions, AreKeptAndThrown) {
         PolicyMap::ClassMapMatchOption::ipv6);
   };
   EXPECT_THROW(fail(), AssertionFailed);
-  EXPECT_THAT(CaughtAssertions::texts(),
-              ElementsAre(HasSubstr("assertion \"data->created()\" failed")));
+  EXPECT_THAT(CaughtAssertions::texts(), ElementsAre(HasSubstr("assertion \"data\" failed")));
   EXPECT_THAT(run.irregularities(),
               Contains(Irregularity{Irregularity::Kind::assertion, CaughtAssertions::texts()[0]}));
 }

@@ -22,9 +22,9 @@ using testing::SizeIs;
 using testing::ThrowsMessage;
 
 constexpr std::array stepKinds{
-    Step::Kind::load,    Step::Kind::rules,   Step::Kind::inject,  Step::Kind::faults,
-    Step::Kind::clear,   Step::Kind::advance, Step::Kind::trigger, Step::Kind::release,
-    Step::Kind::check,   Step::Kind::detach,  Step::Kind::attach,
+    Step::Kind::load,  Step::Kind::rules,   Step::Kind::inject,  Step::Kind::faults,
+    Step::Kind::clear, Step::Kind::advance, Step::Kind::trigger, Step::Kind::release,
+    Step::Kind::check, Step::Kind::detach,  Step::Kind::attach,
 };
 
 void doStep(Lab& lab, Step const& step) {
@@ -235,7 +235,8 @@ TEST(Attachments, AreTakenAwayAndPutBack) {
   EXPECT_THAT(lab.findings(), IsEmpty());
   doStep(lab, {.kind = Step::Kind::attach});
   EXPECT_EQ(createdIn(lab), before);
-  EXPECT_EQ(rulesOf(recordOf(lab, "Z")), rulesOf(records.record("Z", "input", ClassMapMatchOption::ipv4)));
+  EXPECT_EQ(rulesOf(recordOf(lab, "Z")),
+            rulesOf(records.record("Z", "input", ClassMapMatchOption::ipv4)));
   EXPECT_EQ(interfacesOf(recordOf(lab, "P")), std::vector<std::string>{"Ethernet1"});
 }
 
@@ -256,7 +257,8 @@ TEST(Attachments, OfALabWithoutAnyAreNone) {
   lab.detachAll();
   lab.attachAll();
   EXPECT_THAT(lab.snapshot(), IsEmpty());
-  EXPECT_THAT(lab.journal().lines(), SizeIs(2));
+  EXPECT_THAT(lab.journal().lines(),
+              ElementsAre("1 t=0 hwInit", "2 t=0 [detach]", "3 t=0 [attach]"));
 }
 
 TEST(Attachments, AreAsBeforeTheLastDetach) {
@@ -295,7 +297,15 @@ TEST(JournalStatuses, AreInTheOrderInWhichTheyChange) {
   lab.clearFaults();
   lab.advance(std::chrono::seconds(60));
   load(lab, "interface Ethernet1\n no service-policy input P\n");
-  EXPECT_THAT(statusesIn(lab.journal()), ElementsAre("x"));
+  EXPECT_THAT(statusesIn(lab.journal()),
+              ElementsAre("status P/input: exists",
+                          "failure P/input ipv4: commitPolicy: table full",
+                          "error P/input: table full", "programmed P/input ipv4: yes",
+                          "timeProgrammed P/input ipv4: 1 s", "appliedIntf P/input ipv4: Ethernet1",
+                          "failure P/input ipv4: no failure",
+                          "error P/input: ", "programmed P/input ipv4: no",
+                          "timeProgrammed P/input ipv4: ", "no appliedIntf P/input ipv4: Ethernet1",
+                          "status P/input: is gone"));
 }
 
 }  // namespace
