@@ -12,8 +12,6 @@ namespace PolicyMapTestKit {
 
 namespace {
 
-using Kind = Irregularity::Kind;
-
 // A line and the more deeply indented lines below it.
 struct Block {
   std::size_t indentation = 0;
@@ -86,9 +84,9 @@ class Shortening {
   [[nodiscard]] bool isWanted(Irregularity const& each) const {
     auto const partOf = [](Irregularity const& some) {
       switch (some.kind) {
-      case Kind::exception:
-      case Kind::assertion: return some.text;
-      case Kind::finding: return some.text.substr(0, some.text.find(':'));
+      case Irregularity::Kind::exception:
+      case Irregularity::Kind::assertion: return some.text;
+      case Irregularity::Kind::finding: return some.text.substr(0, some.text.find(':'));
       default: return std::string();
       }
     };

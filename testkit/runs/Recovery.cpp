@@ -15,8 +15,6 @@ namespace PolicyMapTestKit {
 
 namespace {
 
-using Kind = Irregularity::Kind;
-
 constexpr std::array<std::string_view, 8> kindNames{
     "record", "status", "pending", "notification", "finding", "assertion", "exception", "unmet"};
 
@@ -52,7 +50,7 @@ std::string lineOf(StatusRow const& row) {
 }
 
 Irregularity wronglyProgrammed(StatusRow const& row) {
-  return {Kind::status,
+  return {Irregularity::Kind::status,
           "status of " + nameOf(row) +
               (row.programmed ? ": programmed, which it is not" : ": not programmed, which it is")};
 }
@@ -82,16 +80,17 @@ class Comparison {
 
   std::vector<Irregularity> with(Reference const& reference) {
     for (Change const& change : difference(reference.records, now_.records)) {
-      find(Kind::record, change.describe());
+      find(Irregularity::Kind::record, change.describe());
     }
     compareStatuses(reference);
     for (Record const& record : lab_.snapshot(WithRules::no)) {
       if (record.created && (record.dirty || record.createCount == 0 || record.commitCount == 0)) {
-        find(Kind::record, record.name() + " is created, but not committed, or not counted");
+        find(Irregularity::Kind::record,
+             record.name() + " is created, but not committed, or not counted");
       }
     }
     if (lab_.eventLoop().pending() != 0) {
-      find(Kind::pending, "something is still to be done");
+      find(Irregularity::Kind::pending, "something is still to be done");
     }
     statusesOfRecords();
     classesOfRecords();
@@ -99,14 +98,16 @@ class Comparison {
   }
 
  private:
-  void find(Kind kind, std::string text) { found_.push_back({kind, std::move(text)}); }
+  void find(Irregularity::Kind kind, std::string text) {
+    found_.push_back({kind, std::move(text)});
+  }
 
   void compareStatuses(Reference const& reference) {
     for (std::string const& line : without(now_.statuses, reference.statuses)) {
-      find(Kind::status, "status of " + line + ", unlike in a new lab");
+      find(Irregularity::Kind::status, "status of " + line + ", unlike in a new lab");
     }
     for (std::string const& line : without(reference.statuses, now_.statuses)) {
-      find(Kind::status, "no status of " + line);
+      find(Irregularity::Kind::status, "no status of " + line);
     }
   }
 
@@ -124,14 +125,15 @@ class Comparison {
       }
       if (isCreated && (!row.error.empty() || row.interfaces != found->second->interfaces ||
                         !row.timeProgrammed)) {
-        find(Kind::status, "status of " + nameOf(row) +
-                               ": not that of a policy that is programmed at its interfaces" +
-                               (row.error.empty() ? "" : ": " + row.error));
+        find(Irregularity::Kind::status,
+             "status of " + nameOf(row) +
+                 ": not that of a policy that is programmed at its interfaces" +
+                 (row.error.empty() ? "" : ": " + row.error));
       }
       created.erase(nameOf(row));
     }
     for (auto const& [name, record] : created) {
-      find(Kind::status, "status of " + name + " does not exist");
+      find(Irregularity::Kind::status, "status of " + name + " does not exist");
     }
   }
 
@@ -146,7 +148,7 @@ class Comparison {
     }
     forEachClass(lab_, [&](std::string const& name, PolicyMap::ClassMapStatus const& status) {
       if (status.programmed() != programmed.contains(name)) {
-        find(Kind::status, "status of " + name + ": not what the records have");
+        find(Irregularity::Kind::status, "status of " + name + ": not what the records have");
       }
     });
   }
@@ -164,8 +166,9 @@ std::string_view nameOf(Irregularity::Kind kind) {
 
 std::optional<Irregularity::Kind> irregularityKindOf(std::string_view name) {
   auto const* const found = std::find(kindNames.begin(), kindNames.end(), name);
-  return found == kindNames.end() ? std::nullopt
-                                  : std::optional(static_cast<Kind>(found - kindNames.begin()));
+  return found == kindNames.end()
+             ? std::nullopt
+             : std::optional(static_cast<Irregularity::Kind>(found - kindNames.begin()));
 }
 
 Reference referenceOf(Lab const& lab) {
@@ -211,9 +214,9 @@ std::vector<Irregularity> checkStatuses(Lab const& lab) {
     for (PolicyMap::ClassMapMatchOption const option : PolicyMap::allMatchOptions) {
       if (!status.programmed(option) &&
           (status.korTimeProgrammed(option) || !status.intfs(option).empty())) {
-        found.push_back({Kind::status, "status of " + describe(policy.key()) + " " +
-                                           toText(option) +
-                                           ": time or interfaces of what is not programmed"});
+        found.push_back({Irregularity::Kind::status,
+                         "status of " + describe(policy.key()) + " " + toText(option) +
+                             ": time or interfaces of what is not programmed"});
       }
     }
   }

@@ -11,8 +11,6 @@ namespace PolicyMapTestKit {
 
 namespace {
 
-using Kind = Irregularity::Kind;
-
 // Longer than the longest wait between two tries, and than that for a result.
 constexpr std::chrono::seconds patience{200};
 // While a fault lasts: some tries.
@@ -65,7 +63,7 @@ bool ScriptRun::tryTo(Step const& step) {
     perform(step);
     return true;
   } catch (std::exception const& error) {
-    find({Kind::exception, toText(step) + " throws: " + error.what()});
+    find({Irregularity::Kind::exception, toText(step) + " throws: " + error.what()});
     return false;
   }
 }
@@ -129,19 +127,19 @@ void ScriptRun::find(Irregularity irregularity) {
 
 std::vector<Irregularity> ScriptRun::irregularities() const {
   std::vector<Irregularity> all = found_;
-  auto const add = [&](Kind kind, std::string const& text) {
+  auto const add = [&](Irregularity::Kind kind, std::string const& text) {
     if (all.size() < mostIrregularities) {
       all.push_back({kind, text});
     }
   };
   for (std::string const& text : watch_.irregular()) {
-    add(Kind::notification, text);
+    add(Irregularity::Kind::notification, text);
   }
   for (Finding const& finding : lab_.findings()) {
-    add(Kind::finding, toText(finding));
+    add(Irregularity::Kind::finding, toText(finding));
   }
   for (std::string const& text : caughtAssertions()) {
-    add(Kind::assertion, text);
+    add(Irregularity::Kind::assertion, text);
   }
   return all;
 }

@@ -14,8 +14,6 @@ namespace PolicyMapTestKit {
 
 namespace {
 
-using Kind = Irregularity::Kind;
-
 // What happens to the calls of an operation.
 std::vector<PlannedFault> waysToFail(std::string const& operation, AnswerMode mode) {
   std::vector<PlannedFault> ways;
@@ -75,15 +73,16 @@ class Sweep::Run {
     run_.recover();
     Reference const left = referenceOf(lab());
     for (Record const& record : left.records) {
-      find(Kind::record, record.name() + " is left when everything is detached");
+      find(Irregularity::Kind::record, record.name() + " is left when everything is detached");
     }
     for (std::string const& status : left.statuses) {
-      find(Kind::status, "status of " + status + ", left when everything is detached");
+      find(Irregularity::Kind::status,
+           "status of " + status + ", left when everything is detached");
     }
     return isByText && left.records.empty() && left.statuses.empty();
   }
 
-  void find(Kind kind, std::string text) { run_.find({kind, std::move(text)}); }
+  void find(Irregularity::Kind kind, std::string text) { run_.find({kind, std::move(text)}); }
   [[nodiscard]] ScriptRun& script() { return run_; }
   [[nodiscard]] Lab& lab() { return run_.lab(); }
 
@@ -226,11 +225,11 @@ SweepResult Sweep::run(SweepCase const& which, std::size_t journal) const {
       script.check(references_.back());
     }
   } catch (std::exception const& error) {
-    run.find(Kind::exception, std::string("the scenario throws: ") + error.what());
+    run.find(Irregularity::Kind::exception, std::string("the scenario throws: ") + error.what());
   }
   result.injected = script.injected();
   if (!which.faults.empty() && result.injected == 0) {
-    run.find(Kind::unmet, "the fault was not met");
+    run.find(Irregularity::Kind::unmet, "the fault was not met");
   }
   result.findings = script.irregularities();
   if (!result.findings.empty() || options_.journals) {

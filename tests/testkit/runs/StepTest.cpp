@@ -74,9 +74,9 @@ TEST(Step, IsPrintedWithItsArgument) {
 TEST(Step, LoadEditsWhatIsConfigured) {
   Lab lab;
   doStep(lab, Step::load("edge.cfg", simplePolicy));
-  EXPECT_THAT(rulesOf(recordOf(lab, "P")), SizeIs(1));
+  EXPECT_THAT(PolicyMapTestKit::test::rulesOf(recordOf(lab, "P")), SizeIs(1));
   doStep(lab, Step::load("edit.cfg", "ip access-list P\n 20 permit tcp any any eq 81\n"));
-  EXPECT_THAT(rulesOf(recordOf(lab, "P")), SizeIs(2));
+  EXPECT_THAT(PolicyMapTestKit::test::rulesOf(recordOf(lab, "P")), SizeIs(2));
 }
 
 TEST(Step, LoadReadsAsItIsTold) {
@@ -98,7 +98,7 @@ TEST(Step, RulesReplaceWhatIsConfigured) {
                .layout = {.classes = 3, .interfaces = 2}});
   EXPECT_FALSE(isProgrammed(lab, "P"));
   Record const record = recordOf(lab, "rules");
-  EXPECT_THAT(rulesOf(record), SizeIs(6));
+  EXPECT_THAT(PolicyMapTestKit::test::rulesOf(record), SizeIs(6));
   EXPECT_EQ(record.rules.back().key.className(), "rules-3");
   EXPECT_THAT(interfacesOf(record), ElementsAre("Ethernet1", "Ethernet2"));
 }
@@ -123,7 +123,7 @@ TEST(Step, RulesReadPortsAsTheyAreTold) {
   EXPECT_THAT([&] { doStep(lab, step); }, ThrowsMessage<InputError>(HasSubstr("f:1:")));
   step.portRanges = PortRanges::onAnyProtocol;
   doStep(lab, step);
-  EXPECT_THAT(rulesOf(recordOf(lab, "rules")), SizeIs(1));
+  EXPECT_THAT(PolicyMapTestKit::test::rulesOf(recordOf(lab, "rules")), SizeIs(1));
 }
 
 TEST(Step, InjectSetsAnErrorAttributeAndClearClearsIt) {
@@ -235,8 +235,9 @@ TEST(Attachments, AreTakenAwayAndPutBack) {
   EXPECT_THAT(lab.findings(), IsEmpty());
   doStep(lab, {.kind = Step::Kind::attach});
   EXPECT_EQ(createdIn(lab), before);
-  EXPECT_EQ(rulesOf(recordOf(lab, "Z")),
-            rulesOf(records.record("Z", "input", ClassMapMatchOption::ipv4)));
+  EXPECT_EQ(
+      PolicyMapTestKit::test::rulesOf(recordOf(lab, "Z")),
+      PolicyMapTestKit::test::rulesOf(records.record("Z", "input", ClassMapMatchOption::ipv4)));
   EXPECT_EQ(interfacesOf(recordOf(lab, "P")), std::vector<std::string>{"Ethernet1"});
 }
 
