@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// RandomEdits: changes of a configuration as somebody may type them: lines are removed with `no`,
-// put back, and get other numbers, and interfaces are shut down.
+// RandomEdits: random edits of a configuration, such as a user may type: they remove lines with
+// `no`, restore them, change numbers, and shut interfaces down.
 
 #include "testkit/Export.h"
 

@@ -53,7 +53,7 @@ class POLICYMAPTESTKIT_API ScriptRun {
   // Returns false, and notes an irregularity, if the step throws.
   bool tryTo(Step const& step);
 
-  // Begins a plan, which lasts until recover().
+  // Begins a plan, which lasts until recover() or end().
   void plan(FaultPlan const& plan) { scopes_.push_back(lab_.plan(plan)); }
   // Ends all faults, and lets time pass until all is repaired.
   void recover();

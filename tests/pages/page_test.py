@@ -59,7 +59,7 @@ class Driver:
             raise
 
     def _begin(self):
-        wait_for(self._is_ready, "chromedriver does not answer")
+        wait_for(self._is_ready, "chromedriver does not respond")
         wanted = {"browserName": "chrome",
                   "goog:loggingPrefs": {"browser": "ALL", "performance": "ALL"},
                   "goog:chromeOptions": {"args": [*FLAGS, f"--user-data-dir={self.profile}"]}}
@@ -324,7 +324,7 @@ class CommonTests:
             self.assertIn("no data", driver.texts("main")[0])
 
 
-# Visible elements with a text of their own whose contrast with what is behind them is below 4.5.
+# Returns the visible elements with text whose contrast with their background is below 4.5.
 CONTRAST = """
 const canvas = document.createElement('canvas').getContext('2d', {willReadFrequently: true});
 const rgba = (color) => {
