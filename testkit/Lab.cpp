@@ -124,8 +124,8 @@ void Lab::load(Text::FilterSet const& rules, FilterLayout const& layout) {
   configure(Text::filterSettings(rules, layout.classes, layout.interfaces));
 }
 
-void Lab::load(Text::Settings const& settings) {
-  journal_.testDid("load", Kor::String("settings"));
+void Lab::load(Text::Settings const& settings, std::string const& name) {
+  journal_.testDid("load", Kor::String(name));
   configure(settings);
 }
 
@@ -164,10 +164,13 @@ void Lab::run() {
   StrictnessWatch& strictness = recorded_.recorder->strictness();
   strictness.somethingChanged();
   loop_.runUntilIdle();
-  bool const isUnconfigured = policyMaps()->servicePolicys() == 0 && loop_.pending() == 0 &&
-                              machine_->aclHelper() == helper();
-  if (isUnconfigured && recorded_.recorder->results().held().empty()) {
-    strictness.isUnconfigured();
+  bool const isSettled = loop_.pending() == 0 && machine_->aclHelper() == helper() &&
+                         recorded_.recorder->results().held().empty();
+  if (isSettled) {
+    strictness.isSettled();
+    if (policyMaps()->servicePolicys() == 0) {
+      strictness.isUnconfigured();
+    }
   }
 }
 

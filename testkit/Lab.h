@@ -89,8 +89,8 @@ class POLICYMAPTESTKIT_API Lab {
   // "rules-2", ..., each matching the access list of its name with the sequence numbers 10, 20,
   // ..., attached for input at Ethernet1, Ethernet2, ...
   void load(Text::FilterSet const& rules, FilterLayout const& layout = {});
-  // Replaces the current configuration.
-  void load(Text::Settings const& settings);
+  // Replaces the current configuration. The name is that of the journal.
+  void load(Text::Settings const& settings, std::string const& name = "settings");
   // Takes all policy-maps and access lists away from the interfaces, and settles; and puts those
   // back that the last detachAll() took away, which without one is nothing.
   void detachAll();

@@ -13,12 +13,6 @@ namespace PolicyMapTestKit {
 namespace {
 
 // "web:30"; of a rule of the class-map itself "30".
-std::string nameOfRule(PolicyMap::AclRuleKey const& rule) {
-  std::string name = rule.aclName().stdString();
-  name.append(name.empty() ? "" : ":").append(std::to_string(rule.seqno()));
-  return name;
-}
-
 bool selects(PlannedFault const& fault, HelperCall const& call, bool isAsynchronous) {
   auto const& operations = fault.operations;
   if (!operations.empty() &&
@@ -48,6 +42,12 @@ bool selects(PlannedFault const& fault, HelperCall const& call, bool isAsynchron
 }
 
 }  // namespace
+
+std::string nameOfRule(PolicyMap::AclRuleKey const& rule) {
+  std::string name = rule.aclName().stdString();
+  name.append(name.empty() ? "" : ":").append(std::to_string(rule.seqno()));
+  return name;
+}
 
 std::string describe(HelperCall const& call) {
   std::ostringstream out;

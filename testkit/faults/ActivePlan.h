@@ -47,6 +47,8 @@ inline bool isUnmet(FaultState const& state) {
 
 // The operation and its arguments: "addRule(edge/input ipv4 web web:30)".
 POLICYMAPTESTKIT_API std::string describe(HelperCall const& call);
+// "web:10"; of a rule of the class-map itself "10".
+POLICYMAPTESTKIT_API std::string nameOfRule(PolicyMap::AclRuleKey const& rule);
 
 // A fault while it counts calls.
 class POLICYMAPTESTKIT_API RunningFault {

@@ -22,9 +22,11 @@ std::string_view nameOf(Finding::Kind kind) {
   case Finding::Kind::leftover: return "leftover";
   case Finding::Kind::idleCommit: return "idle commit";
   case Finding::Kind::callAfterFailure: return "call after a failure";
-  case Finding::Kind::repeatedCreation: break;
+  case Finding::Kind::repeatedCreation: return "repeated creation";
+  case Finding::Kind::missingCommit: return "missing commit";
+  case Finding::Kind::strayResult: break;
   }
-  return "repeated creation";
+  return "stray result";
 }
 
 }  // namespace
@@ -35,6 +37,8 @@ std::span<StrictnessSwitch const> strictnessSwitches() {
       StrictnessSwitch{"idleCommits", &Strictness::idleCommits},
       StrictnessSwitch{"callsAfterFailures", &Strictness::callsAfterFailures},
       StrictnessSwitch{"repeatedCreations", &Strictness::repeatedCreations},
+      StrictnessSwitch{"missingCommits", &Strictness::missingCommits},
+      StrictnessSwitch{"strayResults", &Strictness::strayResults},
   };
   return switches;
 }

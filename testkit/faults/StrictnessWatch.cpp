@@ -37,6 +37,12 @@ StrictnessWatch::State& StrictnessWatch::stateOf(HelperCall const& call) {
   return current_->second;
 }
 
+void StrictnessWatch::changedIs(State& state, std::string_view operation) {
+  uncommitted_ -= state.changed.empty() ? 0 : 1;
+  uncommitted_ += operation.empty() ? 0 : 1;
+  state.changed = operation;
+}
+
 void StrictnessWatch::report(Finding::Kind kind, HelperCall const& call, State const& state,
                              std::string const& text) {
   findings_->add({kind, describe(call) + text, state.injected});
@@ -49,12 +55,13 @@ void StrictnessWatch::begins(HelperCall const& call) {
   State& state = stateOf(call);
   operation_ = call.operation;
   awaiting_ = hasResult(operation_) && helper_.asyncOperations();
+  owed_ += awaiting_ ? 1 : 0;
   if (!state.failed.empty() && strictness_.callsAfterFailures &&
       !mayFollow(state.failed, call.operation)) {
     report(Finding::Kind::callAfterFailure, call, state,
            " after a failed " + std::string(state.failed));
   }
-  if (call.operation == "commitPolicy" && !state.changed && strictness_.idleCommits) {
+  if (call.operation == "commitPolicy" && state.changed.empty() && strictness_.idleCommits) {
     report(Finding::Kind::idleCommit, call, state, " without a change since the last one");
   }
   if (call.operation == "createPolicy" || call.operation == "recreatePolicy") {
@@ -79,20 +86,30 @@ void StrictnessWatch::ends(HelperCall const& call, bool injected) {
   state.injected = state.injected || injected;
   if (failed) {
     somethingChanged();
+    // What fails at once has no result.
+    owed_ -= awaiting_ && owed_ != 0 ? 1 : 0;
   }
   if (call.operation == "deletePolicy") {
     state.failed = {};
-    state.changed = false;
+    changedIs(state, {});
   } else if (failed) {
     // A policy that was not created need not be deleted.
     auto const record = helper_.testData(current_->first);
     state.failed = record && record->created() ? call.operation : std::string_view();
   } else if (call.operation == "commitPolicy") {
-    state.changed = false;
+    changedIs(state, {});
     state.injected = state.injected && injected;
   } else {
     state.failed = call.operation == "recreatePolicy" ? std::string_view() : state.failed;
-    state.changed = true;
+    changedIs(state, state.changed.empty() ? call.operation : state.changed);
+  }
+}
+
+void StrictnessWatch::resultReturned(std::string_view error) {
+  if (owed_ != 0) {
+    --owed_;
+  } else if (watches() && strictness_.strayResults) {
+    findings_->add({Finding::Kind::strayResult, "'" + std::string(error) + "'", false});
   }
 }
 
@@ -100,6 +117,20 @@ void StrictnessWatch::resultArrived(bool failed) {
   somethingChanged();
   if (std::exchange(awaiting_, false) && failed) {
     current_->second.failed = operation_;
+  }
+}
+
+void StrictnessWatch::isSettled() {
+  if (!watches() || !strictness_.missingCommits || uncommitted_ == 0) {
+    return;
+  }
+  for (auto const& [key, state] : states_) {
+    auto const record = state.changed.empty() ? nullptr : helper_.testData(key);
+    if (record && record->created()) {
+      findings_->add({Finding::Kind::missingCommit,
+                      describe(key) + ": " + std::string(state.changed) + " is not committed",
+                      state.injected});
+    }
   }
 }
 

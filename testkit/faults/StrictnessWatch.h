@@ -12,6 +12,7 @@
 
 #include <Kor/EventLoop.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -34,9 +35,13 @@ class POLICYMAPTESTKIT_API StrictnessWatch {
   // A call begins; it has ended, with its error. `injected`: a fault is the reason for the error.
   void begins(HelperCall const& call);
   void ends(HelperCall const& call, bool injected);
+  // The helper returns an asynchronous result.
+  void resultReturned(std::string_view error);
   // The result of the last asynchronous operation arrives.
   void resultArrived(bool failed);
-  // Nothing is attached, and nothing is about to be programmed.
+  // Nothing is about to be programmed, and no result is waited for.
+  void isSettled();
+  // The same, and nothing is attached.
   void isUnconfigured();
 
  private:
@@ -46,15 +51,17 @@ class POLICYMAPTESTKIT_API StrictnessWatch {
   };
   // Of a policy of one option.
   struct State {
-    bool changed = false;     // since the last commit
-    std::string_view failed;  // the operation after which the policy must go
-    bool injected = false;    // a fault was injected since the last success of a commit
+    std::string_view changed;  // the first operation since the last commit
+    std::string_view failed;   // the operation after which the policy must go
+    bool injected = false;     // a fault was injected since the last success of a commit
     // When it was created last: the value of changes_, and the time.
     std::pair<std::uint64_t, double> createdAt;
   };
 
   [[nodiscard]] bool watches() const { return findings_ != nullptr; }
   State& stateOf(HelperCall const& call);
+  // Nothing: it is committed, or deleted.
+  void changedIs(State& state, std::string_view operation);
   void report(Finding::Kind kind, HelperCall const& call, State const& state,
               std::string const& text);
   void creationBegins(HelperCall const& call, State& state);
@@ -65,9 +72,11 @@ class POLICYMAPTESTKIT_API StrictnessWatch {
   FindingList* findings_ = nullptr;
   std::uint64_t changes_ = 1;
   std::unordered_map<Key, State, Hash> states_;
+  std::size_t uncommitted_ = 0;                     // of states_
   std::pair<Key const, State>* current_ = nullptr;  // of the last call
   std::string_view operation_;                      // that was called last
   bool awaiting_ = false;                           // its result
+  std::size_t owed_ = 0;                            // results
 };
 
 }  // namespace PolicyMapTestKit

@@ -73,6 +73,7 @@ class Shortening {
     for (std::size_t before = size() + 1; size() < before;) {
       before = size();
       shortenSteps();
+      joinTexts();
       shortenFaults();
       shortenTexts();
       plainOptions();
@@ -131,6 +132,30 @@ class Shortening {
       shorter.steps = steps;
       return keeps(std::move(shorter));
     });
+  }
+
+  // Loads each text with the one before, if it need not be an edit of its own. Then lines that undo
+  // each other, and repeated headings, can be left out.
+  void joinTexts() {
+    std::size_t earlier = script_.steps.size();  // the last text
+    for (std::size_t i = 0; i != script_.steps.size(); ++i) {
+      if (script_.steps[i].kind != Step::Kind::load) {
+        continue;
+      }
+      if (earlier > i || !joins(earlier, i)) {
+        earlier = i;
+      } else {
+        --i;
+      }
+    }
+  }
+
+  bool joins(std::size_t earlier, std::size_t later) {
+    Script shorter = script_;
+    std::string& text = shorter.steps[earlier].text;
+    text.append(text.ends_with('\n') ? "" : "\n").append(shorter.steps[later].text);
+    shorter.steps.erase(shorter.steps.begin() + static_cast<std::ptrdiff_t>(later));
+    return keeps(std::move(shorter));
   }
 
   // Of plans with several scripts.

@@ -62,6 +62,7 @@ void RandomEdits::add(std::string_view policyText) {
 std::string RandomEdits::next(std::mt19937_64& random) {
   std::size_t const line = below(random, lines_.size());
   bool const isInterface = lines_[line].text.starts_with("interface ");
+  bool const isClass = lines_[line].text.starts_with("class ") && !lines_[line].above.empty();
   constexpr std::size_t ways = 8;
   switch (below(random, ways)) {
   case 0:
@@ -69,6 +70,9 @@ std::string RandomEdits::next(std::mt19937_64& random) {
   case 2:
     if (isInterface) {
       return lines_[line].text + "\n shutdown\n";
+    }
+    if (isClass) {
+      return moved(line, random);
     }
     [[fallthrough]];
   case 3:
@@ -118,6 +122,18 @@ std::string RandomEdits::putBack(std::size_t line) {
     text.append(lines_[i].indentation, ' ').append(lines_[i].text).append("\n");
   }
   return text;
+}
+
+// A class before another one of its policy-map.
+std::string RandomEdits::moved(std::size_t line, std::mt19937_64& random) const {
+  std::vector<std::string_view> others;
+  for (Line const& other : lines_) {
+    if (other.above == lines_[line].above && other.text.starts_with("class ")) {
+      others.push_back(std::string_view(other.text).substr(std::string_view("class ").size()));
+    }
+  }
+  return inPlace(lines_[line], lines_[line].text + " insert-before " +
+                                   std::string(others[below(random, others.size())]));
 }
 
 // Somewhat more or less.

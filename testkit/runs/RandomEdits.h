@@ -2,7 +2,7 @@
 #pragma once
 
 // RandomEdits: random edits of a configuration, such as a user may type: they remove lines with
-// `no`, restore them, change numbers, and shut interfaces down.
+// `no`, restore them, change numbers, move classes, and shut interfaces down.
 
 #include "testkit/Export.h"
 
@@ -34,6 +34,7 @@ class POLICYMAPTESTKIT_API RandomEdits {
 
   [[nodiscard]] std::string inPlace(Line const& line, std::string const& text) const;
   std::string remove(std::size_t line);
+  [[nodiscard]] std::string moved(std::size_t line, std::mt19937_64& random) const;
   std::string putBack(std::size_t line);
   [[nodiscard]] std::string withOtherNumber(std::size_t line, std::mt19937_64& random) const;
 

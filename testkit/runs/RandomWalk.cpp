@@ -86,7 +86,7 @@ class Walk {
     if (what < edits) {
       edit();
     } else if (what < faults) {
-      tryTo(Step::faults(toText(fault())));
+      tryTo(anyFault());
       ++result_.faults;
     } else if (what < times) {
       constexpr std::array seconds{0.5, 2.0, 11.0, 31.0};
@@ -114,6 +114,15 @@ class Walk {
     } catch (std::exception const& error) {
       run_.find({Irregularity::Kind::exception, toText(step) + " throws: " + error.what()});
     }
+  }
+
+  Step anyFault() {
+    constexpr std::uint64_t ways = 5;
+    if (below(ways) != 0) {
+      return Step::faults(toText(fault()));
+    }
+    std::vector<std::string> const names = faultNames();
+    return {.kind = Step::Kind::inject, .text = names[below(names.size())] + "=injected"};
   }
 
   PlannedFault fault() {

@@ -4,6 +4,7 @@
 #include "testkit/Difference.h"
 #include "testkit/Printing.h"
 #include "testkit/Statuses.h"
+#include "testkit/faults/ActivePlan.h"
 
 #include <algorithm>
 #include <array>
@@ -64,6 +65,30 @@ void forEachClass(Lab const& lab, Visit const& visit) {
   }
 }
 
+// An injected text names the call that failed. False if the failure is not that of this call.
+bool isOfInjectedCall(PolicyMap::PolicyFailure const& failure, std::string const& policy,
+                      PolicyMap::ClassMapMatchOption option) {
+  std::string const text = failure.error().stdString();
+  constexpr std::string_view at = " at ";
+  std::size_t const begin = text.find(at);
+  if (!text.starts_with("injected #") || begin == std::string::npos) {
+    return true;
+  }
+  std::string const call = text.substr(begin + at.size());
+  std::string const operation = failure.operation().stdString() + "(" + policy;
+  std::string what;
+  if (!failure.className().empty()) {
+    what += " " + failure.className().stdString();
+  }
+  if (!(!failure.rule())) {
+    what += " " + nameOfRule(failure.rule());
+  }
+  std::string const ofOption = operation + " " + toText(option) + what;
+  bool const isOfInterface = failure.operation().view().find("Intf") != std::string_view::npos;
+  return call == ofOption + ")" || call == operation + what + ")" ||
+         (isOfInterface && call.starts_with(ofOption + " "));
+}
+
 // The lines of `some` that are not in `others`; both are sorted.
 std::vector<std::string> without(std::vector<std::string> const& some,
                                  std::vector<std::string> const& others) {
@@ -73,17 +98,62 @@ std::vector<std::string> without(std::vector<std::string> const& some,
   return rest;
 }
 
+Reference referenceOf(Lab const& lab, Snapshot const& records, std::vector<StatusRow> const& rows) {
+  Reference reference{withoutHistory(records), {}};
+  for (StatusRow const& row : rows) {
+    // The failure of a removal stays until the next change.
+    bool const failedRemoval = !row.programmed && !row.operation.empty();
+    if (!failedRemoval) {
+      reference.statuses.push_back(lineOf(row));
+    }
+  }
+  forEachClass(lab, [&](std::string const& name, PolicyMap::ClassMapStatus const& status) {
+    std::string const error = status.error().stdString();
+    reference.statuses.push_back(name +
+                                 (status.programmed() ? ": programmed" : ": not programmed") +
+                                 (error.empty() ? "" : ": " + error));
+  });
+  std::sort(reference.statuses.begin(), reference.statuses.end());
+  return reference;
+}
+
+// Why rules of this option cannot be at an interface; empty if they can.
+std::string_view obstacleOf(PolicyMap::ClassMapMatchOption option, Vorel::IntfId intf,
+                            Text::InterfaceSettings const& settings) {
+  using Option = PolicyMap::ClassMapMatchOption;
+  if (settings.shutdown) {
+    return "is shut down";
+  }
+  bool const hasAddress = !settings.ip4.empty() || !settings.ip6.empty();
+  bool const isSwitched = settings.switchport.value_or(!hasAddress);
+  if (settings.channelGroup || intf.isManagement() || isSwitched) {
+    return {};
+  }
+  if (option == Option::ipv4 && settings.ip4.empty()) {
+    return "has no IPv4 address";
+  }
+  if (option == Option::ipv6 && settings.ip6.empty()) {
+    return "has no IPv6 address";
+  }
+  return option == Option::mac && !intf.isPhysical() ? "is routed and not physical"
+                                                     : std::string_view();
+}
+
 // Collects what is irregular in one lab.
 class Comparison {
  public:
-  explicit Comparison(Lab& lab) : lab_(lab), now_(referenceOf(lab)) {}
+  explicit Comparison(Lab& lab)
+      : lab_(lab),
+        records_(lab.snapshot()),
+        rows_(readStatuses(lab)),
+        now_(referenceOf(lab, records_, rows_)) {}
 
   std::vector<Irregularity> with(Reference const& reference) {
     for (Change const& change : difference(reference.records, now_.records)) {
       find(Irregularity::Kind::record, change.describe());
     }
     compareStatuses(reference);
-    for (Record const& record : lab_.snapshot(WithRules::no)) {
+    for (Record const& record : records_) {
       if (record.created && (record.dirty || record.createCount == 0 || record.commitCount == 0)) {
         find(Irregularity::Kind::record,
              record.name() + " is created, but not committed, or not counted");
@@ -92,6 +162,7 @@ class Comparison {
     if (lab_.eventLoop().pending() != 0) {
       find(Irregularity::Kind::pending, "something is still to be done");
     }
+    interfacesOfRecords();
     statusesOfRecords();
     classesOfRecords();
     return std::move(found_);
@@ -111,13 +182,30 @@ class Comparison {
     }
   }
 
+  // A core that programs wrong interfaces does so in a new lab, too: the configuration decides.
+  void interfacesOfRecords() {
+    auto const& interfaces = lab_.configuration().settings().interfaces;
+    for (Record const& record : now_.records) {
+      for (Vorel::IntfId const intf : record.interfaces) {
+        auto const found = interfaces.find(intf);
+        std::string_view const obstacle =
+            found == interfaces.end() ? "" : obstacleOf(record.option, intf, found->second);
+        if (!obstacle.empty()) {
+          find(Irregularity::Kind::record, record.name() + " is programmed at " +
+                                               intf.name().stdString() + ", which " +
+                                               std::string(obstacle));
+        }
+      }
+    }
+  }
+
   // Every record that is created has a status that says so, and no other has.
   void statusesOfRecords() {
     std::map<std::string, Record const*> created;
     for (Record const& record : now_.records) {
       created.emplace(record.name(), &record);
     }
-    for (StatusRow const& row : readStatuses(lab_)) {
+    for (StatusRow const& row : rows_) {
       auto const found = created.find(nameOf(row));
       bool const isCreated = found != created.end();
       if (row.programmed != isCreated) {
@@ -154,6 +242,8 @@ class Comparison {
   }
 
   Lab& lab_;
+  Snapshot records_;
+  std::vector<StatusRow> rows_;
   Reference now_;
   std::vector<Irregularity> found_;
 };
@@ -172,22 +262,7 @@ std::optional<Irregularity::Kind> irregularityKindOf(std::string_view name) {
 }
 
 Reference referenceOf(Lab const& lab) {
-  Reference reference{withoutHistory(lab.snapshot()), {}};
-  for (StatusRow const& row : readStatuses(lab)) {
-    // The failure of a removal stays until the next change.
-    bool const failedRemoval = !row.programmed && !row.operation.empty();
-    if (!failedRemoval) {
-      reference.statuses.push_back(lineOf(row));
-    }
-  }
-  forEachClass(lab, [&](std::string const& name, PolicyMap::ClassMapStatus const& status) {
-    std::string const error = status.error().stdString();
-    reference.statuses.push_back(name +
-                                 (status.programmed() ? ": programmed" : ": not programmed") +
-                                 (error.empty() ? "" : ": " + error));
-  });
-  std::sort(reference.statuses.begin(), reference.statuses.end());
-  return reference;
+  return referenceOf(lab, lab.snapshot(), readStatuses(lab));
 }
 
 Reference referenceOf(Text::Settings const& settings, LabOptions const& options) {
@@ -217,6 +292,12 @@ std::vector<Irregularity> checkStatuses(Lab const& lab) {
         found.push_back({Irregularity::Kind::status,
                          "status of " + describe(policy.key()) + " " + toText(option) +
                              ": time or interfaces of what is not programmed"});
+      }
+      PolicyMap::PolicyFailure const failure = status.failure(option);
+      if (!isOfInjectedCall(failure, describe(policy.key()), option)) {
+        found.push_back({Irregularity::Kind::status,
+                         "failure of " + describe(policy.key()) + " " + toText(option) +
+                             ": not of the call that failed: " + describe(failure)});
       }
     }
   }

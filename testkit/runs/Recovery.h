@@ -52,11 +52,13 @@ struct Reference {
                                                          LabOptions const& options);
 
 // What of a lab, in which nothing fails any more, is not as in the reference, or is not committed,
-// or is pending; and each status that contradicts the records.
+// or is pending; each status that contradicts the records; and each interface at which the rules of
+// a record cannot be, by its configuration.
 [[nodiscard]] POLICYMAPTESTKIT_API std::vector<Irregularity> compare(Lab& lab,
                                                                      Reference const& reference);
 // What must not be even while something fails: a policy that is programmed by its status and not
-// created by its record; time or interfaces of what is not programmed.
+// created by its record; time or interfaces of what is not programmed; a failure that is not that
+// of the call at which a fault was injected.
 [[nodiscard]] POLICYMAPTESTKIT_API std::vector<Irregularity> checkStatuses(Lab const& lab);
 
 }  // namespace PolicyMapTestKit

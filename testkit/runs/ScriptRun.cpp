@@ -45,9 +45,14 @@ std::vector<std::string> const& CaughtAssertions::texts() {
 }
 
 ScriptRun::ScriptRun(LabOptions const& options, Text::Reading reading)
-    : options_(options), reading_(reading), lab_(options), watch_(lab_.status()) {}
+    : options_(options),
+      reading_(reading),
+      lab_(options),
+      watch_(lab_.status()),
+      somethingFails_(options.plan != FaultPlan() || !options.faults.empty()) {}
 
 void ScriptRun::perform(Step const& step) {
+  somethingFails_ = somethingFails_ || step.kind == Step::Kind::inject;
   if (step.kind == Step::Kind::faults) {
     plan(parseFaultPlan(Text::SourceText("faults", step.text)));
   } else if (step.kind == Step::Kind::check) {
@@ -101,6 +106,21 @@ void ScriptRun::check(Reference const& reference) {
   }
   for (Irregularity& each : compare(lab_, reference)) {
     find(std::move(each));
+  }
+  if (!somethingFails_ && injected() == 0) {
+    checkCounts();
+  }
+}
+
+// An update that fails at its end need not be counted twice.
+void ScriptRun::checkCounts() {
+  for (Record const& record : lab_.snapshot(WithRules::no)) {
+    if (record.beginUpdateActionCount != record.endUpdateActionCount) {
+      find({Irregularity::Kind::record,
+            record.name() + ": " + std::to_string(record.beginUpdateActionCount) +
+                " updates of actions have begun, " + std::to_string(record.endUpdateActionCount) +
+                " have ended"});
+    }
   }
 }
 

@@ -75,6 +75,7 @@ class POLICYMAPTESTKIT_API ScriptRun {
 
  private:
   void deliverResults();
+  void checkCounts();
 
   // While it exists, findings of labs are only kept.
   class Quiet {
@@ -94,7 +95,8 @@ class POLICYMAPTESTKIT_API ScriptRun {
   Lab lab_;
   StatusWatch watch_;
   std::vector<FaultScope> scopes_;
-  std::uint64_t injected_ = 0;  // by plans that have ended
+  std::uint64_t injected_ = 0;   // by plans that have ended
+  bool somethingFails_ = false;  // because of a plan of the options, or an error attribute
   std::vector<Irregularity> found_;
 };
 

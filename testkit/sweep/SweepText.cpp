@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
+#include <optional>
 #include <ostream>
+#include <vector>
 
 namespace PolicyMapTestKit {
 
@@ -90,9 +93,21 @@ SweepResult sweepResultOf(Text::JsonLine const& json) {
 }
 
 Scenario scenarioOf(Script const& script) {
-  return [steps = script.steps, reading = script.reading](Lab& lab) {
-    for (Step const& step : steps) {
+  // Text is parsed in the first lab only: the others come to the same settings.
+  using Loaded = std::vector<std::optional<Text::Settings>>;
+  return [steps = script.steps, reading = script.reading,
+          loaded = std::make_shared<Loaded>(script.steps.size())](Lab& lab) {
+    for (std::size_t i = 0; i != steps.size(); ++i) {
+      Step const& step = steps[i];
+      std::optional<Text::Settings>& settings = (*loaded)[i];
+      if (settings) {
+        lab.load(*settings, step.name);
+        continue;
+      }
       perform(lab, step, reading);
+      if (step.kind == Step::Kind::load) {
+        settings = lab.configuration().settings();
+      }
     }
   };
 }

@@ -3,10 +3,11 @@
 #
 # run.py [--all] [ID...]: how many seeded bugs do sweeps and random walks find? Builds policymap-lab of
 # the last commit without a bug (the control) and with each, in build/seeded, and runs the checks of
-# checks.txt with both; writes build/seeded/results.txt. An ID may be the beginning of one.
+# checks.txt with both; writes build/seeded/results.txt (bug, check, what minimise came to, end of the
+# output). An ID may be the beginning of one.
 #
 # A check has found a bug if its exit status is not 0 while that of the control is 0, if it crashes, or
-# if it takes longer than 120 s. With --all, all checks run, otherwise none after one that has found it.
+# if it takes more than 120 s of a core. With --all, all checks run, otherwise none after one that has found it.
 import sys
 sys.dont_write_bytecode = True
 import os, re, shlex, shutil, signal, subprocess, sys, tempfile, time
@@ -21,7 +22,8 @@ TREE = WORK + "/tree"
 BUILD = TREE + "/build/mut"
 LAB = BUILD + "/bin/policymap-lab"
 RESULTS = WORK + "/results.txt"
-TIMEOUT = 120
+SECONDS_OF_CORE = 120  # a loaded machine must not look like a bug
+TIMEOUT = 900
 ENV = dict(os.environ)
 
 
@@ -65,7 +67,7 @@ def checks():
 def check(command):
     """Status (None: timeout) and output. Ends the whole group of the command on a timeout."""
     # A mutant may write or allocate without end: files of at most 64 MiB, memory of at most 8 GB.
-    script = "ulimit -f 65536; ulimit -v 8000000; " + command.replace("{lab}", shlex.quote(LAB)).replace(
+    script = f"ulimit -t {SECONDS_OF_CORE} -f 65536 -v 8000000; " + command.replace("{lab}", shlex.quote(LAB)).replace(
         "{sweep}", shlex.quote(HERE + "/sweep.sh") + " " + shlex.quote(LAB))
     with tempfile.TemporaryFile() as file:
         process = subprocess.Popen(["nice", "-n", "15", "bash", "-c", script], cwd=MAIN, env=ENV,
@@ -91,7 +93,8 @@ def steady(output):
 
 
 def note(id, found_by, text):
-    line = "\t".join([id, found_by, " ".join(text.split())[-400:]])
+    minimised = re.findall(r"minimised in .*", text)
+    line = "\t".join([id, found_by, minimised[-1] if minimised else "", " ".join(text.split())[-400:]])
     print(line, flush=True)
     with open(RESULTS, "a") as results:
         results.write(line + "\n")
