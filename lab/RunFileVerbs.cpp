@@ -123,8 +123,9 @@ void minimiseAndPrint(Console const& console, Script script, std::string const& 
   printScript(console, least.script);
   console.out << "minimised in "
               << (least.tries == 1 ? "1 try" : std::to_string(least.tries) + " tries") << ": "
-              << lines << " -> " << counted(linesOf(least.script), "line") << ", " << steps
-              << " -> " << counted(least.script.steps.size(), "step") << "\n";
+              << lines << " -> " << counted(linesOf(least.script), "line") << " ("
+              << linesOfEdits(least.script) << " in edits), " << steps << " -> "
+              << counted(least.script.steps.size(), "step") << "\n";
   if (!recordFile.empty()) {
     writeOutput(console, recordFile, [&](std::ostream& out) { write(out, record(least.script)); });
   }

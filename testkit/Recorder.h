@@ -59,10 +59,7 @@ class POLICYMAPTESTKIT_API Recorder {
 
   // `cause` is why the core makes the call.
   void record(HelperCall& call, Proceed const& proceed, std::string_view cause);
-  void resultArrived(PolicyMap::AsyncOperationResult const& result) {
-    strictness_.resultReturned(result.error().view());
-    results_.arrived(result);
-  }
+  void resultArrived(PolicyMap::AsyncOperationResult const& result) { results_.arrived(result); }
 
  private:
   struct PolicyHash {

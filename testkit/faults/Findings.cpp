@@ -23,10 +23,9 @@ std::string_view nameOf(Finding::Kind kind) {
   case Finding::Kind::idleCommit: return "idle commit";
   case Finding::Kind::callAfterFailure: return "call after a failure";
   case Finding::Kind::repeatedCreation: return "repeated creation";
-  case Finding::Kind::missingCommit: return "missing commit";
-  case Finding::Kind::strayResult: break;
+  case Finding::Kind::missingCommit: break;
   }
-  return "stray result";
+  return "missing commit";
 }
 
 }  // namespace
@@ -38,7 +37,6 @@ std::span<StrictnessSwitch const> strictnessSwitches() {
       StrictnessSwitch{"callsAfterFailures", &Strictness::callsAfterFailures},
       StrictnessSwitch{"repeatedCreations", &Strictness::repeatedCreations},
       StrictnessSwitch{"missingCommits", &Strictness::missingCommits},
-      StrictnessSwitch{"strayResults", &Strictness::strayResults},
   };
   return switches;
 }

@@ -24,7 +24,6 @@ struct Finding {
     callAfterFailure,  // a policy was changed after a failure, instead of being deleted
     repeatedCreation,  // a policy was created twice although nothing had changed
     missingCommit,     // a policy was changed, and nothing is left that would commit it
-    strayResult,       // the helper has returned a result of no operation
   };
 
   Kind kind = Kind::unmetFault;
@@ -46,9 +45,8 @@ struct Strictness {
   bool callsAfterFailures = true;
   bool repeatedCreations = true;
   bool missingCommits = true;
-  bool strayResults = true;
 
-  static constexpr Strictness none() { return {false, false, false, false, false, false}; }
+  static constexpr Strictness none() { return {false, false, false, false, false}; }
   bool operator==(Strictness const&) const = default;
 };
 

@@ -21,7 +21,7 @@ bool mayFollow(std::string_view failed, std::string_view operation) {
     return true;
   }
   if (operation == "removeIntfFromPolicy") {
-    return failed == "removeIntfFromPolicy";
+    return failed == "removeIntfFromPolicy" || failed == "updateAction";
   }
   return failed == "updateAction" && operation == "recreatePolicy";
 }
@@ -55,7 +55,6 @@ void StrictnessWatch::begins(HelperCall const& call) {
   State& state = stateOf(call);
   operation_ = call.operation;
   awaiting_ = hasResult(operation_) && helper_.asyncOperations();
-  owed_ += awaiting_ ? 1 : 0;
   if (!state.failed.empty() && strictness_.callsAfterFailures &&
       !mayFollow(state.failed, call.operation)) {
     report(Finding::Kind::callAfterFailure, call, state,
@@ -86,8 +85,6 @@ void StrictnessWatch::ends(HelperCall const& call, bool injected) {
   state.injected = state.injected || injected;
   if (failed) {
     somethingChanged();
-    // What fails at once has no result.
-    owed_ -= awaiting_ && owed_ != 0 ? 1 : 0;
   }
   if (call.operation == "deletePolicy") {
     state.failed = {};
@@ -102,14 +99,6 @@ void StrictnessWatch::ends(HelperCall const& call, bool injected) {
   } else {
     state.failed = call.operation == "recreatePolicy" ? std::string_view() : state.failed;
     changedIs(state, state.changed.empty() ? call.operation : state.changed);
-  }
-}
-
-void StrictnessWatch::resultReturned(std::string_view error) {
-  if (owed_ != 0) {
-    --owed_;
-  } else if (watches() && strictness_.strayResults) {
-    findings_->add({Finding::Kind::strayResult, "'" + std::string(error) + "'", false});
   }
 }
 

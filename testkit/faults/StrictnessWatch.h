@@ -35,8 +35,6 @@ class POLICYMAPTESTKIT_API StrictnessWatch {
   // A call begins; it has ended, with its error. `injected`: a fault is the reason for the error.
   void begins(HelperCall const& call);
   void ends(HelperCall const& call, bool injected);
-  // The helper returns an asynchronous result.
-  void resultReturned(std::string_view error);
   // The result of the last asynchronous operation arrives.
   void resultArrived(bool failed);
   // Nothing is about to be programmed, and no result is waited for.
@@ -76,7 +74,6 @@ class POLICYMAPTESTKIT_API StrictnessWatch {
   std::pair<Key const, State>* current_ = nullptr;  // of the last call
   std::string_view operation_;                      // that was called last
   bool awaiting_ = false;                           // its result
-  std::size_t owed_ = 0;                            // results
 };
 
 }  // namespace PolicyMapTestKit

@@ -34,6 +34,8 @@ std::vector<std::size_t> numbersIn(std::string const& text) {
   return places;
 }
 
+constexpr std::string_view classWord = "class ";
+
 std::size_t below(std::mt19937_64& random, std::size_t end) {
   return static_cast<std::size_t>(random() % end);
 }
@@ -62,7 +64,6 @@ void RandomEdits::add(std::string_view policyText) {
 std::string RandomEdits::next(std::mt19937_64& random) {
   std::size_t const line = below(random, lines_.size());
   bool const isInterface = lines_[line].text.starts_with("interface ");
-  bool const isClass = lines_[line].text.starts_with("class ") && !lines_[line].above.empty();
   constexpr std::size_t ways = 8;
   switch (below(random, ways)) {
   case 0:
@@ -71,8 +72,10 @@ std::string RandomEdits::next(std::mt19937_64& random) {
     if (isInterface) {
       return lines_[line].text + "\n shutdown\n";
     }
-    if (isClass) {
-      return moved(line, random);
+    if (std::vector<std::size_t> const others = otherClasses(line); !others.empty()) {
+      std::string const& other = lines_[others[below(random, others.size())]].text;
+      return inPlace(lines_[line],
+                     lines_[line].text + " insert-before " + other.substr(classWord.size()));
     }
     [[fallthrough]];
   case 3:
@@ -124,16 +127,15 @@ std::string RandomEdits::putBack(std::size_t line) {
   return text;
 }
 
-// A class before another one of its policy-map.
-std::string RandomEdits::moved(std::size_t line, std::mt19937_64& random) const {
-  std::vector<std::string_view> others;
-  for (Line const& other : lines_) {
-    if (other.above == lines_[line].above && other.text.starts_with("class ")) {
-      others.push_back(std::string_view(other.text).substr(std::string_view("class ").size()));
+// Of the same policy-map.
+std::vector<std::size_t> RandomEdits::otherClasses(std::size_t line) const {
+  std::vector<std::size_t> others;
+  for (std::size_t i = 0; lines_[line].isClass() && i != lines_.size(); ++i) {
+    if (i != line && lines_[i].isClass() && lines_[i].above == lines_[line].above) {
+      others.push_back(i);
     }
   }
-  return inPlace(lines_[line], lines_[line].text + " insert-before " +
-                                   std::string(others[below(random, others.size())]));
+  return others;
 }
 
 // Somewhat more or less.

@@ -26,6 +26,9 @@ class POLICYMAPTESTKIT_API RandomEdits {
 
  private:
   struct Line {
+    // Of a policy-map.
+    [[nodiscard]] bool isClass() const { return !above.empty() && text.starts_with("class "); }
+
     std::string text;
     std::size_t indentation = 0;
     std::vector<std::size_t> above;  // the lines that it is below, the outermost first
@@ -34,7 +37,7 @@ class POLICYMAPTESTKIT_API RandomEdits {
 
   [[nodiscard]] std::string inPlace(Line const& line, std::string const& text) const;
   std::string remove(std::size_t line);
-  [[nodiscard]] std::string moved(std::size_t line, std::mt19937_64& random) const;
+  [[nodiscard]] std::vector<std::size_t> otherClasses(std::size_t line) const;
   std::string putBack(std::size_t line);
   [[nodiscard]] std::string withOtherNumber(std::size_t line, std::mt19937_64& random) const;
 

@@ -56,11 +56,12 @@ class Walk {
     LabOptions options = walk.begin.options;
     options.journal = 0;
     if (!walk.keepMode) {
-      constexpr std::uint64_t modes = 3;
-      std::uint64_t const mode = random_() % modes;
-      options.async = mode == 1;
-      options.asyncDelay = options.async ? std::optional(0.0) : std::nullopt;
-      options.pseudoAsync = mode == 2;
+      // Edits also come while a result is waited for.
+      constexpr std::array<std::optional<double>, 4> delays{std::nullopt, std::nullopt, 0.0, 0.1};
+      std::uint64_t const mode = random_() % delays.size();
+      options.asyncDelay = delays[mode];
+      options.async = options.asyncDelay.has_value();
+      options.pseudoAsync = mode == 1;
     }
     return options;
   }

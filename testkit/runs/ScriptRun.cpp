@@ -107,15 +107,21 @@ void ScriptRun::check(Reference const& reference) {
   for (Irregularity& each : compare(lab_, reference)) {
     find(std::move(each));
   }
-  if (!somethingFails_ && injected() == 0) {
-    checkCounts();
-  }
+  checkCounts();
 }
 
-// An update that fails at its end need not be counted twice.
+// An update that fails at its end need not be counted twice. What is not created does not change.
 void ScriptRun::checkCounts() {
+  bool const nothingFails = !somethingFails_ && injected() == 0;
   for (Record const& record : lab_.snapshot(WithRules::no)) {
-    if (record.beginUpdateActionCount != record.endUpdateActionCount) {
+    auto const before = records_.find(record.name());
+    if (before != records_.end() && !record.created && !before->second.created &&
+        record.createCount == before->second.createCount && record != before->second) {
+      find({Irregularity::Kind::record,
+            record.name() + " has changed, although it was not created again"});
+    }
+    records_.insert_or_assign(record.name(), record);
+    if (nothingFails && record.beginUpdateActionCount != record.endUpdateActionCount) {
       find({Irregularity::Kind::record,
             record.name() + ": " + std::to_string(record.beginUpdateActionCount) +
                 " updates of actions have begun, " + std::to_string(record.endUpdateActionCount) +

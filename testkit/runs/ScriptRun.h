@@ -18,6 +18,7 @@
 #include <Kor/Assert.h>
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -97,6 +98,7 @@ class POLICYMAPTESTKIT_API ScriptRun {
   std::vector<FaultScope> scopes_;
   std::uint64_t injected_ = 0;   // by plans that have ended
   bool somethingFails_ = false;  // because of a plan of the options, or an error attribute
+  std::map<std::string, Record> records_;  // by name, at the check before
   std::vector<Irregularity> found_;
 };
 

@@ -46,6 +46,20 @@ void loadRules(Lab& lab, Step const& step) {
   lab.load(set, step.layout);
 }
 
+// Of policy text that are not empty.
+std::size_t linesOf(Step const& step) {
+  if (step.kind != StepKind::load) {
+    return 0;
+  }
+  std::size_t lines = 0;
+  Text::SourceText const source(step.name, step.text);
+  Text::LineReader reader(source);
+  while (reader.next()) {
+    lines += reader.line().find_first_not_of(" \t") == std::string_view::npos ? 0 : 1;
+  }
+  return lines;
+}
+
 }  // namespace
 
 void perform(Lab& lab, Step const& step, Text::Reading reading) {
@@ -103,16 +117,15 @@ std::string toText(Step const& step) {
 std::size_t linesOf(Script const& script) {
   std::size_t lines = 0;
   for (Step const& step : script.steps) {
-    if (step.kind != StepKind::load) {
-      continue;
-    }
-    Text::SourceText const source(step.name, step.text);
-    Text::LineReader reader(source);
-    while (reader.next()) {
-      lines += reader.line().find_first_not_of(" \t") == std::string_view::npos ? 0 : 1;
-    }
+    lines += linesOf(step);
   }
   return lines;
+}
+
+std::size_t linesOfEdits(Script const& script) {
+  auto const first = std::find_if(script.steps.begin(), script.steps.end(),
+                                  [](Step const& step) { return step.kind == Step::Kind::load; });
+  return linesOf(script) - (first == script.steps.end() ? 0 : linesOf(*first));
 }
 
 }  // namespace PolicyMapTestKit

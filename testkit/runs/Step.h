@@ -78,5 +78,7 @@ struct Script {
 
 // The number of lines of policy text of all steps that are not empty.
 POLICYMAPTESTKIT_API std::size_t linesOf(Script const& script);
+// The same without the first step that has policy text.
+POLICYMAPTESTKIT_API std::size_t linesOfEdits(Script const& script);
 
 }  // namespace PolicyMapTestKit

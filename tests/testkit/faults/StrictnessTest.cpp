@@ -125,8 +125,43 @@ TEST_F(StrictnessTest, ADeletionThatIsTriedAgainLeavesNothing) {
   EXPECT_FALSE(lab_->record("P").created);
 }
 
+TEST_F(StrictnessTest, AChangeThatIsNotCommittedIsFound) {
+  begin();
+  lab_->helper()->addIntfToPolicy(policy_, Vorel::IntfId("Ethernet2"), ipv4);
+  EXPECT_THAT(found(), IsEmpty()) << "the commit may follow";
+  lab_->settle();
+  EXPECT_THAT(found(),
+              ElementsAre("missing commit: P/input ipv4: addIntfToPolicy is not committed"));
+}
+
+TEST_F(StrictnessTest, AChangeThatIsCommittedOrDeletedIsRight) {
+  begin();
+  lab_->helper()->addIntfToPolicy(policy_, Vorel::IntfId("Ethernet2"), ipv4);
+  lab_->helper()->commitPolicy(policy_, ipv4);
+  lab_->settle();
+  lab_->helper()->addIntfToPolicy(policy_, Vorel::IntfId("Ethernet3"), ipv4);
+  lab_->helper()->deletePolicy(policy_, ipv4);
+  lab_->settle();
+  EXPECT_THAT(found(), IsEmpty());
+}
+
+TEST_F(StrictnessTest, WhatIsTriedAgainIsCommittedLater) {
+  begin();
+  lab_->helper()->asyncOperationsIs(true);
+  FaultScope const faults = lab_->plan("commitPolicy first=3 before");
+  lab_->load("interface Ethernet2\n service-policy input P\n");
+  for (int i = 0; i != 20; ++i) {
+    lab_->trigger();
+    lab_->advance(std::chrono::seconds(1));
+  }
+  EXPECT_THAT(found(), IsEmpty());
+  EXPECT_THAT(lab_->record("P").interfaces, testing::SizeIs(2));
+}
+
 TEST_F(StrictnessTest, EachKindCanBeSwitchedOff) {
   begin(Strictness::none());
+  lab_->helper()->addIntfToPolicy(policy_, Vorel::IntfId("Ethernet2"), ipv4);
+  lab_->settle();
   lab_->helper()->commitPolicy(policy_, ipv4);
   lab_->helper()->recreatePolicy(policy_, ipv4);
   FaultScope const faults = lab_->plan("addIntfToPolicy text=x");

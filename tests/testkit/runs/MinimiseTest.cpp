@@ -75,6 +75,21 @@ TEST(Minimise, LeavesFewLinesOfText) {
   EXPECT_EQ(minimised.found.front().kind, Irregularity::Kind::exception);
 }
 
+// The third text fails because of what the first two have in common.
+TEST(Minimise, JoinsTexts) {
+  std::string const list = "ip access-list P\n";
+  Script script;
+  script.steps = {Step::load("a.cfg", list + " 4294967280 permit ip any any\n"),
+                  Step::load("b.cfg", list + " permit udp any any\n"),
+                  Step::load("c.cfg", list + " permit tcp any any\n")};
+  Minimised const minimised = minimise(script);
+  EXPECT_THAT(minimised.script.steps,
+              ElementsAre(Step::load("a.cfg", list + " 4294967280 permit ip any any\n"
+                                                     " permit udp any any\n"),
+                          script.steps[2]))
+      << "the error names the third text, which is not joined";
+}
+
 TEST(Minimise, IsWhatTheScriptComesTo) {
   Minimised const minimised = minimise(withUnmetFault());
   EXPECT_EQ(minimised.found, PolicyMapTestKit::record(minimised.script).found);

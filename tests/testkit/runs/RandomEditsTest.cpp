@@ -91,6 +91,15 @@ TEST(RandomEdits, AreBelowTheirHeadersAndChangeNumbersAlone) {
   }
 }
 
+TEST(RandomEdits, MoveClassesWithinTheirPolicyMap) {
+  std::vector<std::string> const all =
+      editsOf("policy-map P\n class a\n class b\npolicy-map Q\n class c\n", 1, 500);
+  EXPECT_THAT(all, Contains("policy-map P\n class a insert-before b\n"));
+  EXPECT_THAT(all, Contains("policy-map P\n class b insert-before a\n"));
+  EXPECT_THAT(all, testing::Not(Contains(testing::HasSubstr("class c insert-before"))));
+  EXPECT_THAT(all, testing::Not(Contains(testing::HasSubstr("insert-before c"))));
+}
+
 TEST(RandomEdits, PutBackWhatTheyRemoved) {
   // A line that cannot change otherwise: what is not "no" puts it back or repeats it.
   std::vector<std::string> const all = editsOf("ip access-list P\n permit ip any any\n", 1, 300);

@@ -203,6 +203,73 @@ TEST(Comparison, FindsOtherInterfacesThanThoseOfTheRecord) {
           "status of P/input ipv4: not that of a policy that is programmed at its interfaces"}));
 }
 
+// What is found about interfaces after policy-map P has been programmed at one more.
+std::vector<std::string> obstaclesAt(std::string const& policy, char const* intf,
+                                     std::string const& settings,
+                                     ClassMapMatchOption option = ClassMapMatchOption::ipv4) {
+  Lab lab;
+  PolicyMap::PolicyMapSmCommonData::PtrConst common;
+  lab.aroundIs([&](HelperCall& call, auto const& proceed) {
+    if (call.policy != nullptr) {
+      common = *call.policy;
+    }
+    proceed();
+  });
+  load(lab, policy + "interface " + intf + "\n" + settings);
+  lab.helper()->addIntfToPolicy(common, Vorel::IntfId(intf), option);
+  lab.helper()->commitPolicy(common, option);
+  std::vector<std::string> texts;
+  for (Irregularity const& each : compare(lab, referenceOf(lab))) {
+    if (each.kind == IrregularityKind::record) {
+      texts.push_back(each.text);
+    }
+  }
+  return texts;
+}
+
+std::string policyOfFamily(std::string const& family, std::string const& rule) {
+  return family + " access-list P\n " + rule + "\nclass-map match-any P\n match " + family +
+         " access-group P\npolicy-map P\n class P\ninterface Ethernet1\n service-policy input P\n";
+}
+
+TEST(Comparison, FindsInterfacesWhereTheRulesCannotBe) {
+  EXPECT_THAT(obstaclesAt(simplePolicy, "Ethernet2", " shutdown\n"),
+              ElementsAre("P/input ipv4 is programmed at Ethernet2, which is shut down"));
+  EXPECT_THAT(obstaclesAt(simplePolicy, "Ethernet2", " ipv6 address 2001:db8::1/64\n"),
+              ElementsAre("P/input ipv4 is programmed at Ethernet2, which has no IPv4 address"));
+  EXPECT_THAT(obstaclesAt(simplePolicy, "Ethernet2", " no switchport\n"),
+              ElementsAre("P/input ipv4 is programmed at Ethernet2, which has no IPv4 address"));
+  EXPECT_THAT(obstaclesAt(policyOfFamily("ipv6", "permit ipv6 any any"), "Ethernet2",
+                          " ip address 192.0.2.1/24\n", ClassMapMatchOption::ipv6),
+              ElementsAre("P/input ipv6 is programmed at Ethernet2, which has no IPv6 address"));
+  EXPECT_THAT(obstaclesAt(policyOfFamily("mac", "permit any any"), "Vlan10",
+                          " ip address 192.0.2.1/24\n", ClassMapMatchOption::mac),
+              ElementsAre("P/input mac is programmed at Vlan10, which is routed and not physical"));
+}
+
+TEST(Comparison, AllowsInterfacesWhereTheRulesCanBe) {
+  for (char const* settings :
+       {" no shutdown\n", " ip address 192.0.2.1/24\n", " switchport\n", " channel-group 1\n"}) {
+    EXPECT_THAT(obstaclesAt(simplePolicy, "Ethernet2", settings), IsEmpty()) << settings;
+  }
+}
+
+TEST(StatusCheck, FindsAFailureOfAnotherCall) {
+  Lab lab;
+  FaultScope const faults = lab.plan("addRule from=1 before");
+  load(lab, simplePolicy);
+  EXPECT_THAT(checkStatuses(lab), IsEmpty());
+  auto const status = lab.status()->policyMapStatus({"P", "input"});
+  PolicyMap::PolicyFailure failure = status->failure(ClassMapMatchOption::ipv4);
+  ASSERT_EQ(failure.error().stdString(), "injected #1 at addRule(P/input ipv4 P P:10)");
+  failure.ruleIs({});
+  status->failureIs(ClassMapMatchOption::ipv4, failure);
+  EXPECT_THAT(checkStatuses(lab),
+              ElementsAre(Irregularity{IrregularityKind::status,
+                                       "failure of P/input ipv4: not of the call that failed: " +
+                                           describe(failure)}));
+}
+
 TEST(StatusCheck, FindsTimeOfWhatIsNotProgrammed) {
   Lab lab;
   load(lab, simplePolicy);

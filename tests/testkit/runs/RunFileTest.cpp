@@ -122,7 +122,7 @@ TEST(RunFile, KeepsEverySwitch) {
 }
 
 TEST(RunFile, KeepsEveryStrictness) {
-  ASSERT_THAT(strictnessSwitches(), SizeIs(4));
+  ASSERT_THAT(strictnessSwitches(), SizeIs(5));
   for (StrictnessSwitch const& each : strictnessSwitches()) {
     RunFile file;
     file.script.options.strictness.*each.value = false;

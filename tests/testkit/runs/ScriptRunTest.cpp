@@ -70,6 +70,48 @@ TEST(ScriptRun, CheckFindsWhatIsUnlikeANewLab) {
   EXPECT_EQ(run.irregularities().size(), found) << "each once";
 }
 
+TEST(ScriptRun, CheckFindsUpdatesThatHaveNotEnded) {
+  ScriptRun run({.updateAction = true});
+  run.perform(loadsSimple);
+  run.lab()
+      .helper()
+      ->testData({{"P", "input"}, PolicyMap::ClassMapMatchOption::ipv4})
+      ->beginUpdateActionCountInc(2);
+  run.perform(Step::check());
+  EXPECT_THAT(run.irregularities(),
+              ElementsAre(Irregularity{Irregularity::Kind::record,
+                                       "P/input ipv4: 2 updates of actions have begun, 0 have "
+                                       "ended"}));
+}
+
+TEST(ScriptRun, CheckFindsARecordThatChangesWithoutBeingCreated) {
+  ScriptRun run({});
+  run.perform(loadsSimple);
+  run.perform({.kind = Step::Kind::detach});
+  run.perform(Step::check());
+  auto const record =
+      run.lab().helper()->testData({{"P", "input"}, PolicyMap::ClassMapMatchOption::ipv4});
+  record->commitCountInc(1);
+  run.perform(Step::check());
+  EXPECT_THAT(run.irregularities(),
+              ElementsAre(Irregularity{Irregularity::Kind::record,
+                                       "P/input ipv4 has changed, although it was not created "
+                                       "again"}));
+  run.perform({.kind = Step::Kind::attach});
+  run.perform({.kind = Step::Kind::detach});
+  run.perform(Step::check());
+  EXPECT_THAT(run.irregularities(), SizeIs(1)) << "it was created meanwhile";
+}
+
+TEST(ScriptRun, AfterAFaultUpdatesNeedNotHaveEnded) {
+  ScriptRun run({.updateAction = true});
+  run.perform(loadsSimple);
+  run.perform(Step::faults("endUpdateActions nth=1 throws"));
+  run.perform(Step::load("edit.cfg", "policy-map P\n class P\n  set action1 9\n"));
+  run.perform(Step::check());
+  EXPECT_THAT(run.irregularities(), IsEmpty());
+}
+
 TEST(ScriptRun, CountsWhatAllPlansInject) {
   ScriptRun run({});
   EXPECT_EQ(run.injected(), 0U);
