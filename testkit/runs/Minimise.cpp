@@ -48,6 +48,14 @@ std::vector<std::string> linesIn(std::string const& text) {
   return lines;
 }
 
+// "no set action1 7" undoes "set action1 7".
+bool undoes(std::string_view later, std::string_view earlier) {
+  constexpr std::string_view no = "no ";
+  later.remove_prefix(std::min(later.find_first_not_of(" \t"), later.size()));
+  earlier.remove_prefix(std::min(earlier.find_first_not_of(" \t"), earlier.size()));
+  return later.starts_with(no) && later.substr(no.size()) == earlier;
+}
+
 std::string joined(std::vector<Block> const& blocks) {
   std::string text;
   for (Block const& block : blocks) {
@@ -218,7 +226,28 @@ class Shortening {
   void shortenTexts() {
     for (std::size_t i = 0; i != script_.steps.size(); ++i) {
       if (script_.steps[i].kind == Step::Kind::load) {
+        cancelPairs(i);
         shortenText(i);
+      }
+    }
+  }
+
+  // Leaves out a line together with the later line that undoes it.
+  void cancelPairs(std::size_t step) {
+    std::vector<std::string> lines = linesIn(script_.steps[step].text);
+    for (std::size_t later = 1; later < lines.size(); ++later) {
+      auto const line = lines.begin() + static_cast<std::ptrdiff_t>(later);
+      auto const undone = std::find_if(
+          lines.begin(), line, [&](std::string const& each) { return undoes(*line, each); });
+      if (undone == line) {
+        continue;
+      }
+      std::vector<std::string> rest(lines.begin(), undone);
+      rest.insert(rest.end(), undone + 1, line);
+      rest.insert(rest.end(), line + 1, lines.end());
+      if (tryText(step, joined(blocksOf(rest, 0)))) {
+        lines = std::move(rest);
+        later = 0;
       }
     }
   }
