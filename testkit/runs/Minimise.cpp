@@ -4,7 +4,9 @@
 #include "testkit/runs/RunFile.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -56,6 +58,35 @@ bool undoes(std::string_view later, std::string_view earlier) {
   return later.starts_with(no) && later.substr(no.size()) == earlier;
 }
 
+std::vector<std::string> wordsOf(std::string const& line) {
+  std::istringstream stream(line);
+  return {std::istream_iterator<std::string>(stream), {}};
+}
+
+// "match ipv6 access-group NAME" with the first rule of the list in place of the list:
+// "match ipv6 tcp any any eq 80". Empty if the line matches no list, or the list permits nothing.
+std::string withOwnRule(std::string const& line, std::vector<std::string> const& lines) {
+  std::vector<std::string> const words = wordsOf(line);
+  if (words.size() < 3 || words.front() != "match" ||
+      std::find(words.begin(), words.end(), "access-group") == words.end()) {
+    return {};
+  }
+  std::string const family = words[1] == "ipv6" || words[1] == "mac" ? words[1] : "ip";
+  for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
+    std::vector<std::string> const heading = wordsOf(lines[i]);
+    if (heading.size() < 3 || heading[0] != family || heading[1] != "access-list" ||
+        heading.back() != words.back()) {
+      continue;
+    }
+    constexpr std::string_view permit = "permit ";
+    std::size_t const rule = lines[i + 1].find(permit);
+    return rule == std::string::npos ? std::string()
+                                     : line.substr(0, line.find(words.front())) + "match " +
+                                           family + " " + lines[i + 1].substr(rule + permit.size());
+  }
+  return {};
+}
+
 std::string joined(std::vector<Block> const& blocks) {
   std::string text;
   for (Block const& block : blocks) {
@@ -78,6 +109,15 @@ class Shortening {
   }
 
   Minimised perform() {
+    shortenAll();
+    if (moveRulesIntoClasses()) {
+      shortenAll();
+    }
+    return {script_, record(script_).found, tries_};
+  }
+
+ private:
+  void shortenAll() {
     for (std::size_t before = size() + 1; size() < before;) {
       before = size();
       shortenSteps();
@@ -86,10 +126,8 @@ class Shortening {
       shortenTexts();
       plainOptions();
     }
-    return {script_, record(script_).found, tries_};
   }
 
- private:
   [[nodiscard]] bool isWanted(Irregularity const& each) const {
     auto const partOf = [](Irregularity const& some) {
       switch (some.kind) {
@@ -230,6 +268,27 @@ class Shortening {
         shortenText(i);
       }
     }
+  }
+
+  // Lets classes match a rule of their own, so that no list is needed. Returns whether one does.
+  bool moveRulesIntoClasses() {
+    bool moved = false;
+    for (std::size_t step = 0; step != script_.steps.size(); ++step) {
+      if (script_.steps[step].kind != Step::Kind::load) {
+        continue;
+      }
+      std::vector<std::string> lines = linesIn(script_.steps[step].text);
+      for (std::string& line : lines) {
+        std::string const ownRule = withOwnRule(line, lines);
+        if (!ownRule.empty()) {
+          std::string const before = std::exchange(line, ownRule);
+          bool const kept = tryText(step, joined(blocksOf(lines, 0)));
+          line = kept ? line : before;
+          moved = moved || kept;
+        }
+      }
+    }
+    return moved;
   }
 
   // Leaves out a line together with the later line that undoes it.

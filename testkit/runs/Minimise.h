@@ -4,8 +4,9 @@
 // minimise(): the shortest script, as far as halving finds it, that still comes to something
 // irregular.
 //
-// Steps, faults and lines of policy text are left out, half of them at first, then smaller parts,
-// for as long as that leaves an irregularity of the same kind; for a finding, a finding of the same
+// Steps, faults and lines of policy text are left out, half of them at first, then smaller parts;
+// texts are loaded together, faults hit earlier calls, and classes get rules of their own, for as
+// long as that leaves an irregularity of the same kind; for a finding, a finding of the same
 // kind; for an exception or a failed assertion, the same text. The same script gives the same
 // result.
 

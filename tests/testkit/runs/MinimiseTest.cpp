@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <sstream>
 
 namespace PolicyMapTestKit::test {
@@ -88,6 +89,27 @@ TEST(Minimise, JoinsTexts) {
                                                      " permit udp any any\n"),
                           script.steps[2]))
       << "the error names the third text, which is not joined";
+}
+
+// A commit that is never done needs a policy, but no list.
+TEST(Minimise, LetsClassesMatchRulesOfTheirOwn) {
+  for (auto const& [list, match, rule] :
+       {std::array{"ip access-list a\n 5 permit tcp any any eq 80\n", " match access-group name a\n",
+                   " match ip tcp any any eq 80\n"},
+        std::array{"ipv6 access-list a\n permit udp any any\n", " match ipv6 access-group a\n",
+                   " match ipv6 udp any any\n"},
+        std::array{"mac access-list a\n permit any any arp\n", " match mac access-group a\n",
+                   " match mac any any arp\n"}}) {
+    std::string const others = "policy-map P\n class c\ninterface Ethernet1\n"
+                               " service-policy input P\n";
+    std::string const classMap = "class-map match-any c\n";
+    Script script;
+    script.options.async = true;
+    script.options.asyncDelay = 0;
+    script.steps = {Step::faults("commitPolicy once delay=1000"),
+                    Step::load("edge.cfg", list + classMap + match + others), Step::check()};
+    EXPECT_EQ(minimise(script).script.steps[1].text, classMap + rule + others);
+  }
 }
 
 TEST(Minimise, IsWhatTheScriptComesTo) {
