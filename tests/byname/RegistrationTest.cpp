@@ -344,7 +344,7 @@ std::vector<std::string> shown(std::vector<RegistrationCall> const& calls) {
 }
 
 // The fourteen names, in order.
-std::vector<std::string> typeNames() {
+std::vector<std::string> qualifiedNames() {
   std::vector<std::string> names;
   for (std::string const& line : linesOf(registration)) {
     if (line.starts_with("type ")) {
@@ -450,7 +450,7 @@ TEST(Registration, EntersTheFourteenTypesUnderTheirNamesInOrder) {
     }
   }
   EXPECT_THAT(entered, SizeIs(14));
-  EXPECT_THAT(entered, ElementsAreArray(typeNames()));
+  EXPECT_THAT(entered, ElementsAreArray(qualifiedNames()));
 }
 
 TEST(Registration, EntersATypeOnceHoweverOftenItIsBound) {
@@ -470,7 +470,7 @@ TEST(RegistrationDeathTest, BindsNoTypeToAnotherName) {
 TEST(Registration, MarksTheActionsAsEntitiesAndThePolicyIdentityAsAValue) {
   std::set<std::string> const entities{"PolicyMapTest::TestAction1", "PolicyMapTest::TestAction2",
                                        "PolicyMapTest::TestAction3"};
-  for (std::string const& name : typeNames()) {
+  for (std::string const& name : qualifiedNames()) {
     KorType const& type = Kor::typeNamed(name);
     EXPECT_EQ(type.isEntity(), entities.contains(name)) << name;
     EXPECT_EQ(type.isValue(), name == "PolicyMapTest::AclPolicyType") << name;
@@ -479,7 +479,7 @@ TEST(Registration, MarksTheActionsAsEntitiesAndThePolicyIdentityAsAValue) {
 }
 
 TEST(Registration, KnowsSizesThatHoldWhatTheBaseHolds) {
-  for (std::string const& name : typeNames()) {
+  for (std::string const& name : qualifiedNames()) {
     KorType const& type = Kor::typeNamed(name);
     EXPECT_GT(type.size(), 0U) << name;
     if (type.base() != nullptr) {
@@ -565,7 +565,7 @@ TEST(Registration, ListsEachTypesAttributesInTheirOrder) {
 }
 
 TEST(Registration, ListsEachNameOnce) {
-  for (std::string const& name : typeNames()) {
+  for (std::string const& name : qualifiedNames()) {
     std::multiset<std::string> names;
     for (KorAttr::Ptr const& attr : Kor::typeNamed(name).attrs()) {
       names.insert(attr->name().stdString());
@@ -707,7 +707,7 @@ std::vector<std::string> sectionsNamed(std::string const& path, std::string_view
 
 TEST(Registration, LeavesTheTypesNamesInASectionOfTheFile) {
   std::string expected;
-  for (std::string const& name : typeNames()) {
+  for (std::string const& name : qualifiedNames()) {
     expected += name;
     expected += '\0';
   }

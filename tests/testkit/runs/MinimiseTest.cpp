@@ -94,8 +94,8 @@ TEST(Minimise, JoinsTexts) {
 // A commit that is never done needs a policy, but no list.
 TEST(Minimise, LetsClassesMatchRulesOfTheirOwn) {
   for (auto const& [list, match, rule] :
-       {std::array{"ip access-list a\n 5 permit tcp any any eq 80\n", " match access-group name a\n",
-                   " match ip tcp any any eq 80\n"},
+       {std::array{"ip access-list a\n 5 permit tcp any any eq 80\n",
+                   " match access-group name a\n", " match ip tcp any any eq 80\n"},
         std::array{"ipv6 access-list a\n permit udp any any\n", " match ipv6 access-group a\n",
                    " match ipv6 udp any any\n"},
         std::array{"mac access-list a\n permit any any arp\n", " match mac access-group a\n",
