@@ -50,7 +50,7 @@ def configure():
        "-DCMAKE_BUILD_TYPE=None", "-DCMAKE_CXX_FLAGS=-O1 -w", "-DCMAKE_CXX_COMPILER=g++",
        "-DPOLICYMAPTEST_BUILD_TESTS=OFF",
        "-DPOLICYMAPTEST_BUILD_BENCH=OFF", "-DPOLICYMAPTEST_WERROR=OFF",
-       "-DCMAKE_DISABLE_FIND_PACKAGE_Qt6=ON", check=True, stdout=subprocess.DEVNULL)
+       "-DPOLICYMAPTEST_BUILD_PYTHON=OFF", "-DCMAKE_DISABLE_FIND_PACKAGE_Qt6=ON", check=True, stdout=subprocess.DEVNULL)
 
 
 def build():

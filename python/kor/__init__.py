@@ -1,0 +1,286 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Every registered type of the framework by name.
+
+    import kor
+
+    kor.load("libPolicyMapTest.so")
+    helper = kor.new("PolicyMapTest::AclHelper", True, False)
+    helper = kor.ns.PolicyMapTest.AclHelper(True, expandPortChannels=False)  # the same
+    helper.commitError = "table full"
+    for key, record in helper.testData.items():
+        print(key, record.commitCount)
+
+Attributes of the framework are attributes, its functions methods, its collections mappings, its
+enumerations ``enum.IntEnum``. Errors are those of :mod:`kor.errors`.
+"""
+
+import collections.abc
+import enum
+import inspect
+import keyword
+
+from . import _kor, errors
+from .errors import (
+    AssertionFailed,
+    BadIndexAttrException,
+    ConstException,
+    Exception,
+    OpNotSupportedException,
+    RangeException,
+    TypeException,
+    UnknownArgException,
+)
+
+__all__ = [
+    "AssertionFailed", "BadIndexAttrException", "Collection", "ConstException", "Exception", "Object",
+    "OpNotSupportedException", "RangeException", "TypeException", "UnknownArgException", "Value",
+    "attribute_op", "const", "is_const", "load", "new", "ns", "parse", "type", "types",
+]
+
+_GET, _COUNT, _FIRST, _NEXT, _SET, _DEL = 0, 1, 2, 3, 128, 129
+
+
+def load(path):
+    """Opens a library, which registers its types. Raises OSError."""
+    _kor.load(str(path))
+
+
+def types():
+    """The qualified names of all registered types, in the order of their registration."""
+    return _kor.types()
+
+
+def type(name):
+    """The Python class of a type, e.g. "PolicyMapTest::AclHelper"; an IntEnum of an enumeration.
+
+    Raises RangeException, with the nearest names, if there is no such type.
+    """
+    return _enum_of(name) if _kor.describe(name)["enum_names"] else _class_of(name)
+
+
+def new(name, *args, **named):
+    """A new object or value of the type, as its class makes it."""
+    return type(name)(*args, **named)
+
+
+def const(obj):
+    """The same object or value, read-only."""
+    return _kor.const(obj)
+
+
+def is_const(obj):
+    """True if the object or value must not be changed through this reference."""
+    return _kor.is_const(obj)
+
+
+def attribute_op(obj, id, op, index=None, value=None):
+    """One request to the generic interface: the attribute's identifier and the operation code.
+
+    0 reads, returns a member or calls a function; 1 counts; 2 is the first key, 3 the key after the
+    index; 128 writes or sets a member; 129 deletes it.
+    """
+    return _kor.attribute_op(obj, id, op, index, value)
+
+
+class Object(_kor.Handle):
+    """Base class of all objects and values of the framework.
+
+    Two values are equal if they have the same type and content, and can be hashed and pickled. An
+    object is equal to itself alone.
+    """
+
+    __slots__ = ()
+    _kor_type = None  # the description of the type
+
+    def __new__(cls, *args, **named):
+        if cls._kor_type is None:
+            raise TypeError("kor.Object is made by kor.new()")
+        name = cls._kor_type["name"]
+        if named:
+            args = _in_order(cls._kor_type["args"], args, named, name)
+        return _kor.construct(name, args)
+
+    def __reduce__(self):
+        if not _kor.is_value(self):
+            raise TypeError(f"{self._kor_type['name']} is an object; only values can be pickled")
+        return parse, (repr(self),)
+
+    def __copy__(self):
+        return self
+
+    def __deepcopy__(self, memo):
+        if not _kor.is_value(self):
+            raise TypeError(f"{self._kor_type['name']} is an object; only values can be copied")
+        return self
+
+
+def _in_order(specs, args, named, name):
+    """Positional arguments, with those given by name in their places."""
+    values = list(args)
+    names = [each for each, _ in specs]
+    named = {each.removesuffix("_") if each not in names else each: value
+             for each, value in named.items()}
+    for position in range(len(args), len(names)):
+        if not named:
+            break
+        if names[position] not in named:
+            error = TypeException(names[position])
+            error.name = names[position]
+            raise error
+        values.append(named.pop(names[position]))
+    if named:
+        error = UnknownArgException(name.rpartition("::")[2])
+        error.name = next(iter(named))
+        raise error
+    return tuple(values)
+
+
+def parse(text):
+    """What prints as the text: a number, a text, a list, a value. Raises RangeException."""
+    return _kor.parse(text)
+
+
+def Value(name, **fields):
+    """The value that prints in this way: ``Value('PolicyMapTest::AclPolicyType', ** {...})``."""
+    texts = ", ".join(f"'{key}': {_kor.text(value)}" for key, value in fields.items())
+    return _kor.parse(f"Value('{name}', ** {{{texts}}})")
+
+
+class Collection(collections.abc.MutableMapping):
+    """The members of a collection by key, in its own order.
+
+    It may change while it is iterated. A member of a collection of objects is made with
+    ``create(key)``.
+    """
+
+    __slots__ = ("_owner", "_attribute")
+
+    def __init__(self, owner, attribute):
+        self._owner = owner
+        self._attribute = attribute
+
+    def _op(self, code, *args):
+        return self._attribute.op(self._owner, code, *args)
+
+    def __len__(self):
+        return self._op(_COUNT)
+
+    def __iter__(self):
+        key = self._op(_FIRST)
+        while key is not None:
+            yield key
+            key = self._op(_NEXT, key)
+
+    def __contains__(self, key):
+        # What has a value is there; the default may be that of a key that is not.
+        try:
+            value = self._op(_GET, key)
+        except TypeException:
+            return False
+        return bool(value) or any(each == key for each in self)
+
+    def __getitem__(self, key):
+        value = self._op(_GET, key)
+        if not value and not any(each == key for each in self):
+            raise KeyError(key)
+        return value
+
+    def __setitem__(self, key, value):
+        self._op(_SET, key, value)
+
+    def __delitem__(self, key):
+        if key not in self:
+            raise KeyError(key)
+        self._op(_DEL, key)
+
+    def create(self, key):
+        """The member at the key, made if there is none."""
+        return self._op(_SET, key, [])
+
+    def __repr__(self):
+        return f"<{self._attribute.__name__}: {len(self)} members>"
+
+
+def _spelled(name):
+    """A name that Python can write: "async" is "async_"."""
+    return name + "_" if keyword.iskeyword(name) else name
+
+
+def _signature(specs, self_too):
+    kind = inspect.Parameter.POSITIONAL_OR_KEYWORD
+    parameters = [inspect.Parameter("self", inspect.Parameter.POSITIONAL_ONLY)] if self_too else []
+    for name, type_name in specs:
+        parameters.append(inspect.Parameter(_spelled(name), kind, annotation=type_name))
+    return inspect.Signature(parameters)
+
+
+_classes = {}
+_enums = {}
+
+
+def _class_of(name):
+    known = _classes.get(name)
+    if known is not None:
+        return known
+    described = _kor.describe(name)
+    base = _class_of(described["base"]) if described["base"] else Object
+    members = {
+        "__slots__": (),
+        "__module__": "kor.ns." + name.rpartition("::")[0].replace("::", "."),
+        "__qualname__": name.rpartition("::")[2],
+        "__doc__": f"{name}({', '.join(each for each, _ in described['args'])})",
+        "__signature__": _signature(described["args"], False),
+        "_kor_type": described,
+    }
+    for attribute in described["attributes"]:
+        if attribute["owner"] == name or not hasattr(base, attribute["name"]):
+            members[attribute["name"]] = attribute["descriptor"]
+    made = _classes[name] = base.__class__(members["__qualname__"], (base,), members)
+    return made
+
+
+def _enum_of(name):
+    known = _enums.get(name)
+    if known is None:
+        names = _kor.describe(name)["enum_names"]
+        known = _enums[name] = enum.IntEnum(
+            name.rpartition("::")[2],
+            {each: number for number, each in enumerate(names)},
+            module="kor.ns." + name.rpartition("::")[0].replace("::", "."),
+        )
+        known.__reduce_ex__ = lambda self, protocol: (_member, (name, int(self)))
+        _kor.enum_is(name, known)
+    return known
+
+
+def _member(name, number):
+    return type(name)(number)
+
+
+class _Namespace:
+    """The registered types of a namespace as attributes."""
+
+    def __init__(self, prefix):
+        self._prefix = prefix
+
+    def __getattr__(self, name):
+        if name.startswith("__"):
+            raise AttributeError(name)
+        whole = self._prefix + name
+        names = types()
+        if whole in names:
+            return type(whole)
+        if any(each.startswith(whole + "::") for each in names):
+            return _Namespace(whole + "::")
+        raise AttributeError(f"no such type or namespace: {whole}")
+
+    def __dir__(self):
+        rest = [each[len(self._prefix):] for each in types() if each.startswith(self._prefix)]
+        return sorted({each.partition("::")[0] for each in rest})
+
+    def __repr__(self):
+        return f"<types of {self._prefix.removesuffix('::') or 'all namespaces'}>"
+
+
+ns = _Namespace("")
+_kor.begin(errors, _class_of, _enum_of, Collection)
