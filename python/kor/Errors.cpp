@@ -70,7 +70,9 @@ AssertionFailed::AssertionFailed(Kor::AssertionFailure const& failure)
                          ":" + std::to_string(failure.line)) {}
 
 void errorsAre(py::module_ const& errors) {
-  auto const named = [&](char const* name) { return py::object(errors.attr(name)).release().ptr(); };
+  auto const named = [&](char const* name) {
+    return py::object(errors.attr(name)).release().ptr();
+  };
   classes = {.exception = named("Exception"),
              .range = named("RangeException"),
              .type = named("TypeException"),

@@ -6,7 +6,6 @@
 #include <Kor/Assert.h>
 
 #include <pybind11/pybind11.h>
-
 #include <stdexcept>
 #include <string>
 

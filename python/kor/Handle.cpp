@@ -6,13 +6,12 @@
 #include <Kor/ByName.h>
 #include <Kor/GenericIf.h>
 
-#include <structmember.h>
-
 #include <algorithm>
 #include <array>
 #include <new>
 #include <span>
 #include <string>
+#include <structmember.h>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -209,7 +208,8 @@ PyObject* readAttribute(PyObject* self, PyObject* object, PyObject* /*type*/) {
   return guarded([&] {
     KorAttr const& attr = attrOf(self);
     if (attr.isCollection()) {
-      return checked(PyObject_CallFunctionObjArgs(state().makers.collectionOf.ptr(), object, self, nullptr));
+      return checked(
+          PyObject_CallFunctionObjArgs(state().makers.collectionOf.ptr(), object, self, nullptr));
     }
     Instance const instance = instanceOf(object, attr);
     return toPython(attr.reader() != nullptr ? attr.reader()(instance)
@@ -294,8 +294,7 @@ PyObject* callFunction(PyObject* self, PyObject* const* args, std::size_t flagge
       values[i] = toGeneric(args[i + 1]);
     }
     for (std::size_t i = 0; i != named; ++i) {
-      std::size_t const place =
-          placeOf(attr, PyTuple_GET_ITEM(names, static_cast<Py_ssize_t>(i)));
+      std::size_t const place = placeOf(attr, PyTuple_GET_ITEM(names, static_cast<Py_ssize_t>(i)));
       if (values[place].present()) {
         throw Kor::UnknownArgException(attr.name());  // given twice
       }
@@ -412,8 +411,8 @@ GenericValue toGeneric(PyObject* object) {
     }
     return list;
   }
-  PyErr_Format(PyExc_TypeError, "%s is nothing that the framework has: %R", Py_TYPE(object)->tp_name,
-               object);
+  PyErr_Format(PyExc_TypeError, "%s is nothing that the framework has: %R",
+               Py_TYPE(object)->tp_name, object);
   throw py::error_already_set();
 }
 
@@ -426,16 +425,13 @@ PyObject* makeDescriptor(KorAttr const& attr) {
 }
 
 void addHandleTypes(py::module_& module) {
-  static std::array handleMembers{
-      PyMemberDef{"__weaklistoffset__", T_PYSSIZET, offsetof(Handle, weakReferences), READONLY,
-                  nullptr},
-      PyMemberDef{nullptr, 0, 0, 0, nullptr}};
-  static std::array handleSlots{PyType_Slot{Py_tp_dealloc, slot(&deallocate)},
-                                PyType_Slot{Py_tp_repr, slot(&represent)},
-                                PyType_Slot{Py_tp_richcompare, slot(&compare)},
-                                PyType_Slot{Py_tp_hash, slot(&hashOf)},
-                                PyType_Slot{Py_tp_members, handleMembers.data()},
-                                PyType_Slot{0, nullptr}};
+  static std::array handleMembers{PyMemberDef{"__weaklistoffset__", T_PYSSIZET,
+                                              offsetof(Handle, weakReferences), READONLY, nullptr},
+                                  PyMemberDef{nullptr, 0, 0, 0, nullptr}};
+  static std::array handleSlots{
+      PyType_Slot{Py_tp_dealloc, slot(&deallocate)},    PyType_Slot{Py_tp_repr, slot(&represent)},
+      PyType_Slot{Py_tp_richcompare, slot(&compare)},   PyType_Slot{Py_tp_hash, slot(&hashOf)},
+      PyType_Slot{Py_tp_members, handleMembers.data()}, PyType_Slot{0, nullptr}};
   static PyType_Spec handleSpec{"_kor.Handle", sizeof(Handle), 0,
                                 Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, handleSlots.data()};
 
@@ -465,10 +461,10 @@ void addHandleTypes(py::module_& module) {
                                   PyType_Slot{Py_tp_members, functionMembers.data()},
                                   PyType_Slot{Py_tp_getset, descriptorGetters.data()},
                                   PyType_Slot{0, nullptr}};
-  static PyType_Spec functionSpec{
-      "_kor.Function", sizeof(Descriptor), 0,
-      Py_TPFLAGS_DEFAULT | Py_TPFLAGS_METHOD_DESCRIPTOR | Py_TPFLAGS_HAVE_VECTORCALL,
-      functionSlots.data()};
+  static PyType_Spec functionSpec{"_kor.Function", sizeof(Descriptor), 0,
+                                  Py_TPFLAGS_DEFAULT | Py_TPFLAGS_METHOD_DESCRIPTOR |
+                                      Py_TPFLAGS_HAVE_VECTORCALL,
+                                  functionSlots.data()};
 
   state().handleType = makeType(handleSpec);
   state().attributeType = makeType(attributeSpec);

@@ -9,7 +9,6 @@
 #include <Kor/GenericIf.h>
 
 #include <dlfcn.h>
-
 #include <string>
 
 namespace py = pybind11;
