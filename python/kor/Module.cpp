@@ -134,7 +134,7 @@ py::object parse(std::string const& text) {
   return toObject(value);
 }
 
-std::string textOf(py::handle object) {
+std::string textForm(py::handle object) {
   return valueToStrep(toGeneric(object.ptr())).stdString();
 }
 
@@ -173,5 +173,5 @@ PYBIND11_MODULE(_kor, module) {
   module.def("is_value",
              [](py::handle object) { return valueOf(object).kind() == GenericValue::Kind::value; });
   module.def("parse", &parse);
-  module.def("text", &textOf);
+  module.def("text", &textForm);
 }
