@@ -316,6 +316,25 @@ class Remover final : public PolicyMap::PolicyMapTypeStatus::NotifieeConst {
   PolicyMap::PolicyMapTypeStatus* status_;
 };
 
+// Only the first lab parses the texts.
+TEST(ScenarioOfAScript, DoesTheSameInEachLab) {
+  Script script;
+  script.steps = {Step::load("edge.cfg", simplePolicy),
+                  {.kind = Step::Kind::detach},
+                  Step::load("edit.cfg", "ip access-list P\n permit udp any any\n"),
+                  {.kind = Step::Kind::attach},
+                  Step::advance(1)};
+  Scenario const scenario = scenarioOf(script);
+  Lab first;
+  Lab second;
+  scenario(first);
+  scenario(second);
+  EXPECT_EQ(second.journal().lines(), first.journal().lines());
+  EXPECT_THAT(first.journal().lines(), testing::Contains(testing::HasSubstr("load edit.cfg")));
+  EXPECT_EQ(second.snapshot(), first.snapshot());
+  EXPECT_EQ(recordOf(second, "P").rules.size(), 1U) << "attaching puts back what was there";
+}
+
 TEST(StatusWatch, TellsOfNotificationsWithoutAChange) {
   auto const status = Kor::make<PolicyMap::PolicyMapTypeStatus>();
   StatusWatch const regular(status);
