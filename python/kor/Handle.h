@@ -12,8 +12,8 @@
 //   member of an Enum  an enumeration
 //   Handle             an object, or a value
 //
-// While somebody holds the handle of an object, the object has that handle alone, so `is` compares
-// objects. The const handle of an object is another one.
+// An object has at most one handle at a time, and at most one const handle, so `is` compares
+// objects.
 
 #include <Kor/GenericValue.h>
 #include <Kor/KorAttr.h>

@@ -172,6 +172,8 @@ PYBIND11_MODULE(_kor, module) {
   module.def("is_const", [](py::handle object) { return valueOf(object).isConst(); });
   module.def("is_value",
              [](py::handle object) { return valueOf(object).kind() == GenericValue::Kind::value; });
+  module.def("equal",
+             [](py::handle a, py::handle b) { return toGeneric(a.ptr()) == toGeneric(b.ptr()); });
   module.def("parse", &parse);
   module.def("text", &textForm);
 }

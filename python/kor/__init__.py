@@ -100,18 +100,21 @@ class Object(_kor.Handle):
             args = _in_order(cls._kor_type["args"], args, named, name)
         return _kor.construct(name, args)
 
-    def __reduce__(self):
+    def _need_value(self):
         if not _kor.is_value(self):
-            raise TypeError(f"{self._kor_type['name']} is an object; only values can be pickled")
+            raise TypeError(
+                f"{self._kor_type['name']} is an object; only values can be copied and pickled")
+
+    def __reduce__(self):
+        self._need_value()
         return parse, (repr(self),)
 
     def __copy__(self):
+        self._need_value()
         return self
 
     def __deepcopy__(self, memo):
-        if not _kor.is_value(self):
-            raise TypeError(f"{self._kor_type['name']} is an object; only values can be copied")
-        return self
+        return self.__copy__()
 
 
 def _in_order(specs, args, named, name):
@@ -171,17 +174,20 @@ class Collection(collections.abc.MutableMapping):
             yield key
             key = self._op(_NEXT, key)
 
+    def _has(self, key, value):
+        # A key without a member reads as the default, so only another value tells at once.
+        is_default = not value or (isinstance(value, Object) and _kor.is_value(value))
+        return not is_default or any(_kor.equal(each, key) for each in self)
+
     def __contains__(self, key):
-        # What has a value is there; the default may be that of a key that is not.
         try:
-            value = self._op(_GET, key)
+            return self._has(key, self._op(_GET, key))
         except TypeException:
             return False
-        return bool(value) or any(each == key for each in self)
 
     def __getitem__(self, key):
         value = self._op(_GET, key)
-        if not value and not any(each == key for each in self):
+        if not self._has(key, value):
             raise KeyError(key)
         return value
 

@@ -34,8 +34,6 @@ std::vector<std::size_t> numbersIn(std::string const& text) {
   return places;
 }
 
-constexpr std::string_view classWord = "class ";
-
 std::size_t below(std::mt19937_64& random, std::size_t end) {
   return static_cast<std::size_t>(random() % end);
 }

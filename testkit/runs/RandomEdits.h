@@ -25,9 +25,11 @@ class POLICYMAPTESTKIT_API RandomEdits {
   [[nodiscard]] std::string next(std::mt19937_64& random);
 
  private:
+  static constexpr std::string_view classWord = "class ";
+
   struct Line {
     // Of a policy-map.
-    [[nodiscard]] bool isClass() const { return !above.empty() && text.starts_with("class "); }
+    [[nodiscard]] bool isClass() const { return !above.empty() && text.starts_with(classWord); }
 
     std::string text;
     std::size_t indentation = 0;

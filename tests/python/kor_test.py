@@ -94,8 +94,7 @@ def test_wrong_constructor_arguments_are_named(make, error, name):
 
 def test_the_base_class_makes_nothing():
     with pytest.raises(TypeError):
-        import kor as module
-        module.Object()
+        kor.Object()
 
 
 # Attributes --------------------------------------------------------------------------------------
@@ -248,6 +247,23 @@ def test_a_key_of_another_type_is_an_error(record):
     assert 1.5 not in record.ruleAction1
 
 
+def test_a_default_value_is_no_member(record):
+    key = P.AclRuleKey("web", "web", 10, "ipv4")
+    assert key not in record.ruleMatch
+    with pytest.raises(KeyError):
+        record.ruleMatch[key]
+    record.ruleMatch[key] = kor.ns.Acl.IpRuleConfig()
+    assert key in record.ruleMatch
+    assert record.ruleMatch[key] == kor.ns.Acl.IpRuleConfig()
+
+
+def test_a_key_may_be_given_as_its_text(record):
+    record.intf["Ethernet1"] = False
+    assert "Ethernet1" in record.intf and record.intf["Ethernet1"] is False
+    assert kor.ns.Vorel.IntfId("Ethernet1") in record.intf
+    assert "Ethernet2" not in record.intf
+
+
 def test_collections_of_objects_create_their_members(helper):
     key = policy_key()
     record = helper.testData.create(key)
@@ -307,7 +323,7 @@ def test_a_text_that_is_no_value_is_refused():
 
 
 def test_objects_are_neither_copied_nor_pickled(helper):
-    for attempt in (pickle.dumps, copy.deepcopy):
+    for attempt in (pickle.dumps, copy.deepcopy, copy.copy):
         with pytest.raises(TypeError, match="is an object"):
             attempt(helper)
 
@@ -335,7 +351,8 @@ def test_an_object_has_one_handle_while_it_is_held(helper):
     record = helper.testData.create(policy_key())
     assert helper.testData[policy_key()] is record
     assert kor.const(record) is kor.const(record)
-    assert record == helper.testData[policy_key()] and record != kor.const(record) or True
+    assert record == helper.testData[policy_key()] and record == kor.const(record)
+    assert record is not kor.const(record)
     assert {record: 1}[helper.testData[policy_key()]] == 1
 
 
