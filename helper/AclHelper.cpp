@@ -278,12 +278,8 @@ void AclHelper::handleAsyncTrigger() {
 // attributes
 
 template <class... Args>
-void AclHelper::announce(Kor::AttributeId id, void (NotifieeConst::*hook)(Args...),
-                         Args const&... args) {
-  // Copies: a hook may destroy what an argument refers to.
-  notify<NotifieeConst>(
-      this, AclHelper::_fwkType(), id,
-      [hook, ... held = args](NotifieeConst& notifiee) { (notifiee.*hook)(held...); });
+void AclHelper::announce(Kor::AttributeId id, void (NotifieeConst::*hook)(Args...), Args... args) {
+  notify<NotifieeConst>(this, AclHelper::_fwkType(), id, hook, args...);
 }
 
 template <class Value>

@@ -140,7 +140,7 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
  private:
   using Hook = void (NotifieeConst::*)();
   template <class... Args>
-  void announce(Kor::AttributeId id, void (NotifieeConst::*hook)(Args...), Args const&... args);
+  void announce(Kor::AttributeId id, void (NotifieeConst::*hook)(Args...), Args... args);
   template <class Value>
   void attributeIs(Value& attribute, Value const& value, Kor::AttributeId id, Hook hook);
   void announceTestData(AclPolicyType const& key);

@@ -39,7 +39,7 @@ void TestActionOf<Self, kind>::valueIs(std::uint32_t value) {
     return;
   }
   value_ = value;
-  attributeChanged<Self>(valueId, [](NotifieeConst& notifiee) { notifiee.onValue(); });
+  attributeChanged<Self>(valueId, &NotifieeConst::onValue);
 }
 
 #define POLICYMAPTEST_ROW(kind)                                                   \

@@ -28,8 +28,7 @@ void TestClassCommonData::valueIs(std::uint32_t& stored, std::uint32_t value, Ko
     return;
   }
   stored = value;
-  notify<NotifieeConst>(this, _fwkType(), id,
-                        [hook](NotifieeConst& notifiee) { (notifiee.*hook)(); });
+  notify<NotifieeConst>(this, _fwkType(), id, hook);
 }
 
 #define POLICYMAPTEST_ROW(kind)                                          \

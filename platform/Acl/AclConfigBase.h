@@ -99,8 +99,7 @@ void AclConfigBase<Self, Rules>::ruleChanged(std::uint32_t seq) {
   auto const* const self = static_cast<Self const*>(this);
   // A hook may remove the list from its Config; the Config must not be notified then.
   Kor::Ptr<Self const> const pinned = Kor::share(self);
-  this->template attributeChanged<Self>(AclBase::ruleId,
-                                        [seq](NotifieeConst& notifiee) { notifiee.onRule(seq); });
+  this->template attributeChanged<Self>(AclBase::ruleId, &NotifieeConst::onRule, seq);
   // A hook may have removed the list from its Config.
   if (owner_ != nullptr) {
     owner_->listChanged(*self);

@@ -16,18 +16,15 @@ void Config::NotifieeConst::onIp6Acl(Kor::Name /*name*/) {}
 void Config::NotifieeConst::onMacAcl(Kor::Name /*name*/) {}
 
 void Config::listChanged(IpAclConfig const& list) {
-  attributeChanged<Config>(
-      ipAclId, [name = list.name()](NotifieeConst& notifiee) { notifiee.onIpAcl(name); });
+  attributeChanged<Config>(ipAclId, &NotifieeConst::onIpAcl, list.name());
 }
 
 void Config::listChanged(Ip6AclConfig const& list) {
-  attributeChanged<Config>(
-      ip6AclId, [name = list.name()](NotifieeConst& notifiee) { notifiee.onIp6Acl(name); });
+  attributeChanged<Config>(ip6AclId, &NotifieeConst::onIp6Acl, list.name());
 }
 
 void Config::listChanged(MacAclConfig const& list) {
-  attributeChanged<Config>(
-      macAclId, [name = list.name()](NotifieeConst& notifiee) { notifiee.onMacAcl(name); });
+  attributeChanged<Config>(macAclId, &NotifieeConst::onMacAcl, list.name());
 }
 
 Kor::KorType const* Config::fwkType() const {

@@ -141,8 +141,7 @@ class AddressStatus : public Kor::Entity {
   using Entity::Entity;
 
   void addressChanged(Vorel::IntfId intf) const {
-    this->template attributeChanged<Self>(
-        intfAddressId, [intf](NotifieeConst& notifiee) { notifiee.onIntfAddress(intf); });
+    this->template attributeChanged<Self>(intfAddressId, &NotifieeConst::onIntfAddress, intf);
   }
 };
 

@@ -42,11 +42,11 @@ class KOR_API Entity : public PtrInterface, public NotifieeList {
   static constexpr AttributeId nameId = 130;
 
  protected:
-  // Announces a stored change, first to the log readers, then by `hook` to the notifiees of X. To
-  // be called directly after the store. The hook must own the values it passes on: an earlier
-  // notifiee may release the member that holds the key.
-  template <class X, class Hook>
-  void attributeChanged(AttributeId id, Hook&& hook) const {
+  // Announces a stored change, first to the log readers, then by `hook` to the notifiees of X; see
+  // notify(). To be called directly after the store. The key is a copy: an earlier notifiee may
+  // release the member that holds it.
+  template <class X, class Hook, class... Key>
+  void attributeChanged(AttributeId id, Hook&& hook, Key... key) const {
     if (notifiees() == 0 && log_.notifiees() == 0) [[likely]] {
       return;
     }
@@ -54,7 +54,7 @@ class KOR_API Entity : public PtrInterface, public NotifieeList {
     // A reader may drop the last reference; the notifiees are still called.
     Kor::Ptr<X const> const pinned = log_.notifiees() == 0 ? nullptr : share(changed);
     attributeLogged(id);
-    notify<typename X::NotifieeConst>(changed, X::_fwkType(), id, hook);
+    notify<typename X::NotifieeConst>(changed, X::_fwkType(), id, hook, key...);
   }
 
  private:

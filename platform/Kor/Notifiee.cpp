@@ -2,6 +2,7 @@
 #include "Kor/Notifiee.h"
 
 #include "Kor/MemoryPool.h"
+#include "Kor/PtrInterface.h"
 
 #include <algorithm>
 #include <new>
@@ -118,6 +119,19 @@ void NotifieeList::deliverException(NotifieeBase& notifiee, AttributeId id) noex
     notifiee.onNotificationException(id);
   } catch (...) {  // NOLINT(bugprone-empty-catch): the write must complete
   }
+}
+
+void NotifieeList::observe(NotifieeBase& observer, AttributeId id, GenericValue const& key) {
+  static_cast<AttributeObserver&>(observer).onAttribute(id, key);
+}
+
+AttributeObserver::~AttributeObserver() = default;
+
+bool AttributeObserver::notifierIs(PtrInterface const* object) {
+  // Observing does not change the object: its list is not part of its value.
+  auto* const list = const_cast<NotifieeList*>(dynamic_cast<NotifieeList const*>(object));
+  listIs(list);
+  return list != nullptr || object == nullptr;
 }
 
 }  // namespace Kor

@@ -18,17 +18,22 @@
 // notifiee's onNotificationException and no further. A write inside a hook, with its notifications,
 // completes before the hook continues.
 //
+// An AttributeObserver observes all attributes of one object of any such class, by identifier.
+//
 // Ownership: the list counts its entries and an entry counts its notifiee, so a registered notifiee
 // stays alive. A notifiee refers to its subject uncounted. After the subject is destroyed,
 // notifier() is null.
 
 #include "Kor/Export.h"
+#include "Kor/Generic.h"
+#include "Kor/GenericValue.h"
 #include "Kor/KorType.h"
 #include "Kor/Ptr.h"
 #include "Kor/Thread.h"
 #include "Kor/Types.h"
 
 #include <cstdint>
+#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -82,7 +87,7 @@ class KOR_API NotifieeBase {
   mutable std::uint32_t references_ = 1;
   NotifieeList* list_ = nullptr;
   Entry* entry_ = nullptr;         // in list_
-  KorType const* kind_ = nullptr;  // the class whose hooks it implements
+  KorType const* kind_ = nullptr;  // the class whose hooks it implements; null: any
 };
 
 // Mix-in for observable objects. No virtual functions; one pointer wide.
@@ -98,10 +103,12 @@ class KOR_API NotifieeList {
   }
 
  protected:
-  // Calls `hook(notifiee)` for every notifiee of type `kind`. Keeps `subject` alive meanwhile.
-  // Without notifiees it costs one branch.
-  template <class Notifiee, class Subject, class Hook>
-  void notify(Subject const* subject, KorType const* kind, AttributeId id, Hook&& hook) const {
+  // Calls `hook` of every notifiee of type `kind`, a member function with its arguments or a
+  // function that takes the notifiee. The arguments are what the attribute calls its key. Keeps
+  // `subject` alive meanwhile. Without notifiees it costs one branch.
+  template <class Notifiee, class Subject, class Hook, class... Key>
+  void notify(Subject const* subject, KorType const* kind, AttributeId id, Hook&& hook,
+              Key const&... key) const {
     if (entries_ == nullptr) [[likely]] {
       return;
     }
@@ -110,7 +117,11 @@ class KOR_API NotifieeList {
     Walk walk(entries_);
     while (NotifieeBase* const notifiee = walk.next(kind)) {
       try {
-        hook(*static_cast<Notifiee*>(notifiee));
+        if (isAttributeObserver(*notifiee)) [[unlikely]] {
+          observe(*notifiee, id, genericKey(key...));
+        } else {
+          std::invoke(hook, *static_cast<Notifiee*>(notifiee), key...);
+        }
       } catch (...) {
         deliverException(*notifiee, id);
       }
@@ -155,7 +166,8 @@ class KOR_API NotifieeList {
       current_ = nullptr;
       while (position_ < entries_->count) {
         NotifieeBase* const notifiee = entries_->begin()[position_++]->notifiee;
-        if (notifiee != nullptr && (notifiee->kind_ == kind || notifiee->kind_->isA(kind))) {
+        if (notifiee != nullptr && (notifiee->kind_ == kind || isAttributeObserver(*notifiee) ||
+                                    notifiee->kind_->isA(kind))) {
           current_ = share(notifiee);
           return notifiee;
         }
@@ -169,11 +181,35 @@ class KOR_API NotifieeList {
     Kor::Ptr<NotifieeBase> current_;
   };
 
+  static bool isAttributeObserver(NotifieeBase const& notifiee) {
+    return notifiee.kind_ == nullptr;
+  }
+  static GenericValue genericKey() { return {}; }
+  template <class Key>
+  static GenericValue genericKey(Key const& key) {
+    return Generic<Key>::value(key);
+  }
+  static void observe(NotifieeBase& observer, AttributeId id, GenericValue const& key);
+
   void add(NotifieeBase* notifiee);
   void remove(NotifieeBase* notifiee);
   static void deliverException(NotifieeBase& notifiee, AttributeId id) noexcept;
 
   Entries* entries_ = nullptr;  // null without notifiees
+};
+
+// Observes all attributes of one object by identifier, without the class of the object.
+class KOR_API AttributeObserver : public NotifieeBase {
+ public:
+  ~AttributeObserver() override;
+
+  // Called after a change was stored, in the order of registration among all notifiees. `key` is
+  // that of the member that changed; no value for an attribute that is no collection.
+  virtual void onAttribute(AttributeId id, GenericValue const& key) = 0;
+
+  // Observes another object, or none if null. Returns false, and observes none, if objects of this
+  // class notify nobody.
+  bool notifierIs(PtrInterface const* object);
 };
 
 // Base of X::NotifieeConst: registers with an X, and records the class whose hooks it implements.

@@ -16,8 +16,7 @@ void Config::NotifieeConst::onMember(Vorel::IntfId /*member*/) {}
 
 void Config::memberChanged(Vorel::IntfId member) {
   reindex(member);
-  attributeChanged<Config>(memberOfId,
-                           [member](NotifieeConst& notifiee) { notifiee.onMember(member); });
+  attributeChanged<Config>(memberOfId, &NotifieeConst::onMember, member);
 }
 
 Kor::Ptr<Config::KorMemberOf> Config::newMemberOf(Vorel::IntfId const& member,

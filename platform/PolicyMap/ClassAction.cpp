@@ -16,7 +16,7 @@ Kor::KorType* ClassAction::_fwkType() {
 }
 
 void ClassAction::announceAction(ActionType type) {
-  attributeChanged<ClassAction>(actionId, [type](NotifieeConst& n) { n.onAction(type); });
+  attributeChanged<ClassAction>(actionId, &NotifieeConst::onAction, type);
 }
 
 }  // namespace PolicyMap

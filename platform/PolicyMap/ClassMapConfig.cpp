@@ -44,8 +44,7 @@ void ClassMapConfig::currentSubConfigIs(Kor::Ptr<ClassMapSubConfig> const& subCo
     content_ = Kor::make<ContentWatch>(this);
   }
   content_->notifierIs(current_.get());
-  attributeChanged<ClassMapConfig>(currentSubConfigId,
-                                   [](NotifieeConst& n) { n.onCurrentSubConfig(); });
+  attributeChanged<ClassMapConfig>(currentSubConfigId, &NotifieeConst::onCurrentSubConfig);
   contentChanged();
 }
 

@@ -28,7 +28,7 @@ void ClassMapSmCommonData::classMapIs(Kor::Ptr<ClassMapSubConfig const> const& c
   }
   classMap_ = classMap;
   notify<NotifieeConst>(this, ClassMapSmCommonData::_fwkType(), classMapId,
-                        [](NotifieeConst& n) { n.onClassMap(); });
+                        &NotifieeConst::onClassMap);
 }
 
 void ClassMapSmCommonData::classMapStatusIs(Kor::Ptr<ClassMapStatus> const& status) {
@@ -37,12 +37,12 @@ void ClassMapSmCommonData::classMapStatusIs(Kor::Ptr<ClassMapStatus> const& stat
   }
   classMapStatus_ = status;
   notify<NotifieeConst>(this, ClassMapSmCommonData::_fwkType(), classMapStatusId,
-                        [](NotifieeConst& n) { n.onClassMapStatus(); });
+                        &NotifieeConst::onClassMapStatus);
 }
 
 void ClassMapSmCommonData::announceAction(ActionType type) {
-  notify<NotifieeConst>(this, ClassMapSmCommonData::_fwkType(), actionId,
-                        [type](NotifieeConst& n) { n.onAction(type); });
+  notify<NotifieeConst>(this, ClassMapSmCommonData::_fwkType(), actionId, &NotifieeConst::onAction,
+                        type);
 }
 
 std::uint32_t ClassMapSmCommonData::updateAclActionsInc(std::uint32_t count) {
@@ -56,7 +56,7 @@ void ClassMapSmCommonData::updateAclActionsIs(std::uint32_t count) {
   }
   updateAclActions_ = count;
   notify<NotifieeConst>(this, ClassMapSmCommonData::_fwkType(), updateAclActionsId,
-                        [](NotifieeConst& n) { n.onUpdateAclActions(); });
+                        &NotifieeConst::onUpdateAclActions);
 }
 
 void ClassMapSmCommonData::rulesIs(ClassMapMatchOption option, Kor::Ptr<ClassRules const> rules) {

@@ -20,11 +20,11 @@ void ClassMapStatus::errorIs(Kor::String const& error) {
     return;
   }
   error_ = error;
-  attributeChanged<ClassMapStatus>(errorId, [](NotifieeConst& n) { n.onError(); });
+  attributeChanged<ClassMapStatus>(errorId, &NotifieeConst::onError);
 }
 
 void ClassMapStatus::announceHitCount(AclRuleKey const& key) {
-  attributeChanged<ClassMapStatus>(hitCountId, [key](NotifieeConst& n) { n.onHitCount(key); });
+  attributeChanged<ClassMapStatus>(hitCountId, &NotifieeConst::onHitCount, key);
 }
 
 void ClassMapStatus::programmedIs(bool programmed) {
@@ -32,7 +32,7 @@ void ClassMapStatus::programmedIs(bool programmed) {
     return;
   }
   programmed_ = programmed;
-  attributeChanged<ClassMapStatus>(programmedId, [](NotifieeConst& n) { n.onProgrammed(); });
+  attributeChanged<ClassMapStatus>(programmedId, &NotifieeConst::onProgrammed);
 }
 
 }  // namespace PolicyMap

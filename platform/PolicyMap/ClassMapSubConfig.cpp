@@ -20,11 +20,11 @@ void ClassMapSubConfig::matchTypeIs(ClassMapMatchType type) {
     return;
   }
   matchType_ = type;
-  attributeChanged<ClassMapSubConfig>(matchTypeId, [](NotifieeConst& n) { n.onMatchType(); });
+  attributeChanged<ClassMapSubConfig>(matchTypeId, &NotifieeConst::onMatchType);
 }
 
 void ClassMapSubConfig::announceMatch(std::uint32_t place) {
-  attributeChanged<ClassMapSubConfig>(matchId, [place](NotifieeConst& n) { n.onMatch(place); });
+  attributeChanged<ClassMapSubConfig>(matchId, &NotifieeConst::onMatch, place);
 }
 
 }  // namespace PolicyMap

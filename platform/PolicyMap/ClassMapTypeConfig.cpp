@@ -16,8 +16,7 @@ Kor::KorType* ClassMapTypeConfig::_fwkType() {
 }
 
 void ClassMapTypeConfig::announceClassMapConfig(Kor::Name const& name) {
-  attributeChanged<ClassMapTypeConfig>(classMapConfigId,
-                                       [name](NotifieeConst& n) { n.onClassMapConfig(name); });
+  attributeChanged<ClassMapTypeConfig>(classMapConfigId, &NotifieeConst::onClassMapConfig, name);
 }
 
 }  // namespace PolicyMap

@@ -32,8 +32,7 @@ Kor::String PolicyMapAclHelper::showAclSummary() const {
 }
 
 void PolicyMapAclHelper::announce(Id id, Hook hook) {
-  notify<NotifieeConst>(this, PolicyMapAclHelper::_fwkType(), id,
-                        [hook](NotifieeConst& n) { (n.*hook)(); });
+  notify<NotifieeConst>(this, PolicyMapAclHelper::_fwkType(), id, hook);
 }
 
 void PolicyMapAclHelper::flagIs(bool& flag, bool value, Id id, Hook hook) {

@@ -20,8 +20,7 @@ void PolicyMapConfig::currentSubConfigIs(Kor::Ptr<PolicyMapSubConfig> const& sub
     return;
   }
   current_ = subConfig;
-  attributeChanged<PolicyMapConfig>(currentSubConfigId,
-                                    [](NotifieeConst& n) { n.onCurrentSubConfig(); });
+  attributeChanged<PolicyMapConfig>(currentSubConfigId, &NotifieeConst::onCurrentSubConfig);
 }
 
 }  // namespace PolicyMap

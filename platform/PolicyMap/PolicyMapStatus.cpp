@@ -22,31 +22,27 @@ void PolicyMapStatus::errorIs(Kor::String const& error) {
     return;
   }
   error_ = error;
-  attributeChanged<PolicyMapStatus>(errorId, [](NotifieeConst& n) { n.onError(); });
+  attributeChanged<PolicyMapStatus>(errorId, &NotifieeConst::onError);
 }
 
 void PolicyMapStatus::announceProgrammed(ClassMapMatchOption option) {
-  attributeChanged<PolicyMapStatus>(programmedId,
-                                    [option](NotifieeConst& n) { n.onProgrammed(option); });
+  attributeChanged<PolicyMapStatus>(programmedId, &NotifieeConst::onProgrammed, option);
 }
 
 void PolicyMapStatus::announceFailure(ClassMapMatchOption option) {
-  attributeChanged<PolicyMapStatus>(failureId, [option](NotifieeConst& n) { n.onFailure(option); });
+  attributeChanged<PolicyMapStatus>(failureId, &NotifieeConst::onFailure, option);
 }
 
 void PolicyMapStatus::announceClassMapStatus(Kor::Name const& className) {
-  attributeChanged<PolicyMapStatus>(
-      classMapStatusId, [className](NotifieeConst& n) { n.onClassMapStatus(className); });
+  attributeChanged<PolicyMapStatus>(classMapStatusId, &NotifieeConst::onClassMapStatus, className);
 }
 
 void PolicyMapStatus::announceTimeProgrammed(ClassMapMatchOption option) {
-  attributeChanged<PolicyMapStatus>(timeProgrammedId,
-                                    [option](NotifieeConst& n) { n.onTimeProgrammed(option); });
+  attributeChanged<PolicyMapStatus>(timeProgrammedId, &NotifieeConst::onTimeProgrammed, option);
 }
 
 void PolicyMapStatus::announceAppliedIntf(OptionIntf const& where) {
-  attributeChanged<PolicyMapStatus>(appliedIntfId,
-                                    [where](NotifieeConst& n) { n.onAppliedIntf(where); });
+  attributeChanged<PolicyMapStatus>(appliedIntfId, &NotifieeConst::onAppliedIntf, where);
 }
 
 std::vector<Vorel::IntfId> PolicyMapStatus::intfs(ClassMapMatchOption option) const {

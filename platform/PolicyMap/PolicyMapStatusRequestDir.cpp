@@ -16,8 +16,7 @@ Kor::KorType* PolicyMapStatusRequestDir::_fwkType() {
 }
 
 void PolicyMapStatusRequestDir::announceCountRequest(PolicyMapSmKey const& key) {
-  attributeChanged<PolicyMapStatusRequestDir>(countRequestId,
-                                              [key](NotifieeConst& n) { n.onCountRequest(key); });
+  attributeChanged<PolicyMapStatusRequestDir>(countRequestId, &NotifieeConst::onCountRequest, key);
 }
 
 }  // namespace PolicyMap

@@ -66,23 +66,19 @@ void PolicyMapSubConfig::announceClassPrio(Kor::Name const& name) {
     prioTaken_.emplace(name, entry->value());
     prioClassIs(entry->value(), name);
   }
-  attributeChanged<PolicyMapSubConfig>(classPrioId,
-                                       [name](NotifieeConst& n) { n.onClassPrio(name); });
+  attributeChanged<PolicyMapSubConfig>(classPrioId, &NotifieeConst::onClassPrio, name);
 }
 
 void PolicyMapSubConfig::announcePrioClass(std::uint32_t prio) {
-  attributeChanged<PolicyMapSubConfig>(prioClassId,
-                                       [prio](NotifieeConst& n) { n.onPrioClass(prio); });
+  attributeChanged<PolicyMapSubConfig>(prioClassId, &NotifieeConst::onPrioClass, prio);
 }
 
 void PolicyMapSubConfig::announceClassAction(Kor::Name const& name) {
-  attributeChanged<PolicyMapSubConfig>(classActionId,
-                                       [name](NotifieeConst& n) { n.onClassAction(name); });
+  attributeChanged<PolicyMapSubConfig>(classActionId, &NotifieeConst::onClassAction, name);
 }
 
 void PolicyMapSubConfig::announceRawClassMap(Kor::Name const& name) {
-  attributeChanged<PolicyMapSubConfig>(rawClassMapId,
-                                       [name](NotifieeConst& n) { n.onRawClassMap(name); });
+  attributeChanged<PolicyMapSubConfig>(rawClassMapId, &NotifieeConst::onRawClassMap, name);
 }
 
 }  // namespace PolicyMap

@@ -16,13 +16,11 @@ Kor::KorType* PolicyMapTypeConfig::_fwkType() {
 }
 
 void PolicyMapTypeConfig::announcePolicyMapConfig(Kor::Name const& name) {
-  attributeChanged<PolicyMapTypeConfig>(policyMapConfigId,
-                                        [name](NotifieeConst& n) { n.onPolicyMapConfig(name); });
+  attributeChanged<PolicyMapTypeConfig>(policyMapConfigId, &NotifieeConst::onPolicyMapConfig, name);
 }
 
 void PolicyMapTypeConfig::announceServicePolicy(ServicePolicyKey const& key) {
-  attributeChanged<PolicyMapTypeConfig>(servicePolicyId,
-                                        [key](NotifieeConst& n) { n.onServicePolicy(key); });
+  attributeChanged<PolicyMapTypeConfig>(servicePolicyId, &NotifieeConst::onServicePolicy, key);
 }
 
 }  // namespace PolicyMap

@@ -16,8 +16,7 @@ Kor::KorType* PolicyMapTypeStatus::_fwkType() {
 }
 
 void PolicyMapTypeStatus::announcePolicyMapStatus(PolicyMapSmKey const& key) {
-  attributeChanged<PolicyMapTypeStatus>(policyMapStatusId,
-                                        [key](NotifieeConst& n) { n.onPolicyMapStatus(key); });
+  attributeChanged<PolicyMapTypeStatus>(policyMapStatusId, &NotifieeConst::onPolicyMapStatus, key);
 }
 
 }  // namespace PolicyMap

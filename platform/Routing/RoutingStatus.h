@@ -71,12 +71,10 @@ class RoutingInfoBase : public RoutingStatus {
   using RoutingStatus::RoutingStatus;
 
   void routingChanged() const override {
-    this->template attributeChanged<Self>(routingId,
-                                          [](NotifieeConst& notifiee) { notifiee.onRouting(); });
+    this->template attributeChanged<Self>(routingId, &NotifieeConst::onRouting);
   }
   void routedIntfChanged(Vorel::IntfId intf) const override {
-    this->template attributeChanged<Self>(
-        routedIntfId, [intf](NotifieeConst& notifiee) { notifiee.onRoutedIntf(intf); });
+    this->template attributeChanged<Self>(routedIntfId, &NotifieeConst::onRoutedIntf, intf);
   }
 };
 
