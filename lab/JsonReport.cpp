@@ -36,16 +36,6 @@ char const* nameOf(Problem::Kind kind) {
   return "empty";
 }
 
-Json jsonOf(FaultState const& state) {
-  Json::Array met;
-  for (MetFault const& each : state.met) {
-    met.emplace_back(Json::Object{
-        {"number", each.number}, {"time", each.time}, {"call", each.call}, {"text", each.text}});
-  }
-  return Json::Object{
-      {"fault", toText(state.fault)}, {"selected", state.selected}, {"met", std::move(met)}};
-}
-
 Json jsonOf(Problem const& problem) {
   return Json::Object{
       {"kind", nameOf(problem.kind)}, {"where", problem.where}, {"text", problem.text}};

@@ -49,4 +49,14 @@ Json jsonOf(Record const& record) {
                       {"subRuleCount", record.subRuleCount}};
 }
 
+Json jsonOf(FaultState const& state) {
+  Json::Array met;
+  for (MetFault const& each : state.met) {
+    met.emplace_back(Json::Object{
+        {"number", each.number}, {"time", each.time}, {"call", each.call}, {"text", each.text}});
+  }
+  return Json::Object{
+      {"fault", toText(state.fault)}, {"selected", state.selected}, {"met", std::move(met)}};
+}
+
 }  // namespace PolicyMapTestKit

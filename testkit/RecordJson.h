@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Records as JSON objects, as `policymap-lab run --json` prints them.
+// Records and faults as JSON objects, as `policymap-lab run --json` prints them.
 
 #include "testkit/Export.h"
 #include "testkit/Record.h"
+#include "testkit/faults/ActivePlan.h"
 #include "testkit/text/Json.h"
 
 #include <vector>
@@ -17,5 +18,7 @@ namespace PolicyMapTestKit {
 [[nodiscard]] POLICYMAPTESTKIT_API Text::Json jsonOf(Record const& record);
 // The names.
 [[nodiscard]] POLICYMAPTESTKIT_API Text::Json jsonOf(std::vector<Vorel::IntfId> const& intfs);
+// "fault", "selected" and "met", the calls that were hit.
+[[nodiscard]] POLICYMAPTESTKIT_API Text::Json jsonOf(FaultState const& state);
 
 }  // namespace PolicyMapTestKit

@@ -16,6 +16,11 @@ namespace PolicyMapTestKit {
 
 namespace {
 
+// Longer than the longest wait between two tries, and than that for a result.
+constexpr std::chrono::seconds patience{200};
+// A lab that waits for more results has no end.
+constexpr std::size_t mostResults = 100000;
+
 constexpr std::array<std::string_view, 8> kindNames{
     "record", "status", "pending", "notification", "finding", "assertion", "exception", "unmet"};
 
@@ -280,6 +285,28 @@ Reference referenceOf(Text::Settings const& settings, LabOptions const& options)
 
 std::vector<Irregularity> compare(Lab& lab, Reference const& reference) {
   return Comparison(lab).with(reference);
+}
+
+void recover(Lab& lab, LabOptions const& options) {
+  auto const isWaiting = [&] {
+    std::vector<PolicyMap::Explanation> const all = PolicyMap::explain(*lab.machine());
+    return std::any_of(all.begin(), all.end(), [](PolicyMap::Explanation const& each) {
+      return each.state == PolicyMap::ProgrammingState::waiting;
+    });
+  };
+  // Results that arrive only when they are asked for.
+  bool const byTrigger = options.async && !options.asyncDelay && !options.pseudoAsync;
+  auto const deliverResults = [&] {
+    for (std::size_t i = 0; byTrigger && i != mostResults && isWaiting(); ++i) {
+      lab.trigger();
+    }
+  };
+  lab.clearFaults();
+  lab.endPlans();
+  lab.releaseAll();
+  deliverResults();
+  lab.advance(patience);
+  deliverResults();
 }
 
 std::vector<Irregularity> checkStatuses(Lab const& lab) {

@@ -56,6 +56,10 @@ struct Reference {
 // a record cannot be, by its configuration.
 [[nodiscard]] POLICYMAPTESTKIT_API std::vector<Irregularity> compare(Lab& lab,
                                                                      Reference const& reference);
+// Ends all faults of a lab with these options, and lets time pass and results arrive until all is
+// repaired.
+POLICYMAPTESTKIT_API void recover(Lab& lab, LabOptions const& options);
+
 // What must not be even while something fails: a policy that is programmed by its status and not
 // created by its record; time or interfaces of what is not programmed; a failure that is not that
 // of the call at which a fault was injected.

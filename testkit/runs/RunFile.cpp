@@ -123,9 +123,7 @@ void readOptions(JsonLine const& line, Script& script) {
   options.plan = parseFaultPlan(Text::SourceText("plan", textIn(json, "plan")));
   options.actions = Text::ActionMapping(Text::SourceText("actions", textIn(json, "actions")));
   std::string const reading = line.text("reading");
-  auto const* const found = std::find_if(readings.begin(), readings.end(),
-                                         [&](auto const& each) { return each.second == reading; });
-  script.reading = found == readings.end() ? Reading::strict : found->first;
+  script.reading = readingOf(reading).value_or(Reading::strict);
 }
 
 std::uint32_t smallNumber(JsonLine const& line, std::string_view name, std::uint32_t usual) {
@@ -194,6 +192,12 @@ RunFile recordOf(Script script, ScriptRun& run) {
     file.journal.emplace_back(entry);
   }
   return file;
+}
+
+std::optional<Reading> readingOf(std::string_view name) {
+  auto const* const found = std::find_if(readings.begin(), readings.end(),
+                                         [&](auto const& each) { return each.second == name; });
+  return found == readings.end() ? std::nullopt : std::optional(found->first);
 }
 
 void write(std::ostream& out, RunFile const& file) {

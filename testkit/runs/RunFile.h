@@ -24,6 +24,7 @@
 #include <iosfwd>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace PolicyMapTestKit {
@@ -46,6 +47,9 @@ POLICYMAPTESTKIT_API void write(std::ostream& out, RunFile const& file);
 // Ignores empty lines, and members, options and lines that are unknown. Throws Text::InputError for
 // another version, a step that is unknown, and any other text.
 [[nodiscard]] POLICYMAPTESTKIT_API RunFile readRunFile(Text::SourceText const& source);
+
+// "strict", "lenient" or "widening"; none for another name.
+[[nodiscard]] POLICYMAPTESTKIT_API std::optional<Text::Reading> readingOf(std::string_view name);
 
 // The first difference in what happened, in a few lines; none if there is none.
 [[nodiscard]] POLICYMAPTESTKIT_API std::optional<std::string> firstDifference(RunFile const& before,

@@ -11,13 +11,9 @@ namespace PolicyMapTestKit {
 
 namespace {
 
-// Longer than the longest wait between two tries, and than that for a result.
-constexpr std::chrono::seconds patience{200};
 // While a fault lasts: some tries.
 constexpr std::chrono::seconds whileItLasts{5};
 constexpr std::size_t mostIrregularities = 20;
-// A lab that waits for more results has no end.
-constexpr std::size_t mostResults = 100000;
 
 std::vector<std::string>& caughtAssertions() {
   thread_local std::vector<std::string> all;
@@ -73,31 +69,13 @@ bool ScriptRun::tryTo(Step const& step) {
   }
 }
 
-// Those that arrive only when they are asked for.
-void ScriptRun::deliverResults() {
-  auto const isWaiting = [this] {
-    std::vector<PolicyMap::Explanation> const all = PolicyMap::explain(*lab_.machine());
-    return std::any_of(all.begin(), all.end(), [](PolicyMap::Explanation const& each) {
-      return each.state == PolicyMap::ProgrammingState::waiting;
-    });
-  };
-  bool const byTrigger = options_.async && !options_.asyncDelay && !options_.pseudoAsync;
-  for (std::size_t i = 0; byTrigger && i != mostResults && isWaiting(); ++i) {
-    lab_.trigger();
-  }
-}
-
 void ScriptRun::recover() {
   lab_.advance(whileItLasts);
   for (Irregularity& each : checkStatuses(lab_)) {
     find(std::move(each));
   }
-  lab_.clearFaults();
   end();
-  lab_.releaseAll();
-  deliverResults();
-  lab_.advance(patience);
-  deliverResults();
+  PolicyMapTestKit::recover(lab_, options_);
 }
 
 void ScriptRun::check(Reference const& reference) {

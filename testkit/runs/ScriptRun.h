@@ -75,7 +75,6 @@ class POLICYMAPTESTKIT_API ScriptRun {
   [[nodiscard]] std::vector<Irregularity> irregularities() const;
 
  private:
-  void deliverResults();
   void checkCounts();
 
   // While it exists, findings of labs are only kept.

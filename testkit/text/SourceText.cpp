@@ -66,7 +66,7 @@ std::string_view withoutByteOrderMark(std::string_view text) {
 }
 
 InputError::InputError(SourcePosition position, std::string expected, std::string_view found)
-    : std::runtime_error(message(position, expected, found)),
+    : Kor::RangeException(message(position, expected, found)),
       position_(std::move(position)),
       expected_(std::move(expected)) {}
 

@@ -6,10 +6,11 @@
 
 #include "testkit/Export.h"
 
+#include <Kor/Exception.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -37,7 +38,7 @@ POLICYMAPTESTKIT_API std::string excerpt(std::string_view found);
 POLICYMAPTESTKIT_API std::string_view withoutByteOrderMark(std::string_view text);
 
 // Invalid input. what() is "FILE:LINE:COLUMN: expected X, found 'Y'".
-class POLICYMAPTESTKIT_API InputError : public std::runtime_error {
+class POLICYMAPTESTKIT_API InputError : public Kor::RangeException {
  public:
   // `expected` completes the sentence "expected ...". `found` is the offending input as written.
   InputError(SourcePosition position, std::string expected, std::string_view found);
