@@ -7,6 +7,7 @@
 #include <array>
 #include <exception>
 #include <optional>
+#include <utility>
 
 namespace KorPython {
 
@@ -23,6 +24,8 @@ struct Classes {
   PyObject* notConst = nullptr;
   PyObject* notSupported = nullptr;
   PyObject* unknownArg = nullptr;
+  PyObject* lookup = nullptr;
+  PyObject* callback = nullptr;  // makes the exception that an observer's exception becomes
   PyObject* assertion = nullptr;
 };
 Classes classes;
@@ -80,14 +83,100 @@ void errorsAre(py::module_ const& errors) {
              .notConst = named("ConstException"),
              .notSupported = named("OpNotSupportedException"),
              .unknownArg = named("UnknownArgException"),
+             .lookup = named("LookupException"),
+             .callback = named("callback_exception"),
              .assertion = named("AssertionFailed")};
   Kor::assertionHandlerIs(&assertionFailed);
+}
+
+CallbackFailed::CallbackFailed(std::string text, std::shared_ptr<py::object const> exception)
+    : Kor::Exception(std::move(text)), exception_(std::move(exception)) {}
+CallbackFailed::~CallbackFailed() = default;
+
+CallbackFailed CallbackFailed::take() {
+  PyObject* type = nullptr;
+  PyObject* value = nullptr;
+  PyObject* trace = nullptr;
+  PyErr_Fetch(&type, &value, &trace);
+  PyErr_NormalizeException(&type, &value, &trace);
+  if (trace != nullptr) {
+    PyException_SetTraceback(value, trace);
+  }
+  Py_XDECREF(type);
+  Py_XDECREF(trace);
+  auto const text = py::reinterpret_steal<py::object>(PyObject_Str(value));
+  if (!text) {
+    PyErr_Clear();
+  }
+  std::string shown = text ? std::string(py::str(text)) : std::string();
+  if (shown.empty()) {
+    shown = Py_TYPE(value)->tp_name;
+  }
+  return {std::move(shown),
+          std::make_shared<py::object const>(py::reinterpret_steal<py::object>(value))};
+}
+
+void CallbackFailed::restore() const {
+  PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception_->ptr())), exception_->ptr());
+}
+
+bool CallbackFailed::mustBeRaised() const {
+  return PyObject_IsInstance(exception_->ptr(), PyExc_AssertionError) == 1 ||
+         PyObject_IsInstance(exception_->ptr(), PyExc_Exception) == 0;
+}
+
+int Call::depth_ = 0;
+std::unique_ptr<CallbackFailed> Call::kept_;
+
+void raiseLater(CallbackFailed const& failure) {
+  if (Call::depth_ != 0 && !Call::kept_) {
+    Call::kept_ = std::make_unique<CallbackFailed>(failure);
+  } else {
+    failure.restore();
+    PyErr_WriteUnraisable(nullptr);
+  }
+}
+
+bool Call::raise() {
+  std::unique_ptr<CallbackFailed> const kept = std::move(kept_);
+  kept->restore();
+  PyObject* type = nullptr;
+  PyObject* value = nullptr;
+  PyObject* trace = nullptr;
+  PyErr_Fetch(&type, &value, &trace);
+  PyErr_NormalizeException(&type, &value, &trace);
+  PyObject* const raised = PyObject_CallOneArg(classes.callback, value);
+  Py_XDECREF(type);
+  Py_XDECREF(value);
+  Py_XDECREF(trace);
+  if (raised != nullptr) {
+    PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(raised)), raised);
+    Py_DECREF(raised);
+  }
+  return true;
+}
+
+void Call::reportKept() {
+  if (kept_ && depth_ == 1) {
+    std::unique_ptr<CallbackFailed> const kept = std::move(kept_);
+    PyObject* type = nullptr;
+    PyObject* value = nullptr;
+    PyObject* trace = nullptr;
+    PyErr_Fetch(&type, &value, &trace);
+    if (!kept->is(value)) {
+      kept->restore();
+      PyErr_WriteUnraisable(nullptr);
+    }
+    PyErr_Restore(type, value, trace);
+  }
 }
 
 void setError() noexcept {
   try {
     throw;
   } catch (py::error_already_set& error) {
+    error.restore();
+  } catch (CallbackFailed const& error) {
     error.restore();
   } catch (Kor::TypeException const& error) {
     set(classes.type, error,
@@ -104,6 +193,10 @@ void setError() noexcept {
     set(classes.range, error);
   } catch (AssertionFailed const& error) {
     set(classes.assertion, error);
+  } catch (std::out_of_range const& error) {
+    set(classes.lookup, error);
+  } catch (std::invalid_argument const& error) {
+    set(classes.range, error);
   } catch (std::bad_alloc const&) {
     PyErr_NoMemory();
   } catch (std::exception const& error) {

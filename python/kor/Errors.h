@@ -4,10 +4,13 @@
 // The framework's exceptions as Python exceptions, one to one, and the other way round.
 
 #include <Kor/Assert.h>
+#include <Kor/Exception.h>
 
+#include <memory>
 #include <pybind11/pybind11.h>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 
 namespace KorPython {
 
@@ -15,6 +18,51 @@ namespace KorPython {
 class AssertionFailed : public std::runtime_error {
  public:
   explicit AssertionFailed(Kor::AssertionFailure const& failure);
+};
+
+// An exception that a Python function raised. For the framework its text is that of the exception;
+// back in Python it is the exception itself.
+class CallbackFailed : public Kor::Exception {
+ public:
+  // Takes the current Python exception.
+  static CallbackFailed take();
+  ~CallbackFailed() override;
+  // Sets it again.
+  void restore() const;
+  // True for failed assertions and for what must end the program: nobody may take it for a failed
+  // operation.
+  [[nodiscard]] bool mustBeRaised() const;
+  [[nodiscard]] bool is(PyObject const* exception) const { return exception_->ptr() == exception; }
+
+ private:
+  CallbackFailed(std::string text, std::shared_ptr<pybind11::object const> exception);
+
+  std::shared_ptr<pybind11::object const> exception_;
+};
+
+// Keeps an exception that the framework will not pass on. The outermost call from Python raises it
+// when it returns; the first of several, the others are reported as unraisable.
+void raiseLater(CallbackFailed const& failure);
+
+// A call from Python into the framework.
+class Call {
+ public:
+  Call() { ++depth_; }
+  Call(Call const&) = delete;
+  Call& operator=(Call const&) = delete;
+  ~Call() { --depth_; }
+
+  // Sets the exception that was kept, if there is one and this is the outermost call.
+  static bool raiseKept() { return kept_ && depth_ == 1 && raise(); }
+  // The same if the call has failed with another exception.
+  static void reportKept();
+
+ private:
+  friend void raiseLater(CallbackFailed const& failure);
+  static bool raise();
+
+  static int depth_;
+  static std::unique_ptr<CallbackFailed> kept_;
 };
 
 // The exceptions are classes of the Python module `errors`. From now on failed assertions throw.
@@ -33,6 +81,23 @@ auto guarded(Function const& function, decltype(function()) failed = {}) noexcep
     setError();
     return failed;
   }
+}
+
+// The same for a function that may call back into Python.
+template <class Function>
+auto guardedCall(Function const& function, decltype(function()) failed = {}) noexcept
+    -> decltype(function()) {
+  Call const call;
+  auto const result = guarded(function, failed);
+  if (PyErr_Occurred() != nullptr) {
+    Call::reportKept();
+  } else if (Call::raiseKept()) {
+    if constexpr (std::is_pointer_v<decltype(function())>) {
+      Py_XDECREF(result);
+    }
+    return failed;
+  }
+  return result;
 }
 
 }  // namespace KorPython

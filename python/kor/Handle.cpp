@@ -4,10 +4,13 @@
 #include "python/kor/Errors.h"
 
 #include <Kor/ByName.h>
+#include <Kor/Callable.h>
 #include <Kor/GenericIf.h>
+#include <Kor/Notifiee.h>
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <new>
 #include <span>
 #include <string>
@@ -37,6 +40,8 @@ struct Descriptor {
   KorAttr const* attr;
 };
 
+class PythonObserver;
+
 // What the module keeps until the process ends.
 struct State {
   PyTypeObject* handleType = nullptr;
@@ -48,6 +53,9 @@ struct State {
   std::unordered_map<PyTypeObject*, KorType const*> enumTypes;
   // The handles of objects, by object, and by object and const: borrowed references.
   std::array<std::unordered_map<Kor::PtrInterface const*, PyObject*>, 2> handles;
+  std::map<std::uint64_t, PythonObserver*> observers;  // by number
+  std::unordered_multimap<Kor::PtrInterface const*, PythonObserver*> observersOf;
+  std::uint64_t observations = 0;
 };
 
 State& state() {
@@ -76,6 +84,106 @@ PyObject* checked(PyObject* object) {
     throw py::error_already_set();
   }
   return object;
+}
+
+// Functions of Python -----------------------------------------------------------------------------
+
+PyObject* callPython(PyObject* function, GenericList const& args) {
+  py::tuple given(args.size());
+  for (std::size_t i = 0; i != args.size(); ++i) {
+    given[i] = py::reinterpret_steal<py::object>(toPython(args[i]));
+  }
+  return PyObject_CallObject(function, given.ptr());
+}
+
+class PythonCallable final : public Kor::Callable {
+ public:
+  explicit PythonCallable(PyObject* function)
+      : function_(py::reinterpret_borrow<py::object>(function)) {}
+
+  GenericValue call(GenericList const& args) override {
+    auto const result = py::reinterpret_steal<py::object>(callPython(function_.ptr(), args));
+    if (!result) {
+      CallbackFailed const failure = CallbackFailed::take();
+      if (failure.mustBeRaised()) {
+        raiseLater(failure);
+      }
+      throw failure;  // NOLINT(cert-err09-cpp,cert-err61-cpp,misc-throw-by-value-catch-by-reference)
+    }
+    return toGeneric(result.ptr());
+  }
+
+ private:
+  py::object function_;
+};
+
+// Observers ---------------------------------------------------------------------------------------
+
+class PythonObserver final : public Kor::AttributeObserver {
+ public:
+  PythonObserver(GenericValue const& object, Kor::AttributeId id, py::object function)
+      : object_(object.object()),
+        const_(object.isConst()),
+        id_(id),
+        function_(std::move(function)),
+        number_(++state().observations) {
+    state().observers.emplace(number_, this);
+    state().observersOf.emplace(object_, this);
+  }
+  ~PythonObserver() override {
+    state().observers.erase(number_);
+    auto const [begin, end] = state().observersOf.equal_range(object_);
+    state().observersOf.erase(
+        std::find_if(begin, end, [this](auto const& each) { return each.second == this; }));
+  }
+
+  [[nodiscard]] std::uint64_t number() const { return number_; }
+  [[nodiscard]] PyObject* function() const { return function_.ptr(); }
+
+  void onAttribute(Kor::AttributeId id, GenericValue const& key) override {
+    if (id != id_) {
+      return;
+    }
+    Kor::Ptr<NotifieeBase> const pinned = Kor::share<NotifieeBase>(this);
+    GenericValue const object = object_->isNondestructing()
+                                    ? GenericValue(Kor::share(object_), const_)
+                                    : GenericValue(nullptr);
+    auto const result = py::reinterpret_steal<py::object>(
+        callPython(function_.ptr(), *GenericList::of(object, key)));
+    if (!result) {
+      throw CallbackFailed::take();
+    }
+  }
+  void onNotificationException(Kor::AttributeId /*id*/) override {
+    try {
+      throw;
+    } catch (CallbackFailed const& failure) {
+      raiseLater(failure);
+    } catch (...) {
+      setError();
+      raiseLater(CallbackFailed::take());
+    }
+  }
+
+ private:
+  Kor::PtrInterface const* object_;  // which exists while it is observed
+  bool const_;
+  Kor::AttributeId id_;
+  py::object function_;
+  std::uint64_t number_;
+};
+
+// Calls `visit` for the observers of an object that lives by its handle alone, so that the
+// collector finds cycles through their functions.
+template <class Visit>
+void forEachOwnObserver(Handle const& handle, Visit const& visit) {
+  if (handle.value.kind() != Kind::object || handle.value.object()->references() != 1) {
+    return;
+  }
+  auto const [begin, end] = state().observersOf.equal_range(handle.value.object());
+  for (auto it = begin; it != end; ++it) {
+    visit(*it->second);
+  }
 }
 
 // Handles -----------------------------------------------------------------------------------------
@@ -110,7 +218,27 @@ PyObject* handleFor(GenericValue const& value) {
   return made;
 }
 
+int traverse(PyObject* self, visitproc visit, void* arg) {
+  Py_VISIT(Py_TYPE(self));
+  int result = 0;
+  forEachOwnObserver(*asHandle(self), [&](PythonObserver const& observer) {
+    result = result == 0 ? visit(observer.function(), arg) : result;
+  });
+  return result;
+}
+
+int clear(PyObject* self) {
+  std::vector<Kor::Ptr<PythonObserver>> observers;
+  forEachOwnObserver(*asHandle(self),
+                     [&](PythonObserver& observer) { observers.push_back(Kor::share(&observer)); });
+  for (Kor::Ptr<PythonObserver> const& each : observers) {
+    each->notifierIs(nullptr);
+  }
+  return 0;
+}
+
 void deallocate(PyObject* self) {
+  PyObject_GC_UnTrack(self);
   Handle* const handle = asHandle(self);
   PyTypeObject* const type = Py_TYPE(self);
   if (handle->weakReferences != nullptr) {
@@ -218,7 +346,7 @@ PyObject* readAttribute(PyObject* self, PyObject* object, PyObject* /*type*/) {
 }
 
 int writeAttribute(PyObject* self, PyObject* object, PyObject* value) {
-  return guarded(
+  return guardedCall(
       [&] {
         KorAttr const& attr = attrOf(self);
         AttributeOperation operation{attr.id(), AttributeOperation::del, {}, {}};
@@ -234,7 +362,7 @@ int writeAttribute(PyObject* self, PyObject* object, PyObject* value) {
 
 // op(handle, code[, index[, value]])
 PyObject* performOperation(PyObject* self, PyObject* const* args, Py_ssize_t count) {
-  return guarded([&]() -> PyObject* {
+  return guardedCall([&]() -> PyObject* {
     if (count < 2) {
       PyErr_SetString(PyExc_TypeError, "op(handle, code[, index[, value]])");
       return nullptr;
@@ -276,7 +404,7 @@ std::size_t placeOf(KorAttr const& attr, PyObject* name) {
 
 PyObject* callFunction(PyObject* self, PyObject* const* args, std::size_t flagged,
                        PyObject* names) {
-  return guarded([&]() -> PyObject* {
+  return guardedCall([&]() -> PyObject* {
     KorAttr const& attr = attrOf(self);
     auto const all = static_cast<std::size_t>(PyVectorcall_NARGS(flagged));
     if (all == 0) {
@@ -319,6 +447,11 @@ PyObject* nameOfDescriptor(PyObject* self, void* /*unused*/) {
 PyObject* docOfDescriptor(PyObject* self, void* /*unused*/) {
   std::string_view const prose = attrOf(self).prose();
   return PyUnicode_DecodeUTF8(prose.data(), static_cast<Py_ssize_t>(prose.size()), nullptr);
+}
+
+PyObject* signatureOfFunction(PyObject* self, void* /*unused*/) {
+  return guarded(
+      [&] { return state().makers.signatureOf(argumentsOf(attrOf(self).args())).release().ptr(); });
 }
 
 void deallocateDescriptor(PyObject* self) {
@@ -411,9 +544,44 @@ GenericValue toGeneric(PyObject* object) {
     }
     return list;
   }
+  if (PyCallable_Check(object) != 0) {
+    return {Kor::Ptr<Kor::PtrInterface const>(Kor::make<PythonCallable>(object)), false};
+  }
   PyErr_Format(PyExc_TypeError, "%s is nothing that the framework has: %R",
                Py_TYPE(object)->tp_name, object);
   throw py::error_already_set();
+}
+
+py::list argumentsOf(std::vector<Kor::ArgumentSpec> const& args) {
+  py::list list;
+  for (Kor::ArgumentSpec const& arg : args) {
+    list.append(py::make_tuple(arg.name.stdString(), arg.typeName.stdString()));
+  }
+  return list;
+}
+
+std::uint64_t observe(Handle const& handle, py::handle descriptor, py::object const& function) {
+  KorAttr const& attr = attrOf(descriptor.ptr());
+  if (handle.value.kind() == Kind::object) {
+    auto const observer = Kor::make<PythonObserver>(handle.value, attr.id(), function);
+    if (observer->notifierIs(handle.value.object())) {
+      return observer->number();
+    }
+  }
+  throw Kor::OpNotSupportedException(attr.name(), AttributeOperation::get);
+}
+
+bool observes(std::uint64_t number) {
+  auto const found = state().observers.find(number);
+  return found != state().observers.end() && found->second->registered();
+}
+
+void unobserve(std::uint64_t number) {
+  auto const found = state().observers.find(number);
+  if (found != state().observers.end()) {
+    Kor::Ptr<PythonObserver> const observer = Kor::share(found->second);
+    observer->notifierIs(nullptr);
+  }
 }
 
 PyObject* makeDescriptor(KorAttr const& attr) {
@@ -428,16 +596,26 @@ void addHandleTypes(py::module_& module) {
   static std::array handleMembers{PyMemberDef{"__weaklistoffset__", T_PYSSIZET,
                                               offsetof(Handle, weakReferences), READONLY, nullptr},
                                   PyMemberDef{nullptr, 0, 0, 0, nullptr}};
-  static std::array handleSlots{
-      PyType_Slot{Py_tp_dealloc, slot(&deallocate)},    PyType_Slot{Py_tp_repr, slot(&represent)},
-      PyType_Slot{Py_tp_richcompare, slot(&compare)},   PyType_Slot{Py_tp_hash, slot(&hashOf)},
-      PyType_Slot{Py_tp_members, handleMembers.data()}, PyType_Slot{0, nullptr}};
+  static std::array handleSlots{PyType_Slot{Py_tp_dealloc, slot(&deallocate)},
+                                PyType_Slot{Py_tp_traverse, slot(&traverse)},
+                                PyType_Slot{Py_tp_clear, slot(&clear)},
+                                PyType_Slot{Py_tp_repr, slot(&represent)},
+                                PyType_Slot{Py_tp_richcompare, slot(&compare)},
+                                PyType_Slot{Py_tp_hash, slot(&hashOf)},
+                                PyType_Slot{Py_tp_members, handleMembers.data()},
+                                PyType_Slot{0, nullptr}};
   static PyType_Spec handleSpec{"_kor.Handle", sizeof(Handle), 0,
-                                Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, handleSlots.data()};
+                                Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE | Py_TPFLAGS_HAVE_GC,
+                                handleSlots.data()};
 
   static std::array descriptorGetters{
       PyGetSetDef{"__name__", &nameOfDescriptor, nullptr, nullptr, nullptr},
       PyGetSetDef{"__doc__", &docOfDescriptor, nullptr, nullptr, nullptr},
+      PyGetSetDef{nullptr, nullptr, nullptr, nullptr, nullptr}};
+  static std::array functionGetters{
+      PyGetSetDef{"__name__", &nameOfDescriptor, nullptr, nullptr, nullptr},
+      PyGetSetDef{"__doc__", &docOfDescriptor, nullptr, nullptr, nullptr},
+      PyGetSetDef{"__signature__", &signatureOfFunction, nullptr, nullptr, nullptr},
       PyGetSetDef{nullptr, nullptr, nullptr, nullptr, nullptr}};
   static std::array attributeMethods{
       PyMethodDef{"op", reinterpret_cast<PyCFunction>(reinterpret_cast<void*>(&performOperation)),
@@ -459,7 +637,7 @@ void addHandleTypes(py::module_& module) {
                                   PyType_Slot{Py_tp_call, slot(&PyVectorcall_Call)},
                                   PyType_Slot{Py_tp_descr_get, slot(&bindFunction)},
                                   PyType_Slot{Py_tp_members, functionMembers.data()},
-                                  PyType_Slot{Py_tp_getset, descriptorGetters.data()},
+                                  PyType_Slot{Py_tp_getset, functionGetters.data()},
                                   PyType_Slot{0, nullptr}};
   static PyType_Spec functionSpec{"_kor.Function", sizeof(Descriptor), 0,
                                   Py_TPFLAGS_DEFAULT | Py_TPFLAGS_METHOD_DESCRIPTOR |

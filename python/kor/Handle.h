@@ -11,14 +11,17 @@
 //   list               a list; a tuple becomes one, too
 //   member of an Enum  an enumeration
 //   Handle             an object, or a value
+//   any other callable a Kor::Callable
 //
 // An object has at most one handle at a time, and at most one const handle, so `is` compares
-// objects.
+// objects. The garbage collector sees the observers of an object that only its handle holds.
 
 #include <Kor/GenericValue.h>
 #include <Kor/KorAttr.h>
 
+#include <cstdint>
 #include <pybind11/pybind11.h>
+#include <vector>
 
 namespace KorPython {
 
@@ -32,10 +35,12 @@ struct Handle {
 //   class_of(name)   the class of a type of the framework, derived from _kor.Handle
 //   enum_of(name)    makes the IntEnum of an enumeration, and calls enumIs()
 //   collection_of(handle, attribute)
+//   signature_of(arguments)   of a function; the arguments are pairs of name and type
 struct ClassMakers {
   pybind11::object classOf;
   pybind11::object enumOf;
   pybind11::object collectionOf;
+  pybind11::object signatureOf;
 };
 void classMakersAre(ClassMakers makers);
 // Once for each enumeration. The class lives until the process ends.
@@ -51,6 +56,18 @@ void addHandleTypes(pybind11::module_& module);
 [[nodiscard]] PyObject* toPython(Kor::GenericValue const& value);
 // Throws pybind11::error_already_set, for an int with more than 64 bits Kor::RangeException.
 [[nodiscard]] Kor::GenericValue toGeneric(PyObject* object);
+
+// Lets `function(object, key)` be called after each change of the attribute; key is None if it is
+// no collection, object is None while it is being destroyed. Returns the number of the observation,
+// which lasts until unobserve() or the end of the object. Throws Kor::OpNotSupportedException if
+// the attribute cannot be observed.
+[[nodiscard]] std::uint64_t observe(Handle const& handle, pybind11::handle descriptor,
+                                    pybind11::object const& function);
+[[nodiscard]] bool observes(std::uint64_t number);
+void unobserve(std::uint64_t number);
+
+// Pairs of name and type.
+[[nodiscard]] pybind11::list argumentsOf(std::vector<Kor::ArgumentSpec> const& args);
 
 // A descriptor of the attribute, for the class of its type. A new reference.
 [[nodiscard]] PyObject* makeDescriptor(Kor::KorAttr const& attr);

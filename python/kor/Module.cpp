@@ -6,6 +6,7 @@
 #include "python/kor/Handle.h"
 
 #include <Kor/ByName.h>
+#include <Kor/Callable.h>
 #include <Kor/GenericIf.h>
 
 #include <dlfcn.h>
@@ -34,6 +35,24 @@ GenericValue const& valueOf(py::handle object) {
   return handle->value;
 }
 
+// What a call into the framework returns; raises what its observers raised.
+template <class Function>
+auto called(Function const& function) {
+  Call const call;
+  auto result = [&] {
+    try {
+      return function();
+    } catch (...) {
+      Call::reportKept();
+      throw;
+    }
+  }();
+  if (Call::raiseKept()) {
+    throw py::error_already_set();
+  }
+  return result;
+}
+
 void load(std::string const& path) {
   if (dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL) == nullptr) {
     PyErr_SetString(PyExc_OSError, dlerror());
@@ -47,14 +66,6 @@ py::list namesOfTypes() {
     names.append(std::string(type->name()));
   }
   return names;
-}
-
-py::list argumentsOf(std::vector<Kor::ArgumentSpec> const& args) {
-  py::list list;
-  for (Kor::ArgumentSpec const& arg : args) {
-    list.append(py::make_tuple(arg.name.stdString(), arg.typeName.stdString()));
-  }
-  return list;
 }
 
 std::string nameOf(KorType const* type) {
@@ -104,7 +115,9 @@ py::dict describeType(std::string const& name) {
 }
 
 py::object construct(std::string const& name, py::tuple const& args) {
-  return toObject(Kor::genericConstruct(Kor::typeNamed(name), toGeneric(args.ptr())).value());
+  return called([&] {
+    return toObject(Kor::genericConstruct(Kor::typeNamed(name), toGeneric(args.ptr())).value());
+  });
 }
 
 // None for an index or a value is none.
@@ -113,7 +126,9 @@ py::object attributeOp(py::handle object, std::uint32_t id, std::uint32_t code, 
   auto const given = [](py::handle each) {
     return each.is_none() ? GenericValue() : toGeneric(each.ptr());
   };
-  return toObject(GenericIf(valueOf(object)).attributeOp({id, code, given(index), given(value)}));
+  return called([&] {
+    return toObject(GenericIf(valueOf(object)).attributeOp({id, code, given(index), given(value)}));
+  });
 }
 
 py::object asConst(py::handle object) {
@@ -138,11 +153,21 @@ std::string textForm(py::handle object) {
   return valueToStrep(toGeneric(object.ptr())).stdString();
 }
 
+// Calls a Kor::Callable.
+py::object call(py::handle callable, py::tuple const& args) {
+  GenericValue const& value = valueOf(callable);
+  Kor::Callable::Ptr function;
+  if (!Kor::Generic<Kor::Callable::Ptr>::take(value, function) || !function) {
+    throw Kor::TypeException(Kor::String("Kor::Callable"), Kor::String("callable"));
+  }
+  return called([&] { return toObject(function->call(toGeneric(args.ptr()).list())); });
+}
+
 // Called by the package with its exceptions and its makers of classes.
 void begin(py::module_ const& errors, py::object const& classOf, py::object const& enumOf,
-           py::object const& collectionOf) {
+           py::object const& collectionOf, py::object const& signatureOf) {
   errorsAre(errors);
-  classMakersAre({classOf, enumOf, collectionOf});
+  classMakersAre({classOf, enumOf, collectionOf, signatureOf});
 }
 
 }  // namespace
@@ -174,6 +199,13 @@ PYBIND11_MODULE(_kor, module) {
              [](py::handle object) { return valueOf(object).kind() == GenericValue::Kind::value; });
   module.def("equal",
              [](py::handle a, py::handle b) { return toGeneric(a.ptr()) == toGeneric(b.ptr()); });
+  module.def("call", &call);
+  module.def("observe", [](py::handle object, py::handle descriptor, py::object const& function) {
+    valueOf(object);
+    return observe(*handleOf(object.ptr()), descriptor, function);
+  });
+  module.def("observes", &observes);
+  module.def("unobserve", &unobserve);
   module.def("parse", &parse);
   module.def("text", &textForm);
 }

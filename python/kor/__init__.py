@@ -14,17 +14,21 @@ Attributes of the framework are attributes, its functions methods, its collectio
 enumerations ``enum.IntEnum``. Errors are those of :mod:`kor.errors`.
 """
 
+import builtins
 import collections.abc
 import enum
 import inspect
 import keyword
+import sys
 
 from . import _kor, errors
 from .errors import (
     AssertionFailed,
     BadIndexAttrException,
+    CallbackException,
     ConstException,
     Exception,
+    LookupException,
     OpNotSupportedException,
     RangeException,
     TypeException,
@@ -32,9 +36,10 @@ from .errors import (
 )
 
 __all__ = [
-    "AssertionFailed", "BadIndexAttrException", "Collection", "ConstException", "Exception", "Object",
-    "OpNotSupportedException", "RangeException", "TypeException", "UnknownArgException", "Value",
-    "attribute_op", "const", "is_const", "load", "new", "ns", "parse", "type", "types",
+    "AssertionFailed", "BadIndexAttrException", "CallbackException", "Collection", "ConstException",
+    "Exception", "LookupException", "Object", "Observation", "OpNotSupportedException",
+    "RangeException", "TypeException", "UnknownArgException", "Value", "attribute_op", "const",
+    "is_const", "load", "new", "ns", "observe", "parse", "type", "types",
 ]
 
 _GET, _COUNT, _FIRST, _NEXT, _SET, _DEL = 0, 1, 2, 3, 128, 129
@@ -80,6 +85,72 @@ def attribute_op(obj, id, op, index=None, value=None):
     index; 128 writes or sets a member; 129 deletes it.
     """
     return _kor.attribute_op(obj, id, op, index, value)
+
+
+class Observation:
+    """An observer of an attribute. Lasts until stop(), or until the end of the object.
+
+    As a context manager it stops at the end of the block.
+    """
+
+    __slots__ = ("_number",)
+
+    def __init__(self, number):
+        self._number = number
+
+    @property
+    def active(self):
+        """True until it is stopped, and as long as the object exists."""
+        return _kor.observes(self._number)
+
+    def stop(self):
+        """Ends the observation. Again, it does nothing."""
+        _kor.unobserve(self._number)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, error_type, error, trace):
+        self.stop()
+
+
+def observe(obj, attribute, callback):
+    """Lets `callback` be called after each change of an attribute; returns an Observation.
+
+    It is called with the new value; for a collection with the key and the new member, which is None
+    if it was removed. A callback that takes fewer arguments gets the first ones. What it raises is
+    raised by the call that made the change, when everything else has been done. Raises
+    AttributeError for an unknown attribute, and OpNotSupportedException for one that nobody can
+    observe.
+    """
+    descriptor = getattr(builtins.type(obj), attribute)
+    if not isinstance(descriptor, _kor.Attribute):
+        error = OpNotSupportedException(f"{attribute} is a function")
+        error.name, error.code = attribute, _GET
+        raise error
+    taken = _arguments_of(callback)
+
+    def changed(subject, key):
+        if key is None:
+            args = (None if subject is None else getattr(subject, attribute),)
+        else:
+            args = (key, None if subject is None else getattr(subject, attribute).get(key))
+        callback(*args[:taken])
+
+    return Observation(_kor.observe(obj, descriptor, changed))
+
+
+def _arguments_of(function):
+    """The number of positional arguments that a function takes; None for any number."""
+    try:
+        parameters = inspect.signature(function).parameters.values()
+    except (TypeError, ValueError):
+        return None
+    kinds = [each.kind for each in parameters]
+    if inspect.Parameter.VAR_POSITIONAL in kinds:
+        return None
+    return sum(kind in (inspect.Parameter.POSITIONAL_ONLY,
+                        inspect.Parameter.POSITIONAL_OR_KEYWORD) for kind in kinds)
 
 
 class Object(_kor.Handle):
@@ -241,8 +312,15 @@ def _class_of(name):
     for attribute in described["attributes"]:
         if attribute["owner"] == name or not hasattr(base, attribute["name"]):
             members[attribute["name"]] = attribute["descriptor"]
+    if name == "Kor::Callable":
+        members["__call__"] = _call
     made = _classes[name] = base.__class__(members["__qualname__"], (base,), members)
     return made
+
+
+def _call(self, *args):
+    """Calls the function."""
+    return _kor.call(self, args)
 
 
 def _enum_of(name):
@@ -289,4 +367,6 @@ class _Namespace:
 
 
 ns = _Namespace("")
-_kor.begin(errors, _class_of, _enum_of, Collection)
+# "import kor.ns" would otherwise find the folder of the stubs.
+sys.modules[__name__ + ".ns"] = ns
+_kor.begin(errors, _class_of, _enum_of, Collection, lambda args: _signature(args, True))

@@ -1,20 +1,25 @@
 # SPDX-License-Identifier: Apache-2.0
 """The framework's exceptions. Each is also the usual Python exception for its case.
 
-``name`` is the attribute, argument or type that was wrong; ``type_name`` the type that was expected;
-``code`` the operation that is not supported. They are None where the exception does not say it.
+``name`` is the attribute, argument or type that was wrong; ``type_name`` the type that was
+expected; ``code`` the operation that is not supported. They are None where the exception does not
+say it.
 """
 
+from __future__ import annotations
 
-class Exception(Exception):  # noqa: A001 (the framework's name)
+import builtins
+
+
+class Exception(builtins.Exception):  # noqa: A001 (the framework's name)
     """Root of the framework's exceptions."""
 
-    name = None
-    type_name = None
-    code = None
+    name: str | None = None
+    type_name: str | None = None
+    code: int | None = None
 
-    def __str__(self):
-        return self.args[0] if self.args else ""
+    def __str__(self) -> str:
+        return str(self.args[0]) if self.args else ""
 
 
 class RangeException(Exception, ValueError):
@@ -29,11 +34,12 @@ class BadIndexAttrException(Exception, KeyError):
     """An index was given for an attribute without an index."""
 
 
-class ConstException(Exception, AttributeError):
+# AttributeError has a name, too, which is always a text.
+class ConstException(Exception, AttributeError):  # type: ignore[misc]
     """A modifying operation on a const instance."""
 
 
-class OpNotSupportedException(Exception, AttributeError):
+class OpNotSupportedException(Exception, AttributeError):  # type: ignore[misc]
     """The attribute does not support the operation."""
 
 
@@ -43,3 +49,31 @@ class UnknownArgException(Exception, TypeError):
 
 class AssertionFailed(Exception, AssertionError):
     """An assertion of the framework or the library failed. The process goes on."""
+
+
+class LookupException(Exception, LookupError):
+    """A record, a rule or an operation that was looked up is not there."""
+
+
+class CallbackException(Exception):
+    """An observer raised an exception, which is its cause. Also an exception of the cause's class.
+
+    What was written is stored, and all other observers were called.
+    """
+
+
+def callback_exception(cause: BaseException) -> BaseException:
+    """The exception that a call raises whose observer raised `cause`.
+
+    The framework's own exceptions, failed assertions and what is no Exception stay as they are.
+    """
+    kind = type(cause)
+    if isinstance(cause, (Exception, AssertionError)) or not isinstance(
+            cause, builtins.Exception):
+        return cause
+    try:
+        raised: BaseException = type(kind.__name__, (CallbackException, kind), {})(*cause.args)
+    except TypeError:  # the class cannot be combined, or needs other arguments
+        raised = CallbackException(str(cause))
+    raised.__cause__ = cause
+    return raised

@@ -1,0 +1,27 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Tests of policy-maps: labs, records, journals, planned faults, sweeps.
+
+    from policymaptest import Lab
+
+    def test_web_traffic_gets_its_action():
+        with Lab() as lab:
+            lab.load(POLICY)
+            assert lab.record("edge").rule("web 10").actions["action1"] == 7
+"""
+
+import kor
+
+# The types that the other modules use.
+kor.load("libPolicyMapTest.so")
+kor.load("libPolicyMapTestKit.so")
+
+from .journal import Journal, JournalEntry  # noqa: E402
+from .lab import Explanations, FaultScope, HeldResult, Lab, MetFault, PlannedFault  # noqa: E402
+from .records import Difference, Record, Rule, Snapshot, difference  # noqa: E402
+from .runs import Run, SweepReport, SweepResult, Walk, explain, replay, sweep, walk  # noqa: E402
+
+__all__ = [
+    "Difference", "Explanations", "FaultScope", "HeldResult", "Journal", "JournalEntry", "Lab",
+    "MetFault", "PlannedFault", "Record", "Rule", "Run", "Snapshot", "SweepReport", "SweepResult",
+    "Walk", "difference", "explain", "replay", "sweep", "walk",
+]

@@ -1,0 +1,409 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The pytest plugin: labs as fixtures, differences, snapshots, modes, sweeps.
+
+Fixtures `lab`, `helper` and `journal`, of one lab that is new for each test; `make_lab(**options)`
+for more; `approved`, the approved snapshot of the test. A test fails for each finding that it has
+not taken with `lab.take_findings()`. After a failure the report has the journal, the trace and the
+explanation of each lab, and names a replay file.
+
+    @pytest.mark.policymap(modes="all", update_action=True)
+    def test_recovers(lab): ...
+
+    @pytest.mark.policymap_sweep(shards=4)
+    def test_every_fault(lab):  # is done again and again, each time with another call failing
+        lab.load(POLICY)
+"""
+
+from __future__ import annotations
+
+import inspect
+import json
+import pathlib
+import re
+from collections.abc import Generator, Iterator
+from typing import Any
+
+import kor
+import pytest
+
+from . import lab as labs
+from .journal import Journal, JournalEntry
+from .lab import Lab
+from .records import Record, Snapshot, difference
+from .runs import SweepReport, sweep
+
+_MODE = "policymap_mode"
+_SHARD = "policymap_shard"
+_TRACE_LINES = 500
+_JOURNAL_LINES = 200
+
+
+def pytest_addoption(parser: pytest.Parser) -> None:
+    group = parser.getgroup("policymap", "policy-maps")
+    group.addoption("--policymap-approve", action="store_true",
+                    help="write the snapshots that tests compare with, and remove unused ones")
+    group.addoption("--policymap-trace", metavar="SOURCE/LEVEL", default="PolicyMap/3",
+                    help="the trace that a failure shows; empty: none (default: %(default)s)")
+    group.addoption("--policymap-runs", metavar="FOLDER", default=".policymap-runs",
+                    help="where replay files of failed tests are left (default: %(default)s)")
+
+
+def pytest_configure(config: pytest.Config) -> None:
+    config.addinivalue_line("markers", "policymap(modes=None, **options): options of the labs of the "
+                            'test; modes="all", or a list, runs it once in each mode')
+    config.addinivalue_line("markers", "policymap_sweep(scenario=the test, shards=1, **arguments): "
+                            "a sweep as one item for each shard; with a scenario the test gets the "
+                            "fixture shard_report")
+    config.stash[_approvals] = Approvals(bool(config.getoption("--policymap-approve")))
+
+
+def pytest_generate_tests(metafunc: pytest.Metafunc) -> None:
+    marker = next((each for each in metafunc.definition.iter_markers("policymap")
+                   if "modes" in each.kwargs), None)
+    modes = None if marker is None else marker.kwargs["modes"]
+    if modes is not None:
+        names = labs.MODES if modes == "all" else tuple(modes)
+        unknown = [each for each in names if each not in labs.MODES]
+        if unknown:
+            raise pytest.UsageError(f"{metafunc.definition.nodeid}: unknown mode {unknown[0]!r}; "
+                                    f"there are: all, {', '.join(labs.MODES)}")
+        metafunc.fixturenames.append(_MODE)
+        metafunc.parametrize(_MODE, names)
+    marker = metafunc.definition.get_closest_marker("policymap_sweep")
+    if marker is not None:
+        shards = marker.kwargs.get("shards", 1)
+        metafunc.fixturenames.append(_SHARD)
+        metafunc.parametrize(_SHARD, range(1, shards + 1),
+                             ids=[f"shard{each}of{shards}" for each in range(1, shards + 1)])
+
+
+def _parameter(item: pytest.Item, name: str) -> Any:
+    """What pytest_generate_tests() gave the item; None if nothing."""
+    callspec = getattr(item, "callspec", None)
+    return None if callspec is None else callspec.params.get(name)
+
+
+def _options_of(item: pytest.Item) -> dict[str, Any]:
+    """Of all marks, the closest last."""
+    options: dict[str, Any] = {}
+    for marker in reversed(list(item.iter_markers("policymap"))):
+        if marker.args:
+            raise pytest.UsageError(f"{item.nodeid}: the mark policymap takes named arguments")
+        options |= marker.kwargs
+    options.pop("modes", None)
+    return options
+
+
+# Labs --------------------------------------------------------------------------------------------
+
+
+class Labs:
+    """The labs of one test."""
+
+    def __init__(self, options: dict[str, Any]) -> None:
+        self._options = options
+        self.made: list[Lab] = []
+
+    def __call__(self, **options: Any) -> Lab:
+        made = RecordedLab(**(self._options | options))
+        self.made.append(made)
+        return made
+
+    def close(self) -> list[str]:
+        """Ends them; returns their findings."""
+        return [finding for lab in self.made for finding in lab.close()]
+
+
+class RecordedLab(Lab):
+    """A lab that keeps what the test does, for a replay file."""
+
+    def __init__(self, **options: Any) -> None:
+        super().__init__(**options)
+        self._steps: list[dict[str, Any]] = []
+
+    def load(self, policy_text: str) -> None:
+        super().load(policy_text)
+        self._steps.append({"step": "load", "name": "policy text", "text": policy_text})
+
+    def inject(self, fault: str, text: str) -> None:
+        super().inject(fault, text)
+        self._steps.append({"step": "inject", "text": f"{fault}={text}"})
+
+    def plan(self, plan: str) -> labs.FaultScope:
+        scope = super().plan(plan)
+        self._steps.append({"step": "faults", "text": plan})
+        return scope
+
+    def clear_faults(self) -> None:
+        super().clear_faults()
+        self._steps.append({"step": "clear"})
+
+    def advance(self, time: labs.Seconds) -> None:
+        super().advance(time)
+        self._steps.append({"step": "advance", "seconds": labs.seconds_of(time)})
+
+    def trigger(self) -> None:
+        super().trigger()
+        self._steps.append({"step": "trigger"})
+
+    def release_all(self) -> None:
+        super().release_all()
+        self._steps.append({"step": "release"})
+
+    def detach_all(self) -> None:
+        super().detach_all()
+        self._steps.append({"step": "detach"})
+
+    def attach_all(self) -> None:
+        super().attach_all()
+        self._steps.append({"step": "attach"})
+
+    def run_text(self) -> str:
+        """A run file with these steps."""
+        lines = [{"run": 1}, {"options": json.loads(self._options), "reading": "strict"},
+                 *self._steps]
+        return "".join(json.dumps(each) + "\n" for each in lines)
+
+
+_labs = pytest.StashKey[Labs]()
+_reported = pytest.StashKey[bool]()
+
+
+@pytest.fixture
+def make_lab(request: pytest.FixtureRequest) -> Generator[Labs, None, None]:
+    """Makes labs with the options of the test's marks and its own; ends them after the test."""
+    options = _options_of(request.node)
+    mode = _parameter(request.node, _MODE)
+    if mode is not None:
+        options["mode"] = mode
+    trace = request.config.getoption("--policymap-trace")
+    kit = kor.ns.PolicyMapTestKit.Kit()
+    kit.takeTrace()
+    kit.keepTrace(trace, _TRACE_LINES)
+    made = Labs(options)
+    request.node.stash[_labs] = made
+    yield made
+    kit.keepTrace("", 0)
+    findings = made.close()
+    if findings and not request.node.stash.get(_reported, False):
+        pytest.fail("findings of the lab:\n" + "\n".join(findings), pytrace=False)
+
+
+@pytest.fixture
+def lab(make_lab: Labs) -> Lab:
+    """A new lab."""
+    return make_lab()
+
+
+@pytest.fixture
+def helper(lab: Lab) -> Any:
+    """The helper of the lab."""
+    return lab.helper
+
+
+class LiveJournal(Journal):
+    """The journal of a lab, always as it is now."""
+
+    __slots__ = ("_lab",)
+
+    def __init__(self, lab: Lab) -> None:
+        self._lab = lab
+
+    @property
+    def _entries(self) -> tuple[JournalEntry, ...]:  # type: ignore[override]
+        return tuple(self._lab.journal)
+
+
+@pytest.fixture
+def journal(lab: Lab) -> Journal:
+    """The journal of the lab, always as it is now."""
+    return LiveJournal(lab)
+
+
+# Reports -----------------------------------------------------------------------------------------
+
+
+@pytest.hookimpl(hookwrapper=True)  # type: ignore[misc]
+def pytest_runtest_makereport(item: pytest.Item, call: pytest.CallInfo[None]) -> Iterator[None]:
+    outcome: Any = yield
+    report: pytest.TestReport = outcome.get_result()
+    made = item.stash.get(_labs, None)
+    if report.when != "call" or not report.failed or made is None:
+        return
+    item.stash[_reported] = True
+    for number, each in enumerate(made.made, 1):
+        title = "lab" if len(made.made) == 1 else f"lab {number}"
+        report.sections += _sections(title, each)
+        if isinstance(each, RecordedLab):
+            path = _replay_path(item, number)
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_text(each.run_text())
+            report.sections.append((f"{title}: replay", f"policymap-lab replay {path}"))
+    trace = kor.ns.PolicyMapTestKit.Kit().takeTrace()
+    if trace:
+        report.sections.append(("trace", "\n".join(trace)))
+
+
+def _sections(title: str, each: Lab) -> list[tuple[str, str]]:
+    try:
+        journal = each.journal
+        shown = str(Journal(journal[-_JOURNAL_LINES:]))
+        left_out = len(journal) - _JOURNAL_LINES
+        if left_out > 0:
+            shown = f"({left_out} earlier entries left out)\n{shown}"
+        return [(f"{title}: journal", shown), (f"{title}: explanation", str(each.explain()))]
+    except kor.Exception as error:  # the test has ended it
+        return [(f"{title}: journal", str(error))]
+
+
+def _replay_path(item: pytest.Item, number: int) -> pathlib.Path:
+    name = re.sub(r"[^\w.-]+", "_", item.nodeid).strip("_")
+    return pathlib.Path(item.config.getoption("--policymap-runs")) / f"{name}-{number}.run"
+
+
+def pytest_assertrepr_compare(config: pytest.Config, op: str, left: object,
+                              right: object) -> list[str] | None:
+    if op != "==":
+        return None
+    if isinstance(left, ApprovedSnapshot) or isinstance(right, ApprovedSnapshot):
+        actual, expected = (left, right) if isinstance(right, ApprovedSnapshot) else (right, left)
+        if isinstance(actual, Snapshot) and isinstance(expected, ApprovedSnapshot):
+            return expected.explain(actual)
+    for kind in (Snapshot, Record):
+        if isinstance(left, kind) and isinstance(right, kind):
+            changes = difference(left, right)  # type: ignore[arg-type]
+            return [f"{kind.__name__} == {kind.__name__}, left -> right:", *changes]
+    return None
+
+
+# Approved snapshots ------------------------------------------------------------------------------
+
+
+class ApprovedSnapshot:
+    """What `lab.records()` is compared with: a file that somebody has approved."""
+
+    def __init__(self, path: pathlib.Path, approve: bool) -> None:
+        self.path = path
+        self._approve = approve
+        self.used = False
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Snapshot):
+            return NotImplemented
+        self.used = True
+        if self._approve:
+            self.path.parent.mkdir(parents=True, exist_ok=True)
+            self.path.write_text(other.to_json())
+            return True
+        return self.path.exists() and self._read() == other
+
+    __hash__ = None  # type: ignore[assignment]
+
+    def _read(self) -> Snapshot:
+        return Snapshot.from_json(self.path.read_text())
+
+    def explain(self, actual: Snapshot) -> list[str]:
+        if not self.path.exists():
+            return [f"there is no approved snapshot {self.path}",
+                    "look at the records, then approve them with --policymap-approve", str(actual)]
+        return [f"other records than in {self.path}, approved -> now:",
+                *difference(self._read(), actual)]
+
+    def __repr__(self) -> str:
+        return f"<approved snapshot {self.path.name}>"
+
+
+class Approvals:
+    """All snapshots of a session, to name those that no test uses."""
+
+    def __init__(self, approve: bool) -> None:
+        self.approve = approve
+        self.snapshots: dict[pathlib.Path, ApprovedSnapshot] = {}
+        self.files: set[pathlib.Path] = set()  # of tests that were run
+        self.partial = False
+
+    def of(self, request: pytest.FixtureRequest) -> ApprovedSnapshot:
+        name = re.sub(r"[^\w.-]+", "_", request.node.name).strip("_")
+        path = request.path.parent / "__approved__" / f"{request.path.stem}.{name}.json"
+        return self.snapshots.setdefault(path, ApprovedSnapshot(path, self.approve))
+
+    def unused(self) -> list[pathlib.Path]:
+        if self.partial:
+            return []
+        return sorted(path for file in self.files
+                      for path in (file.parent / "__approved__").glob(f"{file.stem}.*.json")
+                      if path not in self.snapshots or not self.snapshots[path].used)
+
+
+_approvals = pytest.StashKey[Approvals]()
+
+
+@pytest.fixture
+def approved(request: pytest.FixtureRequest) -> ApprovedSnapshot:
+    """The approved snapshot of the test: assert lab.records() == approved."""
+    return request.config.stash[_approvals].of(request)
+
+
+def pytest_collection_finish(session: pytest.Session) -> None:
+    session.config.stash[_approvals].files = {item.path for item in session.items}
+
+
+def pytest_deselected(items: list[pytest.Item]) -> None:
+    for item in items[:1]:  # their snapshots are not unused
+        item.config.stash[_approvals].partial = True
+
+
+def pytest_sessionfinish(session: pytest.Session) -> None:
+    # What only a part of the tests uses is not unused.
+    chosen = any("::" in each for each in session.config.args)
+    if chosen or hasattr(session.config, "workerinput"):
+        session.config.stash[_approvals].partial = True
+
+
+def pytest_terminal_summary(terminalreporter: Any, config: pytest.Config) -> None:
+    approvals = config.stash[_approvals]
+    unused = approvals.unused()
+    if unused and approvals.approve:
+        for path in unused:
+            path.unlink()
+        terminalreporter.write_line(f"removed {len(unused)} unused approved snapshots")
+    elif unused:
+        terminalreporter.section("unused approved snapshots")
+        for path in unused:
+            terminalreporter.write_line(str(path))
+
+
+# Sweeps ------------------------------------------------------------------------------------------
+
+
+def _sweep_of(item: pytest.Item, marker: pytest.Mark, scenario: Any) -> SweepReport:
+    arguments = dict(marker.kwargs)
+    shards = arguments.pop("shards", 1)
+    return sweep(scenario, shard=_parameter(item, _SHARD), shards=shards, progress=False,
+                 **(_options_of(item) | arguments))
+
+
+@pytest.hookimpl(tryfirst=True)  # type: ignore[misc]
+def pytest_pyfunc_call(pyfuncitem: pytest.Function) -> bool | None:
+    """Without a scenario in the mark, the test itself is the scenario, with its fixture `lab`."""
+    marker = pyfuncitem.get_closest_marker("policymap_sweep")
+    if marker is None or marker.args:
+        return None
+    names = inspect.signature(pyfuncitem.obj).parameters
+    if "lab" not in names:
+        raise pytest.UsageError(
+            f"{pyfuncitem.nodeid}: the mark policymap_sweep needs a scenario, or a test with `lab`")
+    args = {name: pyfuncitem.funcargs[name] for name in names}
+    report = _sweep_of(pyfuncitem, marker, lambda each: pyfuncitem.obj(**(args | {"lab": each})))
+    if report.failed:
+        pytest.fail(str(report), pytrace=False)
+    return True
+
+
+@pytest.fixture
+def shard_report(request: pytest.FixtureRequest) -> SweepReport:
+    """The report of the test's shard of the scenario in the mark policymap_sweep."""
+    marker = request.node.get_closest_marker("policymap_sweep")
+    if marker is None or len(marker.args) != 1:
+        raise pytest.UsageError("shard_report needs the mark policymap_sweep(scenario, ...)")
+    return _sweep_of(request.node, marker, marker.args[0])

@@ -1,0 +1,216 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The pytest plugin, in sessions of its own."""
+
+import json
+import pathlib
+
+import policymaptest as pmt
+import pytest
+
+pytest_plugins = "pytester"
+
+POLICY = """
+POLICY = '''ip access-list web
+  10 permit tcp any any eq 80
+class-map match-any web
+  match access-group web
+policy-map edge
+  class web
+    set action1 7
+interface Ethernet1
+  service-policy input edge'''
+"""
+
+
+@pytest.fixture
+def run(pytester, monkeypatch):
+    """Runs a test file in a process of its own."""
+    monkeypatch.delenv("PYTEST_ADDOPTS", raising=False)
+
+    def session(source, *args):
+        pytester.makeconftest("pytest_plugins = ['policymaptest.plugin']")
+        pytester.makepyfile(test_it="import pytest\n" + POLICY + source)
+        return pytester.runpytest_subprocess("-p", "no:cacheprovider", *args)
+
+    return session
+
+
+def test_the_fixtures_are_parts_of_one_new_lab(run):
+    result = run("""
+@pytest.mark.parametrize("time", [1, 2])
+def test_parts(lab, helper, journal, make_lab, time):
+    assert lab.now == 0 and not lab.records() and len(journal.calls()) <= 1
+    lab.load(POLICY)
+    lab.advance(time)
+    assert helper is lab.helper and len(journal.calls("addRule")) == 1
+    other = make_lab(update_action=True)
+    assert other.helper.updateActionSupported and not helper.updateActionSupported
+""")
+    result.assert_outcomes(passed=2)
+
+
+def test_a_failed_comparison_shows_what_differs(run):
+    result = run("""
+def test_differs(lab):
+    lab.load(POLICY)
+    before = lab.records()
+    lab.load(POLICY.replace("action1 7", "action1 8"))
+    assert before == lab.records()
+""")
+    result.assert_outcomes(failed=1)
+    result.stdout.fnmatch_lines(["*Snapshot == Snapshot, left -> right:",
+                                 "E*edge/input ipv4: rule web 10: action1 7 -> 8"])
+    assert "Record(" not in result.stdout.str()
+
+
+def test_a_failure_has_journal_explanation_trace_and_a_replay_file(run, pytester):
+    result = run("""
+def test_fails(lab):
+    lab.inject("commitError", "table full")
+    lab.load(POLICY)
+    lab.plan("addRule nth=9")
+    assert False
+""")
+    result.assert_outcomes(failed=1)
+    result.stdout.fnmatch_lines([
+        "*- lab: journal -*", "*commitPolicy edge/input ipv4 -> table full",
+        "*- lab: explanation -*", "edge/input ipv4: failed: commitPolicy: table full*",
+        "*- lab: replay -*", "policymap-lab replay *", "*- trace -*", "PolicyMap/3 edge/input: *"])
+    (file,) = pytester.path.glob(".policymap-runs/*.run")
+    replayed = pmt.replay(file)
+    assert [each["step"] for each in replayed.steps] == ["inject", "load", "faults"]
+    assert "table full" in {each.error for each in replayed.journal}
+
+
+def test_a_passed_test_leaves_nothing(run, pytester):
+    run("def test_passes(lab):\n    lab.load(POLICY)\n").assert_outcomes(passed=1)
+    assert not list(pytester.path.glob(".policymap-runs/*"))
+
+
+def test_findings_fail_a_test_that_does_not_take_them(run):
+    result = run("""
+def test_unmet(lab):
+    lab.plan("addRule nth=9")
+    lab.load(POLICY)
+
+def test_taken(lab):
+    with lab.plan("addRule nth=9"):
+        lab.load(POLICY)
+    assert "addRule nth=9" in lab.take_findings()[0]
+
+def test_optional(lab):
+    lab.plan("addRule nth=9 optional")
+    lab.load(POLICY)
+""")
+    result.assert_outcomes(passed=3, errors=1)
+    result.stdout.fnmatch_lines(["findings of the lab:", "unmet fault: addRule nth=9:*"])
+
+
+def test_modes(run):
+    result = run("""
+@pytest.mark.policymap(modes="all", update_action=True)
+def test_all(lab):
+    assert lab.helper.updateActionSupported
+
+@pytest.mark.policymap(modes=["asynchronous"])
+class TestClass:
+    @pytest.mark.policymap(update_action=True)
+    def test_one(self, lab):
+        assert lab.helper.asyncOperations and lab.helper.updateActionSupported
+""", "-v")
+    result.assert_outcomes(passed=4)
+    result.stdout.fnmatch_lines(["*test_all?synchronous*", "*test_all?asynchronous*",
+                                 "*test_all?pseudo-asynchronous*", "*test_one?asynchronous*"])
+
+
+@pytest.mark.parametrize("source, text", [
+    ("@pytest.mark.policymap(modes=['later'])\ndef test_x(lab): pass", "unknown mode 'later'"),
+    ("@pytest.mark.policymap(True)\ndef test_x(lab): pass", "takes named arguments"),
+    ("@pytest.mark.policymap(nothing=True)\ndef test_x(lab): pass", "no such option: nothing"),
+    ("@pytest.mark.policymap_sweep()\ndef test_x(): pass", "needs a scenario"),
+    ("def test_x(shard_report): pass", "needs the mark"),
+])
+def test_wrong_marks_are_named(run, source, text):
+    result = run(source)
+    assert result.ret != 0 and text in result.stdout.str() + result.stderr.str()
+
+
+def test_a_sweep_is_one_item_per_shard(run):
+    result = run("""
+@pytest.mark.policymap_sweep(shards=3, modes=["synchronous"])
+def test_recovers(lab):
+    lab.load(POLICY)
+
+@pytest.mark.policymap_sweep(modes=["synchronous"])
+def test_does_not(lab):
+    lab.load(POLICY)
+    if lab.failure("edge").error:
+        lab.load("no policy-map edge")
+
+@pytest.mark.policymap_sweep(POLICY, shards=2)
+def test_report(shard_report):
+    assert shard_report.results and not shard_report.failed
+""", "-v")
+    result.assert_outcomes(passed=5, failed=1)
+    result.stdout.fnmatch_lines(["*test_recovers?shard1of3* PASSED*", "*test_does_not*FAILED*",
+                                 "*cases with findings*", "synchronous *: *"])
+
+
+APPROVED = """
+def test_approved(lab, approved):
+    lab.load(POLICY)
+    assert lab.records() == approved
+"""
+
+
+def test_a_snapshot_fails_until_it_is_approved(run, pytester):
+    result = run(APPROVED)
+    result.assert_outcomes(failed=1)
+    result.stdout.fnmatch_lines(["*there is no approved snapshot *", "*--policymap-approve*"])
+    run(APPROVED, "--policymap-approve").assert_outcomes(passed=1)
+    (file,) = pytester.path.glob("__approved__/*.json")
+    assert json.loads(file.read_text())[0]["rules"][0]["action1"] == 7
+    run(APPROVED).assert_outcomes(passed=1)
+    result = run(APPROVED.replace("POLICY)", "POLICY.replace('eq 80', 'eq 81'))"))
+    result.assert_outcomes(failed=1)
+    result.stdout.fnmatch_lines(["*eq 80 -> *eq 81*"])
+
+
+def test_unused_snapshots_are_named_and_removed(run, pytester):
+    run(APPROVED, "--policymap-approve")
+    stale = pytester.path / "__approved__" / "test_it.test_gone.json"
+    stale.write_text("[]")
+    result = run(APPROVED)
+    result.stdout.fnmatch_lines(["*unused approved snapshots*", "*test_it.test_gone.json"])
+    result = run(APPROVED + "\ndef test_other(lab): pass\n", "-k", "other")
+    assert "unused approved" not in result.stdout.str()
+    run(APPROVED, "--policymap-approve")
+    assert not stale.exists() and len(list(stale.parent.iterdir())) == 1
+
+
+def test_nothing_leaks_from_test_to_test(run):
+    result = run("""
+import kor, gc
+
+def test_breaks(lab):
+    kor.observe(lab.helper, "commitError", lambda: 1 / 0)
+    lab.before_helper(type("H", (), {"createPolicy": lambda self: "no"})())
+    lab.plan("addRule nth=1 optional")
+
+def test_is_not_broken(lab):
+    lab.inject("commitError", "x")
+    lab.clear_faults()
+    lab.load(POLICY)
+    assert lab.record("edge").created and not lab.journal.failed()
+""")
+    result.assert_outcomes(passed=2)
+
+
+def test_in_two_processes(run):
+    pytest.importorskip("xdist")
+    result = run(APPROVED + """
+@pytest.mark.policymap_sweep(shards=4)
+def test_recovers(lab):
+    lab.load(POLICY)
+""", "-n", "2", "--policymap-approve")
+    result.assert_outcomes(passed=5)

@@ -1,0 +1,560 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Labs, records, journals, faults and runs from Python."""
+
+import copy
+import datetime
+import gc
+import json
+import pathlib
+import pickle
+import subprocess
+import sys
+import weakref
+
+import kor
+import policymaptest as pmt
+import pytest
+
+POLICY = """ip access-list web
+  10 permit tcp any any eq 80
+  20 permit tcp any any eq 443
+class-map match-any web
+  match access-group web
+policy-map edge
+  class web
+    set action1 7
+interface Ethernet1
+  service-policy input edge"""
+EDIT = "policy-map edge\n class web\n  set action1 8"
+
+
+@pytest.fixture
+def lab():
+    with pmt.Lab() as made:
+        yield made
+
+
+# Labs and records --------------------------------------------------------------------------------
+
+
+def test_policy_text_becomes_records(lab):
+    lab.load(POLICY)
+    record = lab.record("edge")
+    assert (record.created, record.dirty, record.commit_count) == (True, False, 1)
+    assert record.interfaces == ("Ethernet1",) and record.rule_count == 2
+    rule = record.rule("web 10")
+    assert rule.match == "permit tcp any any eq 80"
+    assert rule.actions == {"action1": 7, "action2": 0, "action3": 0}
+    assert rule.sub_rules == ("dst 80",)
+    assert record.rule("web web 20").name == "web 20"
+    assert record == lab.records()[0] == lab.records().record("edge", "input", "ipv4")
+
+
+def test_what_is_not_there_is_a_lookup_error_that_names_what_is(lab):
+    lab.load(POLICY)
+    with pytest.raises(LookupError, match="no rule 'web 30'; there are: web web 10, web web 20"):
+        lab.record("edge").rule("web 30")
+    with pytest.raises(LookupError, match="no record of core/input; there are: edge/input ipv4"):
+        lab.record("core")
+    with pytest.raises(LookupError):
+        lab.failure("core")
+    with pytest.raises(LookupError):
+        lab.explain("core")
+
+
+def test_bad_input_is_a_value_error_and_changes_nothing(lab):
+    lab.load(POLICY)
+    before = lab.records()
+    with pytest.raises(ValueError, match="policy text:1:1: expected a command"):
+        lab.load("nonsense")
+    with pytest.raises(ValueError, match="plan:1:"):
+        lab.plan("addRul nth=3")
+    with pytest.raises(ValueError, match="commitError"):
+        lab.inject("comitError", "full")
+    with pytest.raises(ValueError):
+        lab.advance(-1)
+    with pytest.raises(TypeError, match="no such option: update_actions; there are: .*update_action"):
+        pmt.Lab(update_actions=True)
+    with pytest.raises(ValueError, match="expected one of synchronous"):
+        pmt.Lab(mode="later")
+    assert lab.records() == before
+
+
+def test_records_are_plain_data(lab):
+    lab.load(POLICY)
+    records = lab.records()
+    data = records.to_dict()
+    assert data == json.loads(json.dumps(data))
+    assert data[0]["rules"][0]["action1"] == 7
+    assert pmt.Record.from_dict(data[0]) == records[0]
+    assert pmt.Snapshot.from_json(records.to_json()) == records
+    assert copy.deepcopy(records) == records == pickle.loads(pickle.dumps(records))
+    assert hash(records) == hash(pmt.Snapshot(records))
+    assert len(records.rows()) == 2 and records.rows()[1]["seq"] == 20
+
+
+def test_records_are_shown_as_tables(lab):
+    lab.load(POLICY)
+    records = lab.records()
+    page = records._repr_html_()
+    assert page.count("<tr>") == 3 and "permit tcp any any eq 443" in page
+    assert "&lt;" in pmt.Journal([pmt.JournalEntry(1, 0, "call", "<b>")])._repr_html_()
+    assert pmt.Snapshot()._repr_html_() == "<p>nothing</p>"
+    assert "web web 10: permit tcp any any eq 80, action1 7" in str(records)
+
+
+def test_a_frame_has_a_row_per_rule(lab):
+    pandas = pytest.importorskip("pandas")
+    lab.load(POLICY)
+    frame = lab.records().to_frame()
+    assert isinstance(frame, pandas.DataFrame)
+    assert list(frame["seq"]) == [10, 20] and list(frame["action1"]) == [7, 7]
+    assert "addRule" in set(lab.journal.to_frame()["operation"])
+
+
+def test_a_terminal_shows_a_rich_table(lab):
+    console = pytest.importorskip("rich.console")
+    lab.load(POLICY)
+    shown = console.Console(width=200, record=True, file=open("/dev/null", "w"))
+    with shown.file:
+        shown.print(lab.records())
+    assert "permit tcp any any eq 80" in shown.export_text()
+
+
+def test_a_difference_names_policy_rule_and_field(lab):
+    lab.load(POLICY)
+    before = lab.records()
+    assert pmt.difference(before, lab.records()) == ()
+    assert str(pmt.difference(before, before)) == "no difference"
+    lab.load(EDIT + "\nip access-list web\n no 20\n 30 permit udp any any eq 53\n"
+             "interface Ethernet2\n service-policy input edge")
+    assert pmt.difference(before, lab.records()) == (
+        "edge/input ipv4: createCount 1 -> 2",
+        "edge/input ipv4: commitCount 1 -> 2",
+        "edge/input ipv4: interface Ethernet2 added",
+        "edge/input ipv4: rule web 20 removed: permit tcp any any eq 443",
+        "edge/input ipv4: rule web 10: action1 7 -> 8",
+        "edge/input ipv4: rule web 30 added: permit udp any any eq 53",
+    )
+    rules = before[0].rules
+    swapped = pmt.Snapshot([pmt.Record.from_dict(
+        before[0].to_dict() | {"rules": [each.to_dict() for each in reversed(rules)]})])
+    assert pmt.difference(before, swapped) == ("edge/input ipv4: rules reordered",)
+    assert pmt.difference(pmt.Snapshot(), before) == ("edge/input ipv4: new record, 2 rules",)
+    assert pmt.difference(before, pmt.Snapshot()) == ("edge/input ipv4: no record any more",)
+
+
+def test_files_are_loaded(lab, tmp_path):
+    path = tmp_path / "edge.cfg"
+    path.write_text(POLICY + "\nunknown line\n")
+    with pytest.raises(ValueError, match="edge.cfg:11:1"):
+        lab.load_file(path)
+    lab.load_file(str(path), tolerant=True)
+    assert lab.record("edge").created
+    with pytest.raises(ValueError, match="none.cfg"):
+        lab.load_file(tmp_path / "none.cfg")
+
+
+RULES = "@10.0.0.0/8\t0.0.0.0/0\t0 : 65535\t80 : 80\t0x06/0xFF\t0x0000/0x0000\n" * 4
+
+
+def test_a_filter_set_is_loaded_from_a_path_or_a_text(lab, tmp_path):
+    lab.load_rules(RULES, classes=2, interfaces=3)
+    record = lab.record("rules")
+    assert record.rule_count == 4 and len(record.interfaces) == 3
+    assert {each.class_name for each in record.rules} == {"rules-1", "rules-2"}
+    path = tmp_path / "rules"
+    path.write_text(RULES)
+    lab.load_rules(path)
+    assert {each.class_name for each in lab.record("rules").rules} == {"rules-1"}
+    with pytest.raises(ValueError):
+        lab.load_rules(RULES, classes=0)
+
+
+def test_labs_do_not_influence_each_other(lab):
+    with pmt.Lab() as other:
+        lab.load(POLICY)
+        lab.advance(5)
+        assert not other.records() and (lab.now, other.now) == (5.0, 0.0)
+
+
+def test_a_lab_ends_once(lab):
+    lab.load(POLICY)
+    lab.plan("addRule nth=9")
+    assert len(lab.close()) == 1 and lab.close() == ()
+    with pytest.raises(ValueError, match="the lab has ended"):
+        lab.settle()
+    assert repr(lab) == "<Lab: ended>"
+
+
+def test_everything_is_detached_and_attached_again(lab):
+    lab.load(POLICY)
+    lab.detach_all()
+    assert not lab.record("edge").created and not lab.explain()
+    lab.attach_all()
+    assert lab.record("edge").created
+
+
+# Faults, time and results ------------------------------------------------------------------------
+
+
+def test_a_fault_fails_until_it_is_cleared(lab):
+    lab.inject("commitError", "table full")
+    lab.load(POLICY)
+    assert lab.failure("edge").error == "table full"
+    assert "table full" in str(lab.explain("edge"))
+    lab.clear_faults()
+    lab.advance(datetime.timedelta(seconds=1))
+    assert lab.failure("edge").error == "" and lab.explain("edge") == [
+        "edge/input ipv4: programmed at Ethernet1"]
+
+
+def test_a_plan_tells_what_it_has_met(lab):
+    with lab.plan("addRule nth=2 once text=full") as faults:
+        lab.load(POLICY)
+        assert [each.call for each in faults.met] == ["addRule(edge/input ipv4 web web:20)"]
+        assert lab.faults() == faults.faults and lab.faults()[0].selected == 2
+    assert lab.faults() == ()
+    assert faults.met[0].text == "full"
+    assert lab.findings() == ()
+
+
+def test_a_plan_lasts_although_nobody_keeps_its_scope(lab):
+    lab.plan("commitPolicy text=full")
+    gc.collect()
+    lab.load(POLICY)
+    assert lab.failure("edge").error == "full"
+
+
+def test_a_fault_that_is_not_met_is_a_finding(lab):
+    with lab.plan("addRule nth=3"):
+        lab.load(POLICY)
+    (finding,) = lab.findings()
+    assert "addRule nth=3" in finding
+    assert lab.take_findings() == (finding,) and lab.findings() == ()
+
+
+def test_results_come_when_they_are_asked_for():
+    with pmt.Lab(asynchronous=True) as lab:
+        lab.load(POLICY)
+        assert "waiting for the result" in str(lab.explain())
+        lab.trigger()
+        lab.trigger()
+        assert "programmed" in str(lab.explain())
+    with pmt.Lab(asynchronous=True, async_delay=datetime.timedelta(milliseconds=500)) as lab:
+        lab.load(POLICY)
+        lab.advance(1)
+        assert lab.explain() == ["edge/input ipv4: programmed at Ethernet1"]
+
+
+def test_held_results_are_released():
+    with pmt.Lab(asynchronous=True, async_delay=0, plan="addIntfToPolicy hold once") as lab:
+        lab.load(POLICY)
+        (held,) = lab.held_results()
+        assert held.call == "addIntfToPolicy(edge/input ipv4 Ethernet1)" and held.error == ""
+        lab.release(held.number)
+        lab.release_all()
+        assert lab.held_results() == ()
+        with pytest.raises(LookupError):
+            lab.release()
+        with pytest.raises(LookupError):
+            lab.release(held.number)
+
+
+@pytest.mark.parametrize("mode, asynchronous", [
+    ("synchronous", False), ("asynchronous", True), ("pseudo-asynchronous", True)])
+def test_modes(mode, asynchronous):
+    with pmt.Lab(mode=mode) as lab:
+        assert lab.helper.asyncOperations is asynchronous
+        assert lab.helper.pseudoAsync is (mode == "pseudo-asynchronous")
+
+
+def test_the_journal_tells_what_happened(lab):
+    lab.load(POLICY)
+    lab.inject("commitError", "full")
+    lab.load(EDIT)
+    journal = lab.journal
+    (created,) = journal.calls("createPolicy")
+    assert (created.policy, created.direction, created.option) == ("edge", "input", "ipv4")
+    assert created.cause == "rules changed" and not created.failed
+    rule = journal.calls("addRule").of_class("web")[0]
+    assert (rule.acl, rule.seq, rule.match) == ("web", 10, "permit tcp any any eq 80")
+    assert rule.actions["action1"] == 7
+    assert [each.error for each in journal.failed()] == ["full"]
+    assert journal.since(journal[-1].number)[0] == journal[-1]
+    assert len(journal.of_policy("edge")) == len(journal.calls()) - 1
+    assert lab.journal_since(journal[-1].number) == journal[-1:]
+    assert "addRule edge/input ipv4 web web:10" in str(journal)
+
+
+def test_check_tells_what_is_not_as_in_a_new_lab(lab):
+    lab.inject("commitError", "full")
+    lab.load(POLICY)
+    assert lab.check() == ()
+    assert lab.record("edge").created
+    record = next(iter(lab.helper.testData.values()))
+    key = next(iter(record.ruleAction1))
+    record.ruleAction1[key] = 99
+    assert lab.check() == (f"edge/input ipv4: rule web {key.seqno}: action1 7 -> 99",)
+
+
+# Observers and an own helper ---------------------------------------------------------------------
+
+
+def test_an_observer_gets_value_or_key_and_member(lab):
+    seen = []
+    kor.observe(lab.helper, "commitError", seen.append)
+    kor.observe(lab.helper, "testData", lambda key, member: seen.append((key.option.name, member)))
+    lab.helper.commitError = "a"
+    lab.helper.commitError = "a"
+    lab.load(POLICY)
+    assert seen == ["a", ("ipv4", next(iter(lab.helper.testData.values())))]
+
+
+@pytest.mark.parametrize("callback", [
+    lambda: None, lambda value: None, lambda *values: None, print, lambda value, more=1: None])
+def test_a_callback_takes_as_many_arguments_as_it_has(lab, callback):
+    with kor.observe(lab.helper, "commitError", callback):
+        lab.helper.commitError = "x"
+
+
+def test_an_observation_ends(lab):
+    seen = []
+    observation = kor.observe(lab.helper, "commitError", seen.append)
+    assert observation.active
+    observation.stop()
+    observation.stop()
+    lab.helper.commitError = "a"
+    assert seen == [] and not observation.active
+    helper = kor.ns.PolicyMapTest.AclHelper(True, False)
+    observation = kor.observe(helper, "commitError", seen.append)
+    del helper
+    assert not observation.active
+
+
+def test_an_observer_that_raises_fails_the_call_that_made_the_change(lab):
+    order = []
+
+    def raises(value):
+        order.append("first")
+        raise ValueError("no")
+
+    kor.observe(lab.helper, "commitError", raises)
+    kor.observe(lab.helper, "commitError", lambda: order.append("second"))
+    with pytest.raises(ValueError, match="no") as raised:
+        lab.helper.commitError = "a"
+    assert isinstance(raised.value, kor.CallbackException)
+    assert type(raised.value.__cause__) is ValueError
+    assert lab.helper.commitError == "a" and order == ["first", "second"]
+    with pytest.raises(kor.CallbackException):
+        lab.inject("commitError", "b")
+    lab.settle()
+
+
+def test_a_failed_assertion_in_an_observer_is_that_assertion(lab):
+    def fails():
+        assert lab is None, "never"
+
+    kor.observe(lab.helper, "commitError", fails)
+    with pytest.raises(AssertionError, match="never"):
+        lab.helper.commitError = "a"
+
+
+def test_what_cannot_be_observed(lab):
+    lab.load(POLICY)
+    record = next(iter(lab.helper.testData.values()))
+    with pytest.raises(kor.OpNotSupportedException):
+        kor.observe(record, "commitCount", print)
+    with pytest.raises(kor.OpNotSupportedException):
+        kor.observe(lab.helper, "commitPolicy", print)
+    with pytest.raises(AttributeError):
+        kor.observe(lab.helper, "nothing", print)
+
+
+def test_cycles_through_observers_are_collected():
+    def make():
+        helper = kor.ns.PolicyMapTest.AclHelper(True, False)
+        kor.observe(helper, "commitError", lambda: helper.commitError)
+        return weakref.ref(helper)
+
+    made = [make() for _ in range(10)]
+    gc.collect()
+    assert [each() for each in made] == [None] * 10
+
+
+class SmallTable:
+    def __init__(self, room):
+        self.room = room
+
+    def addRule(self, key, subRule, policyCommonData, classCommonData):
+        assert isinstance(key, kor.ns.PolicyMap.AclRuleKey)
+        if self.room == 0:
+            return "table full"
+        self.room -= 1
+
+
+def test_an_own_helper_returns_a_text_or_passes_the_call_on(lab):
+    table = SmallTable(1)
+    lab.before_helper(table)
+    lab.load(POLICY)
+    assert lab.failure("edge").error == "table full"
+    assert lab.failure("edge").operation == "addRule"
+    table.room = 2
+    lab.advance(1)
+    assert lab.failure("edge").error == "" and table.room == 0
+    lab.before_helper(None)
+    table.room = 0
+    lab.load(POLICY.replace("443", "444"))
+    assert lab.failure("edge").error == ""
+
+
+def test_an_own_helper_carries_out_and_changes_the_result(lab):
+    calls = []
+
+    class Around:
+        def commitPolicy(self, proceed, matchOption):
+            calls.append((matchOption.name, proceed()))
+            return "" if len(calls) > 1 else "late"
+
+        def getCountForRule(self, **arguments):
+            return 42
+
+    lab.before_helper(Around())
+    lab.load(POLICY)
+    assert calls == [("ipv4", "")] and lab.failure("edge").error == "late"
+    lab.advance(1)
+    assert lab.failure("edge").error == ""
+
+
+def test_an_own_helper_raises(lab):
+    class Broken:
+        def createPolicy(self):
+            raise OSError("bus error")
+
+    lab.before_helper(Broken())
+    lab.load(POLICY)
+    assert "bus error" in lab.failure("edge").error
+    assert not lab.records() or not lab.record("edge").created
+
+
+def test_a_failed_assertion_in_an_own_helper_fails_the_test(lab):
+    class Checks:
+        def createPolicy(self, policyData):
+            assert policyData is None, "unexpected"
+
+    lab.before_helper(Checks())
+    with pytest.raises(AssertionError, match="unexpected"):
+        lab.load(POLICY)
+
+
+def test_a_parameter_that_an_operation_does_not_have_is_refused(lab):
+    class Misspelt:
+        def addRule(self, rule):
+            pass
+
+    with pytest.raises(TypeError, match="addRule.*'rule'.*key, subRule, policyCommonData"):
+        lab.before_helper(Misspelt())
+
+
+def test_an_operation_cannot_be_carried_out_after_it_has_returned(lab):
+    kept = []
+
+    class Keeps:
+        def createPolicy(self, proceed):
+            kept.append(proceed)
+
+    lab.before_helper(Keeps())
+    lab.load(POLICY)
+    with pytest.raises(ValueError, match="has returned"):
+        kept[0]()
+
+
+def test_a_lab_with_an_own_helper_is_released():
+    class Refers:
+        pass
+
+    helper = Refers()
+    lab = pmt.Lab()
+    helper.lab = lab
+    lab.before_helper(helper)
+    gone = weakref.ref(lab)
+    del lab, helper
+    gc.collect()
+    assert gone() is None
+
+
+# Sweeps and runs ---------------------------------------------------------------------------------
+
+
+def test_a_sweep_of_a_text_and_of_a_function_recovers():
+    report = pmt.sweep([POLICY, EDIT])
+    assert len(report.results) > 100 and report.injected > 100
+    assert report.failed == () and "0 cases with findings" in str(report)
+    calls = []
+
+    def scenario(lab):
+        lab.load(POLICY)
+        calls.append(lab)
+
+    report = pmt.sweep(scenario, modes=["synchronous"], update_action=True)
+    assert report.failed == () and len(calls) >= len(report.results)
+    with pytest.raises(ValueError, match="has ended"):
+        calls[0].settle()
+
+
+def test_a_sweep_finds_a_scenario_that_does_not_recover():
+    def scenario(lab):
+        lab.load(POLICY)
+        if lab.failure("edge").error:
+            lab.load("no policy-map edge")
+
+    report = pmt.sweep(scenario, modes=["synchronous"])
+    assert report.failed
+    assert all(each.findings and each.journal for each in report.failed)
+
+
+def test_shards_are_the_whole_sweep():
+    whole = pmt.sweep(POLICY)
+    parts = [pmt.sweep(POLICY, shard=each, shards=3) for each in (1, 2, 3)]
+    assert sorted(each.case for each in whole.results) == sorted(
+        each.case for part in parts for each in part.results)
+    with pytest.raises(ValueError):
+        pmt.sweep(POLICY, shard=4, shards=3)
+    with pytest.raises(ValueError, match="modes"):
+        pmt.sweep(POLICY, modes=["later"])
+
+
+def test_what_a_scenario_raises_is_raised():
+    def scenario(lab):
+        raise OSError("no")
+
+    with pytest.raises(OSError, match="no"):
+        pmt.sweep(scenario)
+
+
+def test_walks_are_repeatable_and_replayed(tmp_path):
+    walk = pmt.walk(POLICY, seed=3, steps=30)
+    assert walk == pmt.walk(POLICY, seed=3, steps=30) and walk.findings == ()
+    assert walk != pmt.walk(POLICY, seed=4, steps=30) and len(walk.steps) > 5
+    walk.save(tmp_path / "walk.run")
+    assert pmt.replay(tmp_path / "walk.run").journal == pmt.replay(walk).journal
+    with pytest.raises(ValueError, match="irregular"):
+        walk.minimise()
+    with pytest.raises(ValueError):
+        pmt.walk("", steps=1)
+
+
+def test_explain_in_one_call():
+    assert pmt.explain(POLICY) == ["edge/input ipv4: programmed at Ethernet1"]
+    assert "missing class-map web" in str(pmt.explain(POLICY.replace("class-map match-any web",
+                                                                     "class-map match-any wob")))
+
+
+def test_a_sweep_runs_on_a_cluster_although_a_worker_dies():
+    distributed = pytest.importorskip("distributed")
+    program = pathlib.Path(__file__).with_name("cluster_program.py")
+    del distributed
+    done = subprocess.run([sys.executable, "-B", str(program)], capture_output=True, text=True,
+                          timeout=300)
+    assert done.returncode == 0, done.stdout + done.stderr
+    assert "same results" in done.stdout and "killed" in done.stdout
