@@ -60,6 +60,9 @@ def type(name):
 
     Raises RangeException, with the nearest names, if there is no such type.
     """
+    known = _classes.get(name) or _enums.get(name)
+    if known is not None:
+        return known
     return _enum_of(name) if _kor.describe(name)["enum_names"] else _class_of(name)
 
 
@@ -312,6 +315,9 @@ def _class_of(name):
     for attribute in described["attributes"]:
         if attribute["owner"] == name or not hasattr(base, attribute["name"]):
             members[attribute["name"]] = attribute["descriptor"]
+    for nested in types():
+        if nested.rpartition("::")[0] == name:
+            members[nested.rpartition("::")[2]] = type(nested)
     if name == "Kor::Callable":
         members["__call__"] = _call
     made = _classes[name] = base.__class__(members["__qualname__"], (base,), members)
@@ -353,10 +359,13 @@ class _Namespace:
         whole = self._prefix + name
         names = types()
         if whole in names:
-            return type(whole)
-        if any(each.startswith(whole + "::") for each in names):
-            return _Namespace(whole + "::")
-        raise AttributeError(f"no such type or namespace: {whole}")
+            found = type(whole)
+        elif any(each.startswith(whole + "::") for each in names):
+            found = _Namespace(whole + "::")
+        else:
+            raise AttributeError(f"no such type or namespace: {whole}")
+        setattr(self, name, found)  # types stay, so it is looked up once
+        return found
 
     def __dir__(self):
         rest = [each[len(self._prefix):] for each in types() if each.startswith(self._prefix)]

@@ -8,7 +8,8 @@ import re
 
 import pytest
 
-PAGE = pathlib.Path(os.environ["SOURCE_DIR"], "docs", "python.md").read_text()
+ROOT = pathlib.Path(os.environ["SOURCE_DIR"])
+PAGE = (ROOT / "docs" / "python.md").read_text()
 LISTINGS = re.findall(r"^```python\n(.*?)^```$", PAGE, re.MULTILINE | re.DOTALL)
 
 
@@ -16,9 +17,26 @@ def test_there_are_listings():
     assert LISTINGS
 
 
-@pytest.mark.parametrize("listing", LISTINGS)
-def test_a_listing_runs(listing):
-    exec(compile(listing, "docs/python.md", "exec"), {})
+def test_the_listings_run_one_after_the_other():
+    names = {}
+    for listing in LISTINGS:
+        exec(compile(listing, "docs/python.md", "exec"), names)
+
+
+@pytest.mark.parametrize("page", ["README.md", "docs/python.md"])
+def test_listings_of_whole_files_are_those_files(page):
+    found = re.findall(r"<!-- This listing is (examples/python/\w+\.py);[^\n]*-->\n```python\n(.*?)^```$",
+                       (ROOT / page).read_text(), re.MULTILINE | re.DOTALL)
+    assert found
+    for name, listing in found:
+        assert (ROOT / name).read_text().partition("\n")[2] == listing
+
+
+def test_the_table_of_examples_is_complete():
+    named = set(re.findall(r"`(\w+_test\.py|\w+\.ipynb)`", PAGE))
+    files = {each.name for each in (ROOT / "examples" / "python").iterdir()}
+    assert named == {each for each in files if each.endswith(("_test.py", ".ipynb"))} - {
+        "notebook_test.py"}
 
 
 def test_the_table_of_exceptions_is_complete():
