@@ -33,6 +33,7 @@ from unittest.mock import MagicMock
 
 import kor
 import policymaptest  # which loads the libraries
+
 types: Any = kor.ns
 by_hand: Any = importlib.import_module("by_hand")
 

@@ -15,13 +15,14 @@ import kor
 kor.load("libPolicyMapTest.so")
 kor.load("libPolicyMapTestKit.so")
 
+from .faults import Capacity, Fault, FaultScope, MetFault, PlannedFault  # noqa: E402
 from .journal import Journal, JournalEntry  # noqa: E402
-from .lab import Explanations, FaultScope, HeldResult, Lab, MetFault, PlannedFault  # noqa: E402
+from .lab import Explanations, HeldResult, Lab  # noqa: E402
 from .records import Difference, Record, Rule, Snapshot, difference  # noqa: E402
 from .runs import Run, SweepReport, SweepResult, Walk, explain, replay, sweep, walk  # noqa: E402
 
 __all__ = [
-    "Difference", "Explanations", "FaultScope", "HeldResult", "Journal", "JournalEntry", "Lab",
-    "MetFault", "PlannedFault", "Record", "Rule", "Run", "Snapshot", "SweepReport", "SweepResult",
-    "Walk", "difference", "explain", "replay", "sweep", "walk",
+    "Capacity", "Difference", "Explanations", "Fault", "FaultScope", "HeldResult", "Journal",
+    "JournalEntry", "Lab", "MetFault", "PlannedFault", "Record", "Rule", "Run", "Snapshot",
+    "SweepReport", "SweepResult", "Walk", "difference", "explain", "replay", "sweep", "walk",
 ]

@@ -4,7 +4,6 @@
 from __future__ import annotations
 
 import dataclasses
-import datetime
 import inspect
 import json
 import os
@@ -16,10 +15,10 @@ from typing import Any, overload
 
 import kor
 
+from .faults import Capacity, Fault, FaultScope, PlannedFault, Seconds
+from .faults import faults_of, plan_text, seconds_of
 from .journal import Journal
 from .records import Record, Snapshot
-
-Seconds = float | datetime.timedelta
 
 # The options of the kit by their names here.
 _SWITCHES = {
@@ -36,12 +35,8 @@ _SWITCHES = {
 MODES = ("synchronous", "asynchronous", "pseudo-asynchronous")
 
 
-def seconds_of(time: Seconds) -> float:
-    return time.total_seconds() if isinstance(time, datetime.timedelta) else float(time)
-
-
 def options_json(*, async_delay: Seconds | None = None, faults: Mapping[str, str] | None = None,
-                 plan: str = "", actions: str = "", mode: str | None = None,
+                 plan: str | Fault | Capacity = "", actions: str = "", mode: str | None = None,
                  **switches: bool) -> str:
     """The options of a lab as the kit reads them. Raises TypeError for an unknown one."""
     options: dict[str, Any] = {}
@@ -57,27 +52,8 @@ def options_json(*, async_delay: Seconds | None = None, faults: Mapping[str, str
         options["asyncDelay"] = seconds_of(async_delay)
     if faults:
         options["faults"] = [f"{name}={text}" for name, text in faults.items()]
-    options |= {name: text for name, text in (("plan", plan), ("actions", actions)) if text}
+    options |= {name: text for name, text in (("plan", str(plan)), ("actions", actions)) if text}
     return json.dumps(options)
-
-
-@dataclasses.dataclass(frozen=True)
-class MetFault:
-    """A call that a planned fault has hit."""
-
-    number: int  # counts the faults of the lab from 1
-    time: float
-    call: str  # "addRule(edge/input ipv4 web web:30)"
-    text: str  # what it returned or threw; empty for a success
-
-
-@dataclasses.dataclass(frozen=True)
-class PlannedFault:
-    """A fault of a plan, and what became of it."""
-
-    fault: str  # as in the plan
-    selected: int  # the number of calls that it selected, whether or not they failed
-    met: tuple[MetFault, ...]
 
 
 @dataclasses.dataclass(frozen=True)
@@ -88,43 +64,6 @@ class HeldResult:
     since: float  # seconds, when the operation was called
     call: str
     error: str
-
-
-def _faults_of(lines: Iterable[str]) -> tuple[PlannedFault, ...]:
-    return tuple(
-        PlannedFault(each["fault"], each["selected"],
-                     tuple(MetFault(**met) for met in each["met"]))
-        for each in map(json.loads, lines))
-
-
-class FaultScope:
-    """How long a fault plan lasts: until the end of the block, end(), or the end of the lab.
-
-    A fault that was never met by then is a finding of the lab, unless it is optional.
-    """
-
-    def __init__(self, scope: Any) -> None:
-        self._scope = scope
-
-    @property
-    def faults(self) -> tuple[PlannedFault, ...]:
-        """In the order of the plan; also after the end."""
-        return _faults_of(self._scope.faults())
-
-    @property
-    def met(self) -> tuple[MetFault, ...]:
-        """The calls that were hit, by the faults in the order of the plan."""
-        return tuple(met for each in self.faults for met in each.met)
-
-    def end(self) -> None:
-        self._scope.end()
-
-    def __enter__(self) -> FaultScope:
-        return self
-
-    def __exit__(self, error_type: type[BaseException] | None, error: BaseException | None,
-                 trace: TracebackType | None) -> None:
-        self.end()
 
 
 class Explanations(Sequence[str]):
@@ -264,9 +203,13 @@ class Lab:
         """Removes all injected errors, ends the effect of all plans, and settles."""
         self._lab.clearFaults()
 
-    def plan(self, plan: str) -> FaultScope:
-        """Lets calls of the helper fail as planned: "addRule class=web nth=3 once"."""
-        scope = self._lab.plan(plan)
+    def plan(self, *faults: str | Fault | Capacity, **words: Any) -> FaultScope:
+        """Lets calls of the helper fail as planned: "addRule class=web nth=3 once".
+
+        With words, the text is the operations of one fault: `plan("addRule", nth=3)`; see Fault.
+        Raises ValueError for a plan that is invalid, or can select no call.
+        """
+        scope = self._lab.plan(plan_text(faults, words))
         self._scopes.append(scope)  # which would end without a reference
         return FaultScope(scope)
 
@@ -276,7 +219,7 @@ class Lab:
 
     def faults(self) -> tuple[PlannedFault, ...]:
         """What became of the planned faults, of those plans that have not ended."""
-        return _faults_of(self._lab.faults())
+        return faults_of(self._lab.faults())
 
     def findings(self) -> tuple[str, ...]:
         """What the lab has found: faults that were never met, irregular calls of the core."""
@@ -304,6 +247,10 @@ class Lab:
     def records(self) -> Snapshot:
         """All records, in the order of policy, direction and option."""
         return Snapshot(Record.from_dict(json.loads(line)) for line in self._lab.records())
+
+    def snapshot(self) -> Snapshot:
+        """The same as records()."""
+        return self.records()
 
     def record(self, policy: str, direction: str = "input", option: str | None = None) -> Record:
         """One record; see Snapshot.record(). The error says why the policy is not programmed."""

@@ -27,6 +27,7 @@ import kor
 import pytest
 
 from . import lab as labs
+from .faults import Capacity, Fault, FaultScope, Seconds, plan_text, seconds_of
 from .journal import Journal, JournalEntry
 from .lab import Lab
 from .records import Record, Snapshot, difference
@@ -129,18 +130,18 @@ class RecordedLab(Lab):
         super().inject(fault, text)
         self._steps.append({"step": "inject", "text": f"{fault}={text}"})
 
-    def plan(self, plan: str) -> labs.FaultScope:
-        scope = super().plan(plan)
-        self._steps.append({"step": "faults", "text": plan})
+    def plan(self, *faults: str | Fault | Capacity, **words: Any) -> FaultScope:
+        scope = super().plan(*faults, **words)
+        self._steps.append({"step": "faults", "text": plan_text(faults, words)})
         return scope
 
     def clear_faults(self) -> None:
         super().clear_faults()
         self._steps.append({"step": "clear"})
 
-    def advance(self, time: labs.Seconds) -> None:
+    def advance(self, time: Seconds) -> None:
         super().advance(time)
-        self._steps.append({"step": "advance", "seconds": labs.seconds_of(time)})
+        self._steps.append({"step": "advance", "seconds": seconds_of(time)})
 
     def trigger(self) -> None:
         super().trigger()

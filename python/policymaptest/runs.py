@@ -189,8 +189,10 @@ def replay(run: Run | str | os.PathLike[str]) -> Run:
     return Run(_kit().perform(text))
 
 
-def explain(policy_text: str, **options: Any) -> Explanations:
-    """Why what policy text attaches is, or is not, programmed in a new lab."""
+def explain(what: Lab | str, policy: str | None = None, **options: Any) -> Explanations:
+    """Why what is attached in a lab, or by policy text in a new lab, is or is not programmed."""
+    if isinstance(what, Lab):
+        return what.explain(policy)
     with Lab(**options) as lab:
-        lab.load(policy_text)
-        return lab.explain()
+        lab.load(what)
+        return lab.explain(policy)

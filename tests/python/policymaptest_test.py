@@ -219,6 +219,39 @@ def test_a_plan_tells_what_it_has_met(lab):
     assert lab.findings() == ()
 
 
+@pytest.mark.parametrize("fault, text", [
+    (pmt.Fault(), "any"),
+    (pmt.Fault("addRule", nth=3, once=True), "addRule nth=3 once"),
+    (pmt.Fault(["addRule", "updateAction"], class_name="web", probability=0.1, seed=7),
+     "addRule,updateAction class=web probability=0.1 seed=7"),
+    (pmt.Fault("commitPolicy", policy="edge", effect="before", text='a "b" \\ c'),
+     'commitPolicy policy=edge before text="a \\"b\\" \\\\ c"'),
+    (pmt.Fault("commitPolicy", from_=2, delay=datetime.timedelta(seconds=1.5), optional=True),
+     "commitPolicy from=2 delay=1.5 optional"),
+    (pmt.Capacity(rules=9, rules_per_policy=4), "capacity rules=9 rules-per-policy=4"),
+])
+def test_faults_are_values_with_a_text_that_labs_understand(lab, fault, text):
+    assert str(fault) == text
+    lab.plan(fault)
+    assert pickle.loads(pickle.dumps(fault)) == fault
+
+
+def test_a_plan_is_given_by_words_or_as_several_faults(lab):
+    with lab.plan("addRule", nth=2, text="full") as faults:
+        lab.load(POLICY)
+        assert faults.met[0].text == "full"
+    scope = lab.plan(pmt.Fault("addRule", nth=1), "commitPolicy nth=1; hwInit", pmt.Capacity(rules=9))
+    assert [each.fault for each in scope.faults] == ["addRule nth=1", "commitPolicy nth=1", "hwInit"]
+    lab.clear_faults()
+    for wrong in ({"nth": 3, "nothing": 1}, {"class": "web"}):
+        with pytest.raises(TypeError):
+            lab.plan("addRule", **wrong)
+    with pytest.raises(TypeError, match="one fault"):
+        lab.plan("addRule", "commitPolicy", nth=3)
+    with pytest.raises(ValueError):
+        lab.plan("addRule", effect="hold")
+
+
 def test_a_plan_lasts_although_nobody_keeps_its_scope(lab):
     lab.plan("commitPolicy text=full")
     gc.collect()
@@ -544,7 +577,10 @@ def test_walks_are_repeatable_and_replayed(tmp_path):
         pmt.walk("", steps=1)
 
 
-def test_explain_in_one_call():
+def test_explain_in_one_call(lab):
+    lab.load(POLICY)
+    assert pmt.explain(lab) == pmt.explain(lab, "edge") == lab.explain()
+    assert lab.snapshot() == lab.records()
     assert pmt.explain(POLICY) == ["edge/input ipv4: programmed at Ethernet1"]
     assert "missing class-map web" in str(pmt.explain(POLICY.replace("class-map match-any web",
                                                                      "class-map match-any wob")))
