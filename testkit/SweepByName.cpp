@@ -164,8 +164,8 @@ Kor::KorType* KitByName::_fwkType() {
 
 LabByName::Ptr KitByName::lab(Kor::String const& options) const {
   std::string const usual = "{}";
-  RunFile const run = runOf("{\"run\":1}\n{\"options\":" +
-                            (options.empty() ? usual : options.stdString()) + "}\n");
+  RunFile const run =
+      runOf("{\"run\":1}\n{\"options\":" + (options.empty() ? usual : options.stdString()) + "}\n");
   return Kor::make<LabByName>(run.script.options);
 }
 

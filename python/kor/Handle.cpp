@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "python/kor/Handle.h"
 
+#include "python/kor/Callbacks.h"
 #include "python/kor/Errors.h"
 
 #include <Kor/ByName.h>
-#include <Kor/Callable.h>
 #include <Kor/GenericIf.h>
-#include <Kor/Notifiee.h>
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <new>
 #include <span>
 #include <string>
@@ -40,8 +38,6 @@ struct Descriptor {
   KorAttr const* attr;
 };
 
-class PythonObserver;
-
 // What the module keeps until the process ends.
 struct State {
   PyTypeObject* handleType = nullptr;
@@ -53,9 +49,6 @@ struct State {
   std::unordered_map<PyTypeObject*, KorType const*> enumTypes;
   // The handles of objects, by object, and by object and const: borrowed references.
   std::array<std::unordered_map<Kor::PtrInterface const*, PyObject*>, 2> handles;
-  std::map<std::uint64_t, PythonObserver*> observers;  // by number
-  std::unordered_multimap<Kor::PtrInterface const*, PythonObserver*> observersOf;
-  std::uint64_t observations = 0;
 };
 
 State& state() {
@@ -84,106 +77,6 @@ PyObject* checked(PyObject* object) {
     throw py::error_already_set();
   }
   return object;
-}
-
-// Functions of Python -----------------------------------------------------------------------------
-
-PyObject* callPython(PyObject* function, GenericList const& args) {
-  py::tuple given(args.size());
-  for (std::size_t i = 0; i != args.size(); ++i) {
-    given[i] = py::reinterpret_steal<py::object>(toPython(args[i]));
-  }
-  return PyObject_CallObject(function, given.ptr());
-}
-
-class PythonCallable final : public Kor::Callable {
- public:
-  explicit PythonCallable(PyObject* function)
-      : function_(py::reinterpret_borrow<py::object>(function)) {}
-
-  GenericValue call(GenericList const& args) override {
-    auto const result = py::reinterpret_steal<py::object>(callPython(function_.ptr(), args));
-    if (!result) {
-      CallbackFailed const failure = CallbackFailed::take();
-      if (failure.mustBeRaised()) {
-        raiseLater(failure);
-      }
-      throw failure;  // NOLINT(cert-err09-cpp,cert-err61-cpp,misc-throw-by-value-catch-by-reference)
-    }
-    return toGeneric(result.ptr());
-  }
-
- private:
-  py::object function_;
-};
-
-// Observers ---------------------------------------------------------------------------------------
-
-class PythonObserver final : public Kor::AttributeObserver {
- public:
-  PythonObserver(GenericValue const& object, Kor::AttributeId id, py::object function)
-      : object_(object.object()),
-        const_(object.isConst()),
-        id_(id),
-        function_(std::move(function)),
-        number_(++state().observations) {
-    state().observers.emplace(number_, this);
-    state().observersOf.emplace(object_, this);
-  }
-  ~PythonObserver() override {
-    state().observers.erase(number_);
-    auto const [begin, end] = state().observersOf.equal_range(object_);
-    state().observersOf.erase(
-        std::find_if(begin, end, [this](auto const& each) { return each.second == this; }));
-  }
-
-  [[nodiscard]] std::uint64_t number() const { return number_; }
-  [[nodiscard]] PyObject* function() const { return function_.ptr(); }
-
-  void onAttribute(Kor::AttributeId id, GenericValue const& key) override {
-    if (id != id_) {
-      return;
-    }
-    Kor::Ptr<NotifieeBase> const pinned = Kor::share<NotifieeBase>(this);
-    GenericValue const object = object_->isNondestructing()
-                                    ? GenericValue(Kor::share(object_), const_)
-                                    : GenericValue(nullptr);
-    auto const result = py::reinterpret_steal<py::object>(
-        callPython(function_.ptr(), *GenericList::of(object, key)));
-    if (!result) {
-      throw CallbackFailed::take();
-    }
-  }
-  void onNotificationException(Kor::AttributeId /*id*/) override {
-    try {
-      throw;
-    } catch (CallbackFailed const& failure) {
-      raiseLater(failure);
-    } catch (...) {
-      setError();
-      raiseLater(CallbackFailed::take());
-    }
-  }
-
- private:
-  Kor::PtrInterface const* object_;  // which exists while it is observed
-  bool const_;
-  Kor::AttributeId id_;
-  py::object function_;
-  std::uint64_t number_;
-};
-
-// Calls `visit` for the observers of an object that lives by its handle alone, so that the
-// collector finds cycles through their functions.
-template <class Visit>
-void forEachOwnObserver(Handle const& handle, Visit const& visit) {
-  if (handle.value.kind() != Kind::object || handle.value.object()->references() != 1) {
-    return;
-  }
-  auto const [begin, end] = state().observersOf.equal_range(handle.value.object());
-  for (auto it = begin; it != end; ++it) {
-    visit(*it->second);
-  }
 }
 
 // Handles -----------------------------------------------------------------------------------------
@@ -218,22 +111,19 @@ PyObject* handleFor(GenericValue const& value) {
   return made;
 }
 
+// The object, if nobody but this handle holds it; otherwise null.
+Kor::PtrInterface const* ownObject(Handle const& handle) {
+  bool const own = handle.value.kind() == Kind::object && handle.value.object()->references() == 1;
+  return own ? handle.value.object() : nullptr;
+}
+
 int traverse(PyObject* self, visitproc visit, void* arg) {
   Py_VISIT(Py_TYPE(self));
-  int result = 0;
-  forEachOwnObserver(*asHandle(self), [&](PythonObserver const& observer) {
-    result = result == 0 ? visit(observer.function(), arg) : result;
-  });
-  return result;
+  return visitObservers(ownObject(*asHandle(self)), visit, arg);
 }
 
 int clear(PyObject* self) {
-  std::vector<Kor::Ptr<PythonObserver>> observers;
-  forEachOwnObserver(*asHandle(self),
-                     [&](PythonObserver& observer) { observers.push_back(Kor::share(&observer)); });
-  for (Kor::Ptr<PythonObserver> const& each : observers) {
-    each->notifierIs(nullptr);
-  }
+  unobserveAll(ownObject(*asHandle(self)));
   return 0;
 }
 
@@ -545,7 +435,7 @@ GenericValue toGeneric(PyObject* object) {
     return list;
   }
   if (PyCallable_Check(object) != 0) {
-    return {Kor::Ptr<Kor::PtrInterface const>(Kor::make<PythonCallable>(object)), false};
+    return callableOf(object);
   }
   PyErr_Format(PyExc_TypeError, "%s is nothing that the framework has: %R",
                Py_TYPE(object)->tp_name, object);
@@ -560,28 +450,11 @@ py::list argumentsOf(std::vector<Kor::ArgumentSpec> const& args) {
   return list;
 }
 
-std::uint64_t observe(Handle const& handle, py::handle descriptor, py::object const& function) {
-  KorAttr const& attr = attrOf(descriptor.ptr());
-  if (handle.value.kind() == Kind::object) {
-    auto const observer = Kor::make<PythonObserver>(handle.value, attr.id(), function);
-    if (observer->notifierIs(handle.value.object())) {
-      return observer->number();
-    }
+KorAttr const& attributeOf(py::handle descriptor) {
+  if (Py_TYPE(descriptor.ptr()) != state().attributeType) {
+    throw Kor::TypeException(Kor::String("attribute"));
   }
-  throw Kor::OpNotSupportedException(attr.name(), AttributeOperation::get);
-}
-
-bool observes(std::uint64_t number) {
-  auto const found = state().observers.find(number);
-  return found != state().observers.end() && found->second->registered();
-}
-
-void unobserve(std::uint64_t number) {
-  auto const found = state().observers.find(number);
-  if (found != state().observers.end()) {
-    Kor::Ptr<PythonObserver> const observer = Kor::share(found->second);
-    observer->notifierIs(nullptr);
-  }
+  return attrOf(descriptor.ptr());
 }
 
 PyObject* makeDescriptor(KorAttr const& attr) {

@@ -19,7 +19,6 @@
 #include <Kor/GenericValue.h>
 #include <Kor/KorAttr.h>
 
-#include <cstdint>
 #include <pybind11/pybind11.h>
 #include <vector>
 
@@ -57,14 +56,8 @@ void addHandleTypes(pybind11::module_& module);
 // Throws pybind11::error_already_set, for an int with more than 64 bits Kor::RangeException.
 [[nodiscard]] Kor::GenericValue toGeneric(PyObject* object);
 
-// Lets `function(object, key)` be called after each change of the attribute; key is None if it is
-// no collection, object is None while it is being destroyed. Returns the number of the observation,
-// which lasts until unobserve() or the end of the object. Throws Kor::OpNotSupportedException if
-// the attribute cannot be observed.
-[[nodiscard]] std::uint64_t observe(Handle const& handle, pybind11::handle descriptor,
-                                    pybind11::object const& function);
-[[nodiscard]] bool observes(std::uint64_t number);
-void unobserve(std::uint64_t number);
+// The attribute of a descriptor. Throws Kor::TypeException for every other object.
+[[nodiscard]] Kor::KorAttr const& attributeOf(pybind11::handle descriptor);
 
 // Pairs of name and type.
 [[nodiscard]] pybind11::list argumentsOf(std::vector<Kor::ArgumentSpec> const& args);

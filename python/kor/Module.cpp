@@ -2,6 +2,7 @@
 
 // kor._kor: what the Python module kor is made of.
 
+#include "python/kor/Callbacks.h"
 #include "python/kor/Errors.h"
 #include "python/kor/Handle.h"
 
@@ -201,8 +202,7 @@ PYBIND11_MODULE(_kor, module) {
              [](py::handle a, py::handle b) { return toGeneric(a.ptr()) == toGeneric(b.ptr()); });
   module.def("call", &call);
   module.def("observe", [](py::handle object, py::handle descriptor, py::object const& function) {
-    valueOf(object);
-    return observe(*handleOf(object.ptr()), descriptor, function);
+    return observe(valueOf(object), attributeOf(descriptor), function);
   });
   module.def("observes", &observes);
   module.def("unobserve", &unobserve);
