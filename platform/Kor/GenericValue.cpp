@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Kor/GenericValue.h"
 
-#include "Kor/ObjectText.h"
 #include "Kor/Strep.h"
 
 #include <string>
