@@ -89,42 +89,44 @@ KeptTrace& keptTrace() {
   return kept;
 }
 
-using S = SweepByName;
 constexpr std::array sweepAttrs{
-    Kor::Model<S>::function<&S::cases>("cases").says("the cases of the shard, in order"),
-    Kor::Model<S>::function<&S::run>("run", "which").says("runs one case; returns JSON"),
+    Kor::Model<SweepByName>::function<&SweepByName::cases>("cases").says(
+        "the cases of the shard, in order"),
+    Kor::Model<SweepByName>::function<&SweepByName::run>("run", "which")
+        .says("runs one case; returns JSON"),
 };
-constexpr Kor::TypeModel sweepModel = Kor::Model<S>::object(sweepAttrs);
+constexpr Kor::TypeModel sweepModel = Kor::Model<SweepByName>::object(sweepAttrs);
 
-using K = KitByName;
-using M = Kor::Model<K>;
+using KitModel = Kor::Model<KitByName>;
 constexpr std::array kitAttrs{
-    M::function<&K::lab>("lab", "options").says("a new lab; the options are JSON"),
-    M::function<&K::perform>("perform", "run")
+    KitModel::function<&KitByName::lab>("lab", "options").says("a new lab; the options are JSON"),
+    KitModel::function<&KitByName::perform>("perform", "run")
         .says("performs the steps of a run; returns the run with what happened"),
-    M::function<&K::minimise>("minimise", "run")
+    KitModel::function<&KitByName::minimise>("minimise", "run")
         .says("the shortest run that comes to something of the same kind"),
-    M::function<&K::walk>("walk", "run", "seed", "steps")
+    KitModel::function<&KitByName::walk>("walk", "run", "seed", "steps")
         .says("a random walk that begins with the steps of a run; returns it as a run"),
-    M::function<&K::sweep>("sweep", "run", "settings", "scenario")
+    KitModel::function<&KitByName::sweep>("sweep", "run", "settings", "scenario")
         .says("a sweep over all calls of the helper in a scenario, or in the steps of a run"),
-    M::function<&K::operations>("operations").says("the names of the helper's operations"),
-    M::function<&K::keepTrace>("keepTrace", "setting", "lines")
+    KitModel::function<&KitByName::operations>("operations")
+        .says("the names of the helper's operations"),
+    KitModel::function<&KitByName::keepTrace>("keepTrace", "setting", "lines")
         .says("keeps the newest lines of the trace; the setting is SOURCE/LEVEL or LEVEL"),
-    M::function<&K::takeTrace>("takeTrace").says("returns and forgets the lines of the trace"),
+    KitModel::function<&KitByName::takeTrace>("takeTrace")
+        .says("returns and forgets the lines of the trace"),
 };
 constexpr Kor::TypeModel kitModel =
-    M::object(kitAttrs, M::constructor<&Kor::makeObject<KitByName>>());
-constexpr std::array models{&sweepModel, &kitModel};
+    KitModel::object(kitAttrs, KitModel::constructor<&Kor::makeObject<KitByName>>());
+constexpr std::array modelsOfKit{&sweepModel, &kitModel};
 // Only the kit has attributes of this type.
 constexpr Kor::TypeModel callableModel = Kor::Model<Kor::Callable>::object({});
 constexpr std::array modelsOfKor{&callableModel};
 
-[[maybe_unused]] bool const registered = [] {
+[[maybe_unused]] bool const kitRegistered = [] {
   Kor::registerTypes("Kor", modelsOfKor);
   Kor::enterTypes(modelsOfKor);
-  Kor::registerTypes("PolicyMapTestKit", models);
-  Kor::enterTypes(models);
+  Kor::registerTypes("PolicyMapTestKit", modelsOfKit);
+  Kor::enterTypes(modelsOfKit);
   return true;
 }();
 
