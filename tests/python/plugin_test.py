@@ -35,6 +35,11 @@ def run(pytester, monkeypatch):
     return session
 
 
+def test_the_plugin_is_found_by_its_entry_point(pytester):
+    pytester.makepyfile(test_it="def test_lab(lab):\n    assert lab.now == 0\n")
+    pytester.runpytest_subprocess("-p", "no:cacheprovider").assert_outcomes(passed=1)
+
+
 def test_the_fixtures_are_parts_of_one_new_lab(run):
     result = run("""
 @pytest.mark.parametrize("time", [1, 2])
