@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""An approved snapshot: __approved__ has the records that somebody has looked at.
+"""An approved snapshot: __approved__ has the records that were reviewed.
 
 `--policymap-approve` writes it again.
 """

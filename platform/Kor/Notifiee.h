@@ -207,8 +207,8 @@ class KOR_API AttributeObserver : public NotifieeBase {
   // that of the member that changed; no value for an attribute that is no collection.
   virtual void onAttribute(AttributeId id, GenericValue const& key) = 0;
 
-  // Observes another object, or none if null. Returns false, and observes none, if objects of this
-  // class notify nobody.
+  // Observes another object, or none if null. Returns false, and observes none, if the class has
+  // no notifications.
   bool notifierIs(PtrInterface const* object);
 };
 

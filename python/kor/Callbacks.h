@@ -18,7 +18,7 @@ namespace KorPython {
 // Lets `function(object, key)` be called after each change of the attribute; key is None if it is
 // no collection, object is None while it is being destroyed. Returns the number of the observation,
 // which lasts until unobserve() or the end of the object. Throws Kor::OpNotSupportedException if
-// the object notifies nobody.
+// the object has no notifications.
 [[nodiscard]] std::uint64_t observe(Kor::GenericValue const& object, Kor::KorAttr const& attr,
                                     pybind11::object const& function);
 [[nodiscard]] bool observes(std::uint64_t number);

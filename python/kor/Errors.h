@@ -29,7 +29,7 @@ class CallbackFailed : public Kor::Exception {
   ~CallbackFailed() override;
   // Sets it again.
   void restore() const;
-  // True for failed assertions and for what must end the program: nobody may take it for a failed
+  // True for failed assertions and for exceptions that end the program. Those are no failures of an
   // operation.
   [[nodiscard]] bool mustBeRaised() const;
   [[nodiscard]] bool is(PyObject const* exception) const { return exception_->ptr() == exception; }

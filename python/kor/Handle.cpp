@@ -111,7 +111,7 @@ PyObject* handleFor(GenericValue const& value) {
   return made;
 }
 
-// The object, if nobody but this handle holds it; otherwise null.
+// The object, if this handle holds its only reference; otherwise null.
 Kor::PtrInterface const* ownObject(Handle const& handle) {
   bool const own = handle.value.kind() == Kind::object && handle.value.object()->references() == 1;
   return own ? handle.value.object() : nullptr;
