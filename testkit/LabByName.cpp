@@ -41,6 +41,18 @@ TextLines jsonOfFaults(std::vector<FaultState> const& states) {
   return linesOf(states, [](FaultState const& each) { return Kor::String(jsonOf(each).text()); });
 }
 
+bool returnsCount(HelperCall const& call) {
+  return call.operation == "getCountForRule";
+}
+
+template <class Value>
+void takeAs(GenericValue const& result, HelperCall const& call, Value& to) {
+  if (!Kor::Generic<Value>::take(result, to)) {
+    throw Kor::TypeException(Kor::String(Kor::Generic<Value>::type()->name()),
+                             "result of " + std::string(call.operation));
+  }
+}
+
 // One call of an operation while a function of the test is called in its place.
 class Proceeding {
  public:
@@ -60,8 +72,7 @@ class Proceeding {
 
  private:
   static GenericValue resultOf(HelperCall const& call) {
-    return call.operation == "getCountForRule" ? GenericValue(call.count)
-                                               : GenericValue(call.error);
+    return returnsCount(call) ? GenericValue(call.count) : GenericValue(call.error);
   }
 
   HelperCall* call_;
@@ -94,9 +105,10 @@ GenericList::Ptr argumentsOf(HelperCall const& call) {
 }
 
 void take(GenericValue const& result, HelperCall& call) {
-  if (!Kor::Generic<Kor::String>::take(result, call.error) &&
-      !Kor::Generic<std::uint64_t>::take(result, call.count)) {
-    throw Kor::TypeException("Kor::String", "result of " + std::string(call.operation));
+  if (returnsCount(call)) {
+    takeAs(result, call, call.count);
+  } else {
+    takeAs(result, call, call.error);
   }
 }
 

@@ -13,6 +13,7 @@
 
 #include <array>
 #include <deque>
+#include <optional>
 #include <sstream>
 #include <utility>
 
@@ -35,14 +36,11 @@ Kor::String textOf(RunFile const& run) {
 std::vector<AnswerMode> modesOf(JsonLine const& json) {
   std::vector<AnswerMode> modes;
   for (std::string const& name : json.texts("modes")) {
-    AnswerMode mode = AnswerMode::synchronous;
-    while (toText(mode) != name) {
-      if (mode == AnswerMode::pseudoAsynchronous) {
-        json.fail(0, "synchronous, asynchronous or pseudo-asynchronous in member \"modes\"");
-      }
-      mode = static_cast<AnswerMode>(static_cast<int>(mode) + 1);
+    std::optional<AnswerMode> const mode = answerModeOf(name);
+    if (!mode) {
+      json.fail(0, "synchronous, asynchronous or pseudo-asynchronous in member \"modes\"");
     }
-    modes.push_back(mode);
+    modes.push_back(*mode);
   }
   return modes;
 }
@@ -200,7 +198,12 @@ TextLines KitByName::operations() const {
 }
 
 void KitByName::keepTrace(Kor::String const& setting, std::uint64_t lines) {
-  traceIs(setting.empty() ? "0" : setting.view());
+  if (setting.empty()) {
+    traceIs("0");
+    Kor::traceSinkIs({});
+    return;
+  }
+  traceIs(setting.view());
   keptTrace().limit = lines;
   Kor::traceSinkIs([](std::string_view source, int level, std::string_view text) {
     KeptTrace& kept = keptTrace();

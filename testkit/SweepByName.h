@@ -64,7 +64,7 @@ class POLICYMAPTESTKIT_API KitByName final : public Kor::PtrInterface {
   // The names of the helper's operations.
   [[nodiscard]] TextLines operations() const;
   // See traceIs(). The lines are kept, at most this number, the newest, until takeTrace(). Without
-  // a setting nothing is traced any more.
+  // a setting nothing is traced any more, and what is traced later is printed again.
   void keepTrace(Kor::String const& setting, std::uint64_t lines);
   TextLines takeTrace();
 };

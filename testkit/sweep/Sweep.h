@@ -34,6 +34,7 @@
 #include <functional>
 #include <iosfwd>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,8 @@ namespace PolicyMapTestKit {
 // How commits and interface operations of the helper return their results.
 enum class AnswerMode : std::uint8_t { synchronous, asynchronous, pseudoAsynchronous };
 POLICYMAPTESTKIT_API std::string toText(AnswerMode mode);
+// None for another name.
+POLICYMAPTESTKIT_API std::optional<AnswerMode> answerModeOf(std::string_view name);
 
 // What is done to a new lab. It must do the same each time, and not look at results: most of it
 // runs while something fails.

@@ -30,6 +30,12 @@ std::string toText(AnswerMode mode) {
   return std::string(found->name);
 }
 
+std::optional<AnswerMode> answerModeOf(std::string_view name) {
+  auto const found = std::find_if(namedModes.begin(), namedModes.end(),
+                                  [&](NamedMode const& each) { return each.name == name; });
+  return found == namedModes.end() ? std::nullopt : std::optional(found->mode);
+}
+
 std::string toText(SweepCase const& sweepCase) {
   std::string text = toText(sweepCase.mode) + (sweepCase.early ? " early" : "");
   for (PlannedFault const& fault : sweepCase.faults) {
@@ -40,16 +46,15 @@ std::string toText(SweepCase const& sweepCase) {
 
 SweepCase parseSweepCase(std::string_view text) {
   std::size_t const blank = std::min(text.find(' '), text.size());
-  std::string_view const mode = text.substr(0, blank);
-  auto const found = std::find_if(namedModes.begin(), namedModes.end(),
-                                  [&](NamedMode const& each) { return each.name == mode; });
-  if (found == namedModes.end()) {
+  std::string_view const name = text.substr(0, blank);
+  std::optional<AnswerMode> const mode = answerModeOf(name);
+  if (!mode) {
     auto const file = std::make_shared<std::string>("case");
-    throw Text::InputError({file, 1, 1}, "synchronous, asynchronous or pseudo-asynchronous", mode);
+    throw Text::InputError({file, 1, 1}, "synchronous, asynchronous or pseudo-asynchronous", name);
   }
   constexpr std::string_view early = " early";
   bool const isEarly = (std::string(text) + " ").find(std::string(early) + " ") == blank;
-  SweepCase sweepCase{found->mode, {}, isEarly};
+  SweepCase sweepCase{*mode, {}, isEarly};
   // Blanks keep the columns.
   std::size_t const begin = blank + (isEarly ? early.size() : 0);
   std::string const plan = std::string(begin, ' ') + std::string(text.substr(begin));
