@@ -36,22 +36,14 @@ GenericValue const& valueOf(py::handle object) {
   return handle->value;
 }
 
-// What a call into the framework returns; raises what its observers raised.
+// The result of a call into the framework, which may call back into Python.
 template <class Function>
-auto called(Function const& function) {
-  Call const call;
-  auto result = [&] {
-    try {
-      return function();
-    } catch (...) {
-      Call::reportKept();
-      throw;
-    }
-  }();
-  if (Call::raiseKept()) {
+py::object called(Function const& function) {
+  PyObject* const result = guardedCall([&] { return toPython(function()); });
+  if (result == nullptr) {
     throw py::error_already_set();
   }
-  return result;
+  return py::reinterpret_steal<py::object>(result);
 }
 
 void load(std::string const& path) {
@@ -116,9 +108,8 @@ py::dict describeType(std::string const& name) {
 }
 
 py::object construct(std::string const& name, py::tuple const& args) {
-  return called([&] {
-    return toObject(Kor::genericConstruct(Kor::typeNamed(name), toGeneric(args.ptr())).value());
-  });
+  return called(
+      [&] { return Kor::genericConstruct(Kor::typeNamed(name), toGeneric(args.ptr())).value(); });
 }
 
 // None for an index or a value is none.
@@ -128,7 +119,7 @@ py::object attributeOp(py::handle object, std::uint32_t id, std::uint32_t code, 
     return each.is_none() ? GenericValue() : toGeneric(each.ptr());
   };
   return called([&] {
-    return toObject(GenericIf(valueOf(object)).attributeOp({id, code, given(index), given(value)}));
+    return GenericIf(valueOf(object)).attributeOp({id, code, given(index), given(value)});
   });
 }
 
@@ -161,7 +152,7 @@ py::object call(py::handle callable, py::tuple const& args) {
   if (!Kor::Generic<Kor::Callable::Ptr>::take(value, function) || !function) {
     throw Kor::TypeException(Kor::String("Kor::Callable"), Kor::String("callable"));
   }
-  return called([&] { return toObject(function->call(toGeneric(args.ptr()).list())); });
+  return called([&] { return function->call(toGeneric(args.ptr()).list()); });
 }
 
 // Called by the package with its exceptions and its makers of classes.

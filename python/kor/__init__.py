@@ -123,8 +123,8 @@ def observe(obj, attribute, callback):
     It is called with the new value; for a collection with the key and the new member, which is None
     if it was removed. A callback that takes fewer arguments gets the first ones. What it raises is
     raised by the call that made the change, when everything else has been done. Raises
-    AttributeError for an unknown attribute, and OpNotSupportedException for one that nobody can
-    observe.
+    AttributeError for an unknown attribute, and OpNotSupportedException for one that has no
+    notifications.
     """
     descriptor = getattr(builtins.type(obj), attribute)
     if not isinstance(descriptor, _kor.Attribute):

@@ -19,10 +19,10 @@ from .faults import Capacity, Fault, FaultScope, MetFault, PlannedFault  # noqa:
 from .journal import Journal, JournalEntry  # noqa: E402
 from .lab import Explanations, HeldResult, Lab  # noqa: E402
 from .records import Difference, Record, Rule, Snapshot, difference  # noqa: E402
-from .runs import Run, SweepReport, SweepResult, Walk, explain, replay, sweep, walk  # noqa: E402
+from .runs import Run, SweepReport, SweepResult, explain, replay, sweep, walk  # noqa: E402
 
 __all__ = [
     "Capacity", "Difference", "Explanations", "Fault", "FaultScope", "HeldResult", "Journal",
     "JournalEntry", "Lab", "MetFault", "PlannedFault", "Record", "Rule", "Run", "Snapshot",
-    "SweepReport", "SweepResult", "Walk", "difference", "explain", "replay", "sweep", "walk",
+    "SweepReport", "SweepResult", "difference", "explain", "replay", "sweep", "walk",
 ]

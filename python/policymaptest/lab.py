@@ -35,6 +35,13 @@ _SWITCHES = {
 MODES = ("synchronous", "asynchronous", "pseudo-asynchronous")
 
 
+def rules_text(rules: str | os.PathLike[str]) -> str:
+    """The text of a filter set; a str without a rule is the path of its file."""
+    if isinstance(rules, os.PathLike) or not ("\n" in rules or rules.startswith("@")):
+        return pathlib.Path(rules).read_text()
+    return rules
+
+
 def options_json(*, async_delay: Seconds | None = None, faults: Mapping[str, str] | None = None,
                  plan: str | Fault | Capacity = "", actions: str = "", mode: str | None = None,
                  **switches: bool) -> str:
@@ -47,7 +54,9 @@ def options_json(*, async_delay: Seconds | None = None, faults: Mapping[str, str
     for name, value in switches.items():
         if name not in _SWITCHES:
             raise TypeError(f"no such option: {name}; there are: {', '.join(sorted(_SWITCHES))}")
-        options[_SWITCHES[name]] = bool(value)
+        if not isinstance(value, bool):
+            raise TypeError(f"{name}: expected True or False, found {value!r}")
+        options[_SWITCHES[name]] = value
     if async_delay is not None:
         options["asyncDelay"] = seconds_of(async_delay)
     if faults:
@@ -141,9 +150,7 @@ class Lab:
         It is policy-map "rules" with classes "rules-1", "rules-2", ... for nearly equal shares of
         the rules, for input at Ethernet1, Ethernet2, ...
         """
-        if isinstance(rules, os.PathLike) or "\n" not in rules and not rules.startswith("@"):
-            rules = pathlib.Path(rules).read_text()
-        self._lab.loadRules(rules, classes, interfaces)
+        self._lab.loadRules(rules_text(rules), classes, interfaces)
 
     def detach_all(self) -> None:
         """Takes all policy-maps and access lists away from the interfaces, and settles."""

@@ -17,7 +17,7 @@ explanation of each lab, and names a replay file.
 from __future__ import annotations
 
 import inspect
-import json
+import os
 import pathlib
 import re
 from collections.abc import Generator, Iterator
@@ -26,12 +26,11 @@ from typing import Any
 import kor
 import pytest
 
-from . import lab as labs
 from .faults import Capacity, Fault, FaultScope, Seconds, plan_text, seconds_of
 from .journal import Journal, JournalEntry
-from .lab import Lab
+from .lab import MODES, Lab, rules_text
 from .records import Record, Snapshot, difference
-from .runs import SweepReport, sweep
+from .runs import Run, SweepReport, run_text, sweep
 
 _MODE = "policymap_mode"
 _SHARD = "policymap_shard"
@@ -55,7 +54,6 @@ def pytest_configure(config: pytest.Config) -> None:
     config.addinivalue_line("markers", "policymap_sweep(scenario=the test, shards=1, **arguments): "
                             "a sweep as one item for each shard; with a scenario the test gets the "
                             "fixture shard_report")
-    config.stash[_approvals] = Approvals(bool(config.getoption("--policymap-approve")))
 
 
 def pytest_generate_tests(metafunc: pytest.Metafunc) -> None:
@@ -63,11 +61,11 @@ def pytest_generate_tests(metafunc: pytest.Metafunc) -> None:
                    if "modes" in each.kwargs), None)
     modes = None if marker is None else marker.kwargs["modes"]
     if modes is not None:
-        names = labs.MODES if modes == "all" else tuple(modes)
-        unknown = [each for each in names if each not in labs.MODES]
+        names = MODES if modes == "all" else tuple(modes)
+        unknown = [each for each in names if each not in MODES]
         if unknown:
             raise pytest.UsageError(f"{metafunc.definition.nodeid}: unknown mode {unknown[0]!r}; "
-                                    f"there are: all, {', '.join(labs.MODES)}")
+                                    f"there are: all, {', '.join(MODES)}")
         metafunc.fixturenames.append(_MODE)
         metafunc.parametrize(_MODE, names)
     marker = metafunc.definition.get_closest_marker("policymap_sweep")
@@ -121,10 +119,24 @@ class RecordedLab(Lab):
     def __init__(self, **options: Any) -> None:
         super().__init__(**options)
         self._steps: list[dict[str, Any]] = []
+        self._reading = "strict"
 
     def load(self, policy_text: str) -> None:
         super().load(policy_text)
         self._steps.append({"step": "load", "name": "policy text", "text": policy_text})
+
+    def load_file(self, path: str | os.PathLike[str], tolerant: bool = False) -> None:
+        super().load_file(path, tolerant)
+        self._reading = "lenient" if tolerant else self._reading  # there is one for the whole run
+        self._steps.append({"step": "load", "name": os.fspath(path),
+                            "text": pathlib.Path(path).read_text(errors="replace")})
+
+    def load_rules(self, rules: str | os.PathLike[str], classes: int = 1,
+                   interfaces: int = 1) -> None:
+        super().load_rules(rules, classes, interfaces)
+        self._steps.append({"step": "rules", "name": "rules", "text": rules_text(rules),
+                            "classes": classes, "interfaces": interfaces,
+                            "portsOnAnyProtocol": False})
 
     def inject(self, fault: str, text: str) -> None:
         super().inject(fault, text)
@@ -159,11 +171,15 @@ class RecordedLab(Lab):
         super().attach_all()
         self._steps.append({"step": "attach"})
 
-    def run_text(self) -> str:
-        """A run file with these steps."""
-        lines = [{"run": 1}, {"options": json.loads(self._options), "reading": "strict"},
-                 *self._steps]
-        return "".join(json.dumps(each) + "\n" for each in lines)
+    def check(self) -> tuple[str, ...]:
+        found = super().check()
+        self._steps.append({"step": "check"})
+        return found
+
+    def run(self) -> Run:
+        """These steps. Writes to objects of the lab, and results that are released one by one, are
+        not among them."""
+        return Run(run_text(self._steps, self._options, self._reading))
 
 
 _labs = pytest.StashKey[Labs]()
@@ -238,7 +254,7 @@ def pytest_runtest_makereport(item: pytest.Item, call: pytest.CallInfo[None]) ->
         if isinstance(each, RecordedLab):
             path = _replay_path(item, number)
             path.parent.mkdir(parents=True, exist_ok=True)
-            path.write_text(each.run_text())
+            each.run().save(path)
             report.sections.append((f"{title}: replay", f"policymap-lab replay {path}"))
     trace = kor.ns.PolicyMapTestKit.Kit().takeTrace()
     if trace:
@@ -281,17 +297,15 @@ def pytest_assertrepr_compare(config: pytest.Config, op: str, left: object,
 
 
 class ApprovedSnapshot:
-    """What `lab.records()` is compared with: a file that somebody has approved."""
+    """What `lab.records()` is compared with: a file of approved records."""
 
     def __init__(self, path: pathlib.Path, approve: bool) -> None:
         self.path = path
         self._approve = approve
-        self.used = False
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, Snapshot):
             return NotImplemented
-        self.used = True
         if self._approve:
             self.path.parent.mkdir(parents=True, exist_ok=True)
             self.path.write_text(other.to_json())
@@ -314,61 +328,49 @@ class ApprovedSnapshot:
         return f"<approved snapshot {self.path.name}>"
 
 
-class Approvals:
-    """All snapshots of a session, to name those that no test uses."""
-
-    def __init__(self, approve: bool) -> None:
-        self.approve = approve
-        self.snapshots: dict[pathlib.Path, ApprovedSnapshot] = {}
-        self.files: set[pathlib.Path] = set()  # of tests that were run
-        self.partial = False
-
-    def of(self, request: pytest.FixtureRequest) -> ApprovedSnapshot:
-        name = re.sub(r"[^\w.-]+", "_", request.node.name).strip("_")
-        path = request.path.parent / "__approved__" / f"{request.path.stem}.{name}.json"
-        return self.snapshots.setdefault(path, ApprovedSnapshot(path, self.approve))
-
-    def unused(self) -> list[pathlib.Path]:
-        if self.partial:
-            return []
-        return sorted(path for file in self.files
-                      for path in (file.parent / "__approved__").glob(f"{file.stem}.*.json")
-                      if path not in self.snapshots or not self.snapshots[path].used)
-
-
-_approvals = pytest.StashKey[Approvals]()
+def _approved_path(item: pytest.Item) -> pathlib.Path:
+    test = item.nodeid.partition("::")[2]
+    name = re.sub(r"[^\w.-]+", "_", test).strip("_")
+    return item.path.parent / "__approved__" / f"{item.path.stem}.{name}.json"
 
 
 @pytest.fixture
 def approved(request: pytest.FixtureRequest) -> ApprovedSnapshot:
     """The approved snapshot of the test: assert lab.records() == approved."""
-    return request.config.stash[_approvals].of(request)
+    approve = bool(request.config.getoption("--policymap-approve"))
+    return ApprovedSnapshot(_approved_path(request.node), approve)
+
+
+# The snapshots of the tests that were collected that no test has; None: not all were collected.
+_unused = pytest.StashKey[list[pathlib.Path] | None]()
 
 
 def pytest_collection_finish(session: pytest.Session) -> None:
-    session.config.stash[_approvals].files = {item.path for item in session.items}
+    files = {item.path for item in session.items}
+    wanted = {_approved_path(item) for item in session.items
+              if "approved" in getattr(item, "fixturenames", ())}
+    some = any("::" in each for each in session.config.args)
+    if not some and _unused not in session.config.stash:
+        session.config.stash[_unused] = sorted(
+            path for file in files
+            for path in (file.parent / "__approved__").glob(f"{file.stem}.*.json")
+            if path not in wanted)
 
 
 def pytest_deselected(items: list[pytest.Item]) -> None:
-    for item in items[:1]:  # their snapshots are not unused
-        item.config.stash[_approvals].partial = True
-
-
-def pytest_sessionfinish(session: pytest.Session) -> None:
-    # What only a part of the tests uses is not unused.
-    chosen = any("::" in each for each in session.config.args)
-    if chosen or hasattr(session.config, "workerinput"):
-        session.config.stash[_approvals].partial = True
+    for item in items[:1]:
+        item.config.stash[_unused] = None
 
 
 def pytest_terminal_summary(terminalreporter: Any, config: pytest.Config) -> None:
-    approvals = config.stash[_approvals]
-    unused = approvals.unused()
-    if unused and approvals.approve:
+    unused = config.stash.get(_unused, None)
+    if not unused:
+        return
+    if config.getoption("--policymap-approve"):
         for path in unused:
             path.unlink()
         terminalreporter.write_line(f"removed {len(unused)} unused approved snapshots")
-    elif unused:
+    else:
         terminalreporter.section("unused approved snapshots")
         for path in unused:
             terminalreporter.write_line(str(path))
@@ -395,6 +397,7 @@ def pytest_pyfunc_call(pyfuncitem: pytest.Function) -> bool | None:
         raise pytest.UsageError(
             f"{pyfuncitem.nodeid}: the mark policymap_sweep needs a scenario, or a test with `lab`")
     args = {name: pyfuncitem.funcargs[name] for name in names}
+    kor.ns.PolicyMapTestKit.Kit().keepTrace("", 0)  # which would slow all cases down
     report = _sweep_of(pyfuncitem, marker, lambda each: pyfuncitem.obj(**(args | {"lab": each})))
     if report.failed:
         pytest.fail(str(report), pytrace=False)

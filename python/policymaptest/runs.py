@@ -89,16 +89,13 @@ class Run:
         pathlib.Path(path).write_text(self.text)
 
 
-# A walk is a run of random steps.
-Walk = Run
-
-
 def _kit() -> Any:
     return kor.ns.PolicyMapTestKit.Kit()
 
 
-def _run_text(steps: Iterable[dict[str, Any]], options: str) -> str:
-    lines = [{"run": 1}, {"options": json.loads(options), "reading": "strict"}, *steps]
+def run_text(steps: Iterable[dict[str, Any]], options: str, reading: str = "strict") -> str:
+    """A run file: what is done to a lab with these options, as the kit writes it."""
+    lines = [{"run": 1}, {"options": json.loads(options), "reading": reading}, *steps]
     return "".join(json.dumps(each) + "\n" for each in lines)
 
 
@@ -116,8 +113,8 @@ def _sweep_of(scenario: Scenario, options: str, settings: dict[str, Any]) -> Any
         def call(lab: Any) -> None:
             perform(Lab._of(lab))
 
-        return _kit().sweep(_run_text([], options), json.dumps(settings), call)
-    return _kit().sweep(_run_text(_loads(scenario), options), json.dumps(settings), None)
+        return _kit().sweep(run_text([], options), json.dumps(settings), call)
+    return _kit().sweep(run_text(_loads(scenario), options), json.dumps(settings), None)
 
 
 def run_shard(scenario: Scenario, options: str, settings: dict[str, Any]) -> list[dict[str, Any]]:
@@ -175,12 +172,12 @@ def show_progress(done: int, total: int) -> None:
 
 
 def walk(scenario: str | Sequence[str], *, seed: int = 1, steps: int = 1000,
-         **options: Any) -> Walk:
+         **options: Any) -> Run:
     """Random edits, faults, time and results on a configuration, until the first irregularity.
 
     The same arguments give the same walk. Raises ValueError if there is no policy text to edit.
     """
-    return Run(_kit().walk(_run_text(_loads(scenario), options_json(**options)), seed, steps))
+    return Run(_kit().walk(run_text(_loads(scenario), options_json(**options)), seed, steps))
 
 
 def replay(run: Run | str | os.PathLike[str]) -> Run:

@@ -181,6 +181,47 @@ def test_a_snapshot_fails_until_it_is_approved(run, pytester):
     result.stdout.fnmatch_lines(["*eq 80 -> *eq 81*"])
 
 
+def test_tests_of_one_name_have_snapshots_of_their_own(run, pytester):
+    source = """
+class TestA:
+    def test_it(self, lab, approved):
+        lab.load(POLICY)
+        assert lab.records() == approved
+
+class TestB:
+    def test_it(self, lab, approved):
+        assert lab.records() == approved
+"""
+    run(source, "--policymap-approve").assert_outcomes(passed=2)
+    assert len(list(pytester.path.glob("__approved__/*.json"))) == 2
+    run(source).assert_outcomes(passed=2)
+
+
+@pytest.mark.parametrize("early", ["assert False", "pytest.skip('later')"])
+def test_the_snapshot_of_a_test_that_ends_early_is_kept(run, pytester, early):
+    run(APPROVED, "--policymap-approve").assert_outcomes(passed=1)
+    result = run(APPROVED.replace("    lab.load", f"    {early}\n    lab.load"),
+                 "--policymap-approve")
+    assert "unused approved" not in result.stdout.str()
+    assert len(list(pytester.path.glob("__approved__/*.json"))) == 1
+
+
+def test_a_replay_has_files_filter_sets_and_checks(run, pytester):
+    pytester.path.joinpath("edge.cfg").write_text("hostname edge\nnonsense\nno such line\n")
+    result = run("""
+def test_fails(lab):
+    lab.load_file("edge.cfg", tolerant=True)
+    lab.load_rules("@10.0.0.0/8\\t0.0.0.0/0\\t0 : 65535\\t80 : 80\\t0x06/0xFF\\t0x0000/0x0000\\n")
+    assert lab.check() == ()
+    assert False
+""")
+    result.assert_outcomes(failed=1)
+    (file,) = pytester.path.glob(".policymap-runs/*.run")
+    replayed = pmt.replay(file)
+    assert [each["step"] for each in replayed.steps] == ["load", "rules", "check"]
+    assert "addRule" in {each.operation for each in replayed.journal}
+
+
 def test_unused_snapshots_are_named_and_removed(run, pytester):
     run(APPROVED, "--policymap-approve")
     stale = pytester.path / "__approved__" / "test_it.test_gone.json"

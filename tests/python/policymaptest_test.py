@@ -75,6 +75,8 @@ def test_bad_input_is_a_value_error_and_changes_nothing(lab):
         lab.advance(-1)
     with pytest.raises(TypeError, match="no such option: update_actions; there are: .*update_action"):
         pmt.Lab(update_actions=True)
+    with pytest.raises(TypeError, match="update_action: expected True or False, found 'no'"):
+        pmt.Lab(update_action="no")
     with pytest.raises(ValueError, match="expected one of synchronous"):
         pmt.Lab(mode="later")
     assert lab.records() == before
@@ -393,6 +395,60 @@ def test_a_failed_assertion_in_an_observer_is_that_assertion(lab):
         lab.helper.commitError = "a"
 
 
+def test_of_several_observers_that_raise_the_first_fails_the_call(lab, monkeypatch):
+    others = []
+    monkeypatch.setattr(sys, "unraisablehook", lambda each: others.append(str(each.exc_value)))
+
+    def raising(text):
+        def callback():
+            raise ValueError(text)
+        return callback
+
+    for text in ("first", "second"):
+        kor.observe(lab.helper, "commitError", raising(text))
+    with pytest.raises(ValueError, match="first"):
+        lab.helper.commitError = "a"
+    assert others == ["second"]
+
+
+def test_what_is_no_exception_stays_what_it_is(lab):
+    class Stop(BaseException):
+        pass
+
+    def stops():
+        raise Stop
+
+    with kor.observe(lab.helper, "commitError", stops):
+        with pytest.raises(Stop):
+            lab.helper.commitError = "a"
+    lab.before_helper(type("Stops", (), {"createPolicy": lambda self: stops()})())
+    with pytest.raises(Stop):
+        lab.load(POLICY)
+
+
+def test_an_object_that_is_destroyed_is_not_shown_to_its_observers():
+    seen = []
+    helper = kor.ns.PolicyMapTest.AclHelper(True, False)
+    key = kor.ns.PolicyMapTest.AclPolicyType(
+        kor.ns.PolicyMap.PolicyMapSmKey("edge", "input"), "ipv4")
+    helper.testData.create(key)
+    kor.observe(helper, "testData", lambda key, member: seen.append((key, member)))
+    del helper
+    assert seen == [(key, None)]
+
+
+def test_an_exception_that_reaches_the_caller_is_raised_once(monkeypatch):
+    others = []
+    monkeypatch.setattr(sys, "unraisablehook", others.append)
+
+    def scenario(lab):
+        assert lab is None, "never"
+
+    with pytest.raises(AssertionError, match="never"):
+        pmt.sweep(scenario)
+    assert others == []
+
+
 def test_what_cannot_be_observed(lab):
     lab.load(POLICY)
     record = next(iter(lab.helper.testData.values()))
@@ -457,6 +513,26 @@ def test_an_own_helper_carries_out_and_changes_the_result(lab):
     assert calls == [("ipv4", "")] and lab.failure("edge").error == "late"
     lab.advance(1)
     assert lab.failure("edge").error == ""
+
+
+@pytest.mark.parametrize("operation, result", [
+    ("addRule", 5), ("commitPolicy", True), ("createPolicy", [])])
+def test_a_result_of_a_wrong_type_is_a_failure(lab, operation, result):
+    lab.before_helper(type("Wrong", (), {operation: lambda self: result})())
+    lab.load(POLICY)
+    failure = lab.failure("edge")
+    assert failure.operation == operation and f"result of {operation}" in failure.error
+
+
+def test_an_own_helper_counts_packets(lab):
+    added = []
+    lab.before_helper(type("Counts", (), {
+        "getCountForRule": lambda self: 42,
+        "addRule": lambda self, **given: added.append(given)})())
+    lab.load(POLICY)
+    given = added[0]
+    assert lab.helper.getCountForRule(
+        given["key"], given["policyCommonData"], given["classCommonData"]) == 42
 
 
 def test_an_own_helper_raises(lab):
