@@ -15,7 +15,9 @@ from __future__ import annotations
 import dataclasses
 import functools
 import ipaddress
-from collections.abc import Sequence
+import operator
+from collections.abc import Mapping, Sequence
+from typing import Any
 
 from hypothesis import strategies as st
 from hypothesis.strategies import SearchStrategy
@@ -214,8 +216,15 @@ def rules(family: str = IPV4) -> SearchStrategy[str]:
                      _mac_rules() if family == MAC else _ip_rules(family))
 
 
-_ACTIONS = st.dictionaries(st.sampled_from([1, 2, 3]), _NUMBERS, max_size=3).map(
-    lambda values: tuple(sorted(values.items())))
+# Hypothesis reads the source of each lambda again whenever a strategy with it is made.
+_FIRST = operator.itemgetter(0)
+
+
+def _sorted_items(values: Mapping[Any, Any]) -> tuple[tuple[Any, Any], ...]:
+    return tuple(sorted(values.items()))
+
+
+_ACTIONS = st.dictionaries(st.sampled_from([1, 2, 3]), _NUMBERS, max_size=3).map(_sorted_items)
 
 # Configurations ----------------------------------------------------------------------------------
 
@@ -238,22 +247,21 @@ def access_lists(draw: st.DrawFn, name: str = "list", family: str | None = None,
 def class_maps(lists: Sequence[AccessList], name: str = "class") -> SearchStrategy[ClassMap]:
     """A class-map that matches some of the lists."""
     names = [(each.family, each.name) for each in lists]
-    return st.lists(st.sampled_from(names), min_size=1, unique=True).map(
-        lambda chosen: ClassMap(name, tuple(chosen)))
+    return st.builds(ClassMap, st.just(name), st.lists(
+        st.sampled_from(names), min_size=1, unique=True).map(tuple))
 
 
 def policy_maps(class_names: Sequence[str], name: str = "policy") -> SearchStrategy[PolicyMap]:
     """A policy-map with some of the classes in any order, each with actions."""
-    return st.lists(st.tuples(st.sampled_from(class_names), _ACTIONS), min_size=1,
-                    unique_by=lambda each: each[0]).map(
-        lambda classes: PolicyMap(name, tuple(classes)))
+    return st.builds(PolicyMap, st.just(name), st.lists(
+        st.tuples(st.sampled_from(class_names), _ACTIONS), min_size=1, unique_by=_FIRST).map(tuple))
 
 
 def interfaces(policy_names: Sequence[str], number: int = 1) -> SearchStrategy[Interface]:
     """An interface with a policy-map in at least one direction."""
-    return st.dictionaries(st.sampled_from(DIRECTIONS), st.sampled_from(policy_names), min_size=1,
-                           max_size=2).map(
-        lambda policies: Interface(number, tuple(sorted(policies.items()))))
+    return st.builds(Interface, st.just(number), st.dictionaries(
+        st.sampled_from(DIRECTIONS), st.sampled_from(policy_names), min_size=1,
+        max_size=2).map(_sorted_items))
 
 
 @st.composite
@@ -290,7 +298,8 @@ def _policy_edits(draw: st.DrawFn, configuration: Configuration) -> str:
     head = f"policy-map {policy.name}\n  "
     kind = draw(st.integers(1, 3))
     return draw(st.one_of(
-        _NUMBERS.map(lambda value: f"{head}class {name}\n    set action{kind} {value}"),
+        st.builds("{}{}".format, st.just(f"{head}class {name}\n    set action{kind} "),
+                  _NUMBERS),
         st.just(f"{head}class {name}\n    set action{kind} 1\n    no set action{kind}"),
         st.just(f"{head}class {name}\n  no class {name}\n  class {name}"),
         st.just(f"{head}class {name} insert-before {policy.classes[0][0]}")
