@@ -5,7 +5,8 @@ find_package(Python3 3.11 COMPONENTS Interpreter Development.Module REQUIRED)
 
 # The environment that a program in Python needs to load the libraries of this build. The interpreter
 # is not sanitized, so the runtime of the sanitizers must be loaded before all else, and after it the
-# library whose functions it replaces. The interpreter leaks on purpose when it ends.
+# library whose functions it replaces. That runtime opens libraries itself, so the run path of the
+# module has no effect. The interpreter leaks on purpose when it ends.
 set(POLICYMAPTEST_PYTHON_ENVIRONMENT "PYTHONPATH=${PROJECT_BINARY_DIR}/python")
 if(POLICYMAPTEST_SANITIZE)
   set(runtime libasan.so)
@@ -21,6 +22,7 @@ if(POLICYMAPTEST_SANITIZE)
   endforeach()
   list(JOIN preloaded ":" preloaded)
   list(APPEND POLICYMAPTEST_PYTHON_ENVIRONMENT "LD_PRELOAD=${preloaded}"
+       "LD_LIBRARY_PATH=${PROJECT_BINARY_DIR}"
        "ASAN_OPTIONS=detect_leaks=0:strict_string_checks=1:detect_stack_use_after_return=1")
 endif()
 
