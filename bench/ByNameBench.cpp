@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Reads and writes one number and calls a function of two arguments by name. Compared with a
+// virtual call by number with variants (the floor), and with the meta-object systems that are
+// installed.
 
-// Reads and writes one number and calls a function of two arguments by name. Compared with a direct
-// virtual call with a variant, and with the meta-object systems that are installed.
+#include "bench/Contest.h"
+#include "bench/peers/Floor.h"
 
 #include <Kor/ByName.h>
 #include <Kor/Registration.h>
 
-#include <benchmark/benchmark.h>
-
 #include <array>
 #include <cstdint>
-#include <string>
+#include <span>
 #include <variant>
 
 #ifdef BENCH_WITH_QT
@@ -18,6 +20,9 @@
 #endif
 #ifdef BENCH_WITH_GOBJECT
 #include "bench/peers/GObjectMeter.h"
+#endif
+#ifdef BENCH_WITH_RTTR
+#include "bench/peers/RttrMeter.h"
 #endif
 
 namespace {
@@ -58,57 +63,14 @@ constexpr Kor::TypeModel model = M::object(attrs, M::constructor<&make>());
 }();
 
 constexpr Kor::AttributeId readingId = 130;
-
-// The usual hand-written equivalent, with numbered attributes.
-using Variant = std::variant<std::monostate, bool, std::int64_t, double, std::string>;
-class Numbered {
- public:
-  virtual ~Numbered() = default;
-  [[nodiscard]] virtual Variant get(unsigned id) const = 0;
-  virtual void set(unsigned id, Variant const& value) = 0;
-};
-class NumberedMeter final : public Numbered {
- public:
-  [[nodiscard]] Variant get(unsigned id) const override {
-    switch (id) {
-    case readingId: return std::int64_t{reading_};
-    case readingId + 1: return on_;
-    case readingId + 2: return unit_;
-    default: return {};
-    }
-  }
-  void set(unsigned id, Variant const& value) override {
-    switch (id) {
-    case readingId: reading_ = static_cast<std::uint32_t>(std::get<std::int64_t>(value)); break;
-    case readingId + 1: on_ = std::get<bool>(value); break;
-    case readingId + 2: unit_ = std::get<std::string>(value); break;
-    default: break;
-    }
-  }
-
- private:
-  std::uint32_t reading_ = 0;
-  bool on_ = false;
-  std::string unit_;
-};
-
-// Hides the object from the optimiser.
-template <class T>
-T* hidden(T* object) {
-  benchmark::DoNotOptimize(object);
-  return object;
-}
+constexpr Kor::AttributeId weighId = 131;
 
 void readVirtual(benchmark::State& state) {
-  NumberedMeter meter;
-  Numbered* const object = hidden<Numbered>(&meter);
-  unsigned id = readingId;
+  auto const meter = Peers::makeNumberedMeter();
   for (auto _ : state) {
-    benchmark::DoNotOptimize(id);
-    benchmark::DoNotOptimize(std::get<std::int64_t>(object->get(id)));
+    benchmark::DoNotOptimize(std::get<std::int64_t>(meter->get(Peers::Numbered::reading)));
   }
 }
-BENCHMARK(readVirtual);
 
 void readByKeptName(benchmark::State& state) {
   Kor::GenericRef const meter = Kor::construct("Bench::Meter");
@@ -117,7 +79,6 @@ void readByKeptName(benchmark::State& state) {
     benchmark::DoNotOptimize(meter.get(reading).integer());
   }
 }
-BENCHMARK(readByKeptName);
 
 void readByIdentifier(benchmark::State& state) {
   Kor::GenericIf const meter = Kor::construct("Bench::Meter").adapter();
@@ -127,7 +88,6 @@ void readByIdentifier(benchmark::State& state) {
     benchmark::DoNotOptimize(meter.attributeOp({id, 0, {}, {}}).integer());
   }
 }
-BENCHMARK(readByIdentifier);
 
 void readByFreshName(benchmark::State& state) {
   Kor::GenericRef const meter = Kor::construct("Bench::Meter");
@@ -135,17 +95,14 @@ void readByFreshName(benchmark::State& state) {
     benchmark::DoNotOptimize(meter["reading"].as<std::uint32_t>());
   }
 }
-BENCHMARK(readByFreshName);
 
 void writeVirtual(benchmark::State& state) {
-  NumberedMeter meter;
-  Numbered* const object = hidden<Numbered>(&meter);
+  auto const meter = Peers::makeNumberedMeter();
   std::int64_t n = 0;
   for (auto _ : state) {
-    object->set(readingId, n = (n + 1) & 0xffff);
+    meter->set(Peers::Numbered::reading, n = (n + 1) & 0xffff);
   }
 }
-BENCHMARK(writeVirtual);
 
 void writeByKeptName(benchmark::State& state) {
   Kor::GenericRef const meter = Kor::construct("Bench::Meter");
@@ -155,7 +112,6 @@ void writeByKeptName(benchmark::State& state) {
     meter.set(reading, ++n);
   }
 }
-BENCHMARK(writeByKeptName);
 
 void writeByIdentifier(benchmark::State& state) {
   Kor::GenericIf const meter = Kor::construct("Bench::Meter").adapter();
@@ -164,7 +120,6 @@ void writeByIdentifier(benchmark::State& state) {
     meter.attributeOp({readingId, 128, {}, ++n});
   }
 }
-BENCHMARK(writeByIdentifier);
 
 void callByKeptName(benchmark::State& state) {
   Kor::GenericRef const meter = Kor::construct("Bench::Meter");
@@ -174,7 +129,26 @@ void callByKeptName(benchmark::State& state) {
     benchmark::DoNotOptimize(meter.call(weigh, ++n, 7U).value().integer());
   }
 }
-BENCHMARK(callByKeptName);
+
+void callVirtual(benchmark::State& state) {
+  auto const meter = Peers::makeNumberedMeter();
+  std::int64_t n = 0;
+  for (auto _ : state) {
+    std::array<Peers::Variant, 2> const args{++n & 0xffff, std::int64_t{7}};
+    benchmark::DoNotOptimize(std::get<std::int64_t>(meter->call(Peers::Numbered::weigh, args)));
+  }
+}
+
+void callByIdentifier(benchmark::State& state) {
+  Kor::GenericIf const meter = Kor::construct("Bench::Meter").adapter();
+  std::uint32_t n = 0;
+  for (auto _ : state) {
+    std::array<Kor::GenericValue, 2> const values{++n, 7U};
+    Kor::GenericList list{std::span<Kor::GenericValue const>(values)};
+    benchmark::DoNotOptimize(
+        meter.attributeOp({weighId, 0, {}, Kor::GenericValue(Kor::share(&list))}).integer());
+  }
+}
 
 #ifdef BENCH_WITH_QT
 void qtReadKept(benchmark::State& state) {
@@ -183,14 +157,6 @@ void qtReadKept(benchmark::State& state) {
     benchmark::DoNotOptimize(meter->readKept());
   }
 }
-BENCHMARK(qtReadKept);
-void qtReadByName(benchmark::State& state) {
-  auto const meter = Peers::makeQtMeter();
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(meter->readByName());
-  }
-}
-BENCHMARK(qtReadByName);
 void qtWriteKept(benchmark::State& state) {
   auto const meter = Peers::makeQtMeter();
   std::uint32_t n = 0;
@@ -198,7 +164,6 @@ void qtWriteKept(benchmark::State& state) {
     meter->writeKept(++n);
   }
 }
-BENCHMARK(qtWriteKept);
 void qtCallKept(benchmark::State& state) {
   auto const meter = Peers::makeQtMeter();
   std::uint32_t n = 0;
@@ -206,15 +171,6 @@ void qtCallKept(benchmark::State& state) {
     benchmark::DoNotOptimize(meter->callKept(++n, 7));
   }
 }
-BENCHMARK(qtCallKept);
-void qtCallByName(benchmark::State& state) {
-  auto const meter = Peers::makeQtMeter();
-  std::uint32_t n = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(meter->callByName(++n, 7));
-  }
-}
-BENCHMARK(qtCallByName);
 #endif
 
 #ifdef BENCH_WITH_GOBJECT
@@ -224,14 +180,6 @@ void gobjectRead(benchmark::State& state) {
     benchmark::DoNotOptimize(meter->read());
   }
 }
-BENCHMARK(gobjectRead);
-void gobjectReadByClassHook(benchmark::State& state) {
-  auto const meter = Peers::makeGObjectMeter();
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(meter->readKept());
-  }
-}
-BENCHMARK(gobjectReadByClassHook);
 void gobjectWrite(benchmark::State& state) {
   auto const meter = Peers::makeGObjectMeter();
   std::uint32_t n = 0;
@@ -239,7 +187,6 @@ void gobjectWrite(benchmark::State& state) {
     meter->write(++n);
   }
 }
-BENCHMARK(gobjectWrite);
 void gobjectCall(benchmark::State& state) {
   auto const meter = Peers::makeGObjectMeter();
   std::uint32_t n = 0;
@@ -247,8 +194,74 @@ void gobjectCall(benchmark::State& state) {
     benchmark::DoNotOptimize(meter->call(++n, 7));
   }
 }
-BENCHMARK(gobjectCall);
 #endif
+
+#ifdef BENCH_WITH_RTTR
+void rttrRead(benchmark::State& state) {
+  auto const meter = Peers::makeRttrMeter();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(meter->readKept());
+  }
+}
+void rttrWrite(benchmark::State& state) {
+  auto const meter = Peers::makeRttrMeter();
+  std::uint32_t n = 0;
+  for (auto _ : state) {
+    meter->writeKept(++n);
+  }
+}
+void rttrCall(benchmark::State& state) {
+  auto const meter = Peers::makeRttrMeter();
+  std::uint32_t n = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(meter->callKept(++n, 7));
+  }
+}
+#endif
+
+[[maybe_unused]] bool const entered = [] {
+  using Contest::enter;
+  char const* const read = "read of a number, kept name";
+  char const* const write = "write of a number, kept name";
+  char const* const call = "call with two arguments, kept name";
+  char const* const rawRead = "read of a number, identifier";
+  char const* const rawWrite = "write of a number, identifier";
+  char const* const rawCall = "call with two arguments, identifier";
+  enter(read, "ours", &readByKeptName);
+  enter(write, "ours", &writeByKeptName);
+  enter(call, "ours", &callByKeptName);
+  enter(rawRead, "ours", &readByIdentifier);
+  enter(rawWrite, "ours", &writeByIdentifier);
+  enter(rawCall, "ours", &callByIdentifier);
+  enter("read of a number, fresh name", "ours", &readByFreshName);
+  enter("read of a number, fresh name", "kept name", &readByKeptName);
+  for (char const* const work : {read, rawRead}) {
+    enter(work, "floor", &readVirtual);
+  }
+  for (char const* const work : {write, rawWrite}) {
+    enter(work, "floor", &writeVirtual);
+  }
+  for (char const* const work : {call, rawCall}) {
+    enter(work, "floor", &callVirtual);
+  }
+#ifdef BENCH_WITH_QT
+  enter(read, "Qt", &qtReadKept);
+  enter(write, "Qt", &qtWriteKept);
+  enter(call, "Qt", &qtCallKept);
+  enter(rawCall, "Qt", &qtCallKept);
+#endif
+#ifdef BENCH_WITH_GOBJECT
+  enter(read, "GObject", &gobjectRead);
+  enter(write, "GObject", &gobjectWrite);
+  enter(call, "GObject", &gobjectCall);
+#endif
+#ifdef BENCH_WITH_RTTR
+  enter(read, "RTTR", &rttrRead);
+  enter(write, "RTTR", &rttrWrite);
+  enter(call, "RTTR", &rttrCall);
+#endif
+  return true;
+}();
 
 }  // namespace
 

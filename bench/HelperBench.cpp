@@ -2,21 +2,34 @@
 //
 // One policy of 1000 rules through the helper: create, add every rule with its match, sub-rule and
 // three action values, 16 interfaces, commit, update every action, delete. Compared with
-// hand-written fakes that record the same fields in std::map and std::unordered_map, and with a
-// mock of the helper.
+// hand-written fakes that record the same fields in one flat table (the floor), or in a table per
+// field like ours, and with mocks of the helper. Then the same by name, a second pass over a filled
+// record, and the memory of a rule.
 
+#include "bench/Contest.h"
 #include "helper/AclHelper.h"
 #include "machines/TestClassCommonData.h"
 
-#include <benchmark/benchmark.h>
+#include <Kor/ByName.h>
+
 #include <gmock/gmock.h>
 
+#ifdef BENCH_WITH_ABSL
+#include <absl/container/flat_hash_map.h>
+#include <absl/container/flat_hash_set.h>
+#endif
+
+#include <algorithm>
 #include <array>
+#include <malloc.h>
 #include <map>
-#include <set>
 #include <string>
+#include <sys/wait.h>
+#include <type_traits>
+#include <unistd.h>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -56,33 +69,85 @@ struct Policy {
   }
 };
 
+template <class Helper>
+void addRules(Helper& helper, Policy const& policy) {
+  for (AclRuleKey const& key : policy.keys) {
+    helper.addRule(key, SubRuleData(), policy.policyData, policy.classData);
+  }
+}
+
+// Every rule again, with other values of its actions.
+template <class Helper>
+void updateRules(Helper& helper, Policy const& policy) {
+  policy.classData->action1ValueIs(policy.classData->action1Value() + 1);
+  policy.classData->action2ValueIs(policy.classData->action2Value() + 1);
+  policy.classData->action3ValueIs(policy.classData->action3Value() + 1);
+  for (AclRuleKey const& key : policy.keys) {
+    helper.updateAction(key, SubRuleData(), policy.policyData, policy.classData);
+  }
+}
+
 // The calls from the creation of the policy to its deletion.
 template <class Helper>
 void drive(Helper& helper, Policy const& policy) {
   auto const option = ClassMapMatchOption::ipv4;
-  SubRuleData const subRule;
   helper.createPolicy(policy.policyData, option);
-  for (AclRuleKey const& key : policy.keys) {
-    helper.addRule(key, subRule, policy.policyData, policy.classData);
-  }
+  addRules(helper, policy);
   for (Vorel::IntfId const intf : policy.intfs) {
     helper.addIntfToPolicy(policy.policyData, intf, option);
   }
   helper.commitPolicy(policy.policyData, option);
-  for (AclRuleKey const& key : policy.keys) {
-    helper.updateAction(key, subRule, policy.policyData, policy.classData);
-  }
+  updateRules(helper, policy);
   helper.deletePolicy(policy.policyData, option);
 }
 
-void recordingHelper(benchmark::State& state) {
-  Policy const policy;
-  auto const helper = PolicyMapTest::aclHelperFactory(true, false);
-  for (auto _ : state) {
-    drive(*helper, policy);
+// ours -----------------------------------------------------------------------------------
+
+class Ours {
+ public:
+  PolicyMap::PolicyMapAclHelper& operator*() { return *helper_; }
+
+ private:
+  PolicyMap::PolicyMapAclHelper::Ptr helper_ = PolicyMapTest::aclHelperFactory(true, false);
+};
+
+// The same calls through kept names.
+class ByName {
+ public:
+  template <class... Args>
+  void createPolicy(Args const&... args) {
+    helper_.call(create_, args...);
   }
-}
-BENCHMARK(recordingHelper)->Unit(benchmark::kMicrosecond);
+  template <class... Args>
+  void addRule(Args const&... args) {
+    helper_.call(add_, args...);
+  }
+  template <class... Args>
+  void addIntfToPolicy(Args const&... args) {
+    helper_.call(addIntf_, args...);
+  }
+  template <class... Args>
+  void commitPolicy(Args const&... args) {
+    helper_.call(commit_, args...);
+  }
+  template <class... Args>
+  void updateAction(Args const&... args) {
+    helper_.call(update_, args...);
+  }
+  template <class... Args>
+  void deletePolicy(Args const&... args) {
+    helper_.call(delete_, args...);
+  }
+
+ private:
+  Kor::GenericRef helper_ = Kor::construct("PolicyMapTest::AclHelper", true, false);
+  Kor::AttributeName create_{"createPolicy"};
+  Kor::AttributeName add_{"addRule"};
+  Kor::AttributeName addIntf_{"addIntfToPolicy"};
+  Kor::AttributeName commit_{"commitPolicy"};
+  Kor::AttributeName update_{"updateAction"};
+  Kor::AttributeName delete_{"deletePolicy"};
+};
 
 // by hand --------------------------------------------------------------------------------
 
@@ -93,25 +158,29 @@ struct Hash {
   }
 };
 template <class Key, class Value>
-using Tree = std::map<Key, Value>;
-template <class Key, class Value>
 using Table = std::unordered_map<Key, Value, Hash>;
-template <class Key>
-using TreeSet = std::set<Key>;
 template <class Key>
 using TableSet = std::unordered_set<Key, Hash>;
 
-// A typical hand-written fake: the same fields in standard collections.
+using PolicyData = PolicyMap::PolicyMapSmCommonData::PtrConst;
+using ClassData = PolicyMap::ClassMapSmCommonData::PtrConst;
+using RecordKey = std::pair<PolicyMap::PolicyMapSmKey, ClassMapMatchOption>;
+
+struct Counters {
+  bool created = false;
+  bool dirty = false;
+  std::uint32_t creations = 0;
+  std::uint32_t commits = 0;
+};
+
+// A typical hand-written fake: the same fields in a table each.
 template <template <class, class> class Map, template <class> class Set>
 class Fake {
  public:
-  using PolicyData = PolicyMap::PolicyMapSmCommonData::PtrConst;
-  using ClassData = PolicyMap::ClassMapSmCommonData::PtrConst;
-
   Kor::String createPolicy(PolicyData const& data, ClassMapMatchOption option) {
     Record& record = records_[{data->policyKey(), option}];
-    record.created = true;
-    ++record.creations;
+    record.counters.created = true;
+    ++record.counters.creations;
     return {};
   }
   Kor::String addRule(AclRuleKey const& key, SubRuleData const& subRule, PolicyData const& data,
@@ -120,7 +189,7 @@ class Fake {
     record.matches[key] = classData->getIpRule(key);
     record.subRules[key].insert(subRule);
     recordActions(record, key, classData);
-    record.dirty = true;
+    record.counters.dirty = true;
     return {};
   }
   Kor::String addIntfToPolicy(PolicyData const& data, Vorel::IntfId intf,
@@ -130,8 +199,8 @@ class Fake {
   }
   Kor::String commitPolicy(PolicyData const& data, ClassMapMatchOption option) {
     Record& record = records_[{data->policyKey(), option}];
-    ++record.commits;
-    record.dirty = false;
+    ++record.counters.commits;
+    record.counters.dirty = false;
     return {};
   }
   Kor::String updateAction(AclRuleKey const& key, SubRuleData const& subRule,
@@ -142,7 +211,7 @@ class Fake {
   }
   Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) {
     Record& record = records_[{data->policyKey(), option}];
-    record.created = false;
+    record.counters.created = false;
     record.matches.clear();
     record.subRules.clear();
     for (auto& actions : record.actions) {
@@ -154,10 +223,7 @@ class Fake {
 
  private:
   struct Record {
-    bool created = false;
-    bool dirty = false;
-    std::uint32_t creations = 0;
-    std::uint32_t commits = 0;
+    Counters counters;
     Map<AclRuleKey, Acl::IpRuleConfig> matches;
     Map<AclRuleKey, Set<SubRuleData>> subRules;
     std::array<Map<AclRuleKey, std::uint32_t>, 3> actions;
@@ -171,33 +237,117 @@ class Fake {
     record.actions[2][key] = values->action3Value();
   }
 
-  std::map<std::pair<PolicyMap::PolicyMapSmKey, ClassMapMatchOption>, Record> records_;
+  std::map<RecordKey, Record> records_;
 };
 
-template <class Helper>
-void byHand(benchmark::State& state) {
-  Policy const policy;
-  Helper helper;
-  for (auto _ : state) {
-    drive(helper, policy);
+// The least that records the same: everything about a rule in one element of a vector, which an
+// index finds by linear probing, and interfaces in a vector. A deleted policy keeps its memory.
+class Floor {
+ public:
+  Kor::String createPolicy(PolicyData const& data, ClassMapMatchOption option) {
+    Record& record = records_[{data->policyKey(), option}];
+    record.counters.created = true;
+    ++record.counters.creations;
+    return {};
   }
-}
-void fakeOnMap(benchmark::State& state) {
-  byHand<Fake<Tree, TreeSet>>(state);
-}
-void fakeOnUnorderedMap(benchmark::State& state) {
-  byHand<Fake<Table, TableSet>>(state);
-}
-BENCHMARK(fakeOnMap)->Unit(benchmark::kMicrosecond);
-BENCHMARK(fakeOnUnorderedMap)->Unit(benchmark::kMicrosecond);
+  Kor::String addRule(AclRuleKey const& key, SubRuleData const& subRule, PolicyData const& data,
+                      ClassData const& classData) {
+    Record& record = records_[{data->policyKey(), key.matchOption()}];
+    Rule& rule = record.ruleIs(key, subRule);
+    rule.match = classData->getIpRule(key);
+    if (!rule.has(subRule)) {
+      rule.others.push_back(subRule);
+    }
+    recordActions(rule, classData);
+    record.counters.dirty = true;
+    return {};
+  }
+  Kor::String addIntfToPolicy(PolicyData const& data, Vorel::IntfId intf,
+                              ClassMapMatchOption option) {
+    records_[{data->policyKey(), option}].intfs.push_back(intf);
+    return {};
+  }
+  Kor::String commitPolicy(PolicyData const& data, ClassMapMatchOption option) {
+    Record& record = records_[{data->policyKey(), option}];
+    ++record.counters.commits;
+    record.counters.dirty = false;
+    return {};
+  }
+  Kor::String updateAction(AclRuleKey const& key, SubRuleData const& subRule,
+                           PolicyData const& data, ClassData const& classData) {
+    Rule& rule = records_[{data->policyKey(), key.matchOption()}].ruleIs(key, subRule);
+    recordActions(rule, classData);
+    return rule.has(subRule) ? Kor::String() : Kor::String("unknown");
+  }
+  Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) {
+    Record& record = records_[{data->policyKey(), option}];
+    record.counters.created = false;
+    record.rules.clear();
+    std::fill(record.index.begin(), record.index.end(), 0U);
+    record.intfs.clear();
+    return {};
+  }
 
-// a mock ---------------------------------------------------------------------------------
+ private:
+  struct Rule {
+    AclRuleKey key;
+    SubRuleData subRule;
+    std::vector<SubRuleData> others;
+    Acl::IpRuleConfig match;
+    std::array<std::uint32_t, 3> actions{};
+
+    [[nodiscard]] bool has(SubRuleData const& wanted) const {
+      return subRule == wanted || std::find(others.begin(), others.end(), wanted) != others.end();
+    }
+  };
+  struct Record {
+    Counters counters;
+    std::vector<Rule> rules;
+    std::vector<std::uint32_t> index;  // 1 + the place of the rule, 0: none
+    std::vector<Vorel::IntfId> intfs;
+
+    Rule& ruleIs(AclRuleKey const& key, SubRuleData const& subRule) {
+      if (4 * (rules.size() + 1) > 3 * index.size()) {
+        index.assign(std::max<std::size_t>(16, 2 * index.size()), 0);
+        for (std::uint32_t place = 0; place != rules.size(); ++place) {
+          slotOf(rules[place].key) = place + 1;
+        }
+      }
+      std::uint32_t& slot = slotOf(key);
+      if (slot == 0) {
+        rules.push_back({key, subRule, {}, {}, {}});
+        slot = static_cast<std::uint32_t>(rules.size());
+      }
+      return rules[slot - 1];
+    }
+    std::uint32_t& slotOf(AclRuleKey const& key) {
+      std::size_t place = key.hash() & (index.size() - 1);
+      while (index[place] != 0 && !(rules[index[place] - 1].key == key)) {
+        place = (place + 1) & (index.size() - 1);
+      }
+      return index[place];
+    }
+  };
+
+  static void recordActions(Rule& rule, ClassData const& classData) {
+    auto const values = classData.as<PolicyMapTest::TestClassCommonData const>();
+    rule.actions = {values->action1Value(), values->action2Value(), values->action3Value()};
+  }
+
+  std::map<RecordKey, Record> records_;
+};
+
+#ifdef BENCH_WITH_ABSL
+template <class Key, class Value>
+using FlatTable = absl::flat_hash_map<Key, Value, Hash>;
+template <class Key>
+using FlatTableSet = absl::flat_hash_set<Key, Hash>;
+#endif
+
+// mocks ----------------------------------------------------------------------------------
 
 class Mock {
  public:
-  using PolicyData = PolicyMap::PolicyMapSmCommonData::PtrConst;
-  using ClassData = PolicyMap::ClassMapSmCommonData::PtrConst;
-
   MOCK_METHOD(Kor::String, createPolicy, (PolicyData const&, ClassMapMatchOption));
   MOCK_METHOD(Kor::String, addRule,
               (AclRuleKey const&, SubRuleData const&, PolicyData const&, ClassData const&));
@@ -210,22 +360,152 @@ class Mock {
 };
 
 // Every call is forwarded to a fake that records.
-void mockThatRecords(benchmark::State& state) {
+class MockWithDefaults : public testing::NiceMock<Mock> {
+ public:
+  MockWithDefaults() {
+    using testing::Invoke;
+    using Target = decltype(fake_);
+    ON_CALL(*this, createPolicy).WillByDefault(Invoke(&fake_, &Target::createPolicy));
+    ON_CALL(*this, addRule).WillByDefault(Invoke(&fake_, &Target::addRule));
+    ON_CALL(*this, addIntfToPolicy).WillByDefault(Invoke(&fake_, &Target::addIntfToPolicy));
+    ON_CALL(*this, commitPolicy).WillByDefault(Invoke(&fake_, &Target::commitPolicy));
+    ON_CALL(*this, updateAction).WillByDefault(Invoke(&fake_, &Target::updateAction));
+    ON_CALL(*this, deletePolicy).WillByDefault(Invoke(&fake_, &Target::deletePolicy));
+  }
+
+ private:
+  Fake<Table, TableSet> fake_;
+};
+
+// The calls of a policy are expected with their keys, as a test writes it.
+void driveExpectations(benchmark::State& state) {
   Policy const policy;
-  Fake<Table, TableSet> fake;
-  testing::NiceMock<Mock> mock;
-  using testing::Invoke;
-  ON_CALL(mock, createPolicy).WillByDefault(Invoke(&fake, &decltype(fake)::createPolicy));
-  ON_CALL(mock, addRule).WillByDefault(Invoke(&fake, &decltype(fake)::addRule));
-  ON_CALL(mock, addIntfToPolicy).WillByDefault(Invoke(&fake, &decltype(fake)::addIntfToPolicy));
-  ON_CALL(mock, commitPolicy).WillByDefault(Invoke(&fake, &decltype(fake)::commitPolicy));
-  ON_CALL(mock, updateAction).WillByDefault(Invoke(&fake, &decltype(fake)::updateAction));
-  ON_CALL(mock, deletePolicy).WillByDefault(Invoke(&fake, &decltype(fake)::deletePolicy));
   for (auto _ : state) {
+    Mock mock;
+    Fake<Table, TableSet> fake;
+    using testing::_;
+    using testing::Invoke;
+    using Target = decltype(fake);
+    EXPECT_CALL(mock, createPolicy).WillOnce(Invoke(&fake, &Target::createPolicy));
+    for (AclRuleKey const& key : policy.keys) {
+      EXPECT_CALL(mock, addRule(key, _, _, _))
+          .WillOnce(Invoke(&fake, &Target::addRule))
+          .RetiresOnSaturation();
+      EXPECT_CALL(mock, updateAction(key, _, _, _))
+          .WillOnce(Invoke(&fake, &Target::updateAction))
+          .RetiresOnSaturation();
+    }
+    EXPECT_CALL(mock, addIntfToPolicy).WillRepeatedly(Invoke(&fake, &Target::addIntfToPolicy));
+    EXPECT_CALL(mock, commitPolicy).WillOnce(Invoke(&fake, &Target::commitPolicy));
+    EXPECT_CALL(mock, deletePolicy).WillOnce(Invoke(&fake, &Target::deletePolicy));
     drive(mock, policy);
   }
 }
-BENCHMARK(mockThatRecords)->Unit(benchmark::kMicrosecond);
+
+// works ----------------------------------------------------------------------------------
+
+template <class Helper>
+decltype(auto) callable(Helper& helper) {
+  if constexpr (std::is_same_v<Helper, Ours>) {
+    return *helper;
+  } else {
+    return (helper);
+  }
+}
+
+template <class Helper>
+void wholePolicy(benchmark::State& state) {
+  Policy const policy;
+  Helper helper;
+  for (auto _ : state) {
+    drive(callable(helper), policy);
+  }
+}
+
+template <class Helper>
+void secondPass(benchmark::State& state) {
+  Policy const policy;
+  Helper helper;
+  callable(helper).createPolicy(policy.policyData, ClassMapMatchOption::ipv4);
+  addRules(callable(helper), policy);
+  for (auto _ : state) {
+    updateRules(callable(helper), policy);
+  }
+  state.SetItemsProcessed(state.iterations() * ruleCount);
+}
+
+double heapBytes() {
+  struct mallinfo2 const heap = mallinfo2();
+  return static_cast<double>(heap.uordblks + heap.hblkhd);
+}
+
+// Bytes per rule of many policies, so that what a pool or a table keeps in reserve counts little.
+template <class Helper>
+double bytesPerRule() {
+  constexpr int policies = 20;
+  Policy policy;
+  Helper helper;
+  double const before = heapBytes();
+  for (int number = 0; number < policies; ++number) {
+    policy.policyData = Kor::make<PolicyMap::PolicyMapSmCommonData>(
+        PolicyMap::PolicyMapSmKey(Kor::String("policy" + std::to_string(number)), "input"));
+    callable(helper).createPolicy(policy.policyData, ClassMapMatchOption::ipv4);
+    addRules(callable(helper), policy);
+  }
+  return (heapBytes() - before) / (policies * ruleCount);
+}
+
+// Measured in a process of its own, whose pools have nothing to reuse.
+template <class Helper>
+void memory(benchmark::State& state) {
+  for (auto _ : state) {
+    std::array<int, 2> pipe{};
+    double bytes = 0;
+    if (::pipe(pipe.data()) != 0) {
+      state.SkipWithError("no pipe");
+      return;
+    }
+    pid_t const child = fork();
+    if (child == 0) {
+      bytes = bytesPerRule<Helper>();
+      _exit(write(pipe[1], &bytes, sizeof bytes) == sizeof bytes ? 0 : 1);
+    }
+    close(pipe[1]);
+    if (read(pipe[0], &bytes, sizeof bytes) != sizeof bytes) {
+      state.SkipWithError("the measurement failed");
+    }
+    close(pipe[0]);
+    waitpid(child, nullptr, 0);
+    Contest::measured(state, bytes);
+  }
+}
+
+[[maybe_unused]] bool const entered = [] {
+  using Contest::enter;
+  char const* const policy = "policy of 1000 rules";
+  enter(policy, "ours", &wholePolicy<Ours>);
+  enter(policy, "floor", &wholePolicy<Floor>);
+  enter(policy, "unordered_map", &wholePolicy<Fake<Table, TableSet>>);
+  enter(policy, "ON_CALL", &wholePolicy<MockWithDefaults>);
+  enter(policy, "EXPECT_CALL", &driveExpectations);
+  char const* const named = "policy of 1000 rules, by name";
+  enter(named, "ours", &wholePolicy<ByName>);
+  enter(named, "direct", &wholePolicy<Ours>);
+  char const* const second = "second pass over a filled record, per call";
+  enter(second, "ours", &secondPass<Ours>);
+  enter(second, "floor", &secondPass<Floor>);
+  enter(second, "unordered_map", &secondPass<Fake<Table, TableSet>>);
+  char const* const bytes = "heap bytes per recorded rule";
+  enter(bytes, "ours", &memory<Ours>)->Iterations(1);
+  enter(bytes, "floor", &memory<Floor>)->Iterations(1);
+  enter(bytes, "unordered_map", &memory<Fake<Table, TableSet>>)->Iterations(1);
+#ifdef BENCH_WITH_ABSL
+  enter(policy, "flat map", &wholePolicy<Fake<FlatTable, FlatTableSet>>);
+  enter(second, "flat map", &secondPass<Fake<FlatTable, FlatTableSet>>);
+  enter(bytes, "flat map", &memory<Fake<FlatTable, FlatTableSet>>)->Iterations(1);
+#endif
+  return true;
+}();
 
 }  // namespace
 

@@ -1,15 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// An attribute write with 0, 1, 4 and 64 observers, compared with a list of observers without any
+// guarantee (the floor), with hand-written callbacks that give the same guarantees as ours (they
+// iterate over a snapshot of the list, skip removed entries, and keep exceptions from the writer),
+// and with signals of other libraries.
 
-// An attribute write with 0, 1, 4 and 64 observers, compared with hand-written callbacks that give
-// the same guarantees: they iterate over a snapshot of the list, skip removed entries, and keep
-// exceptions from the writer.
+#include "bench/Contest.h"
+#include "bench/peers/Floor.h"
 
 #include <Kor/Entity.h>
 
-#include <benchmark/benchmark.h>
+#ifdef BENCH_WITH_QT
+#include "bench/peers/QtMeter.h"
+#endif
+#ifdef BENCH_WITH_SIGC
+#include <sigc++/sigc++.h>
+#endif
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -89,35 +99,6 @@ class HandLamp {
   std::vector<std::shared_ptr<Connection>> connections_;
 };
 
-// The minimum without guarantees: the list must not change during an iteration.
-class BareLamp {
- public:
-  class Observer {
-   public:
-    virtual ~Observer() = default;
-    virtual void onBrightness() = 0;
-  };
-  void observerIs(Observer* observer) { observers_.push_back(observer); }
-  void brightnessIs(int brightness) {
-    if (brightness_ != brightness) {
-      brightness_ = brightness;
-      for (Observer* const observer : observers_) {
-        observer->onBrightness();
-      }
-    }
-  }
-
- private:
-  int brightness_ = 0;
-  std::vector<Observer*> observers_;
-};
-
-class CountingObserver : public BareLamp::Observer {
- public:
-  void onBrightness() override { ++calls; }
-  int calls = 0;
-};
-
 template <class L>
 void writeRepeatedly(benchmark::State& state, L& lamp) {
   int brightness = 0;
@@ -145,17 +126,63 @@ void byHandWithGuarantees(benchmark::State& state) {
 }
 
 void byHandBare(benchmark::State& state) {
-  BareLamp lamp;
-  std::vector<CountingObserver> observers(static_cast<std::size_t>(state.range(0)));
-  for (auto& observer : observers) {
-    lamp.observerIs(&observer);
+  Peers::BareLamp lamp;
+  std::vector<std::unique_ptr<Peers::BareLamp::Observer>> observers;
+  for (int i = 0; i < state.range(0); ++i) {
+    lamp.observerIs(observers.emplace_back(Peers::makeCountingObserver()).get());
   }
   writeRepeatedly(state, lamp);
 }
 
-BENCHMARK(ours)->Arg(0)->Arg(1)->Arg(4)->Arg(64);
-BENCHMARK(byHandWithGuarantees)->Arg(0)->Arg(1)->Arg(4)->Arg(64);
-BENCHMARK(byHandBare)->Arg(0)->Arg(1)->Arg(4)->Arg(64);
+#ifdef BENCH_WITH_SIGC
+class SigcLamp {
+ public:
+  sigc::signal<void>& changed() { return changed_; }
+  void brightnessIs(int brightness) {
+    if (brightness_ != brightness) {
+      brightness_ = brightness;
+      changed_.emit();
+    }
+  }
+
+ private:
+  int brightness_ = 0;
+  sigc::signal<void> changed_;
+};
+
+void withSigc(benchmark::State& state) {
+  SigcLamp lamp;
+  int calls = 0;
+  for (int i = 0; i < state.range(0); ++i) {
+    lamp.changed().connect([&calls] { ++calls; });
+  }
+  writeRepeatedly(state, lamp);
+}
+#endif
+
+#ifdef BENCH_WITH_QT
+void withQt(benchmark::State& state) {
+  auto const lamp = Peers::makeQtLamp(static_cast<int>(state.range(0)));
+  writeRepeatedly(state, *lamp);
+}
+#endif
+
+[[maybe_unused]] bool const entered = [] {
+  using Contest::enter;
+  for (int const observers : {0, 1, 4, 64}) {
+    std::string const work = "write with " + std::to_string(observers) + " observers";
+    enter(work, "ours", &ours)->Arg(observers);
+    enter(work, "floor", &byHandBare)->Arg(observers);
+    enter(work, "by hand", &byHandWithGuarantees)->Arg(observers);
+#ifdef BENCH_WITH_SIGC
+    enter(work, "sigc++", &withSigc)->Arg(observers);
+#endif
+#ifdef BENCH_WITH_QT
+    enter(work, "Qt", &withQt)->Arg(observers);
+#endif
+  }
+  return true;
+}();
 
 }  // namespace
 

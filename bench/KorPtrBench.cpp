@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Copies and releases a counted pointer, and makes and ends an object. Compared with a raw pointer
+// (the floor), and with other counted pointers.
 
-// Copies and releases a counted pointer, compared with std::shared_ptr.
+#include "bench/Contest.h"
 
 #include <Kor/PtrInterface.h>
 
-#include <benchmark/benchmark.h>
+#ifdef BENCH_WITH_BOOST
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+#include <boost/smart_ptr/intrusive_ref_counter.hpp>
+#endif
 
-#include <atomic>
 #include <memory>
-#include <thread>
 
 namespace {
 
@@ -22,6 +26,15 @@ void copyAndRelease(benchmark::State& state) {
   }
 }
 
+void copyRaw(benchmark::State& state) {
+  auto const thing = std::make_unique<int>(7);
+  for (auto _ : state) {
+    int* copy = thing.get();
+    benchmark::DoNotOptimize(copy);
+    benchmark::ClobberMemory();
+  }
+}
+
 // std::shared_ptr counts without atomics until the program creates its second thread.
 void copyAndReleaseShared(benchmark::State& state) {
   auto const thing = std::make_shared<int>(7);
@@ -30,15 +43,28 @@ void copyAndReleaseShared(benchmark::State& state) {
     benchmark::DoNotOptimize(copy);
   }
 }
-// Registered last: from here on the program counts as multi-threaded.
-void copyAndReleaseSharedWithThreads(benchmark::State& state) {
-  std::atomic<bool> stop = false;
-  std::thread idle([&stop] { stop.wait(false); });
-  copyAndReleaseShared(state);
-  stop = true;
-  stop.notify_all();
-  idle.join();
+
+#ifdef BENCH_WITH_BOOST
+class BoostThing : public boost::intrusive_ref_counter<BoostThing, boost::thread_unsafe_counter> {
+ public:
+  virtual ~BoostThing() = default;
+};
+
+void copyAndReleaseBoost(benchmark::State& state) {
+  boost::intrusive_ptr<BoostThing> const thing(new BoostThing);
+  for (auto _ : state) {
+    boost::intrusive_ptr<BoostThing> copy = thing;
+    benchmark::DoNotOptimize(copy);
+  }
 }
+
+void makeAndEndBoost(benchmark::State& state) {
+  for (auto _ : state) {
+    boost::intrusive_ptr<BoostThing> thing(new BoostThing);
+    benchmark::DoNotOptimize(thing);
+  }
+}
+#endif
 
 void makeAndEnd(benchmark::State& state) {
   for (auto _ : state) {
@@ -53,11 +79,21 @@ void makeAndEndShared(benchmark::State& state) {
   }
 }
 
-BENCHMARK(copyAndRelease);
-BENCHMARK(copyAndReleaseShared);
-BENCHMARK(makeAndEnd);
-BENCHMARK(makeAndEndShared);
-BENCHMARK(copyAndReleaseSharedWithThreads);
+[[maybe_unused]] bool const entered = [] {
+  using Contest::enter;
+  char const* const copy = "Ptr, copy and release";
+  char const* const make = "Ptr, make and end";
+  enter(copy, "ours", &copyAndRelease);
+  enter(copy, "floor", &copyRaw);
+  enter(copy, "shared_ptr", &copyAndReleaseShared);
+  enter(make, "ours", &makeAndEnd);
+  enter(make, "shared_ptr", &makeAndEndShared);
+#ifdef BENCH_WITH_BOOST
+  enter(copy, "boost", &copyAndReleaseBoost);
+  enter(make, "boost", &makeAndEndBoost);
+#endif
+  return true;
+}();
 
 }  // namespace
 

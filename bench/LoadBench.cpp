@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// Opens the libraries in a fresh process: linking and the registration of all types. Each
+// measurement forks.
 
-// Opens the library in a fresh process: linking and the registration of all types. Each measurement
-// forks.
+#include "bench/Contest.h"
 
 #include <Kor/KorType.h>
-
-#include <benchmark/benchmark.h>
 
 #include <array>
 #include <chrono>
@@ -14,12 +14,13 @@
 #include <initializer_list>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
 // Opens the libraries in a child process. Returns how long the last one took, in seconds; negative
 // on failure.
-double secondsToOpen(std::initializer_list<char const*> libraries) {
+double secondsToOpen(std::vector<char const*> const& libraries) {
   std::array<int, 2> ends{};
   if (pipe(ends.data()) != 0) {
     return -1;
@@ -44,7 +45,7 @@ double secondsToOpen(std::initializer_list<char const*> libraries) {
   return heard ? seconds : -1;
 }
 
-void measure(benchmark::State& state, std::initializer_list<char const*> libraries) {
+void measure(benchmark::State& state, std::vector<char const*> const& libraries) {
   static_cast<void>(Kor::KorType::all());  // Kor is loaded already
   for (auto _ : state) {
     double const seconds = secondsToOpen(libraries);
@@ -56,15 +57,17 @@ void measure(benchmark::State& state, std::initializer_list<char const*> librari
   }
 }
 
-void openLibrary(benchmark::State& state) {
-  measure(state, {POLICYMAP_LIBRARY, POLICYMAPTEST_LIBRARY});
-}
-BENCHMARK(openLibrary)->UseManualTime()->Unit(benchmark::kMicrosecond);
-
-void openCoreAndLibrary(benchmark::State& state) {
-  measure(state, {POLICYMAPTEST_LIBRARY});
-}
-BENCHMARK(openCoreAndLibrary)->UseManualTime()->Unit(benchmark::kMicrosecond);
+[[maybe_unused]] bool const entered = [] {
+  auto const enter = [](char const* work, std::initializer_list<char const*> libraries) {
+    std::vector<char const*> const opened(libraries);
+    Contest::enter(work, "ours", [opened](benchmark::State& state) { measure(state, opened); })
+        ->UseManualTime()
+        ->Iterations(20);
+  };
+  enter("opening the library after the platform", {POLICYMAP_LIBRARY, POLICYMAPTEST_LIBRARY});
+  enter("opening the library and the platform", {POLICYMAPTEST_LIBRARY});
+  return true;
+}();
 
 }  // namespace
 

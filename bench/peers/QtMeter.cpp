@@ -5,6 +5,7 @@
 #include <QMetaProperty>
 #include <QObject>
 #include <QVariant>
+#include <vector>
 
 namespace Peers {
 
@@ -34,17 +35,10 @@ class QtMeterOf final : public QtMeter {
 
   void writeKept(std::uint32_t value) override { property_.write(&meter_, value); }
   std::uint32_t readKept() override { return property_.read(&meter_).toUInt(); }
-  std::uint32_t readByName() override { return meter_.property("reading").toUInt(); }
   std::uint32_t callKept(std::uint32_t a, std::uint32_t b) override {
     uint result = 0;
     method_.invoke(&meter_, Qt::DirectConnection, Q_RETURN_ARG(uint, result), Q_ARG(uint, a),
                    Q_ARG(uint, b));
-    return result;
-  }
-  std::uint32_t callByName(std::uint32_t a, std::uint32_t b) override {
-    uint result = 0;
-    QMetaObject::invokeMethod(&meter_, "weigh", Qt::DirectConnection, Q_RETURN_ARG(uint, result),
-                              Q_ARG(uint, a), Q_ARG(uint, b));
     return result;
   }
 
@@ -56,6 +50,53 @@ class QtMeterOf final : public QtMeter {
 
 std::unique_ptr<QtMeter> makeQtMeter() {
   return std::make_unique<QtMeterOf>();
+}
+
+class Lamp : public QObject {
+  Q_OBJECT
+
+ public:
+  void brightnessIs(int brightness) {
+    if (brightness_ != brightness) {
+      brightness_ = brightness;
+      emit brightnessChanged();
+    }
+  }
+ signals:
+  void brightnessChanged();
+
+ private:
+  int brightness_ = 0;
+};
+
+class Watcher : public QObject {
+  Q_OBJECT
+
+ public slots:
+  void onBrightness() { ++calls_; }
+
+ private:
+  int calls_ = 0;
+};
+
+class QtLampOf final : public QtLamp {
+ public:
+  explicit QtLampOf(int observers) {
+    for (int number = 0; number < observers; ++number) {
+      watchers_.push_back(std::make_unique<Watcher>());
+      QObject::connect(&lamp_, &Lamp::brightnessChanged, watchers_.back().get(),
+                       &Watcher::onBrightness);
+    }
+  }
+  void brightnessIs(int brightness) override { lamp_.brightnessIs(brightness); }
+
+ private:
+  Lamp lamp_;
+  std::vector<std::unique_ptr<Watcher>> watchers_;
+};
+
+std::unique_ptr<QtLamp> makeQtLamp(int observers) {
+  return std::make_unique<QtLampOf>(observers);
 }
 
 }  // namespace Peers
