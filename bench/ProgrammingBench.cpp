@@ -175,68 +175,6 @@ void oneRuleChanged(benchmark::State& state) {
 }
 BENCHMARK(oneRuleChanged)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 
-// A policy of N classes with one rule and one action each.
-class ManyClasses {
- public:
-  explicit ManyClasses(std::uint32_t classes) {
-    Kor::EventLoop::global().virtualTimeIs(true);
-    auto const policy = Kor::make<PolicyMap::PolicyMapSubConfig>("policy");
-    for (std::uint32_t number = 0; number < classes; ++number) {
-      Kor::Name const name(Kor::String("class" + std::to_string(number)));
-      acls_->ipAclIs(name)->ruleIs(10, ruleNumber(number));
-      auto const matches = Kor::make<PolicyMap::ClassMapSubConfig>(name);
-      matches->matchIs(1, PolicyMap::ClassMapMatch::acl(ClassMapMatchOption::ipv4, name));
-      classes_->classMapConfigIs(name)->currentSubConfigIs(matches);
-      policy->classPrioIs(name, number);
-      action_ = PolicyMapTest::testAction1Factory(name, {});
-      policy->classActionIs(name)->actionIs(PolicyMap::ActionType{1}, action_);
-    }
-    policies_->policyMapConfigIs("policy")->currentSubConfigIs(policy);
-    attach("Ethernet1");
-    machine_ = PolicyMapTest::testServicePolicySmFactory(
-        policies_, classes_, nullptr, Kor::make<PolicyMap::PolicyMapTypeStatus>(), acls_, nullptr,
-        nullptr, nullptr, nullptr, nullptr, helper_, Kor::make<Acl::AclDiff>(), true, true, true);
-    program();
-  }
-  void program() { Kor::EventLoop::global().runUntilIdle(); }
-  void attach(char const* where) {
-    policies_->servicePolicyIs({Vorel::IntfId(Kor::String(where)), "input"}, "policy");
-  }
-  void detach(char const* where) {
-    policies_->servicePolicyDel({Vorel::IntfId(Kor::String(where)), "input"});
-  }
-  void changeOneAction() { action_->valueIs(action_->value() + 1); }
-
- private:
-  Kor::Ptr<Acl::Config> acls_ = Kor::make<Acl::Config>();
-  Kor::Ptr<PolicyMap::ClassMapTypeConfig> classes_ = Kor::make<PolicyMap::ClassMapTypeConfig>();
-  Kor::Ptr<PolicyMap::PolicyMapTypeConfig> policies_ = Kor::make<PolicyMap::PolicyMapTypeConfig>();
-  Kor::Ptr<PolicyMapTest::AclHelper> helper_ = PolicyMapTest::aclHelperFactory(true, false);
-  Kor::Ptr<PolicyMapTest::TestAction1> action_;
-  Kor::Ptr<PolicyMapTest::TestServicePolicySm> machine_;
-};
-
-// The cost of one change in a policy of N classes, which should not depend on N.
-void oneActionAmongClasses(benchmark::State& state) {
-  ManyClasses policy(static_cast<std::uint32_t>(state.range(0)));
-  for (auto _ : state) {
-    policy.changeOneAction();
-    policy.program();
-  }
-}
-BENCHMARK(oneActionAmongClasses)->Arg(10)->Arg(10000)->Unit(benchmark::kMicrosecond);
-
-void oneIntfAmongClasses(benchmark::State& state) {
-  ManyClasses policy(static_cast<std::uint32_t>(state.range(0)));
-  for (auto _ : state) {
-    policy.attach("Ethernet2");
-    policy.program();
-    policy.detach("Ethernet2");
-    policy.program();
-  }
-}
-BENCHMARK(oneIntfAmongClasses)->Arg(10)->Arg(10000)->Unit(benchmark::kMicrosecond);
-
 }  // namespace
 
 BENCHMARK_MAIN();

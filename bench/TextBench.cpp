@@ -7,6 +7,7 @@
 
 #include <Kor/Strep.h>
 #include <PolicyMap/AclRuleKey.h>
+
 #include <nlohmann/json.hpp>
 
 #include <charconv>

@@ -21,7 +21,9 @@ class Meter {
 class RttrMeterOf final : public Peers::RttrMeter {
  public:
   void writeKept(std::uint32_t value) override { property_.set_value(meter_, value); }
-  std::uint32_t readKept() override { return property_.get_value(meter_).get_value<std::uint32_t>(); }
+  std::uint32_t readKept() override {
+    return property_.get_value(meter_).get_value<std::uint32_t>();
+  }
   std::uint32_t callKept(std::uint32_t a, std::uint32_t b) override {
     return method_.invoke(meter_, a, b).get_value<std::uint32_t>();
   }

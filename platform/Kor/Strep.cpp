@@ -8,13 +8,37 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <optional>
+#include <utility>
 
 namespace Kor {
 namespace {
 
+// Consumes a run of decimal digits that is a whole literal, as most integers are; returns false,
+// without consuming anything, for literals of another kind.
+bool takePlainInteger(TextIterator& it, TextIterator const& end, std::uint64_t& number) {
+  std::string_view const text = textAhead(it, end);
+  auto const result = std::from_chars(text.data(), text.data() + text.size(), number);
+  auto const length = static_cast<std::size_t>(result.ptr - text.data());
+  constexpr std::string_view goOn = "_xXoObB";  // after digits, or after the zero of a prefix
+  if (result.ec != std::errc() || length == 0 ||
+      (length < text.size() && goOn.find(text[length]) != std::string_view::npos)) {
+    return false;
+  }
+  skipBytes(it, length);
+  return true;
+}
+
 template <class Number>
 Number readInteger(TextIterator& it, TextIterator const& end, Number lowest, Number highest) {
   skipSpace(it, end);
+  TextIterator const start = it;
+  std::uint64_t plain = 0;
+  if (takePlainInteger(it, end, plain) && std::in_range<Number>(plain) &&
+      static_cast<Number>(plain) >= lowest && static_cast<Number>(plain) <= highest) {
+    return static_cast<Number>(plain);
+  }
+  it = start;
   std::string_view const text = textAhead(it, end);
   IntegerLiteral const literal = integerLiteral(text);
   std::string const& digits = literal.digits.plain;
@@ -36,10 +60,42 @@ Number readInteger(TextIterator& it, TextIterator const& end, Number lowest, Num
   return number;
 }
 
+void needChar(TextIterator& it, TextIterator const& end, char wanted) {
+  if (!takeChar(it, end, wanted)) {
+    failAtColumn("expected " + std::string(1, wanted), it.position());
+  }
+}
+
+// Parses a text. The result is in the parsed text, or in the buffer.
+std::string_view readText(TextIterator& it, TextIterator const& end, std::string& buffer) {
+  if (std::optional<std::string_view> const plain = takePlainLiteral(it, end)) {
+    return *plain;
+  }
+  buffer = readStringLiteral(it, end);
+  return buffer;
+}
+
 }  // namespace
 
+void appendStrep(std::string& to, String const& text) {
+  appendStringLiteral(to, text.view());
+}
+
+void appendStrep(std::string& to, std::uint64_t number) {
+  std::array<char, 20> digits{};
+  to.append(digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr);
+}
+
+void appendStrep(std::string& to, std::int64_t number) {
+  std::array<char, 20> digits{};
+  to.append(digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr);
+}
+
 String valueToStrep(String const& text) {
-  return stringLiteral(text.view());
+  std::string literal;
+  literal.reserve(text.length() + 2);
+  appendStringLiteral(literal, text.view());
+  return literal;
 }
 
 String valueToStrep(double number) {
@@ -67,7 +123,11 @@ String unsignedToStrep(std::uint64_t number) {
 
 void sequenceToValue(TextIterator& it, TextIterator const& end, String& text) {
   skipSpace(it, end);
-  text = String(readStringLiteral(it, end));
+  if (std::optional<std::string_view> const plain = takePlainLiteral(it, end)) {
+    text = String(*plain);
+  } else {
+    text = String(readStringLiteral(it, end));
+  }
 }
 
 void sequenceToValue(TextIterator& it, TextIterator const& end, Name& text) {
@@ -150,23 +210,26 @@ String enumToText(EnumNames const& names, std::int32_t value) {
 }
 
 String enumToStrep(EnumNames const& names, std::int32_t value) {
-  String const text = enumToText(names, value);
-  bool const named = value >= 0 && static_cast<std::size_t>(value) < names.count;
-  return named ? "'" + text + "'" : text;
+  if (value < 0 || static_cast<std::size_t>(value) >= names.count) {
+    return signedToStrep(value);
+  }
+  std::string literal("'");
+  literal.append(names.names[value]).push_back('\'');
+  return literal;
 }
 
 std::int32_t sequenceToEnum(TextIterator& it, TextIterator const& end, EnumNames const& names) {
   skipSpace(it, end);
   char const c = charAhead(it, end);
   if (c == '\'' || c == '"') {
-    String text;
-    sequenceToValue(it, end, text);
+    std::string buffer;
+    std::string_view const text = readText(it, end, buffer);
     for (std::size_t i = 0; i < names.count; ++i) {
-      if (text.view() == names.names[i]) {
+      if (text == names.names[i]) {
         return static_cast<std::int32_t>(i);
       }
     }
-    throw RangeException(std::string(names.type) + " has no such value: " + text.stdString());
+    throw RangeException(std::string(names.type) + " has no such value: " + std::string(text));
   }
   if (integerLiteral(textAhead(it, end)).digits.plain.empty()) {
     failAtColumn("expected " + std::string(names.type), it.position());
@@ -177,6 +240,16 @@ std::int32_t sequenceToEnum(TextIterator& it, TextIterator const& end, EnumNames
 }
 
 void ValueReader::open(TextIterator& it, TextIterator const& end) const {
+  constexpr std::string_view head = "Value('";
+  constexpr std::string_view tail = "', ** {";
+  std::string_view const ahead = textAhead(it, end);
+  std::size_t const length = head.size() + typeName_.size() + tail.size();
+  if (ahead.size() >= length && ahead.starts_with(head) &&
+      ahead.substr(head.size(), typeName_.size()) == typeName_ &&
+      ahead.substr(length - tail.size(), tail.size()) == tail) {
+    skipBytes(it, length);  // as it is printed
+    return;
+  }
   needString(it, end, " Value");
   needString(it, end, " (");
   needString(it, end, " '" + std::string(typeName_) + "'");
@@ -186,31 +259,31 @@ void ValueReader::open(TextIterator& it, TextIterator const& end) const {
 }
 
 bool ValueReader::more(TextIterator& it, TextIterator const& end) const {
-  needString(it, end, " ");
-  if (atEnd(it, end)) {
-    throw RangeException("premature end of value type " + std::string(shortTypeName(typeName_)));
-  }
-  if (*it != '}') {
+  if (!takeChar(it, end, '}')) {
+    if (atEnd(it, end)) {
+      throw RangeException("premature end of value type " + std::string(shortTypeName(typeName_)));
+    }
     return true;
   }
-  needString(it, end, "} ");
-  needString(it, end, ") ");
+  needChar(it, end, ')');
+  skipSpace(it, end);
   return false;
 }
 
-String ValueReader::attributeName(TextIterator& it, TextIterator const& end, bool first) {
+std::string_view ValueReader::attributeName(TextIterator& it, TextIterator const& end, bool first,
+                                            std::string& buffer) {
   if (!first) {
-    needString(it, end, ", ");
+    needChar(it, end, ',');
   }
-  String name;
-  sequenceToValue(it, end, name);
-  needString(it, end, " : ");
+  skipSpace(it, end);
+  std::string_view const name = readText(it, end, buffer);
+  needChar(it, end, ':');
   return name;
 }
 
-void ValueReader::unknownAttribute(String const& name) const {
+void ValueReader::unknownAttribute(std::string_view name) const {
   throw RangeException(std::string(shortTypeName(typeName_)) +
-                       " has no such attribute: " + name.stdString());
+                       " has no such attribute: " + std::string(name));
 }
 
 }  // namespace Kor

@@ -59,6 +59,11 @@ KOR_API String valueToStrep(double number);  // the shortest text that parses ba
 KOR_API String signedToStrep(std::int64_t number);
 KOR_API String unsignedToStrep(std::uint64_t number);
 
+// The same, appended to a text; for the parts of a longer one.
+KOR_API void appendStrep(std::string& to, String const& text);
+KOR_API void appendStrep(std::string& to, std::uint64_t number);
+KOR_API void appendStrep(std::string& to, std::int64_t number);
+
 template <std::integral Number>
 String valueToStrep(Number number) {
   if constexpr (std::same_as<Number, bool>) {
@@ -182,8 +187,9 @@ class KOR_API ValueReader {
   template <class ReadField>
   void read(TextIterator& it, TextIterator const& end, ReadField&& readField) const {
     open(it, end);
+    std::string buffer;
     for (bool first = true; more(it, end); first = false) {
-      String const name = attributeName(it, end, first);
+      std::string_view const name = attributeName(it, end, first, buffer);
       if (!readField(it, end, name)) {
         unknownAttribute(name);
       }
@@ -194,20 +200,37 @@ class KOR_API ValueReader {
   void open(TextIterator& it, TextIterator const& end) const;
   // Returns false once the closing brace and parenthesis are consumed.
   bool more(TextIterator& it, TextIterator const& end) const;
-  static String attributeName(TextIterator& it, TextIterator const& end, bool first);
-  [[noreturn]] void unknownAttribute(String const& name) const;
+  // The name is in the parsed text, or in the buffer.
+  static std::string_view attributeName(TextIterator& it, TextIterator const& end, bool first,
+                                        std::string& buffer);
+  [[noreturn]] void unknownAttribute(std::string_view name) const;
 
   std::string_view typeName_;
 };
 
+// Appends the text of an attribute, for most without a text of its own.
+template <class T>
+void appendAttribute(std::string& to, T const& value) {
+  if constexpr (std::derived_from<T, String>) {
+    appendStrep(to, static_cast<String const&>(value));
+  } else if constexpr (std::unsigned_integral<T> && !std::same_as<T, bool>) {
+    appendStrep(to, std::uint64_t{value});
+  } else if constexpr (std::signed_integral<T>) {
+    appendStrep(to, std::int64_t{value});
+  } else {
+    to.append(valueToStrep(value).view());
+  }
+}
+
 template <ValueWithFields T>
 String valueToStrep(T const& value) {
-  std::string text("Value('");
-  text.append(T::korTypeName).append("', ** {");
+  std::string text;
+  text.reserve(256);
+  text.append("Value('").append(T::korTypeName).append("', ** {");
   std::string_view separator;
   auto const print = [&](auto const& field) {
     text.append(separator).append("'").append(field.name).append("': ");
-    text.append(valueToStrep((value.*field.get)()).view());
+    appendAttribute(text, (value.*field.get)());
     separator = ", ";
   };
   static constexpr auto all = T::korFields();
@@ -225,16 +248,16 @@ std::ostream& operator<<(std::ostream& out, T const& value) {
 // missing one keeps its value.
 template <ValueWithFields T>
 void readValueFields(TextIterator& it, TextIterator const& end, T& value) {
-  auto const readField = [&](TextIterator& at, TextIterator const& last, String const& name) {
+  auto const readField = [&](TextIterator& at, TextIterator const& last, std::string_view name) {
     auto const take = [&](auto const& field) {
-      if (name.view() != field.name) {
+      if (name != field.name) {
         return false;
       }
       try {
         using Type = std::remove_cvref_t<decltype((value.*field.get)())>;
         (value.*field.set)(sequenceTo<Type>(at, last));
       } catch (RangeException const& error) {
-        rethrowFromDeserializeAttr(error, name);
+        rethrowFromDeserializeAttr(error, String(name));
       }
       return true;
     };

@@ -20,7 +20,7 @@ String8::Text* String8::compose(std::string_view head, std::string_view tail) {
     std::memcpy(bytes + head.size(), tail.data(), tail.size());
   }
   bytes[length] = '\0';
-  return new (memory) Text{1, hashBytes({bytes, length}), length};
+  return new (memory) Text{1, 0, length};
 }
 
 void String8::dispose(Text* text) noexcept {

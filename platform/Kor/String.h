@@ -2,7 +2,7 @@
 #pragma once
 
 // String: immutable text, shared by its copies, one pointer wide. It may contain any bytes,
-// including NUL. The hash is computed on construction and stored with the text.
+// including NUL. The hash is computed when it is first asked for, and stored with the text.
 
 #include "Kor/Export.h"
 #include "Kor/Hash.h"
@@ -60,7 +60,13 @@ class KOR_API String8 {
   // The same, for templates that construct a std::string, such as the matchers of Google Mock.
   explicit operator std::string() const { return stdString(); }
   [[nodiscard]] std::uint32_t hash() const {
-    return text_ == nullptr ? hashBytes({}) : text_->hash;
+    if (text_ == nullptr) {
+      return hashBytes({});
+    }
+    if (text_->hash == 0) [[unlikely]] {
+      text_->hash = hashBytes(view());
+    }
+    return text_->hash;
   }
   char operator[](std::size_t position) const { return view()[position]; }
 
@@ -83,12 +89,16 @@ class KOR_API String8 {
 
  private:
   static bool sameText(String8 const& a, String8 const& b) {
-    return a.hash() == b.hash() && a.view() == b.view();
+    return a.length() == b.length() && !differInHash(a, b) && a.view() == b.view();
+  }
+  static bool differInHash(String8 const& a, String8 const& b) {
+    return !a.empty() && !b.empty() && a.text_->hash != 0 && b.text_->hash != 0 &&
+           a.text_->hash != b.text_->hash;
   }
 
   struct Text {
     std::uint32_t references;
-    std::uint32_t hash;
+    std::uint32_t hash;  // 0: not computed yet, or computed each time in the rare case that it is 0
     std::size_t length;
     [[nodiscard]] char const* bytes() const { return reinterpret_cast<char const*>(this + 1); }
   };

@@ -4,6 +4,7 @@
 #include "Kor/TextAhead.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <utility>
 
@@ -209,9 +210,19 @@ class StringLiteralReader {
 
 }  // namespace
 
-std::string stringLiteral(std::string_view bytes) {
-  std::string literal("'");
+void appendStringLiteral(std::string& literal, std::string_view bytes) {
+  auto const isPlain = [](char c) { return c >= ' ' && c < '\x7f' && c != '\\' && c != '\''; };
+  literal.push_back('\'');
   for (std::size_t i = 0; i < bytes.size();) {
+    std::size_t plain = i;
+    while (plain < bytes.size() && isPlain(bytes[plain])) {
+      ++plain;
+    }
+    literal.append(bytes.substr(i, plain - i));
+    if (plain == bytes.size()) {
+      break;
+    }
+    i = plain;
     char const c = bytes[i];
     if (c == '\\' || c == '\'') {
       literal.push_back('\\');
@@ -222,8 +233,6 @@ std::string stringLiteral(std::string_view bytes) {
       literal.append("\\r");
     } else if (c == '\t') {
       literal.append("\\t");
-    } else if (c >= ' ' && c < '\x7f') {
-      literal.push_back(c);
     } else if (std::size_t const length = utf8Length(bytes.substr(i)); length != 0) {
       literal.append(bytes.substr(i, length));
       i += length - 1;
@@ -233,11 +242,37 @@ std::string stringLiteral(std::string_view bytes) {
     ++i;
   }
   literal.push_back('\'');
-  return literal;
 }
 
 std::string readStringLiteral(TextIterator& it, TextIterator const& end) {
   return StringLiteralReader(it, end).read();
+}
+
+std::optional<std::string_view> takePlainLiteral(TextIterator& it, TextIterator const& end) {
+  std::string_view const ahead = textAhead(it, end);
+  char const quote = ahead.empty() ? '\0' : ahead[0];
+  if (quote != '\'' && quote != '"') {
+    return std::nullopt;
+  }
+  constexpr auto stops = [] {
+    std::array<bool, 256> chars{};
+    for (char const c : {'\'', '"', '\\', '\n', '\r'}) {
+      chars[static_cast<unsigned char>(c)] = true;
+    }
+    return chars;
+  }();
+  std::size_t place = 1;
+  while (place < ahead.size() &&
+         (!stops[static_cast<unsigned char>(ahead[place])] ||
+          (ahead[place] != quote && (ahead[place] == '\'' || ahead[place] == '"')))) {
+    ++place;
+  }
+  bool const closed = place < ahead.size() && ahead[place] == quote;
+  if (!closed || (place == 1 && ahead.substr(2).starts_with(quote))) {
+    return std::nullopt;  // with more than its bytes, without an end, or in three quotes
+  }
+  skipBytes(it, place + 1);
+  return ahead.substr(1, place - 1);
 }
 
 }  // namespace Kor

@@ -6,18 +6,14 @@
 #include <string>
 
 namespace Kor {
-namespace {
-
-bool isSpace(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-}  // namespace
 
 void skipSpace(TextIterator& it, TextIterator const& end) {
-  while (!atEnd(it, end) && isSpace(*it)) {
-    ++it;
+  std::string_view const ahead = textAhead(it, end);
+  std::size_t place = 0;
+  while (place != ahead.size() && isSpace(ahead[place])) {
+    ++place;
   }
+  skipBytes(it, place);
 }
 
 bool takeString(TextIterator& it, TextIterator const& end, std::string_view token) {

@@ -27,19 +27,27 @@ AclRuleKey::AclRuleKey(Kor::TextIterator& it, Kor::TextIterator const& end) : Ac
 }
 
 void AclRuleKey::classNameIs(Kor::Name const& name) {
-  *this = AclRuleKey(name, aclName_, seqno_, matchOption_);
+  className_ = name;
+  rehash();
 }
 
 void AclRuleKey::aclNameIs(Kor::Name const& name) {
-  *this = AclRuleKey(className_, name, seqno_, matchOption_);
+  aclName_ = name;
+  rehash();
 }
 
 void AclRuleKey::seqnoIs(std::uint32_t seqno) {
-  *this = AclRuleKey(className_, aclName_, seqno, matchOption_);
+  seqno_ = seqno;
+  rehash();
 }
 
 void AclRuleKey::matchOptionIs(ClassMapMatchOption option) {
-  *this = AclRuleKey(className_, aclName_, seqno_, option);
+  matchOption_ = option;
+  rehash();
+}
+
+void AclRuleKey::rehash() {
+  hash_ = hashOf(className_, aclName_, seqno_, matchOption_);
 }
 
 Kor::KorType* AclRuleKey::_fwkType() {

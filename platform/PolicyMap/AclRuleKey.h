@@ -63,6 +63,8 @@ class POLICYMAP_API AclRuleKey {
   }
 
  private:
+  void rehash();
+
   Kor::Name className_;
   Kor::Name aclName_;
   std::uint32_t seqno_;
