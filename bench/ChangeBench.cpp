@@ -94,8 +94,8 @@ void oneIntf(benchmark::State& state, int classes) {
 
 [[maybe_unused]] bool const entered = [] {
   using Contest::enter;
-  for (auto const& [what, change] : {std::pair("one action value", &oneAction),
-                                     std::pair("one interface", &oneIntf)}) {
+  for (auto const& [what, change] :
+       {std::pair("one action value", &oneAction), std::pair("one interface", &oneIntf)}) {
     for (int const classes : {100, 1000, 10000}) {
       std::string const work =
           std::string(what) + " in a policy of " + std::to_string(classes) + " classes";

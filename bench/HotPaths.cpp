@@ -102,8 +102,8 @@ HOT(write_by_kept_name)(Kor::GenericRef const& helper, Kor::AttributeName const&
   }
 }
 
-HOT(call_by_kept_name)(Kor::GenericRef const& helper, Kor::AttributeName const& name,
-                       Policy const& policy) {
+HOT(call_by_kept_name)
+(Kor::GenericRef const& helper, Kor::AttributeName const& name, Policy const& policy) {
   for (std::uint32_t n = 0; n != repeats; ++n) {
     helper.call(name, policy.policyData, PolicyMap::ClassMapMatchOption::ipv4);
   }

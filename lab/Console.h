@@ -16,6 +16,8 @@ struct Console {
   TextStyle style;
   // Show progress on `err`, which is a terminal.
   bool progress = false;
+  // The process ends after the program: what takes long to destroy may be left to it.
+  bool endsProcess = false;
 };
 
 enum class ExitStatus : int {

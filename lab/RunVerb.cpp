@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <memory>
 #include <utility>
 
 namespace lab {
@@ -305,7 +306,8 @@ ExitStatus RunVerb::run(Console const& console) {
     options.journal = SIZE_MAX;
     options.journalStatuses = true;
   }
-  ScriptRun script(options, arguments_.reading());
+  auto owned = std::make_unique<ScriptRun>(options, arguments_.reading());
+  ScriptRun& script = *owned;
   Run run{script, console, {}, {}, RunReport(arguments_.title())};
   showProgress(run.lab(), progress);
   loadInputs(run);
@@ -316,6 +318,10 @@ ExitStatus RunVerb::run(Console const& console) {
   outcome.findings = script.irregularities();  // those of checks, too
   report(run, outcome);
   writeFiles(run);
+  if (console.endsProcess) {
+    // Taking a million rules apart takes as long as recording them.
+    [[maybe_unused]] static ScriptRun* const kept = owned.release();
+  }
   AttachmentCount const& attachments = outcome.attachments;
   bool const isLeftOut = !arguments_.lenient() && output_ == Output::records &&
                          attachments.programmed != attachments.all;

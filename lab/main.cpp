@@ -26,7 +26,7 @@ bool isTerminal(int file) {
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
-  lab::Console console{std::cout, std::cerr, {}, isTerminal(STDERR_FILENO)};
+  lab::Console console{std::cout, std::cerr, {}, isTerminal(STDERR_FILENO), true};
   console.style.color = isTerminal(STDOUT_FILENO) && !isSet("NO_COLOR");
   try {
     return static_cast<int>(lab::runProgram(argc, argv, console));

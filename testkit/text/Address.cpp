@@ -126,8 +126,9 @@ Address maskedAddress(AddressBytes const& value, AddressBytes const& mask) noexc
 
 AddressBytes prefixMask(std::size_t length) noexcept {
   AddressBytes mask{};
-  for (std::size_t bit = 0; bit != length; ++bit) {
-    mask[bit / 8] = static_cast<std::uint8_t>(mask[bit / 8] | (0x80U >> (bit % 8)));
+  std::fill_n(mask.begin(), length / 8, std::uint8_t{0xff});
+  if (length % 8 != 0) {
+    mask[length / 8] = static_cast<std::uint8_t>(0xff00U >> (length % 8));
   }
   return mask;
 }

@@ -27,9 +27,20 @@ void writeControl(std::string& out, char character) {
   out += {'\\', 'u', '0', '0', hexDigits[byte >> 4U], hexDigits[byte & 0xfU]};
 }
 
+bool isPlain(char c) {
+  return c >= ' ' && c <= '~' && c != '"' && c != '\\';
+}
+
 void writeString(std::string& out, std::string_view text) {
   out += '"';
   while (!text.empty()) {
+    auto const plain = static_cast<std::size_t>(
+        std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
+    out += text.substr(0, plain);
+    text.remove_prefix(plain);
+    if (text.empty()) {
+      break;
+    }
     Utf8Character const character = firstCharacter(text);
     std::size_t const size = std::max<std::size_t>(character.size, 1);
     if (character.size == 0) {

