@@ -8,7 +8,8 @@
 // linked.
 //
 // Cost: an iteration is linear in the current number of members, not in the largest number so far.
-// Removing all members one by one, each time the first, is linear in total.
+// Removing all members one by one, each time the first, is linear in total. An empty map holds no
+// memory.
 //
 // A member type M derives from HashMapLink<M>, is counted (newRef, deleteRef) and provides
 // fwkKey(). A member can be in one map at a time: linking a linked one is the assertion

@@ -26,7 +26,7 @@ class HashMapLink {
   friend class HashTable<Member>;
 
   Member* next_ = nullptr;
-  std::uint32_t reversedHash_ = 0;
+  std::uint32_t hash_ = 0;
 };
 
 }  // namespace Kor

@@ -3,22 +3,28 @@
 
 // HashTable: the buckets of a HashMap.
 //
-// Order: a member is in one of 2^k buckets, chosen by the top k bits of bitReverse(hash). The chain
-// of a bucket is ordered by that reversed hash, ties by key `<`. So an iteration visits the members
-// in ascending reversed hash, whatever k is. Neither growth, which splits chains, nor shrinking,
-// which joins them, disturbs an iteration. Keys are equal by `==`. A member's hash is computed
-// once, when it is linked.
+// Order: an iteration visits the members in ascending reversed hash, members with equal hashes by
+// key `<`, whatever the number of buckets is (see BucketOrder.h). So neither growth nor shrinking
+// disturbs it. The chain of a bucket is in this order, too. Keys are equal by `==`. A member's hash
+// is computed once, when it is linked.
 //
-// A table shrinks when an iteration starts, not when members are removed: only iterations visit
-// empty buckets, and a table that is emptied and filled again need not grow again.
+// Few members are in one chain without a table, and are found by their keys alone. A table shrinks
+// when few of its members are left, so that an iteration costs no more than they are, and is
+// released when the last one leaves.
 
+#include "Kor/Assert.h"
+#include "Kor/BucketOrder.h"
 #include "Kor/Hash.h"
 #include "Kor/HashMapLink.h"
+#include "Kor/MemoryPool.h"
 #include "Kor/Ptr.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <new>
+#include <type_traits>
 
 namespace Kor {
 
@@ -30,116 +36,99 @@ class HashTable {
 
   [[nodiscard]] std::uint32_t members() const { return members_; }
   // Number of chains. A full iteration inspects each of them.
-  [[nodiscard]] std::uint32_t bucketCount() const { return 1U << bits_; }
+  [[nodiscard]] std::uint32_t bucketCount() const { return order_.count(); }
   // Where first() starts. The buckets before it are empty.
   [[nodiscard]] std::uint32_t firstBucket() const { return firstBucket_; }
 
   template <class Key>
   [[nodiscard]] Member* find(Key const& key) const {
-    if (members_ == 0) {
-      return nullptr;
-    }
-    std::uint32_t const reversed = bitReverse(hashOf(key));
-    for (Member* member = buckets_[bucketOf(reversed)]; member != nullptr; member = after(member)) {
-      if (link(member).reversedHash_ >= reversed) {
-        if (link(member).reversedHash_ != reversed) {
-          return nullptr;
-        }
-        if (member->fwkKey() == key) {
-          return member;
-        }
-      }
-    }
-    return nullptr;
+    return lookUp(key,
+                  [](Member** /*chain*/, Member* /*before*/, Member* member) { return member; });
   }
 
   // Unlinks and returns the member at `key`, null if there is none. `key` may be part of that
   // member.
   template <class Key>
   Kor::Ptr<Member> remove(Key const& key) {
-    Member* const member = find(key);
-    return member == nullptr ? nullptr : remove(member);
+    return Kor::Ptr<Member>(lookUp(key, [this](Member** chain, Member* before, Member* member) {
+      return member == nullptr ? nullptr : unlink(*chain, before, member).release();
+    }));
   }
 
   // Unlinks a member of this map.
   Kor::Ptr<Member> remove(Member* member) {
-    std::uint32_t const bucket = bucketOf(link(member).reversedHash_);
+    Member*& chain = chainOf(link(member).hash_);
     Member* before = nullptr;
-    for (Member* m = buckets_[bucket]; m != member; m = after(m)) {
+    for (Member* m = chain; m != member; m = after(m)) {
+      KOR_ASSERT_AS("Kor/HashMap", "member of this map", m != nullptr);
       before = m;
     }
-    Kor::Ptr<Member> removed = share(member);
-    unlink(bucket, before, member);
-    return removed;
+    return unlink(chain, before, member);
   }
 
   void clear() { unlinkAll(); }
 
   // The first member, null if empty; the next after a linked member, null after the last.
   [[nodiscard]] Member* first() const {
-    shrinkIfSparse();
     if (members_ == 0) {
       return nullptr;
     }
     Member* const member = firstFrom(firstBucket_);
-    firstBucket_ = bucketOf(link(member).reversedHash_);
+    firstBucket_ = order_.bucketOf(link(member).hash_);
     return member;
   }
   [[nodiscard]] Member* next(Member const* member) const {
     Member* const successor = after(member);
-    return successor != nullptr ? successor : firstFrom(bucketOf(link(member).reversedHash_) + 1);
+    return successor != nullptr ? successor : firstFrom(order_.bucketOf(link(member).hash_) + 1);
   }
   // The first member after the place of `key`, whether or not `key` is present.
   template <class Key>
   [[nodiscard]] Member* upperBound(Key const& key) const {
-    return upperBound(bitReverse(hashOf(key)), key);
+    return upperBound(hashOf(key), key);
   }
 
  protected:
   HashTable() = default;
   // The table must be empty.
-  ~HashTable() {
-    if (buckets_ != &single_) {
-      delete[] buckets_;
-    }
-  }
+  ~HashTable() { replaceBuckets(&single_, BucketOrder()); }
 
   // Links a member that is in no map. Replaces a member with an equal key and returns the old one.
   // Inlined, because most types insert at one place.
   [[gnu::always_inline]] Kor::Ptr<Member> insertUnlinked(Member* t) {
     auto const& key = t->fwkKey();
-    std::uint32_t const reversed = bitReverse(hashOf(key));
-    // At most half full, so most chains have one member.
-    if (members_ != 0 && 2 * members_ >= bucketCount()) {
-      grow();
+    std::uint32_t const hash = hashOf(key);
+    if (members_ >= full_) [[unlikely]] {
+      rebuild(std::clamp(2 * bucketCount(), fewestBuckets, BucketOrder::most));
     }
+    std::uint32_t const bucket = order_.bucketOf(hash);
+    Member*& chain = buckets_[bucket];
     Member* before = nullptr;
-    Member* member = buckets_[bucketOf(reversed)];
-    while (member != nullptr && precedes(member, reversed, key)) {
+    Member* member = chain;
+    while (member != nullptr && precedes(member, hash, key)) {
       before = member;
       member = after(member);
     }
-    link(t).reversedHash_ = reversed;
-    std::uint32_t const bucket = bucketOf(reversed);
-    Kor::Ptr<Member> replaced;
-    if (member != nullptr && link(member).reversedHash_ == reversed && member->fwkKey() == key) {
-      replaced = share(member);
-      unlink(bucket, before, member);
-      member = before == nullptr ? buckets_[bucket] : after(before);
-    }
+    link(t).hash_ = hash;
     t->newRef();
+    (before == nullptr ? chain : link(before).next_) = t;
+    if (member != nullptr && link(member).hash_ == hash && member->fwkKey() == key) {
+      Member* const successor = after(member);
+      link(t).next_ = successor == nullptr ? t : successor;
+      link(member).next_ = nullptr;
+      ++removals_;
+      return Kor::Ptr<Member>(member);
+    }
     link(t).next_ = member == nullptr ? t : member;
-    (before == nullptr ? buckets_[bucket] : link(before).next_) = t;
     ++members_;
     if (bucket < firstBucket_) [[unlikely]] {
       firstBucket_ = bucket;
     }
-    return replaced;
+    return nullptr;
   }
 
   // The first member after the place of `member`, which may have left the table.
   [[nodiscard]] Member* afterPlaceOf(Member const* member) const {
-    return upperBound(link(member).reversedHash_, member->fwkKey());
+    return upperBound(link(member).hash_, member->fwkKey());
   }
   // Changes with each removal.
   [[nodiscard]] std::uint32_t removals() const { return removals_; }
@@ -149,17 +138,19 @@ class HashTable {
   void unlinkAll() {
     std::uint32_t place = 0;
     while (members_ != 0) {
-      Member* const head = firstFrom(bucketOf(place));
+      Member* const head = firstFrom(order_.bucketOf(place));
       if (head == nullptr) {
         return;  // the rest was inserted before the current place
       }
-      place = link(head).reversedHash_;
-      Kor::Ptr<Member> const removed = share(head);
-      unlink(bucketOf(place), nullptr, head);
+      place = link(head).hash_;
+      Kor::Ptr<Member> const removed = unlink(chainOf(place), nullptr, head);
     }
   }
 
  private:
+  static constexpr std::uint32_t mostInOneChain = 4;
+  static constexpr std::uint32_t fewestBuckets = 16;
+
   static HashMapLink<Member>& link(Member* member) { return *member; }
   static HashMapLink<Member> const& link(Member const* member) { return *member; }
 
@@ -169,14 +160,46 @@ class HashTable {
     return next == member ? nullptr : next;
   }
   template <class Key>
-  static bool precedes(Member const* member, std::uint32_t reversed, Key const& key) {
-    std::uint32_t const own = link(member).reversedHash_;
-    return own < reversed || (own == reversed && member->fwkKey() < key);
+  static bool precedes(Member const* member, std::uint32_t hash, Key const& key) {
+    std::uint32_t const own = link(member).hash_;
+    return own == hash ? member->fwkKey() < key : BucketOrder::comesBefore(own, hash);
   }
 
-  [[nodiscard]] std::uint32_t bucketOf(std::uint32_t reversed) const {
-    // Two steps: a shift by the full width, for a single bucket, is undefined.
-    return (reversed >> 1) >> (31U - bits_);
+  [[nodiscard]] bool hasTable() const { return buckets_ != &single_; }
+  [[nodiscard]] Member*& chainOf(std::uint32_t hash) const {
+    return buckets_[order_.bucketOf(hash)];
+  }
+
+  // Calls found(chain, before, member) with the member at `key`, or with null.
+  template <class Key, class Found>
+  [[gnu::always_inline]] Member* lookUp(Key const& key, Found const& found) const {
+    if (!hasTable()) {
+      return inChain(
+          *buckets_, [&key](Member const* member) { return member->fwkKey() == key; }, found);
+    }
+    std::uint32_t const hash = hashOf(key);
+    return inChain(
+        chainOf(hash),
+        [hash, &key](Member const* member) {
+          if constexpr (std::is_integral_v<Key> || std::is_enum_v<Key>) {
+            return member->fwkKey() == key;  // is no more work than to compare hashes
+          } else {
+            return link(member).hash_ == hash && member->fwkKey() == key;
+          }
+        },
+        found);
+  }
+  template <class Wanted, class Found>
+  [[gnu::always_inline]] static Member* inChain(Member*& chain, Wanted const& wanted,
+                                                Found const& found) {
+    Member* before = nullptr;
+    for (Member* member = chain; member != nullptr; member = after(member)) {
+      if (wanted(member)) {
+        return found(&chain, before, member);
+      }
+      before = member;
+    }
+    return found(nullptr, nullptr, nullptr);
   }
 
   [[nodiscard]] Member* firstFrom(std::uint32_t bucket) const {
@@ -196,110 +219,95 @@ class HashTable {
     }
     return nullptr;
   }
-
   template <class Key>
-  [[nodiscard]] Member* upperBound(std::uint32_t reversed, Key const& key) const {
-    if (members_ == 0) {
-      return nullptr;
-    }
-    std::uint32_t const bucket = bucketOf(reversed);
-    for (Member* member = buckets_[bucket]; member != nullptr; member = after(member)) {
-      if (!precedes(member, reversed, key) &&
-          !(link(member).reversedHash_ == reversed && member->fwkKey() == key)) {
+  [[nodiscard]] Member* upperBound(std::uint32_t hash, Key const& key) const {
+    for (Member* member = chainOf(hash); member != nullptr; member = after(member)) {
+      if (!precedes(member, hash, key) &&
+          !(link(member).hash_ == hash && member->fwkKey() == key)) {
         return member;
       }
     }
-    return firstFrom(bucket + 1);
+    return firstFrom(order_.bucketOf(hash) + 1);
   }
 
-  void unlink(std::uint32_t bucket, Member* before, Member* member) {
+  // Returns the table's reference.
+  Kor::Ptr<Member> unlink(Member*& chain, Member* before, Member* member) {
     Member* const successor = after(member);
     if (before == nullptr) {
-      buckets_[bucket] = successor;
+      chain = successor;
     } else {
       link(before).next_ = successor == nullptr ? before : successor;
     }
     link(member).next_ = nullptr;
-    --members_;
     ++removals_;
-    member->deleteRef();
+    if (--members_ <= sparse_) [[unlikely]] {
+      shrink();
+    }
+    return Kor::Ptr<Member>(member);
   }
 
-  // Doubles the buckets. A chain is ordered by reversed hash, so it is cut at the first member
-  // whose next bit is set. No key is hashed again.
-  [[gnu::noinline]] void grow() {
-    std::uint32_t const oldCount = bucketCount();
-    auto* const wider = new Member*[std::size_t{2} * oldCount];
-    std::uint32_t const bit = 0x80000000U >> bits_;
-    for (std::uint32_t bucket = 0; bucket < oldCount; ++bucket) {
-      Member* const head = buckets_[bucket];
-      Member* last = nullptr;
-      Member* member = head;
-      while (member != nullptr && (link(member).reversedHash_ & bit) == 0) {
-        last = member;
-        member = after(member);
-      }
-      if (last != nullptr) {
-        link(last).next_ = last;
-      }
-      wider[2 * bucket] = last == nullptr ? nullptr : head;
-      wider[2 * bucket + 1] = member;
+  // Growth and shrinking leave a table half full, far from both thresholds.
+  void shrink() {
+    if (members_ == 0) {
+      replaceBuckets(&single_, BucketOrder());
+      return;
     }
-    replaceBuckets(wider);
-    ++bits_;
-    firstBucket_ *= 2;
+    try {
+      rebuild(std::max(bucketCount() / 4, fewestBuckets));
+    } catch (std::bad_alloc const&) {
+      // The table stays as it is, because a removal must not fail.
+    }
   }
 
-  // Growth leaves a map a quarter full, so a map that has just grown or shrunk is far from the
-  // other threshold.
-  void shrinkIfSparse() const {
-    constexpr std::uint32_t smallest = 16;
-    while (members_ < bucketCount() / 16 && bucketCount() > smallest)
-      [[unlikely]] {
-        if (!shrink()) {
-          return;
-        }
+  // Distributes the members to another number of buckets. No key is hashed again.
+  [[gnu::noinline]] void rebuild(std::uint32_t count) {
+    auto** const buckets = static_cast<Member**>(MemoryPool::allocate(count * sizeof(Member*)));
+    std::fill_n(buckets, count, nullptr);
+    BucketOrder const order(count);
+    Member* previous = nullptr;
+    // In the order, so the members of a new bucket are consecutive.
+    auto const move = [&](Member* member) {
+      while (member != nullptr) {
+        Member* const following = after(member);
+        Member*& head = buckets[order.bucketOf(link(member).hash_)];
+        link(member).next_ = member;
+        (head == nullptr ? head : link(previous).next_) = member;
+        previous = member;
+        member = following;
       }
+    };
+    constexpr std::uint32_t ahead = 16;
+    for (std::uint32_t i = 0; i < bucketCount(); ++i) {
+      if (Member* const soon = buckets_[std::min(i + ahead, bucketCount() - 1)]) {
+        __builtin_prefetch(soon);
+      }
+      move(buckets_[i]);
+    }
+    replaceBuckets(buckets, order);
   }
 
-  // Halves the buckets. Each new chain joins two neighbours, so the order stays. Without memory the
-  // map stays as it is, because an iteration must not fail.
-  [[gnu::noinline]] bool shrink() const {
-    std::uint32_t const newCount = bucketCount() / 2;
-    auto* const narrower = new (std::nothrow) Member*[newCount];
-    if (narrower == nullptr) {
-      return false;
+  void replaceBuckets(Member** buckets, BucketOrder order) {
+    if (hasTable()) {
+      MemoryPool::release(buckets_, bucketCount() * sizeof(Member*));
     }
-    for (std::uint32_t bucket = 0; bucket < newCount; ++bucket) {
-      Member* const head = buckets_[2 * bucket];
-      Member* const upper = buckets_[2 * bucket + 1];
-      narrower[bucket] = head == nullptr ? upper : head;
-      if (head != nullptr && upper != nullptr) {
-        Member* last = head;
-        while (Member* const next = after(last)) {
-          last = next;
-        }
-        link(last).next_ = upper;
-      }
-    }
-    replaceBuckets(narrower);
-    --bits_;
-    firstBucket_ /= 2;
-    return true;
-  }
-
-  void replaceBuckets(Member** buckets) const {
-    if (buckets_ != &single_) {
-      delete[] buckets_;
-    }
+    // Of the buckets before the first, as many of the new ones are empty in proportion.
+    firstBucket_ =
+        static_cast<std::uint32_t>(std::uint64_t{firstBucket_} * order.count() / bucketCount());
     buckets_ = buckets;
+    order_ = order;
+    sparse_ = bucketCount() <= fewestBuckets ? 0 : bucketCount() / 8;
+    full_ = !hasTable()                          ? mostInOneChain
+            : bucketCount() == BucketOrder::most ? std::numeric_limits<std::uint32_t>::max()
+                                                 : bucketCount();
+    single_ = nullptr;
   }
 
-  // Mutable: the number of buckets is not part of the table's value.
-  mutable Member** buckets_ = &single_;  // small tables need no allocation
-  mutable Member* single_ = nullptr;
-  mutable std::uint32_t bits_ = 0;
+  Member** buckets_ = &single_;
+  Member* single_ = nullptr;  // the one chain if there is no table
+  BucketOrder order_;
   std::uint32_t members_ = 0;
+  std::uint32_t sparse_ = 0;             // with so few members the table shrinks
+  std::uint32_t full_ = mostInOneChain;  // with so many members it grows
   std::uint32_t removals_ = 0;
   mutable std::uint32_t firstBucket_ = 0;  // advances when first() finds nothing
 };

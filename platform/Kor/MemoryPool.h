@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Allocation of small objects: free lists by size class, filled from slabs that are kept until the
-// process ends. An allocation is a pop, a release is a push.
+// Allocation of small objects by size class. An allocation is a pop, a release is a push.
+//
+// Blocks of one class are cut from slabs, and each slab has its own list of free blocks. A slab of
+// which all blocks were released is cut anew, for any class. So objects created in sequence are
+// adjacent, however many came and went before. The memory of slabs is kept until the process ends.
 //
 // A sanitized libKor forwards every request to the heap, so that leaks and uses after release are
 // found. This depends on the library alone, not on how its users were compiled, because one may
@@ -15,6 +18,7 @@
 #include "Kor/Thread.h"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace Kor {
 
@@ -27,10 +31,11 @@ class MemoryPool {
   static void* allocate(std::size_t size) {
     KOR_ASSERT_OWNING_THREAD();
     if (size <= largest) {
-      // The lists are empty if the pool passes through to the heap.
-      Block*& head = state.freeLists[classOf(size)];
-      if (Block* const block = head) [[likely]] {
-        head = block->next;
+      // There is no free block if the pool passes through to the heap.
+      Slab& slab = *state.current[classOf(size)];
+      if (Block* const block = slab.free) [[likely]] {
+        slab.free = block->next;
+        ++slab.untilCall;
         return block;
       }
       return refill(size);
@@ -41,10 +46,13 @@ class MemoryPool {
   // `size` must be the allocated size.
   static void release(void* memory, std::size_t size) noexcept {
     if (size <= largest && !state.passesThrough) [[likely]] {
-      Block*& head = state.freeLists[classOf(size)];
+      Slab& slab = slabOf(memory);
       auto* const block = static_cast<Block*>(memory);
-      block->next = head;
-      head = block;
+      block->next = slab.free;
+      slab.free = block;
+      if (--slab.untilCall == 0) [[unlikely]] {
+        retire(slab);
+      }
       return;
     }
     ::operator delete(memory);
@@ -56,13 +64,39 @@ class MemoryPool {
   struct Block {
     Block* next;
   };
+  // Allocations are made from the current slab of a class until it is full. The first release into
+  // a full slab makes it a spare one; the release of its last block, an empty one.
+  struct Slab {
+    Block* free;  // blocks that were cut and are not allocated
+    std::uint32_t
+        untilCall;  // releases until retire(): 1 if full, 1 more than allocated if current
+    std::uint32_t sizeClass;
+    std::uint32_t cut;    // blocks cut so far
+    std::uint32_t count;  // blocks that fit
+    bool full;
+    Slab* next;  // of the spare or empty slabs
+    Slab* previous;
+  };
   struct State {
-    Block* freeLists[largest / granule + 1];
+    Slab* current[largest / granule + 1];
     bool passesThrough;
   };
+  struct Slabs;
+
+  // A slab begins at a multiple of its size. Its head is in one of several cache lines there: equal
+  // distances would put all heads in one set of a cache.
+  static constexpr std::size_t slabSize = std::size_t{256} * 1024;
+  static constexpr std::size_t line = 64;
+  static constexpr std::size_t headLines = 16;
 
   static constexpr std::size_t classOf(std::size_t size) { return (size + granule - 1) / granule; }
+  static Slab& slabOf(void* memory) {
+    auto const address = reinterpret_cast<std::uintptr_t>(memory);
+    std::size_t const place = address / slabSize % headLines * line;
+    return *reinterpret_cast<Slab*>(static_cast<std::byte*>(memory) - address % slabSize + place);
+  }
   KOR_API static void* refill(std::size_t size);
+  KOR_API static void retire(Slab& slab) noexcept;
 
   KOR_API static State state;
 };

@@ -426,75 +426,112 @@ TEST(HashMap, AMapThatWasLargeHasFewBuckets) {
   for (std::uint32_t id = 0; id < 100000; ++id) {
     insert(map, id);
   }
-  EXPECT_GE(map.bucketCount(), 200000U);
+  EXPECT_GE(map.bucketCount(), 100000U);
   for (std::uint32_t id = 100; id < 100000; ++id) {
     map.remove(Key<Spread>{id});
   }
+  EXPECT_LE(map.bucketCount(), 16 * 100U) << "before anything is iterated";
   EXPECT_EQ(idsOf(map).size(), 100U);
-  EXPECT_LE(map.bucketCount(), 16 * 100U);
-  map.clear();
-  EXPECT_TRUE(idsOf(map).empty());
+  for (std::uint32_t id = 3; id < 100; ++id) {
+    map.remove(Key<Spread>{id});
+  }
   EXPECT_LE(map.bucketCount(), 16U);
+  EXPECT_EQ(idsOf(map).size(), 3U);
 }
 
-TEST(HashMap, AMapThatIsEmptiedAndFilledAgainKeepsItsBuckets) {
+TEST(HashMap, AMapThatIsEmptyHasNoBuckets) {
   Map<Spread> map;
-  for (std::uint32_t turn = 0; turn < 3; ++turn) {
+  for (std::uint32_t turn = 0; turn < 4; ++turn) {
+    EXPECT_EQ(map.bucketCount(), 1U);
     for (std::uint32_t id = 0; id < 1000; ++id) {
       insert(map, id);
     }
-    map.removeAll([](auto const&) {});
-    EXPECT_EQ(map.bucketCount(), 2048U);
+    EXPECT_GE(map.bucketCount(), 1000U);
+    switch (turn) {
+    case 0: map.removeAll([](auto const&) {}); break;
+    case 1: map.clear(); break;
+    case 2:
+      for (std::uint32_t id = 0; id < 1000; ++id) {
+        map.remove(Key<Spread>{id});
+      }
+      break;
+    default:
+      for (Cursor<Spread> cursor(map); cursor.member(); cursor.advance()) {
+        cursor.remove();
+      }
+    }
   }
+  EXPECT_EQ(map.bucketCount(), 1U);
+}
+
+TEST(HashMap, AFewMembersNeedNoBuckets) {
+  Map<Spread> map;
+  for (std::uint32_t id = 0; id < 4; ++id) {
+    insert(map, id);
+    EXPECT_EQ(map.bucketCount(), 1U);
+  }
+  Key<Spread>::hashings() = 0;
+  for (std::uint32_t id = 0; id < 5; ++id) {
+    EXPECT_EQ(map.find(Key<Spread>{id}) != nullptr, id < 4);
+  }
+  EXPECT_EQ(Key<Spread>::hashings(), 0) << "they are compared";
+  insert(map, 4);
+  EXPECT_GT(map.bucketCount(), 1U);
+  EXPECT_EQ(idsOf(map).size(), 5U);
 }
 
 TEST(HashMap, AMapAtTheEdgeDoesNotGrowAndShrinkInTurns) {
-  Map<Spread> map;
-  for (std::uint32_t id = 0; id < 1000; ++id) {
-    insert(map, id);
-  }
-  for (std::uint32_t id = 1000; id > 0 && map.bucketCount() >= 2048; --id) {
-    map.remove(Key<Spread>{id - 1});
-    ASSERT_NE(map.first(), nullptr);
-  }
-  auto const shrunk = map.bucketCount();
-  for (std::uint32_t turn = 0; turn < 10; ++turn) {
-    insert(map, 5000);
-    ASSERT_NE(map.first(), nullptr);
-    EXPECT_EQ(map.bucketCount(), shrunk);
-    map.remove(Key<Spread>{5000});
-    ASSERT_NE(map.first(), nullptr);
-    EXPECT_EQ(map.bucketCount(), shrunk);
+  for (std::uint32_t const members : {4U, 16U, 32U, 1024U}) {
+    Map<Spread> map;
+    for (std::uint32_t id = 0; id < members; ++id) {
+      insert(map, id);
+    }
+    auto const narrow = map.bucketCount();
+    insert(map, members);
+    auto wide = map.bucketCount();
+    EXPECT_GT(wide, narrow) << members;
+    auto const staysAsItIs = [&] {
+      for (std::uint32_t turn = 0; turn < 10; ++turn) {
+        map.remove(map.first());
+        EXPECT_EQ(map.bucketCount(), wide) << members;
+        insert(map, 5000 + turn);
+        EXPECT_EQ(map.bucketCount(), wide) << members;
+      }
+    };
+    staysAsItIs();
+    while (members > 32 && map.bucketCount() == wide) {
+      map.remove(map.first());
+    }
+    wide = map.bucketCount();
+    staysAsItIs();
   }
 }
 
 TEST(HashMap, TakingOutTheFirstUntilThereIsNoneLooksAtEachBucketOnce) {
-  constexpr std::uint32_t many = 20000;
+  constexpr std::uint32_t many = 200000;
   Map<Spread> map;
   for (std::uint32_t id = 0; id < many; ++id) {
     insert(map, id);
   }
+  auto const order = idsOf(map);
+  std::uint64_t const atFirst = map.bucketCount();
   std::uint64_t looked = 0;
-  std::uint32_t wide = map.bucketCount();
-  std::uint64_t const atFirst = wide;
-  std::uint32_t members = 0;
-  while (map.members() != 0) {
-    std::uint64_t from = map.firstBucket();
-    Kor::Ptr<Member<Spread>> const first = share(map.first());
-    if (map.bucketCount() < wide) {
-      looked += wide;  // shrinking visits all of them
-      from = from * map.bucketCount() / wide;
-      wide = map.bucketCount();
-    }
+  for (std::uint32_t const expected : order) {
+    std::uint64_t const from = map.firstBucket();
+    std::uint64_t const count = map.bucketCount();
+    Member<Spread>* const first = map.first();
+    ASSERT_EQ(first->id(), expected);
     // The bucket of the member, by the definition of the order.
-    auto const bucket = static_cast<std::uint32_t>(
-        std::uint64_t{Kor::bitReverse(first->fwkKey().hash())} * map.bucketCount() >> 32U);
+    std::uint64_t const bucket = Kor::bitReverse(first->fwkKey().hash()) * count >> 32U;
     ASSERT_LE(from, bucket);
+    ASSERT_EQ(map.firstBucket(), bucket);
     looked += bucket - from + 1;
-    map.remove(first.get());
-    ++members;
+    map.remove(first);
+    if (map.bucketCount() < count) {
+      looked += count;  // shrinking visits all of them
+    }
   }
-  EXPECT_EQ(members, many);
+  EXPECT_EQ(map.members(), 0U);
   EXPECT_LE(looked, 3 * atFirst + many);
 }
 
