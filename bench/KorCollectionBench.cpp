@@ -6,19 +6,14 @@
 //
 // One pass of a case handles at least `enough` members: several collections if they are small. The
 // order of keys has no period that a branch predictor could learn. Memory is given back to the
-// system after each pass, so no case depends on the one before it. For figures, compare medians of
-// several processes on one core:
-//
-//   taskset -c 1 KorCollectionBench --benchmark_enable_random_interleaving=true
-//     --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
+// system after each pass, so no case depends on the one before it.
+
+#include "bench/Contest.h"
 
 #include <Kor/Collection.h>
 #include <Kor/String.h>
 
-#include <benchmark/benchmark.h>
-
-#if __has_include(<boost/intrusive/unordered_set.hpp>)
-#define BENCH_WITH_BOOST
+#ifdef BENCH_WITH_BOOST
 #include <boost/intrusive/unordered_set.hpp>
 #endif
 #if __has_include(<malloc.h>)
@@ -386,46 +381,44 @@ using StandardNumbers = Standard<std::uint32_t, SameHash<std::uint32_t>>;
 using Texts = Ours<TextShelf>;
 using StandardTexts = Standard<std::string, std::hash<std::string>>;
 
-void timed(benchmark::internal::Benchmark* benchmark) {
-  benchmark->UseManualTime()->Unit(benchmark::kMicrosecond);
-}
-void sizes(benchmark::internal::Benchmark* benchmark) {
-  timed(benchmark);
-  benchmark->Arg(16)->Arg(1000)->Arg(100000)->Arg(1000000);
-}
-void textSizes(benchmark::internal::Benchmark* benchmark) {
-  timed(benchmark);
-  benchmark->Arg(16)->Arg(1000)->Arg(100000);
+void enter(std::string const& work, char const* who, void (*function)(benchmark::State&),
+           std::int64_t size) {
+  Contest::enter(work, who, function)->Arg(size)->UseManualTime();
 }
 
-BENCHMARK(find<Numbers>)->Apply(sizes);
-BENCHMARK(find<StandardNumbers>)->Apply(sizes);
-BENCHMARK(insert<Numbers>)->Apply(sizes);
-BENCHMARK(insert<StandardNumbers>)->Apply(sizes);
-BENCHMARK(erase<Numbers>)->Apply(sizes);
-BENCHMARK(erase<StandardNumbers>)->Apply(sizes);
-BENCHMARK(walk<Numbers>)->Apply(sizes);
-BENCHMARK(walk<StandardNumbers>)->Apply(sizes);
+std::string sized(char const* what, std::int64_t size) {
+  return std::string(what) + " of " + std::to_string(size) + " members";
+}
+
+[[maybe_unused]] bool const entered = [] {
+  for (std::int64_t const size : {16, 1000, 100000, 1000000}) {
+    enter(sized("find in a collection", size), "ours", &find<Numbers>, size);
+    enter(sized("find in a collection", size), "unordered_map", &find<StandardNumbers>, size);
+    enter(sized("insert into a collection", size), "ours", &insert<Numbers>, size);
+    enter(sized("insert into a collection", size), "unordered_map", &insert<StandardNumbers>, size);
+    enter(sized("erase by key from a collection", size), "ours", &erase<Numbers>, size);
+    enter(sized("erase by key from a collection", size), "unordered_map", &erase<StandardNumbers>,
+          size);
+    enter(sized("walk over a collection", size), "ours", &walk<Numbers>, size);
+    enter(sized("walk over a collection", size), "unordered_map", &walk<StandardNumbers>, size);
 #ifdef BENCH_WITH_BOOST
-BENCHMARK(find<Intrusive>)->Apply(sizes);
-BENCHMARK(insert<Intrusive>)->Apply(sizes);
-BENCHMARK(erase<Intrusive>)->Apply(sizes);
-BENCHMARK(walk<Intrusive>)->Apply(sizes);
-#else
-void intrusiveIsMissing(benchmark::State& state) {
-  state.SkipWithError("Boost is not installed: not compared with its intrusive set");
-}
-BENCHMARK(intrusiveIsMissing);
+    enter(sized("find in a collection", size), "boost", &find<Intrusive>, size);
+    enter(sized("insert into a collection", size), "boost", &insert<Intrusive>, size);
+    enter(sized("erase by key from a collection", size), "boost", &erase<Intrusive>, size);
+    enter(sized("walk over a collection", size), "boost", &walk<Intrusive>, size);
 #endif
-
-BENCHMARK(find<Texts>)->Apply(textSizes);
-BENCHMARK(find<StandardTexts>)->Apply(textSizes);
-BENCHMARK(insert<Texts>)->Apply(textSizes);
-BENCHMARK(insert<StandardTexts>)->Apply(textSizes);
-
-BENCHMARK(drain<Numbers>)->Apply(timed)->Arg(1000)->Arg(200000);
-BENCHMARK(walkOnceLarge<Numbers>)->Apply(timed)->Arg(16)->Arg(1000000);
-BENCHMARK(replaceAfter<Numbers>)->Apply(timed)->Arg(0)->Arg(1000000);
+  }
+  enter("find by text in a collection of 1000 members", "ours", &find<Texts>, 1000);
+  enter("find by text in a collection of 1000 members", "unordered_map", &find<StandardTexts>,
+        1000);
+  enter("draining a collection of 200000 members", "ours", &drain<Numbers>, 200000);
+  enter("draining a collection of 200000 members", "of 1000", &drain<Numbers>, 1000);
+  enter("walk over 16 members after 1000000", "ours", &walkOnceLarge<Numbers>, 1000000);
+  enter("walk over 16 members after 1000000", "after 16", &walkOnceLarge<Numbers>, 16);
+  enter("one of 10000 members after 1000000 have gone", "ours", &replaceAfter<Numbers>, 1000000);
+  enter("one of 10000 members after 1000000 have gone", "fresh", &replaceAfter<Numbers>, 0);
+  return true;
+}();
 
 }  // namespace
 

@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 """Runs the benchmarks, and compares ours with the others that do the same work.
 
-    ratios.py BUILD_DIR [--processes N] [--only TEXT] [--json FILE] [--plot FILE]
+    ratios.py BUILD_DIR [--processes N] [--only TEXT] [--json FILE] [--plot FILE] [--page FILE]
 
 Which works are compared with whom, and the highest ratio that is good enough, is in goals.toml. A
 work runs in several processes of its own, pinned to one core; in each of them, repetitions of ours
 and of the others alternate. A time is the median of the medians of processes, a ratio the median of
-their ratios. Exits with status 1 if a benchmark fails; a goal that is not met is no failure.
+their ratios. --page writes the table into a page, between its two marks. Exits with status 1 if a benchmark fails; a goal that is not met is no failure.
 """
 
 from __future__ import annotations
@@ -26,6 +26,7 @@ from collections.abc import Iterator, Sequence
 from typing import Any
 
 OURS = "ours"
+BEGIN, END = "<!-- table -->", "<!-- end of the table -->"
 REPETITIONS = 5
 
 Samples = dict[str, float]  # by contender: nanoseconds, or what else is measured
@@ -128,6 +129,18 @@ def table_of(rows: Sequence[Row]) -> str:
         for line in [heads, *lines])
 
 
+def write_page(rows: Sequence[Row], page: pathlib.Path) -> None:
+    """Replaces what is between the marks."""
+    lines = ["| Work | Ours | Peer | Its | Ratio | Goal | Met |", "|---|---:|---|---:|---:|---:|---|"]
+    for row in rows:
+        met = "" if row.met is None else "yes" if row.met else "no"
+        goal = "" if row.goal is None else number(row.goal)
+        lines.append(f"| {row.work} | {number(row.ours_ns)} | {row.peer} | {number(row.peer_ns)} | "
+                     f"{number(row.ratio)} | {goal} | {met} |")
+    head, rest = page.read_text().split(BEGIN)
+    page.write_text(head + BEGIN + "\n\n" + "\n".join(lines) + "\n\n" + END + rest.split(END)[1])
+
+
 def plot(rows: Sequence[Row], file: pathlib.Path) -> None:
     """Bars of the ratios with marks at their goals, as an SVG. Needs python3-matplotlib."""
     import matplotlib
@@ -156,6 +169,7 @@ def main(arguments: Sequence[str]) -> int:
     parser.add_argument("--only", default="", metavar="TEXT", help="works whose name contains TEXT")
     parser.add_argument("--json", type=pathlib.Path, metavar="FILE")
     parser.add_argument("--plot", type=pathlib.Path, metavar="FILE")
+    parser.add_argument("--page", type=pathlib.Path, metavar="FILE")
     options = parser.parse_args(arguments)
 
     core = max(os.sched_getaffinity(0))
@@ -176,6 +190,8 @@ def main(arguments: Sequence[str]) -> int:
     if options.json:
         options.json.parent.mkdir(parents=True, exist_ok=True)
         options.json.write_text(json.dumps([dataclasses.asdict(row) for row in rows], indent=1) + "\n")
+    if options.page:
+        write_page(rows, options.page)
     if options.plot:
         plot(rows, options.plot)
     return 0

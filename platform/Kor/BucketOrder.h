@@ -29,7 +29,8 @@ class BucketOrder {
   // By bytes: to reverse all bits at once takes more instructions than the rest of a search, and
   // so leaves fewer searches in flight.
   [[nodiscard]] std::uint32_t bucketOf(std::uint32_t hash) const {
-    std::uint32_t reversed = reversedByte[hash & 0xffU] << 8 | reversedByte[hash >> 8 & 0xffU];
+    std::uint32_t reversed = reversedByte[hash & 0xffU];
+    reversed = reversed << 8 | reversedByte[hash >> 8 & 0xffU];
     if (isWide_) {
       reversed = reversed << 8 | reversedByte[hash >> 16 & 0xffU];
     }

@@ -21,6 +21,7 @@
 #include "Kor/Strep.h"
 #include "Kor/String.h"
 
+#include <compare>
 #include <concepts>
 #include <cstdint>
 #include <limits>
@@ -197,6 +198,18 @@ class TypedBox final : public ValueBox {
   [[nodiscard]] KorType const* fwkType() const override { return T::_fwkType(); }
   [[nodiscard]] bool equals(ValueBox const& other) const override {
     return value_ == static_cast<TypedBox const&>(other).value_;
+  }
+  [[nodiscard]] std::partial_ordering order(ValueBox const& other) const override {
+    [[maybe_unused]] T const& value = static_cast<TypedBox const&>(other).value_;
+    if constexpr (std::three_way_comparable<T>) {
+      return value_ <=> value;
+    } else if constexpr (requires { value_ < value; }) {
+      return value_ < value   ? std::partial_ordering::less
+             : value < value_ ? std::partial_ordering::greater
+                              : std::partial_ordering::equivalent;
+    } else {
+      return std::partial_ordering::unordered;
+    }
   }
   [[nodiscard]] String text() const override { return valueToStrep(value_); }
   [[nodiscard]] T const& value() const { return value_; }

@@ -147,6 +147,14 @@ bool operator==(GenericValue const& a, GenericValue const& b) {
   }
 }
 
+std::partial_ordering orderOf(GenericValue const& a, GenericValue const& b) {
+  if (a.kind() != GenericValue::Kind::value || b.kind() != GenericValue::Kind::value ||
+      a.object()->fwkType() != b.object()->fwkType()) {
+    return std::partial_ordering::unordered;
+  }
+  return static_cast<ValueBox const*>(a.object())->order(*static_cast<ValueBox const*>(b.object()));
+}
+
 String valueToStrep(GenericValue const& value) {
   switch (value.kind()) {
   case Kind::boolean: return valueToStrep(value.boolean());

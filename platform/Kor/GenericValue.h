@@ -12,6 +12,7 @@
 #include "Kor/PtrInterface.h"
 #include "Kor/String.h"
 
+#include <compare>
 #include <cstdint>
 #include <ostream>
 #include <span>
@@ -29,6 +30,8 @@ class KOR_API ValueBox : public PtrInterface {
   ~ValueBox() override;
   // `other` must hold a value of the same type.
   [[nodiscard]] virtual bool equals(ValueBox const& other) const = 0;
+  // Unordered if values of that type have no order.
+  [[nodiscard]] virtual std::partial_ordering order(ValueBox const& other) const = 0;
   [[nodiscard]] virtual String text() const = 0;
 };
 
@@ -143,6 +146,8 @@ class KOR_API GenericValue {
   // Numbers compare by value, whatever their kind; boxes by their values, objects by identity. A
   // value that prints as a plain text, e.g. an enumeration's, equals that text.
   KOR_API friend bool operator==(GenericValue const& a, GenericValue const& b);
+  // Two values of one model type by their order; anything else is unordered.
+  KOR_API friend std::partial_ordering orderOf(GenericValue const& a, GenericValue const& b);
   // Writes the text form.
   KOR_API friend std::ostream& operator<<(std::ostream& out, GenericValue const& value);
 

@@ -182,6 +182,7 @@ class HashTable {
         chainOf(hash),
         [hash, &key](Member const* member) {
           if constexpr (std::is_integral_v<Key> || std::is_enum_v<Key>) {
+            static_cast<void>(hash);
             return member->fwkKey() == key;  // is no more work than to compare hashes
           } else {
             return link(member).hash_ == hash && member->fwkKey() == key;
@@ -246,14 +247,26 @@ class HashTable {
     return Kor::Ptr<Member>(member);
   }
 
-  // Growth and shrinking leave a table half full, far from both thresholds.
+  // How many members a table has before it grows. One that fits in the nearest caches has room, so
+  // most chains have one member; for a larger one, each line of it that is visited costs more than
+  // longer chains.
+  static std::uint32_t capacityOf(std::uint32_t buckets) {
+    constexpr std::uint32_t mostNear = 4096;
+    return buckets == 1                  ? mostInOneChain
+           : buckets <= mostNear         ? buckets / 2
+           : buckets < BucketOrder::most ? buckets
+                                         : std::numeric_limits<std::uint32_t>::max();
+  }
+
+  // Growth and shrinking leave a table not more than half full, far from both thresholds.
   void shrink() {
     if (members_ == 0) {
       replaceBuckets(&single_, BucketOrder());
       return;
     }
     try {
-      rebuild(std::max(bucketCount() / 4, fewestBuckets));
+      std::uint32_t const few = bucketCount() / 4;
+      rebuild(capacityOf(few) < 2 * members_ ? 2 * few : few);
     } catch (std::bad_alloc const&) {
       // The table stays as it is, because a removal must not fail.
     }
@@ -295,10 +308,8 @@ class HashTable {
         static_cast<std::uint32_t>(std::uint64_t{firstBucket_} * order.count() / bucketCount());
     buckets_ = buckets;
     order_ = order;
-    sparse_ = bucketCount() <= fewestBuckets ? 0 : bucketCount() / 8;
-    full_ = !hasTable()                          ? mostInOneChain
-            : bucketCount() == BucketOrder::most ? std::numeric_limits<std::uint32_t>::max()
-                                                 : bucketCount();
+    full_ = capacityOf(bucketCount());
+    sparse_ = bucketCount() <= 4 * fewestBuckets ? 0 : full_ / 8;
     single_ = nullptr;
   }
 

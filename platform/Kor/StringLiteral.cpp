@@ -210,38 +210,38 @@ class StringLiteralReader {
 
 }  // namespace
 
-void appendStringLiteral(std::string& literal, std::string_view bytes) {
+void appendStringLiteral(std::string& to, std::string_view bytes) {
   auto const isPlain = [](char c) { return c >= ' ' && c < '\x7f' && c != '\\' && c != '\''; };
-  literal.push_back('\'');
+  to.push_back('\'');
   for (std::size_t i = 0; i < bytes.size();) {
     std::size_t plain = i;
     while (plain < bytes.size() && isPlain(bytes[plain])) {
       ++plain;
     }
-    literal.append(bytes.substr(i, plain - i));
+    to.append(bytes.substr(i, plain - i));
     if (plain == bytes.size()) {
       break;
     }
     i = plain;
     char const c = bytes[i];
     if (c == '\\' || c == '\'') {
-      literal.push_back('\\');
-      literal.push_back(c);
+      to.push_back('\\');
+      to.push_back(c);
     } else if (c == '\n') {
-      literal.append("\\n");
+      to.append("\\n");
     } else if (c == '\r') {
-      literal.append("\\r");
+      to.append("\\r");
     } else if (c == '\t') {
-      literal.append("\\t");
+      to.append("\\t");
     } else if (std::size_t const length = utf8Length(bytes.substr(i)); length != 0) {
-      literal.append(bytes.substr(i, length));
+      to.append(bytes.substr(i, length));
       i += length - 1;
     } else {
-      appendHexEscape(literal, c);
+      appendHexEscape(to, c);
     }
     ++i;
   }
-  literal.push_back('\'');
+  to.push_back('\'');
 }
 
 std::string readStringLiteral(TextIterator& it, TextIterator const& end) {

@@ -12,7 +12,7 @@ namespace Kor {
 // Python string literals; Strep.h says which.
 
 // Appends the bytes as a single-quoted literal.
-void appendStringLiteral(std::string& text, std::string_view bytes);
+void appendStringLiteral(std::string& to, std::string_view bytes);
 // Parses a literal that starts at `it`, and returns its bytes. Raises RangeException.
 std::string readStringLiteral(TextIterator& it, TextIterator const& end);
 // The same for a literal that is its bytes between two quotes, as most are. Returns the bytes in

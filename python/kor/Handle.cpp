@@ -148,12 +148,20 @@ PyObject* represent(PyObject* self) {
 
 PyObject* compare(PyObject* a, PyObject* b, int operation) {
   Handle const* const other = handleOf(b);
-  if (other == nullptr || (operation != Py_EQ && operation != Py_NE)) {
+  if (other == nullptr) {
     Py_RETURN_NOTIMPLEMENTED;
   }
-  return guarded([&] {
-    bool const equal = asHandle(a)->value == other->value;
-    return PyBool_FromLong(equal == (operation == Py_EQ) ? 1 : 0);
+  return guarded([&]() -> PyObject* {
+    GenericValue const& value = asHandle(a)->value;
+    if (operation == Py_EQ || operation == Py_NE) {
+      bool const equal = value == other->value;
+      return PyBool_FromLong(equal == (operation == Py_EQ) ? 1 : 0);
+    }
+    std::partial_ordering const order = orderOf(value, other->value);
+    if (order == std::partial_ordering::unordered) {
+      Py_RETURN_NOTIMPLEMENTED;
+    }
+    Py_RETURN_RICHCOMPARE(order < 0 ? -1 : order > 0 ? 1 : 0, 0, operation);
   });
 }
 

@@ -123,14 +123,16 @@ def observe(obj, attribute, callback):
     It is called with the new value; for a collection with the key and the new member, which is None
     if it was removed. A callback that takes fewer arguments gets the first ones. What it raises is
     raised by the call that made the change, when everything else has been done. Raises
-    AttributeError for an unknown attribute, and OpNotSupportedException for one that has no
-    notifications.
+    AttributeError for an unknown attribute, OpNotSupportedException for one that has no
+    notifications, and TypeError for a callback that is not callable.
     """
     descriptor = getattr(builtins.type(obj), attribute)
     if not isinstance(descriptor, _kor.Attribute):
         error = OpNotSupportedException(f"{attribute} is a function")
         error.name, error.code = attribute, _GET
         raise error
+    if not callable(callback):
+        raise TypeError(f"callback: expected a callable, found {callback!r}")
     taken = _arguments_of(callback)
 
     def changed(subject, key):

@@ -11,6 +11,7 @@ from __future__ import annotations
 import dataclasses
 import datetime
 import json
+import numbers
 import re
 from collections.abc import Iterable, Sequence
 from types import TracebackType
@@ -22,7 +23,12 @@ _PLAIN = re.compile(r"[^\s\"\\;#]+")
 
 
 def seconds_of(time: Seconds) -> float:
-    return time.total_seconds() if isinstance(time, datetime.timedelta) else float(time)
+    """Raises TypeError for anything but seconds and timedeltas."""
+    if isinstance(time, datetime.timedelta):
+        return time.total_seconds()
+    if isinstance(time, bool) or not isinstance(time, numbers.Real):
+        raise TypeError(f"expected seconds or a datetime.timedelta, found {time!r}")
+    return float(time)
 
 
 def _words(value: object) -> str:

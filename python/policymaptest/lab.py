@@ -6,6 +6,7 @@ from __future__ import annotations
 import dataclasses
 import inspect
 import json
+import math
 import os
 import pathlib
 import weakref
@@ -59,6 +60,8 @@ def options_json(*, async_delay: Seconds | None = None, faults: Mapping[str, str
         options[_SWITCHES[name]] = value
     if async_delay is not None:
         options["asyncDelay"] = seconds_of(async_delay)
+        if not 0 <= options["asyncDelay"] < math.inf:
+            raise ValueError(f"async_delay: expected 0 s or more, found {async_delay!r}")
     if faults:
         options["faults"] = [f"{name}={text}" for name, text in faults.items()]
     options |= {name: text for name, text in (("plan", str(plan)), ("actions", actions)) if text}

@@ -107,6 +107,9 @@ def _loads(scenario: str | Sequence[str]) -> list[dict[str, Any]]:
 
 def _sweep_of(scenario: Scenario, options: str, settings: dict[str, Any]) -> Any:
     """Pure in its arguments, so it can be made again on any machine."""
+    if not callable(scenario) and not isinstance(scenario, (str, Sequence)):
+        raise TypeError("scenario: expected policy text, a list of such texts, or a function, "
+                        f"found {scenario!r}")
     if callable(scenario):
         perform = scenario  # keeps its type in the function below
 

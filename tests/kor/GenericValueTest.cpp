@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <compare>
 #include <cstdint>
 #include <iomanip>
 #include <limits>
@@ -116,6 +117,18 @@ TEST(GenericValue, EqualsACopyOfItselfAndNothingOfAnotherKind) {
     for (std::size_t j = 0; j < values.size(); ++j) {
       GenericValue const copy = values[j];
       EXPECT_EQ(values[i] == copy, i == j) << i << " and " << j;
+    }
+  }
+}
+
+TEST(GenericValue, ValuesOfOneTypeHaveTheOrderOfThatType) {
+  EXPECT_EQ(orderOf(isbn(1, "a"), isbn(2, "a")), std::partial_ordering::less);
+  EXPECT_EQ(orderOf(isbn(2, "a"), isbn(1, "b")), std::partial_ordering::greater);
+  EXPECT_EQ(orderOf(isbn(1, "a"), isbn(1, "a")), std::partial_ordering::equivalent);
+  for (GenericValue const& other : everyKind()) {
+    if (other.kind() != Kind::value) {
+      EXPECT_EQ(orderOf(isbn(1, "a"), other), std::partial_ordering::unordered);
+      EXPECT_EQ(orderOf(other, other), std::partial_ordering::unordered);
     }
   }
 }

@@ -307,6 +307,31 @@ def test_values_are_compared_hashed_copied_and_pickled():
     assert copy.deepcopy([key]) == [key] and copy.copy(key) == key
 
 
+def test_values_have_the_order_of_the_framework():
+    def key(name, number):
+        return kor.ns.PolicyMap.AclRuleKey("web", name, number, "ipv4")
+
+    first, second, third = key("a", 9), key("a", 10), key("b", 1)
+    assert sorted([third, first, second]) == [first, second, third]
+    assert first < second <= second < third and third >= second > first
+    assert sorted([policy_key("Q"), policy_key("P")]) == [policy_key("P"), policy_key("Q")]
+    intfs = [kor.ns.Vorel.IntfId(f"Ethernet{number}") for number in (2, 10)]
+    assert intfs[0] < intfs[1]
+    for other in (policy_key(), "text", None, 1):
+        with pytest.raises(TypeError):
+            first < other  # noqa: B015
+
+
+def test_objects_have_no_order(helper):
+    with pytest.raises(TypeError):
+        helper < helper  # noqa: B015
+
+
+def test_only_what_can_be_called_observes(helper):
+    with pytest.raises(TypeError, match="callback: expected a callable, found 3"):
+        kor.observe(helper, "pseudoAsync", 3)
+
+
 def test_values_print_as_what_makes_them():
     key = policy_key(option="ipv6")
     assert repr(key).startswith("Value('PolicyMapTest::AclPolicyType', ** {")

@@ -670,3 +670,18 @@ def test_a_sweep_runs_on_a_cluster_although_a_worker_dies():
                           timeout=300)
     assert done.returncode == 0, done.stdout + done.stderr
     assert "same results" in done.stdout and "killed" in done.stdout
+
+
+# Wrong arguments ---------------------------------------------------------------------------------
+
+
+@pytest.mark.parametrize("call, error, text", [
+    (lambda: pmt.Lab(async_delay=-1), ValueError, "async_delay: expected 0 s or more, found -1"),
+    (lambda: pmt.Lab(async_delay="1"), TypeError, "expected seconds or a datetime.timedelta, found '1'"),
+    (lambda: pmt.Lab().advance("x"), TypeError, "expected seconds or a datetime.timedelta, found 'x'"),
+    (lambda: pmt.Lab().advance(True), TypeError, "found True"),
+    (lambda: pmt.sweep(5), TypeError, "scenario: expected policy text, .*found 5"),
+])
+def test_a_wrong_argument_is_named(call, error, text):
+    with pytest.raises(error, match=text):
+        call()

@@ -166,10 +166,10 @@ REFUSED = [
             AttributeError),
     Refused("P.ActionSm()", "call-arg", 'Missing .*"made_only_by_the_framework"',
             kor.RangeException),
-    Refused("key < key", "operator", "Unsupported left operand type for <", TypeError),
+    Refused("key < helper", "operator", "Unsupported operand types for <", TypeError),
     Refused('kor.const("x")', "type-var", "cannot be \"str\"", kor.TypeException),
     Refused('kor.observe(helper, "commitError", 1)', "arg-type", r"Callable\[\.\.\., object\]",
-            None),
+            TypeError),
     Refused("kor.load(1)", "arg-type", "PathLike", OSError),
 ]
 
