@@ -10,6 +10,7 @@
 #include <Acl/AclDiff.h>
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -177,7 +178,7 @@ void Lab::run() {
 void Lab::advance(std::chrono::duration<double> time) {
   std::ostringstream text;
   text << time.count() << " s";
-  if (!(time.count() >= 0)) {
+  if (!(time.count() >= 0) || std::isinf(time.count())) {
     throw std::invalid_argument("time advances by 0 s or more, not by " + text.str());
   }
   journal_.testDid("advance", Kor::String(text.str()));

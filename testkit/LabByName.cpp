@@ -255,12 +255,16 @@ Lab& LabByName::lab() const {
 }
 
 void LabByName::close() {
+  if (calls_ != 0) {
+    throw Kor::RangeException("the lab cannot end during a call that changes it");
+  }
   lab_ = nullptr;
   own_.reset();
 }
 
 void LabByName::load(Kor::String const& policyText) {
-  lab().load(Text::SourceText("policy text", policyText.stdString()));
+  Text::SourceText const text("policy text", policyText.stdString());
+  during([&text](Lab& lab) { lab.load(text); });
 }
 
 void LabByName::loadFile(Kor::String const& path, Kor::String const& reading) {
@@ -269,7 +273,8 @@ void LabByName::loadFile(Kor::String const& path, Kor::String const& reading) {
     throw Kor::RangeException("reading: expected strict, lenient or widening, found '" +
                               reading.stdString() + "'");
   }
-  lab().load(Text::SourceText::fromFile(path.stdString()), *how);
+  auto const text = Text::SourceText::fromFile(path.stdString());
+  during([&](Lab& lab) { lab.load(text, *how); });
 }
 
 void LabByName::loadRules(Kor::String const& rules, std::uint64_t classes,
@@ -277,12 +282,11 @@ void LabByName::loadRules(Kor::String const& rules, std::uint64_t classes,
   if (classes == 0 || interfaces == 0) {
     throw Kor::RangeException("classes and interfaces: expected 1 or more");
   }
-  perform(lab(),
-          {.kind = Step::Kind::rules,
-           .name = "rules",
-           .text = rules.stdString(),
-           .layout = {classes, interfaces}},
-          Text::Reading::strict);
+  Step const step{.kind = Step::Kind::rules,
+                  .name = "rules",
+                  .text = rules.stdString(),
+                  .layout = {classes, interfaces}};
+  during([&step](Lab& lab) { perform(lab, step, Text::Reading::strict); });
 }
 
 void LabByName::inject(Kor::String const& fault, Kor::String const& text) {
@@ -372,7 +376,7 @@ TextLines LabByName::journalSince(std::uint64_t number) const {
 }
 
 TextLines LabByName::check() {
-  recover(lab(), options_);
+  during([this](Lab& lab) { recover(lab, options_); });
   std::vector<Irregularity> found = checkStatuses(lab());
   for (Irregularity& each :
        compare(lab(), referenceOf(lab().configuration().settings(), options_))) {

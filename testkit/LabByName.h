@@ -61,11 +61,19 @@ class POLICYMAPTESTKIT_API LabByName final : public Kor::PtrInterface {
   void loadFile(Kor::String const& path, Kor::String const& reading);
   // The content of a filter set; see FilterLayout.
   void loadRules(Kor::String const& rules, std::uint64_t classes, std::uint64_t interfaces);
-  void detachAll() { lab().detachAll(); }
-  void attachAll() { lab().attachAll(); }
-  void settle() { lab().settle(); }
+  void detachAll() {
+    during([](Lab& lab) { lab.detachAll(); });
+  }
+  void attachAll() {
+    during([](Lab& lab) { lab.attachAll(); });
+  }
+  void settle() {
+    during([](Lab& lab) { lab.settle(); });
+  }
   // In seconds.
-  void advance(double time) { lab().advance(std::chrono::duration<double>(time)); }
+  void advance(double time) {
+    during([time](Lab& lab) { lab.advance(std::chrono::duration<double>(time)); });
+  }
   [[nodiscard]] double now() const { return lab().now(); }
 
   void inject(Kor::String const& fault, Kor::String const& text);
@@ -77,11 +85,17 @@ class POLICYMAPTESTKIT_API LabByName final : public Kor::PtrInterface {
   [[nodiscard]] TextLines findings() const;
   TextLines takeFindings();
 
-  void trigger() { lab().trigger(); }
+  void trigger() {
+    during([](Lab& lab) { lab.trigger(); });
+  }
   // {"number":1,"since":0.0,"call":"commitPolicy(edge/input ipv4)","error":""}.
   [[nodiscard]] TextLines heldResults() const;
-  void release(std::uint64_t number) { lab().release(number); }
-  void releaseAll() { lab().releaseAll(); }
+  void release(std::uint64_t number) {
+    during([number](Lab& lab) { lab.release(number); });
+  }
+  void releaseAll() {
+    during([](Lab& lab) { lab.releaseAll(); });
+  }
   // From now on called in place of each operation of the helper, with its name, the list of its
   // arguments, and a function without arguments that carries it out and returns its result. Returns
   // the result, or null for that of the operation, which is carried out if it has not been. Null:
@@ -114,15 +128,35 @@ class POLICYMAPTESTKIT_API LabByName final : public Kor::PtrInterface {
   }
   [[nodiscard]] PolicyMap::PolicyMapTypeStatus::Ptr status() const { return lab().status(); }
 
-  // The end of the lab.
+  // The end of the lab. Throws Kor::RangeException during a call that changes it, as from an
+  // observer or an own helper.
   void close();
 
  private:
   [[nodiscard]] Lab& lab() const;
+  // Calls `change`, during which the lab does not end.
+  template <class Change>
+  void during(Change const& change) {
+    class Call {
+     public:
+      explicit Call(unsigned& calls) : calls_(++calls) {}
+      Call(Call const&) = delete;
+      Call& operator=(Call const&) = delete;
+      ~Call() { --calls_; }
+
+     private:
+      unsigned& calls_;
+    };
+    Ptr const pinned = Kor::share(this);
+    Lab& changed = lab();
+    Call const call(calls_);
+    change(changed);
+  }
 
   LabOptions options_;
   std::unique_ptr<Lab> own_;
   Lab* lab_;
+  unsigned calls_ = 0;  // that change the lab
 };
 
 }  // namespace PolicyMapTestKit

@@ -436,6 +436,15 @@ GenericValue toGeneric(PyObject* object) {
     return handle->value;
   }
   if (PyList_Check(object) || PyTuple_Check(object)) {
+    if (Py_EnterRecursiveCall(" while a list is converted") != 0) {
+      throw py::error_already_set();
+    }
+    struct Left {
+      Left() = default;
+      Left(Left const&) = delete;
+      Left& operator=(Left const&) = delete;
+      ~Left() { Py_LeaveRecursiveCall(); }
+    } const left;
     auto list = GenericList::of();
     for (py::handle const each : py::handle(object)) {
       list->append(toGeneric(each.ptr()));

@@ -66,7 +66,7 @@ def type(name):
     return _enum_of(name) if _kor.describe(name)["enum_names"] else _class_of(name)
 
 
-def new(name, *args, **named):
+def new(name, /, *args, **named):
     """A new object or value of the type, as its class makes it."""
     return type(name)(*args, **named)
 
@@ -183,7 +183,10 @@ class Object(_kor.Handle):
 
     def __reduce__(self):
         self._need_value()
-        return parse, (repr(self),)
+        text = repr(self)
+        if text.startswith("Value("):
+            return parse, (text,)
+        return new, (self._kor_type["name"], parse(text))  # prints as a plain text
 
     def __copy__(self):
         self._need_value()
@@ -219,7 +222,7 @@ def parse(text):
     return _kor.parse(text)
 
 
-def Value(name, **fields):
+def Value(name, /, **fields):
     """The value that prints in this way: ``Value('PolicyMapTest::AclPolicyType', ** {...})``."""
     texts = ", ".join(f"'{key}': {_kor.text(value)}" for key, value in fields.items())
     return _kor.parse(f"Value('{name}', ** {{{texts}}})")

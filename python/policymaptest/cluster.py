@@ -9,7 +9,6 @@ from typing import Any
 from .runs import run_shard, show_progress
 
 _SHARDS_PER_WORKER = 4  # so that a slow one does not keep the others waiting
-_TRIES = 10  # of a shard whose workers die
 
 
 def sweep_on(client: Any, scenario: Any, options: str, settings: dict[str, Any], shards: int,
@@ -21,7 +20,7 @@ def sweep_on(client: Any, scenario: Any, options: str, settings: dict[str, Any],
         shards = _SHARDS_PER_WORKER * max(len(client.scheduler_info()["workers"]), 1)
     futures = {
         client.submit(run_shard, scenario, options, settings | {"shard": shard, "shards": shards},
-                      pure=False, retries=_TRIES): shard
+                      pure=False): shard
         for shard in range(1, shards + 1)
     }
     results: dict[int, list[dict[str, Any]]] = {}

@@ -11,6 +11,7 @@ from __future__ import annotations
 import dataclasses
 import datetime
 import json
+import math
 import numbers
 import re
 from collections.abc import Iterable, Sequence
@@ -28,6 +29,8 @@ def seconds_of(time: Seconds) -> float:
         return time.total_seconds()
     if isinstance(time, bool) or not isinstance(time, numbers.Real):
         raise TypeError(f"expected seconds or a datetime.timedelta, found {time!r}")
+    if not math.isfinite(time):
+        raise ValueError(f"expected a finite time, found {time!r}")
     return float(time)
 
 

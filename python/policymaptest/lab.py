@@ -43,6 +43,20 @@ def rules_text(rules: str | os.PathLike[str]) -> str:
     return rules
 
 
+def modes_of(modes: str | Sequence[str]) -> tuple[str, ...]:
+    """All modes for "all", or those that are named. Raises ValueError if there is none."""
+    if modes == "all":
+        return MODES
+    if not isinstance(modes, (str, Sequence)):
+        raise TypeError(f"modes: expected names of modes, found {modes!r}")
+    names = (modes,) if isinstance(modes, str) else tuple(modes)
+    unknown = [each for each in names if each not in MODES]
+    if unknown or not names:
+        raise ValueError(f"modes: expected some of all, {', '.join(MODES)}; found "
+                         f"{unknown[0] if unknown else names!r}")
+    return names
+
+
 def options_json(*, async_delay: Seconds | None = None, faults: Mapping[str, str] | None = None,
                  plan: str | Fault | Capacity = "", actions: str = "", mode: str | None = None,
                  **switches: bool) -> str:
@@ -188,11 +202,11 @@ class Lab:
         return tuple(HeldResult(**json.loads(line)) for line in self._lab.heldResults())
 
     def release(self, number: int | None = None) -> None:
-        """Delivers the held result of this number, or the oldest. Raises LookupError if none."""
+        """Delivers the held result of this number, or the oldest. Raises kor.LookupException if none."""
         if number is None:
             held = self.held_results()
             if not held:
-                raise LookupError("no result is held")
+                raise kor.LookupException("no result is held")
             number = held[0].number
         self._lab.release(number)
 
@@ -267,11 +281,11 @@ class Lab:
         try:
             return self.records().record(policy, direction, option)
         except LookupError as error:
-            raise LookupError(f"{error}\n{self.explain()}") from None
+            raise kor.LookupException(f"{error}\n{self.explain()}") from None
 
     def failure(self, policy: str, direction: str = "input") -> Any:
         """What failed when a policy was programmed, a PolicyMap.PolicyFailure; its `error` is empty
-        if nothing did. Raises LookupError if the policy is not attached."""
+        if nothing did. Raises kor.LookupException if the policy is not attached."""
         return self._lab.failure(policy, direction)
 
     def explain(self, policy: str | None = None) -> Explanations:
@@ -322,14 +336,20 @@ class Lab:
     # The end
 
     def close(self) -> tuple[str, ...]:
-        """Ends the lab; returns all findings. Again, it does nothing and returns none."""
+        """Ends the lab; returns all findings. Again, it does nothing and returns none.
+
+        Raises RangeException during a call that changes the lab, as in an observer.
+        """
         if self._closed:
             return ()
-        self._closed = True
         self._lab.endPlans()
         findings = self.findings()
-        self._lab.aroundIs(None)
-        self._lab.close()
+        self._closed = True  # observers of what ends may call this again
+        try:
+            self._lab.close()
+        except kor.Exception:
+            self._closed = False
+            raise
         return findings
 
     def __enter__(self) -> Lab:

@@ -16,6 +16,7 @@ explanation of each lab, and names a replay file.
 
 from __future__ import annotations
 
+import hashlib
 import inspect
 import os
 import pathlib
@@ -28,7 +29,7 @@ import pytest
 
 from .faults import Capacity, Fault, FaultScope, Seconds, plan_text, seconds_of
 from .journal import Journal, JournalEntry
-from .lab import MODES, Lab, rules_text
+from .lab import Lab, modes_of, rules_text
 from .records import Record, Snapshot, difference
 from .runs import Run, SweepReport, run_text, sweep
 
@@ -61,16 +62,18 @@ def pytest_generate_tests(metafunc: pytest.Metafunc) -> None:
                    if "modes" in each.kwargs), None)
     modes = None if marker is None else marker.kwargs["modes"]
     if modes is not None:
-        names = MODES if modes == "all" else tuple(modes)
-        unknown = [each for each in names if each not in MODES]
-        if unknown:
-            raise pytest.UsageError(f"{metafunc.definition.nodeid}: unknown mode {unknown[0]!r}; "
-                                    f"there are: all, {', '.join(MODES)}")
+        try:
+            names = modes_of(modes)
+        except (TypeError, ValueError) as error:
+            raise pytest.UsageError(f"{metafunc.definition.nodeid}: {error}") from None
         metafunc.fixturenames.append(_MODE)
         metafunc.parametrize(_MODE, names)
     marker = metafunc.definition.get_closest_marker("policymap_sweep")
     if marker is not None:
         shards = marker.kwargs.get("shards", 1)
+        if isinstance(shards, bool) or not isinstance(shards, int) or shards < 1:
+            raise pytest.UsageError(f"{metafunc.definition.nodeid}: shards: expected 1 or more, "
+                                    f"found {shards!r}")
         metafunc.fixturenames.append(_SHARD)
         metafunc.parametrize(_SHARD, range(1, shards + 1),
                              ids=[f"shard{each}of{shards}" for each in range(1, shards + 1)])
@@ -245,7 +248,10 @@ def pytest_runtest_makereport(item: pytest.Item, call: pytest.CallInfo[None]) ->
     outcome: Any = yield
     report: pytest.TestReport = outcome.get_result()
     made = item.stash.get(_labs, None)
-    if report.when != "call" or not report.failed or made is None:
+    if report.when == "teardown" and made is not None:
+        del item.stash[_labs]  # or it would keep the labs until the end of the session
+    is_sweep = item.get_closest_marker("policymap_sweep") is not None  # in labs of its own
+    if report.when == "teardown" or not report.failed or made is None or is_sweep:
         return
     item.stash[_reported] = True
     for number, each in enumerate(made.made, 1):
@@ -253,9 +259,13 @@ def pytest_runtest_makereport(item: pytest.Item, call: pytest.CallInfo[None]) ->
         report.sections += _sections(title, each)
         if isinstance(each, RecordedLab):
             path = _replay_path(item, number)
-            path.parent.mkdir(parents=True, exist_ok=True)
-            each.run().save(path)
-            report.sections.append((f"{title}: replay", f"policymap-lab replay {path}"))
+            try:
+                path.parent.mkdir(parents=True, exist_ok=True)
+                each.run().save(path)
+                replay = f"policymap-lab replay {path}"
+            except OSError as error:
+                replay = f"it cannot be written: {error}"
+            report.sections.append((f"{title}: replay", replay))
     trace = kor.ns.PolicyMapTestKit.Kit().takeTrace()
     if trace:
         report.sections.append(("trace", "\n".join(trace)))
@@ -273,9 +283,17 @@ def _sections(title: str, each: Lab) -> list[tuple[str, str]]:
         return [(f"{title}: journal", str(error))]
 
 
+def _file_name(test: str) -> str:
+    """Of a test; two tests have different ones, and each fits into a folder."""
+    name = re.sub(r"[^\w.-]+", "_", test).strip("_")
+    if re.fullmatch(r"[\w./-]+(::[\w.-]+)*(\[[\w.-]+\])?", test) and len(name) <= 120:
+        return name
+    return f"{name[:100]}-{hashlib.sha256(test.encode(errors='replace')).hexdigest()[:8]}"
+
+
 def _replay_path(item: pytest.Item, number: int) -> pathlib.Path:
-    name = re.sub(r"[^\w.-]+", "_", item.nodeid).strip("_")
-    return pathlib.Path(item.config.getoption("--policymap-runs")) / f"{name}-{number}.run"
+    folder = pathlib.Path(item.config.getoption("--policymap-runs"))
+    return folder / f"{_file_name(item.nodeid)}-{number}.run"
 
 
 def pytest_assertrepr_compare(config: pytest.Config, op: str, left: object,
@@ -329,8 +347,7 @@ class ApprovedSnapshot:
 
 
 def _approved_path(item: pytest.Item) -> pathlib.Path:
-    test = item.nodeid.partition("::")[2]
-    name = re.sub(r"[^\w.-]+", "_", test).strip("_")
+    name = _file_name(item.nodeid.partition("::")[2])
     return item.path.parent / "__approved__" / f"{item.path.stem}.{name}.json"
 
 
@@ -379,8 +396,14 @@ def pytest_terminal_summary(terminalreporter: Any, config: pytest.Config) -> Non
 # Sweeps ------------------------------------------------------------------------------------------
 
 
+def _scenarios_of(marker: pytest.Mark) -> list[Any]:
+    named = marker.kwargs.get("scenario")
+    return [*marker.args, *([] if named is None else [named])]
+
+
 def _sweep_of(item: pytest.Item, marker: pytest.Mark, scenario: Any) -> SweepReport:
     arguments = dict(marker.kwargs)
+    arguments.pop("scenario", None)
     shards = arguments.pop("shards", 1)
     return sweep(scenario, shard=_parameter(item, _SHARD), shards=shards, progress=False,
                  **(_options_of(item) | arguments))
@@ -390,9 +413,14 @@ def _sweep_of(item: pytest.Item, marker: pytest.Mark, scenario: Any) -> SweepRep
 def pytest_pyfunc_call(pyfuncitem: pytest.Function) -> bool | None:
     """Without a scenario in the mark, the test itself is the scenario, with its fixture `lab`."""
     marker = pyfuncitem.get_closest_marker("policymap_sweep")
-    if marker is None or marker.args:
+    if marker is None:
         return None
     names = inspect.signature(pyfuncitem.obj).parameters
+    if _scenarios_of(marker):
+        if "shard_report" not in pyfuncitem.fixturenames:
+            raise pytest.UsageError(f"{pyfuncitem.nodeid}: with a scenario, the mark policymap_sweep "
+                                    "needs a test with `shard_report`")
+        return None
     if "lab" not in names:
         raise pytest.UsageError(
             f"{pyfuncitem.nodeid}: the mark policymap_sweep needs a scenario, or a test with `lab`")
@@ -408,6 +436,8 @@ def pytest_pyfunc_call(pyfuncitem: pytest.Function) -> bool | None:
 def shard_report(request: pytest.FixtureRequest) -> SweepReport:
     """The report of the test's shard of the scenario in the mark policymap_sweep."""
     marker = request.node.get_closest_marker("policymap_sweep")
-    if marker is None or len(marker.args) != 1:
-        raise pytest.UsageError("shard_report needs the mark policymap_sweep(scenario, ...)")
-    return _sweep_of(request.node, marker, marker.args[0])
+    scenarios = [] if marker is None else _scenarios_of(marker)
+    if marker is None or len(scenarios) != 1:
+        raise pytest.UsageError("shard_report needs the mark policymap_sweep(scenario, ...) with one "
+                                "scenario")
+    return _sweep_of(request.node, marker, scenarios[0])

@@ -10,6 +10,8 @@ import re
 from collections.abc import Iterable, Iterator, Mapping, Sequence
 from typing import Any, overload
 
+import kor
+
 _ACTION = re.compile(r"action\d+")
 
 
@@ -119,14 +121,14 @@ class Record(Table):
     def rule(self, name: str) -> Rule:
         """The rule named "LIST NUMBER", "NUMBER", or "CLASS LIST NUMBER".
 
-        Raises LookupError if there is none, or more than one.
+        Raises kor.LookupException if there is none, or more than one.
         """
         found = [each for each in self.rules if name in (each.name, f"{each.class_name} {each.name}")]
         if len(found) == 1:
             return found[0]
         names = ", ".join(f"{each.class_name} {each.name}" for each in found or self.rules)
         what = "several rules" if found else "no rule"
-        raise LookupError(f"{self.name}: {what} '{name}'; there are: {names or 'none'}")
+        raise kor.LookupException(f"{self.name}: {what} '{name}'; there are: {names or 'none'}")
 
     def to_dict(self) -> dict[str, Any]:
         """As `policymap-lab run --json` prints it, with the rules."""
@@ -182,7 +184,7 @@ class Snapshot(Table, Sequence[Record]):
     def record(self, policy: str, direction: str = "input", option: str | None = None) -> Record:
         """The record of a policy in one direction.
 
-        Without an option: the only one that is created, or else the only one. Raises LookupError if
+        Without an option: the only one that is created, or else the only one. Raises kor.LookupException if
         there is none, or more than one.
         """
         found = [each for each in self if (each.policy, each.direction) == (policy, direction)
@@ -193,7 +195,7 @@ class Snapshot(Table, Sequence[Record]):
         names = ", ".join(each.name for each in found or self)
         what = "several records" if found else "no record"
         wanted = f"{policy}/{direction}" + (f" {option}" if option else "")
-        raise LookupError(f"{what} of {wanted}; there are: {names or 'none'}")
+        raise kor.LookupException(f"{what} of {wanted}; there are: {names or 'none'}")
 
     def rows(self) -> list[dict[str, Any]]:
         """One row per rule."""

@@ -15,7 +15,7 @@ from typing import Any, Union
 import kor
 
 from .journal import Journal
-from .lab import MODES, Explanations, Lab, options_json
+from .lab import MODES, Explanations, Lab, modes_of, options_json
 
 # What is done to a new lab: a function, policy text, or several texts that are loaded in turn.
 Scenario = Union[Callable[[Lab], object], str, Sequence[str]]
@@ -131,7 +131,7 @@ def result_of(data: dict[str, Any]) -> SweepResult:
                        tuple(data.get("journal", ())))
 
 
-def sweep(scenario: Scenario, *, modes: Sequence[str] = MODES, shard: int = 1, shards: int = 1,
+def sweep(scenario: Scenario, *, modes: str | Sequence[str] = MODES, shard: int = 1, shards: int = 1,
           pairs: int = 0, seed: int = 1, journals: bool = False, progress: bool | None = None,
           client: Any = None, **options: Any) -> SweepReport:
     """Runs a scenario again and again, each time with another call of the helper failing, and looks
@@ -145,7 +145,14 @@ def sweep(scenario: Scenario, *, modes: Sequence[str] = MODES, shard: int = 1, s
 
     Raises what the scenario raises, and ValueError for a shard that does not exist.
     """
-    settings = {"modes": list(modes), "pairs": pairs, "seed": seed, "journals": journals}
+    for name, count in (("shards", shards), ("shard", shard)):
+        if isinstance(count, bool) or not isinstance(count, int):
+            raise TypeError(f"{name}: expected a number, found {count!r}")
+        if count < 1:
+            raise ValueError(f"{name}: expected 1 or more, found {count!r}")
+    if shard > 1 and client is not None:
+        raise ValueError("shard: with a client all shards run")
+    settings = {"modes": list(modes_of(modes)), "pairs": pairs, "seed": seed, "journals": journals}
     lab_options = options_json(**options)
     begin = time.perf_counter()
     if progress is None:

@@ -432,3 +432,37 @@ def test_a_lab_by_name():
     assert [each.aclName for each in record.ruleAction1] == ["web"]
     with pytest.raises(kor.Exception):
         lab.load("no such line")
+
+
+# Depth, names and pickles ------------------------------------------------------------------------
+
+
+def test_a_list_that_is_nested_too_deep_is_refused(helper):
+    cycle: list = []
+    cycle.append(cycle)
+    deep: list = []
+    for _ in range(100000):
+        deep = [deep]
+    for value in (cycle, deep):
+        with pytest.raises(RecursionError):
+            helper.commitError = value
+        with pytest.raises(RecursionError):
+            kor.attribute_op(helper, 130, 128, value=value)
+    while deep:
+        deep = deep.pop()  # freeing it at once would recurse, too
+
+
+def test_an_attribute_may_be_called_name():
+    config = kor.new("Acl::Config", name="a")
+    assert config.name == "a"
+    match = kor.ns.PolicyMap.ClassMapMatch("acl", "ipv4", "web", None)
+    assert eval(repr(match), {"Value": kor.Value}) == match
+
+
+@pytest.mark.parametrize("make", [
+    lambda: kor.ns.Vorel.IntfId("Ethernet1"), lambda: kor.ns.Acl.IpAddressMatch("10.0.0.0/8"),
+    lambda: kor.ns.Acl.Ip6AddressMatch("2001:db8::/32"), lambda: kor.ns.Acl.IpRuleConfig()])
+def test_values_that_print_as_texts_are_pickled(make):
+    value = make()
+    again = pickle.loads(pickle.dumps(value))
+    assert type(again) is type(value) and again == value

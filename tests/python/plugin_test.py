@@ -129,7 +129,12 @@ class TestClass:
 
 
 @pytest.mark.parametrize("source, text", [
-    ("@pytest.mark.policymap(modes=['later'])\ndef test_x(lab): pass", "unknown mode 'later'"),
+    ("@pytest.mark.policymap(modes=['later'])\ndef test_x(lab): pass", "found 'later'"),
+    ("@pytest.mark.policymap(modes=[])\ndef test_x(lab): pass", "found ()"),
+    ("@pytest.mark.policymap(modes=3)\ndef test_x(lab): pass", "modes: expected names of modes"),
+    ("@pytest.mark.policymap_sweep(shards=0)\ndef test_x(lab): pass", "shards: expected 1 or more"),
+    ("@pytest.mark.policymap_sweep(shards='2')\ndef test_x(lab): pass", "found '2'"),
+    ("@pytest.mark.policymap_sweep('')\ndef test_x(lab): pass", "needs a test with `shard_report`"),
     ("@pytest.mark.policymap(True)\ndef test_x(lab): pass", "takes named arguments"),
     ("@pytest.mark.policymap(nothing=True)\ndef test_x(lab): pass", "no such option: nothing"),
     ("@pytest.mark.policymap_sweep()\ndef test_x(): pass", "needs a scenario"),
@@ -260,3 +265,68 @@ def test_recovers(lab):
     lab.load(POLICY)
 """, "-n", "2", "--policymap-approve")
     result.assert_outcomes(passed=5)
+
+
+# Files -------------------------------------------------------------------------------------------
+
+
+def test_each_test_has_files_of_its_own(run, pytester):
+    source = """
+@pytest.mark.parametrize("number, name", enumerate(["a b", "a_b", "a/b", "", '"', "x" * 300]))
+def test_it(lab, approved, number, name):
+    lab.load(POLICY.replace("action1 7", f"action1 {number}"))
+    assert lab.records() == approved
+    assert not os.environ.get("FAIL")
+"""
+    run("import os\n" + source, "--policymap-approve").assert_outcomes(passed=6)
+    run("import os\n" + source).assert_outcomes(passed=6)
+    assert len(list(pytester.path.glob("__approved__/*.json"))) == 6
+
+
+def test_each_failure_leaves_a_replay_file(run, pytester):
+    run("""
+@pytest.mark.parametrize("name", ["a b", "a_b", "x" * 300])
+def test_it(lab, name):
+    lab.load(POLICY)
+    assert not name
+""").assert_outcomes(failed=3)
+    assert len(list(pytester.path.glob(".policymap-runs/*.run"))) == 3
+
+
+def test_a_replay_file_that_cannot_be_written_is_no_internal_error(run):
+    result = run("def test_it(lab):\n    lab.load(POLICY)\n    assert False",
+                 "--policymap-runs=test_it.py")
+    result.assert_outcomes(failed=1)
+    result.stdout.fnmatch_lines(["it cannot be written: *"])
+
+
+def test_a_failing_fixture_shows_the_journal(run):
+    result = run("""
+@pytest.fixture
+def loaded(lab):
+    lab.load(POLICY)
+    raise OSError("no")
+def test_it(loaded): pass
+""")
+    result.assert_outcomes(errors=1)
+    result.stdout.fnmatch_lines(["*lab: journal*"])
+
+
+def test_labs_do_not_outlive_their_test(run):
+    run("""
+import gc, weakref
+seen = []
+def test_one(lab):
+    seen.append(weakref.ref(lab))
+def test_two():
+    gc.collect()
+    assert seen[0]() is None
+""").assert_outcomes(passed=2)
+
+
+def test_a_scenario_has_a_name(run):
+    run("""
+@pytest.mark.policymap_sweep(scenario="interface Ethernet1", shards=2, modes="synchronous")
+def test_it(shard_report):
+    assert not shard_report.failed
+""").assert_outcomes(passed=2)

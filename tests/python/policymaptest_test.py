@@ -685,3 +685,47 @@ def test_a_sweep_runs_on_a_cluster_although_a_worker_dies():
 def test_a_wrong_argument_is_named(call, error, text):
     with pytest.raises(error, match=text):
         call()
+
+
+@pytest.mark.parametrize("call, error, text", [
+    (lambda: pmt.Lab().advance(float("inf")), ValueError, "expected a finite time, found inf"),
+    (lambda: kor.ns.PolicyMapTestKit.Lab(False, False, False).advance(float("inf")), ValueError,
+     "time advances by 0 s or more, not by inf s"),
+    (lambda: pmt.sweep("", modes="bogus"), ValueError, "modes: .*; found .bogus"),
+    (lambda: pmt.sweep("", modes=[]), ValueError, r"modes: .*; found \(\)"),
+    (lambda: pmt.sweep("", shards=0), ValueError, "shards: expected 1 or more, found 0"),
+    (lambda: pmt.sweep("", shards="2"), TypeError, "shards: expected a number, found '2'"),
+    (lambda: pmt.sweep("", shard=2, shards=2, client=object()), ValueError, "all shards run"),
+    (lambda: pmt.Lab().record("none"), kor.LookupException, "no record of none/input"),
+    (lambda: pmt.Lab().release(), kor.LookupException, "no result is held"),
+])
+def test_what_cannot_be_done_is_named(call, error, text):
+    with pytest.raises(error, match=text):
+        call()
+
+
+def test_modes_have_names():
+    assert len(pmt.sweep(POLICY, modes="synchronous").results) < len(
+        pmt.sweep(POLICY, modes="all").results)
+
+
+def test_a_lab_does_not_end_during_a_call_of_it():
+    refused = []
+
+    class Helper:
+        def commitPolicy(self):
+            with pytest.raises(kor.RangeException, match="cannot end during a call") as error:
+                lab.close()
+            refused.append(error)
+
+    with pmt.Lab() as lab:
+        lab.before_helper(Helper())
+        lab.load(POLICY)
+        assert len(refused) == 1
+        kor.observe(lab.helper, "testData", lambda key, member: lab.close())
+        with pytest.raises(kor.RangeException, match="cannot end during a call"):
+            lab.load("interface Ethernet1\n no service-policy input edge\n"
+                     "policy-map other\n class web\n"
+                     "interface Ethernet1\n service-policy input other")
+        assert lab.record("other").created
+    lab.close()

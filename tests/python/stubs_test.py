@@ -672,10 +672,12 @@ def signature(node: ast.FunctionDef) -> typing.Iterator[inspect.Parameter]:
     """The parameters of a function in a stub, without their types."""
     kind = inspect.Parameter
     defaults = [ast.literal_eval(each) for each in node.args.defaults]
-    positional = node.args.args
+    unnamed = len(node.args.posonlyargs)
+    positional = node.args.posonlyargs + node.args.args
     for place, each in enumerate(positional):
         behind = place - (len(positional) - len(defaults))
-        yield kind(each.arg, kind.POSITIONAL_OR_KEYWORD,
+        yield kind(each.arg,
+                   kind.POSITIONAL_ONLY if place < unnamed else kind.POSITIONAL_OR_KEYWORD,
                    default=defaults[behind] if behind >= 0 else kind.empty)
     if node.args.vararg:
         yield kind(node.args.vararg.arg, kind.VAR_POSITIONAL)
