@@ -28,7 +28,8 @@ std::string policyOf(int classes) {
     for (int rule = 0; rule < 10; ++rule) {
       lists += " permit tcp any any eq " + std::to_string(rule + 1) + "\n";
     }
-    maps += "class-map match-any class" + name + "\n match access-group list" + name + "\n";
+    maps.append("class-map match-any class").append(name);
+    maps.append("\n match access-group list").append(name).append("\n");
     policy += " class class" + name + "\n  set action1 7\n";
   }
   return lists + maps + policy + "interface Ethernet1\n service-policy input edge\n";

@@ -383,15 +383,15 @@ void driveExpectations(benchmark::State& state) {
   for (auto _ : state) {
     Mock mock;
     Fake<Table, TableSet> fake;
-    using testing::_;
     using testing::Invoke;
+    auto const& any = testing::_;  // the loop has a variable of that name
     using Target = decltype(fake);
     EXPECT_CALL(mock, createPolicy).WillOnce(Invoke(&fake, &Target::createPolicy));
     for (AclRuleKey const& key : policy.keys) {
-      EXPECT_CALL(mock, addRule(key, _, _, _))
+      EXPECT_CALL(mock, addRule(key, any, any, any))
           .WillOnce(Invoke(&fake, &Target::addRule))
           .RetiresOnSaturation();
-      EXPECT_CALL(mock, updateAction(key, _, _, _))
+      EXPECT_CALL(mock, updateAction(key, any, any, any))
           .WillOnce(Invoke(&fake, &Target::updateAction))
           .RetiresOnSaturation();
     }

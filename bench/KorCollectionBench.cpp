@@ -204,13 +204,13 @@ class Maps {
     trimHeap();
   }
   [[nodiscard]] std::size_t members() const { return all_.size() * size_; }
-  // do_(map, key) for all keys of each map in turn
+  // act(map, key) for all keys of each map in turn
   template <class Do>
-  void each(std::vector<Key> const& keys, Do const& do_) {
+  void each(std::vector<Key> const& keys, Do const& act) {
     auto key = keys.begin();
     for (auto& map : all_) {
       for (auto const end = key + static_cast<std::ptrdiff_t>(size_); key != end; ++key) {
-        do_(*map, *key);
+        act(*map, *key);
       }
     }
   }

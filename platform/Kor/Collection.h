@@ -232,7 +232,8 @@ class CollectionIterator {
 
 }  // namespace Kor
 
-// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are types and names
+// NOLINTBEGIN(bugprone-macro-parentheses,readability-identifier-naming): the arguments are types
+// and names; a trailing underscore marks what is for this file
 
 // The statement that xNotify runs.
 #define KOR_ON_CHANGE(...) __VA_ARGS__;
@@ -332,4 +333,4 @@ class CollectionIterator {
   ::Kor::Ptr<M> x##Is(K const& key) {                               \
     return x##Collection_.findOrCreate(*this, key);                 \
   }
-// NOLINTEND(bugprone-macro-parentheses)
+// NOLINTEND(bugprone-macro-parentheses,readability-identifier-naming)
