@@ -7,8 +7,8 @@
 // record, and the memory of a rule.
 
 #include "bench/Contest.h"
+#include "bench/RuleArguments.h"
 #include "helper/AclHelper.h"
-#include "machines/TestClassCommonData.h"
 
 #include <Kor/ByName.h>
 
@@ -38,34 +38,17 @@ using PolicyMap::AclRuleKey;
 using PolicyMap::ClassMapMatchOption;
 using PolicyMap::SubRuleData;
 
-constexpr std::uint32_t ruleCount = 1000;
+using Bench::ruleCount;
+
 constexpr std::uint32_t intfCount = 16;
 
-// The arguments that the framework passes to a helper.
-struct Policy {
-  Kor::Ptr<Acl::Config> acls = Kor::make<Acl::Config>();
-  PolicyMap::PolicyMapSmCommonData::Ptr policyData =
-      Kor::make<PolicyMap::PolicyMapSmCommonData>(PolicyMap::PolicyMapSmKey("policy", "input"));
-  PolicyMapTest::TestClassCommonData::Ptr classData =
-      Kor::make<PolicyMapTest::TestClassCommonData>("class", nullptr, acls);
-  std::vector<AclRuleKey> keys;
+struct Policy : Bench::RuleArguments {
   std::vector<Vorel::IntfId> intfs;
 
   Policy() {
-    auto const list = acls->ipAclIs("acl");
-    for (std::uint32_t seqno = 1; seqno <= ruleCount; ++seqno) {
-      Acl::IpRuleConfig rule;
-      rule.protocolIs(6);
-      rule.dstPortIs(Acl::PortMatch::eq(seqno));
-      list->ruleIs(seqno, rule);
-      keys.emplace_back("class", "acl", seqno, ClassMapMatchOption::ipv4);
-    }
     for (std::uint32_t number = 1; number <= intfCount; ++number) {
       intfs.emplace_back(Kor::String("Ethernet" + std::to_string(number)));
     }
-    classData->action1ValueIs(1);
-    classData->action2ValueIs(2);
-    classData->action3ValueIs(3);
   }
 };
 
@@ -173,19 +156,48 @@ struct Counters {
   std::uint32_t commits = 0;
 };
 
-// A typical hand-written fake: the same fields in a table each.
-template <template <class, class> class Map, template <class> class Set>
-class Fake {
+// What the fakes below have in common. A record has `counters`.
+template <class Record>
+class Records {
  public:
   Kor::String createPolicy(PolicyData const& data, ClassMapMatchOption option) {
-    Record& record = records_[{data->policyKey(), option}];
+    Record& record = of(data, option);
     record.counters.created = true;
     ++record.counters.creations;
     return {};
   }
+  Kor::String commitPolicy(PolicyData const& data, ClassMapMatchOption option) {
+    Record& record = of(data, option);
+    ++record.counters.commits;
+    record.counters.dirty = false;
+    return {};
+  }
+
+ protected:
+  Record& of(PolicyData const& data, ClassMapMatchOption option) {
+    return records_[{data->policyKey(), option}];
+  }
+
+ private:
+  std::map<RecordKey, Record> records_;
+};
+
+template <template <class, class> class Map, template <class> class Set>
+struct FakeRecord {
+  Counters counters;
+  Map<AclRuleKey, Acl::IpRuleConfig> matches;
+  Map<AclRuleKey, Set<SubRuleData>> subRules;
+  std::array<Map<AclRuleKey, std::uint32_t>, 3> actions;
+  Set<Vorel::IntfId> intfs;
+};
+
+// A typical hand-written fake: the same fields in a table each.
+template <template <class, class> class Map, template <class> class Set>
+class Fake : public Records<FakeRecord<Map, Set>> {
+ public:
   Kor::String addRule(AclRuleKey const& key, SubRuleData const& subRule, PolicyData const& data,
                       ClassData const& classData) {
-    Record& record = records_[{data->policyKey(), key.matchOption()}];
+    Record& record = this->of(data, key.matchOption());
     record.matches[key] = classData->getIpRule(key);
     record.subRules[key].insert(subRule);
     recordActions(record, key, classData);
@@ -194,23 +206,17 @@ class Fake {
   }
   Kor::String addIntfToPolicy(PolicyData const& data, Vorel::IntfId intf,
                               ClassMapMatchOption option) {
-    records_[{data->policyKey(), option}].intfs.insert(intf);
-    return {};
-  }
-  Kor::String commitPolicy(PolicyData const& data, ClassMapMatchOption option) {
-    Record& record = records_[{data->policyKey(), option}];
-    ++record.counters.commits;
-    record.counters.dirty = false;
+    this->of(data, option).intfs.insert(intf);
     return {};
   }
   Kor::String updateAction(AclRuleKey const& key, SubRuleData const& subRule,
                            PolicyData const& data, ClassData const& classData) {
-    Record& record = records_[{data->policyKey(), key.matchOption()}];
+    Record& record = this->of(data, key.matchOption());
     recordActions(record, key, classData);
     return record.subRules.at(key).count(subRule) != 0 ? Kor::String() : Kor::String("unknown");
   }
   Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) {
-    Record& record = records_[{data->policyKey(), option}];
+    Record& record = this->of(data, option);
     record.counters.created = false;
     record.matches.clear();
     record.subRules.clear();
@@ -222,13 +228,7 @@ class Fake {
   }
 
  private:
-  struct Record {
-    Counters counters;
-    Map<AclRuleKey, Acl::IpRuleConfig> matches;
-    Map<AclRuleKey, Set<SubRuleData>> subRules;
-    std::array<Map<AclRuleKey, std::uint32_t>, 3> actions;
-    Set<Vorel::IntfId> intfs;
-  };
+  using Record = FakeRecord<Map, Set>;
 
   static void recordActions(Record& record, AclRuleKey const& key, ClassData const& classData) {
     auto const values = classData.as<PolicyMapTest::TestClassCommonData const>();
@@ -236,23 +236,55 @@ class Fake {
     record.actions[1][key] = values->action2Value();
     record.actions[2][key] = values->action3Value();
   }
+};
 
-  std::map<RecordKey, Record> records_;
+struct FloorRule {
+  AclRuleKey key;
+  SubRuleData subRule;
+  std::vector<SubRuleData> others;
+  Acl::IpRuleConfig match;
+  std::array<std::uint32_t, 3> actions{};
+
+  [[nodiscard]] bool has(SubRuleData const& wanted) const {
+    return subRule == wanted || std::find(others.begin(), others.end(), wanted) != others.end();
+  }
+};
+struct FloorRecord {
+  Counters counters;
+  std::vector<FloorRule> rules;
+  std::vector<std::uint32_t> index;  // 1 + the place of the rule, 0: none
+  std::vector<Vorel::IntfId> intfs;
+
+  FloorRule& ruleIs(AclRuleKey const& key, SubRuleData const& subRule) {
+    if (4 * (rules.size() + 1) > 3 * index.size()) {
+      index.assign(std::max<std::size_t>(16, 2 * index.size()), 0);
+      for (std::uint32_t place = 0; place != rules.size(); ++place) {
+        slotOf(rules[place].key) = place + 1;
+      }
+    }
+    std::uint32_t& slot = slotOf(key);
+    if (slot == 0) {
+      rules.push_back({key, subRule, {}, {}, {}});
+      slot = static_cast<std::uint32_t>(rules.size());
+    }
+    return rules[slot - 1];
+  }
+  std::uint32_t& slotOf(AclRuleKey const& key) {
+    std::size_t place = key.hash() & (index.size() - 1);
+    while (index[place] != 0 && !(rules[index[place] - 1].key == key)) {
+      place = (place + 1) & (index.size() - 1);
+    }
+    return index[place];
+  }
 };
 
 // The least that records the same: everything about a rule in one element of a vector, which an
 // index finds by linear probing, and interfaces in a vector. A deleted policy keeps its memory.
-class Floor {
+class Floor : public Records<FloorRecord> {
  public:
-  Kor::String createPolicy(PolicyData const& data, ClassMapMatchOption option) {
-    Record& record = records_[{data->policyKey(), option}];
-    record.counters.created = true;
-    ++record.counters.creations;
-    return {};
-  }
   Kor::String addRule(AclRuleKey const& key, SubRuleData const& subRule, PolicyData const& data,
                       ClassData const& classData) {
-    Record& record = records_[{data->policyKey(), key.matchOption()}];
+    Record& record = of(data, key.matchOption());
     Rule& rule = record.ruleIs(key, subRule);
     rule.match = classData->getIpRule(key);
     if (!rule.has(subRule)) {
@@ -264,23 +296,17 @@ class Floor {
   }
   Kor::String addIntfToPolicy(PolicyData const& data, Vorel::IntfId intf,
                               ClassMapMatchOption option) {
-    records_[{data->policyKey(), option}].intfs.push_back(intf);
-    return {};
-  }
-  Kor::String commitPolicy(PolicyData const& data, ClassMapMatchOption option) {
-    Record& record = records_[{data->policyKey(), option}];
-    ++record.counters.commits;
-    record.counters.dirty = false;
+    of(data, option).intfs.push_back(intf);
     return {};
   }
   Kor::String updateAction(AclRuleKey const& key, SubRuleData const& subRule,
                            PolicyData const& data, ClassData const& classData) {
-    Rule& rule = records_[{data->policyKey(), key.matchOption()}].ruleIs(key, subRule);
+    Rule& rule = of(data, key.matchOption()).ruleIs(key, subRule);
     recordActions(rule, classData);
     return rule.has(subRule) ? Kor::String() : Kor::String("unknown");
   }
   Kor::String deletePolicy(PolicyData const& data, ClassMapMatchOption option) {
-    Record& record = records_[{data->policyKey(), option}];
+    Record& record = of(data, option);
     record.counters.created = false;
     record.rules.clear();
     std::fill(record.index.begin(), record.index.end(), 0U);
@@ -289,52 +315,13 @@ class Floor {
   }
 
  private:
-  struct Rule {
-    AclRuleKey key;
-    SubRuleData subRule;
-    std::vector<SubRuleData> others;
-    Acl::IpRuleConfig match;
-    std::array<std::uint32_t, 3> actions{};
-
-    [[nodiscard]] bool has(SubRuleData const& wanted) const {
-      return subRule == wanted || std::find(others.begin(), others.end(), wanted) != others.end();
-    }
-  };
-  struct Record {
-    Counters counters;
-    std::vector<Rule> rules;
-    std::vector<std::uint32_t> index;  // 1 + the place of the rule, 0: none
-    std::vector<Vorel::IntfId> intfs;
-
-    Rule& ruleIs(AclRuleKey const& key, SubRuleData const& subRule) {
-      if (4 * (rules.size() + 1) > 3 * index.size()) {
-        index.assign(std::max<std::size_t>(16, 2 * index.size()), 0);
-        for (std::uint32_t place = 0; place != rules.size(); ++place) {
-          slotOf(rules[place].key) = place + 1;
-        }
-      }
-      std::uint32_t& slot = slotOf(key);
-      if (slot == 0) {
-        rules.push_back({key, subRule, {}, {}, {}});
-        slot = static_cast<std::uint32_t>(rules.size());
-      }
-      return rules[slot - 1];
-    }
-    std::uint32_t& slotOf(AclRuleKey const& key) {
-      std::size_t place = key.hash() & (index.size() - 1);
-      while (index[place] != 0 && !(rules[index[place] - 1].key == key)) {
-        place = (place + 1) & (index.size() - 1);
-      }
-      return index[place];
-    }
-  };
+  using Rule = FloorRule;
+  using Record = FloorRecord;
 
   static void recordActions(Rule& rule, ClassData const& classData) {
     auto const values = classData.as<PolicyMapTest::TestClassCommonData const>();
     rule.actions = {values->action1Value(), values->action2Value(), values->action3Value()};
   }
-
-  std::map<RecordKey, Record> records_;
 };
 
 #ifdef BENCH_WITH_ABSL

@@ -6,9 +6,8 @@
 // and with signals of other libraries.
 
 #include "bench/Contest.h"
+#include "bench/Lamp.h"
 #include "bench/peers/Floor.h"
-
-#include <Kor/Entity.h>
 
 #ifdef BENCH_WITH_QT
 #include "bench/peers/QtMeter.h"
@@ -24,43 +23,6 @@
 #include <vector>
 
 namespace {
-
-class Lamp : public Kor::Entity {
- public:
-  class NotifieeConst;
-  static constexpr Kor::AttributeId brightnessId = 258;
-
-  Lamp() : Entity("lamp") {}
-  [[nodiscard]] Kor::KorType const* fwkType() const override { return _fwkType(); }
-  [[nodiscard]] static Kor::KorType* _fwkType() {
-    static Kor::KorType type("Bench::Lamp", Entity::_fwkType());
-    return &type;
-  }
-  void brightnessIs(int brightness);
-
- private:
-  int brightness_ = 0;
-};
-
-class Lamp::NotifieeConst : public Kor::NotifieeOf<Lamp, Kor::Entity::NotifieeConst> {
- public:
-  using NotifieeOf::NotifieeOf;
-  virtual void onBrightness() {}
-};
-
-void Lamp::brightnessIs(int brightness) {
-  if (brightness_ != brightness) {
-    brightness_ = brightness;
-    attributeChanged<Lamp>(brightnessId, [](auto& notifiee) { notifiee.onBrightness(); });
-  }
-}
-
-class CountingNotifiee : public Lamp::NotifieeConst {
- public:
-  using NotifieeConst::NotifieeConst;
-  void onBrightness() override { ++calls; }
-  int calls = 0;
-};
 
 // The usual hand-written equivalent: it copies the list for each iteration and skips removed
 // entries.
@@ -109,10 +71,7 @@ void writeRepeatedly(benchmark::State& state, L& lamp) {
 }
 
 void ours(benchmark::State& state) {
-  auto const lamp = Kor::make<Lamp>();
-  for (int i = 0; i < state.range(0); ++i) {
-    static_cast<void>(Kor::make<CountingNotifiee>(lamp.get()));
-  }
+  auto const lamp = Bench::lampWith(static_cast<int>(state.range(0)));
   writeRepeatedly(state, *lamp);
 }
 

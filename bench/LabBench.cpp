@@ -107,7 +107,7 @@ auto wholeRun(std::uint32_t rules) {
 
 [[maybe_unused]] bool const entered = [] {
   auto const enter = [](char const* work, char const* who, auto function) {
-    Contest::enter(work, who, function)->UseManualTime()->Iterations(1);
+    Contest::enter(work, who, function)->UseManualTime()->Iterations(1)->Repetitions(1);
   };
   enter("filter set to records, per rule of 100,000", "ours", perRule(100000));
   enter("filter set to records, per rule of 100,000", "of 10,000", perRule(10000));
