@@ -65,8 +65,8 @@ struct MemoryPool::Slabs {
     return slab;
   }
 
-  // An empty slab, as a current one of this class.
-  static Slab& cutAnew(std::size_t sizeClass) {
+  // Returns an empty slab, prepared for blocks of this class.
+  static Slab& makeCurrent(std::size_t sizeClass) {
     Slab& slab = empty != nullptr ? *std::exchange(empty, empty->next) : newest();
     std::size_t const count = (slabSize - headLines * line) / blockSize(sizeClass);
     return *new (&slab) Slab{nullptr,
@@ -129,7 +129,7 @@ void* MemoryPool::refill(std::size_t size) {
   Slab*& current = state.current[sizeClass];
   if (current->cut == current->count) {
     Slab* const spare = Slabs::spare[sizeClass];
-    Slab& next = spare != nullptr ? *spare : Slabs::cutAnew(sizeClass);
+    Slab& next = spare != nullptr ? *spare : Slabs::makeCurrent(sizeClass);
     if (spare != nullptr) {
       Slabs::takeSpare(next);
       ++next.untilCall;

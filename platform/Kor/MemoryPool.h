@@ -3,9 +3,10 @@
 
 // Allocation of small objects by size class. An allocation is a pop, a release is a push.
 //
-// Blocks of one class are cut from slabs, and each slab has its own list of free blocks. A slab of
-// which all blocks were released is cut anew, for any class. So objects created in sequence are
-// adjacent, however many came and went before. The memory of slabs is kept until the process ends.
+// Blocks are cut from slabs, and each slab has blocks of one class and its own list of free ones.
+// An empty slab is used again, for blocks of any class, so objects that are created in sequence are
+// adjacent, even after many others were created and destroyed. Slabs are kept until the process
+// ends.
 //
 // A sanitized libKor forwards every request to the heap, so that leaks and uses after release are
 // found. This depends on the library alone, not on how its users were compiled, because one may

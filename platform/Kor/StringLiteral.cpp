@@ -4,7 +4,6 @@
 #include "Kor/TextAhead.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <utility>
 
@@ -211,11 +210,11 @@ class StringLiteralReader {
 }  // namespace
 
 void appendStringLiteral(std::string& to, std::string_view bytes) {
-  auto const isPlain = [](char c) { return c >= ' ' && c < '\x7f' && c != '\\' && c != '\''; };
+  auto const isPrinted = [](char c) { return c >= ' ' && c < '\x7f' && c != '\\' && c != '\''; };
   to.push_back('\'');
   for (std::size_t i = 0; i < bytes.size();) {
     std::size_t plain = i;
-    while (plain < bytes.size() && isPlain(bytes[plain])) {
+    while (plain < bytes.size() && isPrinted(bytes[plain])) {
       ++plain;
     }
     to.append(bytes.substr(i, plain - i));
@@ -254,17 +253,9 @@ std::optional<std::string_view> takePlainLiteral(TextIterator& it, TextIterator 
   if (quote != '\'' && quote != '"') {
     return std::nullopt;
   }
-  constexpr auto stops = [] {
-    std::array<bool, 256> chars{};
-    for (char const c : {'\'', '"', '\\', '\n', '\r'}) {
-      chars[static_cast<unsigned char>(c)] = true;
-    }
-    return chars;
-  }();
+  auto const isPlain = [](char c) { return c != '\\' && c != '\n' && c != '\r'; };
   std::size_t place = 1;
-  while (place < ahead.size() &&
-         (!stops[static_cast<unsigned char>(ahead[place])] ||
-          (ahead[place] != quote && (ahead[place] == '\'' || ahead[place] == '"')))) {
+  while (place < ahead.size() && ahead[place] != quote && isPlain(ahead[place])) {
     ++place;
   }
   bool const closed = place < ahead.size() && ahead[place] == quote;

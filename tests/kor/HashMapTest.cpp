@@ -704,6 +704,18 @@ TEST(HashMap, AMemberMayRemoveTheNextWhileAllAreRemoved) {
   EXPECT_EQ(map.members(), 0U);
 }
 
+TEST(HashMapDeathTest, RemovingAMemberOfAnotherMapIsAnAssertion) {
+  Map<Spread> map;
+  Map<Spread> other;
+  auto const member = Kor::make<Member<Spread>>(1U);
+  other.insert(member);
+  EXPECT_ASSERTION(map.remove(member.get()), "Kor/HashMap", "member of this map",
+                   "Kor/HashTable.h");
+  insert(map, 1);
+  EXPECT_ASSERTION(map.remove(member.get()), "Kor/HashMap", "member of this map",
+                   "Kor/HashTable.h");
+}
+
 TEST(HashMapDeathTest, LinkingALinkedMemberIsAnAssertion) {
   Map<Spread> map;
   auto const member = Kor::make<Member<Spread>>(1U);
