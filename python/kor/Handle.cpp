@@ -221,7 +221,9 @@ GenericValue numberOf(PyObject* object) {
 
 Instance instanceOf(PyObject* object, KorAttr const& attr) {
   Handle const* const handle = handleOf(object);
-  if (handle == nullptr || !refers(handle->value)) {
+  // A function of a class can be called with any object, and Python lets a handle change its class.
+  if (handle == nullptr || !refers(handle->value) ||
+      !handle->value.object()->fwkType()->isA(attr.owner())) {
     throw Kor::TypeException(Kor::String(attr.owner()->name()), Kor::String("self"));
   }
   return {handle->value.object(), handle->value.isConst()};

@@ -466,3 +466,17 @@ def test_values_that_print_as_texts_are_pickled(make):
     value = make()
     again = pickle.loads(pickle.dumps(value))
     assert type(again) is type(value) and again == value
+
+
+def test_what_belongs_to_another_type_is_refused(helper, record):
+    types = kor.ns.PolicyMapTest
+    key = kor.ns.PolicyMap.AclRuleKey("web", "a", 1, "ipv4")
+    for use in (lambda: types.AclHelper.hwInit(record),
+                lambda: types.AclHelper.scheduleAsyncResult(key, "x"),
+                lambda: types.AclHelper.commitError.__get__(record),
+                lambda: types.AclHelper.commitError.__get__(key),
+                lambda: types.AclHelper.commitError.__set__(record, "x"),
+                lambda: len(types.AclHelper.testData.__get__(record))):
+        with pytest.raises(kor.TypeException, match="self"):
+            use()
+    assert types.AclHelper.updateActionSupported.__get__(helper) in (True, False)
