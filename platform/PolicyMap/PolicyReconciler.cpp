@@ -16,7 +16,9 @@ PolicyReconciler::PolicyReconciler(Policy& policy)
         due_.failedDue();
         schedule();
       }),
-      resultTimer_([this] { timedOut(); }) {}
+      resultTimer_([this] { timedOut(); }) {
+  due_.rulesDue();
+}
 
 PolicyReconciler::~PolicyReconciler() {
   serviceIs(nullptr);
@@ -289,9 +291,8 @@ void PolicyReconciler::readCounts() {
 PresentPolicy PolicyReconciler::presentPolicy(ClassMapMatchOption option) const {
   PresentPolicy present;
   if (Kor::Ptr<PolicyMapAclHelper> const helper = helper_ ? helper_ : service_->aclHelper()) {
-    HelperArbiter const& arbiter = helper->arbiter();
-    present.created = arbiter.created(policy_.key(), option);
-    present.owned = arbiter.creator(policy_.key(), option) == this;
+    present.created = helper->arbiter().created(policy_.key(), option);
+    present.owned = helper->arbiter().creator(policy_.key(), option) == this;
   }
   present.intfs = policy_.commonData()->intfs(option);
   std::sort(present.intfs.begin(), present.intfs.end());
