@@ -62,7 +62,7 @@ bool DuePasses::any() const {
 }
 
 PolicyProgress DuePasses::progress(ClassMapMatchOption option, PolicyHost const& host,
-                                   PresentPolicy const& present,
+                                   HelperArbiter::Presence const& present,
                                    std::optional<double> nextTry) const {
   OptionState const& state = state_[option];
   PolicyProgress progress{ProgrammingState::noIntf, known(present, state)};
@@ -101,7 +101,7 @@ std::optional<Pass> DuePasses::optionPass(ClassMapMatchOption option, Turn& turn
                                std::exchange(state.classesDue, {})};
   state.intfsDue = false;
   if (!changed.any() && (state.noClasses || state.refused) && !unwanted() &&
-      !turn.present(option).owned) {
+      !turn.presence(option).owned) {
     return std::nullopt;
   }
   std::string_view const cause = causeOf(state, changed.any());
@@ -158,7 +158,7 @@ WantedPolicy DuePasses::wantedPolicy(ClassMapMatchOption option, ChangedClasses 
     return wanted;
   }
   OptionState& state = state_[option];
-  bool const isKnown = known(turn.present(option), state);
+  bool const isKnown = known(turn.presence(option), state);
   if (turn.host().allowsOption(option)) {
     wanted.intfs = turn.host().effectiveIntfs(policy_.key(), option);
   }
@@ -266,7 +266,7 @@ std::optional<Pass> DuePasses::updatePass(Turn& turn) {
   }
   PerOption<bool> isKnown;
   for (ClassMapMatchOption const option : allMatchOptions) {
-    isKnown[option] = known(turn.present(option), state_[option]);
+    isKnown[option] = known(turn.presence(option), state_[option]);
   }
   Pass pass = planActionUpdate(changed, isKnown, state_);
   if (pass.steps.empty()) {

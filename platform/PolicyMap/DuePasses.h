@@ -30,6 +30,8 @@ class POLICYMAP_API DuePasses {
     [[nodiscard]] virtual bool over() const = 0;
     [[nodiscard]] virtual PolicyHost& host() = 0;
     [[nodiscard]] virtual PolicyMapAclHelper const& helper() const = 0;
+    [[nodiscard]] virtual HelperArbiter::Presence presence(ClassMapMatchOption option) const = 0;
+    // The same with the interfaces, which is as expensive as there are many.
     [[nodiscard]] virtual PresentPolicy present(ClassMapMatchOption option) const = 0;
     // The option is refused or unwanted, and no operation is needed.
     virtual void refused(ClassMapMatchOption option) = 0;
@@ -71,7 +73,7 @@ class POLICYMAP_API DuePasses {
   // What has become of an option, apart from a pending result. `nextTry` is when failures are
   // retried.
   [[nodiscard]] PolicyProgress progress(ClassMapMatchOption option, PolicyHost const& host,
-                                        PresentPolicy const& present,
+                                        HelperArbiter::Presence const& present,
                                         std::optional<double> nextTry) const;
   // Consumes marks until one needs a pass. Returns none if nothing else is due or the turn is over.
   std::optional<Pass> next(Turn& turn);

@@ -128,7 +128,14 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
   void readCounts();
   void abandonTurn();
   void leave();
-  [[nodiscard]] PresentPolicy presentPolicy(ClassMapMatchOption option) const;
+  [[nodiscard]] HelperArbiter::Presence presence(ClassMapMatchOption option) const {
+    Kor::Ptr<PolicyMapAclHelper> const& helper = helper_ ? helper_ : service_->aclHelper();
+    return helper ? helper->arbiter().presence(policy_.key(), option, *this)
+                  : HelperArbiter::Presence();
+  }
+  [[nodiscard]] PresentPolicy presentPolicy(ClassMapMatchOption option) const {
+    return {presence(option), policy_.commonData()->sortedIntfs(option)};
+  }
   [[nodiscard]] bool ownsAnything() const;
 
   void publish();

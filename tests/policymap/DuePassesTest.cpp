@@ -62,13 +62,18 @@ class Turn final : public PolicyMap::DuePasses::Turn {
   explicit Turn(PlainHost& host) : host_(host) {}
   bool ended = false;
   std::set<ClassMapMatchOption> owned;
+  mutable unsigned asked = 0;  // requests for the interfaces
   std::vector<std::string> told;
 
   bool over() const override { return ended; }
   PolicyMap::PolicyHost& host() override { return host_; }
   PolicyMap::PolicyMapAclHelper const& helper() const override { return *host_.helper; }
+  PolicyMap::HelperArbiter::Presence presence(ClassMapMatchOption option) const override {
+    return {owned.contains(option), owned.contains(option)};
+  }
   PresentPolicy present(ClassMapMatchOption option) const override {
-    return owned.contains(option) ? PresentPolicy{true, true, {intf("Ethernet1")}}
+    ++asked;
+    return owned.contains(option) ? PresentPolicy{{true, true}, {intf("Ethernet1")}}
                                   : PresentPolicy{};
   }
   void refused(ClassMapMatchOption option) override { told.push_back("refused " + text(option)); }
@@ -167,7 +172,9 @@ TEST_F(Due, AnActionAsksItsClassAlone) {
   owner.classes[1]->classCommonData()->updateAclActionsInc(1);
   due.actionsDue(Kor::Name("d"));
   EXPECT_TRUE(due.any());
+  turn.asked = 0;
   EXPECT_EQ(next(), "updateAction commitPolicy");
+  EXPECT_EQ(turn.asked, 0U);
   EXPECT_EQ(owner.asked, 0U);
   EXPECT_THAT(owner.askedNames, ElementsAre(std::set<Kor::Name>{Kor::Name("d")}));
   EXPECT_FALSE(due.any());
