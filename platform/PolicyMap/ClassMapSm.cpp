@@ -187,7 +187,7 @@ void ClassMapSm::handleMatch() {
 void ClassMapSm::handleMatch(ClassMapMatchOption option) {
   compiledRules_.makeStale();
   if (owner_ != nullptr) {
-    owner_->classRulesChanged(option);
+    owner_->classRulesChanged(className_, option);
   }
 }
 
@@ -226,7 +226,7 @@ void ClassMapSm::compileIfStale() {
   // An error in the rules of one option refuses all options.
   if (errorChanged && owner_ != nullptr) {
     for (ClassMapMatchOption const option : allMatchOptions) {
-      owner_->classRulesChanged(option);
+      owner_->classRulesChanged(className_, option);
     }
   }
 }

@@ -31,7 +31,7 @@ class POLICYMAP_API ClassMapSm : public Kor::PtrInterface {
   class Owner {
    public:
     virtual ~Owner() = default;
-    virtual void classRulesChanged(ClassMapMatchOption option) = 0;
+    virtual void classRulesChanged(Kor::Name const& className, ClassMapMatchOption option) = 0;
     virtual void classActionsChanged(Kor::Name const& className) = 0;
   };
 

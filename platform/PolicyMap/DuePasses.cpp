@@ -5,6 +5,13 @@
 #include <utility>
 
 namespace PolicyMap {
+namespace {
+
+ProgrammedClass wantedClass(ClassMapSm& machine, ClassMapMatchOption option) {
+  return {machine.className(), machine.classCommonData(), machine.rules(option)};
+}
+
+}  // namespace
 
 void DuePasses::rulesDue() {
   for (OptionState& option : state_) {
@@ -55,7 +62,7 @@ bool DuePasses::any() const {
 }
 
 PolicyProgress DuePasses::progress(ClassMapMatchOption option, PolicyHost const& host,
-                                   PresentPolicy const& present,
+                                   HelperArbiter::Presence const& present,
                                    std::optional<double> nextTry) const {
   OptionState const& state = state_[option];
   PolicyProgress progress{ProgrammingState::noIntf, known(present, state)};
@@ -68,7 +75,7 @@ PolicyProgress DuePasses::progress(ClassMapMatchOption option, PolicyHost const&
     progress.state = ProgrammingState::due;
   } else if (progress.programmed) {
     progress.state = ProgrammingState::programmed;
-  } else if (state.noClasses) {
+  } else if (state.noClasses || state.refused) {
     progress.state = ProgrammingState::nothingToProgram;
   } else if (!host.allowsOption(option)) {
     progress.state = ProgrammingState::optionNotAllowed;
@@ -90,26 +97,26 @@ std::optional<Pass> DuePasses::next(Turn& turn) {
 std::optional<Pass> DuePasses::optionPass(ClassMapMatchOption option, Turn& turn) {
   OptionState& state = state_[option];
   // A teardown that failed may have been planned for a refusal, which is still to be found.
-  bool const rulesDue = std::exchange(state.rulesDue, false) || state.retry;
+  ChangedClasses const changed{std::exchange(state.rulesDue, false) || state.retry,
+                               std::exchange(state.classesDue, {})};
   state.intfsDue = false;
-  if (!rulesDue && state.noClasses && !unwanted() && !turn.present(option).owned) {
+  if (!changed.any() && (state.noClasses || state.refused) && !unwanted() &&
+      !turn.presence(option).owned) {
     return std::nullopt;
   }
-  std::string_view const cause = causeOf(state, rulesDue);
+  std::string_view const cause = causeOf(state, changed.any());
   HelperTraits const traits(turn.helper());
-  WantedPolicy const wanted = wantedPolicy(option, rulesDue, traits, turn);
+  WantedPolicy const wanted = wantedPolicy(option, changed, traits, turn);
   if (turn.over()) {
     return std::nullopt;
   }
   OptionPlan plan =
       planOption(option, wanted, turn.present(option), state, traits, turn.host().aclDiff().get());
   if (plan.sameRules && wanted.classes) {
-    for (Kor::Name const& className : state.classes.adopt(*wanted.classes)) {
-      changedActions_.insert(className);
-      turn.renewed(className);
-    }
+    adopt(state, *wanted.classes, turn);
   }
   if (plan.refusal) {
+    state.refused = state.refused || !!*plan.refusal;
     state.refusedIs(*plan.refusal);
     if (!plan.pass) {
       turn.refused(option);
@@ -137,26 +144,36 @@ std::string_view DuePasses::causeOf(OptionState const& state, bool rulesDue) con
   return rulesDue ? "rules changed" : "interfaces changed";
 }
 
-WantedPolicy DuePasses::wantedPolicy(ClassMapMatchOption option, bool rulesDue,
+void DuePasses::adopt(OptionState& state, std::span<ProgrammedClass const> same, Turn& turn) {
+  for (Kor::Name const& className : state.classes.adopt(same)) {
+    changedActions_.insert(className);
+    turn.renewed(className);
+  }
+}
+
+WantedPolicy DuePasses::wantedPolicy(ClassMapMatchOption option, ChangedClasses const& changed,
                                      HelperTraits const& traits, Turn& turn) {
   WantedPolicy wanted;
   if (unwanted()) {
     return wanted;
   }
   OptionState& state = state_[option];
-  bool const isKnown = known(turn.present(option), state);
+  bool const isKnown = known(turn.presence(option), state);
   if (turn.host().allowsOption(option)) {
     wanted.intfs = turn.host().effectiveIntfs(policy_.key(), option);
   }
-  if (turn.over() || (!rulesDue && isKnown && wanted.intfs.empty())) {
+  if (turn.over() || (!changed.any() && isKnown && wanted.intfs.empty())) {
     return wanted;
   }
-  if (rulesDue || !isKnown || state.recreate || (anyActions() && !traits.updateActions)) {
+  bool const compareSome =
+      !changed.all && !state.recreate && !state.refused && (traits.updateActions || !anyActions());
+  if (compareSome && isKnown && asProgrammed(option, changed.some, traits, turn)) {
+    wanted.classes.reset();
+  } else if (isKnown || !compareSome || !remainsAbsent(option, changed.some, wanted, traits)) {
     // Compiled even if the option is not allowed: an error in its rules refuses the other options.
     wanted.classes = wantedClasses(option, wanted.refusal);
-    state.noClasses = wanted.classes->empty() || !!wanted.refusal;
-  } else {
-    wanted.classes.reset();
+    state.noClasses = wanted.classes->empty();
+    state.refused = !!wanted.refusal;
   }
   if (!turn.over() && !turn.host().allowsOption(option)) {
     return {};
@@ -171,12 +188,68 @@ ProgrammedClasses DuePasses::wantedClasses(ClassMapMatchOption option, PolicyFai
     if (!refusal && !error.empty()) {
       refusal = PolicyFailure(error, {}, machine->className(), {});
     }
-    Kor::Ptr<ClassRules const> const rules = machine->rules(option);
-    if (!rules->empty() && machine->classCommonData()) {
-      classes.add({machine->className(), machine->classCommonData(), rules});
+    ProgrammedClass wanted = wantedClass(*machine, option);
+    if (wanted.contributes()) {
+      classes.add(std::move(wanted));
     }
   }
   return classes;
+}
+
+bool DuePasses::asProgrammed(ClassMapMatchOption option, std::set<Kor::Name> const& changed,
+                             HelperTraits const& traits, Turn& turn) {
+  if (changed.empty()) {
+    return true;
+  }
+  ProgrammedClasses const& classes = state_[option].classes;
+  Kor::Ptr<Acl::AclDiff> const aclDiff = turn.host().aclDiff();
+  std::vector<ProgrammedClass> same;
+  for (Kor::Ptr<ClassMapSm> const& machine : policy_.classesInOrder(changed)) {
+    if (!machine->ruleError().empty()) {
+      return false;
+    }
+    ProgrammedClass const wanted = wantedClass(*machine, option);
+    ProgrammedClass const* const programmed = classes.find(wanted.name);
+    if (!wanted.contributes() && programmed == nullptr) {
+      continue;
+    }
+    if (!wanted.contributes() || programmed == nullptr ||
+        !programmed->rules->sameEffect(*wanted.rules, aclDiff.get()) ||
+        (programmed->data != wanted.data && !traits.updateActions)) {
+      return false;
+    }
+    same.push_back(wanted);
+  }
+  bool const noneLeft = static_cast<std::ptrdiff_t>(same.size()) ==
+                        std::count_if(changed.begin(), changed.end(), [&](auto const& name) {
+                          return classes.find(name) != nullptr;
+                        });
+  // Classes that keep their neighbours keep their place.
+  std::vector<Kor::Name> const around = classes.around(changed);
+  PolicyOwner::Classes const inOrder = policy_.classesInOrder({around.begin(), around.end()});
+  if (turn.over() || !noneLeft ||
+      !std::equal(around.begin(), around.end(), inOrder.begin(), inOrder.end(),
+                  [](Kor::Name const& name, Kor::Ptr<ClassMapSm> const& machine) {
+                    return machine->className() == name;
+                  })) {
+    return false;
+  }
+  adopt(state_[option], same, turn);
+  return true;
+}
+
+bool DuePasses::remainsAbsent(ClassMapMatchOption option, std::set<Kor::Name> const& changed,
+                              WantedPolicy const& wanted, HelperTraits const& traits) {
+  bool const noClasses = state_[option].noClasses;
+  if (!noClasses && (!wanted.intfs.empty() || (!changed.empty() && !traits.capabilities.all()))) {
+    return false;
+  }
+  PolicyOwner::Classes const machines = policy_.classesInOrder(changed);
+  return (noClasses || machines.size() == changed.size()) &&
+         std::all_of(machines.begin(), machines.end(), [&](Kor::Ptr<ClassMapSm> const& machine) {
+           return machine->ruleError().empty() &&
+                  wantedClass(*machine, option).contributes() != noClasses;
+         });
 }
 
 std::optional<Pass> DuePasses::updatePass(Turn& turn) {
@@ -193,7 +266,7 @@ std::optional<Pass> DuePasses::updatePass(Turn& turn) {
   }
   PerOption<bool> isKnown;
   for (ClassMapMatchOption const option : allMatchOptions) {
-    isKnown[option] = known(turn.present(option), state_[option]);
+    isKnown[option] = known(turn.presence(option), state_[option]);
   }
   Pass pass = planActionUpdate(changed, isKnown, state_);
   if (pass.steps.empty()) {

@@ -6,8 +6,8 @@
 // There are two kinds of passes. One reconciles one match option (create, re-create, change
 // interfaces, tear down). The other updates the actions of programmed classes in place, over all
 // options. A mark only says where to look: the planning of a pass decides whether any operation is
-// needed. A change of interfaces alone does not query the classes, and a changed action queries
-// only its own class.
+// needed. A change of interfaces alone does not query the classes, and a changed action or class
+// only its own class, unless the rules are to be programmed, which takes all of them.
 
 #include "PolicyMap/PassPlan.h"
 #include "PolicyMap/PolicyHost.h"
@@ -16,6 +16,7 @@
 
 #include <optional>
 #include <set>
+#include <span>
 #include <string_view>
 
 namespace PolicyMap {
@@ -29,6 +30,8 @@ class POLICYMAP_API DuePasses {
     [[nodiscard]] virtual bool over() const = 0;
     [[nodiscard]] virtual PolicyHost& host() = 0;
     [[nodiscard]] virtual PolicyMapAclHelper const& helper() const = 0;
+    [[nodiscard]] virtual HelperArbiter::Presence presence(ClassMapMatchOption option) const = 0;
+    // The same with the interfaces, which is as expensive as there are many.
     [[nodiscard]] virtual PresentPolicy present(ClassMapMatchOption option) const = 0;
     // The option is refused or unwanted, and no operation is needed.
     virtual void refused(ClassMapMatchOption option) = 0;
@@ -42,8 +45,15 @@ class POLICYMAP_API DuePasses {
   // Both arguments must outlive this object.
   DuePasses(PolicyOwner& policy, ProgrammedState& state) : policy_(policy), state_(state) {}
 
+  // The rules of all classes, for one or all options.
   void rulesDue(ClassMapMatchOption option) { state_[option].rulesDue = true; }
-  void rulesDue();  // of all options
+  void rulesDue();
+  // The rules, the presence or the priority of one class.
+  void classDue(Kor::Name const& className, ClassMapMatchOption option) {
+    if (!state_[option].rulesDue) {
+      state_[option].classesDue.insert(className);
+    }
+  }
   void intfsDue();
   void actionsDue(Kor::Name const& className) { changedActions_.insert(className); }
   // Marks the rules, interfaces and actions of all classes.
@@ -63,7 +73,7 @@ class POLICYMAP_API DuePasses {
   // What has become of an option, apart from a pending result. `nextTry` is when failures are
   // retried.
   [[nodiscard]] PolicyProgress progress(ClassMapMatchOption option, PolicyHost const& host,
-                                        PresentPolicy const& present,
+                                        HelperArbiter::Presence const& present,
                                         std::optional<double> nextTry) const;
   // Consumes marks until one needs a pass. Returns none if nothing else is due or the turn is over.
   std::optional<Pass> next(Turn& turn);
@@ -73,9 +83,26 @@ class POLICYMAP_API DuePasses {
   std::optional<Pass> optionPass(ClassMapMatchOption option, Turn& turn);
   [[nodiscard]] std::string_view causeOf(OptionState const& state, bool rulesDue) const;
   std::optional<Pass> updatePass(Turn& turn);
-  WantedPolicy wantedPolicy(ClassMapMatchOption option, bool rulesDue, HelperTraits const& traits,
-                            Turn& turn);
+
+  // The classes whose rules may have changed.
+  struct ChangedClasses {
+    bool all;
+    std::set<Kor::Name> some;
+
+    [[nodiscard]] bool any() const { return all || !some.empty(); }
+  };
+  WantedPolicy wantedPolicy(ClassMapMatchOption option, ChangedClasses const& changed,
+                            HelperTraits const& traits, Turn& turn);
   ProgrammedClasses wantedClasses(ClassMapMatchOption option, PolicyFailure& refusal);
+  // True if the classes in `changed` are programmed as wanted; takes over what their machines have
+  // newly compiled. False if all classes must be compared.
+  bool asProgrammed(ClassMapMatchOption option, std::set<Kor::Name> const& changed,
+                    HelperTraits const& traits, Turn& turn);
+  // True if an option that is not programmed remains without classes, or with classes that have no
+  // interface, whatever `changed` are now. False if all classes must be queried.
+  bool remainsAbsent(ClassMapMatchOption option, std::set<Kor::Name> const& changed,
+                     WantedPolicy const& wanted, HelperTraits const& traits);
+  void adopt(OptionState& state, std::span<ProgrammedClass const> same, Turn& turn);
 
   PolicyOwner& policy_;
   ProgrammedState& state_;              // contains the marks for rules and interfaces

@@ -80,6 +80,13 @@ HelperArbiter::Client const* HelperArbiter::creator(PolicyMapSmKey const& key,
   return found == created_.end() ? nullptr : found->second;
 }
 
+HelperArbiter::Presence HelperArbiter::presence(PolicyMapSmKey const& key,
+                                                ClassMapMatchOption option,
+                                                Client const& client) const {
+  auto const found = created_.find({key, option});
+  return {found != created_.end(), found != created_.end() && found->second == &client};
+}
+
 void HelperArbiter::createdIs(PolicyMapSmKey const& key, ClassMapMatchOption option,
                               Client const* creator) {
   created_.insert_or_assign({key, option}, creator);

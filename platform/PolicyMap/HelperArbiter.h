@@ -54,6 +54,12 @@ class POLICYMAP_API HelperArbiter {
     bool threw = false;
   };
 
+  // Whether a policy exists on the helper, and whether it was created by a given client.
+  struct Presence {
+    bool created = false;
+    bool owned = false;
+  };
+
   // `helper` owns the arbiter.
   explicit HelperArbiter(Kor::PtrInterface& helper)
       : helper_(helper), grantTimer_([this] { grantNext(); }) {}
@@ -79,6 +85,8 @@ class POLICYMAP_API HelperArbiter {
     return created_.contains({key, option});
   }
   [[nodiscard]] Client const* creator(PolicyMapSmKey const& key, ClassMapMatchOption option) const;
+  [[nodiscard]] Presence presence(PolicyMapSmKey const& key, ClassMapMatchOption option,
+                                  Client const& client) const;
   void createdIs(PolicyMapSmKey const& key, ClassMapMatchOption option, Client const* creator);
   void createdDel(PolicyMapSmKey const& key, ClassMapMatchOption option);
   // Policies that the client has created remain, but belong to no client.

@@ -5,6 +5,7 @@
 // helper nor status, and equal inputs give equal plans.
 
 #include "Acl/AclDiff.h"
+#include "PolicyMap/HelperArbiter.h"
 #include "PolicyMap/Pass.h"
 
 #include <optional>
@@ -22,9 +23,7 @@ struct WantedPolicy {
 };
 
 // What exists on the helper for one option of the policy.
-struct PresentPolicy {
-  bool created = false;
-  bool owned = false;                     // created by this client
+struct PresentPolicy : HelperArbiter::Presence {
   std::vector<Vorel::IntfId> intfs = {};  // where the policy is applied, ascending
 };
 
@@ -52,7 +51,7 @@ struct OptionPlan {
 };
 
 // True if the option was created by this client and its programmed classes are known.
-[[nodiscard]] inline bool known(PresentPolicy const& present, OptionState const& state) {
+[[nodiscard]] inline bool known(HelperArbiter::Presence const& present, OptionState const& state) {
   return present.owned && !state.classes.empty();
 }
 

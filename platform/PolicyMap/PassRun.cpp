@@ -234,9 +234,11 @@ PassRun::Outcome PassRun::updateActions(Kor::Ptr<ClassMapSmCommonData> const& da
 // may affect others. Commits come last, in the order of the options.
 void PassRun::commitDue(ClassMapMatchOption option) {
   std::vector<Step>& steps = pass_.steps;
-  auto const place = std::find_if(steps.begin(), steps.end(), [option](Step const& step) {
-    return step.operation == HelperOperation::commitPolicy && step.option >= option;
-  });
+  auto const isEarlier = [option](Step const& step) {
+    return step.operation != HelperOperation::commitPolicy || step.option < option;
+  };
+  // From the end, because a pass may update many classes.
+  auto const place = std::find_if(steps.rbegin(), steps.rend(), isEarlier).base();
   if (place == steps.end() || place->option != option) {
     steps.insert(place, {HelperOperation::commitPolicy, option});
   }

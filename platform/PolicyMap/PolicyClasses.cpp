@@ -59,7 +59,7 @@ void PolicyClasses::bring(Kor::Name const& name) {
     return;
   }
   if (left_.erase(name) != 0) {
-    policy_.rulesChanged();  // its status may have been skipped while it was absent
+    policy_.classChanged(name);  // its status may have been skipped while it was absent
   }
   if (Kor::Ptr<ClassMapSm> const machine = policy_.classMapSm(name)) {
     machine->classMapConfigIs(map);
@@ -85,7 +85,7 @@ void PolicyClasses::build(Kor::Name const& name, Kor::Ptr<ClassMapConfig const> 
     status->errorIs({});  // clears "missing class-map"
     machine->classMapStatusIs(status);
   }
-  policy_.rulesChanged();
+  policy_.classChanged(name);
 }
 
 void PolicyClasses::leave(Kor::Name const& name) {
@@ -95,7 +95,7 @@ void PolicyClasses::leave(Kor::Name const& name) {
     }
   } else if (policy_.dropsLeftLater()) {
     left_.insert(name);
-    policy_.rulesChanged();
+    policy_.classChanged(name);
   } else {
     takeDown(name);
   }
@@ -113,7 +113,7 @@ void PolicyClasses::takeDown(Kor::Name const& name) {
   if (status_) {
     status_->classMapStatusDel(name);
   }
-  policy_.rulesChanged();
+  policy_.classChanged(name);
 }
 
 // A class without class-map has no machine, but a status that reports the missing class-map.

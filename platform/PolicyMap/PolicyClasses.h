@@ -44,10 +44,10 @@ class POLICYMAP_API PolicyClasses {
                                                   Kor::Ptr<ClassAction const> const& action) = 0;
     virtual void classMapSmIs(Kor::Name const& name, Kor::Ptr<ClassMapSm> const& machine) = 0;
     virtual void classMapSmDel(Kor::Name const& name) = 0;
-    // True if dropLeft() will be called after rulesChanged().
+    // True if dropLeft() will be called after classChanged().
     [[nodiscard]] virtual bool dropsLeftLater() const = 0;
     // A class has a new machine, has left, or has returned.
-    virtual void rulesChanged() = 0;
+    virtual void classChanged(Kor::Name const& name) = 0;
   };
 
   // `status` may be null. The arguments must outlive this object.

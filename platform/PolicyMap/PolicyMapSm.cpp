@@ -46,9 +46,9 @@ class PolicyMapSm::ClassesPolicy final : public PolicyClasses::Policy {
   }
   void classMapSmDel(Kor::Name const& name) override { machine_.classMapSmDel(name); }
   bool dropsLeftLater() const override { return machine_.reconciler_->attached(); }
-  void rulesChanged() override { machine_.reconciler_->rulesChanged(); }
-  void classRulesChanged(ClassMapMatchOption option) override {
-    machine_.reconciler_->rulesChanged(option);
+  void classChanged(Kor::Name const& name) override { machine_.reconciler_->classChanged(name); }
+  void classRulesChanged(Kor::Name const& name, ClassMapMatchOption option) override {
+    machine_.reconciler_->classChanged(name, option);
   }
   void classActionsChanged(Kor::Name const& name) override {
     machine_.reconciler_->actionsChanged(name);
@@ -232,12 +232,12 @@ void PolicyMapSm::mirrorPrio(Kor::Name const& name) {
       prioClassDel(known->value());
     }
     classPrioDel(name);
-    reconciler_->rulesChanged();
+    reconciler_->classChanged(name);
   }
   if (configured && (!known || configured->value() != known->value())) {
     classPrioIs(name, configured->value());
     prioClassIs(configured->value(), name);
-    reconciler_->rulesChanged();
+    reconciler_->classChanged(name);
   }
 }
 

@@ -3,6 +3,8 @@
 
 #include "PolicyMap/PerOption.h"
 
+#include <algorithm>
+
 namespace PolicyMap {
 
 PolicyMapSmCommonData::~PolicyMapSmCommonData() = default;
@@ -25,6 +27,12 @@ std::vector<Vorel::IntfId> PolicyMapSmCommonData::intfs(ClassMapMatchOption opti
   forOption(
       option, [&] { collect(intf4IteratorConst()); }, [&] { collect(intf6IteratorConst()); },
       [&] { collect(intfMacIteratorConst()); }, [&] { collect(intfMplsIteratorConst()); });
+  return all;
+}
+
+std::vector<Vorel::IntfId> PolicyMapSmCommonData::sortedIntfs(ClassMapMatchOption option) const {
+  std::vector<Vorel::IntfId> all = intfs(option);
+  std::sort(all.begin(), all.end());
   return all;
 }
 

@@ -35,6 +35,8 @@ class POLICYMAP_API PolicyMapSmCommonData : public Kor::PtrInterface {
   // The interfaces of an option, in the order of its collection. Options other than ipv4, ipv6 and
   // mac use the one of mpls.
   [[nodiscard]] std::vector<Vorel::IntfId> intfs(ClassMapMatchOption option) const;
+  // The same, ascending.
+  [[nodiscard]] std::vector<Vorel::IntfId> sortedIntfs(ClassMapMatchOption option) const;
   [[nodiscard]] bool hasIntf(ClassMapMatchOption option, Vorel::IntfId intf) const;
   void intfAdd(ClassMapMatchOption option, Vorel::IntfId intf);
   void intfRemove(ClassMapMatchOption option, Vorel::IntfId intf);

@@ -16,7 +16,9 @@ PolicyReconciler::PolicyReconciler(Policy& policy)
         due_.failedDue();
         schedule();
       }),
-      resultTimer_([this] { timedOut(); }) {}
+      resultTimer_([this] { timedOut(); }) {
+  due_.rulesDue();
+}
 
 PolicyReconciler::~PolicyReconciler() {
   serviceIs(nullptr);
@@ -79,6 +81,9 @@ class PolicyReconciler::PlanningTurn final : public DuePasses::Turn {
   bool over() const override { return turn_ != reconciler_.turn_; }
   PolicyHost& host() override { return *reconciler_.service_; }
   PolicyMapAclHelper const& helper() const override { return helper_; }
+  HelperArbiter::Presence presence(ClassMapMatchOption option) const override {
+    return reconciler_.presence(option);
+  }
   PresentPolicy present(ClassMapMatchOption option) const override {
     return reconciler_.presentPolicy(option);
   }
@@ -286,28 +291,16 @@ void PolicyReconciler::readCounts() {
   }
 }
 
-PresentPolicy PolicyReconciler::presentPolicy(ClassMapMatchOption option) const {
-  PresentPolicy present;
-  if (Kor::Ptr<PolicyMapAclHelper> const helper = helper_ ? helper_ : service_->aclHelper()) {
-    HelperArbiter const& arbiter = helper->arbiter();
-    present.created = arbiter.created(policy_.key(), option);
-    present.owned = arbiter.creator(policy_.key(), option) == this;
-  }
-  present.intfs = policy_.commonData()->intfs(option);
-  std::sort(present.intfs.begin(), present.intfs.end());
-  return present;
-}
-
 bool PolicyReconciler::ownsAnything() const {
   return std::any_of(allMatchOptions.begin(), allMatchOptions.end(),
-                     [this](auto const option) { return presentPolicy(option).owned; });
+                     [this](auto const option) { return presence(option).owned; });
 }
 
 PolicyProgress PolicyReconciler::progress(ClassMapMatchOption option) const {
   if (service_ == nullptr || !service_->active()) {
     return {};
   }
-  auto progress = due_.progress(option, *service_, presentPolicy(option), retryTimer_.dueTime());
+  auto progress = due_.progress(option, *service_, presence(option), retryTimer_.dueTime());
   if (passRun_ && resultTimer_.scheduled() && passRun_->concerns(option)) {
     progress.state = ProgrammingState::waiting;
     progress.waitingFor = nameOf(passRun_->pendingStep().operation);
@@ -332,7 +325,9 @@ void PolicyReconciler::publish() {
 
 void PolicyReconciler::publish(ClassMapMatchOption option) {
   if (Kor::Ptr<PolicyMapStatus> const status = policy_.status()) {
-    publisher_.publish(*status, option, presentPolicy(option), policy_.timeProgrammed(option));
+    PresentPolicy const present =
+        state_[option].intfsUnpublished ? presentPolicy(option) : PresentPolicy{presence(option)};
+    publisher_.publish(*status, option, present, policy_.timeProgrammed(option));
   }
 }
 

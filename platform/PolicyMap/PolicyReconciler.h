@@ -47,11 +47,19 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
   void serviceIs(Service* service);
   [[nodiscard]] bool attached() const { return service_ != nullptr; }
 
-  void rulesChanged(ClassMapMatchOption option) {
-    due_.rulesDue(option);
+  // The rules of one class, for one option.
+  void classChanged(Kor::Name const& name, ClassMapMatchOption option) {
+    due_.classDue(name, option);
     relevantChange();
   }
-  // For all options.
+  // A class was added or removed, or has another machine or priority.
+  void classChanged(Kor::Name const& name) {
+    for (ClassMapMatchOption const option : allMatchOptions) {
+      due_.classDue(name, option);
+    }
+    relevantChange();
+  }
+  // The rules of all classes, for all options.
   void rulesChanged() {
     due_.rulesDue();
     relevantChange();
@@ -120,7 +128,14 @@ class POLICYMAP_API PolicyReconciler final : private Kor::Activity,
   void readCounts();
   void abandonTurn();
   void leave();
-  [[nodiscard]] PresentPolicy presentPolicy(ClassMapMatchOption option) const;
+  [[nodiscard]] HelperArbiter::Presence presence(ClassMapMatchOption option) const {
+    Kor::Ptr<PolicyMapAclHelper> const& helper = helper_ ? helper_ : service_->aclHelper();
+    return helper ? helper->arbiter().presence(policy_.key(), option, *this)
+                  : HelperArbiter::Presence();
+  }
+  [[nodiscard]] PresentPolicy presentPolicy(ClassMapMatchOption option) const {
+    return {presence(option), policy_.commonData()->sortedIntfs(option)};
+  }
   [[nodiscard]] bool ownsAnything() const;
 
   void publish();

@@ -13,6 +13,8 @@
 #include "PolicyMapExport.h"
 
 #include <cstdint>
+#include <set>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -26,9 +28,11 @@ struct ProgrammedClass {
   std::uint32_t actionUpdates = 0;  // updateAclActions() of `data` when the actions were programmed
 
   [[nodiscard]] bool actionsMoved() const { return actionUpdates != data->updateAclActions(); }
+  // True if it can be programmed and has a rule that matches something.
+  [[nodiscard]] bool contributes() const { return data && !rules->empty(); }
 };
 
-// The classes of one option in priority order, with lookup by common data.
+// The classes of one option in priority order, with lookup by common data and by name.
 class POLICYMAP_API ProgrammedClasses {
  public:
   void add(ProgrammedClass programmed);
@@ -39,30 +43,40 @@ class POLICYMAP_API ProgrammedClasses {
   // Null if the class is not contained.
   [[nodiscard]] ProgrammedClass* find(ClassMapSmCommonData const* data);
   [[nodiscard]] ProgrammedClass const* find(ClassMapSmCommonData const* data) const;
+  [[nodiscard]] ProgrammedClass const* find(Kor::Name const& name) const;
+  // Those of `names` that are contained, and the classes next to them, in priority order.
+  [[nodiscard]] std::vector<Kor::Name> around(std::set<Kor::Name> const& names) const;
 
   [[nodiscard]] auto begin() { return classes_.begin(); }
   [[nodiscard]] auto end() { return classes_.end(); }
   [[nodiscard]] auto begin() const { return classes_.begin(); }
   [[nodiscard]] auto end() const { return classes_.end(); }
 
-  // Replaces rules and common data by those of `same`, which must have the same classes with the
-  // same rules, as after their machines were built again. Returns the names of the classes whose
-  // common data differ; their actions must be programmed from the new data.
-  std::vector<Kor::Name> adopt(ProgrammedClasses const& same);
+  // Replaces rules and common data of the classes of `same`, which must be contained with the same
+  // rules, as after their machines were built again. Returns the names of the classes whose common
+  // data differ; their actions must be programmed from the new data.
+  std::vector<Kor::Name> adopt(std::span<ProgrammedClass const> same);
 
  private:
+  struct NameHash {
+    std::size_t operator()(Kor::Name const& name) const { return name.hash(); }
+  };
+
   std::vector<ProgrammedClass> classes_;
   std::unordered_map<ClassMapSmCommonData const*, std::size_t> places_;
+  std::unordered_map<Kor::Name, std::size_t, NameHash> placesByName_;
 };
 
 struct POLICYMAP_API OptionState {
-  // Changes since the last plan.
+  // Changes since the last plan: the rules of all classes, those of some, the interfaces.
   bool rulesDue = false;
+  std::set<Kor::Name> classesDue = {};
   bool intfsDue = false;
   // The programmed state is not trusted, or is to be programmed again.
   bool recreate = false;
-  // The classes have no rules for the option, or are refused. Valid until rulesDue is set.
+  // As of the last plan: no class has rules for the option, or the classes are refused.
   bool noClasses = false;
+  bool refused = false;
 
   // As programmed. Empty if nothing is programmed or the programmed state is unknown.
   ProgrammedClasses classes = {};
@@ -79,7 +93,7 @@ struct POLICYMAP_API OptionState {
 
   bool intfsUnpublished = true;  // the interfaces have changed since they were last published
 
-  [[nodiscard]] bool due() const { return rulesDue || intfsDue; }
+  [[nodiscard]] bool due() const { return rulesDue || !classesDue.empty() || intfsDue; }
   // Clears what is known to be programmed.
   void forget();
   // Clears the failure and its flags.

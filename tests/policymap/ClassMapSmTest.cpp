@@ -23,8 +23,8 @@ class RecordingOwner final : public PolicyMap::ClassMapSm::Owner {
  public:
   std::vector<std::string> reports;
 
-  void classRulesChanged(ClassMapMatchOption option) override {
-    reports.push_back("rules " + text(option));
+  void classRulesChanged(Kor::Name const& className, ClassMapMatchOption option) override {
+    reports.push_back("rules " + text(className) + " " + text(option));
   }
   void classActionsChanged(Kor::Name const& className) override {
     reports.push_back("actions " + text(className));
@@ -461,13 +461,14 @@ TEST_F(ClassMachine, AListConcernsOnlyTheOptionsOfItsKind) {
   config->currentSubConfig()->matchIs(2, ClassMapMatch::acl(ClassMapMatchOption::ipv6, "a"));
   config->currentSubConfig()->matchIs(3, ClassMapMatch::acl(ClassMapMatchOption::mac, "a"));
   ASSERT_THAT(rules(), IsEmpty());
+  machine->classNameIs("c");
   machine->ownerIs(&owner);
   global->dependencies().changed(DependencyKind::ipAcl, "a");
-  EXPECT_THAT(owner.taken(), ElementsAre("rules ipv4"));
+  EXPECT_THAT(owner.taken(), ElementsAre("rules c ipv4"));
   global->dependencies().changed(DependencyKind::ip6Acl, "a");
-  EXPECT_THAT(owner.taken(), ElementsAre("rules ipv6"));
+  EXPECT_THAT(owner.taken(), ElementsAre("rules c ipv6"));
   global->dependencies().changed(DependencyKind::macAcl, "a");
-  EXPECT_THAT(owner.taken(), ElementsAre("rules mac", "rules mpls"));
+  EXPECT_THAT(owner.taken(), ElementsAre("rules c mac", "rules c mpls"));
 }
 
 TEST_F(ClassMachine, AZombieIsQuietAndKeepsItsPointers) {

@@ -62,13 +62,18 @@ class Turn final : public PolicyMap::DuePasses::Turn {
   explicit Turn(PlainHost& host) : host_(host) {}
   bool ended = false;
   std::set<ClassMapMatchOption> owned;
+  mutable unsigned asked = 0;  // requests for the interfaces
   std::vector<std::string> told;
 
   bool over() const override { return ended; }
   PolicyMap::PolicyHost& host() override { return host_; }
   PolicyMap::PolicyMapAclHelper const& helper() const override { return *host_.helper; }
+  PolicyMap::HelperArbiter::Presence presence(ClassMapMatchOption option) const override {
+    return {owned.contains(option), owned.contains(option)};
+  }
   PresentPolicy present(ClassMapMatchOption option) const override {
-    return owned.contains(option) ? PresentPolicy{true, true, {intf("Ethernet1")}}
+    ++asked;
+    return owned.contains(option) ? PresentPolicy{{true, true}, {intf("Ethernet1")}}
                                   : PresentPolicy{};
   }
   void refused(ClassMapMatchOption option) override { told.push_back("refused " + text(option)); }
@@ -112,8 +117,9 @@ class Due : public testing::Test {
   }
 
   Kor::Ptr<Acl::Config> acls = Kor::make<Acl::Config>();
+  Kor::Ptr<PolicyMap::ClassMapTypeConfig> classMaps = Kor::make<PolicyMap::ClassMapTypeConfig>();
   Kor::Ptr<PolicyMap::PolicyMapGlobalData> global =
-      Kor::make<PolicyMap::PolicyMapGlobalData>(acls, nullptr, Kor::make<Acl::AclDiff>());
+      Kor::make<PolicyMap::PolicyMapGlobalData>(acls, classMaps, Kor::make<Acl::AclDiff>());
   ClassesOwner owner;
   PlainHost host;
   Turn turn{host};
@@ -166,7 +172,9 @@ TEST_F(Due, AnActionAsksItsClassAlone) {
   owner.classes[1]->classCommonData()->updateAclActionsInc(1);
   due.actionsDue(Kor::Name("d"));
   EXPECT_TRUE(due.any());
+  turn.asked = 0;
   EXPECT_EQ(next(), "updateAction commitPolicy");
+  EXPECT_EQ(turn.asked, 0U);
   EXPECT_EQ(owner.asked, 0U);
   EXPECT_THAT(owner.askedNames, ElementsAre(std::set<Kor::Name>{Kor::Name("d")}));
   EXPECT_FALSE(due.any());
@@ -245,6 +253,137 @@ TEST_F(Due, AClassThatWasBuiltAgainIsRenewedAndItsActionsAreUpdated) {
   due.rulesDue(ipv4);
   EXPECT_EQ(next(), "updateAction commitPolicy");
   EXPECT_THAT(turn.told, ElementsAre("renewed c"));
+}
+
+// Queries of single classes, and of their neighbours, whose number does not depend on that of all
+// classes, are not counted here.
+class DueClass : public Due {
+ protected:
+  DueClass() {
+    acls->ipAclIs("own")->ruleIs(10, {});
+    addClass("d", ipv4, "own");
+    addClass("e");
+    host.helper->updateActionSupportedIs(true);
+    programmed();
+  }
+  // The next pass after a change of class "d" in the option, and whether all classes were queried.
+  std::string changed(ClassMapMatchOption option = ipv4) {
+    owner.asked = 0;
+    due.classDue(Kor::Name("d"), option);
+    EXPECT_TRUE(due.any());
+    std::string const steps = next();
+    return steps + (owner.asked == 0 ? "" : ", all queried");
+  }
+  void rewrite(std::uint32_t seqno) {
+    acls->ipAcl("own")->ruleIs(seqno, {});
+    owner.classes[1]->handleMatch(ipv4);
+  }
+};
+
+TEST_F(DueClass, AsProgrammedNeedsNoPass) {
+  EXPECT_EQ(changed(), "nothing");
+  rewrite(10);
+  EXPECT_EQ(changed(), "nothing");
+  EXPECT_FALSE(due.any());
+}
+
+TEST_F(DueClass, WithOtherRulesIsProgrammedWithAllOthers) {
+  rewrite(20);
+  EXPECT_EQ(changed(), "recreatePolicy addRule commitPolicy, all queried");
+}
+
+TEST_F(DueClass, WithoutRulesIsProgrammedOnlyWhenItHasSome) {
+  acls->ipAcl("own")->ruleDel(10);
+  owner.classes[1]->handleMatch(ipv4);
+  EXPECT_EQ(changed(), "recreatePolicy addRule commitPolicy, all queried");
+  programmed();
+  EXPECT_EQ(changed(), "nothing");
+  rewrite(10);
+  EXPECT_EQ(changed(), "recreatePolicy addRule commitPolicy, all queried");
+}
+
+TEST_F(DueClass, ThatLeftIsNoLongerProgrammed) {
+  owner.classes.erase(owner.classes.begin() + 1);
+  EXPECT_EQ(changed(), "recreatePolicy addRule commitPolicy, all queried");
+  programmed();
+  EXPECT_EQ(changed(), "nothing");
+}
+
+TEST_F(DueClass, IsProgrammedAtItsNewPlace) {
+  std::swap(owner.classes[1], owner.classes[2]);
+  EXPECT_EQ(changed(), "recreatePolicy addRule commitPolicy, all queried");
+  programmed();
+  std::swap(owner.classes[0], owner.classes[2]);
+  std::swap(owner.classes[1], owner.classes[2]);
+  EXPECT_EQ(changed(), "recreatePolicy addRule commitPolicy, all queried");
+}
+
+TEST_F(DueClass, WithAnErrorRefusesTheOption) {
+  auto const circle = Kor::make<PolicyMap::ClassMapSubConfig>("circle");
+  circle->matchIs(1, PolicyMap::ClassMapMatch::classMap("circle"));
+  classMaps->classMapConfigIs("circle")->currentSubConfigIs(circle);
+  owner.classes[1]->rawClassMapSubConfigIs(circle);
+  EXPECT_EQ(changed(), "removeIntfFromPolicy deletePolicy, all queried");
+  EXPECT_EQ(state[ipv4].failure.error(), "class-map circle matches itself: circle > circle");
+}
+
+TEST_F(DueClass, ThatWasBuiltAgainIsRenewed) {
+  auto const kept = owner.classes;
+  owner.classes.clear();
+  addClass("d", ipv4, "own");
+  owner.classes = {kept[0], owner.classes[0], kept[2]};
+  EXPECT_EQ(changed(), "updateAction commitPolicy");
+  EXPECT_THAT(turn.told, ElementsAre("renewed d"));
+}
+
+TEST_F(DueClass, ThatWasBuiltAgainIsProgrammedAgainIfActionsCannotBeUpdated) {
+  host.helper->updateActionSupportedIs(false);
+  auto const kept = owner.classes;
+  owner.classes.clear();
+  addClass("d", ipv4, "own");
+  owner.classes = {kept[0], owner.classes[0], kept[2]};
+  EXPECT_EQ(changed(), "recreatePolicy addRule commitPolicy, all queried");
+}
+
+TEST_F(DueClass, OfAnOptionWithoutClassesIsNoMatterOfTheOthers) {
+  due.rulesDue(ipv6);
+  EXPECT_EQ(next(), "nothing");
+  EXPECT_EQ(changed(ipv6), "nothing");
+}
+
+TEST_F(DueClass, OfAnOptionWithoutInterfacesIsNoMatterOfTheOthers) {
+  turn.owned.clear();
+  state[ipv4].forget();
+  host.intfs.clear();
+  due.rulesDue(ipv4);
+  EXPECT_EQ(next(), "nothing");
+  owner.asked = 0;
+  due.intfsDue();
+  EXPECT_EQ(next(), "nothing");
+  rewrite(20);
+  EXPECT_EQ(changed(), "nothing");
+  EXPECT_EQ(owner.asked, 0U);
+  host.intfs = {intf("Ethernet1")};
+  due.intfsDue();
+  EXPECT_EQ(next(), "createPolicy addRule addIntfToPolicy commitPolicy");
+}
+
+TEST_F(Due, AnInterfaceIsNoMatterOfARefusedOption) {
+  Acl::IpRuleConfig denied;
+  denied.permitIs(false);
+  acls->ipAcl("acl")->ruleIs(20, denied);
+  host.helper->denyRulesAllowedIs(false);
+  due.rulesDue();
+  EXPECT_EQ(next(), "nothing");
+  EXPECT_EQ(state[ipv4].failure.error(), "class c: rule 20 of acl: deny rules are not allowed");
+  owner.asked = 0;
+  due.intfsDue();
+  EXPECT_EQ(next(), "nothing");
+  EXPECT_EQ(owner.asked, 0U);
+  EXPECT_EQ(state[ipv4].failure.error(), "class c: rule 20 of acl: deny rules are not allowed");
+  host.helper->denyRulesAllowedIs(true);
+  due.rulesDue();
+  EXPECT_EQ(next(), "createPolicy addRule addIntfToPolicy commitPolicy");
 }
 
 TEST_F(Due, ATurnThatIsOverPlansNothing) {

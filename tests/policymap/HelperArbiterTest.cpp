@@ -228,11 +228,17 @@ TEST_F(Arbiter, KnowsWhoCreatedWhat) {
   EXPECT_TRUE(arbiter.created(key, ipv4));
   EXPECT_FALSE(arbiter.created(key, ClassMapMatchOption::ipv6));
   EXPECT_EQ(arbiter.creator(key, ipv4), &a);
+  EXPECT_TRUE(arbiter.presence(key, ipv4, a).created && arbiter.presence(key, ipv4, a).owned);
+  EXPECT_TRUE(arbiter.presence(key, ipv4, b).created);
+  EXPECT_FALSE(arbiter.presence(key, ipv4, b).owned);
   arbiter.createdIs(key, ipv4, nullptr);
   EXPECT_TRUE(arbiter.created(key, ipv4));
   EXPECT_EQ(arbiter.creator(key, ipv4), nullptr);
+  EXPECT_TRUE(arbiter.presence(key, ipv4, a).created);
+  EXPECT_FALSE(arbiter.presence(key, ipv4, a).owned);
   arbiter.createdDel(key, ipv4);
   EXPECT_FALSE(arbiter.created(key, ipv4));
+  EXPECT_FALSE(arbiter.presence(key, ipv4, a).created);
 }
 
 // asynchronous results

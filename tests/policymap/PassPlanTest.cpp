@@ -195,7 +195,7 @@ TEST_P(Planned, Steps) {
   state.classes = classesOf(row.programmed);
   HelperTraits helper;
   WantedPolicy wanted = wantedOf(row, state);
-  PresentPolicy const present{row.created, row.owned, intfs(row.at)};
+  PresentPolicy const present{{row.created, row.owned}, intfs(row.at)};
   if (row.change != nullptr) {
     row.change(state, helper, wanted);
   }
@@ -213,7 +213,7 @@ TEST_F(Planned, WithoutADifferenceTrackerEveryOtherVersionIsADifference) {
   WantedPolicy wanted;
   wanted.classes = classesOf("a");
   wanted.intfs = intfs("1");
-  PresentPolicy const present{true, true, intfs("1")};
+  PresentPolicy const present{{true, true}, intfs("1")};
   auto const steps = [&](Acl::AclDiff const* tracker) {
     HelperTraits helper;
     helper.updateActions = true;
@@ -229,7 +229,7 @@ TEST_F(Planned, ClassesOfOtherMachinesCanBeTakenOver) {
   WantedPolicy wanted;
   wanted.classes = classesOf("a");
   wanted.intfs = intfs("1");
-  PresentPolicy const present{true, true, intfs("1")};
+  PresentPolicy const present{{true, true}, intfs("1")};
   HelperTraits helper;
   helper.updateActions = true;
   EXPECT_TRUE(planOption(ipv4, wanted, present, state, helper, &diff).sameRules);

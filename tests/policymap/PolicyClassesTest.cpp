@@ -77,9 +77,9 @@ class PlainPolicy final : public PolicyClasses::Policy {
   }
   void classMapSmDel(Kor::Name const& name) override { machines.erase(name); }
   bool dropsLeftLater() const override { return later; }
-  void rulesChanged() override { hooks.say("rules changed"); }
-  void classRulesChanged(ClassMapMatchOption option) override {
-    hooks.say("rules changed " + text(option));
+  void classChanged(Kor::Name const& name) override { hooks.say("changed " + text(name)); }
+  void classRulesChanged(Kor::Name const& name, ClassMapMatchOption option) override {
+    hooks.say("rules changed " + text(name) + " " + text(option));
   }
   void classActionsChanged(Kor::Name const& name) override {
     hooks.say("actions changed " + text(name));
@@ -129,14 +129,14 @@ TEST_F(ConfiguredClasses, GetAMachineWithNameOwnerAndStatus) {
   classMap("c");
   policy.classes->classPrioIs("c", 10);
   EXPECT_THAT(synced(), ElementsAre("create c", "c: createCommonData map global", "c: initialized",
-                                    "rules changed"));
+                                    "changed c"));
   auto const machine = policy.classMapSm("c");
   ASSERT_TRUE(machine);
   EXPECT_EQ(machine->className(), "c");
   EXPECT_EQ(machine->classMapStatus(), status->classMapStatus("c"));
   machine->handleMatch(ClassMapMatchOption::mac);
   machine->classCommonData()->updateAclActionsInc(1);
-  EXPECT_THAT(policy.hooks.taken(), ElementsAre("rules changed mac", "actions changed c"));
+  EXPECT_THAT(policy.hooks.taken(), ElementsAre("rules changed c mac", "actions changed c"));
 }
 
 TEST_F(ConfiguredClasses, NamesThatAreNoClassAreLeftAlone) {
@@ -204,7 +204,7 @@ TEST_F(ConfiguredClasses, AreWatchedWhileTheyAreConfigured) {
 TEST_F(ConfiguredClasses, ThatLeaveAreTakenDownAndTellNothingAnyMore) {
   build();
   auto const kept = policy.classMapSm("c");
-  EXPECT_THAT(leaves(), ElementsAre("c: cleanup", "c: zombie", "rules changed"));
+  EXPECT_THAT(leaves(), ElementsAre("c: cleanup", "c: zombie", "changed c"));
   EXPECT_THAT(policy.machines, IsEmpty());
   EXPECT_FALSE(status->classMapStatus("c"));
   kept->handleMatch(ClassMapMatchOption::mac);
@@ -214,10 +214,10 @@ TEST_F(ConfiguredClasses, ThatLeaveAreTakenDownAndTellNothingAnyMore) {
 TEST_F(ConfiguredClasses, ThatLeaveStayUntilTheyAreDroppedWhereThatHappensLater) {
   policy.later = true;
   build();
-  EXPECT_THAT(leaves(), ElementsAre("rules changed"));
+  EXPECT_THAT(leaves(), ElementsAre("changed c"));
   EXPECT_TRUE(policy.classMapSm("c"));
   classes.dropLeft();
-  EXPECT_THAT(policy.hooks.taken(), ElementsAre("c: cleanup", "c: zombie", "rules changed"));
+  EXPECT_THAT(policy.hooks.taken(), ElementsAre("c: cleanup", "c: zombie", "changed c"));
   EXPECT_THAT(policy.machines, IsEmpty());
   classes.dropLeft();
   EXPECT_THAT(policy.hooks.taken(), IsEmpty());
@@ -229,7 +229,7 @@ TEST_F(ConfiguredClasses, ThatAreBackBeforeTheyAreDroppedKeepTheirMachineAndThei
   auto const kept = policy.classMapSm("c");
   leaves();
   policy.classes->classPrioIs("c", 10);
-  EXPECT_THAT(synced(), ElementsAre("rules changed"));
+  EXPECT_THAT(synced(), ElementsAre("changed c"));
   EXPECT_THAT(synced(), IsEmpty());
   classes.dropLeft();
   EXPECT_EQ(policy.classMapSm("c"), kept);
@@ -245,8 +245,8 @@ TEST_F(ConfiguredClasses, ThatComeBackWhileTheyAreDroppedAreBuiltOnce) {
   });
   classes.dropLeft();
   EXPECT_THAT(policy.hooks.taken(),
-              ElementsAre("c: cleanup", "c: zombie", "rules changed", "create c",
-                          "c: createCommonData map global", "c: initialized", "rules changed"));
+              ElementsAre("c: cleanup", "c: zombie", "changed c", "create c",
+                          "c: createCommonData map global", "c: initialized", "changed c"));
   EXPECT_TRUE(policy.classMapSm("c"));
 }
 

@@ -61,6 +61,7 @@ TEST_F(PolicyData, ASetIsEmptiedWithoutTouchingTheOthers) {
   data->intfAdd(ClassMapMatchOption::ipv4, e2);
   data->intfAdd(ClassMapMatchOption::ipv6, e1);
   EXPECT_THAT(data->intfs(ClassMapMatchOption::ipv4), UnorderedElementsAre(e1, e2));
+  EXPECT_THAT(data->sortedIntfs(ClassMapMatchOption::ipv4), ElementsAre(e1, e2));
   data->intfRemoveAll(ClassMapMatchOption::ipv4);
   EXPECT_THAT(data->intfs(ClassMapMatchOption::ipv4), IsEmpty());
   EXPECT_THAT(data->intfs(ClassMapMatchOption::ipv6), ElementsAre(e1));

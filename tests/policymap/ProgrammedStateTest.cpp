@@ -42,6 +42,23 @@ TEST(ProgrammedClassesTest, AreFoundByTheirCommonData) {
   EXPECT_EQ(classes.find(two.data.get()), nullptr);
 }
 
+TEST(ProgrammedClassesTest, AreFoundByTheirNamesWithTheirNeighbours) {
+  ProgrammedClasses classes;
+  EXPECT_EQ(classes.find(Kor::Name("a")), nullptr);
+  EXPECT_THAT(classes.around({Kor::Name("a")}), IsEmpty());
+  for (char const* const name : {"d", "a", "c", "b", "e"}) {
+    classes.add(classOf(name));
+  }
+  ASSERT_NE(classes.find(Kor::Name("b")), nullptr);
+  EXPECT_EQ(classes.find(Kor::Name("b"))->name, "b");
+  EXPECT_THAT(classes.around({Kor::Name("d")}), ElementsAre("d", "a"));
+  EXPECT_THAT(classes.around({Kor::Name("c"), Kor::Name("x")}), ElementsAre("a", "c", "b"));
+  EXPECT_THAT(classes.around({Kor::Name("a"), Kor::Name("e")}),
+              ElementsAre("d", "a", "c", "b", "e"));
+  classes.clear();
+  EXPECT_EQ(classes.find(Kor::Name("b")), nullptr);
+}
+
 TEST(ProgrammedClassesTest, AdoptTheDataOfClassesThatWereBuiltAgain) {
   ProgrammedClass const kept = classOf("kept");
   ProgrammedClass const before = classOf("renewed");
@@ -74,12 +91,15 @@ TEST(ProgrammedClassesTest, AdoptNewerRulesOfTheSameClass) {
   EXPECT_EQ(classes.find(programmed.data.get())->rules, newer.rules);
 }
 
-TEST(OptionStateTest, IsDueForRulesOrInterfaces) {
+TEST(OptionStateTest, IsDueForRulesClassesOrInterfaces) {
   OptionState state;
   EXPECT_FALSE(state.due());
   state.rulesDue = true;
   EXPECT_TRUE(state.due());
   state.rulesDue = false;
+  state.classesDue = {Kor::Name("c")};
+  EXPECT_TRUE(state.due());
+  state.classesDue.clear();
   state.intfsDue = true;
   EXPECT_TRUE(state.due());
 }

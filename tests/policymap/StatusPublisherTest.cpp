@@ -23,8 +23,8 @@ PolicyFailure failureOf(char const* error, char const* className = "") {
 class Publishing : public testing::Test {
  protected:
   PresentPolicy const absent{};
-  PresentPolicy const own{true, true, {intf("Ethernet1"), intf("Ethernet2")}};
-  PresentPolicy const ofAnother{true, false, {intf("Ethernet3")}};
+  PresentPolicy const own{{true, true}, {intf("Ethernet1"), intf("Ethernet2")}};
+  PresentPolicy const ofAnother{{true, false}, {intf("Ethernet3")}};
 
   PolicyMap::ProgrammedState state;
   PolicyMap::StatusPublisher publisher{state};
@@ -48,13 +48,13 @@ TEST_F(Publishing, WhatIsProgrammedSinceWhenAndWhere) {
 TEST_F(Publishing, InterfacesThatLeftGoAndOthersStay) {
   publisher.publish(*status, ipv4, own, 5);
   state[ipv4].intfsUnpublished = true;
-  publisher.publish(*status, ipv4, {true, true, {intf("Ethernet2"), intf("Ethernet4")}}, 5);
+  publisher.publish(*status, ipv4, {{true, true}, {intf("Ethernet2"), intf("Ethernet4")}}, 5);
   EXPECT_THAT(status->intfs(ipv4), ElementsAre(intf("Ethernet2"), intf("Ethernet4")));
 }
 
 TEST_F(Publishing, InterfacesAreWrittenWhenTheyHaveChanged) {
   publisher.publish(*status, ipv4, own, 5);
-  publisher.publish(*status, ipv4, {true, true, {}}, 5);
+  publisher.publish(*status, ipv4, {{true, true}, {}}, 5);
   EXPECT_THAT(status->intfs(ipv4), ElementsAre(intf("Ethernet1"), intf("Ethernet2")));
 }
 

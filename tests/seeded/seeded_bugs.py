@@ -180,9 +180,9 @@ m("M16-teardown-failure-dropped", E + "ProgrammedState.cpp",
   "of a list without rules) clears it.")
 
 m("M17-due-rules-read-as-none", E + "DuePasses.cpp",
-  """  if (!rulesDue && state.noClasses && !unwanted() && !turn.present(option).owned) {
+  """  if (!changed.any() && (state.noClasses || state.refused) && !unwanted() &&
 """,
-  """  if (state.noClasses && !unwanted() && !turn.present(option).owned) {
+  """  if ((state.noClasses || state.refused) && !unwanted() &&
 """,
   "Programmed policy; edit 1 removes its only list, edit 2 creates it again: never programmed again, "
   "because the option once had no classes. No fault.")
@@ -281,7 +281,7 @@ m("M27-class-order-not-noticed", E + "PolicyMapSm.cpp",
       prioClassDel(known->value());
     }
     classPrioDel(name);
-    reconciler_->rulesChanged();
+    reconciler_->classChanged(name);
   }
   if (configured && (!known || configured->value() != known->value())) {
 """,
@@ -290,7 +290,7 @@ m("M27-class-order-not-noticed", E + "PolicyMapSm.cpp",
       prioClassDel(known->value());
     }
     classPrioDel(name);
-    reconciler_->rulesChanged();
+    reconciler_->classChanged(name);
   }
   if (configured && !known) {
 """,
@@ -332,12 +332,12 @@ m("M30-own-rules-not-compiled-again", E + "ClassMapSm.cpp",
 m("M31-error-refuses-one-option", E + "ClassMapSm.cpp",
   """  if (errorChanged && owner_ != nullptr) {
     for (ClassMapMatchOption const option : allMatchOptions) {
-      owner_->classRulesChanged(option);
+      owner_->classRulesChanged(className_, option);
     }
   }
 """,
   """  if (errorChanged && owner_ != nullptr) {
-    owner_->classRulesChanged(ClassMapMatchOption::ipv4);
+    owner_->classRulesChanged(className_, ClassMapMatchOption::ipv4);
   }
 """,
   "A policy with a match-all class of two IPv4 lists and a class with an IPv6 list; an edit of an IPv4 "
