@@ -71,8 +71,8 @@ Step readStep(std::string const& argument) {
   std::string_view const verb = all.substr(0, blank);
   bool const alone = blank == std::string_view::npos;
   std::string_view const rest = alone ? std::string_view() : all.substr(blank + 1);
-  constexpr std::array<std::string_view, 6> withoutArgument{"clear", "trigger", "release",
-                                                            "check", "detach",  "attach"};
+  constexpr std::array<std::string_view, 7> withoutArgument{"clear",  "trigger", "release", "check",
+                                                            "detach", "attach",  "end"};
   Step step;
   if (alone &&
       std::find(withoutArgument.begin(), withoutArgument.end(), verb) != withoutArgument.end()) {
@@ -88,19 +88,27 @@ Step readStep(std::string const& argument) {
     step.times = *number;
     return step;
   }
+  if (verb == "release") {
+    if (!numberOf<std::uint64_t>(rest)) {
+      throw UsageError("release: N must be a number, found " + excerpt(rest));
+    }
+    step.kind = Step::Kind::release;
+    step.text = rest;
+    return step;
+  }
   if (verb == "inject" && !alone) {
     step.kind = Step::Kind::inject;
     Fault const fault = readFaultOf("inject", rest);
     step.text = fault.name + "=" + fault.text;
     return step;
   }
-  if (verb == "faults" && !rest.empty()) {
-    step.kind = Step::Kind::faults;
+  if ((verb == "faults" || verb == "end") && !rest.empty()) {
+    step.kind = *stepKindOf(verb);
     try {
       if (rest == std::string("@") + standardInput) {
-        throw UsageError("faults: a plan of a step is not read from standard input");
+        throw UsageError(std::string(verb) + ": a plan of a step is not read from standard input");
       }
-      step.text = toText(readPlan("faults", std::string(rest)));
+      step.text = toText(readPlan(std::string(verb), std::string(rest)));
     } catch (InputError const& error) {
       throw UsageError(error.what());
     }
@@ -114,9 +122,10 @@ Step readStep(std::string const& argument) {
     }
     return step;
   }
-  throw UsageError("expected clear, trigger, trigger N, release, inject NAME=TEXT, faults PLAN, "
-                   "load FILE, check, detach or attach, found " +
-                   excerpt(argument));
+  throw UsageError(
+      "expected clear, trigger, trigger N, release, release N, inject NAME=TEXT, faults "
+      "PLAN, end, end PLAN, load FILE, check, detach or attach, found " +
+      excerpt(argument));
 }
 
 std::string faultOfStep(std::string const& argument) {

@@ -29,9 +29,9 @@ std::optional<double> secondsOf(std::string_view text);
 // Number of results that one step delivers at most.
 constexpr std::uint32_t mostTriggers = 1000000;
 
-// Parses the argument of --then: "clear", "trigger", "trigger N", "release", "inject NAME=TEXT",
-// "faults PLAN", "load FILE", "check", "detach" or "attach". The file is not read yet. Raises
-// UsageError.
+// Parses the argument of --then: "clear", "trigger", "trigger N", "release", "release N",
+// "inject NAME=TEXT", "faults PLAN", "end", "end PLAN", "load FILE", "check", "detach" or "attach".
+// The file is not read yet. Raises UsageError.
 Step readStep(std::string const& argument);
 // With the content of the file that it loads, and the name of the file as messages show it. Raises
 // InputError.

@@ -123,10 +123,10 @@ void RunVerb::addFaultOptions() {
       ->add_option_function<std::string>(
           "--then", [this](std::string const& what) { steps_.push_back(readStep(what)); },
           "Afterwards remove the faults (clear), deliver pending\nresults (trigger or \"trigger "
-          "N\") or those that are held\n(release), add faults (\"inject NAME=TEXT\" or\n\"faults "
-          "PLAN\"), load an edit (\"load FILE\"), take all\naway from the interfaces and put it "
-          "back (detach, attach),\nor end all faults and compare with a new lab (check);\nmay "
-          "repeat")
+          "N\") or those that are held\n(release or \"release N\"), add faults (\"inject\n"
+          "NAME=TEXT\" or \"faults PLAN\"), end plans (end or\n\"end PLAN\"), load an edit "
+          "(\"load FILE\"), take all away\nfrom the interfaces and put it back (detach, attach),"
+          "\nor end all faults and compare with a new lab (check);\nmay repeat")
       ->type_name("WHAT")
       ->check(&faultOfStep)
       ->trigger_on_parse();

@@ -56,10 +56,22 @@ std::string cppKind(Step::Kind kind) {
   return "Step::Kind::" + std::string(nameOf(kind));
 }
 
+char const* cppReading(Reading reading) {
+  return reading == Reading::strict    ? "strict"
+         : reading == Reading::lenient ? "lenient"
+                                       : "widening";
+}
+
 std::string cppStep(Step const& step) {
   std::ostringstream out;
   switch (step.kind) {
   case Step::Kind::load:
+    if (step.reading) {
+      out << "{.kind = " << cppKind(step.kind) << ", .name = " << cppText(step.name)
+          << ", .text = " << cppText(step.text)
+          << ", .reading = Text::Reading::" << cppReading(*step.reading) << "}";
+      break;
+    }
     out << "Step::load(" << cppText(step.name) << ", " << cppText(step.text) << ")";
     break;
   case Step::Kind::faults: out << "Step::faults(" << cppText(step.text) << ")"; break;
@@ -117,12 +129,6 @@ void writeCppOptions(std::ostream& out, LabOptions const& options) {
   }
 }
 
-char const* cppReading(Reading reading) {
-  return reading == Reading::strict    ? "strict"
-         : reading == Reading::lenient ? "lenient"
-                                       : "widening";
-}
-
 void writeCppList(std::ostream& out, std::vector<std::string> const& texts) {
   for (std::string const& text : texts) {
     out << "      " << cppText(text) << ",\n";
@@ -176,6 +182,9 @@ void addStep(CommandLine& line, Step const& step, bool isFirst) {
       arguments.emplace_back("--ports-on-any-protocol");
     }
     return;
+  }
+  if (step.reading) {
+    throw UsageError(toText(step) + " in a reading of its own cannot be a command line");
   }
   if (step.kind == Step::Kind::load) {
     std::string const file = fileFor(line, step.name, step.text);

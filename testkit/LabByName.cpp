@@ -10,6 +10,7 @@
 #include <Kor/Model.h>
 #include <Kor/Registration.h>
 
+#include <algorithm>
 #include <array>
 #include <sstream>
 
@@ -376,12 +377,21 @@ TextLines LabByName::journalSince(std::uint64_t number) const {
 }
 
 TextLines LabByName::check() {
-  during([this](Lab& lab) { recover(lab, options_); });
-  std::vector<Irregularity> found = checkStatuses(lab());
-  for (Irregularity& each :
-       compare(lab(), referenceOf(lab().configuration().settings(), options_))) {
-    found.push_back(std::move(each));
-  }
+  std::vector<Irregularity> found;
+  auto const add = [&](std::vector<Irregularity> more) {
+    for (Irregularity& each : more) {
+      if (std::find(found.begin(), found.end(), each) == found.end()) {
+        found.push_back(std::move(each));
+      }
+    }
+  };
+  during([&](Lab& lab) {
+    lab.advance(whileFaultsLast);
+    add(checkStatuses(lab));
+    recover(lab, options_);
+  });
+  add(checkStatuses(lab()));
+  add(compare(lab(), referenceOf(lab().configuration().settings(), options_)));
   return linesOf(found, [](Irregularity const& each) { return Kor::String(each.text); });
 }
 

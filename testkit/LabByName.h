@@ -115,8 +115,8 @@ class POLICYMAPTESTKIT_API LabByName final : public Kor::PtrInterface {
   [[nodiscard]] TextLines journal() const;
   // As JSON, from this entry number on.
   [[nodiscard]] TextLines journalSince(std::uint64_t number) const;
-  // Ends all faults, lets time pass and results arrive, and compares with a new lab that loads the
-  // same configuration. Returns what is not as it should be.
+  // Lets some time pass, ends all faults, lets time pass until all is repaired, and compares with a
+  // new lab that loads the same configuration. Returns what is not as it should be.
   [[nodiscard]] TextLines check();
 
   [[nodiscard]] Kor::Ptr<PolicyMapTest::AclHelper> helper() const { return lab().helper(); }

@@ -102,8 +102,9 @@ constexpr std::array kitAttrs{
         .says("performs the steps of a run; returns the run with what happened"),
     KitModel::function<&KitByName::minimise>("minimise", "run")
         .says("the shortest run that comes to something of the same kind"),
-    KitModel::function<&KitByName::walk>("walk", "run", "seed", "steps")
-        .says("a random walk that begins with the steps of a run; returns it as a run"),
+    KitModel::function<&KitByName::walk>("walk", "run", "seed", "steps", "onStep")
+        .says("a random walk that begins with the steps of a run, and calls a function after each "
+              "step; returns it as a run"),
     KitModel::function<&KitByName::sweep>("sweep", "run", "settings", "scenario")
         .says("a sweep over all calls of the helper in a scenario, or in the steps of a run"),
     KitModel::function<&KitByName::operations>("operations")
@@ -177,9 +178,16 @@ Kor::String KitByName::minimise(Kor::String const& run) const {
   return textOf(record(PolicyMapTestKit::minimise(runOf(run).script).script));
 }
 
-Kor::String KitByName::walk(Kor::String const& run, std::uint64_t seed, std::uint64_t steps) const {
-  return textOf(
-      PolicyMapTestKit::walk({.begin = runOf(run).script, .seed = seed, .steps = steps}).run);
+Kor::String KitByName::walk(Kor::String const& run, std::uint64_t seed, std::uint64_t steps,
+                            Kor::Callable::Ptr const& onStep) const {
+  auto const stepped = [&] {
+    if (onStep) {
+      (void)onStep->call(*Kor::GenericList::of());
+    }
+  };
+  WalkResult const done =
+      PolicyMapTestKit::walk({.begin = runOf(run).script, .seed = seed, .steps = steps}, stepped);
+  return textOf(record(done.run.script, [&](Step const&, ScriptRun&) { stepped(); }));
 }
 
 SweepByName::Ptr KitByName::sweep(Kor::String const& run, Kor::String const& settings,

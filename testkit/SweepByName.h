@@ -53,9 +53,10 @@ class POLICYMAPTESTKIT_API KitByName final : public Kor::PtrInterface {
   [[nodiscard]] Kor::String perform(Kor::String const& run) const;
   // Returns the shortest run that comes to something of the same kind.
   [[nodiscard]] Kor::String minimise(Kor::String const& run) const;
-  // A random walk that begins with the steps of a run. Returns the walk as a run.
-  [[nodiscard]] Kor::String walk(Kor::String const& run, std::uint64_t seed,
-                                 std::uint64_t steps) const;
+  // A random walk that begins with the steps of a run. Returns the walk as a run. `onStep` is
+  // called after each step, if it is not null; what it throws ends the walk.
+  [[nodiscard]] Kor::String walk(Kor::String const& run, std::uint64_t seed, std::uint64_t steps,
+                                 Kor::Callable::Ptr const& onStep) const;
   // The sweep of `scenario`, which is called with a lab; null: of the steps of the run. The options
   // of the labs are those of the run. `settings` is a JSON object with those members of
   // SweepOptions that are not usual: "modes", "shard", "shards", "pairs", "seed", "journals".

@@ -7,7 +7,7 @@
 import pathlib
 
 from policymaptest import Lab
-from policymaptest.plugin import ApprovedSnapshot
+from policymaptest import ApprovedSnapshot
 
 CONFIGURATION = pathlib.Path(__file__).parents[1] / "edge.cfg"
 

@@ -7,6 +7,7 @@
 #include <array>
 #include <exception>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 namespace KorPython {
@@ -38,7 +39,12 @@ struct Fields {
 
 // Its attributes say what was wrong.
 void set(PyObject* type, std::exception const& error, Fields const& fields = {}) {
-  PyObject* const exception = PyObject_CallFunction(type, "s", error.what());
+  // A text may have bytes that are no UTF-8.
+  std::string_view const text = error.what();
+  PyObject* const shown =
+      PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "backslashreplace");
+  PyObject* const exception = shown == nullptr ? nullptr : PyObject_CallOneArg(type, shown);
+  Py_XDECREF(shown);
   if (exception == nullptr) {
     return;
   }
@@ -178,6 +184,9 @@ void setError() noexcept {
     error.restore();
   } catch (CallbackFailed const& error) {
     error.restore();
+  } catch (BadArgument const& error) {
+    std::array const kinds{classes.type, classes.range, classes.unknownArg};
+    set(kinds.at(static_cast<std::size_t>(error.kind())), error, {.name = error.name()});
   } catch (Kor::TypeException const& error) {
     set(classes.type, error,
         {.name = error.name().stdString(), .typeName = error.typeName().stdString()});

@@ -6,11 +6,13 @@
 #include <Kor/Assert.h>
 #include <Kor/Exception.h>
 
+#include <cstdint>
 #include <memory>
 #include <pybind11/pybind11.h>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 namespace KorPython {
 
@@ -38,6 +40,29 @@ class CallbackFailed : public Kor::Exception {
   CallbackFailed(std::string text, std::shared_ptr<pybind11::object const> exception);
 
   std::shared_ptr<pybind11::object const> exception_;
+};
+
+// What Python gave is nothing for the framework.
+class BadArgument : public std::runtime_error {
+ public:
+  enum class Kind : std::uint8_t { type, range, unknown };
+
+  // `name` is that of the argument or attribute; empty: not known yet.
+  BadArgument(Kind kind, std::string const& text, std::string name = {})
+      : std::runtime_error(name.empty() ? text : name + ": " + text),
+        kind_(kind),
+        name_(std::move(name)) {}
+
+  [[nodiscard]] Kind kind() const { return kind_; }
+  [[nodiscard]] std::string const& name() const { return name_; }
+  // The same of the argument or attribute of this name.
+  [[nodiscard]] BadArgument of(std::string name) const {
+    return name_.empty() ? BadArgument(kind_, what(), std::move(name)) : *this;
+  }
+
+ private:
+  Kind kind_;
+  std::string name_;
 };
 
 // Keeps an exception that the framework will not pass on. The outermost call from Python raises it

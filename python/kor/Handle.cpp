@@ -142,7 +142,7 @@ void deallocate(PyObject* self) {
   Py_DECREF(type);
 }
 
-PyObject* represent(PyObject* self) {
+PyObject* printHandle(PyObject* self) {
   return guarded([&] { return checked(textOf(valueToStrep(asHandle(self)->value))); });
 }
 
@@ -212,7 +212,8 @@ GenericValue numberOf(PyObject* object) {
       overflow > 0 ? PyLong_AsUnsignedLongLong(object) : static_cast<unsigned long long>(-1);
   if (overflow < 0 || PyErr_Occurred() != nullptr) {
     PyErr_Clear();
-    throw Kor::RangeException("a number of more than 64 bits");
+    throw BadArgument(BadArgument::Kind::range,
+                      "expected a number of 64 bits, found " + std::string(py::repr(object)));
   }
   return natural;
 }
@@ -227,6 +228,16 @@ Instance instanceOf(PyObject* object, KorAttr const& attr) {
     throw Kor::TypeException(Kor::String(attr.owner()->name()), Kor::String("self"));
   }
   return {handle->value.object(), handle->value.isConst()};
+}
+
+// What Python gave for the attribute or argument of this name.
+template <class Name>
+GenericValue argument(PyObject* object, Name const& name) {
+  try {
+    return toGeneric(object);
+  } catch (BadArgument const& error) {
+    throw error.of(Kor::String(name()).stdString());
+  }
 }
 
 PyObject* readAttribute(PyObject* self, PyObject* object, PyObject* /*type*/) {
@@ -252,7 +263,7 @@ int writeAttribute(PyObject* self, PyObject* object, PyObject* value) {
         AttributeOperation operation{attr.id(), AttributeOperation::del, {}, {}};
         if (value != nullptr) {
           operation.code = AttributeOperation::set;
-          operation.value = toGeneric(value);
+          operation.value = argument(value, [&] { return attr.name(); });
         }
         GenericIf::attributeOp(instanceOf(object, attr), attr, operation);
         return 0;
@@ -282,15 +293,30 @@ PyObject* performOperation(PyObject* self, PyObject* const* args, Py_ssize_t cou
 // Functions ---------------------------------------------------------------------------------------
 
 std::size_t placeOf(KorAttr const& attr, std::string_view wanted) {
-  for (std::size_t place = 0; place != attr.args().size(); ++place) {
-    if (attr.args()[place].name.view() == wanted) {
-      return place;
-    }
+  auto const isNamed = [](std::string_view name) {
+    return [name](Kor::ArgumentSpec const& each) { return each.name.view() == name; };
+  };
+  auto const& args = attr.args();
+  auto found = std::find_if(args.begin(), args.end(), isNamed(wanted));
+  if (found == args.end() && wanted.ends_with('_')) {  // "async_", as "async" is a word of Python
+    found = std::find_if(args.begin(), args.end(), isNamed(wanted.substr(0, wanted.size() - 1)));
   }
-  if (wanted.ends_with('_')) {  // "async_", as "async" is a word of Python
-    return placeOf(attr, wanted.substr(0, wanted.size() - 1));
+  if (found != args.end()) {
+    return static_cast<std::size_t>(found - args.begin());
   }
-  throw Kor::UnknownArgException(attr.name());
+  std::string known;
+  for (Kor::ArgumentSpec const& each : args) {
+    known.append(known.empty() ? "" : ", ").append(each.name.view());
+  }
+  throw BadArgument(BadArgument::Kind::unknown,
+                    attr.name().stdString() +
+                        " has no such argument; there are: " + (known.empty() ? "none" : known),
+                    std::string(wanted));
+}
+
+Kor::String nameOfArgument(KorAttr const& attr, std::size_t place) {
+  return place < attr.args().size() ? Kor::String(attr.args()[place].name)
+                                    : Kor::String(attr.name());
 }
 
 std::size_t placeOf(KorAttr const& attr, PyObject* name) {
@@ -319,14 +345,15 @@ PyObject* callFunction(PyObject* self, PyObject* const* args, std::size_t flagge
     }
     std::array<GenericValue, mostArgs> values;
     for (std::size_t i = 0; i != given; ++i) {
-      values[i] = toGeneric(args[i + 1]);
+      values[i] = argument(args[i + 1], [&] { return nameOfArgument(attr, i); });
     }
     for (std::size_t i = 0; i != named; ++i) {
       std::size_t const place = placeOf(attr, PyTuple_GET_ITEM(names, static_cast<Py_ssize_t>(i)));
       if (values[place].present()) {
-        throw Kor::UnknownArgException(attr.name());  // given twice
+        throw BadArgument(BadArgument::Kind::unknown, "is given twice",
+                          nameOfArgument(attr, place).stdString());
       }
-      values[place] = toGeneric(args[all + i]);
+      values[place] = argument(args[all + i], [&] { return nameOfArgument(attr, place); });
       given = std::max(given, place + 1);
     }
     GenericList list{std::span<GenericValue const>(values.data(), given)};
@@ -456,9 +483,10 @@ GenericValue toGeneric(PyObject* object) {
   if (PyCallable_Check(object) != 0) {
     return callableOf(object);
   }
-  PyErr_Format(PyExc_TypeError, "%s is nothing that the framework has: %R",
-               Py_TYPE(object)->tp_name, object);
-  throw py::error_already_set();
+  throw BadArgument(BadArgument::Kind::type,
+                    "expected a number, a text, a list, a function, or an object or value of the "
+                    "framework; found " +
+                        std::string(py::repr(object)));
 }
 
 py::list argumentsOf(std::vector<Kor::ArgumentSpec> const& args) {
@@ -491,7 +519,7 @@ void addHandleTypes(py::module_& module) {
   static std::array handleSlots{PyType_Slot{Py_tp_dealloc, slot(&deallocate)},
                                 PyType_Slot{Py_tp_traverse, slot(&traverse)},
                                 PyType_Slot{Py_tp_clear, slot(&clear)},
-                                PyType_Slot{Py_tp_repr, slot(&represent)},
+                                PyType_Slot{Py_tp_str, slot(&printHandle)},
                                 PyType_Slot{Py_tp_richcompare, slot(&compare)},
                                 PyType_Slot{Py_tp_hash, slot(&hashOf)},
                                 PyType_Slot{Py_tp_members, handleMembers.data()},

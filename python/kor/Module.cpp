@@ -130,19 +130,19 @@ py::object asConst(py::handle object) {
 }
 
 // Any text form.
-py::object parse(std::string const& text) {
-  Kor::String const whole(text);
+py::object parse(py::str const& text) {
+  Kor::String const whole = toGeneric(text.ptr()).text();
   GenericValue value;
   auto it = whole.begin();
   sequenceToValue(it, whole.end(), value);
   if (it != whole.end()) {
-    throw Kor::RangeException("more than one value: " + text);
+    throw Kor::RangeException("more than one value: " + whole.stdString());
   }
   return toObject(value);
 }
 
-std::string textForm(py::handle object) {
-  return valueToStrep(toGeneric(object.ptr())).stdString();
+py::object textForm(py::handle object) {
+  return toObject(GenericValue(valueToStrep(toGeneric(object.ptr()))));
 }
 
 // Calls a Kor::Callable.

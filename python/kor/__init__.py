@@ -17,8 +17,11 @@ enumerations ``enum.IntEnum``. Errors are those of :mod:`kor.errors`.
 import builtins
 import collections.abc
 import enum
+import importlib.abc
+import importlib.machinery
 import inspect
 import keyword
+import re
 import sys
 
 from . import _kor, errors
@@ -60,6 +63,8 @@ def type(name):
 
     Raises RangeException, with the nearest names, if there is no such type.
     """
+    if not isinstance(name, str):
+        raise TypeException(f"name of a type: expected a text, found {name!r}")
     known = _classes.get(name) or _enums.get(name)
     if known is not None:
         return known
@@ -72,7 +77,10 @@ def new(name, /, *args, **named):
 
 
 def const(obj):
-    """The same object or value, read-only."""
+    """The same object or value, whose attributes cannot be written through the result.
+
+    Its functions can be called, also those that change it.
+    """
     return _kor.const(obj)
 
 
@@ -87,6 +95,11 @@ def attribute_op(obj, id, op, index=None, value=None):
     0 reads, returns a member or calls a function; 1 counts; 2 is the first key, 3 the key after the
     index; 128 writes or sets a member; 129 deletes it.
     """
+    for what, number in (("id", id), ("op", op)):
+        if isinstance(number, bool) or not isinstance(number, int):
+            raise TypeException(f"{what}: expected a number, found {number!r}")
+        if not 0 <= number < 1 << 32:
+            raise RangeException(f"{what}: expected 0 to {(1 << 32) - 1}, found {number}")
     return _kor.attribute_op(obj, id, op, index, value)
 
 
@@ -121,9 +134,14 @@ def observe(obj, attribute, callback):
     """Lets `callback` be called after each change of an attribute; returns an Observation.
 
     It is called with the new value; for a collection with the key and the new member, which is None
-    if it was removed. A callback that takes fewer arguments gets the first ones. What it raises is
-    raised by the call that made the change, when everything else has been done. Raises
-    AttributeError for an unknown attribute, OpNotSupportedException for one that has no
+    if it was removed. A callback that takes fewer arguments gets the first ones.
+
+    The change is made and all observers are called, whatever one of them raises. The outermost call
+    from Python into the framework then raises it, as CallbackException and the class that was
+    raised; further ones go to ``sys.unraisablehook``. So within a callback ``try`` around a write
+    does not catch what other observers raise.
+
+    Raises AttributeError for an unknown attribute, OpNotSupportedException for one that has no
     notifications, and TypeError for a callback that is not callable.
     """
     descriptor = getattr(builtins.type(obj), attribute)
@@ -158,11 +176,18 @@ def _arguments_of(function):
                         inspect.Parameter.POSITIONAL_OR_KEYWORD) for kind in kinds)
 
 
+# In a text of the framework. Bytes that are no UTF-8 are \xff there, and \udcff in Python.
+_ESCAPE = re.compile(r"\\(?:x([89a-f][0-9a-f])|.)", re.DOTALL)
+
+
 class Object(_kor.Handle):
     """Base class of all objects and values of the framework.
 
-    Two values are equal if they have the same type and content, and can be hashed and pickled. An
-    object is equal to itself alone.
+    Two values are equal if they have the same type and content, and can be hashed and pickled; a
+    process that unpickles them must have loaded their types. A value with attributes that can be
+    written has another hash when they are. An object is equal to itself alone.
+    ``str()`` is the text of the framework; ``repr()`` of a value evaluates to it where ``Value`` is
+    ``kor.Value``.
     """
 
     __slots__ = ()
@@ -176,6 +201,18 @@ class Object(_kor.Handle):
             args = _in_order(cls._kor_type["args"], args, named, name)
         return _kor.construct(name, args)
 
+    def __init_subclass__(cls):
+        if cls._kor_type is cls.__base__._kor_type:
+            raise TypeError(f"{cls.__base__.__qualname__} has no subclasses in Python, because the "
+                            "framework would not call their methods")
+
+    def __repr__(self):
+        text = str(self)
+        if _kor.is_value(self) and not text.startswith("Value("):  # prints as a plain text
+            argument, _ = self._kor_type["args"][0]
+            text = f"Value('{self._kor_type['name']}', ** {{'{argument}': {text}}})"
+        return _ESCAPE.sub(lambda found: rf"\udc{found[1]}" if found[1] else found[0], text)
+
     def _need_value(self):
         if not _kor.is_value(self):
             raise TypeError(
@@ -183,14 +220,15 @@ class Object(_kor.Handle):
 
     def __reduce__(self):
         self._need_value()
-        text = repr(self)
+        text = str(self)
         if text.startswith("Value("):
             return parse, (text,)
         return new, (self._kor_type["name"], parse(text))  # prints as a plain text
 
     def __copy__(self):
-        self._need_value()
-        return self
+        make, args = self.__reduce__()
+        changes = any(each["is_writable"] for each in self._kor_type["attributes"])
+        return make(*args) if changes else self
 
     def __deepcopy__(self, memo):
         return self.__copy__()
@@ -219,11 +257,17 @@ def _in_order(specs, args, named, name):
 
 def parse(text):
     """What prints as the text: a number, a text, a list, a value. Raises RangeException."""
+    if not isinstance(text, str):
+        raise TypeException(f"text: expected a text, found {text!r}")
     return _kor.parse(text)
 
 
 def Value(name, /, **fields):
     """The value that prints in this way: ``Value('PolicyMapTest::AclPolicyType', ** {...})``."""
+    if len(fields) == 1 and list(fields) == [each for each, _ in _kor.describe(name)["args"]]:
+        made = new(name, *fields.values())
+        if not str(made).startswith("Value("):  # prints as a plain text
+            return made
     texts = ", ".join(f"'{key}': {_kor.text(value)}" for key, value in fields.items())
     return _kor.parse(f"Value('{name}', ** {{{texts}}})")
 
@@ -353,7 +397,9 @@ def _member(name, number):
 
 
 class _Namespace:
-    """The registered types of a namespace as attributes."""
+    """The registered types of a namespace as attributes; also a module that can be imported."""
+
+    __path__ = ()
 
     def __init__(self, prefix):
         self._prefix = prefix
@@ -362,10 +408,9 @@ class _Namespace:
         if name.startswith("__"):
             raise AttributeError(name)
         whole = self._prefix + name
-        names = types()
-        if whole in names:
+        if whole in types():
             found = type(whole)
-        elif any(each.startswith(whole + "::") for each in names):
+        elif _is_namespace(whole):
             found = _Namespace(whole + "::")
         else:
             raise AttributeError(f"no such type or namespace: {whole}")
@@ -380,7 +425,33 @@ class _Namespace:
         return f"<types of {self._prefix.removesuffix('::') or 'all namespaces'}>"
 
 
+def _is_namespace(name):
+    return any(each.startswith(name + "::") for each in types())
+
+
+class _NamespaceImporter(importlib.abc.MetaPathFinder, importlib.abc.Loader):
+    """Lets ``from kor.ns.PolicyMapTest import AclHelper`` work, and so classes be pickled."""
+
+    def find_spec(self, fullname, path, target=None):
+        if not fullname.startswith(ns.__name__ + ".") or not _is_namespace(self._prefix(fullname)):
+            return None
+        return importlib.machinery.ModuleSpec(fullname, self, is_package=True)
+
+    def create_module(self, spec):
+        return _Namespace(self._prefix(spec.name) + "::")
+
+    def exec_module(self, module):
+        pass
+
+    @staticmethod
+    def _prefix(fullname):
+        return fullname.removeprefix(ns.__name__ + ".").replace(".", "::")
+
+
 ns = _Namespace("")
+ns.__name__ = __name__ + ".ns"
+ns.__spec__ = importlib.machinery.ModuleSpec(ns.__name__, None, is_package=True)
 # "import kor.ns" would otherwise find the folder of the stubs.
-sys.modules[__name__ + ".ns"] = ns
+sys.modules[ns.__name__] = ns
+sys.meta_path.insert(0, _NamespaceImporter())
 _kor.begin(errors, _class_of, _enum_of, Collection, lambda args: _signature(args, True))

@@ -71,8 +71,16 @@ def callback_exception(cause: BaseException) -> BaseException:
     if isinstance(cause, (Exception, AssertionError)) or not isinstance(
             cause, builtins.Exception):
         return cause
+
+    def reduce(self: BaseException) -> tuple[object, ...]:
+        return callback_exception, (self.__cause__,)
+
     try:
-        raised: BaseException = type(kind.__name__, (CallbackException, kind), {})(*cause.args)
+        _, args, *state = tuple(cause.__reduce__())  # what `args` has not, as the file of an OSError
+        raised: BaseException = type(kind.__name__, (CallbackException, kind), {
+            "__module__": kind.__module__, "__reduce__": reduce,
+            "__str__": lambda self: str(self.__cause__)})(*args)
+        raised.__dict__.update(state[0] if state else {})
     except TypeError:  # the class cannot be combined, or needs other arguments
         raised = CallbackException(str(cause))
     raised.__cause__ = cause

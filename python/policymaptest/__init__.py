@@ -15,14 +15,16 @@ import kor
 kor.load("libPolicyMapTest.so")
 kor.load("libPolicyMapTestKit.so")
 
+from .approval import ApprovedSnapshot  # noqa: E402
 from .faults import Capacity, Fault, FaultScope, MetFault, PlannedFault  # noqa: E402
 from .journal import Journal, JournalEntry  # noqa: E402
 from .lab import Explanations, HeldResult, Lab  # noqa: E402
 from .records import Difference, Record, Rule, Snapshot, difference  # noqa: E402
-from .runs import Run, SweepReport, SweepResult, explain, replay, sweep, walk  # noqa: E402
+from .runs import Run, replay  # noqa: E402
+from .sweeps import SweepReport, SweepResult, explain, sweep, walk  # noqa: E402
 
 __all__ = [
-    "Capacity", "Difference", "Explanations", "Fault", "FaultScope", "HeldResult", "Journal",
+    "ApprovedSnapshot", "Capacity", "Difference", "Explanations", "Fault", "FaultScope", "HeldResult", "Journal",
     "JournalEntry", "Lab", "MetFault", "PlannedFault", "Record", "Rule", "Run", "Snapshot",
     "SweepReport", "SweepResult", "difference", "explain", "replay", "sweep", "walk",
 ]

@@ -6,7 +6,7 @@ from __future__ import annotations
 from collections.abc import Sequence
 from typing import Any
 
-from .runs import run_shard, show_progress
+from .sweeps import run_shard, show_progress
 
 _SHARDS_PER_WORKER = 4  # so that a slow one does not keep the others waiting
 

@@ -16,7 +16,10 @@ import numbers
 import re
 from collections.abc import Iterable, Sequence
 from types import TracebackType
-from typing import Any
+from typing import TYPE_CHECKING, Any
+
+if TYPE_CHECKING:
+    from .runs import Recording
 
 Seconds = float | datetime.timedelta
 
@@ -154,8 +157,11 @@ class FaultScope:
     A fault that was never met by then is a finding of the lab, unless it is optional.
     """
 
-    def __init__(self, scope: Any) -> None:
+    def __init__(self, scope: Any, plan: str, recording: Recording) -> None:
         self._scope = scope
+        self._plan = plan
+        self._recording = recording
+        recording.scopes.append(scope)
 
     @property
     def faults(self) -> tuple[PlannedFault, ...]:
@@ -168,7 +174,7 @@ class FaultScope:
         return tuple(met for each in self.faults for met in each.met)
 
     def end(self) -> None:
-        self._scope.end()
+        self._recording.end(self._scope, self._plan)
 
     def __enter__(self) -> FaultScope:
         return self

@@ -8,7 +8,7 @@ import json
 from collections.abc import Iterable, Iterator, Mapping, Sequence
 from typing import Any, overload
 
-from .records import Table
+from .records import Actions, Table
 
 
 @dataclasses.dataclass(frozen=True)
@@ -28,7 +28,7 @@ class JournalEntry:
     seq: int | None = None
     sub_rule: str = ""
     match: str = ""
-    actions: Mapping[str, int] = dataclasses.field(default_factory=dict)
+    actions: Mapping[str, int] = Actions()
     error: str = ""  # "" for success
     threw: bool = False
     count: int = 0
@@ -49,7 +49,7 @@ class JournalEntry:
                 actions[name] = value
             else:
                 values[names.get(name, name)] = value
-        return cls(**values, actions=actions)
+        return cls(**values, actions=Actions(actions))
 
     def __str__(self) -> str:
         policy = f"{self.policy}/{self.direction}" if self.policy else ""
@@ -60,6 +60,10 @@ class JournalEntry:
                  self.text if self.kind != "call" else ""]
         line = " ".join(filter(None, parts))
         return line + (f" -> {self.error}" if self.error else "")
+
+
+_COLUMNS = ("number", "time", "operation", "policy", "option", "class", "rule", "interface", "error",
+            "cause")
 
 
 class Journal(Table, Sequence[JournalEntry]):
@@ -94,12 +98,15 @@ class Journal(Table, Sequence[JournalEntry]):
         """From this entry number on."""
         return Journal(each for each in self if each.number >= number)
 
+    def columns(self) -> list[str]:
+        return list(_COLUMNS)
+
     def rows(self) -> list[dict[str, Any]]:
-        return [{"number": each.number, "time": each.time, "operation": each.operation,
-                 "policy": each.policy, "option": each.option, "class": each.class_name,
-                 "rule": f"{each.acl} {each.seq}" if each.seq is not None else "",
-                 "interface": each.interface, "error": each.error,
-                 "cause": each.cause} for each in self]
+        """One row per entry."""
+        return [dict(zip(_COLUMNS, (
+            each.number, each.time, each.operation, each.policy, each.option, each.class_name,
+            f"{each.acl} {each.seq}" if each.seq is not None else "", each.interface, each.error,
+            each.cause), strict=True)) for each in self]
 
     @overload
     def __getitem__(self, place: int) -> JournalEntry: ...

@@ -3,83 +3,44 @@
 
 from __future__ import annotations
 
+import contextlib
 import dataclasses
-import inspect
 import json
-import math
 import os
 import pathlib
 import weakref
-from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
+from collections.abc import Iterable, Iterator, Mapping, Sequence
 from types import TracebackType
-from typing import Any, overload
+from typing import Any, Protocol, overload
 
 import kor
 
 from .faults import Capacity, Fault, FaultScope, PlannedFault, Seconds
 from .faults import faults_of, plan_text, seconds_of
 from .journal import Journal
+from .options import options_json
+from .own_helper import calls_of
 from .records import Record, Snapshot
+from .runs import Recording, Run, kit, run_text
 
-# The options of the kit by their names here.
-_SWITCHES = {
-    "update_action": "updateAction", "expand_port_channels": "expandPortChannels",
-    "sub_rules_for_ports": "subRulesForPorts", "reprogram_on_intf_change": "reprogramOnIntfChange",
-    "deny_rules": "denyRules", "ttl": "ttl", "only_ttl_eq": "onlyTtlEq", "ack_or_rst": "ackOrRst",
-    "established": "established", "asynchronous": "async", "pseudo_async": "pseudoAsync",
-    "layer2": "layer2", "layer3": "layer3", "management": "management", "ip_lists": "ipLists",
-    "ip6_lists": "ip6Lists", "mac_lists": "macLists", "access_groups": "accessGroups",
-    "leftovers": "leftovers", "idle_commits": "idleCommits",
-    "calls_after_failures": "callsAfterFailures", "repeated_creations": "repeatedCreations",
-    "missing_commits": "missingCommits",
-}
-MODES = ("synchronous", "asynchronous", "pseudo-asynchronous")
+_LONGEST_STEP = 1e6  # seconds that one step of a run may advance
 
 
-def rules_text(rules: str | os.PathLike[str]) -> str:
+def _rules_text(rules: str | os.PathLike[str]) -> str:
     """The text of a filter set; a str without a rule is the path of its file."""
+    if not isinstance(rules, (str, os.PathLike)):
+        raise TypeError(f"rules: expected a path or a text, found {rules!r}")
     if isinstance(rules, os.PathLike) or not ("\n" in rules or rules.startswith("@")):
         return pathlib.Path(rules).read_text()
     return rules
 
 
-def modes_of(modes: str | Sequence[str]) -> tuple[str, ...]:
-    """All modes for "all", or those that are named. Raises ValueError if there is none."""
-    if modes == "all":
-        return MODES
-    if not isinstance(modes, (str, Sequence)):
-        raise TypeError(f"modes: expected names of modes, found {modes!r}")
-    names = (modes,) if isinstance(modes, str) else tuple(modes)
-    unknown = [each for each in names if each not in MODES]
-    if unknown or not names:
-        raise ValueError(f"modes: expected some of all, {', '.join(MODES)}; found "
-                         f"{unknown[0] if unknown else names!r}")
-    return names
-
-
-def options_json(*, async_delay: Seconds | None = None, faults: Mapping[str, str] | None = None,
-                 plan: str | Fault | Capacity = "", actions: str = "", mode: str | None = None,
-                 **switches: bool) -> str:
-    """The options of a lab as the kit reads them. Raises TypeError for an unknown one."""
-    options: dict[str, Any] = {}
-    if mode is not None:
-        if mode not in MODES:
-            raise ValueError(f"mode: expected one of {', '.join(MODES)}, found {mode!r}")
-        switches = {"asynchronous": mode != MODES[0], "pseudo_async": mode == MODES[2]} | switches
-    for name, value in switches.items():
-        if name not in _SWITCHES:
-            raise TypeError(f"no such option: {name}; there are: {', '.join(sorted(_SWITCHES))}")
-        if not isinstance(value, bool):
-            raise TypeError(f"{name}: expected True or False, found {value!r}")
-        options[_SWITCHES[name]] = value
-    if async_delay is not None:
-        options["asyncDelay"] = seconds_of(async_delay)
-        if not 0 <= options["asyncDelay"] < math.inf:
-            raise ValueError(f"async_delay: expected 0 s or more, found {async_delay!r}")
-    if faults:
-        options["faults"] = [f"{name}={text}" for name, text in faults.items()]
-    options |= {name: text for name, text in (("plan", str(plan)), ("actions", actions)) if text}
-    return json.dumps(options)
+def _content(path: str | os.PathLike[str]) -> str:
+    """Of a file, as far as it is text; nothing if it cannot be read."""
+    try:
+        return pathlib.Path(path).read_text(errors="replace")
+    except OSError:
+        return ""
 
 
 @dataclasses.dataclass(frozen=True)
@@ -120,45 +81,91 @@ class Explanations(Sequence[str]):
         return "\n".join(self._lines) or "nothing is attached"
 
 
+class LabWatch(Protocol):
+    """Is told of all labs of the process."""
+
+    def made(self, lab: Lab) -> None: ...
+
+    def closing(self, lab: Lab) -> None:
+        """The lab is about to end; its plans have ended."""
+
+
+_watches: list[LabWatch] = []
+
+
+@contextlib.contextmanager
+def watch_labs(watch: LabWatch) -> Iterator[None]:
+    """Within it, the watch is told of all labs that are made or closed."""
+    _watches.append(watch)
+    try:
+        yield
+    finally:
+        _watches.remove(watch)
+
+
 class Lab:
     """Configuration, helper, machines and an event loop with virtual time.
 
-    Options, all of them off or empty unless it says so: `update_action`, `expand_port_channels`,
-    `sub_rules_for_ports`, `reprogram_on_intf_change`, `deny_rules` (on), `ttl` (on), `only_ttl_eq`,
-    `ack_or_rst` (on), `established` (on) are what the hardware can do; `asynchronous`,
-    `pseudo_async`, `async_delay` how results arrive, or `mode`, one of "synchronous",
-    "asynchronous" and "pseudo-asynchronous"; `faults` errors of the helper by attribute; `plan` a
-    fault plan; `actions` what lines of classes become; `layer2`, `layer3`, `management`,
-    `ip_lists`, `ip6_lists`, `mac_lists`, `access_groups` (all on) what is served.
+    Options: `update_action`, `expand_port_channels`,
+    `sub_rules_for_ports`, `reprogram_on_intf_change`, `deny_rules`, `ttl`, `only_ttl_eq`,
+    `ack_or_rst`, `established` are what the hardware can do; `asynchronous`, `pseudo_async`,
+    `async_delay` how results arrive, or `mode`, one of "synchronous", "asynchronous" and
+    "pseudo-asynchronous"; `faults` errors of the helper by attribute; `plan` a fault plan;
+    `actions` what lines of classes become; `layer2`, `layer3`, `management`, `ip_lists`,
+    `ip6_lists`, `mac_lists`, `access_groups` what is served; `leftovers`, `idle_commits`,
+    `calls_after_failures`, `repeated_creations`, `missing_commits` which irregular calls of the
+    core are findings.
 
     Each lab has its own time and objects. Bad input raises kor.RangeException, a ValueError, which
     names line and column; the configuration is then unchanged.
     """
 
-    def __init__(self, **options: Any) -> None:
-        self._options = options_json(**options)
-        self._lab: Any = kor.ns.PolicyMapTestKit.Kit().lab(self._options)
+    def __init__(
+        self, *, update_action: bool = False, expand_port_channels: bool = False,
+        sub_rules_for_ports: bool = False, reprogram_on_intf_change: bool = False,
+        deny_rules: bool = True, ttl: bool = True, only_ttl_eq: bool = False,
+        ack_or_rst: bool = True, established: bool = True, asynchronous: bool | None = None,
+        pseudo_async: bool | None = None, async_delay: Seconds | None = None,
+        mode: str | None = None, faults: Mapping[str, str] | None = None,
+        plan: str | Fault | Capacity | None = None, actions: str | None = None,
+        layer2: bool = True, layer3: bool = True, management: bool = True, ip_lists: bool = True,
+        ip6_lists: bool = True, mac_lists: bool = True, access_groups: bool = True,
+        leftovers: bool = True, idle_commits: bool = True, calls_after_failures: bool = True,
+        repeated_creations: bool = True, missing_commits: bool = True,
+    ) -> None:
+        given = {name: value for name, value in locals().items() if name != "self"}
+        self._begin(kit().lab(options_json(given)), options_json(given))
+        for watch in _watches:
+            watch.made(self)
+
+    def _begin(self, handle: Any, options: str) -> None:
+        self._lab: Any = handle
+        self._options = options
         self._before: object = None
-        self._scopes: list[Any] = []
+        self._recording = Recording()
         self._closed = False
+        self._findings: tuple[str, ...] = ()  # of a lab that has ended
 
     @classmethod
     def _of(cls, handle: Any) -> Lab:
         """The lab of a scenario."""
         lab = cls.__new__(cls)
-        lab._options, lab._lab, lab._before, lab._scopes = "{}", handle, None, []
-        lab._closed = False
+        lab._begin(handle, "{}")
         return lab
 
     # Configuration
 
     def load(self, policy_text: str) -> None:
         """Applies policy text as an edit of the current configuration, and settles."""
-        self._lab.load(policy_text)
+        with self._recording.step("load", name="policy text", text=policy_text):
+            self._lab.load(policy_text)
 
     def load_file(self, path: str | os.PathLike[str], tolerant: bool = False) -> None:
         """The same with a file. `tolerant` skips lines that are unknown."""
-        self._lab.loadFile(os.fspath(path), "lenient" if tolerant else "strict")
+        reading = "lenient" if tolerant else "strict"
+        with self._recording.step("load", name=os.fspath(path), reading=reading,
+                                  text=_content(path)):
+            self._lab.loadFile(os.fspath(path), reading)
 
     def load_rules(self, rules: str | os.PathLike[str], classes: int = 1,
                    interfaces: int = 1) -> None:
@@ -167,15 +174,20 @@ class Lab:
         It is policy-map "rules" with classes "rules-1", "rules-2", ... for nearly equal shares of
         the rules, for input at Ethernet1, Ethernet2, ...
         """
-        self._lab.loadRules(rules_text(rules), classes, interfaces)
+        text = _rules_text(rules)
+        with self._recording.step("rules", name="rules", text=text, classes=classes,
+                                  interfaces=interfaces, portsOnAnyProtocol=False):
+            self._lab.loadRules(text, classes, interfaces)
 
     def detach_all(self) -> None:
         """Takes all policy-maps and access lists away from the interfaces, and settles."""
-        self._lab.detachAll()
+        with self._recording.step("detach"):
+            self._lab.detachAll()
 
     def attach_all(self) -> None:
         """Puts back what detach_all() took away."""
-        self._lab.attachAll()
+        with self._recording.step("attach"):
+            self._lab.attachAll()
 
     # Time and results
 
@@ -185,7 +197,9 @@ class Lab:
 
     def advance(self, time: Seconds) -> None:
         """Advances virtual time, and runs what becomes due. Raises ValueError if it is negative."""
-        self._lab.advance(seconds_of(time))
+        seconds = seconds_of(time)
+        with self._recording.step("advance", seconds=min(max(seconds, 0.0), _LONGEST_STEP)):
+            self._lab.advance(seconds)
 
     @property
     def now(self) -> float:
@@ -195,7 +209,8 @@ class Lab:
 
     def trigger(self) -> None:
         """Delivers the pending asynchronous result, if there is one, and settles."""
-        self._lab.trigger()
+        with self._recording.step("trigger"):
+            self._lab.trigger()
 
     def held_results(self) -> tuple[HeldResult, ...]:
         """The results that a fault holds back, in the order of their operations."""
@@ -208,11 +223,13 @@ class Lab:
             if not held:
                 raise kor.LookupException("no result is held")
             number = held[0].number
-        self._lab.release(number)
+        with self._recording.step("release", text=str(number)):
+            self._lab.release(number)
 
     def release_all(self) -> None:
         """Delivers all held results, and settles."""
-        self._lab.releaseAll()
+        with self._recording.step("release"):
+            self._lab.releaseAll()
 
     # Faults
 
@@ -221,11 +238,13 @@ class Lab:
 
         Raises ValueError, with the valid names, if there is no such attribute.
         """
-        self._lab.inject(fault, text)
+        with self._recording.step("inject", text=f"{fault}={text}"):
+            self._lab.inject(fault, text)
 
     def clear_faults(self) -> None:
         """Removes all injected errors, ends the effect of all plans, and settles."""
-        self._lab.clearFaults()
+        with self._recording.step("clear"):
+            self._lab.clearFaults()
 
     def plan(self, *faults: str | Fault | Capacity, **words: Any) -> FaultScope:
         """Lets calls of the helper fail as planned: "addRule class=web nth=3 once".
@@ -233,24 +252,33 @@ class Lab:
         With words, the text is the operations of one fault: `plan("addRule", nth=3)`; see Fault.
         Raises ValueError for a plan that is invalid, or can select no call.
         """
-        scope = self._lab.plan(plan_text(faults, words))
-        self._scopes.append(scope)  # which would end without a reference
-        return FaultScope(scope)
+        text = plan_text(faults, words)
+        with self._recording.step("faults", text=text):
+            scope = self._lab.plan(text)
+        return FaultScope(scope, text, self._recording)
 
     def end_plans(self) -> None:
         """Ends all plans, also that of the options."""
-        self._lab.endPlans()
+        with self._recording.step("end"):
+            self._lab.endPlans()
+        self._recording.scopes.clear()
 
     def faults(self) -> tuple[PlannedFault, ...]:
         """What became of the planned faults, of those plans that have not ended."""
         return faults_of(self._lab.faults())
 
     def findings(self) -> tuple[str, ...]:
-        """What the lab has found: faults that were never met, irregular calls of the core."""
-        return tuple(self._lab.findings())
+        """What the lab has found: faults that were never met, irregular calls of the core.
+
+        Also after the end of the lab.
+        """
+        return self._findings if self._closed else tuple(self._lab.findings())
 
     def take_findings(self) -> tuple[str, ...]:
         """Returns and forgets the findings, for a test that expects them."""
+        if self._closed:
+            findings, self._findings = self._findings, ()
+            return findings
         return tuple(self._lab.takeFindings())
 
     def before_helper(self, helper: object) -> None:
@@ -263,7 +291,9 @@ class Lab:
         test. None: operations are called directly again. Raises TypeError for a parameter that the
         operation does not have.
         """
-        self._lab.aroundIs(None if helper is None else _calls_of(weakref.ref(self), helper))
+        owner = weakref.ref(self)  # or the lab would keep itself
+        self._lab.aroundIs(
+            None if helper is None else calls_of(lambda: _before_of(owner()), helper))
         self._before = helper
 
     # Results
@@ -303,9 +333,22 @@ class Lab:
         return Journal.from_json_lines(self._lab.journalSince(number))
 
     def check(self) -> tuple[str, ...]:
-        """Ends all faults, lets time pass and results arrive, and compares with a new lab that
-        loads the same configuration. Returns what is not as it should be; empty is good."""
-        return tuple(self._lab.check())
+        """Lets five seconds pass, ends all faults, lets time pass until all is repaired, and
+        compares with a new lab that loads the same configuration.
+
+        Returns what is not as it should be; empty is good.
+        """
+        with self._recording.step("check"):
+            found = tuple(self._lab.check())
+        self._recording.scopes.clear()
+        return found
+
+    def run(self) -> Run:
+        """What was done to the lab, as a run that is performed again in a new lab.
+
+        Writes to the objects inside, observers and own helpers are not part of it.
+        """
+        return Run(run_text(self._recording.steps, self._options))
 
     # The objects inside. What a test writes to them takes effect with the next call that settles.
 
@@ -343,14 +386,22 @@ class Lab:
         if self._closed:
             return ()
         self._lab.endPlans()
-        findings = self.findings()
+        for watch in _watches:
+            watch.closing(self)
+        self._findings = self.findings()
         self._closed = True  # observers of what ends may call this again
         try:
             self._lab.close()
         except kor.Exception:
             self._closed = False
             raise
-        return findings
+        self._recording.scopes.clear()
+        return self._findings
+
+    @property
+    def closed(self) -> bool:
+        """True after the end."""
+        return self._closed
 
     def __enter__(self) -> Lab:
         return self
@@ -366,43 +417,5 @@ class Lab:
         return "the lab has ended" if self._closed else f"{self.records()}\n{self.explain()}"
 
 
-def _argument_names(operation: str) -> list[str]:
-    signature = inspect.signature(getattr(kor.ns.PolicyMap.PolicyMapAclHelper, operation))
-    return [name for name in signature.parameters if name != "self"]
-
-
-_Method = Callable[[list[object], Callable[[], object]], object]
-
-
-def _calls_of(lab: weakref.ref[Lab],
-              helper: object) -> Callable[[str, list[object], Callable[[], object]], object]:
-    methods = {name: _method_of(lab, name, getattr(helper, name))
-               for name in kor.ns.PolicyMapTestKit.Kit().operations() if hasattr(helper, name)}
-
-    def around(operation: str, args: list[object], proceed: Callable[[], object]) -> object:
-        method = methods.get(operation)
-        return None if method is None else method(args, proceed)
-
-    return around
-
-
-def _method_of(lab: weakref.ref[Lab], operation: str, method: Any) -> _Method:
-    """A function that calls the method of the lab's helper; it keeps neither."""
-    names = _argument_names(operation)
-    parameters = inspect.signature(method).parameters.values()
-    takes_all = any(each.kind is inspect.Parameter.VAR_KEYWORD for each in parameters)
-    taken = {each.name for each in parameters}
-    for each in parameters:
-        if each.default is each.empty and each.kind in (
-                each.POSITIONAL_ONLY, each.POSITIONAL_OR_KEYWORD, each.KEYWORD_ONLY) \
-                and each.name not in (*names, "proceed"):
-            raise TypeError(f"{operation} has no argument {each.name!r}; there are: "
-                            f"{', '.join(names)}, proceed")
-
-    def call(args: list[object], proceed: Callable[[], object]) -> object:
-        owner = lab()
-        given = dict(zip(names, args)) | {"proceed": proceed}
-        return getattr(owner and owner._before, operation)(
-            **{name: value for name, value in given.items() if takes_all or name in taken})
-
-    return call
+def _before_of(lab: Lab | None) -> object:
+    return None if lab is None else lab._before

@@ -16,27 +16,26 @@ explanation of each lab, and names a replay file.
 
 from __future__ import annotations
 
-import hashlib
 import inspect
-import os
 import pathlib
-import re
-from collections.abc import Generator, Iterator
-from typing import Any
+from collections.abc import Callable, Generator, Iterator
+from typing import Any, Optional
 
 import kor
 import pytest
 
-from .faults import Capacity, Fault, FaultScope, Seconds, plan_text, seconds_of
+from .approval import Approval, ApprovedSnapshot, file_name, path_for
 from .journal import Journal, JournalEntry
-from .lab import Lab, modes_of, rules_text
+from .lab import Lab, watch_labs
+from .labs_of_test import LabsOfTest
+from .options import modes_of, options_json
 from .records import Record, Snapshot, difference
-from .runs import Run, SweepReport, run_text, sweep
+from .runs import kit
+from .sweeps import SweepReport, sweep
 
 _MODE = "policymap_mode"
 _SHARD = "policymap_shard"
 _TRACE_LINES = 500
-_JOURNAL_LINES = 200
 
 
 def pytest_addoption(parser: pytest.Parser) -> None:
@@ -50,6 +49,12 @@ def pytest_addoption(parser: pytest.Parser) -> None:
 
 
 def pytest_configure(config: pytest.Config) -> None:
+    try:
+        kit().keepTrace(config.getoption("--policymap-trace"), 1)
+        kit().keepTrace("", 0)
+    except kor.RangeException as error:
+        raise pytest.UsageError(f"--policymap-trace: {error}") from None
+    config.stash[_approval] = Approval(bool(config.getoption("--policymap-approve")))
     config.addinivalue_line("markers", "policymap(modes=None, **options): options of the labs of the "
                             'test; modes="all", or a list, runs it once in each mode')
     config.addinivalue_line("markers", "policymap_sweep(scenario=the test, shards=1, **arguments): "
@@ -98,119 +103,57 @@ def _options_of(item: pytest.Item) -> dict[str, Any]:
 
 # Labs --------------------------------------------------------------------------------------------
 
-
-class Labs:
-    """The labs of one test."""
-
-    def __init__(self, options: dict[str, Any]) -> None:
-        self._options = options
-        self.made: list[Lab] = []
-
-    def __call__(self, **options: Any) -> Lab:
-        made = RecordedLab(**(self._options | options))
-        self.made.append(made)
-        return made
-
-    def close(self) -> list[str]:
-        """Ends them; returns their findings."""
-        return [finding for lab in self.made for finding in lab.close()]
+_labs = pytest.StashKey[LabsOfTest]()
 
 
-class RecordedLab(Lab):
-    """A lab that keeps what the test does, for a replay file."""
-
-    def __init__(self, **options: Any) -> None:
-        super().__init__(**options)
-        self._steps: list[dict[str, Any]] = []
-        self._reading = "strict"
-
-    def load(self, policy_text: str) -> None:
-        super().load(policy_text)
-        self._steps.append({"step": "load", "name": "policy text", "text": policy_text})
-
-    def load_file(self, path: str | os.PathLike[str], tolerant: bool = False) -> None:
-        super().load_file(path, tolerant)
-        self._reading = "lenient" if tolerant else self._reading  # there is one for the whole run
-        self._steps.append({"step": "load", "name": os.fspath(path),
-                            "text": pathlib.Path(path).read_text(errors="replace")})
-
-    def load_rules(self, rules: str | os.PathLike[str], classes: int = 1,
-                   interfaces: int = 1) -> None:
-        super().load_rules(rules, classes, interfaces)
-        self._steps.append({"step": "rules", "name": "rules", "text": rules_text(rules),
-                            "classes": classes, "interfaces": interfaces,
-                            "portsOnAnyProtocol": False})
-
-    def inject(self, fault: str, text: str) -> None:
-        super().inject(fault, text)
-        self._steps.append({"step": "inject", "text": f"{fault}={text}"})
-
-    def plan(self, *faults: str | Fault | Capacity, **words: Any) -> FaultScope:
-        scope = super().plan(*faults, **words)
-        self._steps.append({"step": "faults", "text": plan_text(faults, words)})
-        return scope
-
-    def clear_faults(self) -> None:
-        super().clear_faults()
-        self._steps.append({"step": "clear"})
-
-    def advance(self, time: Seconds) -> None:
-        super().advance(time)
-        self._steps.append({"step": "advance", "seconds": seconds_of(time)})
-
-    def trigger(self) -> None:
-        super().trigger()
-        self._steps.append({"step": "trigger"})
-
-    def release_all(self) -> None:
-        super().release_all()
-        self._steps.append({"step": "release"})
-
-    def detach_all(self) -> None:
-        super().detach_all()
-        self._steps.append({"step": "detach"})
-
-    def attach_all(self) -> None:
-        super().attach_all()
-        self._steps.append({"step": "attach"})
-
-    def check(self) -> tuple[str, ...]:
-        found = super().check()
-        self._steps.append({"step": "check"})
-        return found
-
-    def run(self) -> Run:
-        """These steps. Writes to objects of the lab, and results that are released one by one, are
-        not among them."""
-        return Run(run_text(self._steps, self._options, self._reading))
+@pytest.hookimpl(hookwrapper=True)  # type: ignore[misc]
+def pytest_runtest_protocol(item: pytest.Item) -> Iterator[None]:
+    labs = LabsOfTest()
+    item.stash[_labs] = labs
+    kit().takeTrace()
+    kit().keepTrace(item.config.getoption("--policymap-trace"), _TRACE_LINES)
+    with watch_labs(labs):
+        yield
+    kit().keepTrace("", 0)
+    del item.stash[_labs]  # or it would keep the labs until the end of the session
 
 
-_labs = pytest.StashKey[Labs]()
-_reported = pytest.StashKey[bool]()
+@pytest.hookimpl(hookwrapper=True)  # type: ignore[misc]
+def pytest_runtest_call(item: pytest.Item) -> Iterator[None]:
+    yield
+    item.stash[_labs].in_use = False
 
 
-@pytest.fixture
-def make_lab(request: pytest.FixtureRequest) -> Generator[Labs, None, None]:
-    """Makes labs with the options of the test's marks and its own; ends them after the test."""
-    options = _options_of(request.node)
-    mode = _parameter(request.node, _MODE)
-    if mode is not None:
-        options["mode"] = mode
-    trace = request.config.getoption("--policymap-trace")
-    kit = kor.ns.PolicyMapTestKit.Kit()
-    kit.takeTrace()
-    kit.keepTrace(trace, _TRACE_LINES)
-    made = Labs(options)
-    request.node.stash[_labs] = made
-    yield made
-    kit.keepTrace("", 0)
-    findings = made.close()
-    if findings and not request.node.stash.get(_reported, False):
+@pytest.hookimpl(trylast=True)  # type: ignore[misc]
+def pytest_runtest_teardown(item: pytest.Item) -> None:
+    labs = item.stash[_labs]
+    labs.end_plans()
+    findings = labs.findings()
+    if findings and not item.stash.get(_reported, False):
         pytest.fail("findings of the lab:\n" + "\n".join(findings), pytrace=False)
 
 
 @pytest.fixture
-def lab(make_lab: Labs) -> Lab:
+def make_lab(request: pytest.FixtureRequest) -> Generator[Callable[..., Lab], None, None]:
+    """Makes labs with the options of the test's marks and its own; ends them after the test."""
+    of_marks = _options_of(request.node)
+    mode = _parameter(request.node, _MODE)
+    if mode is not None:
+        of_marks["mode"] = mode
+    options_json(of_marks)  # names the options that there are
+    made: list[Lab] = []
+
+    def make(**options: Any) -> Lab:
+        made.append(Lab(**(of_marks | options)))
+        return made[-1]
+
+    yield make
+    for each in made:
+        each.close()
+
+
+@pytest.fixture
+def lab(make_lab: Callable[..., Lab]) -> Lab:
     """A new lab."""
     return make_lab()
 
@@ -242,58 +185,28 @@ def journal(lab: Lab) -> Journal:
 
 # Reports -----------------------------------------------------------------------------------------
 
+_reported = pytest.StashKey[bool]()
+
 
 @pytest.hookimpl(hookwrapper=True)  # type: ignore[misc]
-def pytest_runtest_makereport(item: pytest.Item, call: pytest.CallInfo[None]) -> Iterator[None]:
+def pytest_runtest_makereport(item: pytest.Item) -> Iterator[None]:
     outcome: Any = yield
     report: pytest.TestReport = outcome.get_result()
-    made = item.stash.get(_labs, None)
-    if report.when == "teardown" and made is not None:
-        del item.stash[_labs]  # or it would keep the labs until the end of the session
+    labs = item.stash.get(_labs, None)
+    if report.when == "call" and report.passed:
+        item.config.stash[_approval].passed.add(_approved_path(item))
     is_sweep = item.get_closest_marker("policymap_sweep") is not None  # in labs of its own
-    if report.when == "teardown" or not report.failed or made is None or is_sweep:
+    if not report.failed or labs is None or is_sweep or item.stash.get(_reported, False):
         return
     item.stash[_reported] = True
-    for number, each in enumerate(made.made, 1):
-        title = "lab" if len(made.made) == 1 else f"lab {number}"
-        report.sections += _sections(title, each)
-        if isinstance(each, RecordedLab):
-            path = _replay_path(item, number)
-            try:
-                path.parent.mkdir(parents=True, exist_ok=True)
-                each.run().save(path)
-                replay = f"policymap-lab replay {path}"
-            except OSError as error:
-                replay = f"it cannot be written: {error}"
-            report.sections.append((f"{title}: replay", replay))
-    trace = kor.ns.PolicyMapTestKit.Kit().takeTrace()
-    if trace:
-        report.sections.append(("trace", "\n".join(trace)))
-
-
-def _sections(title: str, each: Lab) -> list[tuple[str, str]]:
-    try:
-        journal = each.journal
-        shown = str(Journal(journal[-_JOURNAL_LINES:]))
-        left_out = len(journal) - _JOURNAL_LINES
-        if left_out > 0:
-            shown = f"({left_out} earlier entries left out)\n{shown}"
-        return [(f"{title}: journal", shown), (f"{title}: explanation", str(each.explain()))]
-    except kor.Exception as error:  # the test has ended it
-        return [(f"{title}: journal", str(error))]
-
-
-def _file_name(test: str) -> str:
-    """Of a test; two tests have different ones, and each fits into a folder."""
-    name = re.sub(r"[^\w.-]+", "_", test).strip("_")
-    if re.fullmatch(r"[\w./-]+(::[\w.-]+)*(\[[\w.-]+\])?", test) and len(name) <= 120:
-        return name
-    return f"{name[:100]}-{hashlib.sha256(test.encode(errors='replace')).hexdigest()[:8]}"
-
-
-def _replay_path(item: pytest.Item, number: int) -> pathlib.Path:
     folder = pathlib.Path(item.config.getoption("--policymap-runs"))
-    return folder / f"{_file_name(item.nodeid)}-{number}.run"
+    sections = labs.sections(folder / file_name(item.nodeid))
+    report.sections += sections
+    replays: list[tuple[str, object]] = [each for each in sections if each[0].endswith("replay")]
+    report.user_properties += replays
+    item.user_properties += replays  # of the last report, from which JUnit's file has them
+    if trace := kit().takeTrace():
+        report.sections.append(("trace", "\n".join(trace)))
 
 
 def pytest_assertrepr_compare(config: pytest.Config, op: str, left: object,
@@ -313,84 +226,74 @@ def pytest_assertrepr_compare(config: pytest.Config, op: str, left: object,
 
 # Approved snapshots ------------------------------------------------------------------------------
 
-
-class ApprovedSnapshot:
-    """What `lab.records()` is compared with: a file of approved records."""
-
-    def __init__(self, path: pathlib.Path, approve: bool) -> None:
-        self.path = path
-        self._approve = approve
-
-    def __eq__(self, other: object) -> bool:
-        if not isinstance(other, Snapshot):
-            return NotImplemented
-        if self._approve:
-            self.path.parent.mkdir(parents=True, exist_ok=True)
-            self.path.write_text(other.to_json())
-            return True
-        return self.path.exists() and self._read() == other
-
-    __hash__ = None  # type: ignore[assignment]
-
-    def _read(self) -> Snapshot:
-        return Snapshot.from_json(self.path.read_text())
-
-    def explain(self, actual: Snapshot) -> list[str]:
-        if not self.path.exists():
-            return [f"there is no approved snapshot {self.path}",
-                    "look at the records, then approve them with --policymap-approve", str(actual)]
-        return [f"other records than in {self.path}, approved -> now:",
-                *difference(self._read(), actual)]
-
-    def __repr__(self) -> str:
-        return f"<approved snapshot {self.path.name}>"
-
-
-def _approved_path(item: pytest.Item) -> pathlib.Path:
-    name = _file_name(item.nodeid.partition("::")[2])
-    return item.path.parent / "__approved__" / f"{item.path.stem}.{name}.json"
+_approval = pytest.StashKey[Approval]()
+_tests = pytest.StashKey[Optional[list[pytest.Item]]]()  # None: not all tests of a file run
+_WORKER_RESULT = "policymap_unused"
 
 
 @pytest.fixture
 def approved(request: pytest.FixtureRequest) -> ApprovedSnapshot:
-    """The approved snapshot of the test: assert lab.records() == approved."""
-    approve = bool(request.config.getoption("--policymap-approve"))
-    return ApprovedSnapshot(_approved_path(request.node), approve)
+    """The approved snapshot of the test: assert lab.records() == approved.
+
+    A further one of the same test has a name: approved("after the edit").
+    """
+    return ApprovedSnapshot(_approved_path(request.node), request.config.stash[_approval])
 
 
-# The snapshots of the tests that were collected that no test has; None: not all were collected.
-_unused = pytest.StashKey[list[pathlib.Path] | None]()
+def _approved_path(item: pytest.Item) -> pathlib.Path:
+    return path_for(item.path, item.nodeid.partition("::")[2])
 
 
 def pytest_collection_finish(session: pytest.Session) -> None:
-    files = {item.path for item in session.items}
-    wanted = {_approved_path(item) for item in session.items
-              if "approved" in getattr(item, "fixturenames", ())}
-    some = any("::" in each for each in session.config.args)
-    if not some and _unused not in session.config.stash:
-        session.config.stash[_unused] = sorted(
-            path for file in files
-            for path in (file.parent / "__approved__").glob(f"{file.stem}.*.json")
-            if path not in wanted)
+    if _tests not in session.config.stash and not any("::" in each for each in session.config.args):
+        session.config.stash[_tests] = list(session.items)
 
 
 def pytest_deselected(items: list[pytest.Item]) -> None:
     for item in items[:1]:
-        item.config.stash[_unused] = None
+        item.config.stash[_tests] = None
+
+
+def _unused(config: pytest.Config) -> list[str] | None:
+    """The snapshots that no test uses; None if not all tests ran."""
+    tests = config.stash.get(_tests, None)
+    if tests is None:
+        return None
+    own = {_approved_path(each) for each in tests
+           if "approved" in getattr(each, "fixturenames", ())}
+    unused = config.stash[_approval].unused({each.path for each in tests}, own)
+    return [str(each) for each in unused]
+
+
+def pytest_sessionfinish(session: pytest.Session) -> None:
+    result = getattr(session.config, "workeroutput", None)
+    if result is not None:  # a process of pytest-xdist, each of which collects all tests
+        result[_WORKER_RESULT] = _unused(session.config)
+
+
+@pytest.hookimpl(optionalhook=True)  # type: ignore[misc]
+def pytest_testnodedown(node: Any) -> None:
+    unused = getattr(node, "workeroutput", {}).get(_WORKER_RESULT)
+    if unused is not None:
+        known = node.config.stash.get(_of_workers, None)
+        node.config.stash[_of_workers] = set(unused) & (set(unused) if known is None else known)
+
+
+_of_workers = pytest.StashKey[set[str]]()  # what none of the processes has used
 
 
 def pytest_terminal_summary(terminalreporter: Any, config: pytest.Config) -> None:
-    unused = config.stash.get(_unused, None)
+    unused = sorted(config.stash.get(_of_workers, None) or _unused(config) or ())
     if not unused:
         return
     if config.getoption("--policymap-approve"):
         for path in unused:
-            path.unlink()
+            pathlib.Path(path).unlink()
         terminalreporter.write_line(f"removed {len(unused)} unused approved snapshots")
     else:
         terminalreporter.section("unused approved snapshots")
         for path in unused:
-            terminalreporter.write_line(str(path))
+            terminalreporter.write_line(path)
 
 
 # Sweeps ------------------------------------------------------------------------------------------
@@ -405,6 +308,8 @@ def _sweep_of(item: pytest.Item, marker: pytest.Mark, scenario: Any) -> SweepRep
     arguments = dict(marker.kwargs)
     arguments.pop("scenario", None)
     shards = arguments.pop("shards", 1)
+    if (mode := _parameter(item, _MODE)) is not None:
+        arguments["modes"] = [mode]
     return sweep(scenario, shard=_parameter(item, _SHARD), shards=shards, progress=False,
                  **(_options_of(item) | arguments))
 
@@ -425,7 +330,7 @@ def pytest_pyfunc_call(pyfuncitem: pytest.Function) -> bool | None:
         raise pytest.UsageError(
             f"{pyfuncitem.nodeid}: the mark policymap_sweep needs a scenario, or a test with `lab`")
     args = {name: pyfuncitem.funcargs[name] for name in names}
-    kor.ns.PolicyMapTestKit.Kit().keepTrace("", 0)  # which would slow all cases down
+    kit().keepTrace("", 0)  # which would slow all cases down
     report = _sweep_of(pyfuncitem, marker, lambda each: pyfuncitem.obj(**(args | {"lab": each})))
     if report.failed:
         pytest.fail(str(report), pytrace=False)

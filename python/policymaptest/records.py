@@ -8,7 +8,7 @@ import html
 import json
 import re
 from collections.abc import Iterable, Iterator, Mapping, Sequence
-from typing import Any, overload
+from typing import Any, NoReturn, overload
 
 import kor
 
@@ -24,31 +24,32 @@ class Table:
         """One dictionary per row, all with the same keys, in the order of the columns."""
         raise NotImplementedError
 
+    def columns(self) -> list[str]:
+        """The keys of each row."""
+        raise NotImplementedError
+
     def to_frame(self) -> Any:
         """A pandas.DataFrame of the rows. Raises ImportError without pandas."""
         import pandas  # type: ignore[import]
 
-        return pandas.DataFrame(self.rows())
+        return pandas.DataFrame(self.rows(), columns=self.columns())
 
     def _repr_html_(self) -> str:
-        rows = self.rows()
-        if not rows:
-            return "<p>nothing</p>"
-        head = "".join(f"<th>{html.escape(name)}</th>" for name in rows[0])
+        head = "".join(f"<th>{html.escape(name)}</th>" for name in self.columns())
         body = "".join(
             "<tr>" + "".join(f"<td>{html.escape(_cell(each))}</td>" for each in row.values()) + "</tr>"
-            for row in rows)
+            for row in self.rows())
         return f"<table><thead><tr>{head}</tr></thead><tbody>{body}</tbody></table>"
 
     def __rich__(self) -> Any:
         from rich.table import Table as RichTable
+        from rich.text import Text
 
         table = RichTable()
-        rows = self.rows()
-        for name in rows[0] if rows else ["nothing"]:
+        for name in self.columns():
             table.add_column(name)
-        for row in rows:
-            table.add_row(*(_cell(each) for each in row.values()))
+        for row in self.rows():
+            table.add_row(*(Text(_cell(each)) for each in row.values()))  # a str would be markup
         return table
 
 
@@ -58,6 +59,24 @@ def _cell(value: object) -> str:
     if isinstance(value, (list, tuple)):
         return ", ".join(map(str, value))
     return str(value)
+
+
+class Actions(dict[str, int]):
+    """The values of actions by name, which do not change: {"action1": 7, "action2": 0}."""
+
+    __slots__ = ()
+
+    def _refuse(self, *args: object, **named: object) -> NoReturn:
+        raise TypeError("the actions of a record do not change")
+
+    __setitem__ = __delitem__ = __ior__ = _refuse  # type: ignore[assignment]
+    clear = pop = popitem = setdefault = update = _refuse  # type: ignore[assignment]
+
+    def __hash__(self) -> int:  # type: ignore[override]
+        return hash(frozenset(self.items()))
+
+    def __reduce__(self) -> tuple[type[Actions], tuple[dict[str, int]]]:
+        return Actions, (dict(self),)
 
 
 @dataclasses.dataclass(frozen=True)
@@ -84,15 +103,17 @@ class Rule:
     @classmethod
     def from_dict(cls, data: Mapping[str, Any]) -> Rule:
         return cls(data["class"], data["acl"], data["seq"], data["match"],
-                   {name: value for name, value in data.items() if _ACTION.fullmatch(name)},
+                   Actions((name, value) for name, value in data.items()
+                           if _ACTION.fullmatch(name)),
                    tuple(data["subRules"]))
 
     def __str__(self) -> str:
         actions = "".join(f", {name} {value}" for name, value in self.actions.items() if value)
         return f"{self.class_name} {self.name}: {self.match}{actions}"
 
-    def __hash__(self) -> int:
-        return hash((self.class_name, self.acl, self.seq, self.match))
+
+# For the names of columns.
+_NO_RULE = Rule("", "", 0, "", Actions(dict.fromkeys(("action1", "action2", "action3"), 0)), ())
 
 
 @dataclasses.dataclass(frozen=True)
@@ -146,7 +167,11 @@ class Record(Table):
         values["rules"] = tuple(map(Rule.from_dict, values["rules"]))
         return cls(**values)
 
+    def columns(self) -> list[str]:
+        return list(_NO_RULE.to_dict())
+
     def rows(self) -> list[dict[str, Any]]:
+        """One row per rule."""
         return [each.to_dict() for each in self.rules]
 
     def __str__(self) -> str:
@@ -170,8 +195,14 @@ class Snapshot(Table, Sequence[Record]):
 
     @classmethod
     def from_json(cls, text: str) -> Snapshot:
-        """What to_json() wrote."""
-        return cls(map(Record.from_dict, json.loads(text)))
+        """What to_json() wrote. Raises ValueError for anything else."""
+        data = json.loads(text)
+        try:
+            if isinstance(data, list):
+                return cls(map(Record.from_dict, data))
+            raise ValueError("expected a list of records")
+        except (LookupError, TypeError, AttributeError) as error:
+            raise ValueError(f"expected records: {error!r}") from None
 
     def to_dict(self) -> list[dict[str, Any]]:
         """One dictionary per record."""
@@ -196,6 +227,9 @@ class Snapshot(Table, Sequence[Record]):
         what = "several records" if found else "no record"
         wanted = f"{policy}/{direction}" + (f" {option}" if option else "")
         raise kor.LookupException(f"{what} of {wanted}; there are: {names or 'none'}")
+
+    def columns(self) -> list[str]:
+        return ["policy", "direction", "option", *_NO_RULE.to_dict()]
 
     def rows(self) -> list[dict[str, Any]]:
         """One row per rule."""

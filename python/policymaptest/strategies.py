@@ -167,8 +167,14 @@ def mac_matches() -> SearchStrategy[str]:
 
 
 @functools.cache
+def _need_family(family: str, families: Sequence[str]) -> None:
+    if family not in families:
+        raise ValueError(f"family: expected one of {', '.join(families)}, found {family!r}")
+
+
 def protocols(family: str = IPV4) -> SearchStrategy[str]:
     """Of an IP family: "ip" or "ipv6", "tcp", "47"."""
+    _need_family(family, (IPV4, IPV6))
     return st.one_of(st.just(_KEYWORDS[family]), st.sampled_from(_WITH_PORTS),
                      st.integers(0, 255).map(str))
 
@@ -212,6 +218,7 @@ def _mac_rules(draw: st.DrawFn) -> str:
 @functools.cache
 def rules(family: str = IPV4) -> SearchStrategy[str]:
     """A rule without its number: "permit ip any any", "deny tcp host 192.0.2.1 any eq 80"."""
+    _need_family(family, FAMILIES)
     return st.builds("{} {}".format, st.sampled_from(["permit", "deny"]),
                      _mac_rules() if family == MAC else _ip_rules(family))
 
@@ -238,6 +245,7 @@ def _rule_lists(family: str, max_rules: int) -> SearchStrategy[list[str]]:
 def access_lists(draw: st.DrawFn, name: str = "list", family: str | None = None,
                  max_rules: int = 4) -> AccessList:
     """A list of 1 to `max_rules` rules, which are numbered 10, 20, ...; by default of any family."""
+    _need_family(family or IPV4, FAMILIES)
     chosen = family or draw(st.sampled_from(FAMILIES))
     texts = draw(_rule_lists(chosen, max_rules))
     return AccessList(name, chosen, tuple((10 * place, text)

@@ -8,6 +8,7 @@
 #include "testkit/Lab.h"
 #include "testkit/Snapshot.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -56,6 +57,8 @@ struct Reference {
 // a record cannot be, by its configuration.
 [[nodiscard]] POLICYMAPTESTKIT_API std::vector<Irregularity> compare(Lab& lab,
                                                                      Reference const& reference);
+// How long the faults of a check last before they are ended, which is some tries.
+inline constexpr std::chrono::seconds whileFaultsLast{5};
 // Ends all faults of a lab with these options, and lets time pass and results arrive until all is
 // repaired.
 POLICYMAPTESTKIT_API void recover(Lab& lab, LabOptions const& options);

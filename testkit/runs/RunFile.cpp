@@ -23,6 +23,12 @@ constexpr std::array<std::pair<Reading, std::string_view>, 3> readings{
 
 // writing ---------------------------------------------------------------------------------------
 
+std::string_view nameOf(Reading reading) {
+  auto const* const found = std::find_if(readings.begin(), readings.end(),
+                                         [&](auto const& each) { return each.first == reading; });
+  return found->second;
+}
+
 void addUnusual(Json& json, std::string_view name, std::string const& text) {
   if (!text.empty()) {
     json.add(name, text);
@@ -62,6 +68,9 @@ Json jsonOf(Step const& step) {
   Json json(Json::Object{{"step", nameOf(step.kind)}});
   addUnusual(json, "name", step.name);
   addUnusual(json, "text", step.text);
+  if (step.reading) {
+    json.add("reading", nameOf(*step.reading));
+  }
   if (step.kind == Step::Kind::advance) {
     json.add("seconds", step.seconds);
   }
@@ -142,6 +151,12 @@ Step stepOf(JsonLine const& line) {
   }
   Step step{.kind = *kind, .name = line.text("name"), .text = line.text("text")};
   step.times = smallNumber(line, "times", 1);
+  if (line.has("reading")) {
+    step.reading = readingOf(line.text("reading"));
+    if (!step.reading) {
+      line.fail(0, "strict, lenient or widening as member \"reading\"");
+    }
+  }
   if (step.kind == Step::Kind::advance) {
     step.seconds = line.real("seconds");
     if (!(step.seconds >= 0 && step.seconds <= longestAdvance)) {
@@ -201,11 +216,9 @@ std::optional<Reading> readingOf(std::string_view name) {
 }
 
 void write(std::ostream& out, RunFile const& file) {
-  auto const* const reading = std::find_if(readings.begin(), readings.end(), [&](auto const& each) {
-    return each.first == file.script.reading;
-  });
   out << Json(Json::Object{{"run", version}}).text() << "\n"
-      << Json(Json::Object{{"options", jsonOf(file.script.options)}, {"reading", reading->second}})
+      << Json(Json::Object{{"options", jsonOf(file.script.options)},
+                           {"reading", nameOf(file.script.reading)}})
              .text()
       << "\n";
   for (Step const& step : file.script.steps) {

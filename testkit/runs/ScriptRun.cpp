@@ -5,14 +5,14 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
+#include <stdexcept>
 #include <utility>
 
 namespace PolicyMapTestKit {
 
 namespace {
 
-// While a fault lasts: some tries.
-constexpr std::chrono::seconds whileItLasts{5};
 constexpr std::size_t mostIrregularities = 20;
 
 std::vector<std::string>& caughtAssertions() {
@@ -51,12 +51,29 @@ void ScriptRun::perform(Step const& step) {
   somethingFails_ = somethingFails_ || step.kind == Step::Kind::inject;
   if (step.kind == Step::Kind::faults) {
     plan(parseFaultPlan(Text::SourceText("faults", step.text)));
+  } else if (step.kind == Step::Kind::end) {
+    endPlan(step.text);
   } else if (step.kind == Step::Kind::check) {
     recover();
     check(referenceOf(lab_.configuration().settings(), options_));
   } else {
     PolicyMapTestKit::perform(lab_, step, reading_);
   }
+}
+
+void ScriptRun::endPlan(std::string const& text) {
+  if (text.empty()) {
+    end();
+    return;
+  }
+  std::string const wanted = toText(parseFaultPlan(Text::SourceText("end", text)));
+  auto const found = std::find_if(begun_.rbegin(), begun_.rend(),
+                                  [&](BegunPlan const& each) { return each.text == wanted; });
+  if (found == begun_.rend()) {
+    throw std::invalid_argument("end: no such fault plan has begun: " + wanted);
+  }
+  injected_ += found->scope.met().size();
+  begun_.erase(std::next(found).base());
 }
 
 bool ScriptRun::tryTo(Step const& step) {
@@ -70,7 +87,7 @@ bool ScriptRun::tryTo(Step const& step) {
 }
 
 void ScriptRun::recover() {
-  lab_.advance(whileItLasts);
+  lab_.advance(whileFaultsLast);
   for (Irregularity& each : checkStatuses(lab_)) {
     find(std::move(each));
   }
@@ -110,14 +127,14 @@ void ScriptRun::checkCounts() {
 
 void ScriptRun::end() {
   injected_ = injected();
-  scopes_.clear();
+  begun_.clear();
   lab_.endPlans();
 }
 
 std::uint64_t ScriptRun::injected() const {
   std::uint64_t injected = injected_;
-  for (FaultScope const& scope : scopes_) {
-    injected += scope.met().size();
+  for (BegunPlan const& each : begun_) {
+    injected += each.scope.met().size();
   }
   return injected;
 }

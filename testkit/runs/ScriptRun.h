@@ -55,7 +55,7 @@ class POLICYMAPTESTKIT_API ScriptRun {
   bool tryTo(Step const& step);
 
   // Begins a plan, which lasts until recover() or end().
-  void plan(FaultPlan const& plan) { scopes_.push_back(lab_.plan(plan)); }
+  void plan(FaultPlan const& plan) { begun_.push_back({toText(plan), lab_.plan(plan)}); }
   // Ends all faults, and lets time pass until all is repaired.
   void recover();
   // What differs from the reference is irregular.
@@ -75,6 +75,12 @@ class POLICYMAPTESTKIT_API ScriptRun {
   [[nodiscard]] std::vector<Irregularity> irregularities() const;
 
  private:
+  struct BegunPlan {
+    std::string text;
+    FaultScope scope;
+  };
+
+  void endPlan(std::string const& text);
   void checkCounts();
 
   // While it exists, findings of labs are only kept.
@@ -94,7 +100,7 @@ class POLICYMAPTESTKIT_API ScriptRun {
   Text::Reading reading_;
   Lab lab_;
   StatusWatch watch_;
-  std::vector<FaultScope> scopes_;
+  std::vector<BegunPlan> begun_;
   std::uint64_t injected_ = 0;   // by plans that have ended
   bool somethingFails_ = false;  // because of a plan of the options, or an error attribute
   std::map<std::string, Record> records_;  // by name, at the check before

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -15,11 +16,12 @@ namespace {
 
 using StepKind = Step::Kind;
 
-constexpr std::array<std::pair<StepKind, std::string_view>, 11> stepKinds{{
+constexpr std::array<std::pair<StepKind, std::string_view>, 12> stepKinds{{
     {StepKind::load, "load"},
     {StepKind::rules, "rules"},
     {StepKind::inject, "inject"},
     {StepKind::faults, "faults"},
+    {StepKind::end, "end"},
     {StepKind::clear, "clear"},
     {StepKind::advance, "advance"},
     {StepKind::trigger, "trigger"},
@@ -46,6 +48,19 @@ void loadRules(Lab& lab, Step const& step) {
   lab.load(set, step.layout);
 }
 
+void release(Lab& lab, std::string const& number) {
+  if (number.empty()) {
+    lab.releaseAll();
+    return;
+  }
+  std::uint64_t value = 0;
+  auto const [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
+  if (error != std::errc() || end != number.data() + number.size()) {
+    throw std::invalid_argument("release: expected a number, found '" + number + "'");
+  }
+  lab.release(value);
+}
+
 // Of policy text that are not empty.
 std::size_t linesOf(Step const& step) {
   if (step.kind != StepKind::load) {
@@ -64,7 +79,9 @@ std::size_t linesOf(Step const& step) {
 
 void perform(Lab& lab, Step const& step, Text::Reading reading) {
   switch (step.kind) {
-  case StepKind::load: lab.load(Text::SourceText(step.name, step.text), reading); break;
+  case StepKind::load:
+    lab.load(Text::SourceText(step.name, step.text), step.reading.value_or(reading));
+    break;
   case StepKind::rules: loadRules(lab, step); break;
   case StepKind::inject: injectText(lab, step.text); break;
   case StepKind::clear: lab.clearFaults(); break;
@@ -74,10 +91,11 @@ void perform(Lab& lab, Step const& step, Text::Reading reading) {
       lab.trigger();
     }
     break;
-  case StepKind::release: lab.releaseAll(); break;
+  case StepKind::release: release(lab, step.text); break;
   case StepKind::detach: lab.detachAll(); break;
   case StepKind::attach: lab.attachAll(); break;
   case StepKind::faults:
+  case StepKind::end:
   case StepKind::check:
     throw std::invalid_argument(std::string(nameOf(step.kind)) + " is a step of a ScriptRun");
   }
@@ -103,6 +121,12 @@ std::string toText(Step const& step) {
   case StepKind::rules: text << " " << step.name; break;
   case StepKind::inject:
   case StepKind::faults: text << " " << step.text; break;
+  case StepKind::end:
+  case StepKind::release:
+    if (!step.text.empty()) {
+      text << " " << step.text;
+    }
+    break;
   case StepKind::advance: text << " " << step.seconds; break;
   case StepKind::trigger:
     if (step.times != 1) {

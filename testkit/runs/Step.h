@@ -25,11 +25,12 @@ struct POLICYMAPTESTKIT_API Step {
     load,     // policy text, as an edit of what is configured
     rules,    // a filter set, in place of what is configured
     inject,   // sets an error attribute of the helper
-    faults,   // begins a fault plan, which lasts until the end of the script
+    faults,   // begins a fault plan, which lasts until it is ended, or until the end of the script
+    end,      // ends the latest fault plan with this text; without a text all plans
     clear,    // ends the effect of all faults
     advance,  // advances virtual time
     trigger,  // delivers the pending asynchronous result, `times` times
-    release,  // delivers the results that are held
+    release,  // delivers the held result of the number that is the text; without a text all
     check,    // ends all faults, lets time pass, and compares with a new lab; see Recovery.h
     detach,   // takes everything away from the interfaces
     attach,   // puts it back
@@ -38,8 +39,10 @@ struct POLICYMAPTESTKIT_API Step {
   Kind kind = Kind::check;
   // Of the file that was loaded.
   std::string name = {};
-  // The content of the file; "NAME=TEXT" of an error attribute; the fault plan.
+  // The content of the file; "NAME=TEXT" of an error attribute; the fault plan; a number.
   std::string text = {};
+  // Of policy text; none: that of the script.
+  std::optional<Text::Reading> reading = {};
   double seconds = 0;
   std::uint32_t times = 1;
   FilterLayout layout = {};
@@ -55,8 +58,9 @@ struct POLICYMAPTESTKIT_API Step {
   bool operator==(Step const&) const = default;
 };
 
-// Performs a step other than `faults` and `check`, for which a ScriptRun is needed and which throw
-// std::invalid_argument. Throws Text::InputError for policy text or a filter set that is invalid.
+// Performs a step other than `faults`, `end` and `check`, for which a ScriptRun is needed and which
+// throw std::invalid_argument. Throws Text::InputError for policy text or a filter set that is
+// invalid, and std::out_of_range for a result that is not held.
 POLICYMAPTESTKIT_API void perform(Lab& lab, Step const& step, Text::Reading reading);
 
 // "load edge.cfg", "advance 5", "check".

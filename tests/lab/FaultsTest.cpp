@@ -270,8 +270,13 @@ TEST(Faults, AStepThatIsNotUnderstoodSaysWhatIsExpected) {
     return std::string("no error");
   };
   EXPECT_EQ(errorOf("wait"),
-            "expected clear, trigger, trigger N, release, inject NAME=TEXT, faults "
-            "PLAN, load FILE, check, detach or attach, found 'wait'");
+            "expected clear, trigger, trigger N, release, release N, inject NAME=TEXT, faults "
+            "PLAN, end, end PLAN, load FILE, check, detach or attach, found 'wait'");
+  EXPECT_EQ(errorOf("release x"), "release: N must be a number, found 'x'");
+  EXPECT_EQ(errorOf("release 2"), "no error");
+  EXPECT_EQ(errorOf("end"), "no error");
+  EXPECT_EQ(errorOf("end addRule nth=3"), "no error");
+  EXPECT_THAT(errorOf("end jump"), testing::StartsWith("end:1:1: expected "));
   EXPECT_EQ(errorOf("trigger 0"), "trigger: N must be 1 to 1000000, found '0'");
   EXPECT_THAT(errorOf("inject x=y"),
               testing::StartsWith("inject: expected NAME=TEXT with one of createError, "));

@@ -5,7 +5,9 @@ import collections.abc
 import copy
 import enum
 import gc
+import importlib
 import inspect
+import json
 import pickle
 import weakref
 
@@ -347,6 +349,15 @@ def test_a_text_that_is_no_value_is_refused():
     assert kor.parse("[1, 'a', True, None]") == [1, "a", True, None]
 
 
+def test_copies_of_values_are_independent():
+    rule = kor.ns.Acl.IpRuleConfig()
+    for again in (copy.copy(rule), copy.deepcopy(rule)):
+        again.permit = False
+        assert rule.permit and again != rule
+    key = policy_key()
+    assert copy.copy(key) is key
+
+
 def test_objects_are_neither_copied_nor_pickled(helper):
     for attempt in (pickle.dumps, copy.deepcopy, copy.copy):
         with pytest.raises(TypeError, match="is an object"):
@@ -432,6 +443,96 @@ def test_a_lab_by_name():
     assert [each.aclName for each in record.ruleAction1] == ["web"]
     with pytest.raises(kor.Exception):
         lab.load("no such line")
+
+
+# What Python gives -------------------------------------------------------------------------------
+
+
+@pytest.mark.parametrize("wrong, kind, name, text", [
+    (lambda h: h.hwInit(x=1), kor.UnknownArgException, "x",
+     "x: hwInit has no such argument; there are: none"),
+    (lambda h: h.addRule(kex=1), kor.UnknownArgException, "kex",
+     "kex: addRule has no such argument; there are: key, subRule, policyCommonData, "
+     "classCommonData"),
+    (lambda h: h.addRule(None, key=None), kor.UnknownArgException, "key", "key: is given twice"),
+    (lambda h: h.addRule(object), kor.TypeException, "key", None),
+    (lambda h: h.addRule(b"x"), kor.TypeException, "key", "key: expected a number, a text, a list, "
+     "a function, or an object or value of the framework; found b'x'"),
+    (lambda h: setattr(h, "commitError", b"x"), kor.TypeException, "commitError", None),
+    (lambda h: setattr(h, "commitError", 2 ** 80), kor.RangeException, "commitError",
+     f"commitError: expected a number of 64 bits, found {2 ** 80}"),
+    (lambda h: kor.type(3), kor.TypeException, None, "name of a type: expected a text, found 3"),
+    (lambda h: kor.new(3), kor.TypeException, None, "name of a type: expected a text, found 3"),
+    (lambda h: kor.attribute_op(h, -1, 0), kor.RangeException, None,
+     "id: expected 0 to 4294967295, found -1"),
+    (lambda h: kor.attribute_op(h, 1, 2 ** 32), kor.RangeException, None, None),
+    (lambda h: kor.attribute_op(h, "commitError", 0), kor.TypeException, None,
+     "id: expected a number, found 'commitError'"),
+])
+def test_what_is_given_is_refused_by_name(helper, wrong, kind, name, text):
+    with pytest.raises(kind) as raised:
+        wrong(helper)
+    assert raised.value.name == name
+    assert text in (None, str(raised.value))
+
+
+@pytest.mark.parametrize("value", [
+    lambda: kor.ns.Vorel.IntfId("Ethernet1"), lambda: kor.ns.Vorel.IntfId("Ethernet3/1.7"),
+    lambda: kor.ns.Acl.IpAddressMatch("10.0.0.0/8"), lambda: kor.ns.Ip6.Address("2001:db8::1"),
+    lambda: kor.ns.Acl.MacAddressMatch("any"), lambda: kor.ns.Zub.UniqueId("u7"),
+    lambda: kor.ns.PolicyMap.PolicyMapSmKey("it's \\xff \n \udcff\udcfe ÿ", "\\"),
+    lambda: kor.ns.Acl.IpRuleConfig()])
+def test_values_evaluate_back(value):
+    made = value()
+    assert repr(made).startswith(f"Value('{type(made)._kor_type['name']}', ** {{")
+    again = eval(repr(made), {"Value": kor.Value})
+    assert again == made and type(again) is type(made)
+
+
+def test_an_error_text_may_have_other_bytes():
+    with pytest.raises(kor.RangeException, match=r"\\xff"):
+        kor.ns.Vorel.IntfId("\udcff")
+
+
+def test_classes_are_imported_and_pickled():
+    from kor.ns.PolicyMapTest import AclHelper
+    from kor.ns import PolicyMap as core
+
+    assert AclHelper is kor.type("PolicyMapTest::AclHelper")
+    assert core.ClassMapMatchOption is kor.ns.PolicyMap.ClassMapMatchOption
+    assert pickle.loads(pickle.dumps(AclHelper)) is AclHelper
+    assert pickle.loads(pickle.dumps(core.ClassMapMatchOption)) is core.ClassMapMatchOption
+    with pytest.raises(ImportError):
+        importlib.import_module("kor.ns.Nothing")
+    with pytest.raises(ImportError):
+        from kor.ns.PolicyMap import Nothing  # noqa: F401
+
+
+def test_types_have_no_subclasses_in_python():
+    with pytest.raises(TypeError, match="AclHelper has no subclasses in Python"):
+        class Own(kor.ns.PolicyMapTest.AclHelper):
+            pass
+    with pytest.raises(TypeError, match="Object has no subclasses in Python"):
+        class Other(kor.Object):
+            pass
+
+
+@pytest.mark.parametrize("cause", [
+    FileNotFoundError(2, "no such file", "edge.cfg"), KeyError("web"), ValueError("a", 1),
+    UnicodeDecodeError("utf-8", b"x", 0, 1, "no"), json.JSONDecodeError("bad", "text", 2)])
+def test_what_an_observer_raises_keeps_its_content(helper, cause):
+    def fails(value):
+        raise cause
+
+    with kor.observe(helper, "commitError", fails):
+        with pytest.raises(type(cause)) as raised:
+            helper.commitError = "full"
+    again = pickle.loads(pickle.dumps(raised.value))
+    for error in (raised.value, again):
+        assert isinstance(error, kor.CallbackException) and isinstance(error, type(cause))
+        assert str(error) == str(cause) and error.args == cause.args
+        assert getattr(error, "filename", None) == getattr(cause, "filename", None)
+        assert getattr(error, "pos", None) == getattr(cause, "pos", None)
 
 
 # Depth, names and pickles ------------------------------------------------------------------------

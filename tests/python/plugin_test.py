@@ -2,7 +2,9 @@
 """The pytest plugin, in sessions of its own."""
 
 import json
+import os
 import pathlib
+import subprocess
 
 import policymaptest as pmt
 import pytest
@@ -87,9 +89,116 @@ def test_fails(lab):
     assert "table full" in {each.error for each in replayed.journal}
 
 
+LAB = pathlib.Path(os.environ["BUILD_DIR"], "bin", "policymap-lab")
+
+
+def test_a_replay_file_repeats_what_the_test_did(run, pytester):
+    result = run("""
+def test_fails(make_lab):
+    lab = make_lab(asynchronous=True, async_delay=0.5)
+    with lab.plan("addRule nth=1"):
+        lab.load(POLICY)
+        lab.advance(5)
+    with pytest.raises(ValueError):
+        lab.load("nonsense")
+    lab.plan("addRule nth=99")
+    assert lab.check()
+""", "--junit-xml=junit.xml")
+    result.assert_outcomes(failed=1)
+    (file,) = pytester.path.glob(".policymap-runs/*.run")
+    done = subprocess.run([LAB, "replay", file], capture_output=True, text=True)
+    assert done.returncode == 0 and done.stdout.splitlines()[-1].startswith("the same: 6 steps, ")
+    assert "it does not do all" not in result.stdout.str()
+    assert f'name="lab: replay" value="policymap-lab replay .policymap-runs/{file.name}"' in (
+        pytester.path / "junit.xml").read_text()
+
+
+def test_a_replay_file_that_does_not_do_all_says_so(run, pytester):
+    result = run("""
+class Refuses:
+    def addRule(self):
+        return "no"
+
+def test_fails(lab):
+    lab.before_helper(Refuses())
+    lab.load(POLICY)
+    assert False
+""")
+    result.assert_outcomes(failed=1)
+    result.stdout.fnmatch_lines(["policymap-lab replay *", "it does not do all that the test did, *",
+                                 "  4 t=0 addRule edge/input ipv4 * -> no"])
+    (file,) = pytester.path.glob(".policymap-runs/*.run")
+    assert subprocess.run([LAB, "replay", file], capture_output=True).returncode == 0
+
+
 def test_a_passed_test_leaves_nothing(run, pytester):
     run("def test_passes(lab):\n    lab.load(POLICY)\n").assert_outcomes(passed=1)
     assert not list(pytester.path.glob(".policymap-runs/*"))
+
+
+@pytest.mark.parametrize("body", [
+    "with make_lab() as lab:\n        lab.plan('addRule nth=9')",
+    "lab = make_lab()\n    lab.plan('addRule nth=9')\n    lab.close()",
+    "lab = pmt.Lab()\n    lab.plan('addRule nth=9')",
+    "lab = pmt.Lab()\n    with lab.plan('addRule nth=9'):\n        lab.load(POLICY)",
+    "[pmt.Lab().plan('addRule nth=9') for _ in range(1)]\n    [pmt.Lab() for _ in range(30)]",
+])
+def test_findings_of_every_lab_fail_a_test(run, pytester, body):
+    result = run(f"""
+import policymaptest as pmt
+
+def test_unmet(make_lab):
+    {body}
+
+def test_after(lab):
+    pass
+""")
+    result.assert_outcomes(passed=2, errors=1)
+    result.stdout.fnmatch_lines(["*ERROR at teardown of test_unmet*", "*unmet fault: addRule nth=9:*"])
+
+
+def test_findings_at_the_end_are_reported_like_a_failure(run, pytester):
+    result = run("""
+def test_unmet(lab):
+    lab.load(POLICY)
+    lab.plan("addRule nth=9")
+""")
+    result.stdout.fnmatch_lines(["findings of the lab:", "*- lab: journal -*", "*addRule edge/input*",
+                                 "*- lab: explanation -*", "*programmed at Ethernet1*",
+                                 "policymap-lab replay *"])
+    (file,) = pytester.path.glob(".policymap-runs/*.run")
+    assert "unmet fault" in pmt.Run(file.read_text()).findings[0]
+
+
+def test_labs_that_the_test_has_closed_are_reported(run):
+    result = run("""
+import policymaptest as pmt
+
+def test_fails():
+    with pmt.Lab() as lab:
+        lab.load(POLICY)
+    assert False
+""")
+    result.assert_outcomes(failed=1)
+    result.stdout.fnmatch_lines(["*- lab: journal -*", "*addRule edge/input*",
+                                 "*- lab: explanation -*", "*programmed at Ethernet1*",
+                                 "*- lab: replay -*"])
+
+
+def test_labs_of_other_fixtures_go_on(run):
+    run("""
+import policymaptest as pmt
+
+@pytest.fixture(scope="module")
+def shared():
+    with pmt.Lab() as lab:
+        yield lab
+
+@pytest.mark.parametrize("number", [1, 2])
+def test_shared(shared, number):
+    shared.load(POLICY)
+    assert len(shared.journal.calls("addRule")) == 1
+""").assert_outcomes(passed=2)
 
 
 def test_findings_fail_a_test_that_does_not_take_them(run):
@@ -330,3 +439,80 @@ def test_a_scenario_has_a_name(run):
 def test_it(shard_report):
     assert not shard_report.failed
 """).assert_outcomes(passed=2)
+
+
+# Approved snapshots ------------------------------------------------------------------------------
+
+
+SEVERAL = """
+def test_it(lab, approved):
+    lab.load(POLICY)
+    assert lab.records() == approved
+    lab.load("policy-map edge\\n class web\\n  set action1 8")
+    assert lab.records() == approved{name}
+"""
+
+
+def test_a_test_compares_several_snapshots_by_name(run, pytester):
+    result = run(SEVERAL.format(name=""), "--policymap-approve")
+    result.assert_outcomes(failed=1)
+    result.stdout.fnmatch_lines(["*test_it.test_it.json: the test compares different records with it; "
+                                 "give the others names, *"])
+    run(SEVERAL.format(name="('after')"), "--policymap-approve").assert_outcomes(passed=1)
+    names = sorted(each.name for each in pytester.path.glob("__approved__/*"))
+    assert names == ["test_it.test_it.json", "test_it.test_it~after.json"]
+    result = run(SEVERAL.format(name="('after')"))
+    result.assert_outcomes(passed=1)
+    assert "unused approved" not in result.stdout.str()
+    result = run(SEVERAL.format(name="('later')"))
+    result.assert_outcomes(failed=1)
+    assert "unused approved" not in result.stdout.str()  # the test did not come to its end
+    run(SEVERAL.format(name="('later')"), "--policymap-approve").assert_outcomes(passed=1)
+    names = sorted(each.name for each in pytester.path.glob("__approved__/*"))
+    assert names == ["test_it.test_it.json", "test_it.test_it~later.json"]
+
+
+@pytest.mark.parametrize("args", [(), ("-n", "2")])
+def test_unused_snapshots_are_named(run, pytester, args):
+    folder = pytester.path / "__approved__"
+    folder.mkdir()
+    for name in ("test_it.test_gone.json", "test_lost.test_it.json", "test_other.test_it.json"):
+        (folder / name).write_text("[]")
+    (pytester.path / "test_other.py").write_text("def test_it(approved):\n    pass\n")
+    source = "def test_it(lab, approved):\n    pass\n"
+    result = run(source, *args)
+    result.assert_outcomes(passed=2)
+    result.stdout.fnmatch_lines(["*unused approved snapshots*", "*test_it.test_gone.json",
+                                 "*test_lost.test_it.json"])
+    assert "test_other.test_it.json" not in result.stdout.str()
+    run(source, "--policymap-approve", *args)
+    assert [each.name for each in folder.iterdir()] == ["test_other.test_it.json"]
+
+
+def test_a_damaged_snapshot_is_named(run, pytester):
+    folder = pytester.path / "__approved__"
+    folder.mkdir()
+    for content in ("{", "{}", "[1]", '[{"policy": 1}]'):
+        (folder / "test_it.test_it.json").write_text(content)
+        result = run("""
+def test_it(lab, approved):
+    assert lab.records() == approved
+""")
+        result.assert_outcomes(failed=1)
+        result.stdout.fnmatch_lines(["*test_it.test_it.json is no snapshot: *"])
+
+
+def test_an_unapproved_snapshot_is_shown_in_lines(run):
+    result = run("""
+def test_it(lab, approved):
+    lab.load(POLICY)
+    assert lab.records() == approved
+""")
+    result.stdout.fnmatch_lines(["E *edge/input ipv4: created at Ethernet1",
+                                 "E *web web 10: permit tcp any any eq 80, action1 7"])
+
+
+def test_a_wrong_trace_is_an_error_of_the_command_line(run):
+    result = run("def test_it(lab):\n    pass\n", "--policymap-trace=bogus/level")
+    assert result.ret == 4
+    result.stderr.fnmatch_lines(["*--policymap-trace: *bogus/level*"])

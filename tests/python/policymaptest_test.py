@@ -4,7 +4,9 @@
 import copy
 import datetime
 import gc
+import inspect
 import json
+import os
 import pathlib
 import pickle
 import subprocess
@@ -73,7 +75,7 @@ def test_bad_input_is_a_value_error_and_changes_nothing(lab):
         lab.inject("comitError", "full")
     with pytest.raises(ValueError):
         lab.advance(-1)
-    with pytest.raises(TypeError, match="no such option: update_actions; there are: .*update_action"):
+    with pytest.raises(TypeError, match="unexpected keyword argument .update_actions."):
         pmt.Lab(update_actions=True)
     with pytest.raises(TypeError, match="update_action: expected True or False, found 'no'"):
         pmt.Lab(update_action="no")
@@ -101,7 +103,7 @@ def test_records_are_shown_as_tables(lab):
     page = records._repr_html_()
     assert page.count("<tr>") == 3 and "permit tcp any any eq 443" in page
     assert "&lt;" in pmt.Journal([pmt.JournalEntry(1, 0, "call", "<b>")])._repr_html_()
-    assert pmt.Snapshot()._repr_html_() == "<p>nothing</p>"
+    assert "<th>match</th>" in pmt.Snapshot()._repr_html_()
     assert "web web 10: permit tcp any any eq 80, action1 7" in str(records)
 
 
@@ -184,6 +186,8 @@ def test_a_lab_ends_once(lab):
     lab.load(POLICY)
     lab.plan("addRule nth=9")
     assert len(lab.close()) == 1 and lab.close() == ()
+    assert lab.closed and len(lab.findings()) == 1
+    assert len(lab.take_findings()) == 1 and lab.findings() == ()
     with pytest.raises(ValueError, match="the lab has ended"):
         lab.settle()
     assert repr(lab) == "<Lab: ended>"
@@ -235,6 +239,8 @@ def test_a_plan_tells_what_it_has_met(lab):
 def test_faults_are_values_with_a_text_that_labs_understand(lab, fault, text):
     assert str(fault) == text
     lab.plan(fault)
+    lab.end_plans()
+    lab.take_findings()  # it was not met
     assert pickle.loads(pickle.dumps(fault)) == fault
 
 
@@ -252,6 +258,8 @@ def test_a_plan_is_given_by_words_or_as_several_faults(lab):
         lab.plan("addRule", "commitPolicy", nth=3)
     with pytest.raises(ValueError):
         lab.plan("addRule", effect="hold")
+    lab.end_plans()
+    assert len(lab.take_findings()) == 3
 
 
 def test_a_plan_lasts_although_nobody_keeps_its_scope(lab):
@@ -578,7 +586,9 @@ def test_an_operation_cannot_be_carried_out_after_it_has_returned(lab):
         kept[0]()
 
 
-def test_a_lab_with_an_own_helper_is_released():
+def test_a_lab_with_an_own_helper_is_released(monkeypatch):
+    monkeypatch.setattr("policymaptest.lab._watches", [])  # the plugin keeps it until the test ends
+
     class Refers:
         pass
 
@@ -590,6 +600,144 @@ def test_a_lab_with_an_own_helper_is_released():
     del lab, helper
     gc.collect()
     assert gone() is None
+
+
+# What was done to a lab ---------------------------------------------------------------------------
+
+
+def told(journal):
+    return [(each.time, each.kind, each.operation, each.error) for each in journal
+            if each.kind in ("call", "result")]
+
+
+def test_what_was_done_is_performed_again(tmp_path):
+    lab = pmt.Lab(asynchronous=True, async_delay=0, update_action=True)
+    rules = tmp_path / "rules"
+    rules.write_text("@192.0.2.0/24 0.0.0.0/0 0 : 65535 80 : 80 0x06/0xff 0x0000/0x0000\n")
+    file = tmp_path / "edge.cfg"
+    file.write_text(POLICY + "\nnonsense\n")
+    lab.load_file(file, tolerant=True)
+    with lab.plan("addIntfToPolicy nth=1", "commitPolicy hold nth=2"):
+        lab.load("interface Ethernet2\n service-policy input edge")
+        lab.advance(3)
+    held = lab.plan("addIntfToPolicy hold first=2")
+    lab.load("interface Ethernet3\n service-policy input edge")
+    lab.advance(40)
+    lab.release()
+    lab.release_all()
+    held.end()
+    lab.inject("commitError", "full")
+    with pytest.raises(ValueError):
+        lab.load("nonsense")
+    lab.load(EDIT)
+    lab.clear_faults()
+    lab.detach_all()
+    lab.attach_all()
+    lab.trigger()
+    assert lab.check() == ()
+    lab.load_rules(rules)
+    lab.plan("addRule nth=99 optional")
+    lab.end_plans()
+    run = pmt.replay(lab.run())
+    assert told(run.journal) == told(lab.journal) and len(told(run.journal)) > 40
+    assert [each["step"] for each in run.steps] == [
+        "load", "faults", "load", "advance", "end", "faults", "load", "advance", "release", "release",
+        "end", "inject", "load", "clear", "detach", "attach", "trigger", "check", "rules", "faults",
+        "end"]
+    lab.take_findings()
+    lab.close()
+    assert pmt.replay(lab.run()) == run
+
+
+def test_the_refused_step_at_the_end_is_part_of_what_was_done(lab):
+    with pytest.raises(ValueError):
+        lab.load("nonsense")
+    assert [each["text"] for each in lab.run().steps] == ["nonsense"]
+    assert "expected a command" in pmt.replay(lab.run()).findings[0]
+    lab.load(POLICY)
+    assert [each["text"] for each in lab.run().steps] == [POLICY]
+
+
+def test_what_was_done_can_always_be_read_again(lab):
+    with pytest.raises(ValueError):
+        lab.load("class-map match-any \udcff\n \udcff")
+    with pytest.raises(ValueError):
+        lab.advance(-1)
+    lab.advance(2e6)
+    assert [each["step"] for each in pmt.replay(lab.run()).steps] == ["advance"]
+
+
+def test_a_watch_is_told_of_labs():
+    class Watch:
+        told = []
+
+        def made(self, lab):
+            self.told.append(("made", lab))
+
+        def closing(self, lab):
+            self.told.append(("closing", lab, lab.closed))
+
+    from policymaptest.lab import watch_labs
+
+    with watch_labs(Watch()):
+        lab = pmt.Lab()
+        pmt.sweep(POLICY, modes="synchronous")
+        lab.close()
+        lab.close()
+    pmt.Lab().close()
+    assert Watch.told == [("made", lab), ("closing", lab, False)]
+
+
+def test_the_options_are_those_of_the_kit_and_their_defaults():
+    options = inspect.signature(pmt.Lab).parameters
+    with pmt.Lab() as lab:
+        assert pmt.replay(lab.run()).text.splitlines()[1] == '{"options":{},"reading":"strict"}'
+    for name, option in options.items():
+        if isinstance(option.default, bool):
+            with pmt.Lab(**{name: not option.default}) as lab:
+                (line,) = [each for each in lab.run().text.splitlines() if '"options"' in each]
+            assert (not option.default) in json.loads(line)["options"].values(), name
+    for wrong in ({"mode": "synchronous", "asynchronous": True}, {"faults": "commitError"},
+                  {"faults": {"commitError": 3}}, {"plan": 3}, {"actions": ["a"]}):
+        with pytest.raises(TypeError, match=f"^{list(wrong)[-1]}: "):
+            pmt.Lab(**wrong)
+    pmt.Lab(plan=None, faults=None, actions=None, async_delay=None, mode=None).close()
+    with pytest.raises(TypeError, match="rules: expected a path or a text, found None"):
+        pmt.Lab().load_rules(None)
+
+
+def test_values_of_records_do_not_change(lab):
+    lab.load(POLICY)
+    rule = lab.record("edge").rule("web 10")
+    for change in (lambda: rule.actions.update(action1=9), rule.actions.clear,
+                   lambda: rule.actions.pop("action1"), lambda: rule.actions.setdefault("x", 1),
+                   lambda: rule.actions.__setitem__("action1", 9),
+                   lambda: rule.actions.__delitem__("action1"),
+                   lambda: rule.actions.__ior__({"action1": 9}), rule.actions.popitem):
+        with pytest.raises(TypeError, match="the actions of a record do not change"):
+            change()
+    assert json.dumps(rule.actions) == '{"action1": 7, "action2": 0, "action3": 0}'
+    assert rule.actions == {"action1": 7, "action2": 0, "action3": 0} == dict(rule.actions)
+    assert len({rule, rule, *lab.records()[0].rules}) == len(lab.records()[0].rules)
+    assert hash(lab.journal[-1]) == hash(lab.journal[-1]) and hash(lab.records())
+    assert pickle.loads(pickle.dumps(rule)) == rule == copy.deepcopy(rule)
+
+
+def test_tables_without_rows_have_columns(lab):
+    for table in (lab.records(), pmt.Journal()):
+        assert table.to_frame().empty and list(table.to_frame().columns) == table.columns()
+    lab.load(POLICY)
+    for table in (lab.records(), lab.records()[0], lab.journal):
+        assert all(list(row) == table.columns() for row in table.rows())
+
+
+def test_cells_are_no_markup_of_rich():
+    import rich.console
+
+    console = rich.console.Console(width=200, record=True, file=open(os.devnull, "w"))
+    with console.file:
+        console.print(pmt.Journal([pmt.JournalEntry(1, 0, "call", "[/x][red]")]))
+    assert "[/x][red]" in console.export_text()
 
 
 # Sweeps and runs ---------------------------------------------------------------------------------
@@ -637,13 +785,33 @@ def test_what_a_scenario_raises_is_raised():
     def scenario(lab):
         raise OSError("no")
 
-    with pytest.raises(OSError, match="no"):
+    with pytest.raises(OSError, match="no") as raised:
         pmt.sweep(scenario)
+    assert raised.value.__notes__ == ["in the case: without a fault"]
+
+
+def test_what_a_scenario_raises_names_the_case():
+    def scenario(lab):
+        lab.load(POLICY)
+        assert not lab.failure("edge").error, "it is not programmed"
+
+    with pytest.raises(AssertionError, match="it is not programmed") as raised:
+        pmt.sweep(scenario, modes="synchronous")
+    (note,) = raised.value.__notes__
+    assert note.startswith("in the case: synchronous createPolicy"), note
+
+
+def test_a_sweep_has_no_mode_of_its_own():
+    for option in ({"mode": "synchronous"}, {"asynchronous": True}, {"pseudo_async": False},
+                   {"async_delay": 1}):
+        with pytest.raises(TypeError, match=f"^{list(option)[0]}: the mode is given as 'modes'"):
+            pmt.sweep(POLICY, **option)
 
 
 def test_walks_are_repeatable_and_replayed(tmp_path):
     walk = pmt.walk(POLICY, seed=3, steps=30)
     assert walk == pmt.walk(POLICY, seed=3, steps=30) and walk.findings == ()
+    assert pmt.replay(walk) == walk and len(walk.journal) > 10
     assert walk != pmt.walk(POLICY, seed=4, steps=30) and len(walk.steps) > 5
     walk.save(tmp_path / "walk.run")
     assert pmt.replay(tmp_path / "walk.run").journal == pmt.replay(walk).journal
@@ -651,6 +819,20 @@ def test_walks_are_repeatable_and_replayed(tmp_path):
         walk.minimise()
     with pytest.raises(ValueError):
         pmt.walk("", steps=1)
+
+
+def test_a_long_walk_can_be_interrupted():
+    program = f"""
+import os, signal, threading
+import policymaptest as pmt
+threading.Timer(0.5, lambda: os.kill(os.getpid(), signal.SIGINT)).start()
+try:
+    pmt.walk({POLICY!r}, steps=10_000_000)
+except KeyboardInterrupt:
+    print("interrupted")
+"""
+    done = subprocess.run([sys.executable, "-c", program], text=True, capture_output=True, timeout=60)
+    assert done.stdout == "interrupted\n" and not done.stderr
 
 
 def test_explain_in_one_call(lab):

@@ -526,7 +526,7 @@ def sample(name: str) -> typing.Any:
 def as_text(name: str) -> str:
     """The text that a value of the type would be given as."""
     value = sample(name)
-    text = value.name if isinstance(value, enum.Enum) else repr(value)
+    text = value.name if isinstance(value, enum.Enum) else str(value)
     return str(ast.literal_eval(text)) if text.startswith("'") else text
 
 

@@ -138,10 +138,29 @@ std::string runText() {
   return text.str();
 }
 
+TEST(KitByName, AWalkCallsBackAfterEachStep) {
+  GenericRef const kit = construct("PolicyMapTestKit::Kit");
+  int calls = 0;
+  auto const counted = Kor::callable([&calls](Kor::GenericList const& /*args*/) {
+    ++calls;
+    return Kor::GenericValue(nullptr);
+  });
+  auto const walk = [&](Kor::Callable::Ptr const& onStep) {
+    return textOf(
+        kit.call("walk", runText(), 7, 5, Kor::Generic<Kor::Callable::Ptr>::value(onStep)));
+  };
+  EXPECT_EQ(walk(counted), walk(nullptr));
+  EXPECT_GE(calls, 5 + 5) << "the steps, and again for the journal";
+  auto const refusing = Kor::callable([](Kor::GenericList const& /*args*/) -> Kor::GenericValue {
+    throw Kor::Exception("interrupted");
+  });
+  EXPECT_THAT([&] { (void)walk(refusing); }, testing::ThrowsMessage<Kor::Exception>("interrupted"));
+}
+
 TEST(KitByName, PerformsWalksAndSweeps) {
   GenericRef const kit = construct("PolicyMapTestKit::Kit");
   EXPECT_THAT(textOf(kit.call("perform", runText())), HasSubstr("commitPolicy"));
-  EXPECT_THAT(textOf(kit.call("walk", runText(), 7, 5)), HasSubstr("step"));
+  EXPECT_THAT(textOf(kit.call("walk", runText(), 7, 5, nullptr)), HasSubstr("step"));
   GenericRef const sweep =
       kit.call("sweep", runText(), R"({"modes":["synchronous"],"shard":2,"shards":3})", nullptr);
   Kor::GenericValue const cases = sweep.call("cases");

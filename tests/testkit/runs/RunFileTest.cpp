@@ -49,6 +49,7 @@ Script everyStep() {
       {.kind = Step::Kind::inject, .text = "addRuleError=<full>"},
       Step::load("edit \"1\"", "ip access-list P\n 20 permit tcp any any eq 81\n"),
       Step::advance(2.5),
+      {.kind = Step::Kind::end, .text = "commitPolicy nth=1"},
       {.kind = Step::Kind::clear},
       {.kind = Step::Kind::release},
       Step::check(),
@@ -158,6 +159,15 @@ TEST(RunFile, KeepsTheReading) {
     file.script.reading = reading;
     EXPECT_EQ(readAgain(writtenAs(file)).script.reading, reading);
   }
+}
+
+TEST(RunFile, KeepsTheReadingOfAStep) {
+  RunFile file;
+  file.script.steps = {Step::load("a", "ip routing\n"), Step::load("b", "ip routing\n")};
+  file.script.steps[1].reading = Reading::lenient;
+  EXPECT_EQ(readAgain(writtenAs(file)).script.steps, file.script.steps);
+  EXPECT_THAT(errorOfRunLine("{\"step\":\"load\",\"reading\":\"slow\"}"),
+              StartsWith("run:3:1: expected strict, lenient or widening as member \"reading\""));
 }
 
 // What is read -------------------------------------------------------------------------

@@ -124,6 +124,31 @@ TEST(ScriptRun, CountsWhatAllPlansInject) {
   EXPECT_EQ(run.injected(), 2U);
 }
 
+TEST(ScriptRun, EndsAPlan) {
+  ScriptRun run({});
+  run.perform(Step::faults("addRule nth=7"));
+  run.perform(Step::faults("addRule  optional"));
+  run.perform(loadsSimple);
+  EXPECT_EQ(run.injected(), 1U);
+  EXPECT_THAT(run.irregularities(), IsEmpty());
+  run.perform({.kind = Step::Kind::end, .text = "addRule nth=7"});
+  EXPECT_THAT(run.irregularities(), SizeIs(1)) << "it was not met";
+  run.perform({.kind = Step::Kind::end, .text = "addRule optional"});
+  EXPECT_EQ(run.injected(), 1U) << "of the plan that has ended";
+  EXPECT_THAT(run.lab().faults(), IsEmpty());
+  EXPECT_THAT(
+      [&] { run.perform({.kind = Step::Kind::end, .text = "addRule optional"}); },
+      ThrowsMessage<std::invalid_argument>("end: no such fault plan has begun: addRule optional"));
+}
+
+TEST(ScriptRun, EndsAllPlans) {
+  ScriptRun run({.plan = parseFaultPlan("commitPolicy optional")});
+  run.perform(Step::faults("addRule optional"));
+  EXPECT_THAT(run.lab().faults(), SizeIs(2));
+  run.perform({.kind = Step::Kind::end});
+  EXPECT_THAT(run.lab().faults(), IsEmpty());
+}
+
 TEST(ScriptRun, AFaultThatIsNotMetIsFound) {
   ScriptRun run({});
   run.perform(Step::faults("addRule nth=7; commitPolicy nth=7 optional"));

@@ -22,9 +22,9 @@ using testing::SizeIs;
 using testing::ThrowsMessage;
 
 constexpr std::array stepKinds{
-    Step::Kind::load,  Step::Kind::rules,   Step::Kind::inject,  Step::Kind::faults,
-    Step::Kind::clear, Step::Kind::advance, Step::Kind::trigger, Step::Kind::release,
-    Step::Kind::check, Step::Kind::detach,  Step::Kind::attach,
+    Step::Kind::load,    Step::Kind::rules, Step::Kind::inject,  Step::Kind::faults,
+    Step::Kind::end,     Step::Kind::clear, Step::Kind::advance, Step::Kind::trigger,
+    Step::Kind::release, Step::Kind::check, Step::Kind::detach,  Step::Kind::attach,
 };
 
 void doStep(Lab& lab, Step const& step) {
@@ -49,8 +49,8 @@ TEST(Step, EachKindHasAName) {
     names.emplace_back(nameOf(kind));
     EXPECT_EQ(stepKindOf(nameOf(kind)), kind);
   }
-  EXPECT_THAT(names, ElementsAre("load", "rules", "inject", "faults", "clear", "advance", "trigger",
-                                 "release", "check", "detach", "attach"));
+  EXPECT_THAT(names, ElementsAre("load", "rules", "inject", "faults", "end", "clear", "advance",
+                                 "trigger", "release", "check", "detach", "attach"));
   EXPECT_EQ(stepKindOf("jump"), std::nullopt);
   EXPECT_EQ(stepKindOf(""), std::nullopt);
 }
@@ -65,8 +65,12 @@ TEST(Step, IsPrintedWithItsArgument) {
   EXPECT_EQ(toText(Step::advance(0.5)), "advance 0.5");
   EXPECT_EQ(toText(Step{.kind = Step::Kind::trigger}), "trigger");
   EXPECT_EQ(toText(Step{.kind = Step::Kind::trigger, .times = 3}), "trigger 3");
-  for (Step::Kind const kind : {Step::Kind::clear, Step::Kind::release, Step::Kind::check,
-                                Step::Kind::detach, Step::Kind::attach}) {
+  EXPECT_EQ(toText(Step{.kind = Step::Kind::release}), "release");
+  EXPECT_EQ(toText(Step{.kind = Step::Kind::release, .text = "2"}), "release 2");
+  EXPECT_EQ(toText(Step{.kind = Step::Kind::end}), "end");
+  EXPECT_EQ(toText(Step{.kind = Step::Kind::end, .text = "addRule"}), "end addRule");
+  for (Step::Kind const kind :
+       {Step::Kind::clear, Step::Kind::check, Step::Kind::detach, Step::Kind::attach}) {
     EXPECT_EQ(toText(Step{.kind = kind, .text = "not printed"}), nameOf(kind));
   }
 }
@@ -183,8 +187,36 @@ TEST(Step, ReleaseDeliversAllThatIsHeld) {
   EXPECT_NO_THROW(doStep(lab, {.kind = Step::Kind::release})) << "nothing is held";
 }
 
+TEST(Step, ReleaseDeliversTheResultOfItsNumber) {
+  Lab lab({.async = true, .asyncDelay = 0});
+  FaultScope const faults = lab.plan("addIntfToPolicy hold first=2");
+  load(lab, simplePolicy);
+  lab.advance(std::chrono::seconds(32));
+  ASSERT_THAT(lab.heldResults(), SizeIs(2));
+  auto const second = std::to_string(lab.heldResults()[1].number);
+  doStep(lab, {.kind = Step::Kind::release, .text = second});
+  EXPECT_THAT(lab.heldResults(), SizeIs(1));
+  EXPECT_THROW(doStep(lab, {.kind = Step::Kind::release, .text = second}), std::out_of_range);
+  for (char const* const wrong : {"second", "1x", "-1", "99999999999999999999"}) {
+    EXPECT_THROW(doStep(lab, {.kind = Step::Kind::release, .text = wrong}), std::invalid_argument);
+  }
+  EXPECT_THAT(lab.heldResults(), SizeIs(1));
+}
+
+TEST(Step, LoadHasAReadingOfItsOwn) {
+  Lab lab;
+  Step step = Step::load("edge.cfg", "unknown\nip routing\n");
+  EXPECT_THROW(perform(lab, step, Reading::strict), InputError);
+  step.reading = Reading::lenient;
+  EXPECT_NO_THROW(perform(lab, step, Reading::strict));
+  step.reading = Reading::strict;
+  EXPECT_THROW(perform(lab, step, Reading::lenient), InputError);
+}
+
 TEST(Step, FaultsAndChecksNeedARun) {
   Lab lab;
+  EXPECT_THAT([&] { doStep(lab, {.kind = Step::Kind::end}); },
+              ThrowsMessage<std::invalid_argument>("end is a step of a ScriptRun"));
   EXPECT_THAT([&] { doStep(lab, Step::faults("addRule")); },
               ThrowsMessage<std::invalid_argument>("faults is a step of a ScriptRun"));
   EXPECT_THAT([&] { doStep(lab, Step::check()); },
