@@ -5,6 +5,7 @@
 
 #include <map>
 #include <set>
+#include <utility>
 
 namespace PolicyMap {
 namespace {
@@ -67,7 +68,7 @@ PolicyProgress progress(ServicePolicySm const& machine, PolicyMapSmKey const& po
 
 std::vector<Kor::Name> classesByPriority(ServicePolicySm const& machine,
                                          PolicyMapSmKey const& policy) {
-  std::map<std::uint32_t, Kor::Name> byPriority;
+  std::set<std::pair<std::uint32_t, Kor::Name>> byPriority;  // several may have the same
   auto const config = machine.policyConfig()->policyMapConfig(Kor::Name(policy.first()));
   if (config && config->currentSubConfig()) {
     for (auto const& entry : config->currentSubConfig()->classPrioIteratorConst()) {

@@ -31,20 +31,31 @@ bool parseHexGroup(std::string_view text, std::size_t fewest, std::size_t most,
 }
 
 bool parseIp4(std::string_view text, std::uint8_t* bytes) noexcept {
-  if (std::count(text.begin(), text.end(), '.') != 3) {
-    return false;
-  }
-  for (std::size_t index = 0; index != 4; ++index) {
-    std::string_view const part = cutBefore(text, '.');
-    std::uint64_t value = 0;
+  constexpr unsigned most = 255;
+  std::size_t index = 0;
+  std::size_t digits = 0;
+  unsigned value = 0;
+  for (char const character : text) {
+    if (character == '.' && digits != 0 && index != 3) {
+      bytes[index++] = static_cast<std::uint8_t>(value);
+      digits = 0;
+      value = 0;
+      continue;
+    }
     // Elsewhere a leading zero means octal, so neither interpretation is safe.
-    bool const leadingZero = part.size() > 1 && part.front() == '0';
-    if (leadingZero || !parseNumber(part, 0, 255, value)) {
+    bool const leadingZero = digits != 0 && value == 0;
+    auto const digit = static_cast<unsigned char>(character - '0');
+    if (digit > 9 || leadingZero) {
       return false;
     }
-    bytes[index] = static_cast<std::uint8_t>(value);
+    value = value * 10 + digit;
+    if (value > most) {
+      return false;
+    }
+    ++digits;
   }
-  return true;
+  bytes[index] = static_cast<std::uint8_t>(value);
+  return index == 3 && digits != 0;
 }
 
 // Parses the groups on one side of "::" into `bytes`, at most 16. Returns -1 if they are malformed.

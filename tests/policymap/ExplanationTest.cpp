@@ -177,6 +177,19 @@ TEST_F(ExplanationTest, OfMissingObjectsByClass) {
   EXPECT_EQ(missing[1].object, "class-map e");
 }
 
+TEST_F(ExplanationTest, OfMissingObjectsOfClassesWithOnePriority) {
+  simplePolicy();
+  for (char const* const name : {"e", "d"}) {
+    policy("pm")->classPrioIs(Kor::Name(name), 10);  // that of class c
+  }
+  start();
+  settle();
+  auto const missing = of().missing;
+  ASSERT_THAT(missing, SizeIs(2));
+  EXPECT_EQ(missing[0].object, "class-map d");
+  EXPECT_EQ(missing[1].object, "class-map e");
+}
+
 TEST_F(ExplanationTest, OfInterfacesWithoutTheRightKind) {
   simplePolicy();
   detach("Ethernet1");
