@@ -24,6 +24,7 @@ enum class ExitStatus : int {
   success = 0,
   notProgrammed = 1,  // a policy could not be programmed
   badInput = 2,       // bad usage, or invalid input
+  undecided = 3,      // a search was ended before its end
 };
 
 // A combination of options that is not allowed. what() says what is required.

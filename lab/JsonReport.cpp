@@ -114,9 +114,11 @@ void printRecordJson(std::ostream& out, Record const& record, WithRules withRule
   }
   text.pop_back();
   out << text << ",\"rules\":[";
-  char const* separator = "\n";
+  std::string_view separator = "\n";
   for (RuleRecord const& rule : record.rules) {
-    out << std::exchange(separator, ",\n") << jsonOf(rule).text();
+    text = std::exchange(separator, ",\n");
+    appendJson(text, rule);
+    out << text;
   }
   out << "]}";
 }

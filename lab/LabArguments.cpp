@@ -164,6 +164,15 @@ void LabArguments::check(std::ptrdiff_t alsoReads) const {
   }
 }
 
+std::string LabArguments::takeLastInput(char const* what) {
+  if (files_.empty()) {
+    throw UsageError(std::string(what) + " is required");
+  }
+  std::string last = std::move(files_.back());
+  files_.pop_back();
+  return last;
+}
+
 std::vector<Step> LabArguments::readInputs() const {
   std::vector<Step> steps;
   for (std::string const& file : files_) {

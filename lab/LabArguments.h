@@ -34,6 +34,10 @@ class LabArguments {
   // `alsoReads` times elsewhere.
   void check(std::ptrdiff_t alsoReads) const;
 
+  // Takes the last of the files, which is another argument of the verb. Raises UsageError, with
+  // `what`, if there is none.
+  std::string takeLastInput(char const* what);
+
   // What loads the files, each as an edit of those before it, or the filter set. Raises InputError.
   [[nodiscard]] std::vector<Step> readInputs() const;
   // The first input, without its folder, for headings.

@@ -5,6 +5,7 @@
 #include "lab/GenerateVerb.h"
 #include "lab/Kit.h"
 #include "lab/MergeVerb.h"
+#include "lab/PacketVerbs.h"
 #include "lab/RunFileVerbs.h"
 #include "lab/RunVerb.h"
 #include "lab/ShellVerb.h"
@@ -73,6 +74,8 @@ std::vector<std::unique_ptr<Verb>> makeVerbs(CLI::App& program) {
   std::vector<std::unique_ptr<Verb>> verbs;
   verbs.push_back(std::make_unique<RunVerb>(program, RunVerb::Output::records));
   verbs.push_back(std::make_unique<RunVerb>(program, RunVerb::Output::explanations));
+  verbs.push_back(std::make_unique<TraceVerb>(program));
+  verbs.push_back(std::make_unique<ProveVerb>(program));
   verbs.push_back(std::make_unique<SweepVerb>(program));
   verbs.push_back(std::make_unique<MergeVerb>(program));
   verbs.push_back(std::make_unique<ExploreVerb>(program));

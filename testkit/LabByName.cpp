@@ -344,14 +344,9 @@ TextLines LabByName::rules(Kor::String const& policyMap, Kor::String const& dire
 
 TextLines LabByName::records() const {
   return linesOf(lab().snapshot(), [](Record const& record) {
-    Json json = jsonOf(record);
-    Json::Array rules;
-    rules.reserve(record.rules.size());
-    for (RuleRecord const& rule : record) {
-      rules.push_back(jsonOf(rule));
-    }
-    json.add("rules", std::move(rules));
-    return Kor::String(json.text());
+    std::string json;
+    appendJson(json, record);
+    return Kor::String(json);
   });
 }
 

@@ -2,6 +2,7 @@
 #include "testkit/RecordJson.h"
 
 #include "testkit/Printing.h"
+#include "testkit/text/JsonText.h"
 #include "testkit/text/RuleConversion.h"
 
 #include <utility>
@@ -10,20 +11,22 @@ namespace PolicyMapTestKit {
 
 using Text::Json;
 
-Json jsonOf(RuleRecord const& rule) {
-  Json::Array subRules;
-  for (PolicyMap::SubRuleData const& subRule : rule.subRules) {
-    subRules.emplace_back(describe(subRule));
-  }
-  Json json(Json::Object{{"class", rule.key.className().view()},
-                         {"acl", rule.key.aclName().view()},
-                         {"seq", rule.key.seqno()},
-                         {"match", Text::describe(rule.match)}});
+void appendJson(std::string& out, RuleRecord const& rule) {
+  Text::JsonText json(out);
+  json.open('{');
+  json.name("class").value(rule.key.className().view());
+  json.name("acl").value(rule.key.aclName().view());
+  json.name("seq").value(rule.key.seqno());
+  json.name("match").value(Text::describe(rule.match));
   for (std::size_t i = 0; i != rule.actions.size(); ++i) {
-    json.add(PolicyMapTest::testActionNames[i], rule.actions[i]);
+    json.name(PolicyMapTest::testActionNames[i]).value(rule.actions[i]);
   }
-  json.add("subRules", std::move(subRules));
-  return json;
+  json.name("subRules").open('[');
+  for (PolicyMap::SubRuleData const& subRule : rule.subRules) {
+    json.value(describe(subRule));
+  }
+  json.close(']');
+  json.close('}');
 }
 
 Json jsonOf(std::vector<Vorel::IntfId> const& intfs) {
@@ -47,6 +50,20 @@ Json jsonOf(Record const& record) {
                       {"interfaces", jsonOf(record.interfaces)},
                       {"ruleCount", record.ruleCount},
                       {"subRuleCount", record.subRuleCount}};
+}
+
+void appendJson(std::string& out, Record const& record) {
+  out += jsonOf(record).text();
+  out.back() = ',';  // in place of the closing brace
+  out += "\"rules\":[";
+  for (RuleRecord const& rule : record) {
+    appendJson(out, rule);
+    out += ',';
+  }
+  if (out.back() == ',') {
+    out.pop_back();
+  }
+  out += "]}";
 }
 
 Json jsonOf(FaultState const& state) {

@@ -8,14 +8,18 @@
 #include "testkit/faults/ActivePlan.h"
 #include "testkit/text/Json.h"
 
+#include <string>
 #include <vector>
 
 namespace PolicyMapTestKit {
 
-// "class", "acl", "seq", "match", the actions and "subRules".
-[[nodiscard]] POLICYMAPTESTKIT_API Text::Json jsonOf(RuleRecord const& rule);
-// Without the rules, which are many.
+// "class", "acl", "seq", "match", the actions and "subRules". Rules are many, so they are written
+// without a tree of values.
+POLICYMAPTESTKIT_API void appendJson(std::string& out, RuleRecord const& rule);
+// Without the rules.
 [[nodiscard]] POLICYMAPTESTKIT_API Text::Json jsonOf(Record const& record);
+// With the member "rules", an array.
+POLICYMAPTESTKIT_API void appendJson(std::string& out, Record const& record);
 // The names.
 [[nodiscard]] POLICYMAPTESTKIT_API Text::Json jsonOf(std::vector<Vorel::IntfId> const& intfs);
 // "fault", "selected" and "met", the calls that were hit.

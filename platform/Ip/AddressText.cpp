@@ -43,11 +43,13 @@ std::string_view cut(std::string_view& text, char separator) {
 // IPv4
 
 std::string ipText(std::span<std::uint8_t const> bytes) {
-  std::string text;
+  std::array<char, 4 * ipSize> text{};
+  char* end = text.data();
   for (std::uint8_t const byte : bytes) {
-    text.append(text.empty() ? "" : ".").append(std::to_string(byte));
+    end = std::to_chars(end, text.data() + text.size(), byte).ptr;
+    *end++ = '.';
   }
-  return text;
+  return {text.data(), end - 1};
 }
 
 bool readIp(std::string_view text, std::span<std::uint8_t> bytes) {

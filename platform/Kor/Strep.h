@@ -224,18 +224,19 @@ void appendAttribute(std::string& to, T const& value) {
 
 template <ValueWithFields T>
 String valueToStrep(T const& value) {
+  using namespace std::string_view_literals;  // of which the length is known
   std::string text;
   text.reserve(256);
-  text.append("Value('").append(T::korTypeName).append("', ** {");
-  std::string_view separator;
+  text.append("Value('"sv).append(T::korTypeName).append("', ** {"sv);
+  std::string_view before = "'";
   auto const print = [&](auto const& field) {
-    text.append(separator).append("'").append(field.name).append("': ");
+    text.append(before).append(field.name).append("': "sv);
     appendAttribute(text, (value.*field.get)());
-    separator = ", ";
+    before = ", '";
   };
   static constexpr auto all = T::korFields();
   std::apply([&](auto const&... fields) { (print(fields), ...); }, all);
-  text.append("})");
+  text.append("})"sv);
   return text;
 }
 

@@ -32,13 +32,9 @@ Json jsonOfFaults(Lab const& lab) {
 Json jsonOfRecords(Lab const& lab) {
   Json::Array records;
   lab.forEachRecord(WithRules::yes, [&](Record const& record) {
-    Json json = jsonOf(record);
-    Json::Array rules;
-    for (RuleRecord const& rule : record) {
-      rules.push_back(jsonOf(rule));
-    }
-    json.add("rules", std::move(rules));
-    records.push_back(std::move(json));
+    std::string json;
+    appendJson(json, record);
+    records.push_back(Json::parse(json));
   });
   return records;
 }

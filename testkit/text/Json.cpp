@@ -2,6 +2,7 @@
 #include "testkit/text/Json.h"
 
 #include "testkit/text/JsonEscapes.h"
+#include "testkit/text/JsonText.h"
 #include "testkit/text/Utf8.h"
 
 #include <algorithm>
@@ -27,15 +28,22 @@ void writeControl(std::string& out, char character) {
   out += {'\\', 'u', '0', '0', hexDigits[byte >> 4U], hexDigits[byte & 0xfU]};
 }
 
-bool isPlain(char c) {
-  return c >= ' ' && c <= '~' && c != '"' && c != '\\';
-}
+// Of characters that are written as they are.
+constexpr std::array<bool, 256> plainCharacters = [] {
+  std::array<bool, 256> plain{};
+  for (std::size_t c = ' '; c <= '~'; ++c) {
+    plain[c] = c != '"' && c != '\\';
+  }
+  return plain;
+}();
 
 void writeString(std::string& out, std::string_view text) {
   out += '"';
   while (!text.empty()) {
-    auto const plain = static_cast<std::size_t>(
-        std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
+    std::size_t plain = 0;
+    while (plain != text.size() && plainCharacters[static_cast<unsigned char>(text[plain])]) {
+      ++plain;
+    }
     out += text.substr(0, plain);
     text.remove_prefix(plain);
     if (text.empty()) {
@@ -53,6 +61,11 @@ void writeString(std::string& out, std::string_view text) {
     text.remove_prefix(size);
   }
   out += '"';
+}
+
+void writeNumber(std::string& out, std::uint64_t value) {
+  std::array<char, 20> digits{};
+  out.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
 }
 
 // The shortest text that is read as the same number, with a fraction or an exponent.
@@ -83,7 +96,7 @@ class JsonWriter {
     if (auto const* const text = json.as<std::string>()) {
       writeString(out_, *text);
     } else if (auto const* const whole = json.as<std::uint64_t>()) {
-      out_ += std::to_string(*whole);
+      writeNumber(out_, *whole);
     } else if (auto const* const number = json.as<double>()) {
       writeNumber(out_, *number);
     } else if (auto const* const boolean = json.as<bool>()) {
@@ -131,6 +144,16 @@ class JsonWriter {
 };
 
 }  // namespace
+
+void JsonText::value(std::string_view text) {
+  separate();
+  writeString(out_, text);
+}
+
+void JsonText::value(std::uint64_t number) {
+  separate();
+  writeNumber(out_, number);
+}
 
 JsonError::JsonError(std::string expected, std::size_t offset)
     : std::runtime_error("expected " + expected + ", at byte " + std::to_string(offset + 1)),
