@@ -43,7 +43,8 @@ std::string textOf(std::int64_t classes, std::int64_t intfs, Kind kind) {
       lists += isLast && kind == Kind::refused ? " deny" : " permit";
       lists += " tcp any any eq " + std::to_string(rule + 1) + "\n";
     }
-    maps += "class-map match-any " + name + "\n match access-group " + name + "\n";
+    maps.append("class-map match-any ").append(name);
+    maps.append("\n match access-group ").append(name).append("\n");
     if (kind == Kind::dualStack) {
       lists += "ipv6 access-list " + name + "\n permit tcp any any eq 1\n";
       maps += " match ipv6 access-group " + name + "\n";
