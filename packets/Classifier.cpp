@@ -106,7 +106,7 @@ Verdict decidesIn(Condition const& condition, Candidate const& candidate, std::s
   return both.verdict();
 }
 
-// Of `all`, the first part stands for all of them.
+// All parts of `all` match a packet that it takes, so those of the first one are enough.
 void addCandidates(Condition const& condition, Candidate& at, std::vector<Candidate>& all) {
   if (condition.kind == Condition::Kind::list) {
     for (ListEntry const& entry : condition.entries) {

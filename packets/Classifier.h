@@ -57,7 +57,7 @@ struct Verdict {
   static Verdict at(Box const& box) { return {std::nullopt, &box}; }
 };
 
-// A place where a packet may be decided: a permitting entry of a list, or behind all classes.
+// A place where a packet may be decided: a permitting entry of a list, or after all classes.
 struct Candidate {
   std::size_t classNumber = 0;       // classes.size(): no class
   std::vector<std::size_t> path;     // from the condition of the class to the list

@@ -9,7 +9,7 @@
 //   ip 10.0.0.1 > 10.0.0.2 protocol 47
 //   fragment 10.0.0.1 > 10.0.0.2 protocol 17
 //
-// A fragment is one behind the first. What is not said is zero.
+// A fragment is any but the first. What is not said is zero.
 
 #include "packets/Box.h"
 #include "packets/Export.h"

@@ -89,8 +89,9 @@ class PacketReader {
     }
     std::uint64_t parsed = 0;
     if (!hasPort || !PolicyMapTestKit::Text::parseNumber(number, 0, 65535, parsed)) {
-      throw SyntaxFailure{
-          hasPort ? "a port 0-65535 after ':'" : "no port, which this header has not", token};
+      throw SyntaxFailure{hasPort ? "a port 0-65535 after ':'"
+                                  : "an address alone, because this header has no ports",
+                          token};
     }
     packet.set(port, {parsed, parsed});
   }

@@ -42,7 +42,7 @@ struct FieldTraits {
 };
 POLICYMAPPACKETS_API FieldTraits const& traitsOf(Field field);
 
-// Of IP packets. A fragment is one behind the first, which has no header of its protocol.
+// Of IP packets. A fragment is any but the first, and has no header of its protocol.
 enum class Header : std::uint8_t { tcp, udp, sctp, icmp, other, fragment };
 
 struct POLICYMAPPACKETS_API Space {

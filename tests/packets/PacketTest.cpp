@@ -45,7 +45,8 @@ TEST(Packet, RefusesWhatCannotBe) {
   EXPECT_EQ(errorOf("arp 10.0.0.1 > 10.0.0.2"),
             "packet:1:1: expected tcp, udp, sctp, icmp, ip or fragment, found 'arp'");
   EXPECT_EQ(errorOf("icmp 10.0.0.1:80 > 10.0.0.2"),
-            "packet:1:6: expected no port, which this header has not, found '10.0.0.1:80'");
+            "packet:1:6: expected an address alone, because this header has no ports, found "
+            "'10.0.0.1:80'");
   EXPECT_EQ(errorOf("tcp 10.0.0.1:65536 > 10.0.0.2"),
             "packet:1:5: expected a port 0-65535 after ':', found '10.0.0.1:65536'");
   EXPECT_EQ(errorOf("tcp 10.0.0.1 > 2001:db8::1"),

@@ -90,7 +90,7 @@ TEST(RuleBoxes, FlagsAreAskedOfTcp) {
   }
 }
 
-TEST(RuleBoxes, FragmentsAreThoseBehindTheFirst) {
+TEST(RuleBoxes, FragmentsAreAllButTheFirst) {
   EXPECT_TRUE(matches("permit tcp any any fragments", fragment));
   EXPECT_FALSE(matches("permit tcp any any fragments", web));
   EXPECT_FALSE(matches("permit udp any any fragments", fragment));
