@@ -429,7 +429,7 @@ double heapBytes() {
 // Bytes per rule of many policies, so that what a pool or a table keeps in reserve counts little.
 template <class Helper>
 double bytesPerRule() {
-  constexpr int policies = 20;
+  constexpr int policies = 100;
   Policy policy;
   Helper helper;
   double const before = heapBytes();

@@ -10,6 +10,7 @@
 #include <Kor/EventLoop.h>
 #include <PolicyMap/PerOption.h>
 
+#include <array>
 #include <utility>
 
 namespace PolicyMapTest {
@@ -22,17 +23,18 @@ using PolicyMap::SubRuleData;
 
 namespace {
 
-void recordActions(AclPolicyData& data, AclRuleKey const& key, TestClassCommonData const& values) {
-#define POLICYMAPTEST_ROW(kind) data.ruleAction##kind##Is(key, values.action##kind##Value());
-  POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
+std::array<std::uint32_t, testActionKinds> actionsOf(TestClassCommonData const& values) {
+#define POLICYMAPTEST_ROW(kind) values.action##kind##Value(),
+  return {POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)};
 #undef POLICYMAPTEST_ROW
 }
 
-void recordMatch(AclPolicyData& data, AclRuleKey const& key, ClassMapSmCommonData const& rules) {
-  auto const mac = [&] { data.ruleMatchMacIs(key, rules.getMacRule(key)); };
+void recordMatch(AclPolicyData& data, RecordedRule& rule, ClassMapSmCommonData const& rules) {
+  AclRuleKey const& key = rule.key();
+  auto const mac = [&] { data.recordMatch(rule, rules.getMacRule(key)); };
   PolicyMap::forOption(
-      key.matchOption(), [&] { data.ruleMatchIs(key, rules.getIpRule(key)); },
-      [&] { data.ruleMatch6Is(key, rules.getIp6Rule(key)); }, mac, mac);
+      key.matchOption(), [&] { data.recordMatch(rule, rules.getIpRule(key)); },
+      [&] { data.recordMatch(rule, rules.getIp6Rule(key)); }, mac, mac);
 }
 
 }  // namespace
@@ -58,6 +60,11 @@ Kor::KorType* AclHelper::_fwkType() {
 
 Kor::Ptr<AclHelper> aclHelperFactory(bool updateActionSupported, bool expandPortChannels) {
   return Kor::validPtr(Kor::make<AclHelper>(updateActionSupported, expandPortChannels));
+}
+
+AclPolicyData::Ptr AclHelper::recordOf(PolicyMapSmCommonData const& policyData,
+                                       ClassMapMatchOption option) const {
+  return testDataCollection_.find(AclPolicyType::View{policyData.policyKey(), option});
 }
 
 // policies
@@ -111,17 +118,11 @@ Kor::String AclHelper::deletePolicy(PolicyMapSmCommonData::PtrConst const& polic
                                     ClassMapMatchOption matchOption) {
   traceOperation("Kor::String", "deletePolicy", Traced{"policyData", policyData},
                  Traced{"matchOption", matchOption});
-  AclPolicyData::Ptr const data = testData(AclPolicyType(policyData->policyKey(), matchOption));
+  AclPolicyData::Ptr const data = recordOf(*policyData, matchOption);
   KOR_ASSERT_AS(sourceName, "data", data);
   KOR_ASSERT_AS(sourceName, "data->created()", data->created());
   data->createdIs(false);
-  data->ruleMatchDelAll();
-  data->ruleMatch6DelAll();
-  data->ruleMatchMacDelAll();
-  data->subRulesForKeyDelAll();
-#define POLICYMAPTEST_ROW(kind) data->ruleAction##kind##DelAll();
-  POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
-#undef POLICYMAPTEST_ROW
+  data->rulesDelAll();
   data->intfDelAll();
   return deleteError_;
 }
@@ -130,7 +131,7 @@ Kor::String AclHelper::commitPolicy(PolicyMapSmCommonData::PtrConst const& polic
                                     ClassMapMatchOption matchOption) {
   traceOperation("Kor::String", "commitPolicy", Traced{"policyData", policyData},
                  Traced{"matchOption", matchOption});
-  AclPolicyData::Ptr const data = testData(AclPolicyType(policyData->policyKey(), matchOption));
+  AclPolicyData::Ptr const data = recordOf(*policyData, matchOption);
   KOR_ASSERT_AS(sourceName, "data", data);
   data->commitCountInc(1);
   data->dirtyIs(false);
@@ -151,7 +152,7 @@ Kor::String AclHelper::removeIntfFromPolicy(PolicyMapSmCommonData::PtrConst cons
                                             Vorel::IntfId intf, ClassMapMatchOption matchOption) {
   traceOperation("Kor::String", "removeIntfFromPolicy", Traced{"policyData", policyData},
                  Traced{"intf", intf}, Traced{"matchOption", matchOption});
-  AclPolicyData::Ptr const data = testData(AclPolicyType(policyData->policyKey(), matchOption));
+  AclPolicyData::Ptr const data = recordOf(*policyData, matchOption);
   if (data) {
     data->intfDel(intf);
   }
@@ -174,14 +175,14 @@ Kor::String AclHelper::addRule(AclRuleKey const& key, SubRuleData const& subRule
   }
   auto const testClassData = classCommonData.as<TestClassCommonData const>();
   KOR_ASSERT_AS(sourceName, "testClassData", testClassData);
-  AclPolicyData::Ptr const data =
-      testData(AclPolicyType(policyCommonData->policyKey(), key.matchOption()));
+  AclPolicyData::Ptr const data = recordOf(*policyCommonData, key.matchOption());
   KOR_ASSERT_AS(sourceName, "data", data);
-  recordMatch(*data, key, *testClassData);
-  SubRuleDataCollection::Ptr const subRules = data->subRulesForKeyIs(key);
-  KOR_ASSERT_AS(sourceName, "!subrules->subRule( subRule )", !subRules->subRule(subRule));
-  subRules->subRuleIs(subRule, true);
-  recordActions(*data, key, *testClassData);
+  RecordedRule& rule = data->ruleOf(key);
+  recordMatch(*data, rule, *testClassData);
+  KOR_ASSERT_AS(sourceName, "!subrules->subRule( subRule )",
+                !AclPolicyData::hasSubRule(rule, subRule));
+  data->recordSubRule(rule, subRule);
+  data->recordActions(rule, actionsOf(*testClassData));
   data->dirtyIs(true);
   return addRuleError_;
 }
@@ -194,14 +195,14 @@ Kor::String AclHelper::updateAction(AclRuleKey const& key, SubRuleData const& su
                  Traced{"classCommonData", classCommonData});
   auto const testClassData = classCommonData.as<TestClassCommonData const>();
   KOR_ASSERT_AS(sourceName, "testClassData", testClassData);
-  AclPolicyData::Ptr const data =
-      testData(AclPolicyType(policyCommonData->policyKey(), key.matchOption()));
+  AclPolicyData::Ptr const data = recordOf(*policyCommonData, key.matchOption());
   KOR_ASSERT_AS(sourceName, "data && data->created()", data && data->created());
-  recordActions(*data, key, *testClassData);
+  RecordedRule& rule = data->ruleOf(key);
+  data->recordActions(rule, actionsOf(*testClassData));
   if (key.matchOption() != ClassMapMatchOption::mpls) {
-    SubRuleDataCollection::Ptr const subRules = data->subRulesForKey(key);
-    KOR_ASSERT_AS(sourceName, "subRules", subRules);
-    KOR_ASSERT_AS(sourceName, "subRules->subRule( subRule )", subRules->subRule(subRuleData));
+    KOR_ASSERT_AS(sourceName, "subRules", rule.has(RulePart::subRules));
+    KOR_ASSERT_AS(sourceName, "subRules->subRule( subRule )",
+                  AclPolicyData::hasSubRule(rule, subRuleData));
   }
   return updateActionError_;
 }
@@ -229,7 +230,7 @@ void AclHelper::updateActionsCounted(std::string_view text,
                                      ClassMapSmCommonData::PtrConst const& classCommonData,
                                      std::uint32_t (AclPolicyData::*increment)(std::uint32_t)) {
   for (ClassMapMatchOption const option : PolicyMap::allMatchOptions) {
-    AclPolicyData::Ptr const data = testData(AclPolicyType(policyCommonData->policyKey(), option));
+    AclPolicyData::Ptr const data = recordOf(*policyCommonData, option);
     if (data && data->created()) {
       std::uint32_t const count = ((*data).*increment)(1);
       KOR_TRACE_LINE(traceHandle(), 5,

@@ -144,6 +144,9 @@ class POLICYMAPTEST_API AclHelper : public PolicyMap::PolicyMapAclHelper {
   template <class Value>
   void attributeIs(Value& attribute, Value const& value, Kor::AttributeId id, Hook hook);
   void announceTestData(AclPolicyType const& key);
+  // The record of a policy for an option, or null. Makes no key.
+  [[nodiscard]] AclPolicyData::Ptr recordOf(PolicyMap::PolicyMapSmCommonData const& policyData,
+                                            PolicyMap::ClassMapMatchOption option) const;
   // The return value of an operation that can be asynchronous.
   Kor::String result(Kor::String8 const& error);
   void updateActionsCounted(std::string_view text,

@@ -28,10 +28,21 @@ class POLICYMAPTEST_API AclPolicyType final {
   [[nodiscard]] PolicyMap::PolicyMapSmKey const& policyKey() const { return policyKey_; }
   [[nodiscard]] PolicyMap::ClassMapMatchOption option() const { return option_; }
 
+  // The same key made of parts that exist elsewhere, for look-ups.
+  struct View {
+    PolicyMap::PolicyMapSmKey const& policyKey;
+    PolicyMap::ClassMapMatchOption option;
+
+    [[nodiscard]] std::uint32_t hash() const {
+      return hashOfParts(policyKey.first().hash(), policyKey.second().hash(), option);
+    }
+    friend bool operator==(AclPolicyType const& key, View const& view) {
+      return key.option() == view.option && key.policyKey() == view.policyKey;
+    }
+  };
+
   // The hash used by collections, before they reverse its bits.
-  [[nodiscard]] std::uint32_t hash() const {
-    return hashOfParts(policyKey_.first().hash(), policyKey_.second().hash(), option_);
-  }
+  [[nodiscard]] std::uint32_t hash() const { return View{policyKey_, option_}.hash(); }
   // Computed from the hashes of the key's two texts. Keys that differ only in `option` have
   // adjacent hashes, so their reversed hashes differ in the top bits and land in different buckets.
   [[nodiscard]] static constexpr std::uint32_t hashOfParts(std::uint32_t first,

@@ -132,8 +132,10 @@ class POLICYMAPTESTKIT_API LabByName final : public Kor::PtrInterface {
   // observer or an own helper.
   void close();
 
- private:
+  // For libraries that ask a lab for more.
   [[nodiscard]] Lab& lab() const;
+
+ private:
   // Calls `change`, during which the lab does not end.
   template <class Change>
   void during(Change const& change) {

@@ -33,13 +33,9 @@ RuleRecord readRule(AclPolicyData const& data, AclRuleKey const& key) {
 #define POLICYMAPTEST_ROW(kind) rule.actions[(kind)-1] = data.ruleAction##kind(key);
   POLICYMAPTEST_ACTION_KINDS(POLICYMAPTEST_ROW)
 #undef POLICYMAPTEST_ROW
-  if (auto const subRules = data.subRulesForKey(key)) {
-    rule.subRules.reserve(subRules->subRules());
-    for (auto const& entry : subRules->subRuleIteratorConst()) {
-      rule.subRules.push_back(entry.key());
-    }
-    std::sort(rule.subRules.begin(), rule.subRules.end());
-  }
+  data.forEachSubRule(
+      key, [&rule](PolicyMap::SubRuleData const& subRule) { rule.subRules.push_back(subRule); });
+  std::sort(rule.subRules.begin(), rule.subRules.end());
   return rule;
 }
 
@@ -93,9 +89,7 @@ Record readRecord(AclPolicyData const& data, std::vector<AclRuleKey> const& adde
   }
   std::sort(record.interfaces.begin(), record.interfaces.end());
   record.ruleCount = std::uint64_t{data.ruleMatchs()} + data.ruleMatch6s() + data.ruleMatchMacs();
-  for (auto const& entry : data.subRulesForKeyIteratorConst()) {
-    record.subRuleCount += entry.value()->subRules();
-  }
+  data.forEachSubRule([&record](PolicyMap::SubRuleData const&) { ++record.subRuleCount; });
   if (withRules == WithRules::yes) {
     record.rules.reserve(record.ruleCount);
     for (AclRuleKey const& key : keysInOrder(data, added)) {

@@ -24,11 +24,15 @@ class AclRules final : public Kor::PtrInterface {
   explicit AclRules(std::vector<Entry> rules) : rules_(std::move(rules)) {
     std::sort(rules_.begin(), rules_.end(),
               [](Entry const& a, Entry const& b) { return a.first < b.first; });
+    denies_ = std::any_of(rules_.begin(), rules_.end(),
+                          [](Entry const& entry) { return !entry.second.permit(); });
   }
 
   [[nodiscard]] std::vector<Entry> const& rules() const { return rules_; }
   [[nodiscard]] std::size_t size() const { return rules_.size(); }
   [[nodiscard]] bool empty() const { return rules_.empty(); }
+  // Whether any rule denies.
+  [[nodiscard]] bool denies() const { return denies_; }
   [[nodiscard]] auto begin() const { return rules_.begin(); }
   [[nodiscard]] auto end() const { return rules_.end(); }
 
@@ -42,6 +46,7 @@ class AclRules final : public Kor::PtrInterface {
 
  private:
   std::vector<Entry> rules_;
+  bool denies_ = false;
 };
 
 }  // namespace Acl

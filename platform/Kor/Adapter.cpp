@@ -7,24 +7,12 @@ void refuse(KorAttr const& attr, AttributeOperation const& operation) {
   GenericIf::throwOpNotSupportedException(attr.name(), operation.code);
 }
 
-void needNoIndex(KorAttr const& attr, AttributeOperation const& operation) {
-  if (operation.kor_index.present()) {
-    GenericIf::throwBadIndexAttrException(attr.name());
-  }
+void refuseIndex(KorAttr const& attr) {
+  GenericIf::throwBadIndexAttrException(attr.name());
 }
 
-GenericList const& needList(GenericValue const& value) {
-  if (value.kind() != GenericValue::Kind::list) [[unlikely]] {
-    GenericIf::throwTypeException("Kor::GenericIf::List_", "List");
-  }
-  return value.list();
-}
-
-void needCall(KorAttr const& attr, AttributeOperation const& operation) {
-  if (operation.code != AttributeOperation::get) [[unlikely]] {
-    refuse(attr, operation);
-  }
-  needNoIndex(attr, operation);
+void refuseAsList() {
+  GenericIf::throwTypeException("Kor::GenericIf::List_", "List");
 }
 
 void needKeyAlone(GenericList const& list, bool keyIsTheIndex, KorType const* member) {

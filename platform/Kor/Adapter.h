@@ -23,10 +23,26 @@
 namespace Kor::Adapter {
 
 [[noreturn]] KOR_API void refuse(KorAttr const& attr, AttributeOperation const& operation);
-KOR_API void needNoIndex(KorAttr const& attr, AttributeOperation const& operation);
-KOR_API GenericList const& needList(GenericValue const& value);
+[[noreturn]] KOR_API void refuseIndex(KorAttr const& attr);
+[[noreturn]] KOR_API void refuseAsList();
+inline void needNoIndex(KorAttr const& attr, AttributeOperation const& operation) {
+  if (operation.kor_index.present()) [[unlikely]] {
+    refuseIndex(attr);
+  }
+}
+inline GenericList const& needList(GenericValue const& value) {
+  if (value.kind() != GenericValue::Kind::list) [[unlikely]] {
+    refuseAsList();
+  }
+  return value.list();
+}
 // Checks the operation code and the index of a function call.
-KOR_API void needCall(KorAttr const& attr, AttributeOperation const& operation);
+inline void needCall(KorAttr const& attr, AttributeOperation const& operation) {
+  if (operation.code != AttributeOperation::get) [[unlikely]] {
+    refuse(attr, operation);
+  }
+  needNoIndex(attr, operation);
+}
 
 template <class Self>
 Self& subject(Instance const& self) {
@@ -190,84 +206,6 @@ GenericValue owned(Instance const& self, KorAttr const& attr, AttributeOperation
   }
   case AttributeOperation::del: Attribute::remove(owner, takenIndex<Key>(operation)); return {};
   default: return query<Self, Attribute>(self, attr, operation);
-  }
-}
-
-template <class Function>
-struct FunctionTraits;
-template <class R, class... Args>
-struct FunctionTraits<R (*)(Args...)> {
-  using Result = std::remove_cvref_t<R>;
-  using Values = std::tuple<std::remove_cvref_t<Args>...>;
-  static constexpr std::size_t arity = sizeof...(Args);
-  static constexpr std::array<TypeGetter, arity> types{
-      &Generic<std::remove_cvref_t<Args>>::type...};
-};
-template <class C, class R, class... Args>
-struct FunctionTraits<R (C::*)(Args...)> : FunctionTraits<R (*)(Args...)> {};
-template <class C, class R, class... Args>
-struct FunctionTraits<R (C::*)(Args...) const> : FunctionTraits<R (*)(Args...)> {};
-
-// Converts the elements of the list in order. Raises UnknownArgException for surplus elements.
-template <class Values>
-Values takenList(GenericList const& list, std::vector<ArgumentSpec> const& args,
-                 String const& owner) {
-  Values values;
-  auto const take = [&]<std::size_t... I>(std::index_sequence<I...>) {
-    ((std::get<I>(values) = taken<std::tuple_element_t<I, Values>>(list[I], args[I].name)), ...);
-  };
-  take(std::make_index_sequence<std::tuple_size_v<Values>>());
-  if (list.size() > std::tuple_size_v<Values>) [[unlikely]] {
-    GenericIf::throwUnknownArgException(owner);
-  }
-  return values;
-}
-
-template <class Self, auto call>
-GenericValue function(Instance const& self, KorAttr const& attr,
-                      AttributeOperation const& operation) {
-  using Traits = FunctionTraits<decltype(call)>;
-  needCall(attr, operation);
-  auto const values = [&] {
-    if constexpr (Traits::arity == 0) {
-      if (!operation.value.present()) {
-        return std::tuple<>();
-      }
-    }
-    return takenList<typename Traits::Values>(needList(operation.value), attr.args(), attr.name());
-  }();
-  auto const invoke = [&](auto const&... args) -> decltype(auto) {
-    return (subject<Self>(self).*call)(args...);
-  };
-  if constexpr (std::is_void_v<typename Traits::Result>) {
-    std::apply(invoke, values);
-    return {};
-  } else {
-    return Generic<typename Traits::Result>::value(std::apply(invoke, values));
-  }
-}
-
-// Two overloads with one name. An empty list calls the one without arguments.
-template <class Self, auto withArgs, auto without>
-GenericValue overloaded(Instance const& self, KorAttr const& attr,
-                        AttributeOperation const& operation) {
-  needCall(attr, operation);
-  if (!operation.value.present() || needList(operation.value).empty()) {
-    (subject<Self>(self).*without)();
-    return {};
-  }
-  return function<Self, withArgs>(self, attr, operation);
-}
-
-template <auto make>
-GenericValue construct(KorType const& type, GenericValue const& arguments) {
-  using Traits = FunctionTraits<decltype(make)>;
-  auto const values = takenList<typename Traits::Values>(needList(arguments),
-                                                         type.constructorArgs(), type.shortName());
-  if constexpr (ModelType<typename Traits::Result>) {
-    return Generic<typename Traits::Result>::boxed(std::apply(make, values), false);
-  } else {
-    return Generic<typename Traits::Result>::value(std::apply(make, values));
   }
 }
 

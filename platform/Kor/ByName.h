@@ -19,6 +19,7 @@
 // Errors: the exceptions of the generic interface, and RangeException for an unknown name. Its text
 // suggests the nearest known names.
 
+#include "Kor/ArgumentView.h"
 #include "Kor/Export.h"
 #include "Kor/Generic.h"
 #include "Kor/GenericIf.h"
@@ -95,6 +96,16 @@ template <class T>
   }
 }
 
+// What a call takes for an argument: the value itself, or a generic value.
+template <class T>
+[[nodiscard]] decltype(auto) passedAs(T const& value) {
+  if constexpr (std::constructible_from<ArgumentView, T const&>) {
+    return static_cast<T const&>(value);
+  } else {
+    return generic(value);
+  }
+}
+
 // Converts a generic value to T. Raises TypeException with the expected type and `name`.
 template <class T>
 [[nodiscard]] T converted(GenericValue const& value, std::string_view name) {
@@ -163,11 +174,11 @@ class KOR_API GenericRef {
   template <class... Args>
   GenericRef call(AttributeName const& name, Args const&... args) const {
     KorAttr const& attr = attributeOf(name);
-    needCallable(attr);
-    std::array<GenericValue, sizeof...(Args)> const values{generic(args)...};
-    GenericList list{std::span<GenericValue const>(values)};
-    return GenericIf::attributeOp(instance(), attr,
-                                  {0, AttributeOperation::get, {}, GenericValue(share(&list))});
+    auto const call = [&](auto const&... passed) {
+      std::array<ArgumentView, sizeof...(Args)> const views{ArgumentView(passed)...};
+      return attr.caller()(instance(), attr, views);
+    };
+    return call(passedAs(args)...);
   }
   template <class... Args>
   GenericRef call(std::string_view name, Args const&... args) const {

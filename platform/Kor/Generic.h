@@ -227,9 +227,15 @@ requires(!std::is_base_of_v<PtrInterface, T>) struct Generic<T> {
   static GenericValue boxed(T const& value, bool isConst) {
     return {Ptr<ValueBox const>(new TypedBox<T>(value)), isConst};
   }
+  // The value in the box; null if it is no T.
+  static T const* in(GenericValue const& from) {
+    bool const isOne =
+        from.kind() == GenericValue::Kind::value && from.object()->fwkType() == T::_fwkType();
+    return isOne ? &static_cast<TypedBox<T> const*>(from.object())->value() : nullptr;
+  }
   static bool take(GenericValue const& from, T& to) {
-    if (from.kind() == GenericValue::Kind::value && from.object()->fwkType() == T::_fwkType()) {
-      to = static_cast<TypedBox<T> const*>(from.object())->value();
+    if (T const* const value = in(from)) {
+      to = *value;
       return true;
     }
     if constexpr (!ValueWithFields<T>) {

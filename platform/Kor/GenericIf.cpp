@@ -133,6 +133,11 @@ GenericValue KorAttr::notSupported(Instance const& /*self*/, KorAttr const& attr
   GenericIf::throwOpNotSupportedException(attr.name(), operation.code);
 }
 
+GenericValue KorAttr::notCallable(Instance const& /*self*/, KorAttr const& attr,
+                                  std::span<ArgumentView const> /*args*/) {
+  GenericIf::throwOpNotSupportedException(attr.name(), AttributeOperation::get);
+}
+
 GenericIf::GenericIf(GenericValue const& value) : type_(nullptr), const_(value.isConst()) {
   KOR_ASSERT(value.kind() == Kind::object || value.kind() == Kind::value);
   object_ = share(value.object());

@@ -103,11 +103,6 @@ String listToStrep(GenericList const& whole) {
 
 ValueBox::~ValueBox() = default;
 
-GenericValue::GenericValue(Kor::Ptr<GenericList> const& list)
-    : kind_(list == nullptr ? Kind::null : Kind::list) {
-  new (&payload_.list) Kor::Ptr<GenericList>(list);
-}
-
 void GenericValue::copyCounted(GenericValue const& other) noexcept {
   switch (kind_) {
   case Kind::text: new (&payload_.text) String(other.payload_.text); break;

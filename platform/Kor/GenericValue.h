@@ -71,7 +71,7 @@ class KOR_API GenericValue {
   }
   GenericValue(char const* text) : GenericValue(String(text)) {}
   GenericValue(std::string const& text) : GenericValue(String(text)) {}
-  GenericValue(Kor::Ptr<GenericList> const& list);
+  GenericValue(Kor::Ptr<GenericList> list) noexcept;
   // NOLINTEND(google-explicit-constructor)
   // `type` is the enumeration's type.
   GenericValue(KorType const* type, std::int32_t number) noexcept
@@ -214,6 +214,7 @@ class KOR_API GenericList {
   [[nodiscard]] GenericValue const& operator[](std::size_t place) const {
     return place < values_.size() ? values_[place] : none();
   }
+  static GenericValue const& none();
   void append(GenericValue value) {
     if (own_.size() != values_.size()) {
       own_.assign(values_.begin(), values_.end());
@@ -232,7 +233,6 @@ class KOR_API GenericList {
   }
 
  private:
-  static GenericValue const& none();
   // Destroys a list and the nested lists that only it refers to, without recursion.
   static void destroy(GenericList* list) noexcept;
 
@@ -241,6 +241,11 @@ class KOR_API GenericList {
   mutable std::uint32_t references_ = 1;
   GenericList* nextToDestroy_ = nullptr;
 };
+
+inline GenericValue::GenericValue(Kor::Ptr<GenericList> list) noexcept
+    : kind_(list == nullptr ? Kind::null : Kind::list) {
+  new (&payload_.list) Kor::Ptr<GenericList>(std::move(list));
+}
 
 inline GenericList const& GenericValue::list() const {
   return *payload_.list;

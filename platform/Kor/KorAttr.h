@@ -10,12 +10,14 @@
 #include "Kor/Types.h"
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
 namespace Kor {
 
 struct AttributeOperation;
+class ArgumentView;
 class GenericValue;
 class KorType;
 class PtrInterface;
@@ -92,6 +94,9 @@ class KOR_API KorAttr {
                                   AttributeOperation const& operation);
   // Reads plain data directly, without an operation code.
   using Reader = GenericValue (*)(Instance const& self);
+  // Calls a function directly, without a list.
+  using Caller = GenericValue (*)(Instance const& self, KorAttr const& attr,
+                                  std::span<ArgumentView const> args);
 
   // The next three are about a type; KorType.cpp defines them.
 
@@ -138,6 +143,9 @@ class KOR_API KorAttr {
   // Null unless the attribute is data.
   [[nodiscard]] Reader reader() const { return reader_; }
   void readerIs(Reader function) { reader_ = function; }
+  // Until set, it rejects every call.
+  [[nodiscard]] Caller caller() const { return caller_; }
+  void callerIs(Caller function) { caller_ = function; }
   // True if operation 128 can succeed: it writes data or sets a member of a collection.
   [[nodiscard]] bool isWritable() const { return isWritable_; }
   void isWritableIs(bool writable) { isWritable_ = writable; }
@@ -157,14 +165,18 @@ class KOR_API KorAttr {
           AttributeId id);
   ~KorAttr() = default;
 
-  // Raises OpNotSupportedException. Defined in GenericIf.cpp.
+  // These raise OpNotSupportedException. Defined in GenericIf.cpp.
   static GenericValue notSupported(Instance const& self, KorAttr const& attr,
                                    AttributeOperation const& operation);
+
+  static GenericValue notCallable(Instance const& self, KorAttr const& attr,
+                                  std::span<ArgumentView const> args);
 
   mutable std::uint32_t references_ = 1;
   AttributeId id_;
   Access access_ = &notSupported;
   Reader reader_ = nullptr;
+  Caller caller_ = &notCallable;
   Name name_;
   std::string_view prose_;
   KorType const* owner_;

@@ -19,6 +19,7 @@
 // others count from 128 x level + 2.
 
 #include "Kor/Adapter.h"
+#include "Kor/FunctionAdapter.h"
 #include "Kor/Generic.h"
 #include "Kor/GenericIf.h"
 #include "Kor/KorAttr.h"
@@ -113,6 +114,7 @@ class Model {
     attr.flags = Flags::function;
     attr.introspection = functionFlag;
     attr.access = &Adapter::function<Self, call>;
+    attr.caller = &Adapter::direct<Self, call>;
     attr.args = arguments<Traits>(argNames...);
     return attr;
   }
@@ -143,6 +145,7 @@ class Model {
   static constexpr AttrModel overloaded(std::string_view name, Names... argNames) {
     AttrModel attr = function<withArgs>(name, argNames...);
     attr.access = &Adapter::overloaded<Self, withArgs, without>;
+    attr.caller = &Adapter::overloadedDirect<Self, withArgs, without>;
     return attr;
   }
 

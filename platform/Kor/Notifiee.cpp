@@ -10,7 +10,8 @@
 namespace Kor {
 
 std::size_t NotifieeList::Entries::sizeFor(std::uint32_t capacity) {
-  return sizeof(Entries) + capacity * sizeof(NotifieeBase::Entry*);
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): they are pointers
+  return sizeof(Entries) + capacity * sizeof(NotifieeBase*);
 }
 
 NotifieeList::Entries* NotifieeList::Entries::make(std::uint32_t capacity) {
@@ -22,24 +23,33 @@ NotifieeList::Entries* NotifieeList::Entries::owned(std::uint32_t wanted) {
     return this;
   }
   Entries* const copy = make(std::max(wanted, capacity));
-  for (NotifieeBase::Entry* const entry : *this) {
-    ++entry->references;
-    copy->begin()[copy->count++] = entry;
-  }
+  std::copy(begin(), end(), copy->begin());
+  copy->count = count;
   deleteRef();
   return copy;
 }
 
 void NotifieeList::Entries::release() {
-  for (NotifieeBase::Entry* const entry : *this) {
-    entry->deleteRef();
-  }
   MemoryPool::release(this, sizeFor(capacity));
 }
 
-void NotifieeBase::Entry::deleteRef() {
-  if (--references == 0) {
-    MemoryPool::release(this, sizeof(Entry));
+constinit NotifieeList::Walk* NotifieeList::Walk::innermost = nullptr;
+
+void NotifieeList::Walk::forget(NotifieeBase* notifiee) {
+  Walk* caller = nullptr;
+  for (Walk* walk = innermost; walk != nullptr; walk = walk->outer_) {
+    if (walk->place_ != nullptr && *walk->place_ == notifiee) {
+      caller = walk;
+    }
+  }
+  for (Walk* walk = innermost; walk != nullptr; walk = walk->outer_) {
+    std::replace(walk->entries_->begin(), walk->entries_->end(), notifiee,
+                 static_cast<NotifieeBase*>(nullptr));
+  }
+  if (caller != nullptr) {
+    caller->left_ = notifiee;
+  } else {
+    notifiee->deleteRef();
   }
 }
 
@@ -69,14 +79,13 @@ NotifieeList::~NotifieeList() {
   if (entries_ == nullptr) {
     return;
   }
-  Entries* const entries = std::exchange(entries_, nullptr);
-  for (NotifieeBase::Entry* const entry : *entries) {
-    entry->notifiee->list_ = nullptr;
-    entry->notifiee->entry_ = nullptr;
+  Entries* const entries = std::exchange(entries_, nullptr)->owned(0);
+  for (NotifieeBase* const notifiee : *entries) {
+    notifiee->list_ = nullptr;
   }
   // Last: a destroyed notifiee may unregister others, which must already be marked as unregistered.
-  for (NotifieeBase::Entry* const entry : *entries) {
-    std::exchange(entry->notifiee, nullptr)->deleteRef();
+  for (NotifieeBase* const notifiee : *entries) {
+    Walk::forget(notifiee);
   }
   entries->deleteRef();
 }
@@ -90,28 +99,22 @@ void NotifieeList::add(NotifieeBase* notifiee) {
   } else {
     entries_ = entries_->owned(entries_->capacity);
   }
-  auto* const entry =
-      new (MemoryPool::allocate(sizeof(NotifieeBase::Entry))) NotifieeBase::Entry{1, notifiee};
-  entries_->begin()[entries_->count++] = entry;
+  entries_->begin()[entries_->count++] = notifiee;
   notifiee->newRef();
   notifiee->list_ = this;
-  notifiee->entry_ = entry;
 }
 
 void NotifieeList::remove(NotifieeBase* notifiee) {
-  NotifieeBase::Entry* const entry = std::exchange(notifiee->entry_, nullptr);
   notifiee->list_ = nullptr;
-  entry->notifiee = nullptr;
   if (entries_->count == 1) {
     std::exchange(entries_, nullptr)->deleteRef();
   } else {
     entries_ = entries_->owned(entries_->capacity);
-    NotifieeBase::Entry** const place = std::find(entries_->begin(), entries_->end(), entry);
+    NotifieeBase** const place = std::find(entries_->begin(), entries_->end(), notifiee);
     std::copy(place + 1, entries_->end(), place);
     --entries_->count;
-    entry->deleteRef();
   }
-  notifiee->deleteRef();
+  Walk::forget(notifiee);
 }
 
 void NotifieeList::deliverException(NotifieeBase& notifiee, AttributeId id) noexcept {

@@ -20,9 +20,9 @@
 //
 // An AttributeObserver observes all attributes of one object of any such class, by identifier.
 //
-// Ownership: the list counts its entries and an entry counts its notifiee, so a registered notifiee
-// stays alive. A notifiee refers to its subject uncounted. After the subject is destroyed,
-// notifier() is null.
+// Ownership: the list counts its notifiees, so a registered one stays alive; one that unregisters
+// stays alive until its hook has returned. A notifiee refers to its subject uncounted. After the
+// subject is destroyed, notifier() is null.
 
 #include "Kor/Export.h"
 #include "Kor/Generic.h"
@@ -76,17 +76,12 @@ class KOR_API NotifieeBase {
  private:
   friend class NotifieeList;
 
-  // One registration. A snapshot can keep it alive after the notifiee has unregistered.
-  struct Entry {
-    std::uint32_t references;
-    NotifieeBase* notifiee;  // counted; null after unregistering
-
-    void deleteRef();
-  };
+  [[nodiscard]] bool isOf(KorType const* kind) const {
+    return kind_ != nullptr && kind_->isA(kind);
+  }
 
   mutable std::uint32_t references_ = 1;
   NotifieeList* list_ = nullptr;
-  Entry* entry_ = nullptr;         // in list_
   KorType const* kind_ = nullptr;  // the class whose hooks it implements; null: any
 };
 
@@ -107,45 +102,58 @@ class KOR_API NotifieeList {
   // function that takes the notifiee. The arguments are what the attribute calls its key. Keeps
   // `subject` alive meanwhile. Without notifiees it costs one branch.
   template <class Notifiee, class Subject, class Hook, class... Key>
-  void notify(Subject const* subject, KorType const* kind, AttributeId id, Hook&& hook,
+  void notify(Subject const* subject, KorType const* kind, AttributeId id, Hook hook,
               Key const&... key) const {
-    if (entries_ == nullptr) [[likely]] {
-      return;
-    }
-    KOR_ASSERT_OWNING_THREAD();
-    Kor::Ptr<Subject const> const pinned = share(subject);
-    Walk walk(entries_);
-    while (NotifieeBase* const notifiee = walk.next(kind)) {
-      try {
-        if (isAttributeObserver(*notifiee)) [[unlikely]] {
-          observe(*notifiee, id, genericKey(key...));
-        } else {
-          std::invoke(hook, *static_cast<Notifiee*>(notifiee), key...);
-        }
-      } catch (...) {
-        deliverException(*notifiee, id);
-      }
+    if (entries_ != nullptr) [[unlikely]] {
+      notifyEach<Notifiee>(subject, kind, id, hook, key...);
     }
   }
 
  private:
   friend class NotifieeBase;
 
-  // The entries follow this header in the same allocation.
+  // Not inlined into writes, most of which have no notifiees.
+  template <class Notifiee, class Subject, class Hook, class... Key>
+  [[gnu::noinline]] void notifyEach(Subject const* subject, KorType const* kind, AttributeId id,
+                                    Hook hook, Key const&... key) const {
+    KOR_ASSERT_OWNING_THREAD();
+    Kor::Ptr<Subject const> const pinned = share(subject);
+    Walk walk(entries_);
+    NotifieeBase** const end = walk.end();
+    for (NotifieeBase** place = walk.begin(); place != end; ++place) {
+      NotifieeBase* const notifiee = walk.enter(place);
+      if (notifiee == nullptr) [[unlikely]] {
+        continue;
+      }
+      try {
+        if (notifiee->kind_ == kind || notifiee->isOf(kind)) [[likely]] {
+          std::invoke(hook, *static_cast<Notifiee*>(notifiee), key...);
+        } else if (notifiee->kind_ == nullptr) {
+          observe(*notifiee, id, genericKey(key...));
+        }
+      } catch (...) {
+        deliverException(*notifiee, id);
+      }
+      walk.leave();
+    }
+  }
+
+  // The notifiees follow this header in the same allocation.
   struct alignas(void*) Entries {
     std::uint32_t references;
     std::uint32_t count;
     std::uint32_t capacity;
 
-    NotifieeBase::Entry** begin() { return reinterpret_cast<NotifieeBase::Entry**>(this + 1); }
-    NotifieeBase::Entry** end() { return begin() + count; }
+    NotifieeBase** begin() { return reinterpret_cast<NotifieeBase**>(this + 1); }
+    NotifieeBase** end() { return begin() + count; }
 
     static std::size_t sizeFor(std::uint32_t capacity);
     static Entries* make(std::uint32_t capacity);
-    // Returns a list with room for `wanted` entries that no iteration holds, and releases this one.
+    // Returns a list with room for `wanted` notifiees that no iteration holds, and releases this
+    // one.
     Entries* owned(std::uint32_t wanted);
     void deleteRef() {
-      if (--references == 0) {
+      if (--references == 0) [[unlikely]] {
         release();
       }
     }
@@ -153,37 +161,46 @@ class KOR_API NotifieeList {
   };
 
   // One iteration over a snapshot. The list is copied on write while an iteration holds it, so a
-  // snapshot costs one increment, however long the list is.
-  class Walk {
+  // snapshot costs one increment, however long the list is. Open iterations are known: a notifiee
+  // that unregisters is taken out of their snapshots.
+  class KOR_API Walk {
    public:
-    explicit Walk(Entries* entries) : entries_(entries) { ++entries_->references; }
+    explicit Walk(Entries* entries) : entries_(entries), outer_(std::exchange(innermost, this)) {
+      ++entries->references;
+    }
     Walk(Walk const&) = delete;
     Walk& operator=(Walk const&) = delete;
-    ~Walk() { entries_->deleteRef(); }
-    // The next registered notifiee of that kind, kept alive until the next call; null at the end.
-    NotifieeBase* next(KorType const* kind) {
-      // Released first: destroying this notifiee may unregister the next one.
-      current_ = nullptr;
-      while (position_ < entries_->count) {
-        NotifieeBase* const notifiee = entries_->begin()[position_++]->notifiee;
-        if (notifiee != nullptr && (notifiee->kind_ == kind || isAttributeObserver(*notifiee) ||
-                                    notifiee->kind_->isA(kind))) {
-          current_ = share(notifiee);
-          return notifiee;
-        }
+    ~Walk() {
+      innermost = outer_;
+      entries_->deleteRef();
+    }
+    [[nodiscard]] NotifieeBase** begin() const { return entries_->begin(); }
+    [[nodiscard]] NotifieeBase** end() const { return entries_->end(); }
+    // Returns the notifiee at that place, which stays alive until leave(); null if it has
+    // unregistered.
+    NotifieeBase* enter(NotifieeBase** place) {
+      place_ = place;
+      return *place;
+    }
+    void leave() {
+      if (left_ != nullptr) [[unlikely]] {
+        std::exchange(left_, nullptr)->deleteRef();  // may unregister the next one
       }
-      return nullptr;
     }
 
+    // Takes a notifiee out of all snapshots and releases the list's reference to it, or leaves it
+    // to the outermost iteration that is calling the notifiee.
+    static void forget(NotifieeBase* notifiee);
+
    private:
+    static Walk* innermost;
+
     Entries* entries_;
-    std::uint32_t position_ = 0;
-    Kor::Ptr<NotifieeBase> current_;
+    NotifieeBase** place_ = nullptr;  // of the notifiee that is being called
+    NotifieeBase* left_ = nullptr;    // counted: it has unregistered during its call
+    Walk* outer_;
   };
 
-  static bool isAttributeObserver(NotifieeBase const& notifiee) {
-    return notifiee.kind_ == nullptr;
-  }
   static GenericValue genericKey() { return {}; }
   template <class Key>
   static GenericValue genericKey(Key const& key) {

@@ -18,6 +18,7 @@
 #include <functional>
 #include <ostream>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 
 namespace Kor {
@@ -70,7 +71,7 @@ class Ptr {
   // Returns a pointer to the object as a U. Null if the object is no U, and for null.
   template <class U>
   [[nodiscard]] Ptr<U> as() const {
-    Ptr<U> view(dynamic_cast<U*>(object_));
+    Ptr<U> view(castTo<U>());
     view.retain();
     return view;
   }
@@ -91,6 +92,17 @@ class Ptr {
   template <class U>
   friend Ptr<U> share(U* existing) noexcept;
 
+  template <class U>
+  [[nodiscard]] U* castTo() const noexcept {
+    if constexpr (requires(T * object) { static_cast<U*>(object); }) {
+      // The usual case takes no search of base classes. A type may have one name per library, which
+      // is left to the search.
+      if (object_ != nullptr && typeid(*object_).name() == typeid(U).name()) {
+        return static_cast<U*>(object_);
+      }
+    }
+    return dynamic_cast<U*>(object_);
+  }
   void retain() const noexcept {
     if (object_ != nullptr) {
       object_->newRef();

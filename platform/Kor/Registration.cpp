@@ -65,6 +65,9 @@ void registerAttr(KorType* type, AttrModel const& model, AttributeId& own) {
   attr->proseIs(prose);
   attr->accessIs(model.access);
   attr->readerIs(model.reader);
+  if (model.caller != nullptr) {
+    attr->callerIs(model.caller);
+  }
   attr->isWritableIs(model.writable);
   if (model.kind == AttrModel::Kind::data || model.kind == AttrModel::Kind::collection) {
     return;  // has announced itself

@@ -55,6 +55,7 @@ struct AttrModel {
   KorAttr::KorAttrIntrospectionFlags introspection;
   KorAttr::Access access = nullptr;
   KorAttr::Reader reader = nullptr;  // of data
+  KorAttr::Caller caller = nullptr;  // of a function
   bool writable = false;
   bool withoutNumber = false;  // has the identifier 0
   ArgumentModel args;          // of a function

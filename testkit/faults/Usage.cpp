@@ -41,12 +41,10 @@ Usage::Usage(PolicyMapTest::AclHelper& helper, Capacity const& capacity)
       continue;
     }
     Entries& entries = policies_[record.key()];
-    for (auto const& rule : record.value()->subRulesForKeyIteratorConst()) {
-      for (auto const& subRule : rule.value()->subRuleIteratorConst()) {
-        ++entries.rules;
-        entries.rangeCheckers += subRule.key().needsRangeChecker() ? 1 : 0;
-      }
-    }
+    record.value()->forEachSubRule([&entries](PolicyMap::SubRuleData const& subRule) {
+      ++entries.rules;
+      entries.rangeCheckers += subRule.needsRangeChecker() ? 1 : 0;
+    });
     all_.rules += entries.rules;
     all_.rangeCheckers += entries.rangeCheckers;
   }

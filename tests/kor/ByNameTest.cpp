@@ -152,6 +152,21 @@ TEST(ByName, ReadingACollectionOrAFunctionAsDataIsRefused) {
             "operation 0 not supported: weigh");
 }
 
+TEST(ByName, ACallChecksItsArgumentsInOrderAndThenTheirNumber) {
+  GenericRef const object = shelf();
+  using Kor::TypeException;
+  EXPECT_EQ(textOf<TypeException>([&] { object.call("weigh", "x", 3); }), "type error: scale");
+  EXPECT_EQ(textOf<TypeException>([&] { object.call("weigh", 1.0); }), "type error: unit");
+  EXPECT_EQ(textOf<TypeException>([&] { object.call("weigh", Isbn(3, "x"), "kg"); }),
+            "type error: scale");
+  EXPECT_EQ(textOf<TypeException>([&] { object.call("weigh", 1.0, 3, "more"); }),
+            "type error: unit");
+  EXPECT_EQ(textOf<Kor::UnknownArgException>([&] { object.call("weigh", 1.0, "kg", "more"); }),
+            "too many arguments: weigh");
+  EXPECT_EQ(textOf<Kor::UnknownArgException>([&] { object.call("clear", 1); }),
+            "too many arguments: clear");
+}
+
 TEST(ByName, AFunctionIsNotCalledByReadingIt) {
   Shelf::Ptr const cpp = Kor::make<Shelf>("f");
   GenericRef const object(cpp);

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -332,6 +333,38 @@ TEST_F(Notification, ANotifieeMayTakeItselfOutInItsHook) {
   EXPECT_EQ(journal_[0], "a: brightness 1");
   EXPECT_THAT(journal_, testing::Contains("b: brightness 1"));
   EXPECT_EQ(LampWatcher::alive(), 1);
+}
+
+TEST_F(Notification, WhoLeavesInANestedCallLivesUntilItsOutermostCallHasReturned) {
+  auto* const a = watcher("a").get();
+  watcher("b");
+  a->announcesEndIs(true);
+  a->reactionIs([&] {
+    if (lamp_->brightness() == 1) {
+      lamp_->brightnessIs(2);
+      EXPECT_EQ(LampWatcher::alive(), 2);
+    } else {
+      a->notifierIs(nullptr);
+    }
+  });
+  lamp_->brightnessIs(1);
+  EXPECT_EQ(LampWatcher::alive(), 1);
+  EXPECT_EQ(std::count(journal_.begin(), journal_.end(), "a: gone"), 1);
+  EXPECT_EQ(lamp_->notifiees(), 1U);
+}
+
+TEST_F(Notification, WhoLeavesComesBackAndLeavesAgainInItsHookEndsOnce) {
+  auto* const a = watcher("a").get();
+  a->announcesEndIs(true);
+  a->reactionIs([&] {
+    a->notifierIs(nullptr);
+    a->notifierIs(lamp_.get());
+    a->notifierIs(nullptr);
+    EXPECT_EQ(LampWatcher::alive(), 1);
+  });
+  lamp_->brightnessIs(1);
+  EXPECT_EQ(LampWatcher::alive(), 0);
+  EXPECT_EQ(std::count(journal_.begin(), journal_.end(), "a: gone"), 1);
 }
 
 TEST_F(Notification, AllMayBeTakenOutInAHook) {
