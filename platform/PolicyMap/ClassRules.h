@@ -68,6 +68,24 @@ struct RuleSource {
                  : std::all_of(rules->begin(), rules->end(),
                                [](auto const& entry) { return entry.second.matchesNothing(); });
   }
+  // Adds copies of all rules that match something, in order.
+  void addTo(std::vector<NamedRule<Rule>>& all) const {
+    if (named) {
+      all.insert(all.end(), named->rules().begin(), named->rules().end());
+      return;
+    }
+    for (auto const& [seqno, rule] : *rules) {
+      if (!rule.matchesNothing()) {
+        all.push_back({aclName, aclName.length(), seqno, {rule}});
+      }
+    }
+  }
+  // True if a rule of the source denies.
+  [[nodiscard]] bool denies() const {
+    return named ? std::any_of(named->rules().begin(), named->rules().end(),
+                               [](auto const& each) { return !each.exact.rule.permit(); })
+                 : rules->denies();
+  }
 };
 
 template <class Rule>

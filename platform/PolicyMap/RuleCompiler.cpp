@@ -4,6 +4,7 @@
 #include "PolicyMap/RuleGatherer.h"
 #include "PolicyMap/RuleLists.h"
 #include "PolicyMap/RuleProduct.h"
+#include "PolicyMap/RuleUnion.h"
 
 #include <algorithm>
 #include <deque>
@@ -36,6 +37,14 @@ struct Gathered {
   RuleGatherer<Acl::MacRuleConfig> mac;
   RuleGatherer<Acl::MacRuleConfig> mpls;
   std::set<Kor::Name> walked;  // the class-maps already included
+
+  // The next inline rule does not continue the list of those before.
+  void beginList() {
+    ipv4.beginList();
+    ipv6.beginList();
+    mac.beginList();
+    mpls.beginList();
+  }
 };
 
 class Compiler {
@@ -60,10 +69,11 @@ class Compiler {
       }
     }
     using Option = ClassMapMatchOption;
-    result_.rules[Option::ipv4] = Kor::make<ClassRules>(all.ipv4.finish());
-    result_.rules[Option::ipv6] = Kor::make<ClassRules>(all.ipv6.finish());
-    result_.rules[Option::mac] = Kor::make<ClassRules>(all.mac.finish());
-    result_.rules[Option::mpls] = Kor::make<ClassRules>(all.mpls.finish());
+    Kor::Name const& name = classMap.name();
+    result_.rules[Option::ipv4] = Kor::make<ClassRules>(unite(all.ipv4, name, name));
+    result_.rules[Option::ipv6] = Kor::make<ClassRules>(unite(all.ipv6, name, name));
+    result_.rules[Option::mac] = Kor::make<ClassRules>(unite(all.mac, name, name));
+    result_.rules[Option::mpls] = Kor::make<ClassRules>(unite(all.mpls, name, name));
     result_.ipAcls = ipAcls_.finish();
     result_.ip6Acls = ip6Acls_.finish();
     result_.macAcls = macAcls_.finish();
@@ -110,6 +120,8 @@ class Compiler {
     Walk& walk = walks_.back();
     if (walk.matchAll) {
       combine(walk);
+    } else {
+      walk.into->beginList();
     }
     onPath_.erase(path_.back());
     path_.pop_back();
@@ -117,6 +129,9 @@ class Compiler {
   }
 
   void add(std::uint32_t place, ClassMapMatch const& match, Gathered& into) {
+    if (match.kind() != ClassMapMatch::Kind::rule) {
+      into.beginList();
+    }
     switch (match.kind()) {
     case ClassMapMatch::Kind::acl: addList(match.option(), match.name(), into); break;
     case ClassMapMatch::Kind::rule: addOwn(place, match, into); break;
@@ -147,7 +162,7 @@ class Compiler {
            ": match-all over IP and MAC matches cannot be programmed");
       return;
     }
-    RuleProduct product(walk.name, path_.front(), limits_, pairs_);
+    RuleProduct product("match-all", walk.name, path_.front(), limits_, pairs_);
     combine(walk, &Gathered::ipv4, product);
     combine(walk, &Gathered::ipv6, product);
     combine(walk, &Gathered::mac, product);
@@ -156,12 +171,23 @@ class Compiler {
   }
 
   template <class Rule>
-  static void combine(Walk& walk, RuleGatherer<Rule> Gathered::*option, RuleProduct& product) {
+  void combine(Walk& walk, RuleGatherer<Rule> Gathered::*option, RuleProduct& product) {
     std::vector<RuleSources<Rule>> operands;
     for (Gathered& operand : walk.operands) {
-      operands.push_back((operand.*option).finish());
+      operands.push_back(unite(operand.*option, walk.name, path_.front()));
     }
     (walk.into->*option).addComposed(product.of(operands));
+  }
+
+  // match-any ------------------------------------------------------------------------------------
+
+  template <class Rule>
+  RuleSources<Rule> unite(RuleGatherer<Rule>& gatherer, Kor::Name const& classMap,
+                          Kor::Name const& whole) {
+    RuleProduct product("match-any", classMap, whole, limits_, pairs_);
+    RuleSources<Rule> sources = RuleUnion<Rule>(gatherer.finish(), product).take();
+    fail(product.error());
+    return sources;
   }
 
   // leaves ------------------------------------------------------------------------------

@@ -13,6 +13,8 @@
 #include "PolicyMap/ClassRules.h"
 #include "PolicyMap/NumberPool.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <map>
 #include <set>
 #include <utility>
@@ -29,22 +31,26 @@ class RuleGatherer {
       lists_.push_back({{name, std::move(rules)}, named_.size()});
     }
   }
+  // Inline rules are one list with those before, unless beginList() was called.
   void addOwn(std::uint32_t place, Rule const& rule) {
     named_.push_back({Kor::Name(), 0, place, {rule}});
   }
+  void beginList() { starts_.push_back(named_.size()); }
   // A repeated rule matches nothing additional.
   void addComposed(std::vector<NamedRule<Rule>> rules) {
+    beginList();
     for (NamedRule<Rule>& rule : rules) {
       if (composed_.insert(rule).second) {
         named_.push_back(std::move(rule));
       }
     }
+    beginList();
   }
 
   // True if anything was added, even if it has no rules.
   [[nodiscard]] bool matches() const { return !named_.empty() || !lists_.empty(); }
 
-  // Everything that was added, in order. To be called once.
+  // Everything that was added, in order, each list as a source of its own. To be called once.
   [[nodiscard]] RuleSources<Rule> finish() {
     number();
     RuleSources<Rule> sources;
@@ -92,19 +98,27 @@ class RuleGatherer {
 
   void addNamed(std::size_t from, std::size_t end, RuleSources<Rule>& sources) {
     std::vector<NamedRule<Rule>> rules;
-    for (; from < end; ++from) {
+    for (auto start = std::upper_bound(starts_.begin(), starts_.end(), from); from < end; ++from) {
+      for (; start != starts_.end() && *start == from; ++start) {
+        addSource(rules, sources);
+      }
       if (!named_[from].exact.rule.matchesNothing()) {
         rules.push_back(std::move(named_[from]));
       }
     }
+    addSource(rules, sources);
+  }
+  static void addSource(std::vector<NamedRule<Rule>>& rules, RuleSources<Rule>& sources) {
     if (!rules.empty()) {
-      sources.push_back({Kor::Name(), nullptr, Kor::make<NamedRules<Rule>>(std::move(rules))});
+      sources.push_back(
+          {Kor::Name(), nullptr, Kor::make<NamedRules<Rule>>(std::exchange(rules, {}))});
     }
   }
 
   std::set<Kor::Name> listNames_;
   std::vector<List> lists_;
   std::vector<NamedRule<Rule>> named_;  // with their preferred numbers until number()
+  std::vector<std::size_t> starts_;     // the numbers of named rules before the start of a list
   std::set<NamedRule<Rule>> composed_;  // the intersections among named_
 };
 

@@ -126,6 +126,7 @@ struct Named {
   Ranges sources;
   Ranges destinations;
   bool ofList = false;  // whether its number is that in an access list
+  int match = 0;  // the rules of one match are a list; so are own rules that follow each other
 
   Named(std::string listName, std::uint32_t seqno, Rule const& configured)
       : list(std::move(listName)), number(seqno), rule(configured) {
@@ -393,7 +394,8 @@ struct Flat {
 };
 
 template <class Rule, class List>
-void addList(OptionRules<Rule>& into, Kor::Name const& name, Kor::Ptr<List> const& list) {
+void addList(OptionRules<Rule>& into, Kor::Name const& name, Kor::Ptr<List> const& list,
+             int match) {
   if (!list || !into.lists.insert(name.stdString()).second) {
     return;
   }
@@ -403,14 +405,98 @@ void addList(OptionRules<Rule>& into, Kor::Name const& name, Kor::Ptr<List> cons
     ordered.emplace(entry.key(), entry.value());
   }
   for (auto const& [number, rule] : ordered) {
-    into.rules.emplace_back(name.stdString(), number, rule).ofList = true;
+    Named<Rule>& added = into.rules.emplace_back(name.stdString(), number, rule);
+    added.ofList = true;
+    added.match = match;
   }
 }
 
 template <class Rule>
-void addOwn(OptionRules<Rule>& into, std::uint32_t place, Rule const& rule) {
+void addOwn(OptionRules<Rule>& into, std::uint32_t place, Rule const& rule, int match) {
   into.matched = true;
-  into.rules.emplace_back(std::string(), place, rule);
+  into.rules.emplace_back(std::string(), place, rule).match = match;
+}
+
+// match-any: each match by itself
+
+template <class Rule>
+bool meet(Named<Rule> const& a, Named<Rule> const& b) {
+  try {
+    (void)intersection(a, b);
+  } catch (Empty const&) {
+    return false;
+  } catch (NoRuleCanSay const&) {  // NOLINT(bugprone-empty-catch): they meet
+  }
+  return true;
+}
+
+template <class Rule>
+bool permitsSome(Rules<Rule> const& rules, Named<Rule> const& of) {
+  return std::any_of(rules.begin(), rules.end(),
+                     [&](Named<Rule> const& rule) { return rule.rule.permit() && meet(of, rule); });
+}
+
+// Gives new rules numbers that no rule of their name has.
+template <class Rule>
+void numberNew(Rules<Rule>& rules, std::set<std::string> const& names) {
+  std::set<std::pair<std::string, std::uint32_t>> taken;
+  for (Named<Rule> const& rule : rules) {
+    if (rule.match >= 0) {
+      taken.emplace(rule.list, rule.number);
+    }
+  }
+  for (Named<Rule>& rule : rules) {
+    while (rule.match < 0 && names.count(rule.list) != 0 &&
+           !taken.emplace(rule.list, rule.number).second) {
+      ++rule.number;
+    }
+  }
+}
+
+// What a rule denies, the rules of later matches may permit. Throws Refused.
+template <class Rule>
+Rules<Rule> united(Rules<Rule> const& all) {
+  Rules<Rule> united;
+  Rules<Rule> last;
+  std::set<std::string> names;
+  for (auto end = all.end(); end != all.begin();) {
+    auto begin = end;
+    while (begin != all.begin() && std::prev(begin)->match == std::prev(end)->match) {
+      --begin;
+    }
+    Rules<Rule> own;
+    Rules<Rule> afterAll;
+    for (auto rule = begin; rule != end; ++rule) {
+      if (rule->rule.permit() || !permitsSome(united, *rule)) {
+        own.push_back(*rule);
+      } else if (!permitsSome(Rules<Rule>(std::next(rule), end), *rule)) {
+        afterAll.push_back(*rule);
+      } else {
+        Named<Rule> permitting = *rule;
+        permitting.rule.permitIs(true);
+        try {
+          Rules<Rule> met = product({permitting}, united);
+          while (!met.back().rule.permit()) {
+            met.pop_back();
+          }
+          for (Named<Rule>& each : met) {
+            each.match = -1;
+            names.insert(each.list);
+            own.push_back(std::move(each));
+          }
+        } catch (NoRuleCanSay const&) {
+          throw Refused();
+        }
+        own.push_back(*rule);
+      }
+    }
+    united.insert(united.begin(), own.begin(), own.end());
+    last.insert(last.begin(), afterAll.begin(), afterAll.end());
+    end = begin;
+  }
+  united.insert(united.end(), last.begin(), last.end());
+  numberNew(united, names);
+  return united;
 }
 
 class Flattener {
@@ -422,10 +508,10 @@ class Flattener {
     Flat all;
     path_ = {classMap.name()};
     walk(classMap, all);
-    all.ipv4.rules = numbered(std::move(all.ipv4.rules));
-    all.ipv6.rules = numbered(std::move(all.ipv6.rules));
-    all.mac.rules = numbered(std::move(all.mac.rules));
-    all.mpls.rules = numbered(std::move(all.mpls.rules));
+    all.ipv4.rules = united(numbered(std::move(all.ipv4.rules)));
+    all.ipv6.rules = united(numbered(std::move(all.ipv6.rules)));
+    all.mac.rules = united(numbered(std::move(all.mac.rules)));
+    all.mpls.rules = united(numbered(std::move(all.mpls.rules)));
     return all;
   }
 
@@ -476,20 +562,22 @@ class Flattener {
   }
 
   template <class Rule>
-  static void intersect(std::vector<Flat> const& operands, OptionRules<Rule> Flat::*option,
-                        Flat& flat) {
-    Rules<Rule> left = numbered((operands.front().*option).rules);
+  void intersect(std::vector<Flat> const& operands, OptionRules<Rule> Flat::*option, Flat& flat) {
+    Rules<Rule> left = united(numbered((operands.front().*option).rules));
     for (std::size_t i = 1; i < operands.size(); ++i) {
       try {
-        left = product(left, numbered((operands[i].*option).rules));
+        left = product(left, united(numbered((operands[i].*option).rules)));
       } catch (NoRuleCanSay const&) {
         throw Refused();
       }
     }
     OptionRules<Rule>& into = flat.*option;
+    int const match = ++matches_;
     for (Named<Rule>& rule : left) {
+      rule.match = match;
       addComposed(into, std::move(rule));
     }
+    ++matches_;
   }
 
   // Ignores an intersection that is already present.
@@ -508,31 +596,45 @@ class Flattener {
   }
 
   void add(std::uint32_t place, ClassMapMatch const& match, Flat& into) {
-    switch (match.kind()) {
-    case ClassMapMatch::Kind::acl: addAcl(match, into); break;
-    case ClassMapMatch::Kind::rule: addRule(place, match, into); break;
-    case ClassMapMatch::Kind::classMap: nest(match.name(), into); break;
+    if (match.kind() == ClassMapMatch::Kind::rule) {
+      addRule(place, match, into);
+      return;
     }
+    ++matches_;
+    if (match.kind() == ClassMapMatch::Kind::acl) {
+      addAcl(match, into);
+    } else {
+      nest(match.name(), into);
+    }
+    ++matches_;
   }
 
   void addAcl(ClassMapMatch const& match, Flat& into) {
     Kor::Name const& name = match.name();
     switch (match.option()) {
-    case ClassMapMatchOption::ipv4: addList(into.ipv4, name, inputs_.acls.ipAcl(name)); break;
-    case ClassMapMatchOption::ipv6: addList(into.ipv6, name, inputs_.acls.ip6Acl(name)); break;
-    case ClassMapMatchOption::mac: addList(into.mac, name, inputs_.acls.macAcl(name)); break;
-    case ClassMapMatchOption::mpls: addList(into.mpls, name, inputs_.acls.macAcl(name)); break;
+    case ClassMapMatchOption::ipv4:
+      addList(into.ipv4, name, inputs_.acls.ipAcl(name), matches_);
+      break;
+    case ClassMapMatchOption::ipv6:
+      addList(into.ipv6, name, inputs_.acls.ip6Acl(name), matches_);
+      break;
+    case ClassMapMatchOption::mac:
+      addList(into.mac, name, inputs_.acls.macAcl(name), matches_);
+      break;
+    case ClassMapMatchOption::mpls:
+      addList(into.mpls, name, inputs_.acls.macAcl(name), matches_);
+      break;
     }
   }
 
-  static void addRule(std::uint32_t place, ClassMapMatch const& match, Flat& into) {
+  void addRule(std::uint32_t place, ClassMapMatch const& match, Flat& into) {
     if (auto const* const ipv4 = std::get_if<Acl::IpRuleConfig>(&match.rule())) {
-      addOwn(into.ipv4, place, *ipv4);
+      addOwn(into.ipv4, place, *ipv4, matches_);
     } else if (auto const* const ipv6 = std::get_if<Acl::Ip6RuleConfig>(&match.rule())) {
-      addOwn(into.ipv6, place, *ipv6);
+      addOwn(into.ipv6, place, *ipv6, matches_);
     } else {
       addOwn(match.option() == ClassMapMatchOption::mpls ? into.mpls : into.mac, place,
-             std::get<Acl::MacRuleConfig>(match.rule()));
+             std::get<Acl::MacRuleConfig>(match.rule()), matches_);
     }
   }
 
@@ -550,6 +652,7 @@ class Flattener {
 
   Inputs const& inputs_;
   std::vector<Kor::Name> path_;
+  int matches_ = 0;  // the number of the current match
 };
 
 // interfaces

@@ -257,6 +257,28 @@ TEST_F(Compiling, TheMatchAllsOfAClassCompareAsManyPairsAsTheLimitAndNoMore) {
   EXPECT_EQ(compiled("twelve").error, "");
 }
 
+// "first" denies all before it permits all, so each rule of "ports" is composed with its deny.
+TEST_F(Compiling, AMatchAnyMakesAsManyRulesAndComparesAsManyPairsAsTheLimitsAndNoMore) {
+  Acl::IpRuleConfig deny;
+  deny.permitIs(false);
+  auto const first = acls->ipAclIs("first");
+  first->ruleIs(1, deny);
+  first->ruleIs(2, Acl::IpRuleConfig());
+  list("ports", 3, true);
+  match("c", 1, "first");
+  match("c", 2, "ports");
+  limits.composedRules = 3;
+  EXPECT_EQ(compiled().error, "");
+  EXPECT_EQ(rulesOf(compiled()), 8U);
+  limits.composedRules = 2;
+  EXPECT_EQ(compiled().error, "class-map c: match-any makes more than 2 rules");
+  limits.composedRules = 3;
+  limits.pairs = 7;  // with the later list to see whether it permits, its own rest, and to compose
+  EXPECT_EQ(compiled().error, "");
+  limits.pairs = 6;
+  EXPECT_EQ(compiled().error, "class-map c: match-any compares more than 6 pairs of rules");
+}
+
 TEST_F(Compiling, DisjointListsOfManyRulesAreRefusedInTime) {
   list("networks", 10000);
   list("others", 5001);
