@@ -1,129 +1,51 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "packets/Proof.h"
 
-#include "packets/Configured.h"
-#include "testkit/Explanations.h"
-#include "testkit/Printing.h"
+#include "packets/hardware/SubRuleFindings.h"
 
-#include <PolicyMap/PolicyMapTypeConfig.h>
-
-#include <algorithm>
-#include <iterator>
-#include <set>
-#include <utility>
+#include <sstream>
 
 namespace PolicyMapPackets {
 
-namespace {
-
-using PolicyMap::ClassMapMatchOption;
-using PolicyMap::PolicyMapSmKey;
-using PolicyMapTestKit::Lab;
-
-std::set<PolicyMapSmKey> attachedPolicies(Lab const& lab, Selection const& selection) {
-  std::set<PolicyMapSmKey> policies;
-  for (auto const& entry : lab.policyMaps()->servicePolicyIteratorConst()) {
-    bool const isSelected =
-        (!selection.intf || *selection.intf == entry.key().intf()) &&
-        (selection.policyMap.empty() || selection.policyMap == entry.value().view());
-    if (isSelected) {
-      policies.emplace(entry.value(), entry.key().direction());
-    }
+Proof prove(Subject const& subject, SearchOptions const& options) {
+  Proof proof;
+  proof.subject = subject.name();
+  proof.findings = subRuleFindings(subject.recorded);
+  if (!subject.obstacle.empty()) {
+    proof.verdict = Verdict::notProgrammed;
+    proof.reason = subject.obstacle;
+    return proof;
   }
-  return policies;
+  static_cast<Differences&>(proof) =
+      differencesOf({subject, Said::byRecords}, {subject, Said::byConfiguration}, options);
+  proof.verdict = proof.verdictOfSearch();
+  return proof;
 }
 
-bool hasEntries(Classifier const& classifier) {
-  std::vector<Candidate> const all = classifier.candidates();
-  return all.size() > 1;  // besides that of no class
-}
-
-// Calls function(policy, classifiers of the configuration by space) for what is selected, and has
-// rules or a record.
-template <class Function>
-void forEachSelected(Lab const& lab, Selection const& selection, Function const& function) {
-  for (PolicyMapSmKey const& policy : attachedPolicies(lab, selection)) {
-    for (ClassMapMatchOption const option :
-         {ClassMapMatchOption::ipv4, ClassMapMatchOption::ipv6}) {
-      if (selection.option && *selection.option != option) {
-        continue;
-      }
-      std::vector<Classifier> wanted;
-      for (Space const& space : spacesOf(option)) {
-        wanted.push_back(configured(lab, Kor::Name(policy.first()), space));
-      }
-      RecordedPolicy const known = recordedPolicy(lab, policy, option);
-      if (known.unknown.empty() || std::any_of(wanted.begin(), wanted.end(), hasEntries)) {
-        function(known, wanted);
-      }
-    }
-  }
-}
-
-// The explanation of what is not programmed, without the policy's name.
-std::string whyUnknown(Lab const& lab, RecordedPolicy const& known) {
-  std::string const head = PolicyMapTestKit::describe(known.policy) + " " +
-                           PolicyMapTestKit::toText(known.option) + ": ";
-  for (std::string const& line : lab.explain(known.policy.first().view()).lines()) {
-    if (!known.created && line.starts_with(head)) {
-      return line.substr(head.size());
-    }
-  }
-  return known.unknown;
-}
-
-}  // namespace
-
-std::vector<Proof> prove(Lab const& lab, Selection const& selection, ProofOptions const& options) {
+std::vector<Proof> proofsOf(std::vector<Subject> const& subjects, SearchOptions const& options) {
   std::vector<Proof> proofs;
-  forEachSelected(
-      lab, selection, [&](RecordedPolicy const& known, std::vector<Classifier> const& wanted) {
-        Proof proof{known.policy, known.option, {}, {}, true};
-        if (!known.unknown.empty()) {
-          proof.unknown = whyUnknown(lab, known);
-          proofs.push_back(std::move(proof));
-          return;
-        }
-        for (Classifier const& configuration : wanted) {
-          Comparison found = compare(recorded(lab, known, configuration.space(), options.deny),
-                                     configuration, options.limits);
-          proof.complete = proof.complete && found.complete;
-          std::move(found.differences.begin(), found.differences.end(),
-                    std::back_inserter(proof.differences));
-        }
-        proofs.push_back(std::move(proof));
-      });
+  for (Subject const& subject : subjects) {
+    if (subject.hasRules()) {
+      proofs.push_back(prove(subject, options));
+    }
+  }
   return proofs;
 }
 
-std::vector<Trace> trace(Lab const& lab, Packet const& packet, Selection const& selection,
-                         Deny deny) {
-  std::vector<Trace> traces;
-  Selection ofPacket = selection;
-  ofPacket.option = packet.box().space().option;
-  forEachSelected(lab, ofPacket,
-                  [&](RecordedPolicy const& known, std::vector<Classifier> const& wanted) {
-                    Trace one{known.policy, known.option, {}, {}, {}, {}, {}, {}};
-                    Classifier const& configuration =
-                        wanted.at(static_cast<std::size_t>(packet.box().space().header));
-                    Fate const said = fateOf(configuration, packet.box());
-                    one.byConfiguration = said.treatment;
-                    if (Line const* const line = configuration.line(said.candidate)) {
-                      one.configured = *line;
-                    }
-                    if (!known.unknown.empty()) {
-                      one.unknown = whyUnknown(lab, known);
-                    } else {
-                      Classifier const records = recorded(lab, known, configuration.space(), deny);
-                      for (Line const* const line : records.way(packet.box())) {
-                        one.recorded.push_back(*line);
-                      }
-                      one.byRecords = fateOf(records, packet.box()).treatment;
-                      one.alike = alike(records, configuration, packet.box());
-                    }
-                    traces.push_back(std::move(one));
-                  });
-  return traces;
+std::vector<Proof> prove(PolicyMapTestKit::Lab const& lab, SearchOptions const& options) {
+  return proofsOf(subjectsOf(lab, options.selection), options);
+}
+
+std::vector<std::string> unproven(PolicyMapTestKit::Lab const& lab) {
+  std::vector<std::string> texts;
+  for (Proof const& proof : prove(lab)) {
+    if (proof.verdict == Verdict::different || proof.verdict == Verdict::undecided) {
+      std::ostringstream text;
+      text << proof;
+      texts.push_back(text.str());
+    }
+  }
+  return texts;
 }
 
 }  // namespace PolicyMapPackets

@@ -1,71 +1,50 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Whether the records treat packets as the configuration says: of one packet, and of all.
+// Proof: whether the records treat every packet as the configuration says.
+//
+//   for (Proof const& proof : prove(lab)) {
+//     if (proof.verdict == Verdict::different) { ... proof.differences.front() ... }
+//   }
 
-#include "packets/Comparison.h"
-#include "packets/Packet.h"
-#include "packets/Recorded.h"
-#include "testkit/Lab.h"
+#include "packets/Differences.h"
+#include "packets/Export.h"
+#include "packets/Subject.h"
+#include "testkit/text/Json.h"
 
-#include <PolicyMap/PolicyMapSmKey.h>
-#include <Vorel/IntfId.h>
-
-#include <cstdint>
 #include <iosfwd>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace PolicyMapPackets {
 
-// Which policies and options. None: all.
-struct Selection {
-  std::optional<Vorel::IntfId> intf = {};
-  std::string policyMap = {};
-  std::optional<PolicyMap::ClassMapMatchOption> option = {};  // ipv4 or ipv6
+// The differences are between the records and the configuration, in this order.
+struct POLICYMAPPACKETS_API Proof : Differences {
+  std::string subject;  // "edge input ipv4"
+  Verdict verdict = Verdict::same;
+  // Of `notProgrammed`.
+  std::string reason;
+  // What is irregular about the sub-rules, whether or not packets care.
+  std::vector<std::string> findings;
 };
 
-struct ProofOptions {
-  Deny deny = Deny::nextClass;
-  ComparisonLimits limits = {};
-};
-
-// Of one policy with one option.
-struct Proof {
-  PolicyMap::PolicyMapSmKey policy;
-  PolicyMap::ClassMapMatchOption option{};
-  std::string unknown;  // why the records say nothing about packets; empty if they do
-  // By their smallest packets, in the order of headers.
-  std::vector<Difference> differences;
-  bool complete = true;  // false: undecided, there may be more differences
-};
-
-// Of the attached policies that have rules for the option, by name, direction and option.
+// Each policy that is attached and has anything to program for an option, or should have. Throws as
+// subjectsOf().
 [[nodiscard]] POLICYMAPPACKETS_API std::vector<Proof> prove(PolicyMapTestKit::Lab const& lab,
-                                                            Selection const& selection = {},
-                                                            ProofOptions const& options = {});
+                                                            SearchOptions const& options = {});
+[[nodiscard]] POLICYMAPPACKETS_API std::vector<Proof> proofsOf(std::vector<Subject> const& subjects,
+                                                               SearchOptions const& options = {});
+[[nodiscard]] POLICYMAPPACKETS_API Proof prove(Subject const& subject,
+                                               SearchOptions const& options = {});
 
-// What becomes of one packet in one policy.
-struct Trace {
-  PolicyMap::PolicyMapSmKey policy;
-  PolicyMap::ClassMapMatchOption option{};
-  std::string unknown;
-  std::vector<Line> recorded;  // that match the packet, until a class takes it
-  Treatment byRecords;
-  std::optional<Line> configured;  // the line that decides
-  Treatment byConfiguration;
-  std::optional<Box> alike;  // all of whose packets fare the same for the same reason
+// The texts of the proofs that are different or undecided; empty is good. For SweepOptions::look.
+[[nodiscard]] POLICYMAPPACKETS_API std::vector<std::string> unproven(
+    PolicyMapTestKit::Lab const& lab);
 
-  [[nodiscard]] bool same() const { return byRecords == byConfiguration; }
-};
-[[nodiscard]] POLICYMAPPACKETS_API std::vector<Trace> trace(PolicyMapTestKit::Lab const& lab,
-                                                            Packet const& packet,
-                                                            Selection const& selection = {},
-                                                            Deny deny = Deny::nextClass);
-
-// A line per line that decides, and what it comes to.
-POLICYMAPPACKETS_API std::ostream& operator<<(std::ostream& out, Trace const& trace);
+// Some lines, without a line feed at the end.
 POLICYMAPPACKETS_API std::ostream& operator<<(std::ostream& out, Proof const& proof);
+// "subject", "verdict", and as far as there are any "reason", "packets", "log2Packets", "atLeast",
+// "pairs", "moved", "differences", "findings". Counts are texts: they exceed the numbers of JSON.
+[[nodiscard]] POLICYMAPPACKETS_API PolicyMapTestKit::Text::Json jsonOf(Proof const& proof);
 
 }  // namespace PolicyMapPackets

@@ -1,18 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "packets/Packet.h"
-
-#include "testkit/text/SourceText.h"
+#include "packets/space/Packet.h"
 
 #include <gmock/gmock.h>
 
 namespace PolicyMapPackets::test {
 namespace {
 
-using PolicyMapTestKit::Text::InputError;
-
 std::string errorOf(std::string const& text) {
   try {
-    return "no error: " + Packet(text).text();
+    return "no error: " + toText(readPacket(text));
   } catch (InputError const& error) {
     return error.what();
   }
@@ -20,70 +16,98 @@ std::string errorOf(std::string const& text) {
 
 TEST(Packet, PrintsAsItIsRead) {
   for (char const* const text :
-       {"tcp 10.0.0.1:4000 > 192.0.2.80:80 syn", "tcp 0.0.0.0:0 > 0.0.0.0:0",
+       {"tcp 10.0.0.1:4000 > 192.0.2.80:80 syn", "tcp 0.0.0.0 > 0.0.0.0",
         "tcp 10.0.0.1:1 > 10.0.0.2:2 fin syn rst psh ack urg ece cwr dscp 46 ttl 255 tni 7 vni 9",
-        "udp [2001:db8::1]:4000 > [2001:db8::2]:53 ttl 1", "sctp 10.0.0.1:1 > 10.0.0.2:2",
+        "udp [2001:db8::1]:4000 > [2001:db8::2]:53 ttl 1", "sctp 10.0.0.1:1 > 10.0.0.2",
         "icmp 10.0.0.1 > 10.0.0.2 type 8 code 1", "icmp 2001:db8::1 > 2001:db8::2 type 128",
-        "ip 10.0.0.1 > 10.0.0.2 protocol 47", "ip 10.0.0.1 > 10.0.0.2",
-        "fragment 10.0.0.1 > 10.0.0.2 protocol 6 dscp 10"}) {
-    EXPECT_EQ(Packet(text).text(), text);
-    EXPECT_EQ(Packet(Packet(text).text()), Packet(text));
+        "gre 10.0.0.1 > 10.0.0.2", "0 10.0.0.1 > 10.0.0.2", "icmp6 10.0.0.1 > 10.0.0.2",
+        "1 2001:db8::1 > 2001:db8::2", "tcp 10.0.0.1 > 10.0.0.2 dscp 10 fragment",
+        "mac 0011.2233.4455 > 00aa.bbcc.ddee ethertype 2054",
+        "mac 0000.0000.0000 > ffff.ffff.ffff vlan 0 cos 5",
+        "mac 0000.0000.0000 > ffff.ffff.ffff vlan 10 mpls-label 16 mpls-experimental 3",
+        "mac 0000.0000.0000 > ffff.ffff.ffff mpls-label 0 mpls-inner-label 7",
+        "mac 0000.0000.0000 > ffff.ffff.ffff ethertype 34888 mpls-label 0"}) {
+    EXPECT_EQ(errorOf(text), "no error: " + std::string(text));
+    EXPECT_EQ(readPacket(toText(readPacket(text))), readPacket(text));
   }
 }
 
 TEST(Packet, HasZeroWhatIsNotSaid) {
-  EXPECT_EQ(Packet("tcp 10.0.0.1 > 10.0.0.2"), Packet("tcp 10.0.0.1:0 > 10.0.0.2:0 ttl 0 dscp 0"));
-  EXPECT_EQ(Packet("udp 2001:db8::1 > 2001:db8::2"), Packet("udp [2001:db8::1]:0 > [2001:db8::2]"));
+  EXPECT_EQ(readPacket("tcp 10.0.0.1 > 10.0.0.2"),
+            readPacket("tcp 10.0.0.1:0 > 10.0.0.2:0 ttl 0 dscp 0"));
+  EXPECT_EQ(readPacket("udp 2001:db8::1 > 2001:db8::2"),
+            readPacket("udp [2001:db8::1]:0 > [2001:db8::2]"));
+  EXPECT_EQ(readPacket("ip 10.0.0.1 > 10.0.0.2"), readPacket("0 10.0.0.1 > 10.0.0.2"));
+  EXPECT_EQ(readPacket("mac 0011.2233.4455 > 00aa.bbcc.ddee cos 1")[FieldId::vlan], 0U);
+  EXPECT_EQ(readPacket("mac 0011.2233.4455 > 00aa.bbcc.ddee mpls-label 1")[FieldId::ethertype],
+            0x8847U);
 }
 
-TEST(Packet, AcceptsNamesOfCodePointsAndAnyCase) {
-  EXPECT_EQ(Packet("TCP 10.0.0.1 > 10.0.0.2 SYN dscp EF").text(),
-            "tcp 10.0.0.1:0 > 10.0.0.2:0 syn dscp 46");
+TEST(Packet, AcceptsNamesAndAnyCase) {
+  EXPECT_EQ(toText(readPacket("TCP 10.0.0.1:www > 10.0.0.2:HTTPS SYN dscp EF")),
+            "tcp 10.0.0.1:80 > 10.0.0.2:443 syn dscp 46");
+  EXPECT_EQ(toText(readPacket("47 10.0.0.1 > 10.0.0.2")), "gre 10.0.0.1 > 10.0.0.2");
+  EXPECT_EQ(toText(readPacket("ipv6 icmp 2001:db8::1 > 2001:db8::2")),
+            "icmp 2001:db8::1 > 2001:db8::2");
+  EXPECT_EQ(toText(readPacket("mac 00:11:22:33:44:55 > 00-aa-bb-cc-dd-ee ethertype arp")),
+            "mac 0011.2233.4455 > 00aa.bbcc.ddee ethertype 2054");
 }
 
 TEST(Packet, RefusesWhatCannotBe) {
   EXPECT_EQ(errorOf("arp 10.0.0.1 > 10.0.0.2"),
-            "packet:1:1: expected tcp, udp, sctp, icmp, ip or fragment, found 'arp'");
+            "packet:1:1: expected a protocol, ip, ipv6 or mac, found 'arp'");
   EXPECT_EQ(errorOf("icmp 10.0.0.1:80 > 10.0.0.2"),
-            "packet:1:6: expected an address alone, because this header has no ports, found "
-            "'10.0.0.1:80'");
+            "packet:1:6: expected only fields that such a packet has, found '10.0.0.1:80'");
   EXPECT_EQ(errorOf("tcp 10.0.0.1:65536 > 10.0.0.2"),
-            "packet:1:5: expected a port 0-65535 after ':', found '10.0.0.1:65536'");
+            "packet:1:5: expected port 0-65535 or a port name after ':', found "
+            "'10.0.0.1:65536'");
   EXPECT_EQ(errorOf("tcp 10.0.0.1 > 2001:db8::1"),
             "packet:1:16: expected an IPv4 address, found '2001:db8::1'");
   EXPECT_EQ(errorOf("tcp 2001:db8::1 > 10.0.0.1"),
             "packet:1:19: expected an IPv6 address, found '10.0.0.1'");
   EXPECT_EQ(errorOf("udp 10.0.0.1 > 10.0.0.2 syn"),
-            "packet:1:25: expected a field that a packet of this header has, found 'syn'");
+            "packet:1:25: expected only fields that such a packet has, found 'syn'");
+  EXPECT_EQ(errorOf("tcp 10.0.0.1 > 10.0.0.2 syn fragment"),
+            "packet:1:25: expected only fields that such a packet has, found 'syn'");
+  EXPECT_EQ(errorOf("tcp 10.0.0.1 > 10.0.0.2 vlan 5"),
+            "packet:1:25: expected only fields that such a packet has, found 'vlan'");
   EXPECT_EQ(errorOf("tcp 10.0.0.1 > 10.0.0.2 dscp 64"),
             "packet:1:30: expected dscp 0-63, found '64'");
   EXPECT_EQ(errorOf("tcp 10.0.0.1 > 10.0.0.2 ttl 1 ttl 2"),
-            "packet:1:31: expected each field once, found 'ttl'");
+            "packet:1:31: expected 'ttl' once, found 'ttl'");
   EXPECT_EQ(errorOf("tcp 10.0.0.1 10.0.0.2"),
-            "packet:1:14: expected '>' between source and destination, found '10.0.0.2'");
-  EXPECT_EQ(errorOf("ip 10.0.0.1 > 10.0.0.2 protocol 6"),
-            "packet:1:34: expected another protocol, or the header of this one, found end of line");
+            "packet:1:14: expected '>' between the addresses, found '10.0.0.2'");
+  EXPECT_EQ(errorOf("mac 0011.2233.4455 > 00aa.bbcc.ddee ethertype mpls-unicast"),
+            "packet:1:37: expected a value that such a packet may have, found 'ethertype'");
+  EXPECT_EQ(errorOf("mac 0011.2233.4455 > 00aa.bbcc.ddee vlan 4095"),
+            "packet:1:42: expected vlan 0-4094, found '4095'");
   for (char const* const text :
        {"", "tcp", "tcp 10.0.0.1", "tcp 10.0.0.1 >", "tcp 10.0.0 > 10.0.0.2", "tcp any > any",
         "tcp [2001:db8::1 > [2001:db8::2]:1", "tcp 2001:db8::1]:1 > 2001:db8::2",
         "tcp 10.0.0.1: > 10.0.0.2", "tcp 10.0.0.1:1:2 > 10.0.0.2", "tcp 10.0.0.1 > 10.0.0.2 ttl",
-        "tcp 10.0.0.1 > 10.0.0.2 source 1", "tcp [10.0.0.1]:1 > 10.0.0.2"}) {
+        "tcp 10.0.0.1 > 10.0.0.2 source 1", "tcp [10.0.0.1]:1 > 10.0.0.2",
+        "mac 10.0.0.1 > 10.0.0.2"}) {
     EXPECT_THAT(errorOf(text), testing::StartsWith("packet:1:")) << text;
   }
 }
 
 TEST(BoxText, IsThatOfARule) {
-  Box box = wholeOf(spaceOf(PolicyMap::ClassMapMatchOption::ipv4, Header::tcp)).front();
-  EXPECT_EQ(textOf(box), "tcp any any");
-  box.set(Field::source, {0x0a000000, 0xff000000});
-  box.set(Field::destination, {0xc0000250, 0xffffffff});
-  box.set(Field::sourcePort, {1024, 65535});
-  box.set(Field::destinationPort, {80, 80});
-  box.set(Field::tcpFlags, {2, 18});
-  box.set(Field::ttl, {1, 1});
-  box.set(Field::dscp, {1, 7});
-  EXPECT_EQ(textOf(box),
-            "tcp 10.0.0.0/8 range 1024 65535 host 192.0.2.80 eq 80 +syn -ack dscp 1-7 ttl 1");
+  Slice const& slice = Slice::of(SliceId::tcp4);
+  Box box = Box::all(slice);
+  EXPECT_EQ(toText(slice, box), "tcp any any");
+  box.takeTernary(slice, FieldId::source4, 0, 0x0a000000, 0xff000000);
+  box.takeTernary(slice, FieldId::destination4, 0, 0xc0000250, 0xffffffff);
+  box.takeInterval(slice, FieldId::sourcePort, 1024, 65535);
+  box.takeInterval(slice, FieldId::destinationPort, 80, 80);
+  box.takeTernary(slice, FieldId::tcpFlags, 0, 2, 18);
+  box.takeInterval(slice, FieldId::dscp, 1, 7);
+  box.takeInterval(slice, FieldId::ttl, 1, 1);
+  EXPECT_EQ(toText(slice, box), "tcp 10.0.0.0/8 gt 1023 host 192.0.2.80 eq 80 +syn -ack dscp range "
+                                "1 7 ttl eq 1");
+  EXPECT_EQ(toText(Slice::of(SliceId::other6), Box::all(Slice::of(SliceId::other6))),
+            "ipv6 any any");
+  EXPECT_EQ(toText(Slice::of(SliceId::fragment4), Box::all(Slice::of(SliceId::fragment4))),
+            "ip any any fragments");
 }
 
 }  // namespace

@@ -1,98 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "packets/Proof.h"
 
-#include "testkit/Printing.h"
-
-#include <gmock/gmock.h>
+#include "packets/Labs.h"
+#include "testkit/Lookup.h"
+#include "testkit/sweep/Sweep.h"
 
 #include <functional>
-#include <sstream>
 
 namespace PolicyMapPackets::test {
 namespace {
 
-using PolicyMap::AclRuleKey;
-using PolicyMap::ClassMapMatchOption;
 using PolicyMap::SubRuleData;
-using PolicyMapTest::AclPolicyData;
-using PolicyMapTestKit::Lab;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::SizeIs;
-
-constexpr char const* policy = R"(ip access-list web
-  10 permit tcp any any eq 80
-  20 permit tcp any any range 8000 8010
-ip access-list rest
-  10 deny udp any any eq 53
-  20 permit ip any any
-class-map match-any web
-  match access-group web
-class-map match-any rest
-  match access-group rest
-policy-map edge
-  class web
-    set action1 1
-  class rest
-    set action1 2
-interface Ethernet1
-  ip address 192.0.2.1/24
-  service-policy input edge)";
-
-template <class Printed>
-std::string printed(Printed const& value) {
-  std::ostringstream out;
-  out << value;
-  return out.str();
-}
-
-std::string tracedText(Lab const& lab, std::string const& packet, Deny deny = Deny::nextClass) {
-  std::string text;
-  for (Trace const& each : trace(lab, Packet(packet), {}, deny)) {
-    text += printed(each);
-  }
-  return text;
-}
-
-Proof proofOf(Lab const& lab, ProofOptions const& options = {}) {
-  std::vector<Proof> const proofs = prove(lab, {}, options);
-  EXPECT_THAT(proofs, SizeIs(1));
-  return proofs.front();
-}
-
-Kor::Ptr<AclPolicyData> dataOf(Lab const& lab) {
-  return lab.helper()->testData({{"edge", "input"}, ClassMapMatchOption::ipv4});
-}
-
-AclRuleKey keyOf(char const* list, std::uint32_t number) {
-  return {list, list, number, ClassMapMatchOption::ipv4};
-}
 
 TEST(Prove, WhatIsProgrammedIsWhatIsConfigured) {
   Lab lab;
   lab.load(policy);
   Proof const proof = proofOf(lab);
-  EXPECT_THAT(proof.differences, IsEmpty());
-  EXPECT_TRUE(proof.complete);
-  EXPECT_EQ(printed(proof), "edge input ipv4: every packet is treated as configured\n");
+  EXPECT_EQ(proof.verdict, Verdict::same);
+  EXPECT_EQ(printed(proof), "edge input ipv4: the same");
 }
 
-TEST(Prove, ADenyInOneOfSeveralListsOfAClass) {
-  Lab lab;
+TEST(Prove, SubRulesForPortsChangeNothing) {
+  Lab lab({.subRulesForPorts = true});
   lab.load(policy);
-  lab.load(R"(ip access-list web
-  5 deny tcp any any eq 80
-class-map match-any web
-  match access-group more
-ip access-list more
-  10 permit tcp any any)");
-  std::string const text = printed(proofOf(lab));
-  EXPECT_EQ(text, "edge input ipv4: DIFFERENT for 2^150 packets\n"
-                  "tcp 0.0.0.0:0 > 0.0.0.0:80\n"
-                  "  records        rest  rest 20  permit ip any any   action1 2\n"
-                  "  configuration  web   more 10  permit tcp any any  action1 1\n"
-                  "  as for 2^150 packets, such as every tcp any any eq 80\n");
+  EXPECT_EQ(printed(proofOf(lab)), "edge input ipv4: the same");
 }
 
 // Each changes what is recorded, so that some packet is treated in another way.
@@ -102,51 +36,76 @@ struct Mutation {
   char const* smallest;
 };
 
-std::vector<Mutation> mutations() {
-  auto const changeMatch = [](char const* list, std::uint32_t number, auto change) {
-    return [=](AclPolicyData& data) {
-      Acl::IpRuleConfig rule = data.ruleMatch(keyOf(list, number));
-      change(rule);
-      data.ruleMatchIs(keyOf(list, number), rule);
-    };
+auto changeMatch(char const* list, std::uint32_t number,
+                 std::function<void(Acl::IpRuleConfig&)> const& change) {
+  return [=](AclPolicyData& data) {
+    Acl::IpRuleConfig rule = data.ruleMatch(keyOf(list, number));
+    change(rule);
+    data.ruleMatchIs(keyOf(list, number), rule);
   };
+}
+
+std::vector<Mutation> mutations() {
   return {
       {"action", [](AclPolicyData& data) { data.ruleAction1Is(keyOf("web", 10), 7); },
-       "tcp 0.0.0.0:0 > 0.0.0.0:80"},
+       "tcp 0.0.0.0 > 0.0.0.0:80"},
       {"another action", [](AclPolicyData& data) { data.ruleAction3Is(keyOf("rest", 20), 1); },
-       "tcp 0.0.0.0:0 > 0.0.0.0:0"},
+       "tcp 0.0.0.0 > 0.0.0.0"},
       {"permit", changeMatch("web", 10, [](auto& rule) { rule.permitIs(false); }),
-       "tcp 0.0.0.0:0 > 0.0.0.0:80"},
+       "tcp 0.0.0.0 > 0.0.0.0:80"},
       {"deny", changeMatch("rest", 10, [](auto& rule) { rule.permitIs(true); }),
-       "udp 0.0.0.0:0 > 0.0.0.0:53"},
+       "udp 0.0.0.0 > 0.0.0.0:53"},
       {"protocol", changeMatch("web", 10, [](auto& rule) { rule.protocolIs(17); }),
-       "tcp 0.0.0.0:0 > 0.0.0.0:80"},
+       "tcp 0.0.0.0 > 0.0.0.0:80"},
       {"source",
        changeMatch("web", 10, [](auto& rule) { rule.sourceIs(Acl::IpAddressMatch("0.0.0.0/1")); }),
-       "tcp 128.0.0.0:0 > 0.0.0.0:80"},
+       "tcp 128.0.0.0 > 0.0.0.0:80"},
       {"flags",
        changeMatch("web", 20,
                    [](auto& rule) {
                      rule.tcpFlagsIs({2, 2});
                    }),
-       "tcp 0.0.0.0:0 > 0.0.0.0:8000"},
+       "tcp 0.0.0.0 > 0.0.0.0:8000"},
       {"ttl", changeMatch("web", 20, [](auto& rule) { rule.ttlIs(Acl::TtlMatch::neq(9)); }),
-       "tcp 0.0.0.0:0 > 0.0.0.0:8000 ttl 9"},
+       "tcp 0.0.0.0 > 0.0.0.0:8000 ttl 9"},
+      {"dscp", changeMatch("web", 20, [](auto& rule) { rule.dscpIs(0); }),
+       "tcp 0.0.0.0 > 0.0.0.0:8000 dscp 1"},
+      {"vni", changeMatch("web", 20, [](auto& rule) { rule.vniIs(3); }),
+       "tcp 0.0.0.0 > 0.0.0.0:8000"},
+      {"fragments", changeMatch("rest", 20, [](auto& rule) { rule.fragmentsIs(true); }),
+       "tcp 0.0.0.0 > 0.0.0.0"},
+      {"established", changeMatch("web", 20, [](auto& rule) { rule.establishedIs(true); }),
+       "tcp 0.0.0.0 > 0.0.0.0:8000"},
+      {"ports asked for",
+       changeMatch("rest", 20, [](auto& rule) { rule.dstPortIs(Acl::PortMatch::range(0, 65535)); }),
+       "icmp 0.0.0.0 > 0.0.0.0"},
       {"no sub-rules", [](AclPolicyData& data) { data.subRulesForKeyDel(keyOf("web", 10)); },
-       "tcp 0.0.0.0:0 > 0.0.0.0:80"},
+       "tcp 0.0.0.0 > 0.0.0.0:80"},
+      {"a false sub-rule",
+       [](AclPolicyData& data) {
+         data.subRulesForKey(keyOf("web", 10))
+             ->subRuleIs(SubRuleData(0, 65535, 80, 80, 0, false, false), false);
+       },
+       "tcp 0.0.0.0 > 0.0.0.0:80"},
       {"a bound of a sub-rule",
        [](AclPolicyData& data) {
          auto const subRules = data.subRulesForKey(keyOf("web", 20));
          subRules->subRuleDelAll();
          subRules->subRuleIs(SubRuleData(0, 65535, 8000, 8009, 0, false, true), true);
        },
-       "tcp 0.0.0.0:0 > 0.0.0.0:8010"},
+       "tcp 0.0.0.0 > 0.0.0.0:8010"},
       {"one sub-rule more",
        [](AclPolicyData& data) {
          data.subRulesForKey(keyOf("web", 20))
              ->subRuleIs(SubRuleData(1, 1, 9000, 9000, 0, false, false), true);
        },
        "tcp 0.0.0.0:1 > 0.0.0.0:9000"},
+      {"a rule less",
+       [](AclPolicyData& data) {
+         data.ruleMatchDel(keyOf("web", 20));
+         data.subRulesForKeyDel(keyOf("web", 20));
+       },
+       "tcp 0.0.0.0 > 0.0.0.0:8000"},
   };
 }
 
@@ -156,51 +115,88 @@ TEST(Prove, FindsEveryRecordedValueThatIsChanged) {
     lab.load(policy);
     mutation.apply(*dataOf(lab));
     Proof const proof = proofOf(lab);
-    ASSERT_THAT(proof.differences, testing::Not(IsEmpty())) << mutation.name;
-    EXPECT_EQ(Packet(proof.differences.front().smallest).text(), mutation.smallest)
-        << mutation.name;
+    ASSERT_EQ(proof.verdict, Verdict::different) << mutation.name;
+    EXPECT_EQ(toText(proof.differences.front().packet), mutation.smallest) << mutation.name;
   }
 }
 
-TEST(Prove, SaysWhyNothingIsKnown) {
-  auto const unknownOf = [](std::function<void(Lab&)> const& change,
-                            PolicyMapTestKit::LabOptions const& options = {}) {
+TEST(Prove, NamesPacketRulesSetAndCount) {
+  Lab lab;
+  lab.load(policy);
+  dataOf(lab)->ruleMatchDel(keyOf("web", 20));
+  Proof const proof = proofOf(lab);
+  EXPECT_EQ(printed(proof),
+            "edge input ipv4: different for 2^153.46 packets of 1 pair of rules\n"
+            "  tcp 0.0.0.0 > 0.0.0.0:8000, as every tcp any any range 8000 8010\n"
+            "    records: rest 20 permit ip any any of class rest, action1 2\n"
+            "    configuration: web 20 permit tcp any any range 8000 8010 of class web, action1 1\n"
+            "  2^153.46 packets in class rest, configured for class web");
+  Count packets = Count::powerOfTwo(150);  // all fields of TCP but the destination port
+  packets *= 11;
+  EXPECT_EQ(proof.packets, packets);
+}
+
+TEST(Prove, ShowsAsManyDifferencesAsAskedForAndCountsAll) {
+  Lab lab;
+  lab.load(policy);
+  dataOf(lab)->ruleMatchDel(keyOf("web", 10));
+  dataOf(lab)->ruleMatchDel(keyOf("web", 20));
+  for (std::size_t const first : {0U, 1U, 2U, 3U}) {
+    Proof const proof = proofOf(lab, {.first = first});
+    EXPECT_EQ(proof.differences.size(), std::min<std::size_t>(first, 2));
+    EXPECT_EQ(proof.pairs, 2U);
+  }
+}
+
+TEST(Prove, ExplainsWhatIsNotProgrammed) {
+  auto const reasonOf = [](std::function<void(Lab&)> const& change,
+                           PolicyMapTestKit::LabOptions const& options = {}) {
     Lab lab(options);
     change(lab);
-    return proofOf(lab).unknown;
+    Proof const proof = proofOf(lab);
+    EXPECT_EQ(proof.verdict, Verdict::notProgrammed);
+    return proof.reason;
   };
-  EXPECT_EQ(unknownOf([](Lab& lab) {
+  EXPECT_EQ(reasonOf([](Lab& lab) {
               lab.inject({"commitError", "table full"});
               lab.load(policy);
             }),
             "failed: commitPolicy: table full; next try in 1 s");
-  EXPECT_EQ(unknownOf([](Lab& lab) {
-              lab.load(policy);
-              dataOf(lab)->dirtyIs(true);
-            }),
-            "rules were added that are not committed");
-  EXPECT_EQ(unknownOf([](Lab& lab) { lab.load(policy); }, {.journal = 3}),
-            "the order of the rules is in entries that the journal has dropped");
-  EXPECT_EQ(unknownOf([](Lab& lab) {
-              lab.load(policy);
-              dataOf(lab)->ruleMatchIs(keyOf("web", 30), {});
-            }),
-            "rule web 30 was added by no call of the journal");
+  EXPECT_EQ(reasonOf([](Lab& lab) { lab.load(policy); }, {.layer3 = false}),
+            "no interface is eligible: Ethernet1 (interfaces of its kind are not served)");
+  EXPECT_EQ(reasonOf(
+                [](Lab& lab) {
+                  lab.load(policy);
+                  dataOf(lab)->dirtyIs(true);
+                },
+                {.journal = 1}),
+            "not committed, and the journal does not have the last commit");
 }
 
-TEST(Prove, IsUndecidedAtTheLimit) {
+// A rule is added without a commit, so that the rules of the last commit count.
+TEST(Prove, OfADirtyRecordTheLastCommitCounts) {
   Lab lab;
   lab.load(policy);
-  Proof const proof = proofOf(lab, {.limits = {.steps = 0}});
-  EXPECT_FALSE(proof.complete);
-  EXPECT_EQ(printed(proof), "edge input ipv4: undecided: the limit of steps was reached\n");
+  dataOf(lab)->ruleMatchDel(keyOf("web", 10));
+  EXPECT_EQ(proofOf(lab).verdict, Verdict::different);
+  dataOf(lab)->dirtyIs(true);
+  EXPECT_EQ(proofOf(lab).verdict, Verdict::same);
+}
+
+TEST(Prove, IsUndecidedWithoutABudget) {
+  Lab lab;
+  lab.load(policy);
+  dataOf(lab)->ruleMatchDel(keyOf("web", 10));
+  Proof const proof = proofOf(lab, {.budget = 0});
+  EXPECT_EQ(printed(proof), "edge input ipv4: undecided");
+  EXPECT_EQ(worstOf(std::vector<Proof>{proof}), Verdict::undecided);
 }
 
 TEST(Prove, SelectsPoliciesAndOptions) {
   Lab lab;
   lab.load(std::string(policy) + R"(
 interface Ethernet2
-  ip address 192.0.2.2/24
+  ipv6 address 2001:db8::2/64
   service-policy output other
 policy-map other
   class web6
@@ -210,85 +206,84 @@ class-map match-any web6
   match ipv6 access-group web6)");
   auto const namesOf = [&](Selection const& selection) {
     std::vector<std::string> names;
-    for (Proof const& each : prove(lab, selection)) {
-      names.push_back(each.policy.first().stdString() + " " +
-                      PolicyMapTestKit::toText(each.option));
+    for (Proof const& each : prove(lab, {.selection = selection})) {
+      names.push_back(each.subject);
     }
     return names;
   };
-  EXPECT_THAT(namesOf({}), ElementsAre("edge ipv4", "other ipv6"));
-  EXPECT_THAT(namesOf({.intf = Vorel::IntfId("Ethernet2")}), ElementsAre("other ipv6"));
-  EXPECT_THAT(namesOf({.policyMap = "edge"}), ElementsAre("edge ipv4"));
-  EXPECT_THAT(namesOf({.option = ClassMapMatchOption::ipv6}), ElementsAre("other ipv6"));
-  EXPECT_THAT(namesOf({.policyMap = "nothing"}), IsEmpty());
+  EXPECT_THAT(namesOf({}), ElementsAre("edge input ipv4", "other output ipv6"));
+  EXPECT_THAT(namesOf({.interface = "Et2"}), ElementsAre("other output ipv6"));
+  EXPECT_THAT(namesOf({.policyMap = "edge"}), ElementsAre("edge input ipv4"));
+  EXPECT_THAT(namesOf({.direction = "output"}), ElementsAre("other output ipv6"));
+  EXPECT_THAT(namesOf({.option = ClassMapMatchOption::ipv6}), ElementsAre("other output ipv6"));
+  EXPECT_THROW(namesOf({.policyMap = "nothing"}), PolicyMapTestKit::LookupError);
+  EXPECT_THROW(namesOf({.interface = "nothing"}), Kor::RangeException);
 }
 
-TEST(Trace, ShowsBothWays) {
-  Lab lab;
-  lab.load(policy);
-  EXPECT_EQ(tracedText(lab, "udp 10.0.0.1:4000 > 192.0.2.53:53"),
-            "edge input ipv4  rest  rest 10  deny udp any any eq 53  leaves the class\n"
-            "                                no class takes it\n"
-            "configuration                   no class takes it\n"
-            "the same, as for every udp any any eq 53\n");
-  EXPECT_EQ(tracedText(lab, "tcp 10.0.0.1:4000 > 192.0.2.80:8005"),
-            "edge input ipv4  web  web 20  permit tcp any any range 8000 8010  action1 1\n"
-            "configuration    web  web 20  permit tcp any any range 8000 8010  action1 1\n"
-            "the same, as for every tcp any any range 8000 8010\n");
-}
-
-TEST(Trace, ReadsDenyAsItIsTold) {
-  Lab lab;
-  lab.load(policy);
-  lab.load("policy-map edge\n class all\nclass-map match-any all\n match access-group all\n"
-           "ip access-list all\n 10 permit ip any any\n");
-  std::string const packet = "udp 10.0.0.1:4000 > 192.0.2.53:53";
-  EXPECT_THAT(tracedText(lab, packet), HasSubstr("the same, as"));
-  EXPECT_THAT(tracedText(lab, packet, Deny::stop), HasSubstr("ends the search"));
-  EXPECT_THAT(tracedText(lab, packet, Deny::stop), HasSubstr("DIFFERENT, as"));
-  EXPECT_THAT(tracedText(lab, packet, Deny::entry), HasSubstr("deny udp any any eq 53  action1 2"));
-}
-
-TEST(Trace, TakesTheOrderOfTheJournal) {
-  Lab lab({.updateAction = true});
-  lab.load(policy);
-  lab.load("ip access-list web\n 5 deny tcp any any eq 80\n");  // all rules are added again
-  EXPECT_THAT(tracedText(lab, "tcp 10.0.0.1:4000 > 192.0.2.80:80"), HasSubstr("web 5  deny tcp"));
-  EXPECT_THAT(proofOf(lab).differences, IsEmpty());
-}
-
-TEST(Configuration, NestedClassesAndMatchAll) {
-  Lab lab;
-  lab.load(R"(ip access-list tcp
-  10 permit tcp any any
-ip access-list web
-  10 permit ip any host 192.0.2.80
-  20 permit tcp any host 192.0.2.81
-class-map match-any server
-  match access-group web
-class-map match-all both
-  match class-map server
-  match access-group tcp
-class-map match-any own
-  match ip deny udp any any
-  match ip ip any host 192.0.2.80
-policy-map edge
-  class both
-    set action1 1
-  class own
-    set action1 2
-interface Ethernet1
-  ip address 192.0.2.1/24
-  service-policy input edge)");
-  EXPECT_THAT(printed(proofOf(lab)), HasSubstr("every packet is treated as configured"));
-  auto const classOf = [&](char const* packet) {
-    return trace(lab, Packet(packet)).front().byConfiguration.className;
+TEST(Prove, NamesIrregularSubRules) {
+  auto const findingsOf = [](std::vector<SubRuleData> const& subRules) {
+    Lab lab;
+    lab.load(policy);
+    auto const recorded = dataOf(lab)->subRulesForKey(keyOf("web", 20));
+    recorded->subRuleDelAll();
+    for (SubRuleData const& each : subRules) {
+      recorded->subRuleIs(each, true);
+    }
+    return proofOf(lab).findings;
   };
-  EXPECT_EQ(classOf("tcp 10.0.0.1:1 > 192.0.2.80:80"), "both");
-  EXPECT_EQ(classOf("tcp 10.0.0.1:1 > 192.0.2.81:80"), "both");
-  EXPECT_EQ(classOf("tcp 10.0.0.1:1 > 192.0.2.82:80"), "");
-  EXPECT_EQ(classOf("icmp 10.0.0.1 > 192.0.2.80"), "own");
-  EXPECT_EQ(classOf("udp 10.0.0.1:1 > 192.0.2.80:80"), "") << "its own rules are one list";
+  std::string const rule = "rule web 20 of class web: ";
+  auto const ports = [](std::uint16_t low, std::uint16_t high, bool isMarked) {
+    return SubRuleData(0, 65535, low, high, 0, false, isMarked);
+  };
+  EXPECT_THAT(findingsOf({ports(8000, 8010, true)}), IsEmpty());
+  EXPECT_THAT(findingsOf({}), ElementsAre(rule + "it has no sub-rule"));
+  EXPECT_THAT(findingsOf({ports(8000, 8007, false), ports(8004, 8007, false)}),
+              ElementsAre(rule + "sub-rules overlap"));
+  EXPECT_THAT(findingsOf({ports(8000, 8010, false)}),
+              ElementsAre(rule + "a sub-rule needs a range checker and is not marked"));
+  EXPECT_THAT(findingsOf({ports(8000, 8000, true)}),
+              ElementsAre(rule + "a sub-rule is marked for a range checker and needs none"));
+  EXPECT_THAT(findingsOf({ports(8000, 8015, false)}),
+              ElementsAre(rule + "the ports of a sub-rule are not in its match"));
+  EXPECT_THAT(findingsOf({ports(8010, 8000, true)}),
+              ElementsAre(rule + "a sub-rule has a lowest port above the highest one"));
+  EXPECT_THAT(findingsOf({SubRuleData(0, 65535, 8000, 8000, 3, false, false)}),
+              ElementsAre(rule + "a sub-rule has a distinction, which says nothing about packets"));
+}
+
+TEST(Prove, FindsInASweepWhatAWrongHelperRecords) {
+  auto const scenario = [](Lab& lab) {
+    lab.load(policy);
+    lab.load("policy-map edge\n class web\n  set action1 9\n");
+  };
+  PolicyMapTestKit::SweepOptions options{.lab = {.updateAction = true},
+                                         .modes = {PolicyMapTestKit::AnswerMode::synchronous},
+                                         .look = &unproven};
+  EXPECT_THAT(sweep(scenario, options).failed(), IsEmpty());
+  // A helper that has another value for a rule is what the run without a fault has, too.
+  auto const wrong = [&](Lab& lab) {
+    scenario(lab);
+    dataOf(lab)->ruleAction1Is(keyOf("web", 10), 8);
+  };
+  auto const failed = sweep(wrong, options).failed();
+  ASSERT_THAT(failed, testing::Not(IsEmpty()));
+  EXPECT_EQ(failed.front().findings.front().kind, PolicyMapTestKit::Irregularity::Kind::other);
+  EXPECT_THAT(failed.front().findings.front().text,
+              testing::StartsWith("edge input ipv4: different for 2^150 packets"));
+}
+
+TEST(Prove, AsJson) {
+  Lab lab;
+  lab.load(policy);
+  EXPECT_EQ(jsonOf(proofOf(lab)).text(), R"({"subject":"edge input ipv4","verdict":"the same"})");
+  dataOf(lab)->ruleMatchDel(keyOf("web", 20));
+  dataOf(lab)->subRulesForKeyDel(keyOf("rest", 20));
+  EXPECT_THAT(
+      jsonOf(proofOf(lab)).text(),
+      testing::AllOf(HasSubstr(R"("verdict":"different","packets":")"),
+                     HasSubstr(R"("recorded":{"class":"","action1":0,"action2":0,"action3":0})"),
+                     HasSubstr(R"("configuredRule":{"class":"rest","acl":"rest","seq":20)"),
+                     HasSubstr("rule rest 20 of class rest: it has no sub-rule")));
 }
 
 }  // namespace

@@ -34,6 +34,15 @@ only = {
 never = {'packets': {f'PolicyMap/{name}' for name in (
     'RuleCompiler', 'RuleIntersection', 'ClassRules', 'SubRules', 'CompiledRules')}}
 
+# The rooms of a folder, and what each may include besides itself: two that are compared share no code.
+# Files outside the rooms may include all.
+rooms = {
+    'packets/space': [],
+    'packets/engine': ['packets/space'],
+    'packets/hardware': ['packets/space', 'packets/engine'],
+    'packets/configuration': ['packets/space', 'packets/engine'],
+}
+
 most = 350
 limited = ('PolicyMap/', 'records/', 'helper/', 'machines/', 'reflect/', 'packets/')
 
@@ -70,6 +79,10 @@ for name, path in files.items():
         a, b = folder(name), folder(included)
         if a != b and (b not in below[a] or node(included) not in only.get((a, b), [node(included)])):
             faults.append(f'{here}: {a} must not include {included}')
+        room, other = (node(each).rpartition('/')[0] for each in (name, included))
+        allowed = [room, *rooms.get(room, ())]
+        if room in rooms and a == b and other not in allowed and node(included) != f'{a}/Export':
+            faults.append(f'{here}: {room} must not include {included}')
         if node(included) in never.get(a, ()):
             faults.append(f'{here}: {a} must not use {included}, which it checks')
 
