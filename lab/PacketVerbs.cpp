@@ -1,130 +1,133 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/PacketVerbs.h"
 
-#include "lab/Console.h"
-#include "lab/PacketJson.h"
-#include "testkit/runs/ScriptRun.h"
-
-#include <Kor/Exception.h>
-
-#include <cstdint>
+#include <algorithm>
+#include <memory>
+#include <utility>
 
 namespace lab {
 
-PacketArguments::PacketArguments(CLI::App& command) : lab(command) {
-  lab.addInputOptions();
-  char const* const group = "Packets";
-  command.add_option("--at", at_, "Only policies at this interface")
-      ->type_name("INTF")
-      ->group(group);
-  command.add_option("--policy", policy_, "Only this policy-map")->type_name("NAME")->group(group);
-  command.add_option("--option", option_, "Only this match option")
-      ->type_name("OPTION")
-      ->check(CLI::IsMember({"ipv4", "ipv6"}))
-      ->group(group);
-  command
-      .add_option("--deny", deny_,
-                  "What a rule that denies does to packets: they leave\nthe class, no class takes "
-                  "them, or the rule is an entry\nlike any other")
-      ->type_name("READING")
-      ->check(CLI::IsMember({"next-class", "stop", "entry"}))
-      ->capture_default_str()
-      ->group(group);
-  command.add_flag("--json", json, "Print JSON")->group(group);
-  lab.addHelperOptions();
-  lab.addMachineOptions();
-}
+namespace {
 
-Packets::Deny PacketArguments::deny() const {
-  return deny_ == "stop"    ? Packets::Deny::stop
-         : deny_ == "entry" ? Packets::Deny::entry
-                            : Packets::Deny::nextClass;
-}
+using PolicyMapPackets::Packet;
+using PolicyMapPackets::Proof;
+using PolicyMapPackets::Trace;
+using PolicyMapPackets::Verdict;
 
-template <class Use>
-ExitStatus PacketArguments::withLab(Use const& use) const {
-  lab.check(0);
-  LabOptions options = lab.readOptions();
-  options.journal = SIZE_MAX;
-  ScriptRun run(options, lab.reading());
-  for (Step const& step : lab.readInputs()) {
-    run.perform(step);
-  }
-  Packets::Selection selection;
-  selection.policyMap = policy_;
-  if (at_) {
-    try {
-      selection.intf = Vorel::IntfId(Kor::String(*at_));
-    } catch (Kor::RangeException const& error) {
-      throw UsageError(std::string("--at: ") + error.what());
-    }
-  }
-  if (!option_.empty()) {
-    selection.option = option_ == "ipv6" ? PolicyMap::ClassMapMatchOption::ipv6
-                                         : PolicyMap::ClassMapMatchOption::ipv4;
-  }
-  return use(run.lab(), selection);
-}
+}  // namespace
 
 TraceVerb::TraceVerb(CLI::App& program)
     : command_(program.add_subcommand(
-          "trace", "What the records and the configuration do to one packet,\nwhich is the last "
-                   "argument: 'tcp 10.0.0.1:4000 > 192.0.2.80:80'")),
-      arguments_(*command_) {}
+          "trace", "Load as run does, and show the way of a packet, the last\nargument, through "
+                   "the records and the configuration")),
+      arguments_(*command_),
+      packetArguments_(*command_) {
+  arguments_.addInputOptions();
+  command_->add_option("--packet", packets_, "A packet, in place of the last argument; may repeat")
+      ->type_name("PACKET")
+      ->allow_extra_args(false)
+      ->group(PacketArguments::group);
+  command_->add_flag("--passed", passedOver_, "Also the rules before the one that decides")
+      ->group(PacketArguments::group);
+  arguments_.addHelperOptions();
+  arguments_.addMachineOptions();
+}
 
 ExitStatus TraceVerb::run(Console const& console) {
-  Packets::Packet const packet(arguments_.lab.takeLastInput("PACKET"));
-  return arguments_.withLab([&](Lab const& lab, Packets::Selection const& selection) {
-    std::vector<Packets::Trace> const traces = trace(lab, packet, selection, arguments_.deny());
-    if (arguments_.json) {
-      console.out << jsonOf(packet, traces).text() << "\n";
-    } else if (traces.empty()) {
-      console.out << "no policy\n";
+  if (packets_.empty()) {
+    packets_.push_back(arguments_.takeLastInput("PACKET"));
+  }
+  arguments_.check(0);
+  std::vector<Packet> packets;
+  for (std::string const& text : packets_) {
+    packets.push_back(PolicyMapPackets::readPacket(text));
+  }
+  std::unique_ptr<Lab> const loaded = labAfter(arguments_, arguments_.readInputs());
+  PolicyMapPackets::TraceOptions const options{packetArguments_.selection(),
+                                               packetArguments_.deny(), passedOver_};
+  std::vector<Trace> const traces = asked([&] {
+    std::vector<Trace> all;
+    for (Packet const& packet : packets) {
+      std::vector<Trace> some = tracePacket(*loaded, packet, options);
+      std::move(some.begin(), some.end(), std::back_inserter(all));
     }
-    bool same = true;
-    for (Packets::Trace const& each : traces) {
-      same = same && each.unknown.empty() && each.same();
-      if (!arguments_.json) {
-        console.out << each;
-      }
-    }
-    return same ? ExitStatus::success : ExitStatus::notProgrammed;
+    return all;
   });
+  Json::Array json;
+  bool isFirst = true;
+  for (Trace const& trace : traces) {
+    if (packetArguments_.json()) {
+      json.push_back(jsonOf(trace));
+      continue;
+    }
+    console.out << (std::exchange(isFirst, false) ? "" : "\n");
+    print(console, trace);
+  }
+  if (packetArguments_.json()) {
+    console.out << Json(Json::Object{{"version", 1U}, {"traces", std::move(json)}}).text() << "\n";
+  } else if (traces.empty()) {
+    console.out << "no attached policy has rules for such packets\n";
+  }
+  bool const isDifferent = std::any_of(traces.begin(), traces.end(), [](Trace const& trace) {
+    return trace.verdict == Verdict::different;
+  });
+  return isDifferent ? ExitStatus::notProgrammed : ExitStatus::success;
 }
 
 ProveVerb::ProveVerb(CLI::App& program)
-    : command_(
-          program.add_subcommand("prove", "Whether the records treat all packets as configured")),
-      arguments_(*command_) {
-  command_
-      ->add_option("--steps", limits_.steps,
-                   "Search at most this long; what is not decided then is\nundecided")
-      ->type_name("N")
-      ->capture_default_str()
-      ->group("Packets");
+    : command_(program.add_subcommand(
+          "prove", "Load as run does, and prove that the records treat every packet\nas the "
+                   "configuration says, or show packets that are not")),
+      arguments_(*command_),
+      packetArguments_(*command_) {
+  arguments_.addInputOptions();
+  packetArguments_.addSearchOptions();
+  arguments_.addHelperOptions();
+  arguments_.addMachineOptions();
 }
 
 ExitStatus ProveVerb::run(Console const& console) {
-  return arguments_.withLab([&](Lab const& lab, Packets::Selection const& selection) {
-    std::vector<Packets::Proof> const proofs = prove(lab, selection, {arguments_.deny(), limits_});
-    if (arguments_.json) {
-      console.out << jsonOf(proofs).text() << "\n";
-    } else if (proofs.empty()) {
-      console.out << "no policy\n";
+  arguments_.check(0);
+  std::unique_ptr<Lab> const loaded = labAfter(arguments_, arguments_.readInputs());
+  std::vector<Proof> const proofs =
+      asked([&] { return prove(*loaded, packetArguments_.searchOptions()); });
+  return printResults(console, packetArguments_.json(), "proofs", proofs,
+                      "no attached policy has rules");
+}
+
+UnusedVerb::UnusedVerb(CLI::App& program)
+    : command_(program.add_subcommand(
+          "unused", "Load as run does, and show the configured rules and classes that\nno packet "
+                    "reaches, and the rules that make no difference")),
+      arguments_(*command_),
+      packetArguments_(*command_) {
+  arguments_.addInputOptions();
+  packetArguments_.addBudget(budget_);
+  arguments_.addHelperOptions();
+  arguments_.addMachineOptions();
+}
+
+ExitStatus UnusedVerb::run(Console const& console) {
+  arguments_.check(0);
+  std::unique_ptr<Lab> const loaded = labAfter(arguments_, arguments_.readInputs());
+  std::vector<PolicyMapPackets::Unused> const all =
+      asked([&] { return unusedRules(*loaded, packetArguments_.selection(), budget_); });
+  Json::Array json;
+  for (PolicyMapPackets::Unused const& each : all) {
+    if (packetArguments_.json()) {
+      json.push_back(jsonOf(each));
+    } else {
+      print(console, each);
     }
-    bool same = true;
-    bool complete = true;
-    for (Packets::Proof const& each : proofs) {
-      same = same && each.unknown.empty() && each.differences.empty();
-      complete = complete && each.complete;
-      if (!arguments_.json) {
-        console.out << each;
-      }
-    }
-    return !same       ? ExitStatus::notProgrammed
-           : !complete ? ExitStatus::undecided
-                       : ExitStatus::success;
-  });
+  }
+  if (packetArguments_.json()) {
+    console.out << Json(Json::Object{{"version", 1U}, {"unused", std::move(json)}}).text() << "\n";
+  } else if (all.empty()) {
+    console.out << "no attached policy has rules\n";
+  }
+  bool const isSpent =
+      std::any_of(all.begin(), all.end(), [](auto const& each) { return each.isSpent; });
+  return isSpent ? ExitStatus::undecided : ExitStatus::success;
 }
 
 }  // namespace lab

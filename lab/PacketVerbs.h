@@ -1,52 +1,36 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// `policymap-lab trace` and `policymap-lab prove`: what the records do to packets, and whether that
-// is what is configured.
+// `policymap-lab trace`, `prove` and `unused`: load as run does, and ask what becomes of one
+// packet, or of all, and which rules decide any.
 
 #include "lab/LabArguments.h"
+#include "lab/PacketArguments.h"
 #include "lab/Verb.h"
 #include "packets/Proof.h"
+#include "packets/Trace.h"
+#include "packets/Unused.h"
 
-#include <optional>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace lab {
-
-// The options of both: which policies, and how rules that deny are read.
-class PacketArguments {
- public:
-  explicit PacketArguments(CLI::App& command);
-  PacketArguments(PacketArguments const&) = delete;
-  PacketArguments& operator=(PacketArguments const&) = delete;
-
-  LabArguments lab;
-  bool json = false;
-
-  [[nodiscard]] Packets::Deny deny() const;
-  // Loads the inputs into a new lab, with a journal of all calls, and calls `use` with it and with
-  // the selection.
-  template <class Use>
-  ExitStatus withLab(Use const& use) const;
-
- private:
-  std::optional<std::string> at_;
-  std::string policy_;
-  std::string option_;
-  std::string deny_ = "next-class";
-};
 
 class TraceVerb : public Verb {
  public:
   explicit TraceVerb(CLI::App& program);
 
   CLI::App const& command() const override { return *command_; }
-  // Returns notProgrammed if a policy treats the packet otherwise than configured.
+  // Returns notProgrammed if a packet is not treated as configured.
   ExitStatus run(Console const& console) override;
 
  private:
   CLI::App* command_;
-  PacketArguments arguments_;
+  LabArguments arguments_;
+  PacketArguments packetArguments_;
+  std::vector<std::string> packets_;
+  bool passedOver_ = false;
 };
 
 class ProveVerb : public Verb {
@@ -54,13 +38,29 @@ class ProveVerb : public Verb {
   explicit ProveVerb(CLI::App& program);
 
   CLI::App const& command() const override { return *command_; }
-  // Returns notProgrammed if there is a difference, and undecided if there may be one.
+  // Returns notProgrammed if some packet is not treated as configured, or else undecided if a proof
+  // was given up.
   ExitStatus run(Console const& console) override;
 
  private:
   CLI::App* command_;
-  PacketArguments arguments_;
-  Packets::ComparisonLimits limits_;
+  LabArguments arguments_;
+  PacketArguments packetArguments_;
+};
+
+class UnusedVerb : public Verb {
+ public:
+  explicit UnusedVerb(CLI::App& program);
+
+  CLI::App const& command() const override { return *command_; }
+  // Returns undecided if the search was given up. What is found is the answer, and no failure.
+  ExitStatus run(Console const& console) override;
+
+ private:
+  CLI::App* command_;
+  LabArguments arguments_;
+  PacketArguments packetArguments_;
+  std::uint64_t budget_ = PolicyMapPackets::Budget::usual;
 };
 
 }  // namespace lab

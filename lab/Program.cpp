@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Program.h"
 
+#include "lab/CompareVerb.h"
 #include "lab/ExploreVerb.h"
 #include "lab/GenerateVerb.h"
 #include "lab/Kit.h"
@@ -9,6 +10,7 @@
 #include "lab/RunFileVerbs.h"
 #include "lab/RunVerb.h"
 #include "lab/ShellVerb.h"
+#include "lab/SimulateVerb.h"
 #include "lab/SweepVerb.h"
 #include "lab/TypesVerb.h"
 #include "testkit/text/ShownText.h"
@@ -76,6 +78,9 @@ std::vector<std::unique_ptr<Verb>> makeVerbs(CLI::App& program) {
   verbs.push_back(std::make_unique<RunVerb>(program, RunVerb::Output::explanations));
   verbs.push_back(std::make_unique<TraceVerb>(program));
   verbs.push_back(std::make_unique<ProveVerb>(program));
+  verbs.push_back(std::make_unique<CompareVerb>(program));
+  verbs.push_back(std::make_unique<UnusedVerb>(program));
+  verbs.push_back(std::make_unique<SimulateVerb>(program));
   verbs.push_back(std::make_unique<SweepVerb>(program));
   verbs.push_back(std::make_unique<MergeVerb>(program));
   verbs.push_back(std::make_unique<ExploreVerb>(program));

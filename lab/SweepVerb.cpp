@@ -4,6 +4,7 @@
 #include "lab/Input.h"
 #include "lab/Progress.h"
 #include "lab/SweepText.h"
+#include "packets/Proof.h"
 #include "testkit/report/Report.h"
 #include "testkit/runs/RunFile.h"
 #include "testkit/text/Lexer.h"
@@ -80,6 +81,11 @@ SweepVerb::SweepVerb(CLI::App& program)
       ->type_name("CASE")
       ->group(group);
   command_->add_flag("--json", json_, "Print one JSON object per case, for merge")->group(group);
+  command_
+      ->add_flag(
+          "--prove", proves_,
+          "Also prove that the records treat all packets as\nconfigured when all is repaired")
+      ->group(group);
   command_->add_flag("--journals", options_.journals, "Keep the journal of each case")
       ->group(group);
   command_
@@ -109,6 +115,9 @@ ExitStatus SweepVerb::run(Console const& console) {
   options.lab = script.options;
   options.compareWithNewLab = true;
   options.journals = options.journals || !pageFile_.empty();
+  if (proves_) {
+    options.look = &Packets::unproven;
+  }
   if (!shard_.empty()) {
     readShard(shard_, options);
   }

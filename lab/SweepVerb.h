@@ -35,6 +35,7 @@ class SweepVerb : public Verb {
   std::string shard_;  // "I/N"; empty: all
   SweepOptions options_;
   bool json_ = false;
+  bool proves_ = false;
   std::string recordFile_;  // empty: none
   std::string pageFile_;    // empty: none
 };

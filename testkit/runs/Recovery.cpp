@@ -21,8 +21,9 @@ constexpr std::chrono::seconds patience{200};
 // A lab that waits for more results has no end.
 constexpr std::size_t mostResults = 100000;
 
-constexpr std::array<std::string_view, 8> kindNames{
-    "record", "status", "pending", "notification", "finding", "assertion", "exception", "unmet"};
+constexpr std::array<std::string_view, 9> kindNames{"record",       "status",  "pending",
+                                                    "notification", "finding", "assertion",
+                                                    "exception",    "unmet",   "other"};
 
 std::string nameOf(StatusRow const& row) {
   return row.policy + "/" + row.direction + " " + toText(row.option);

@@ -27,6 +27,7 @@ struct Irregularity {
     assertion,     // an assertion failed
     exception,     // something that was done threw
     unmet,         // no call was hit by the fault of the case
+    other,         // what was looked at beside all this, see SweepOptions::look
   };
 
   Kind kind = Kind::record;

@@ -82,6 +82,17 @@ class Sweep::Run {
     return isByText && left.records.empty() && left.statuses.empty();
   }
 
+  // Ends all faults, and compares what is there when all is repaired.
+  void check(Reference const& reference, SweepOptions const& options) {
+    run_.recover();
+    run_.check(reference);
+    if (options.look) {
+      for (std::string& text : options.look(lab())) {
+        find(Irregularity::Kind::other, std::move(text));
+      }
+    }
+  }
+
   void find(Irregularity::Kind kind, std::string text) { run_.find({kind, std::move(text)}); }
   [[nodiscard]] ScriptRun& script() { return run_; }
   [[nodiscard]] Lab& lab() { return run_.lab(); }
@@ -213,16 +224,13 @@ SweepResult Sweep::run(SweepCase const& which, std::size_t journal) const {
     run.perform([&](std::size_t loads) {
       if (which.early && result.recovered == 0 && script.injected() != 0) {
         result.recovered = loads;
-        script.recover();
-        script.check(references_[loads - 1]);
+        run.check(references_[loads - 1], options_);
       }
     });
-    script.recover();
-    script.check(references_.back());
+    run.check(references_.back(), options_);
     if (run.detachAll()) {
       run.lab().attachAll();
-      script.recover();
-      script.check(references_.back());
+      run.check(references_.back(), options_);
     }
   } catch (std::exception const& error) {
     run.find(Irregularity::Kind::exception, std::string("the scenario throws: ") + error.what());

@@ -21,7 +21,8 @@
 // - no status was announced without a change, no assertion failed, and nothing is irregular
 //   (LabOptions::strictness);
 // - nothing is left of any policy when everything is detached, and all is as before when it is
-//   attached again.
+//   attached again;
+// - SweepOptions::look finds nothing.
 
 #include "testkit/Export.h"
 #include "testkit/Lab.h"
@@ -105,6 +106,8 @@ struct SweepOptions {
   // This many cases of two faults instead, chosen by `seed`.
   std::size_t pairs = 0;
   std::uint64_t seed = 1;
+  // Also looks at each lab when all is repaired, and returns what is not as it should be.
+  std::function<std::vector<std::string>(Lab const& lab)> look = {};
 };
 
 class POLICYMAPTESTKIT_API SweepReport {

@@ -3,6 +3,7 @@
 // Real inputs, end to end.
 
 #include "lab/Labs.h"
+#include "packets/Proof.h"
 #include "testkit/text/Parsing.h"
 
 #include <gtest/gtest.h>
@@ -108,7 +109,15 @@ TEST_F(RunCorpus, EveryListIsProgrammedWhenItIsAttached) {
     Record const record =
         recordOf(lab, "attached-here", PolicyMap::ClassMapMatchOption::ipv4, "output");
     EXPECT_TRUE(record.created) << file;
-    EXPECT_EQ(record.ruleCount, rules) << file;
+    // Beside intersections of what one list denies and another permits.
+    auto const ofLists =
+        std::count_if(record.rules.begin(), record.rules.end(), [&lists](RuleRecord const& rule) {
+          return lists.find(rule.key.aclName().stdString()) != lists.end();
+        });
+    EXPECT_EQ(static_cast<std::uint64_t>(ofLists), rules) << file;
+    EXPECT_TRUE(worstOf(Packets::prove(lab, {.selection = {.policyMap = "attached-here"}})) ==
+                Packets::Verdict::same)
+        << file;
   }
 }
 

@@ -37,6 +37,13 @@ TEST_F(SweepVerbTest, TakesFilterSetsAndTheOptionsOfTheHardware) {
             ExitStatus::success);
 }
 
+TEST_F(SweepVerbTest, ProvesWhatIsRepaired) {
+  std::string const input = file("P.cfg", simplePolicy);
+  EXPECT_EQ(
+      runLab({"sweep", "--prove", "--only", "synchronous addRule nth=1 before", input}).status,
+      ExitStatus::success);
+}
+
 TEST_F(SweepVerbTest, RunsOneCase) {
   Outcome const outcome =
       runLab({"sweep", simple(), "--only", "asynchronous addRule nth=1 before"});

@@ -2,8 +2,10 @@
 #include "model/Driver.h"
 
 #include "machines/TestAction.h"
+#include "packets/Proof.h"
 
 #include <Kor/EventLoop.h>
+#include <PolicyMap/PerOption.h>
 
 #include <algorithm>
 #include <sstream>
@@ -629,11 +631,31 @@ void countCoverage(Expected const& wanted) {
 
 }  // namespace
 
+namespace {
+
+std::vector<PolicyMapTestKit::RuleRecord> rulesOf(PolicyMapTest::AclPolicyData const& data,
+                                                  std::vector<PolicyMap::AclRuleKey> const& order) {
+  std::vector<PolicyMapTestKit::RuleRecord> rules;
+  for (PolicyMap::AclRuleKey const& key : order) {
+    PolicyMapTestKit::RuleRecord& rule = rules.emplace_back();
+    rule.key = key;
+    PolicyMap::forOption(
+        key.matchOption(), [&] { rule.match = data.ruleMatch(key); },
+        [&] { rule.match = data.ruleMatch6(key); }, [&] { rule.match = data.ruleMatchMac(key); },
+        [&] { rule.match = data.ruleMatchMac(key); });
+    rule.actions = {data.ruleAction1(key), data.ruleAction2(key), data.ruleAction3(key)};
+    data.forEachSubRule(key, [&rule](auto const& subRule) { rule.subRules.push_back(subRule); });
+  }
+  return rules;
+}
+
+}  // namespace
+
 std::string Driver::compare() {
   Expected const wanted = expected(inputs());
   countCoverage(wanted);
-  for (auto const check :
-       {&Driver::compareRecords, &Driver::compareStatuses, &Driver::compareCounts}) {
+  for (auto const check : {&Driver::compareRecords, &Driver::comparePackets,
+                           &Driver::compareStatuses, &Driver::compareCounts}) {
     if (std::string difference = (this->*check)(wanted); !difference.empty()) {
       return difference;
     }
@@ -666,6 +688,26 @@ std::string Driver::compareRecords(Expected const& wanted) {
       }
       return text.str();
     }
+  }
+  return {};
+}
+
+// The records treat every packet as the configuration says, whatever the model says.
+std::string Driver::comparePackets(Expected const& wanted) {
+  for (auto const& [type, order] : wanted.order) {
+    PolicyMapPackets::Subject subject;
+    subject.policy = type.policyKey();
+    subject.option = type.option();
+    subject.recorded = rulesOf(*helper_->testData(type), order);
+    subject.configured = PolicyMapPackets::configuredPolicy(
+        {acls_, classMaps_, policies_}, type.policyKey().first().view(), type.option());
+    PolicyMapPackets::Proof const proof = PolicyMapPackets::prove(subject);
+    if (proof.verdict != PolicyMapPackets::Verdict::same) {
+      std::ostringstream text;
+      text << proof;
+      return text.str();
+    }
+    ++mutableCoverage().proofs;
   }
   return {};
 }

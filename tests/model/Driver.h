@@ -72,6 +72,7 @@ class Driver {
   void deliver();
   [[nodiscard]] std::string compare();
   [[nodiscard]] std::string compareRecords(Expected const& wanted);
+  [[nodiscard]] std::string comparePackets(Expected const& wanted);
   [[nodiscard]] std::string compareStatuses(Expected const& wanted);
   [[nodiscard]] std::string compareStatus(PolicyMap::PolicyMapSmKey const& key,
                                           Expected const& wanted);
@@ -120,6 +121,7 @@ struct Coverage {
   std::size_t intersections = 0;  // rules that are intersections
   std::size_t refused = 0;        // options of policies
   std::size_t failures = 0;       // errors that the helper returned
+  std::size_t proofs = 0;         // of records, about all packets
 };
 [[nodiscard]] Coverage const& coverage();
 

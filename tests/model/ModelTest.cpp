@@ -121,7 +121,7 @@ TEST(ReferenceModel, PlainRunOfRandomStepsAgrees) {
             << coverage().records << " records with " << coverage().rules << " rules ("
             << coverage().intersections << " of them intersections) and " << coverage().subRules
             << " sub-rules; " << coverage().refused << " refusals, " << coverage().failures
-            << " failures" << std::endl;
+            << " failures; " << coverage().proofs << " proofs" << std::endl;
 }
 
 TEST(ReferenceModel, GeneratedRunsAgree) {

@@ -35,7 +35,7 @@ lab="$BUILD_DIR/bin/policymap-lab"
 if [[ -x $lab ]]; then
   ran=0
   while IFS= read -r line; do
-    read -ra words <<<"${line%%#*}"
+    eval "words=(${line%%#*})"  # with the quotes of the shell
     if ! "$lab" "${words[@]:1}" >/dev/null; then fault "fails: $line"; fi
     ran=$((ran + 1))
   done < <(grep -E '^policymap-lab .*examples/' README.md)

@@ -8,8 +8,10 @@ PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=tests/seeded python3 - <<'END'
 import pathlib
 import sys
 
-from seeded_bugs import MUTANTS
+import packet_bugs
+import seeded_bugs
 
+MUTANTS = seeded_bugs.MUTANTS + packet_bugs.MUTANTS
 wrong = [bug["id"] for bug in MUTANTS
          if pathlib.Path(bug["file"]).read_text(encoding="utf-8").count(bug["old"]) != 1
          or bug["old"] == bug["new"]]

@@ -17,7 +17,7 @@ failed=0
 # sweep NAME ARGUMENT...
 sweep() {
   printf '%-34s ' "$1"
-  "$lab" sweep --shard "$shard" "${@:2}" || failed=1
+  "$lab" sweep --prove --shard "$shard" "${@:2}" || failed=1
 }
 
 # explore ARGUMENT...
