@@ -20,6 +20,7 @@ from .faults import faults_of, plan_text, seconds_of
 from .journal import Journal
 from .options import options_json
 from .own_helper import calls_of
+from .packets import PacketChange, PacketResults, PacketState, Proof, Trace, Unused
 from .records import Record, Snapshot
 from .runs import Recording, Run, kit, run_text
 
@@ -322,6 +323,60 @@ class Lab:
         """Why what is attached is, or is not, programmed; of one policy-map or of all."""
         return Explanations(
             self._lab.explain() if policy is None else self._lab.explainPolicy(policy))
+
+    # Packets. The policies can be selected by policy-map, interface, direction and option; `deny` says
+    # what an entry that denies does to its packets in the hardware: "next-class", "stop" or "entry".
+
+    def packets(self, *, policy: str | None = None, interface: str | None = None,
+                direction: str | None = None, option: str | None = None) -> PacketState:
+        """What the lab does to packets now, which does not change with the lab.
+
+        Raises kor.LookupException for a policy-map that is not attached.
+        """
+        return PacketState(self._lab, {"policy": policy, "interface": interface,
+                                       "direction": direction, "option": option})
+
+    def trace(self, packet: str, *, policy: str | None = None, interface: str | None = None,
+              direction: str | None = None, option: str | None = None, deny: str = "next-class",
+              passed: bool = False) -> PacketResults[Trace]:
+        """The way of a packet through the records of each policy that it meets, and what is configured.
+
+        `packet` is written as "tcp 10.0.0.1:4000 > 192.0.2.80:80 syn". With `passed` also the rules
+        before the one that decides.
+        """
+        state = self.packets(policy=policy, interface=interface, direction=direction, option=option)
+        return state.trace(packet, deny=deny, passed=passed)
+
+    def prove(self, *, policy: str | None = None, interface: str | None = None,
+              direction: str | None = None, option: str | None = None, deny: str = "next-class",
+              budget: int | None = None, first: int = 1,
+              except_for: str | Iterable[str] = ()) -> PacketResults[Proof]:
+        """Whether the records treat every packet as the configuration says: `lab.prove().same`.
+
+        Otherwise the first differences, by their packets. `budget` limits the steps of the search for
+        each policy and option; what is not decided by then is "undecided". `except_for` are packets
+        that do not count, as the match of a rule: "udp any any eq 53".
+        """
+        state = self.packets(policy=policy, interface=interface, direction=direction, option=option)
+        return state.prove(deny=deny, budget=budget, first=first, except_for=except_for)
+
+    def unused(self, *, policy: str | None = None, interface: str | None = None,
+               direction: str | None = None, option: str | None = None,
+               budget: int | None = None) -> PacketResults[Unused]:
+        """The configured rules and classes that no packet reaches, and rules that make no difference."""
+        state = self.packets(policy=policy, interface=interface, direction=direction, option=option)
+        return state.unused(budget=budget)
+
+    def compare(self, after: Lab | PacketState, *, of: str = "records", deny: str = "next-class",
+                budget: int | None = None, first: int = 1,
+                except_for: str | Iterable[str] = ()) -> PacketResults[PacketChange]:
+        """Which packets another lab treats otherwise, as programmed or, `of="configuration"`, as
+        configured. Of one lab before and after an edit: `before = lab.packets()`, and then
+        `before.compare(lab.packets())`. The other arguments are those of prove().
+        """
+        state = after.packets() if isinstance(after, Lab) else after
+        return self.packets().compare(state, of=of, deny=deny, budget=budget, first=first,
+                                      except_for=except_for)
 
     @property
     def journal(self) -> Journal:

@@ -30,7 +30,7 @@ from pathlib import Path
 from typing import Any
 
 ROOT = Path(__file__).resolve().parents[2]
-LIBRARIES = ("Kor", "PolicyMap", "PolicyMapTest", "PolicyMapTestKit")
+LIBRARIES = ("Kor", "PolicyMap", "PolicyMapTest", "PolicyMapTestKit", "PolicyMapPackets")
 EXTENSION = f"kor/_kor{sysconfig.get_config_var('EXT_SUFFIX')}"
 
 Settings = Mapping[str, Any] | None

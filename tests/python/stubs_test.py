@@ -20,7 +20,7 @@ import kor
 import pytest
 from kor import stubs
 
-LIBRARIES = ("libPolicyMapTest.so", "libPolicyMapTestKit.so")
+LIBRARIES = ("libPolicyMapTest.so", "libPolicyMapTestKit.so", "libPolicyMapPackets.so")
 PACKAGE = pathlib.Path(kor.__file__).parent
 for each in LIBRARIES:
     kor.load(each)
@@ -32,6 +32,7 @@ import kor
 
 kor.load("libPolicyMapTest.so")
 kor.load("libPolicyMapTestKit.so")
+kor.load("libPolicyMapPackets.so")
 P, T = kor.ns.PolicyMap, kor.ns.PolicyMapTest
 helper = T.AclHelper(True, expandPortChannels=False)
 policy = P.PolicyMapSmKey("edge", second="input")
