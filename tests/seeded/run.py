@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 #
-# run.py [--all] [ID...]: how many seeded bugs do sweeps and random walks find? Builds policymap-lab of
+# run.py [--all] [--proofs] [ID...]: how many seeded bugs do sweeps and random walks find? Builds policymap-lab of
 # the last commit without a bug (the control) and with each, in build/seeded, and runs the checks of
 # checks.txt with both; writes build/seeded/results.txt (bug, check, what minimise came to, end of the
 # output). An ID may be the beginning of one.
+#
+# With --proofs, how many bugs that change what packets get are found by proofs: those of packet_bugs.py by
+# the checks of proofs.txt.
 #
 # A check has found a bug if its exit status is not 0 while that of the control is 0, if it crashes, or
 # if it takes more than 120 s of a core. With --all, all checks run, otherwise none after one that has found it.
@@ -14,7 +17,11 @@ import os, re, shlex, shutil, signal, subprocess, sys, tempfile, time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, HERE)
-from seeded_bugs import MUTANTS
+PROOFS = "--proofs" in sys.argv
+if PROOFS:
+    from packet_bugs import MUTANTS
+else:
+    from seeded_bugs import MUTANTS
 
 MAIN = os.path.dirname(os.path.dirname(HERE))
 WORK = MAIN + "/build/seeded"
@@ -60,7 +67,7 @@ def build():
 
 
 def checks():
-    lines = [line.strip() for line in open(HERE + "/checks.txt")]
+    lines = [line.strip() for line in open(HERE + ("/proofs.txt" if PROOFS else "/checks.txt"))]
     return [line for line in lines if line and not line.startswith("#")]
 
 
