@@ -45,7 +45,7 @@ inline void needCall(KorAttr const& attr, AttributeOperation const& operation) {
 }
 
 template <class Self>
-Self& subject(Instance const& self) {
+Self& subject(Instance self) {
   // The generic interface has already checked const.
   auto* const object = const_cast<PtrInterface*>(self.object);
   if constexpr (std::is_base_of_v<PtrInterface, Self>) {
@@ -57,7 +57,7 @@ Self& subject(Instance const& self) {
 
 // Anything read through a const instance is const.
 template <class Value>
-GenericValue member(Instance const& self, Value const& value) {
+GenericValue member(Instance self, Value const& value) {
   GenericValue generic = Generic<Value>::value(value);
   if constexpr (requires { typename Value::Element; }) {
     if (self.isConst) {
@@ -118,14 +118,13 @@ struct MemberTraits<R (C::*)(V)> {
 };
 
 template <class Self, auto read>
-GenericValue value(Instance const& self) {
+GenericValue value(Instance self) {
   using Value = typename MemberTraits<decltype(read)>::Value;
   return member<Value>(self, call<read>(subject<Self>(self)));
 }
 
 template <class Self, auto read>
-GenericValue readOnly(Instance const& self, KorAttr const& attr,
-                      AttributeOperation const& operation) {
+GenericValue readOnly(Instance self, KorAttr const& attr, AttributeOperation const& operation) {
   if (operation.kor_index.present()) [[unlikely]] {
     GenericIf::throwBadIndexAttrException(attr.name());
   }
@@ -135,19 +134,24 @@ GenericValue readOnly(Instance const& self, KorAttr const& attr,
   return value<Self, read>(self);
 }
 
+template <class Self, auto write>
+void valueIs(Instance self, KorAttr const& attr, GenericValue const& value) {
+  using Value = typename MemberTraits<decltype(write)>::Value;
+  call<write>(subject<Self>(self), taken<Value>(value, attr.name()));
+}
+
 template <class Self, auto read, auto write>
-GenericValue data(Instance const& self, KorAttr const& attr, AttributeOperation const& operation) {
+GenericValue data(Instance self, KorAttr const& attr, AttributeOperation const& operation) {
   if (operation.code != AttributeOperation::set || operation.kor_index.present()) {
     return readOnly<Self, read>(self, attr, operation);
   }
-  using Value = typename MemberTraits<decltype(write)>::Value;
-  call<write>(subject<Self>(self), taken<Value>(operation.value, attr.name()));
+  valueIs<Self, write>(self, attr, operation.value);
   return {};
 }
 
 // The queries common to all collections.
 template <class Self, class Attribute>
-GenericValue query(Instance const& self, KorAttr const& attr, AttributeOperation const& operation) {
+GenericValue query(Instance self, KorAttr const& attr, AttributeOperation const& operation) {
   using Key = typename Attribute::Key;
   Self const& owner = subject<Self>(self);
   switch (operation.code) {
@@ -168,8 +172,7 @@ GenericValue query(Instance const& self, KorAttr const& attr, AttributeOperation
 }
 
 template <class Self, class Attribute>
-GenericValue collection(Instance const& self, KorAttr const& attr,
-                        AttributeOperation const& operation) {
+GenericValue collection(Instance self, KorAttr const& attr, AttributeOperation const& operation) {
   using Key = typename Attribute::Key;
   using Value = typename Attribute::Value;
   Self& owner = subject<Self>(self);
@@ -189,7 +192,7 @@ GenericValue collection(Instance const& self, KorAttr const& attr,
 KOR_API void needKeyAlone(GenericList const& list, bool keyIsTheIndex, KorType const* member);
 
 template <class Self, class Attribute>
-GenericValue owned(Instance const& self, KorAttr const& attr, AttributeOperation const& operation) {
+GenericValue owned(Instance self, KorAttr const& attr, AttributeOperation const& operation) {
   using Key = typename Attribute::Key;
   using MemberPtr = Ptr<typename Attribute::Value>;
   Self& owner = subject<Self>(self);

@@ -165,9 +165,13 @@ class KOR_API GenericRef {
     }
     return attr.reader()(instance());
   }
-  void set(AttributeName const& name, GenericValue value) const {
+  void set(AttributeName const& name, GenericValue const& value) const {
     KorAttr const& attr = attributeOf(name);
-    GenericIf::attributeOp(instance(), attr, {0, AttributeOperation::set, {}, std::move(value)});
+    if (attr.writer() == nullptr || value_.isConst()) [[unlikely]] {
+      GenericIf::attributeOp(instance(), attr, {0, AttributeOperation::set, {}, value});
+      return;
+    }
+    attr.writer()(instance(), attr, value);
   }
   // Calls a function with these arguments. Raises OpNotSupportedException if the attribute is not a
   // function.

@@ -119,7 +119,7 @@ inline auto elementsOf(GenericList const& list) {
 }
 
 template <class Self, auto call, class ArgumentAt>
-GenericValue invoke(Instance const& self, KorAttr const& attr, ArgumentAt const& argumentAt,
+GenericValue invoke(Instance self, KorAttr const& attr, ArgumentAt const& argumentAt,
                     std::size_t given) {
   using Traits = FunctionTraits<decltype(call)>;
   auto const function = [&self](auto const&... args) -> GenericValue {
@@ -135,8 +135,7 @@ GenericValue invoke(Instance const& self, KorAttr const& attr, ArgumentAt const&
 
 // The arguments in a list. A function without arguments needs none.
 template <class Self, auto call>
-GenericValue function(Instance const& self, KorAttr const& attr,
-                      AttributeOperation const& operation) {
+GenericValue function(Instance self, KorAttr const& attr, AttributeOperation const& operation) {
   needCall(attr, operation);
   if constexpr (FunctionTraits<decltype(call)>::arity == 0) {
     if (!operation.value.present()) {
@@ -148,7 +147,7 @@ GenericValue function(Instance const& self, KorAttr const& attr,
 }
 
 template <class Self, auto call>
-GenericValue direct(Instance const& self, KorAttr const& attr, std::span<ArgumentView const> args) {
+GenericValue direct(Instance self, KorAttr const& attr, std::span<ArgumentView const> args) {
   constexpr std::size_t arity = FunctionTraits<decltype(call)>::arity;
   if (args.size() < arity) [[unlikely]] {
     std::vector<ArgumentView> all(args.begin(), args.end());
@@ -161,8 +160,7 @@ GenericValue direct(Instance const& self, KorAttr const& attr, std::span<Argumen
 
 // Two overloads with one name. An empty list calls the one without arguments.
 template <class Self, auto withArgs, auto without>
-GenericValue overloaded(Instance const& self, KorAttr const& attr,
-                        AttributeOperation const& operation) {
+GenericValue overloaded(Instance self, KorAttr const& attr, AttributeOperation const& operation) {
   needCall(attr, operation);
   if (!operation.value.present() || needList(operation.value).empty()) {
     (subject<Self>(self).*without)();
@@ -171,7 +169,7 @@ GenericValue overloaded(Instance const& self, KorAttr const& attr,
   return function<Self, withArgs>(self, attr, operation);
 }
 template <class Self, auto withArgs, auto without>
-GenericValue overloadedDirect(Instance const& self, KorAttr const& attr,
+GenericValue overloadedDirect(Instance self, KorAttr const& attr,
                               std::span<ArgumentView const> args) {
   if (args.empty()) {
     (subject<Self>(self).*without)();

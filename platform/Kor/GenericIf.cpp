@@ -128,12 +128,12 @@ GenericIf KorType::genericIf(Kor::Ptr<PtrInterface const> const& object, bool is
   return {object, this, isConst};
 }
 
-GenericValue KorAttr::notSupported(Instance const& /*self*/, KorAttr const& attr,
+GenericValue KorAttr::notSupported(Instance /*self*/, KorAttr const& attr,
                                    AttributeOperation const& operation) {
   GenericIf::throwOpNotSupportedException(attr.name(), operation.code);
 }
 
-GenericValue KorAttr::notCallable(Instance const& /*self*/, KorAttr const& attr,
+GenericValue KorAttr::notCallable(Instance /*self*/, KorAttr const& attr,
                                   std::span<ArgumentView const> /*args*/) {
   GenericIf::throwOpNotSupportedException(attr.name(), AttributeOperation::get);
 }

@@ -132,7 +132,7 @@ class KOR_API GenericIf {
     return attributeOp({object_.get(), const_}, attr, operation);
   }
   // The same without an adapter.
-  static GenericValue attributeOp(Instance const& self, KorAttr const& attr,
+  static GenericValue attributeOp(Instance self, KorAttr const& attr,
                                   AttributeOp const& operation) {
     needModifiable(self.isConst, operation);
     return attr.access()(self, attr, operation);

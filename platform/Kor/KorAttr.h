@@ -90,12 +90,14 @@ class KOR_API KorAttr {
   };
 
   // Performs an operation of the generic interface on this attribute of an object.
-  using Access = GenericValue (*)(Instance const& self, KorAttr const& attr,
+  using Access = GenericValue (*)(Instance self, KorAttr const& attr,
                                   AttributeOperation const& operation);
   // Reads plain data directly, without an operation code.
-  using Reader = GenericValue (*)(Instance const& self);
+  using Reader = GenericValue (*)(Instance self);
+  // Writes plain data directly, without an operation code. `self` must not be const.
+  using Writer = void (*)(Instance self, KorAttr const& attr, GenericValue const& value);
   // Calls a function directly, without a list.
-  using Caller = GenericValue (*)(Instance const& self, KorAttr const& attr,
+  using Caller = GenericValue (*)(Instance self, KorAttr const& attr,
                                   std::span<ArgumentView const> args);
 
   // The next three are about a type; KorType.cpp defines them.
@@ -143,6 +145,9 @@ class KOR_API KorAttr {
   // Null unless the attribute is data.
   [[nodiscard]] Reader reader() const { return reader_; }
   void readerIs(Reader function) { reader_ = function; }
+  // Null unless the attribute is data that can be written.
+  [[nodiscard]] Writer writer() const { return writer_; }
+  void writerIs(Writer function) { writer_ = function; }
   // Until set, it rejects every call.
   [[nodiscard]] Caller caller() const { return caller_; }
   void callerIs(Caller function) { caller_ = function; }
@@ -166,16 +171,17 @@ class KOR_API KorAttr {
   ~KorAttr() = default;
 
   // These raise OpNotSupportedException. Defined in GenericIf.cpp.
-  static GenericValue notSupported(Instance const& self, KorAttr const& attr,
+  static GenericValue notSupported(Instance self, KorAttr const& attr,
                                    AttributeOperation const& operation);
 
-  static GenericValue notCallable(Instance const& self, KorAttr const& attr,
+  static GenericValue notCallable(Instance self, KorAttr const& attr,
                                   std::span<ArgumentView const> args);
 
   mutable std::uint32_t references_ = 1;
   AttributeId id_;
   Access access_ = &notSupported;
   Reader reader_ = nullptr;
+  Writer writer_ = nullptr;
   Caller caller_ = &notCallable;
   Name name_;
   std::string_view prose_;

@@ -47,6 +47,7 @@ class Model {
   template <auto read, auto write>
   static constexpr AttrModel data(std::string_view name) {
     AttrModel attr = of<read>(name, &Adapter::data<Self, read, write>);
+    attr.writer = &Adapter::valueIs<Self, write>;
     attr.flags = Flags::data;
     attr.writable = true;
     return attr;

@@ -65,6 +65,7 @@ void registerAttr(KorType* type, AttrModel const& model, AttributeId& own) {
   attr->proseIs(prose);
   attr->accessIs(model.access);
   attr->readerIs(model.reader);
+  attr->writerIs(model.writer);
   if (model.caller != nullptr) {
     attr->callerIs(model.caller);
   }

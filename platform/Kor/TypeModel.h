@@ -55,6 +55,7 @@ struct AttrModel {
   KorAttr::KorAttrIntrospectionFlags introspection;
   KorAttr::Access access = nullptr;
   KorAttr::Reader reader = nullptr;  // of data
+  KorAttr::Writer writer = nullptr;  // of data that can be written
   KorAttr::Caller caller = nullptr;  // of a function
   bool writable = false;
   bool withoutNumber = false;  // has the identifier 0

@@ -141,6 +141,24 @@ TEST(ByName, AKeptNameServesObjectsOfEveryType) {
   EXPECT_EQ(low.get(width), GenericValue(3U));
 }
 
+TEST(ByName, AWriteByAKeptNameThatIsRefusedChangesNothing) {
+  AttributeName const width("width");
+  GenericRef const object = shelf();
+  object.set(width, 7);
+  EXPECT_EQ(textOf<Kor::TypeException>([&] { object.set(width, "wide"); }), "type error: width");
+  EXPECT_EQ(textOf<Kor::TypeException>([&] { object.set(width, -1); }), "type error: width");
+  EXPECT_EQ(textOf<Kor::ConstException>([&] { object.asConst().set(width, 8); }),
+            "attempting to modify a const instance");
+  EXPECT_EQ(object.get(width), GenericValue(7U));
+  EXPECT_EQ(
+      textOf<Kor::OpNotSupportedException>([&] { object.set(AttributeName("name"), "other"); }),
+      "operation 128 not supported: name");
+  EXPECT_EQ(textOf<Kor::TypeException>([&] { object.set(AttributeName("book"), 1); }),
+            "type error: kor_index");
+  EXPECT_EQ(textOf<Kor::OpNotSupportedException>([&] { object.set(AttributeName("clear"), 1); }),
+            "operation 128 not supported: clear");
+}
+
 TEST(ByName, ReadingACollectionOrAFunctionAsDataIsRefused) {
   GenericRef const object = shelf();
   EXPECT_EQ(textOf<Kor::TypeException>([&] { static_cast<void>(object["book"].get()); }),
