@@ -258,6 +258,20 @@ void ValueReader::open(TextIterator& it, TextIterator const& end) const {
   needString(it, end, " {");
 }
 
+bool ValueReader::takePrinted(TextIterator& it, TextIterator const& end, std::size_t place) const {
+  std::string_view ahead = textAhead(it, end);
+  auto const take = [&ahead](std::string_view token) {
+    bool const there = ahead.starts_with(token);
+    ahead.remove_prefix(there ? token.size() : 0);
+    return there;
+  };
+  if ((place != 0 && !take(", ")) || !take("'") || !take(names_[place]) || !take("': ")) {
+    return false;
+  }
+  it.positionIs(end.position() - ahead.size());
+  return true;
+}
+
 bool ValueReader::more(TextIterator& it, TextIterator const& end) const {
   if (!takeChar(it, end, '}')) {
     if (atEnd(it, end)) {

@@ -38,10 +38,13 @@
 #include "Kor/String.h"
 #include "Kor/TextTokens.h"
 
+#include <array>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <ostream>
+#include <span>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -179,17 +182,26 @@ constexpr std::string_view shortTypeName(std::string_view qualified) {
 }
 
 // Parses the frame of a value text. Calls readField(it, end, name) for each attribute; it returns
-// false if there is no such attribute.
+// false if there is no such attribute. `names` are those of the attributes in the order in which
+// they are printed, which a text need not have.
 class KOR_API ValueReader {
  public:
-  explicit ValueReader(std::string_view typeName) : typeName_(typeName) {}
+  explicit ValueReader(std::string_view typeName, std::span<std::string_view const> names = {})
+      : typeName_(typeName), names_(names) {}
 
   template <class ReadField>
   void read(TextIterator& it, TextIterator const& end, ReadField&& readField) const {
     open(it, end);
     std::string buffer;
-    for (bool first = true; more(it, end); first = false) {
-      std::string_view const name = attributeName(it, end, first, buffer);
+    for (std::size_t place = 0;; ++place) {
+      std::string_view name;
+      if (place < names_.size() && takePrinted(it, end, place)) {
+        name = names_[place];
+      } else if (more(it, end)) {
+        name = attributeName(it, end, place == 0, buffer);
+      } else {
+        return;
+      }
       if (!readField(it, end, name)) {
         unknownAttribute(name);
       }
@@ -198,6 +210,8 @@ class KOR_API ValueReader {
 
  private:
   void open(TextIterator& it, TextIterator const& end) const;
+  // Consumes all before the value of the attribute at that place, if it is there as it is printed.
+  bool takePrinted(TextIterator& it, TextIterator const& end, std::size_t place) const;
   // Returns false once the closing brace and parenthesis are consumed.
   bool more(TextIterator& it, TextIterator const& end) const;
   // The name is in the parsed text, or in the buffer.
@@ -206,6 +220,7 @@ class KOR_API ValueReader {
   [[noreturn]] void unknownAttribute(std::string_view name) const;
 
   std::string_view typeName_;
+  std::span<std::string_view const> names_;
 };
 
 // Appends the text of an attribute, for most without a text of its own.
@@ -265,7 +280,12 @@ void readValueFields(TextIterator& it, TextIterator const& end, T& value) {
     static constexpr auto all = T::korFields();
     return std::apply([&](auto const&... fields) { return (take(fields) || ...); }, all);
   };
-  ValueReader(T::korTypeName).read(it, end, readField);
+  static constexpr auto names = std::apply(
+      [](auto const&... fields) {
+        return std::array<std::string_view, sizeof...(fields)>{fields.name...};
+      },
+      T::korFields());
+  ValueReader(T::korTypeName, names).read(it, end, readField);
 }
 
 template <ValueWithFields T>

@@ -5,6 +5,7 @@
 
 #include "Kor/Exception.h"
 #include "Kor/String.h"
+#include "Kor/TextTokens.h"
 
 #include <cstddef>
 #include <string>
@@ -24,22 +25,15 @@ inline bool atEnd(String::IteratorConst const& it, String::IteratorConst const& 
 inline char charAhead(String::IteratorConst const& it, String::IteratorConst const& end) {
   return atEnd(it, end) ? '\0' : *it;
 }
-inline bool isSpace(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
 inline void skipBytes(String::IteratorConst& it, std::size_t bytes) {
   it.positionIs(it.position() + bytes);
 }
 
 // Consumes white space and then this character, and returns whether it was there.
 inline bool takeChar(String::IteratorConst& it, String::IteratorConst const& end, char wanted) {
-  std::string_view const ahead = textAhead(it, end);
-  std::size_t place = 0;
-  while (place != ahead.size() && isSpace(ahead[place])) {
-    ++place;
-  }
-  bool const there = place != ahead.size() && ahead[place] == wanted;
-  skipBytes(it, there ? place + 1 : place);
+  skipSpace(it, end);
+  bool const there = charAhead(it, end) == wanted && !atEnd(it, end);
+  skipBytes(it, there ? 1 : 0);
   return there;
 }
 

@@ -7,15 +7,6 @@
 
 namespace Kor {
 
-void skipSpace(TextIterator& it, TextIterator const& end) {
-  std::string_view const ahead = textAhead(it, end);
-  std::size_t place = 0;
-  while (place != ahead.size() && isSpace(ahead[place])) {
-    ++place;
-  }
-  skipBytes(it, place);
-}
-
 bool takeString(TextIterator& it, TextIterator const& end, std::string_view token) {
   if (!textAhead(it, end).starts_with(token)) {
     return false;
