@@ -60,6 +60,14 @@ Number readInteger(TextIterator& it, TextIterator const& end, Number lowest, Num
   return number;
 }
 
+// Consumes white space and then this character, and returns whether it was there.
+bool takeChar(TextIterator& it, TextIterator const& end, char wanted) {
+  skipSpace(it, end);
+  bool const there = charAhead(it, end) == wanted && !atEnd(it, end);
+  skipBytes(it, there ? 1 : 0);
+  return there;
+}
+
 void needChar(TextIterator& it, TextIterator const& end, char wanted) {
   if (!takeChar(it, end, wanted)) {
     failAtColumn("expected " + std::string(1, wanted), it.position());

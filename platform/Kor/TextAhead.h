@@ -5,7 +5,6 @@
 
 #include "Kor/Exception.h"
 #include "Kor/String.h"
-#include "Kor/TextTokens.h"
 
 #include <cstddef>
 #include <string>
@@ -27,14 +26,6 @@ inline char charAhead(String::IteratorConst const& it, String::IteratorConst con
 }
 inline void skipBytes(String::IteratorConst& it, std::size_t bytes) {
   it.positionIs(it.position() + bytes);
-}
-
-// Consumes white space and then this character, and returns whether it was there.
-inline bool takeChar(String::IteratorConst& it, String::IteratorConst const& end, char wanted) {
-  skipSpace(it, end);
-  bool const there = charAhead(it, end) == wanted && !atEnd(it, end);
-  skipBytes(it, there ? 1 : 0);
-  return there;
 }
 
 // The value of a digit of any base up to 16, -1 for another character.
