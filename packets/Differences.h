@@ -58,7 +58,7 @@ struct SearchOptions {
 // Packets that the same two rules decide differently.
 struct Difference {
   Packet packet;       // the smallest
-  std::string around;  // packets that fare the same, as the match of a rule
+  std::string around;  // packets that are treated the same, as the match of a rule
   Count packets;       // that the two rules decide
   // What decides. None: no rule.
   std::optional<DecidingRule> one;

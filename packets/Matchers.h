@@ -8,8 +8,8 @@
 //   EXPECT_THAT(lab, DoesWhatIsConfigured());
 //   EXPECT_TRUE(Treats(before).like(lab).exceptFor("udp any any"));
 //
-// A failure shows the way of the packet, or the smallest packet that fares otherwise, the two rules
-// that decide it, and the set around it. This header needs Google Mock.
+// A failure shows the way of the packet, or the smallest packet that is treated otherwise, the two
+// rules that decide it, and the set around it. This header needs Google Mock.
 
 #include "packets/PacketChange.h"
 #include "packets/Proof.h"

@@ -45,7 +45,7 @@ struct POLICYMAPPACKETS_API Trace {
   Verdict verdict = Verdict::same;
   // Of `notProgrammed`.
   std::string reason;
-  // The packets that fare the same for the same reason, as the match of a rule.
+  // The packets that are treated the same for the same reason, as the match of a rule.
   std::string around;
 };
 

@@ -20,8 +20,9 @@ struct UnusedRule {
   enum class Reason : std::uint8_t {
     matchesNothing,  // no packet matches it at all
     notReached,      // the rules in `because` decide all its packets
-    noDifference,  // without it, its packets fare the same, and are at the latest taken by those in
-                   // `because`
+    // Without it, its packets are treated the same, and are at the latest taken by those in
+    // `because`.
+    noDifference,
   };
   DecidingRule rule;
   Reason reason{};

@@ -59,7 +59,7 @@ class Packets {
   Packets& whoseNumber(FieldId field, Match const& match) {
     return match.isAny() ? *this : whose(field, meaningOf(match));
   }
-  // An identifier of which 0 stands for every one.
+  // An identifier; 0 means all of them.
   Packets& whoseNetwork(FieldId field, std::uint32_t network) {
     return network == 0 ? *this : whose(field, {{network, network}});
   }

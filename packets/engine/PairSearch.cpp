@@ -59,7 +59,7 @@ std::vector<LineIndex> PairSearch::relevantOf(Half const& half, Box const& regio
   std::vector<LineIndex> relevant;
   for (LineIndex const line : lines) {
     if (half.side->isList() && line >= half.wanted) {
-      break;  // nothing behind it matters
+      break;  // nothing after it matters
     }
     if (overlap(*slice_, half.side->lines()[line].box, region)) {
       relevant.push_back(line);

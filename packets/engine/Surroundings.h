@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Surroundings: the set of packets around one packet that fare the same for the same reason.
+// Surroundings: the set of packets around one packet that are treated the same for the same reason.
 
 #include "packets/Export.h"
 #include "packets/engine/Side.h"

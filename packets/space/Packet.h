@@ -43,7 +43,7 @@ class POLICYMAPPACKETS_API Packet {
   }
   void fieldIs(FieldId field, std::uint32_t value);
 
-  // An address in network order; the bytes behind it are zero.
+  // An address in network order; the bytes after it are zero.
   using Address = std::array<std::uint8_t, 16>;
   [[nodiscard]] Address address(FieldId field) const;
   void addressIs(FieldId field, Address const& address);

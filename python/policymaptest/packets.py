@@ -69,7 +69,7 @@ class Trace:
     recorded_rules: tuple[TraceLine, ...]  # the last one decides
     configured: Treatment
     configured_rule: TraceLine | None
-    around: str  # the packets that fare the same for the same reason, as the match of a rule
+    around: str  # the packets that are treated the same for the same reason, as the match of a rule
     text: str = dataclasses.field(repr=False)  # as `policymap-lab trace` prints it
 
     def to_dict(self) -> dict[str, Any]:
@@ -93,7 +93,7 @@ class PacketDifference:
     """
 
     packet: str  # the smallest
-    around: str  # packets that fare the same for the same reason, as the match of a rule
+    around: str  # packets that are treated the same for the same reason, as the match of a rule
     packets: int  # that the two rules decide
     one: Treatment
     one_rule: PacketRule | None

@@ -28,7 +28,7 @@ Subject subjectOf(std::vector<RuleRecord> recorded, ConfiguredPolicy configured)
 
 // What a look at each packet finds.
 struct Looked {
-  std::uint64_t packets = 0;  // that fare differently
+  std::uint64_t packets = 0;  // that are treated differently
   std::optional<Packet> first;
   std::map<std::pair<std::string, std::string>, Count> moved;
 };
