@@ -15,16 +15,6 @@ namespace {
 
 using PolicyMapTestKit::Text::Json;
 
-// What is found in one slice is true of the rule if it is true in all.
-void merge(RuleUsage& all, RuleUsage const& some) {
-  all.matches = all.matches || some.matches;
-  all.isCandidate = all.isCandidate || some.isCandidate;
-  all.isReached = all.isReached || some.isReached;
-  all.matters = all.matters || some.matters;
-  all.coveredBy.insert(some.coveredBy.begin(), some.coveredBy.end());
-  all.replacedBy.insert(some.replacedBy.begin(), some.replacedBy.end());
-}
-
 class Collecting {
  public:
   Collecting(Subject const& subject, std::uint64_t budget) : subject_(subject), budget_(budget) {}
@@ -33,12 +23,11 @@ class Collecting {
     Unused unused{subject_.name(), {}, {}, false};
     for (Slice const& slice : Slice::ofOption(subject_.option)) {
       ConfigurationSide const side(slice, subject_.configured, treatments_);
-      std::vector<RuleUsage> const usage = usageOf(side, side.rules(), budget_);
-      usage_.resize(usage.size());
-      rules_.resize(usage.size());
-      for (std::uint32_t i = 0; i != usage.size(); ++i) {
-        merge(usage_[i], usage[i]);
-        rules_[i] = &side.rule(i);
+      usage_.resize(side.rules());
+      addUsage(side, usage_, budget_);
+      rules_.clear();
+      for (std::uint32_t i = 0; i != side.rules(); ++i) {
+        rules_.push_back(&side.rule(i));
       }
     }
     for (std::size_t i = 0; i != usage_.size(); ++i) {

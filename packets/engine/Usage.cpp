@@ -24,7 +24,7 @@ class EmptySide final : public Side {
 
 class Using {
  public:
-  Using(Side const& side, std::size_t rules, Budget& budget)
+  Using(Side const& side, std::vector<RuleUsage>& usage, Budget& budget)
       : side_(side),
         empty_(side.slice()),
         budget_(budget),
@@ -32,10 +32,10 @@ class Using {
         bounds_(side, finder_),
         alone_(side, empty_, budget),
         both_(side, side, budget),
-        usage_(rules),
+        usage_(usage),
         plainLists_(side.lists()) {}
 
-  std::vector<RuleUsage> run() {
+  void run() {
     for (Line const& line : side_.lines()) {
       plainLists_[line.list] = plainLists_[line.list] || line.plain;
     }
@@ -44,12 +44,15 @@ class Using {
       RuleUsage& usage = usage_[its.rule];
       usage.matches = true;
       usage.isCandidate = usage.isCandidate || its.candidate;
+      if (usage.matters && (usage.isReached || !its.candidate)) {
+        continue;
+      }
       LineIndex const bound = bounds_.of(its.box);
       beside_ = bounds_.overlapping();
       std::sort(beside_.begin(), beside_.end());
       if (its.candidate) {
         lookAtCandidate(line, bound, usage);
-      } else if (!usage.matters) {
+      } else {
         usage.matters = takerMatters(line);
       }
     }
@@ -61,7 +64,6 @@ class Using {
         usage.replacedBy.clear();
       }
     }
-    return std::move(usage_);
   }
 
  private:
@@ -73,17 +75,24 @@ class Using {
       usage.coveredBy.insert(side_.lines()[bound].rule);
       return;
     }
-    std::optional<Box> const part = reachedPart(line, beside_);
-    usage.isReached = usage.isReached || part || budget_.isSpent();
-    if (!part) {
-      addCover(line, usage);
-    } else if (!usage.matters) {
-      lookForReplacement(line, *part, usage);
+    std::set<std::uint32_t> cover;
+    std::optional<Box> const packet = reachedPacket(line, cover);
+    if (packet) {
+      usage.isReached = true;
+      lookForReplacement(line, *packet, usage);
+    } else if (budget_.isSpent()) {
+      usage.isReached = true;
+      usage.matters = true;
+    } else {
+      dropNeedless(line, cover);
+      usage.coveredBy.insert(cover.begin(), cover.end());
     }
   }
 
-  // A part that the line decides; none if there is none, or if the budget is spent.
-  [[nodiscard]] std::optional<Box> reachedPart(LineIndex line, Lines const& beside) {
+  // A part that the line decides if of the candidates before it only those of its own rule and of
+  // these rules are there. None if there is none, or if the budget is spent.
+  [[nodiscard]] std::optional<Box> leftOver(LineIndex line, std::set<std::uint32_t> const& rules) {
+    Lines const beside = withoutOthers(rules, line);
     std::optional<Box> found;
     forEachPart(side_.lines()[line].box, [&](Box const& region) {
       alone_.search(region, line, empty_.nothing(), beside, {}, [&](Box const& part) {
@@ -95,27 +104,29 @@ class Using {
     return found;
   }
 
-  // Adds a rule for a packet that the others leave over, until there is none, and then leaves out
-  // those that turn out not to be needed.
-  void addCover(LineIndex line, RuleUsage& usage) {
-    std::uint32_t const own = side_.lines()[line].rule;
-    std::set<std::uint32_t> rules;
-    while (auto const part = reachedPart(line, withoutOthers(rules, own, line))) {
+  // A packet that the line decides. Of the rules before it only those that turn out to be needed
+  // are looked at, and are added to `cover`: few of many that overlap. Without a packet they take
+  // all, or the budget is spent.
+  [[nodiscard]] std::optional<Box> reachedPacket(LineIndex line, std::set<std::uint32_t>& cover) {
+    while (auto const part = leftOver(line, cover)) {
       Box const packet = lowestOf(side_.slice(), *part);
-      LineIndex const taker = largestAround(packet, line, rules);
+      LineIndex const taker = largestAround(packet, line, cover);
       if (taker == line) {
-        return;  // its own rule
+        return packet;
       }
-      rules.insert(side_.lines()[taker].rule);
+      cover.insert(side_.lines()[taker].rule);
     }
-    std::set<std::uint32_t> needed = rules;
+    return std::nullopt;
+  }
+
+  void dropNeedless(LineIndex line, std::set<std::uint32_t>& cover) {
+    std::set<std::uint32_t> const rules = cover;
     for (std::uint32_t const rule : rules) {
-      needed.erase(rule);
-      if (reachedPart(line, withoutOthers(needed, own, line))) {
-        needed.insert(rule);
+      cover.erase(rule);
+      if (leftOver(line, cover) || budget_.isSpent()) {
+        cover.insert(rule);
       }
     }
-    usage.coveredBy.insert(needed.begin(), needed.end());
   }
 
   // The candidate before the line, of none of these rules, with the most packets that has this one.
@@ -140,8 +151,8 @@ class Using {
   }
 
   // The lines beside it, with only those candidates before it that are of these rules.
-  [[nodiscard]] Lines withoutOthers(std::set<std::uint32_t> const& rules, std::uint32_t own,
-                                    LineIndex line) const {
+  [[nodiscard]] Lines withoutOthers(std::set<std::uint32_t> const& rules, LineIndex line) const {
+    std::uint32_t const own = side_.lines()[line].rule;
     Lines lines = beside_;
     std::erase_if(lines, [&](LineIndex each) {
       Line const& its = side_.lines()[each];
@@ -151,11 +162,11 @@ class Using {
   }
 
   // Sets usage.matters if some packet is treated differently without the rule of the line.
-  void lookForReplacement(LineIndex line, Box const& part, RuleUsage& usage) {
+  void lookForReplacement(LineIndex line, Box const& packet, RuleUsage& usage) {
     Line const& own = side_.lines()[line];
     Lines const without = withoutRule(own.rule);
     // For most rules one packet is enough.
-    if (treatmentOf(lowestOf(side_.slice(), part), without) != own.treatment) {
+    if (side_.treatment(deciding(packet, without)) != own.treatment) {
       usage.matters = true;
       return;
     }
@@ -184,11 +195,18 @@ class Using {
     }
   }
 
-  [[nodiscard]] TreatmentId treatmentOf(Box const& packet, Lines lines) const {
-    std::erase_if(lines, [&](LineIndex each) {
-      return !overlap(side_.slice(), side_.lines()[each].box, packet);
-    });
-    return side_.treatment(side_.decide(packet, lines).line);
+  // The line that decides a packet, of those that are given.
+  [[nodiscard]] LineIndex deciding(Box const& packet, Lines const& lines) const {
+    Lines around;
+    for (LineIndex const each : lines) {
+      if (overlap(side_.slice(), side_.lines()[each].box, packet)) {
+        if (side_.isList()) {
+          return each;
+        }
+        around.push_back(each);
+      }
+    }
+    return side_.decide(packet, around).line;
   }
 
   // The first plain line that contains a box, without lines that take packets from it.
@@ -302,14 +320,14 @@ class Using {
   PairSearch alone_;
   PairSearch both_;
   Lines beside_;  // the lines that overlap the current one, in order
-  std::vector<RuleUsage> usage_;
+  std::vector<RuleUsage>& usage_;
   std::vector<bool> plainLists_;  // without other conditions; by list
 };
 
 }  // namespace
 
-std::vector<RuleUsage> usageOf(Side const& side, std::size_t rules, Budget& budget) {
-  return Using(side, rules, budget).run();
+void addUsage(Side const& side, std::vector<RuleUsage>& usage, Budget& budget) {
+  Using(side, usage, budget).run();
 }
 
 }  // namespace PolicyMapPackets

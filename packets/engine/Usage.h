@@ -18,7 +18,7 @@
 namespace PolicyMapPackets {
 
 struct RuleUsage {
-  bool matches = false;      // some packet of the slice
+  bool matches = false;      // some packet
   bool isCandidate = false;  // otherwise it only takes packets from others
   bool isReached = false;
   bool matters = false;
@@ -30,10 +30,9 @@ struct RuleUsage {
   std::set<std::uint32_t> replacedBy = {};
 };
 
-// By rule. `rules` is their number. When the budget is spent, the rest counts as reached and
-// mattering.
-[[nodiscard]] POLICYMAPPACKETS_API std::vector<RuleUsage> usageOf(Side const& side,
-                                                                  std::size_t rules,
-                                                                  Budget& budget);
+// Adds what the packets of one slice tell to `usage`, which is by rule and has a place for each. A
+// rule that is known to be reached and to matter is not looked at again. When the budget is spent,
+// the rest counts as reached and mattering.
+POLICYMAPPACKETS_API void addUsage(Side const& side, std::vector<RuleUsage>& usage, Budget& budget);
 
 }  // namespace PolicyMapPackets
