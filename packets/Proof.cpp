@@ -27,6 +27,9 @@ std::vector<Proof> proofsOf(std::vector<Subject> const& subjects, SearchOptions 
   for (Subject const& subject : subjects) {
     if (subject.hasRules()) {
       proofs.push_back(prove(subject, options));
+      if (subject.option == PolicyMap::ClassMapMatchOption::mac) {
+        proofs.back().twoClasses = twoClasses(subject, subjects, options);
+      }
     }
   }
   return proofs;

@@ -10,6 +10,7 @@
 #include "packets/Differences.h"
 #include "packets/Export.h"
 #include "packets/Subject.h"
+#include "packets/TwoClasses.h"
 #include "testkit/text/Json.h"
 
 #include <iosfwd>
@@ -26,6 +27,9 @@ struct POLICYMAPPACKETS_API Proof : Differences {
   std::string reason;
   // What is irregular about the sub-rules, whether or not packets care.
   std::vector<std::string> findings;
+  // Of MAC rules, from proofs of several options: packets that other rules give to another class.
+  // Said, but no difference.
+  std::vector<TwoClasses> twoClasses;
 };
 
 // Each policy that is attached and has anything to program for an option, or should have. Throws as
@@ -44,7 +48,8 @@ struct POLICYMAPPACKETS_API Proof : Differences {
 // Some lines, without a line feed at the end.
 POLICYMAPPACKETS_API std::ostream& operator<<(std::ostream& out, Proof const& proof);
 // "subject", "verdict", and as far as there are any "reason", "packets", "log2Packets", "atLeast",
-// "pairs", "moved", "differences", "findings". Counts are texts: they exceed the numbers of JSON.
+// "pairs", "moved", "differences", "findings", "twoClasses". Counts are texts: they exceed the
+// numbers of JSON.
 [[nodiscard]] POLICYMAPPACKETS_API PolicyMapTestKit::Text::Json jsonOf(Proof const& proof);
 
 }  // namespace PolicyMapPackets

@@ -28,6 +28,9 @@ std::ostream& operator<<(std::ostream& out, Proof const& proof) {
   for (std::string const& finding : proof.findings) {
     out << "\n  " << finding;
   }
+  for (TwoClasses const& each : proof.twoClasses) {
+    out << "\n  " << each;
+  }
   return out;
 }
 
@@ -43,6 +46,13 @@ Json jsonOf(Proof const& proof) {
   }
   if (!findings.empty()) {
     json.add("findings", std::move(findings));
+  }
+  Json::Array twoClasses;
+  for (TwoClasses const& each : proof.twoClasses) {
+    twoClasses.push_back(jsonOf(each));
+  }
+  if (!twoClasses.empty()) {
+    json.add("twoClasses", std::move(twoClasses));
   }
   return json;
 }

@@ -3,6 +3,7 @@
 
 #include "packets/engine/AddressIndex.h"
 #include "packets/engine/Bounds.h"
+#include "packets/engine/EmptySide.h"
 
 #include <algorithm>
 #include <optional>
@@ -10,17 +11,6 @@
 namespace PolicyMapPackets {
 
 namespace {
-
-// No line: every packet gets nothing.
-class EmptySide final : public Side {
- public:
-  explicit EmptySide(Slice const& slice) : Side(slice) { linesAre({}, 0); }
-
-  [[nodiscard]] Outcome decide(Box const& /*region*/,
-                               std::span<LineIndex const> /*relevant*/) const override {
-    return {nothing(), false};
-  }
-};
 
 class Using {
  public:

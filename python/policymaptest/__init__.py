@@ -22,7 +22,7 @@ from .journal import Journal, JournalEntry  # noqa: E402
 from .lab import Explanations, HeldResult, Lab  # noqa: E402
 from .packets import (  # noqa: E402
     PacketChange, PacketDifference, PacketResults, PacketRule, PacketState, Proof, Trace, TraceLine,
-    Treatment, Unused, UnusedRule,
+    Treatment, TwoClasses, Unused, UnusedRule,
 )
 from .records import Difference, Record, Rule, Snapshot, difference  # noqa: E402
 from .runs import Run, replay  # noqa: E402
@@ -32,6 +32,6 @@ __all__ = [
     "ApprovedSnapshot", "Capacity", "Difference", "Explanations", "Fault", "FaultScope",
     "HeldResult", "Journal", "JournalEntry", "Lab", "MetFault", "PacketChange", "PacketDifference",
     "PacketResults", "PacketRule", "PacketState", "PlannedFault", "Proof", "Record", "Rule", "Run",
-    "Snapshot", "SweepReport", "SweepResult", "Trace", "TraceLine", "Treatment", "Unused",
-    "UnusedRule", "difference", "explain", "replay", "sweep", "walk",
+    "Snapshot", "SweepReport", "SweepResult", "Trace", "TraceLine", "Treatment", "TwoClasses",
+    "Unused", "UnusedRule", "difference", "explain", "replay", "sweep", "walk",
 ]

@@ -131,10 +131,22 @@ class PacketDifferences:
 
 
 @dataclasses.dataclass(frozen=True)
+class TwoClasses:
+    """A frame that MAC rules give to one class, and rules of another kind to another one."""
+
+    frame: str  # as the MAC rules see it
+    rule: PacketRule
+    other_option: str  # "ipv4", "ipv6" or "mpls"
+    packet: str  # the same as the other rules see it
+    other_rule: PacketRule
+
+
+@dataclasses.dataclass(frozen=True)
 class Proof(PacketDifferences):
     """Whether the records of a policy treat every packet as configured."""
 
     findings: tuple[str, ...]  # what is irregular about the sub-rules, whether or not packets care
+    two_classes: tuple[TwoClasses, ...]  # of MAC rules; no difference
 
 
 @dataclasses.dataclass(frozen=True)
@@ -308,7 +320,10 @@ def _common(data: dict[str, Any], one: str, other: str) -> dict[str, Any]:
 
 
 def _proof_of(data: dict[str, Any]) -> Proof:
-    return Proof(**_common(data, "recorded", "configured"), findings=tuple(data.get("findings", ())))
+    return Proof(**_common(data, "recorded", "configured"), findings=tuple(data.get("findings", ())),
+                 two_classes=tuple(TwoClasses(each["frame"], _needed_rule(each["rule"]), each["otherOption"],
+                                              each["packet"], _needed_rule(each["otherRule"]))
+                                   for each in data.get("twoClasses", ())))
 
 
 def _change_of(data: dict[str, Any]) -> PacketChange:

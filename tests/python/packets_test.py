@@ -79,6 +79,25 @@ def test_records_are_proven(loaded: Lab) -> None:
         loaded.prove(policy="other")
 
 
+def test_mac_rules_and_ip_rules_of_two_classes_are_named(loaded: Lab) -> None:
+    loaded.load("""mac access-list frames
+  10 permit any any ip
+class-map match-any frames
+  match mac access-group frames
+policy-map edge
+  class frames
+""")
+    proofs = loaded.prove()
+    assert proofs.same
+    found, = proofs[1].two_classes
+    assert (found.frame, str(found.rule)) == (
+        "mac 0000.0000.0000 > 0000.0000.0000 ethertype 2048",
+        "frames 10 permit any any ethertype 2048 of class frames")
+    assert (found.other_option, found.packet, found.other_rule.class_name) == (
+        "ipv4", "tcp 0.0.0.0 > 0.0.0.0:80", "web")
+    assert [each.two_classes for each in loaded.prove(option="mac")] == [()]
+
+
 def test_a_difference_has_packet_rules_and_exact_numbers(loaded: Lab) -> None:
     proofs = loaded.prove(deny="entry")
     assert (proofs.same, proofs.verdict) == (False, "different")
