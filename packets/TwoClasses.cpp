@@ -134,8 +134,8 @@ std::ostream& operator<<(std::ostream& out, TwoClasses const& found) {
     out << found.packet << " in ";
   }
   return out << found.frame << ": class " << found.rule.className << " by " << found.rule.name()
-             << " " << found.rule.match << ", and class " << found.otherRule.className
-             << " of the " << PolicyMapTestKit::toText(found.otherOption) << " rules by "
+             << " " << found.rule.match << ", and class " << found.otherRule.className << " of the "
+             << PolicyMapTestKit::toText(found.otherOption) << " rules by "
              << found.otherRule.name() << " " << found.otherRule.match;
 }
 

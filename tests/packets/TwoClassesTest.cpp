@@ -54,11 +54,11 @@ std::vector<std::string> foundIn(std::string const& text, SearchOptions const& o
 }
 
 TEST(TwoClasses, FramesOfMacRulesThatIpRulesGiveToAnotherClass) {
-  std::string const text = policyOf({"web", "host"},
-                                    "ip access-list web\n 10 permit tcp any any eq 80\n"
-                                    "ipv6 access-list web\n 10 permit udp any any\n"
-                                    "mac access-list host\n 10 permit any any arp\n"
-                                    " 20 permit host 0000.0000.0009 any vlan 7");
+  std::string const text =
+      policyOf({"web", "host"}, "ip access-list web\n 10 permit tcp any any eq 80\n"
+                                "ipv6 access-list web\n 10 permit udp any any\n"
+                                "mac access-list host\n 10 permit any any arp\n"
+                                " 20 permit host 0000.0000.0009 any vlan 7");
   EXPECT_THAT(
       foundIn(text),
       ElementsAre(
@@ -87,14 +87,13 @@ TEST(TwoClasses, NothingIsFoundIfNoFrameHasTwo) {
   std::string const host = "mac access-list host\n";
   // Other frames than those of IP; one class; a class that is left; rules that are not reached.
   EXPECT_THAT(foundIn(policyOf({"web", "host"}, web + host + " 10 permit any any arp")), IsEmpty());
-  EXPECT_THAT(
-      foundIn(policyOf({"web"}, web + "mac access-list web\n 10 permit any any")), IsEmpty());
+  EXPECT_THAT(foundIn(policyOf({"web"}, web + "mac access-list web\n 10 permit any any")),
+              IsEmpty());
   std::string const denies =
       policyOf({"web", "host"}, web + host + " 10 deny any any ip\n 20 permit any any");
   EXPECT_THAT(foundIn(denies), IsEmpty());
-  EXPECT_THAT(foundIn(policyOf({"web", "host"},
-                               web + "mac access-list web\n 10 permit any any\n" + host +
-                                   " 10 permit any any ip")),
+  EXPECT_THAT(foundIn(policyOf({"web", "host"}, web + "mac access-list web\n 10 permit any any\n" +
+                                                    host + " 10 permit any any ip")),
               IsEmpty());
 }
 
@@ -127,10 +126,9 @@ TEST(TwoClasses, OnlyWhatIsProgrammedCounts) {
   EXPECT_EQ(foundIn(lab).size(), 1U);
   EXPECT_THAT(foundIn(lab, {.selection = {.option = ClassMapMatchOption::mac}}), IsEmpty());
   std::vector<Subject> const subjects = subjectsOf(lab);
-  Subject const& mac =
-      *std::find_if(subjects.begin(), subjects.end(), [](Subject const& subject) {
-        return subject.option == ClassMapMatchOption::mac;
-      });
+  Subject const& mac = *std::find_if(subjects.begin(), subjects.end(), [](Subject const& subject) {
+    return subject.option == ClassMapMatchOption::mac;
+  });
   EXPECT_EQ(twoClasses(mac, subjects, {}).size(), 1U);
   EXPECT_THAT(twoClasses(mac, subjects, {.budget = 1}), IsEmpty());
   lab.load("interface Ethernet1\n no ipv6 address 2001:db8::1/64");
