@@ -2,8 +2,11 @@
 #include "packets/TwoClasses.h"
 
 #include "packets/Labs.h"
+#include "packets/Tiny.h"
 
 #include <algorithm>
+#include <set>
+#include <utility>
 
 namespace PolicyMapPackets::test {
 namespace {
@@ -133,6 +136,64 @@ TEST(TwoClasses, OnlyWhatIsProgrammedCounts) {
   EXPECT_THAT(twoClasses(mac, subjects, {.budget = 1}), IsEmpty());
   lab.load("interface Ethernet1\n no ipv6 address 2001:db8::1/64");
   EXPECT_THAT(prove(lab).back().twoClasses, IsEmpty());
+}
+
+Subject subjectOf(ClassMapMatchOption option, std::vector<RuleRecord> recorded) {
+  Subject subject;
+  subject.policy = {"edge", "input"};
+  subject.option = option;
+  subject.recorded = std::move(recorded);
+  return subject;
+}
+
+// MAC rules about frames of IP and others, with and without two VLANs.
+std::vector<RuleRecord> macRules(TinyRandom& random) {
+  std::vector<RuleRecord> rules(random.below(4));
+  for (std::uint32_t i = 0; i != rules.size(); ++i) {
+    Acl::MacRuleConfig match;
+    match.permitIs(!random.oneIn(3));
+    match.ethertypeIs(random.oneIn(3) ? 0x0806 : 0x0800);
+    if (random.oneIn(2)) {
+      match.vlanIs(1 + random.below(2));
+    }
+    rules[i] = {{TinyRandom::className(random.below(2)), "frames", i, ClassMapMatchOption::mac},
+                match,
+                {},
+                {PolicyMap::SubRuleData()}};
+  }
+  return rules;
+}
+
+// Compares with a look at each frame and each packet.
+TEST(TwoClasses, AreFoundIfThereAreAny) {
+  TinyRandom random(8);
+  std::vector<Packet> const packets = tinyPackets();
+  int found = 0;
+  for (int i = 0; i != 150; ++i) {
+    std::vector<Subject> const subjects{subjectOf(ClassMapMatchOption::ipv4, random.recorded()),
+                                        subjectOf(ClassMapMatchOption::mac, macRules(random))};
+    std::set<std::string> ofPackets;
+    for (Packet const& packet : packets) {
+      ofPackets.insert(classByRecords(subjects[0].recorded, DenyReading::nextClass, packet));
+    }
+    std::set<std::string> ofFrames;
+    for (char const* const vlan : {"", " vlan 1", " vlan 2"}) {
+      std::string const frame = "mac 0000.0000.0000 > 0000.0000.0000 ethertype ip";
+      for (Trace const& trace : tracePacket(subjects, readPacket(frame + vlan))) {
+        ofFrames.insert(trace.recordedAs.className);
+      }
+    }
+    bool isThere = false;
+    for (std::string const& one : ofFrames) {
+      for (std::string const& other : ofPackets) {
+        isThere = isThere || (!one.empty() && !other.empty() && one != other);
+      }
+    }
+    EXPECT_EQ(twoClasses(subjects[1], subjects, {}).size(), isThere ? 1U : 0U);
+    found += isThere ? 1 : 0;
+  }
+  EXPECT_GT(found, 30);
+  EXPECT_LT(found, 120);
 }
 
 TEST(TwoClasses, AsJson) {
