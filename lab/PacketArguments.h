@@ -18,6 +18,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace lab {
@@ -88,29 +89,37 @@ void print(Console const& console, Value const& value) {
   }
 }
 
-// Prints the results as text or as one JSON object. Returns the status for worstOf().
+// Prints the results as text, with `between` them, or as one member more of a JSON object.
 template <class Results>
-ExitStatus printResults(Console const& console, bool json, char const* member,
-                        Results const& results, char const* ifNone) {
-  PolicyMapPackets::Verdict const verdict = worstOf(results);
+void printList(Console const& console, bool json, Json object, char const* member,
+               Results const& results, char const* ifNone, char const* between = "") {
   if (json) {
     Json::Array all;
     for (auto const& result : results) {
       all.push_back(jsonOf(result));
     }
-    console.out << Json(Json::Object{{"version", 1U},
-                                     {"verdict", PolicyMapPackets::toText(verdict)},
-                                     {member, std::move(all)}})
-                       .text()
-                << "\n";
-  } else {
-    for (auto const& result : results) {
-      print(console, result);
-    }
-    if (results.empty()) {
-      console.out << ifNone << "\n";
-    }
+    object.add(member, std::move(all));
+    console.out << object.text() << "\n";
+    return;
   }
+  char const* separator = "";
+  for (auto const& result : results) {
+    console.out << std::exchange(separator, between);
+    print(console, result);
+  }
+  if (results.empty()) {
+    console.out << ifNone << "\n";
+  }
+}
+
+// The same with their verdict. Returns the status for it.
+template <class Results>
+ExitStatus printResults(Console const& console, bool json, char const* member,
+                        Results const& results, char const* ifNone) {
+  PolicyMapPackets::Verdict const verdict = worstOf(results);
+  printList(console, json,
+            Json(Json::Object{{"version", 1U}, {"verdict", PolicyMapPackets::toText(verdict)}}),
+            member, results, ifNone);
   return verdict == PolicyMapPackets::Verdict::different   ? ExitStatus::notProgrammed
          : verdict == PolicyMapPackets::Verdict::undecided ? ExitStatus::undecided
                                                            : ExitStatus::success;

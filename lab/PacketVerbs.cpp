@@ -53,25 +53,9 @@ ExitStatus TraceVerb::run(Console const& console) {
     }
     return all;
   });
-  Json::Array json;
-  bool isFirst = true;
-  for (Trace const& trace : traces) {
-    if (packetArguments_.json()) {
-      json.push_back(jsonOf(trace));
-      continue;
-    }
-    console.out << (std::exchange(isFirst, false) ? "" : "\n");
-    print(console, trace);
-  }
-  if (packetArguments_.json()) {
-    console.out << Json(Json::Object{{"version", 1U}, {"traces", std::move(json)}}).text() << "\n";
-  } else if (traces.empty()) {
-    console.out << "no attached policy has rules for such packets\n";
-  }
-  bool const isDifferent = std::any_of(traces.begin(), traces.end(), [](Trace const& trace) {
-    return trace.verdict == Verdict::different;
-  });
-  return isDifferent ? ExitStatus::notProgrammed : ExitStatus::success;
+  printList(console, packetArguments_.json(), Json(Json::Object{{"version", 1U}}), "traces", traces,
+            "no attached policy has rules for such packets", "\n");
+  return worstOf(traces) == Verdict::different ? ExitStatus::notProgrammed : ExitStatus::success;
 }
 
 ProveVerb::ProveVerb(CLI::App& program)
@@ -112,19 +96,8 @@ ExitStatus UnusedVerb::run(Console const& console) {
   std::unique_ptr<Lab> const loaded = labAfter(arguments_, arguments_.readInputs());
   std::vector<PolicyMapPackets::Unused> const all =
       asked([&] { return unusedRules(*loaded, packetArguments_.selection(), budget_); });
-  Json::Array json;
-  for (PolicyMapPackets::Unused const& each : all) {
-    if (packetArguments_.json()) {
-      json.push_back(jsonOf(each));
-    } else {
-      print(console, each);
-    }
-  }
-  if (packetArguments_.json()) {
-    console.out << Json(Json::Object{{"version", 1U}, {"unused", std::move(json)}}).text() << "\n";
-  } else if (all.empty()) {
-    console.out << "no attached policy has rules\n";
-  }
+  printList(console, packetArguments_.json(), Json(Json::Object{{"version", 1U}}), "unused", all,
+            "no attached policy has rules");
   bool const isSpent =
       std::any_of(all.begin(), all.end(), [](auto const& each) { return each.isSpent; });
   return isSpent ? ExitStatus::undecided : ExitStatus::success;

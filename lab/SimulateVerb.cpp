@@ -63,21 +63,14 @@ ExitStatus SimulateVerb::run(Console const& console) {
   takeFile(simulator);
   takeCapture(simulator);
   generate(subjects, simulator);
-  Json::Array json;
-  for (Simulation& simulation : simulator.results()) {
-    if (neverHit_) {
+  std::vector<Simulation> results = simulator.results();
+  if (neverHit_) {
+    for (Simulation& simulation : results) {
       std::erase_if(simulation.rules, [](auto const& rule) { return rule.packets != 0; });
     }
-    if (packetArguments_.json()) {
-      json.push_back(jsonOf(simulation));
-    } else {
-      print(console, simulation);
-    }
   }
-  if (packetArguments_.json()) {
-    console.out << Json(Json::Object{{"version", 1U}, {"simulations", std::move(json)}}).text()
-                << "\n";
-  }
+  printList(console, packetArguments_.json(), Json(Json::Object{{"version", 1U}}), "simulations",
+            results, "no attached policy has rules");
   return ExitStatus::success;
 }
 

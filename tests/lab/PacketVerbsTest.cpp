@@ -200,5 +200,10 @@ TEST_F(PacketVerbsTest, SimulateNeedsPackets) {
               HasSubstr("simulate needs --packets, --capture or --generate"));
 }
 
+TEST_F(PacketVerbsTest, SimulateSaysThatThereAreNoRules) {
+  EXPECT_EQ(runLab({"simulate", simple(), "--option", "mac", "--generate", "1"}).out,
+            "no attached policy has rules\n");
+}
+
 }  // namespace
 }  // namespace lab::test
