@@ -5,8 +5,13 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <new>
 #include <utility>
+
+#if __has_include(<sys/mman.h>)
+#include <sys/mman.h>
+#endif
 
 namespace Kor {
 namespace {
@@ -23,8 +28,24 @@ constexpr bool sanitized = false;
 constexpr bool sanitized = false;
 #endif
 
-constexpr std::size_t slabsPerRegion = 15;  // and one lost to alignment
-constexpr std::size_t cutAtOnce = 4096;     // bytes: the rest of a slab is not touched
+constexpr std::size_t slabsPerRegion = 16;
+constexpr std::size_t cutAtOnce = 4096;  // bytes: the rest of a slab is not touched
+constexpr std::size_t hugePage = std::size_t{2} * 1024 * 1024;
+// A program that needs no more than these has nothing to gain, and would touch more than it uses.
+constexpr std::size_t regionsOfSmallPages = 4;
+
+// Memory that begins and, if `huge`, is mapped at multiples of a huge page.
+void* allocateAligned(std::size_t size, bool huge) {
+  void* const memory = ::operator new(size, std::align_val_t{hugePage});
+#if defined(MADV_HUGEPAGE)
+  if (huge) {
+    static_cast<void>(madvise(memory, size, MADV_HUGEPAGE));  // a system may have none
+  }
+#else
+  static_cast<void>(huge);
+#endif
+  return memory;
+}
 
 }  // namespace
 
@@ -36,9 +57,11 @@ struct MemoryPool::Slabs {
 
   // Regions are linked so that they stay reachable; a leak checker then reports only real leaks.
   struct Region {
+    std::byte* memory;
     Region* next;
   };
   static Region* regions;
+  static std::size_t regionCount;
   static std::byte* uncut;  // the slabs of the newest region that were never used
   static std::size_t uncutSlabs;
   static Slab* empty;
@@ -54,10 +77,13 @@ struct MemoryPool::Slabs {
 
   static Slab& newest() {
     if (uncutSlabs == 0) {
-      auto* const memory = static_cast<std::byte*>(::operator new((slabsPerRegion + 1) * slabSize));
-      regions = new (memory) Region{regions};
-      uncut = memory + slabSize - reinterpret_cast<std::uintptr_t>(memory) % slabSize;
+      auto region = std::make_unique<Region>(Region{nullptr, regions});
+      region->memory = static_cast<std::byte*>(
+          allocateAligned(slabsPerRegion * slabSize, regionCount >= regionsOfSmallPages));
+      uncut = region->memory;
       uncutSlabs = slabsPerRegion;
+      regions = region.release();
+      ++regionCount;
     }
     Slab& slab = slabOf(uncut);
     uncut += slabSize;
@@ -110,6 +136,7 @@ struct MemoryPool::Slabs {
 
 constinit MemoryPool::Slab MemoryPool::Slabs::none{};
 constinit MemoryPool::Slabs::Region* MemoryPool::Slabs::regions = nullptr;
+constinit std::size_t MemoryPool::Slabs::regionCount = 0;
 constinit std::byte* MemoryPool::Slabs::uncut = nullptr;
 constinit std::size_t MemoryPool::Slabs::uncutSlabs = 0;
 constinit MemoryPool::Slab* MemoryPool::Slabs::empty = nullptr;
@@ -145,6 +172,18 @@ void* MemoryPool::refill(std::size_t size) {
   }
   KOR_ASSERT(current->free != nullptr);
   return allocate(size);
+}
+
+void* MemoryPool::allocateLarge(std::size_t size) {
+  return size < hugePage ? ::operator new(size) : allocateAligned(size, true);
+}
+
+void MemoryPool::releaseToHeap(void* memory, std::size_t size) noexcept {
+  if (size < hugePage) {
+    ::operator delete(memory);
+  } else {
+    ::operator delete(memory, std::align_val_t{hugePage});
+  }
 }
 
 void MemoryPool::retire(Slab& slab) noexcept {
