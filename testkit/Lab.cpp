@@ -121,8 +121,8 @@ void Lab::edit(Text::SourceText const& source, Text::Reading reading, std::strin
 }
 
 void Lab::load(Text::FilterSet const& rules, FilterLayout const& layout) {
-  journal_.testDid("load", Kor::String(std::to_string(rules.rules.size()) + " rules"));
-  configure(Text::filterSettings(rules, layout.classes, layout.interfaces));
+  load(Text::filterSettings(rules, layout.classes, layout.interfaces),
+       std::to_string(rules.rules.size()) + " rules");
 }
 
 void Lab::load(Text::Settings const& settings, std::string const& name) {

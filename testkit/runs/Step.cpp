@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/runs/Step.h"
 
+#include "testkit/config/FilterSettings.h"
 #include "testkit/text/SourceText.h"
 
 #include <algorithm>
@@ -36,8 +37,13 @@ void injectText(Lab& lab, std::string const& text) {
   lab.inject({text.substr(0, equals), text.substr(std::min(equals + 1, text.size()))});
 }
 
-void loadRules(Lab& lab, Step const& step) {
-  Text::SourceText const source(step.name, step.text);
+Text::SourceText sourceOf(Step const& step) {
+  return Text::SourceText::referringTo(step.name, step.text);
+}
+
+// The settings of a filter set, which is large, and gone when they are configured.
+Text::Settings settingsOf(Step const& step, std::size_t& rules) {
+  Text::SourceText const source = sourceOf(step);
   Text::FilterSet const set = Text::readFilterSet(source, step.portRanges);
   if (step.layout.classes > std::max<std::size_t>(set.rules.size(), 1)) {
     throw Text::InputError({source.name(), 0, 0},
@@ -45,7 +51,14 @@ void loadRules(Lab& lab, Step const& step) {
                                " classes",
                            std::to_string(set.rules.size()));
   }
-  lab.load(set, step.layout);
+  rules = set.rules.size();
+  return Text::filterSettings(set, step.layout.classes, step.layout.interfaces);
+}
+
+void loadRules(Lab& lab, Step const& step) {
+  std::size_t rules = 0;
+  Text::Settings const settings = settingsOf(step, rules);
+  lab.load(settings, std::to_string(rules) + " rules");
 }
 
 void release(Lab& lab, std::string const& number) {
@@ -67,7 +80,7 @@ std::size_t linesOf(Step const& step) {
     return 0;
   }
   std::size_t lines = 0;
-  Text::SourceText const source(step.name, step.text);
+  Text::SourceText const source = sourceOf(step);
   Text::LineReader reader(source);
   while (reader.next()) {
     lines += reader.line().find_first_not_of(" \t") == std::string_view::npos ? 0 : 1;
@@ -80,7 +93,7 @@ std::size_t linesOf(Step const& step) {
 void perform(Lab& lab, Step const& step, Text::Reading reading) {
   switch (step.kind) {
   case StepKind::load:
-    lab.load(Text::SourceText(step.name, step.text), step.reading.value_or(reading));
+    lab.load(sourceOf(step), step.reading.value_or(reading));
     break;
   case StepKind::rules: loadRules(lab, step); break;
   case StepKind::inject: injectText(lab, step.text); break;

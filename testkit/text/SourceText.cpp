@@ -71,7 +71,16 @@ InputError::InputError(SourcePosition position, std::string expected, std::strin
       expected_(std::move(expected)) {}
 
 SourceText::SourceText(std::string name, std::string content)
-    : name_(std::make_shared<std::string const>(std::move(name))), content_(std::move(content)) {}
+    : SourceText(std::make_shared<std::string const>(std::move(name)),
+                 std::make_shared<std::string const>(std::move(content))) {}
+
+SourceText::SourceText(FileName name, std::shared_ptr<std::string const> content)
+    : name_(std::move(name)), content_(std::move(content)) {}
+
+SourceText SourceText::referringTo(std::string name, std::string const& content) {
+  return {std::make_shared<std::string const>(std::move(name)),
+          std::shared_ptr<std::string const>(std::shared_ptr<void>(), &content)};
+}
 
 SourceText SourceText::fromFile(std::string const& path, std::size_t limit) {
   std::unique_ptr<std::FILE, FileCloser> const file(std::fopen(path.c_str(), "rb"));

@@ -55,10 +55,12 @@ class POLICYMAPTESTKIT_API InputError : public Kor::RangeException {
   std::string expected_;
 };
 
-// The bytes and the name of one input file.
+// The bytes and the name of one input file. Copies share them.
 class POLICYMAPTESTKIT_API SourceText {
  public:
   SourceText(std::string name, std::string content);
+  // Refers to a text that outlives it.
+  static SourceText referringTo(std::string name, std::string const& content);
 
   // More than any real input, and less than the memory of a machine.
   static constexpr std::size_t largestFile = std::size_t{256} << 20U;
@@ -68,11 +70,13 @@ class POLICYMAPTESTKIT_API SourceText {
   static SourceText fromFile(std::string const& path, std::size_t limit = largestFile);
 
   FileName const& name() const noexcept { return name_; }
-  std::string_view content() const noexcept { return content_; }
+  std::string_view content() const noexcept { return *content_; }
 
  private:
+  SourceText(FileName name, std::shared_ptr<std::string const> content);
+
   FileName name_;
-  std::string content_;
+  std::shared_ptr<std::string const> content_;
 };
 
 // Iterates over the lines of a text. A line ends at a line feed; a carriage return before it is
