@@ -36,7 +36,7 @@ constexpr std::size_t regionsOfSmallPages = 4;
 
 // Memory that begins and, if `huge`, is mapped at multiples of a huge page.
 void* allocateAligned(std::size_t size, bool huge) {
-  void* const memory = ::operator new(size, std::align_val_t{hugePage});
+  void* const memory = ::operator new (size, std::align_val_t{hugePage});
 #if defined(MADV_HUGEPAGE)
   if (huge) {
     static_cast<void>(madvise(memory, size, MADV_HUGEPAGE));  // a system may have none
@@ -182,7 +182,7 @@ void MemoryPool::releaseToHeap(void* memory, std::size_t size) noexcept {
   if (size < hugePage) {
     ::operator delete(memory);
   } else {
-    ::operator delete(memory, std::align_val_t{hugePage});
+    ::operator delete (memory, std::align_val_t{hugePage});
   }
 }
 

@@ -92,9 +92,7 @@ std::size_t linesOf(Step const& step) {
 
 void perform(Lab& lab, Step const& step, Text::Reading reading) {
   switch (step.kind) {
-  case StepKind::load:
-    lab.load(sourceOf(step), step.reading.value_or(reading));
-    break;
+  case StepKind::load: lab.load(sourceOf(step), step.reading.value_or(reading)); break;
   case StepKind::rules: loadRules(lab, step); break;
   case StepKind::inject: injectText(lab, step.text); break;
   case StepKind::clear: lab.clearFaults(); break;

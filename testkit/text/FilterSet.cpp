@@ -110,10 +110,11 @@ class FilterLine {
 FilterSet readFilterSet(SourceText const& source, PortRanges portRanges) {
   FilterSet set;
   std::string_view const content = source.content();
-  constexpr std::size_t shortestLine = 32;  // of which empty ones are not to be counted as rules
-  set.rules.reserve(std::min(static_cast<std::size_t>(std::count(content.begin(), content.end(), '\n')),
-                             content.size() / shortestLine) +
-                    1);
+  constexpr std::size_t shortestLine = 32;  // shorter ones are no rules
+  set.rules.reserve(
+      std::min(static_cast<std::size_t>(std::count(content.begin(), content.end(), '\n')),
+               content.size() / shortestLine) +
+      1);
   LineReader reader(source);
   while (reader.next()) {
     FilterLine line(reader.line(), set.family, !set.rules.empty());
