@@ -105,8 +105,9 @@ Json::Array outstandingIn(Lab const& lab) {
   return all;
 }
 
-// Prints the rules one by one, so that a complete tree is never in memory.
-void printRecordJson(std::ostream& out, Record const& record, WithRules withRules) {
+// Prints the rules one by one, so that they are never all in memory as values.
+void printRecordJson(std::ostream& out, Record const& record, EachRule const& eachRule,
+                     WithRules withRules) {
   std::string text = jsonOf(record).text();
   if (withRules == WithRules::no) {
     out << text;
@@ -115,11 +116,11 @@ void printRecordJson(std::ostream& out, Record const& record, WithRules withRule
   text.pop_back();
   out << text << ",\"rules\":[";
   std::string_view separator = "\n";
-  for (RuleRecord const& rule : record.rules) {
+  eachRule([&](RuleRecord const& rule) {
     text = std::exchange(separator, ",\n");
     appendJson(text, rule);
     out << text;
-  }
+  });
   out << "]}";
 }
 
@@ -158,9 +159,9 @@ void printJson(std::ostream& out, JsonReport const& report) {
   Totals totals;
   out << "{\"policies\":[";
   char const* separator = "\n";
-  lab.forEachRecord(report.withRules, [&](Record const& record) {
+  lab.forEachRecord([&](Record const& record, EachRule const& eachRule) {
     out << std::exchange(separator, ",\n");
-    printRecordJson(out, record, report.withRules);
+    printRecordJson(out, record, eachRule, report.withRules);
     totals.add(record);
   });
   Json::Object skipped;

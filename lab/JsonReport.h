@@ -29,7 +29,7 @@ struct JsonReport {
 };
 
 // The members are described in docs/lab.md. One line per rule, change and journal entry. Holds one
-// policy in memory at a time. Without rules, each policy omits "rules".
+// rule in memory at a time. Without rules, each policy omits "rules".
 void printJson(std::ostream& out, JsonReport const& report);
 
 }  // namespace lab

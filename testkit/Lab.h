@@ -150,6 +150,9 @@ class POLICYMAPTESTKIT_API Lab {
                               std::optional<PolicyMap::ClassMapMatchOption> option = {}) const;
 
   // Calls `visit` for each record; see PolicyMapTestKit::forEachRecord().
+  void forEachRecord(std::function<void(Record const&, EachRule const&)> const& visit) const {
+    PolicyMapTestKit::forEachRecord(recorded_, visit);
+  }
   void forEachRecord(WithRules withRules, std::function<void(Record const&)> const& visit) const {
     PolicyMapTestKit::forEachRecord(recorded_, withRules, visit);
   }

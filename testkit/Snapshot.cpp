@@ -6,8 +6,9 @@
 #include <PolicyMap/PerOption.h>
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <ostream>
-#include <unordered_set>
 
 namespace PolicyMapTestKit {
 
@@ -17,8 +18,31 @@ using PolicyMap::AclRuleKey;
 using PolicyMapTest::AclPolicyData;
 using Text::ConfiguredRule;
 
-struct RuleKeyHash {
-  std::size_t operator()(AclRuleKey const& key) const { return key.hash(); }
+// The places of keys in a list without equal keys.
+class PlacesOfKeys {
+ public:
+  explicit PlacesOfKeys(std::vector<AclRuleKey> const& keys)
+      : keys_(keys), slots_(std::bit_ceil(2 * keys.size() + 1), none) {
+    for (std::uint32_t i = 0; i != keys.size(); ++i) {
+      *slotOf(keys[i]) = i;
+    }
+  }
+
+  static constexpr std::uint32_t none = UINT32_MAX;
+  [[nodiscard]] std::uint32_t find(AclRuleKey const& key) { return *slotOf(key); }
+
+ private:
+  // That of the key, or the empty one for it.
+  std::uint32_t* slotOf(AclRuleKey const& key) {
+    std::size_t slot = key.hash() & (slots_.size() - 1);
+    while (slots_[slot] != none && keys_[slots_[slot]] != key) {
+      slot = (slot + 1) & (slots_.size() - 1);
+    }
+    return &slots_[slot];
+  }
+
+  std::vector<AclRuleKey> const& keys_;
+  std::vector<std::uint32_t> slots_;
 };
 
 ConfiguredRule matchOf(AclPolicyData const& data, AclRuleKey const& key) {
@@ -58,22 +82,29 @@ std::vector<AclRuleKey> keysOf(AclPolicyData const& data) {
 std::vector<AclRuleKey> keysInOrder(AclPolicyData const& data,
                                     std::vector<AclRuleKey> const& added) {
   std::vector<AclRuleKey> const all = keysOf(data);
-  std::unordered_set<AclRuleKey, RuleKeyHash> left(all.begin(), all.end());
+  PlacesOfKeys places(all);
+  std::vector<bool> isOrdered(all.size());
   std::vector<AclRuleKey> ordered;
   ordered.reserve(all.size());
   for (AclRuleKey const& key : added) {
-    if (left.erase(key) != 0) {
+    std::uint32_t const place = places.find(key);
+    if (place != PlacesOfKeys::none && !isOrdered[place]) {
+      isOrdered[place] = true;
       ordered.push_back(key);
     }
   }
-  std::size_t const known = ordered.size();
-  ordered.insert(ordered.end(), left.begin(), left.end());
-  std::sort(ordered.begin() + static_cast<std::ptrdiff_t>(known), ordered.end());
+  auto const known = static_cast<std::ptrdiff_t>(ordered.size());
+  for (std::size_t place = 0; place != all.size(); ++place) {
+    if (!isOrdered[place]) {
+      ordered.push_back(all[place]);
+    }
+  }
+  std::sort(ordered.begin() + known, ordered.end());
   return ordered;
 }
 
-Record readRecord(AclPolicyData const& data, std::vector<AclRuleKey> const& added,
-                  WithRules withRules) {
+// Without its rules.
+Record readRecord(AclPolicyData const& data) {
   Record record;
   record.policy = data.key().policyKey().first().stdString();
   record.direction = data.key().policyKey().second().stdString();
@@ -90,19 +121,13 @@ Record readRecord(AclPolicyData const& data, std::vector<AclRuleKey> const& adde
   std::sort(record.interfaces.begin(), record.interfaces.end());
   record.ruleCount = std::uint64_t{data.ruleMatchs()} + data.ruleMatch6s() + data.ruleMatchMacs();
   data.forEachSubRule([&record](PolicyMap::SubRuleData const&) { ++record.subRuleCount; });
-  if (withRules == WithRules::yes) {
-    record.rules.reserve(record.ruleCount);
-    for (AclRuleKey const& key : keysInOrder(data, added)) {
-      record.rules.push_back(readRule(data, key));
-    }
-  }
   return record;
 }
 
 }  // namespace
 
-void forEachRecord(RecordedHelper const& recorded, WithRules withRules,
-                   std::function<void(Record const&)> const& visit) {
+void forEachRecord(RecordedHelper const& recorded,
+                   std::function<void(Record const&, EachRule const&)> const& visit) {
   std::vector<Kor::Ptr<AclPolicyData const>> records;
   for (auto const& entry : recorded.helper->testDataIteratorConst()) {
     records.push_back(entry.value());
@@ -110,8 +135,27 @@ void forEachRecord(RecordedHelper const& recorded, WithRules withRules,
   std::sort(records.begin(), records.end(),
             [](auto const& a, auto const& b) { return a->key() < b->key(); });
   for (auto const& record : records) {
-    visit(readRecord(*record, recorded.recorder->rulesAdded(record->key()), withRules));
+    visit(readRecord(*record), [&](std::function<void(RuleRecord const&)> const& visitRule) {
+      for (AclRuleKey const& key :
+           keysInOrder(*record, recorded.recorder->rulesAdded(record->key()))) {
+        visitRule(readRule(*record, key));
+      }
+    });
   }
+}
+
+void forEachRecord(RecordedHelper const& recorded, WithRules withRules,
+                   std::function<void(Record const&)> const& visit) {
+  forEachRecord(recorded, [&](Record const& record, EachRule const& eachRule) {
+    if (withRules == WithRules::no) {
+      visit(record);
+      return;
+    }
+    Record whole = record;
+    whole.rules.reserve(record.ruleCount);
+    eachRule([&whole](RuleRecord const& rule) { whole.rules.push_back(rule); });
+    visit(whole);
+  });
 }
 
 Snapshot snapshotOf(RecordedHelper const& helper, WithRules withRules) {

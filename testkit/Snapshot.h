@@ -40,8 +40,16 @@ class POLICYMAPTESTKIT_API Snapshot {
 
 POLICYMAPTESTKIT_API std::ostream& operator<<(std::ostream& out, Snapshot const& snapshot);
 
-// Calls `visit` for each record of a helper, ordered by policy-map, direction and option. Holds one
-// record at a time.
+// Calls `visit` for each rule of a record, in the order of programming. Those that were written
+// into the record without a call of the helper come last, by key.
+using EachRule = std::function<void(std::function<void(RuleRecord const&)> const& visit)>;
+
+// Calls `visit` for each record of a helper, ordered by policy-map, direction and option, with the
+// record without its rules. Holds one rule at a time. `eachRule` is valid during the call.
+POLICYMAPTESTKIT_API void forEachRecord(
+    RecordedHelper const& helper,
+    std::function<void(Record const& record, EachRule const& eachRule)> const& visit);
+// The same with a record at a time.
 POLICYMAPTESTKIT_API void forEachRecord(RecordedHelper const& helper, WithRules withRules,
                                         std::function<void(Record const&)> const& visit);
 

@@ -3,6 +3,10 @@
 
 #include <gmock/gmock.h>
 
+#include <random>
+#include <string>
+#include <vector>
+
 namespace PolicyMapPackets::test {
 namespace {
 
@@ -30,6 +34,81 @@ TEST(Packet, PrintsAsItIsRead) {
     EXPECT_EQ(errorOf(text), "no error: " + std::string(text));
     EXPECT_EQ(readPacket(toText(readPacket(text))), readPacket(text));
   }
+}
+
+// A text of words of packets, most of them in their places.
+std::string randomText(std::mt19937& random) {
+  static std::vector<std::vector<std::string>> const places{
+      {"tcp", "udp", "sctp", "icmp", "gre", "0", "255", "256", "ip", "ipv6", "mac", "ipv6 icmp",
+       ""},
+      {"10.0.0.1", "10.0.0.1:80", "10.0.0.1:65536", "2001:db8::1", "[2001:db8::1]:53",
+       "::", "[::]:", "0011.2233.4455", "10.0.0", "ffff:ffff:ffff:ffff:ffff:ffff:255.255.255.255"},
+      {">", ">", ">", ">", ">", "<", ""}};
+  static std::vector<std::string> const more{"syn",
+                                             "rst",
+                                             "ack",
+                                             "dscp",
+                                             "ef",
+                                             "46",
+                                             "64",
+                                             "ttl",
+                                             "255",
+                                             "256",
+                                             "type",
+                                             "8",
+                                             "code",
+                                             "tni",
+                                             "vni",
+                                             "7",
+                                             "-1",
+                                             "fragment",
+                                             "ethertype",
+                                             "arp",
+                                             "0x800",
+                                             "vlan",
+                                             "0",
+                                             "cos",
+                                             "5",
+                                             "10",
+                                             "16777215",
+                                             "mpls-label",
+                                             "1048575",
+                                             "mpls-experimental",
+                                             "mpls-inner-label",
+                                             "17"};
+  auto const oneOf = [&random](std::vector<std::string> const& words) {
+    return words[random() % words.size()];
+  };
+  std::string text = oneOf(places[0]) + " ";
+  text.append(oneOf(places[1])).append(" ").append(oneOf(places[2])).append(" ");
+  text.append(oneOf(places[1]));
+  for (auto words = random() % 5; words != 0; --words) {
+    text.append(" ").append(oneOf(more));
+  }
+  if (random() % 4 == 0) {
+    text[random() % text.size()] = static_cast<char>(random());
+  }
+  return text;
+}
+
+TEST(Packet, IsReadOrRefusedWhateverTheTextIs) {
+  std::mt19937 random(1);
+  int read = 0;
+  int refused = 0;
+  for (int i = 0; i != 50000; ++i) {
+    std::string const text = randomText(random);
+    SCOPED_TRACE(text);
+    try {
+      Packet const packet = readPacket(text);
+      ASSERT_EQ(readPacket(toText(packet)), packet);
+      ++read;
+    } catch (InputError const& error) {
+      ASSERT_THAT(error.what(), testing::StartsWith("packet:1:"));
+      ++refused;
+    }
+  }
+  EXPECT_GT(read, 500);
+  EXPECT_GT(refused, 500);
 }
 
 TEST(Packet, HasZeroWhatIsNotSaid) {
