@@ -86,6 +86,7 @@ class ComparingTimes {
     if (before.name() != after.name()) {
       change.subject += " -> " + after.name();
     }
+    change.hasExceptions = !options_.except.empty();
     change.reason = obstacle(before, after);
     change.rules = ruleChanges(rulesOf(before, said_), rulesOf(after, said_));
     if (!change.reason.empty()) {

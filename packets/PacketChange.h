@@ -39,6 +39,8 @@ struct POLICYMAPPACKETS_API PacketChange : Differences {
   // Of `notProgrammed`.
   std::string reason;
   RuleChanges rules;
+  // Some packets were not compared: SearchOptions::except.
+  bool hasExceptions = false;
 };
 
 // What is said before and after about each policy, direction and option, by these, that has rules

@@ -54,9 +54,11 @@ std::ostream& operator<<(std::ostream& out, PacketChange const& change) {
   if (change.isSpent) {
     out << "; the rest is undecided";
   } else if (change.moved.empty()) {
-    out << "; every packet is treated as before";
+    out << (change.hasExceptions ? "; every packet but the excepted ones is treated as before"
+                                 : "; every packet is treated as before");
   } else {
-    out << "; all others are treated as before";
+    out << (change.hasExceptions ? "; all others but the excepted ones are treated as before"
+                                 : "; all others are treated as before");
   }
   printEach(out, change, {"before", "after"});
   return out;

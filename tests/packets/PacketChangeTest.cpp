@@ -54,9 +54,10 @@ TEST(PacketChanges, LeaveOutWhatIsExcepted) {
   std::string const edit = "ip access-list web\n no 10\n no 20\n";
   EXPECT_EQ(changedBy(edit, {.first = 0, .except = {PacketSet("tcp any any eq 80")}}),
             "edge input ipv4: 2 rules removed; 2^153.46 packets go from class web to class rest; "
-            "all others are treated as before");
+            "all others but the excepted ones are treated as before");
   EXPECT_EQ(changedBy(edit, {.except = {PacketSet("tcp any any")}}),
-            "edge input ipv4: 2 rules removed; every packet is treated as before");
+            "edge input ipv4: 2 rules removed; every packet but the excepted ones is treated as "
+            "before");
 }
 
 TEST(PacketChanges, WithoutABudgetAreUndecided) {
