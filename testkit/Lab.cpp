@@ -120,9 +120,11 @@ void Lab::edit(Text::SourceText const& source, Text::Reading reading, std::strin
   configure(settings);
 }
 
-void Lab::load(Text::FilterSet const& rules, FilterLayout const& layout) {
-  load(Text::filterSettings(rules, layout.classes, layout.interfaces),
-       std::to_string(rules.rules.size()) + " rules");
+void Lab::load(Text::FilterSet rules, FilterLayout const& layout) {
+  std::string const name = std::to_string(rules.rules.size()) + " rules";
+  Text::Settings const settings = Text::filterSettings(rules, layout.classes, layout.interfaces);
+  rules = {};  // may be large, and is not needed while the settings are programmed
+  load(settings, name);
 }
 
 void Lab::load(Text::Settings const& settings, std::string const& name) {

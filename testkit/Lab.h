@@ -88,7 +88,7 @@ class POLICYMAPTESTKIT_API Lab {
   // Replaces the current configuration by a filter set: policy-map "rules" with classes "rules-1",
   // "rules-2", ..., each matching the access list of its name with the sequence numbers 10, 20,
   // ..., attached for input at Ethernet1, Ethernet2, ...
-  void load(Text::FilterSet const& rules, FilterLayout const& layout = {});
+  void load(Text::FilterSet rules, FilterLayout const& layout = {});
   // Replaces the current configuration. The name is that of the journal.
   void load(Text::Settings const& settings, std::string const& name = "settings");
   // Takes all policy-maps and access lists away from the interfaces, and settles; and puts those

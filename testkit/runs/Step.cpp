@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "testkit/runs/Step.h"
 
-#include "testkit/config/FilterSettings.h"
 #include "testkit/text/SourceText.h"
 
 #include <algorithm>
@@ -41,24 +40,16 @@ Text::SourceText sourceOf(Step const& step) {
   return Text::SourceText::referringTo(step.name, step.text);
 }
 
-// The settings of a filter set, which is large, and gone when they are configured.
-Text::Settings settingsOf(Step const& step, std::size_t& rules) {
+void loadRules(Lab& lab, Step const& step) {
   Text::SourceText const source = sourceOf(step);
-  Text::FilterSet const set = Text::readFilterSet(source, step.portRanges);
+  Text::FilterSet set = Text::readFilterSet(source, step.portRanges);
   if (step.layout.classes > std::max<std::size_t>(set.rules.size(), 1)) {
     throw Text::InputError({source.name(), 0, 0},
                            "a rule for each of the " + std::to_string(step.layout.classes) +
                                " classes",
                            std::to_string(set.rules.size()));
   }
-  rules = set.rules.size();
-  return Text::filterSettings(set, step.layout.classes, step.layout.interfaces);
-}
-
-void loadRules(Lab& lab, Step const& step) {
-  std::size_t rules = 0;
-  Text::Settings const settings = settingsOf(step, rules);
-  lab.load(settings, std::to_string(rules) + " rules");
+  lab.load(std::move(set), step.layout);
 }
 
 void release(Lab& lab, std::string const& number) {
