@@ -34,17 +34,16 @@ constexpr std::size_t hugePage = std::size_t{2} * 1024 * 1024;
 // A program that needs no more than these has nothing to gain, and would touch more than it uses.
 constexpr std::size_t regionsOfSmallPages = 4;
 
-// Memory that begins and, if `huge`, is mapped at multiples of a huge page.
-void* allocateAligned(std::size_t size, bool huge) {
-  void* const memory = ::operator new (size, std::align_val_t{hugePage});
+// Memory that begins at a multiple of a huge page.
+std::byte* allocateAligned(std::size_t size) {
+  return static_cast<std::byte*>(::operator new (size, std::align_val_t{hugePage}));
+}
+
+// Without effect where there are none.
+void askForHugePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) {
 #if defined(MADV_HUGEPAGE)
-  if (huge) {
-    static_cast<void>(madvise(memory, size, MADV_HUGEPAGE));  // a system may have none
-  }
-#else
-  static_cast<void>(huge);
+  static_cast<void>(madvise(memory, size, MADV_HUGEPAGE));
 #endif
-  return memory;
 }
 
 }  // namespace
@@ -78,8 +77,10 @@ struct MemoryPool::Slabs {
   static Slab& newest() {
     if (uncutSlabs == 0) {
       auto region = std::make_unique<Region>(Region{nullptr, regions});
-      region->memory = static_cast<std::byte*>(
-          allocateAligned(slabsPerRegion * slabSize, regionCount >= regionsOfSmallPages));
+      region->memory = allocateAligned(slabsPerRegion * slabSize);
+      if (regionCount >= regionsOfSmallPages) {
+        askForHugePages(region->memory, slabsPerRegion * slabSize);
+      }
       uncut = region->memory;
       uncutSlabs = slabsPerRegion;
       regions = region.release();
@@ -175,7 +176,12 @@ void* MemoryPool::refill(std::size_t size) {
 }
 
 void* MemoryPool::allocateLarge(std::size_t size) {
-  return size < hugePage ? ::operator new(size) : allocateAligned(size, true);
+  if (size < hugePage) {
+    return ::operator new(size);
+  }
+  void* const memory = allocateAligned(size);
+  askForHugePages(memory, size);
+  return memory;
 }
 
 void MemoryPool::releaseToHeap(void* memory, std::size_t size) noexcept {

@@ -159,6 +159,32 @@ TEST(MemoryPool, LargeRequestsGoToTheHeap) {
   MemoryPool::release(memory, MemoryPool::largest + 1);
 }
 
+TEST(MemoryPool, VeryLargeRequestsBeginAtAHugePage) {
+  constexpr std::size_t hugePage = std::size_t{2} * 1024 * 1024;
+  for (std::size_t const size : {hugePage, hugePage + 1, 5 * hugePage}) {
+    void* const memory = MemoryPool::allocate(size);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(memory) % hugePage, 0U);
+    std::memset(memory, 1, size);
+    MemoryPool::release(memory, size);
+  }
+}
+
+TEST(MemoryPool, KeepsWhatIsWrittenWhenThereAreManySlabs) {
+  constexpr std::size_t blocks = 100000;  // 48 MB, which is more than the first regions
+  std::vector<std::size_t*> all;
+  all.reserve(blocks);
+  for (std::size_t i = 0; i != blocks; ++i) {
+    all.push_back(static_cast<std::size_t*>(MemoryPool::allocate(480)));
+    std::fill_n(all.back(), 480 / sizeof(std::size_t), i);
+  }
+  std::size_t changed = 0;
+  for (std::size_t i = 0; i != blocks; ++i) {
+    changed += all[i][0] == i && all[i][480 / sizeof(std::size_t) - 1] == i ? 0U : 1U;
+    MemoryPool::release(all[i], 480);
+  }
+  EXPECT_EQ(changed, 0U);
+}
+
 TEST(MemoryPool, ServesRequestsForNothing) {
   void* const a = MemoryPool::allocate(0);
   void* const b = MemoryPool::allocate(0);
