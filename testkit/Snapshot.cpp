@@ -24,21 +24,21 @@ class PlacesOfKeys {
   explicit PlacesOfKeys(std::vector<AclRuleKey> const& keys)
       : keys_(keys), slots_(std::bit_ceil(2 * keys.size() + 1), none) {
     for (std::uint32_t i = 0; i != keys.size(); ++i) {
-      *slotOf(keys[i]) = i;
+      slots_[slotOf(keys[i])] = i;
     }
   }
 
   static constexpr std::uint32_t none = UINT32_MAX;
-  [[nodiscard]] std::uint32_t find(AclRuleKey const& key) { return *slotOf(key); }
+  [[nodiscard]] std::uint32_t find(AclRuleKey const& key) const { return slots_[slotOf(key)]; }
 
  private:
   // That of the key, or the empty one for it.
-  std::uint32_t* slotOf(AclRuleKey const& key) {
+  [[nodiscard]] std::size_t slotOf(AclRuleKey const& key) const {
     std::size_t slot = key.hash() & (slots_.size() - 1);
     while (slots_[slot] != none && keys_[slots_[slot]] != key) {
       slot = (slot + 1) & (slots_.size() - 1);
     }
-    return &slots_[slot];
+    return slot;
   }
 
   std::vector<AclRuleKey> const& keys_;
@@ -82,7 +82,7 @@ std::vector<AclRuleKey> keysOf(AclPolicyData const& data) {
 std::vector<AclRuleKey> keysInOrder(AclPolicyData const& data,
                                     std::vector<AclRuleKey> const& added) {
   std::vector<AclRuleKey> const all = keysOf(data);
-  PlacesOfKeys places(all);
+  PlacesOfKeys const places(all);
   std::vector<bool> isOrdered(all.size());
   std::vector<AclRuleKey> ordered;
   ordered.reserve(all.size());

@@ -41,7 +41,8 @@ class POLICYMAPTESTKIT_API Snapshot {
 POLICYMAPTESTKIT_API std::ostream& operator<<(std::ostream& out, Snapshot const& snapshot);
 
 // Calls `visit` for each rule of a record, in the order of programming. Those that were written
-// into the record without a call of the helper come last, by key.
+// into the record without a call of the helper come last, by key. `visit` must not change the
+// record.
 using EachRule = std::function<void(std::function<void(RuleRecord const&)> const& visit)>;
 
 // Calls `visit` for each record of a helper, ordered by policy-map, direction and option, with the

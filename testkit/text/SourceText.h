@@ -61,6 +61,7 @@ class POLICYMAPTESTKIT_API SourceText {
   SourceText(std::string name, std::string content);
   // Refers to a text that outlives it.
   static SourceText referringTo(std::string name, std::string const& content);
+  static SourceText referringTo(std::string name, std::string&& content) = delete;
 
   // More than any real input, and less than the memory of a machine.
   static constexpr std::size_t largestFile = std::size_t{256} << 20U;

@@ -86,11 +86,19 @@ TEST(Snapshot, KeepsTheOrderOfProgrammingOverChanges) {
 TEST(Snapshot, PutsWhatATestWroteItselfLast) {
   Lab lab;
   load(lab, simplePolicy);
-  PolicyMap::AclRuleKey const own("P", "A", 1, ClassMapMatchOption::ipv4);
-  lab.helper()
-      ->testData({{"P", "input"}, ClassMapMatchOption::ipv4})
-      ->ruleMatchIs(own, Acl::IpRuleConfig());
-  EXPECT_EQ(lab.record("P").rules.back().key, own);
+  auto const record = lab.helper()->testData({{"P", "input"}, ClassMapMatchOption::ipv4});
+  std::vector<PolicyMap::AclRuleKey> expected{lab.record("P").rules.front().key};
+  for (std::uint32_t const seq : {1U, 2U, 3U, 4U}) {
+    expected.emplace_back("A", "A", seq, ClassMapMatchOption::ipv4);
+  }
+  for (auto own = expected.rbegin(); own + 1 != expected.rend(); ++own) {
+    record->ruleMatchIs(*own, Acl::IpRuleConfig());
+  }
+  std::vector<PolicyMap::AclRuleKey> keys;
+  for (RuleRecord const& rule : lab.record("P")) {
+    keys.push_back(rule.key);
+  }
+  EXPECT_EQ(keys, expected);
 }
 
 TEST(Snapshot, PrintsAllRecords) {
