@@ -5,13 +5,8 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <new>
 #include <utility>
-
-#if __has_include(<sys/mman.h>)
-#include <sys/mman.h>
-#endif
 
 namespace Kor {
 namespace {
@@ -28,23 +23,8 @@ constexpr bool sanitized = false;
 constexpr bool sanitized = false;
 #endif
 
-constexpr std::size_t slabsPerRegion = 16;
-constexpr std::size_t cutAtOnce = 4096;  // bytes: the rest of a slab is not touched
-constexpr std::size_t hugePage = std::size_t{2} * 1024 * 1024;
-// A program that needs no more than these has nothing to gain, and would touch more than it uses.
-constexpr std::size_t regionsOfSmallPages = 4;
-
-// Memory that begins at a multiple of a huge page.
-std::byte* allocateAligned(std::size_t size) {
-  return static_cast<std::byte*>(::operator new (size, std::align_val_t{hugePage}));
-}
-
-// Without effect where there are none.
-void askForHugePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) {
-#if defined(MADV_HUGEPAGE)
-  static_cast<void>(madvise(memory, size, MADV_HUGEPAGE));
-#endif
-}
+constexpr std::size_t slabsPerRegion = 15;  // and one lost to alignment
+constexpr std::size_t cutAtOnce = 4096;     // bytes: the rest of a slab is not touched
 
 }  // namespace
 
@@ -56,11 +36,9 @@ struct MemoryPool::Slabs {
 
   // Regions are linked so that they stay reachable; a leak checker then reports only real leaks.
   struct Region {
-    std::byte* memory;
     Region* next;
   };
   static Region* regions;
-  static std::size_t regionCount;
   static std::byte* uncut;  // the slabs of the newest region that were never used
   static std::size_t uncutSlabs;
   static Slab* empty;
@@ -76,15 +54,10 @@ struct MemoryPool::Slabs {
 
   static Slab& newest() {
     if (uncutSlabs == 0) {
-      auto region = std::make_unique<Region>(Region{nullptr, regions});
-      region->memory = allocateAligned(slabsPerRegion * slabSize);
-      if (regionCount >= regionsOfSmallPages) {
-        askForHugePages(region->memory, slabsPerRegion * slabSize);
-      }
-      uncut = region->memory;
+      auto* const memory = static_cast<std::byte*>(::operator new((slabsPerRegion + 1) * slabSize));
+      regions = new (memory) Region{regions};
+      uncut = memory + slabSize - reinterpret_cast<std::uintptr_t>(memory) % slabSize;
       uncutSlabs = slabsPerRegion;
-      regions = region.release();
-      ++regionCount;
     }
     Slab& slab = slabOf(uncut);
     uncut += slabSize;
@@ -137,7 +110,6 @@ struct MemoryPool::Slabs {
 
 constinit MemoryPool::Slab MemoryPool::Slabs::none{};
 constinit MemoryPool::Slabs::Region* MemoryPool::Slabs::regions = nullptr;
-constinit std::size_t MemoryPool::Slabs::regionCount = 0;
 constinit std::byte* MemoryPool::Slabs::uncut = nullptr;
 constinit std::size_t MemoryPool::Slabs::uncutSlabs = 0;
 constinit MemoryPool::Slab* MemoryPool::Slabs::empty = nullptr;
@@ -173,23 +145,6 @@ void* MemoryPool::refill(std::size_t size) {
   }
   KOR_ASSERT(current->free != nullptr);
   return allocate(size);
-}
-
-void* MemoryPool::allocateLarge(std::size_t size) {
-  if (size < hugePage) {
-    return ::operator new(size);
-  }
-  void* const memory = allocateAligned(size);
-  askForHugePages(memory, size);
-  return memory;
-}
-
-void MemoryPool::releaseToHeap(void* memory, std::size_t size) noexcept {
-  if (size < hugePage) {
-    ::operator delete(memory);
-  } else {
-    ::operator delete (memory, std::align_val_t{hugePage});
-  }
 }
 
 void MemoryPool::retire(Slab& slab) noexcept {

@@ -8,10 +8,6 @@
 // adjacent, even after many others were created and destroyed. Slabs are kept until the process
 // ends.
 //
-// When there are many slabs, and for large requests, the system is asked for huge pages: memory is
-// touched for the first time in fewer steps, and a search among a million objects misses fewer
-// translations of addresses.
-//
 // A sanitized libKor forwards every request to the heap, so that leaks and uses after release are
 // found. This depends on the library alone, not on how its users were compiled, because one may
 // release what another has allocated. A program built with the address sanitizer can run on a
@@ -45,7 +41,7 @@ class MemoryPool {
       }
       return refill(size);
     }
-    return allocateLarge(size);
+    return ::operator new(size);
   }
 
   // `size` must be the allocated size.
@@ -60,7 +56,7 @@ class MemoryPool {
       }
       return;
     }
-    releaseToHeap(memory, size);
+    ::operator delete(memory);
   }
 
   [[nodiscard]] static bool passesThrough() { return state.passesThrough; }
@@ -101,8 +97,6 @@ class MemoryPool {
     return *reinterpret_cast<Slab*>(static_cast<std::byte*>(memory) - address % slabSize + place);
   }
   KOR_API static void* refill(std::size_t size);
-  KOR_API static void* allocateLarge(std::size_t size);
-  KOR_API static void releaseToHeap(void* memory, std::size_t size) noexcept;
   KOR_API static void retire(Slab& slab) noexcept;
 
   KOR_API static State state;
