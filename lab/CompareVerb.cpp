@@ -46,12 +46,15 @@ class Subjects {
 
 CompareVerb::CompareVerb(CLI::App& program)
     : command_(program.add_subcommand(
-          "compare", "Load two configurations, the last of which is another one, and show\nwhich "
-                     "packets it treats otherwise")),
+          "compare", "Load two configurations, the second from the last file, and show\nwhich "
+                     "packets the second treats otherwise")),
       arguments_(*command_),
       packetArguments_(*command_) {
   arguments_.addInputOptions();
-  command_->add_flag("--edit", isEdit_, "The last file is an edit of those before")
+  command_
+      ->add_flag(
+          "--edit", isEdit_,
+          "The last file is an edit of those before: in a list,\n'no 10' removes the entry 10")
       ->group(PacketArguments::group);
   command_
       ->add_option_function<std::string>(

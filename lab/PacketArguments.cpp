@@ -57,7 +57,9 @@ void PacketArguments::addBudget(std::uint64_t& budget) {
 
 void PacketArguments::addSearchOptions() {
   addBudget(search_.budget);
-  command_.add_option("--first", search_.first, "Show this number of differences of each")
+  command_
+      .add_option("--first", search_.first,
+                  "Show this number of pairs of rules that differ; all are\ncounted")
       ->type_name("N")
       ->check(CLI::Range(std::size_t{0}, mostShown))
       ->capture_default_str()

@@ -5,8 +5,11 @@
 #include "packets/engine/Usage.h"
 
 #include <algorithm>
+#include <map>
 #include <ostream>
 #include <set>
+#include <string>
+#include <tuple>
 #include <utility>
 
 namespace PolicyMapPackets {
@@ -30,8 +33,8 @@ class Collecting {
         rules_.push_back(&side.rule(i));
       }
     }
-    for (std::size_t i = 0; i != usage_.size(); ++i) {
-      add(usage_[i], *rules_[i], unused);
+    for (Places const& places : placesOfRules()) {
+      add(places, unused);
     }
     addClasses(unused);
     unused.isSpent = budget_.isSpent() || subject_.configured.tooLarge;
@@ -39,19 +42,63 @@ class Collecting {
   }
 
  private:
-  void add(RuleUsage const& usage, ConfiguredRule const& rule, Unused& unused) const {
-    using Reason = UnusedRule::Reason;
-    if (!usage.matches) {
-      unused.rules.push_back({decidingRule(rule), Reason::matchesNothing});
-    } else if (usage.isCandidate && !usage.isReached) {
-      unused.rules.push_back({decidingRule(rule), Reason::notReached, rulesOf(usage.coveredBy)});
-    } else if (!usage.matters) {
-      unused.rules.push_back({decidingRule(rule), Reason::noDifference, rulesOf(usage.replacedBy)});
+  using Places = std::vector<std::uint32_t>;
+
+  // A class may have a list several times, directly and through other class-maps: its rules are
+  // in several places then, and are left out in all of them.
+  [[nodiscard]] std::vector<Places> placesOfRules() const {
+    using Key = std::tuple<Kor::Name, Kor::Name, std::uint32_t, std::string>;
+    std::map<Key, std::size_t> known;
+    std::vector<Places> all;
+    for (std::uint32_t i = 0; i != usage_.size(); ++i) {
+      ConfiguredRule const& rule = *rules_[i];
+      // Different class-maps may have rules of their own with one number.
+      std::string const match = rule.list == Kor::Name() ? decidingRule(rule).match : "";
+      auto const [found, isNew] =
+          known.try_emplace({rule.className, rule.list, rule.seqno, match}, all.size());
+      if (isNew) {
+        all.emplace_back();
+      }
+      all[found->second].push_back(i);
     }
+    return all;
+  }
+
+  void add(Places const& places, Unused& unused) const {
+    using Reason = UnusedRule::Reason;
+    auto const everywhere = [&](auto const& holds) {
+      return std::all_of(places.begin(), places.end(),
+                         [&](std::uint32_t place) { return holds(usage_[place]); });
+    };
+    DecidingRule const rule = decidingRule(*rules_[places.front()]);
+    if (everywhere([](RuleUsage const& each) { return !each.matches; })) {
+      unused.rules.push_back({rule, Reason::matchesNothing});
+    } else if (everywhere([](RuleUsage const& each) {
+                 return !each.matches || (each.isCandidate && !each.isReached);
+               })) {
+      unused.rules.push_back({rule, Reason::notReached, rulesOf(covering(places))});
+    } else if (places.size() == 1 && !usage_[places.front()].matters) {
+      // Whether it matters is known of one place at a time.
+      unused.rules.push_back(
+          {rule, Reason::noDifference, rulesOf(usage_[places.front()].replacedBy)});
+    }
+  }
+
+  // The rules that cover one in these places, without itself.
+  [[nodiscard]] std::set<std::uint32_t> covering(Places const& places) const {
+    std::set<std::uint32_t> rules;
+    for (std::uint32_t const place : places) {
+      rules.insert(usage_[place].coveredBy.begin(), usage_[place].coveredBy.end());
+    }
+    for (std::uint32_t const place : places) {
+      rules.erase(place);
+    }
+    return rules;
   }
 
   [[nodiscard]] std::vector<DecidingRule> rulesOf(std::set<std::uint32_t> const& numbers) const {
     std::vector<DecidingRule> rules;
+    rules.reserve(numbers.size());
     for (std::uint32_t const number : numbers) {
       rules.push_back(decidingRule(*rules_[number]));
     }
@@ -118,11 +165,11 @@ std::vector<Unused> unusedRules(PolicyMapTestKit::Lab const& lab, Selection cons
 
 std::ostream& operator<<(std::ostream& out, Unused const& unused) {
   out << unused.subject << ":";
-  if (unused.rules.empty() && unused.classes.empty()) {
-    out << " every rule is used";
-  }
+  bool const isEmpty = unused.rules.empty() && unused.classes.empty();
   if (unused.isSpent) {
-    out << " undecided, there may be more";
+    out << (isEmpty ? " undecided" : " undecided, there may be more");
+  } else if (isEmpty) {
+    out << " every rule is used";
   }
   for (UnusedRule const& each : unused.rules) {
     out << "\n  " << ruleText(each.rule) << " " << toText(each.reason);

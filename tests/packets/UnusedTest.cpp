@@ -4,6 +4,10 @@
 #include "packets/Labs.h"
 #include "packets/Tiny.h"
 
+#include <sstream>
+#include <string>
+#include <vector>
+
 namespace PolicyMapPackets::test {
 namespace {
 
@@ -153,11 +157,26 @@ Subject subjectOf(ConfiguredPolicy policy) {
   return subject;
 }
 
+// Random lists all have one name.
+ConfiguredPolicy withNamedLists(ConfiguredPolicy policy) {
+  std::vector<MatchTree*> lists;
+  for (ConfiguredClass& each : policy.classes) {
+    addLists(each.match, lists);
+  }
+  for (std::size_t i = 0; i != lists.size(); ++i) {
+    for (ConfiguredRule& rule : lists[i]->rules) {
+      rule.list = Kor::Name(std::to_string(i));
+    }
+  }
+  return policy;
+}
+
 TEST(Unused, IsRightForRandomPolicies) {
   TinyRandom random(6);
   std::size_t found = 0;
   for (int i = 0; i != 120; ++i) {
-    Subject const subject = subjectOf(i % 2 == 0 ? listsOf(random) : random.configured());
+    Subject const subject =
+        subjectOf(i % 2 == 0 ? listsOf(random) : withNamedLists(random.configured()));
     Unused const unused = unusedRules(subject);
     ASSERT_FALSE(unused.isSpent);
     std::vector<DecidingRule> const expected = needless(subject.configured);
@@ -180,6 +199,53 @@ TEST(Unused, WithASmallBudgetNoRuleIsNamedThatMatters) {
     spent += unused.isSpent ? 1 : 0;
   }
   EXPECT_GT(spent, 20);
+}
+
+constexpr char const* listTwice = R"(ip access-list all
+  10 permit ip any any
+ip access-list twice
+  10 permit tcp any any
+class-map match-any first
+  match access-group all
+class-map match-any nested
+  match access-group twice
+class-map match-any web
+  match access-group twice
+  match class-map nested
+policy-map edge
+  class web
+    set action1 1
+interface Ethernet1
+  ip address 192.0.2.1/24
+  service-policy input edge
+)";
+
+TEST(UnusedOfAListThatAClassHasTwice, IsNoRuleThatTakesPackets) {
+  PolicyMapTestKit::Lab lab;
+  lab.load(listTwice);
+  PolicyMapPackets::Unused const unused = PolicyMapPackets::unusedRules(lab).at(0);
+  EXPECT_TRUE(unused.rules.empty());
+  EXPECT_TRUE(unused.classes.empty());
+}
+
+TEST(UnusedOfAListThatAClassHasTwice, NamesARuleThatIsNotReachedOnce) {
+  PolicyMapTestKit::Lab lab;
+  std::string text = listTwice;
+  text.replace(text.find("  class web"), 0, "  class first\n");
+  lab.load(text);
+  PolicyMapPackets::Unused const unused = PolicyMapPackets::unusedRules(lab).at(0);
+  ASSERT_EQ(unused.rules.size(), 1U);
+  EXPECT_EQ(unused.rules[0].rule.name(), "twice 10");
+  EXPECT_EQ(unused.rules[0].reason, PolicyMapPackets::UnusedRule::Reason::notReached);
+  ASSERT_EQ(unused.rules[0].because.size(), 1U);
+  EXPECT_EQ(unused.rules[0].because[0].name(), "all 10");
+  EXPECT_EQ(unused.classes, std::vector<std::string>{"web"});
+}
+
+TEST(UnusedText, ClaimsNothingWhenTheBudgetIsSpent) {
+  std::ostringstream text;
+  text << PolicyMapPackets::Unused{"edge input ipv4", {}, {}, true};
+  EXPECT_EQ(text.str(), "edge input ipv4: undecided");
 }
 
 }  // namespace
